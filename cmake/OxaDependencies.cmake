@@ -1,0 +1,22 @@
+# OxaDependencies: the third-party libraries, each found once, each behind one target name.
+# docs/dependencies.md says what each is for.
+
+find_package(Threads REQUIRED)
+find_package(nlohmann_json 3.11 REQUIRED)
+find_package(FastFloat 8 REQUIRED)
+
+# Header-only and without a package file on Debian: found by their headers.
+find_path(OXA_UTF8CPP_INCLUDE utf8.h PATH_SUFFIXES utf8cpp REQUIRED)
+find_path(OXA_DATE_INCLUDE date/date.h REQUIRED)
+
+# libuuid, which random GUIDs come from.
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
+
+if(OXA_BUILD_TESTS)
+  find_package(GTest REQUIRED)
+  include(GoogleTest)
+endif()
+if(OXA_BUILD_BENCHMARKS)
+  find_package(benchmark REQUIRED)
+endif()

@@ -1,0 +1,68 @@
+# OxaTargets: the few helpers with which every folder declares its targets.
+
+include(GNUInstallDirs)
+
+add_library(OxaOptions INTERFACE)
+target_compile_features(OxaOptions INTERFACE cxx_std_20)
+target_compile_options(OxaOptions INTERFACE
+  $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wshadow>
+  # g++ 12 sees overlapping copies in std::string and unset members in JSON values that are none (fixed in 13).
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict;-Wno-maybe-uninitialized>
+  $<$<AND:$<BOOL:${OXA_WARNINGS_AS_ERRORS}>,$<CXX_COMPILER_ID:GNU,Clang,AppleClang>>:-Werror>)
+
+# oxa_library(<target> <output name> <macro>): a library with hidden visibility and versioned name.
+# <macro> is defined while the library itself is compiled. Sources are added with target_sources, listed.
+function(oxa_library target output macro)
+  add_library(${target})
+  add_library(OxaIfc::${target} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES
+    OUTPUT_NAME ${output} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
+    CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON POSITION_INDEPENDENT_CODE ON
+    CXX_EXTENSIONS OFF)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_compile_definitions(${target} PRIVATE ${macro})
+  if(NOT BUILD_SHARED_LIBS)
+    target_compile_definitions(${target} PUBLIC OXA_STATIC)
+  endif()
+  target_include_directories(${target} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/oxaifc>)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:OxaOptions>)
+endfunction()
+
+# All test programs with the label "threads".
+add_custom_target(oxa_thread_tests)
+
+# oxa_test(<name> SOURCES <file>... LIBS <target>... [LABELS <label>...]): one GoogleTest program; each test is a
+# ctest entry. Two labels mean something to scripts/test: "threads" has the program run under ThreadSanitizer
+# too, "slow" keeps it out of the AddressSanitizer run.
+function(oxa_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(${name} PRIVATE OxaOptions ${ARG_LIBS} GTest::gmock GTest::gtest_main)
+  target_compile_definitions(${name} PRIVATE OXA_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  if("threads" IN_LIST ARG_LABELS)
+    add_dependencies(oxa_thread_tests ${name})
+  endif()
+  set(properties TIMEOUT 600)
+  if(ARG_LABELS)
+    list(APPEND properties LABELS "${ARG_LABELS}")
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+endfunction()
+
+# oxa_benchmark(<name> SOURCES <file>... LIBS <target>...): one Google Benchmark program. With the tests it runs
+# briefly, so that it does not rot; figures come from running it by hand.
+function(oxa_benchmark name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(${name} PRIVATE OxaOptions ${ARG_LIBS} benchmark::benchmark_main)
+  target_compile_definitions(${name} PRIVATE OXA_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  if(OXA_BUILD_TESTS)
+    add_test(NAME Benchmark.${name} COMMAND ${name} --benchmark_min_time=0.01)
+    set_tests_properties(Benchmark.${name} PROPERTIES TIMEOUT 300)
+  endif()
+endfunction()

@@ -1,0 +1,88 @@
+#include "Core/Utilities/Threads/ThreadedLoop.h"
+
+#include <chrono>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <utility>
+
+#include "platform/Assert.h"
+#include "platform/Utilities.h"
+
+namespace oxa::util {
+
+ThreadedLoop::ThreadedLoop() = default;
+
+ThreadedLoop::~ThreadedLoop() {
+    vStop();
+}
+
+void ThreadedLoop::perform(std::function<void()> first, std::function<bool()> function, int iIntervalMs,
+                           Options options) {
+    if (!function) {
+        if (Assert::isEnabled())
+            Assert::addAssert("Core/Utilities/Threads/ThreadedLoop", "oxa::util::ThreadedLoop::perform",
+                              "Assert: Function is empty", __LINE__);
+        return;
+    }
+    vStop();
+    m_pStop = std::make_unique<Stop>();
+    m_options = options;
+    m_function = std::move(function);
+    m_thread = std::thread([this, first = std::move(first), iIntervalMs] { vLoop(first, iIntervalMs); });
+}
+
+void ThreadedLoop::vStop() {
+    if (m_pStop) {
+        const std::lock_guard lock(m_pStop->m_mutex);
+        m_pStop->m_boStop = true;
+        m_pStop->m_wake.notify_one();
+    }
+    if (m_thread.joinable()) m_thread.join();
+    m_pStop.reset();
+}
+
+void ThreadedLoop::debuggerBreak() {
+    Debugger::vBreak();
+}
+
+void ThreadedLoop::vLoop(const std::function<void()>& first, int iIntervalMs) {
+    const auto boCallAt = [this](int iWhen) {
+        return m_options.m_boCallAt && (m_options.m_iCallAt == iWhen || m_options.m_iCallAt == 2);
+    };
+    vRunningSet(true);
+    if (first) first();
+    if (boCallAt(0) && !boGuardedCall()) return vRunningSet(false);
+    while (!boWaitForStop(iIntervalMs)) {
+        if (boGuardedCall()) continue;
+        vRunningSet(false);
+        // The last work may have come between the function's look at its queue and its look at its flag.
+        if (!boGuardedCall()) return;
+        vRunningSet(true);
+    }
+    vRunningSet(false);
+    if (boCallAt(1)) static_cast<void>(boGuardedCall());
+}
+
+bool ThreadedLoop::boWaitForStop(int iIntervalMs) {
+    std::unique_lock lock(m_pStop->m_mutex);
+    return m_pStop->m_wake.wait_for(lock, std::chrono::milliseconds(iIntervalMs > 0 ? iIntervalMs : 0),
+                                    [this] { return m_pStop->m_boStop; });
+}
+
+bool ThreadedLoop::boGuardedCall() noexcept {
+    const auto report = [this](const std::string& sText) {
+        std::cerr << "Assert in ThreadedLoop(" + std::string(m_function.target_type().name()) + ")" + sText + "\n";
+        debuggerBreak();
+    };
+    try {
+        return m_function();
+    } catch (const std::exception& fault) {
+        report(std::string(": ") + fault.what());
+    } catch (...) {
+        report({});
+    }
+    return false;
+}
+
+}   // namespace oxa::util

@@ -1,0 +1,54 @@
+// IfcArray: values of fixed size as callers see them: arrays, points, vectors and the three-valued logical.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace oxa {
+
+// EXPRESS LOGICAL (ISO 10303-11, 8.1.4).
+enum class LogicalValue : std::int32_t { False = 0, True = 1, Unknown = -1 };
+
+namespace math {
+
+// A plain value of N doubles, in the model's own unit of length.
+template <std::size_t N, class Tag>
+struct Coordinates {
+    std::array<double, N> m_values{};
+
+    static constexpr std::size_t iSize = N;
+    [[nodiscard]] double& operator[](std::size_t i) noexcept { return m_values[i]; }
+    [[nodiscard]] double operator[](std::size_t i) const noexcept { return m_values[i]; }
+    friend bool operator==(const Coordinates&, const Coordinates&) = default;
+};
+
+struct PointTag;
+struct VectorTag;
+
+namespace _2d {
+using Point = Coordinates<2, PointTag>;
+using Vector = Coordinates<2, VectorTag>;
+}   // namespace _2d
+namespace _3d {
+using Point = Coordinates<3, PointTag>;
+using Vector = Coordinates<3, VectorTag>;
+}   // namespace _3d
+
+}   // namespace math
+
+namespace ifc {
+
+// A fixed array of N values of T.
+template <class T, std::size_t N>
+struct IfcArray {
+    std::array<T, N> m_values{};
+
+    static constexpr std::size_t iSize = N;
+    [[nodiscard]] T& operator[](std::size_t i) noexcept { return m_values[i]; }
+    [[nodiscard]] const T& operator[](std::size_t i) const noexcept { return m_values[i]; }
+    friend bool operator==(const IfcArray&, const IfcArray&) = default;
+};
+
+}   // namespace ifc
+}   // namespace oxa

@@ -1,0 +1,103 @@
+#include "Format/Ifc/IfcEntityIdMap.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+
+#include "Format/Ifc/IfcReadInfo.h"
+
+namespace oxa::ifc {
+
+namespace {
+
+// An Entity of a table is the first member of its slot; of any other only the address is used.
+const EntitySlot* pAsSlot(const Entity* pEntity) noexcept {
+    return reinterpret_cast<const EntitySlot*>(pEntity);
+}
+
+}   // namespace
+
+EntityIdMap::EntityIdMap(std::size_t iExpected) {
+    m_map.reserve(iExpected);
+}
+
+std::size_t EntityIdMap::Hash::operator()(const Entity* pEntity) const noexcept {
+    std::uint64_t uHash = 0xcbf29ce484222325U;
+    auto uAddress = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(pEntity));
+    for (int i = 0; i < 8; ++i, uAddress >>= 8) uHash = (uHash ^ (uAddress & 0xffU)) * 0x100000001b3U;
+    return uHash;
+}
+
+std::optional<std::size_t> EntityIdMap::findSeeded(const Entity* pEntity) const noexcept {
+    const EntitySlot* pSlot = pAsSlot(pEntity);
+    const auto behind = std::upper_bound(m_byAddress.begin(), m_byAddress.end(), pSlot,
+                                         [](const EntitySlot* pWanted, const auto& pChunk) {
+                                             return std::less<>()(pWanted, pChunk->pFirst);
+                                         });
+    if (behind == m_byAddress.begin()) return std::nullopt;
+    const SeededChunk& chunk = **std::prev(behind);
+    const auto iBytes = reinterpret_cast<std::uintptr_t>(pSlot) - reinterpret_cast<std::uintptr_t>(chunk.pFirst);
+    const std::size_t iSlot = iBytes / sizeof(EntitySlot);
+    if (iSlot >= g_iSlots || iBytes % sizeof(EntitySlot) != 0 || !chunk.defined[iSlot]) return std::nullopt;
+    return chunk.iFirstId + iSlot;
+}
+
+std::optional<std::size_t> EntityIdMap::find(const Entity* pEntity) const {
+    if (const auto iSeeded = findSeeded(pEntity)) return iSeeded;
+    const std::shared_lock lock(m_lock);
+    const auto found = m_map.find(pEntity);
+    return found == m_map.end() ? std::nullopt : std::optional(found->second);
+}
+
+EntityIdMap::Number EntityIdMap::number(const Entity* pEntity) {
+    if (const auto iSeeded = findSeeded(pEntity)) return {*iSeeded, false, true};
+    {
+        const std::shared_lock lock(m_lock);
+        if (const auto found = m_map.find(pEntity); found != m_map.end()) return {found->second, false, false};
+    }
+    const std::unique_lock lock(m_lock);
+    const auto [entry, boNew] = m_map.try_emplace(pEntity, m_iSeeded + m_map.size() + 1);
+    return {entry->second, boNew, false};
+}
+
+std::pair<std::size_t, bool> EntityIdMap::get(const Entity* pEntity) {
+    const Number dealt = number(pEntity);
+    return {dealt.iId, dealt.boNew};
+}
+
+const Entity* EntityIdMap::pSeededFromId(std::size_t iId) const {
+    const auto found = m_byNumber.find(iId - iId % g_iSlots);
+    if (found == m_byNumber.end() || !found->second->defined[iId % g_iSlots]) return nullptr;
+    return &found->second->pFirst[iId % g_iSlots].entity;
+}
+
+EntityIdMap::SeededChunk& EntityIdMap::chunkOf(const EntitySlot& slot, std::size_t iId) {
+    SeededChunk*& pKnown = m_byNumber[iId - iId % g_iSlots];
+    if (!pKnown) {
+        auto pChunk = std::make_unique<SeededChunk>();
+        pChunk->pFirst = &slot - iId % g_iSlots;
+        pChunk->iFirstId = iId - iId % g_iSlots;
+        pKnown = pChunk.get();
+        const auto place = std::upper_bound(m_byAddress.begin(), m_byAddress.end(), pChunk,
+                                            [](const auto& a, const auto& b) {
+                                                return std::less<>()(a->pFirst, b->pFirst);
+                                            });
+        m_byAddress.insert(place, std::move(pChunk));
+    }
+    return *pKnown;
+}
+
+void EntityIdMap::vSeed(const EntitySlot& slot, std::size_t iId) {
+    SeededChunk& chunk = chunkOf(slot, iId);
+    if (chunk.defined[iId % g_iSlots]) return;
+    chunk.defined.set(iId % g_iSlots);
+    ++m_iSeeded;
+}
+
+std::size_t EntityIdMap::size() const {
+    const std::shared_lock lock(m_lock);
+    return m_iSeeded + m_map.size();
+}
+
+}   // namespace oxa::ifc

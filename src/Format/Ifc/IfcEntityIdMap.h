@@ -1,0 +1,73 @@
+// IfcEntityIdMap: from an entity to its instance number, and back.
+//
+// For      Data and the writers. A read with kept numbers seeds it; otherwise numbers are dealt on demand.
+// Shape    entities of a read stand in the chunks of its entity table, where the address gives the number: a
+//          seeded chunk costs one bit a slot. Everything else is in a hash table.
+// Threads  look-ups run in parallel, a new number takes the lock alone. Seeding is for one thread.
+#pragma once
+
+#include <bitset>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <shared_mutex>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace oxa::ifc {
+
+class Entity;
+struct EntitySlot;
+
+class EntityIdMap {
+public:
+    // Empty, with room for that many entries beside seeded ones.
+    explicit EntityIdMap(std::size_t iExpected);
+    EntityIdMap(const EntityIdMap&) = delete;
+    EntityIdMap& operator=(const EntityIdMap&) = delete;
+
+    // The number and whether it is new. A new one is the count of entries with it, so 1 in an empty map; it is not
+    // checked against numbers that a file brought, which are not dense: such a map can hold a number twice.
+    [[nodiscard]] std::pair<std::size_t, bool> get(const Entity* pEntity);
+    struct Number {
+        std::size_t iId;
+        bool boNew;
+        bool boSeeded;   // it came with a file, so no other seeded entity has it
+    };
+    // As get, with where the number comes from.
+    [[nodiscard]] Number number(const Entity* pEntity);
+    // The number; empty for an entity that has none. Deals none.
+    [[nodiscard]] std::optional<std::size_t> find(const Entity* pEntity) const;
+    // The entity that was seeded with that number; null when there is none.
+    [[nodiscard]] const Entity* pSeededFromId(std::size_t iId) const;
+    // Enters a defined slot of an entity table under its number.
+    void vSeed(const EntitySlot& slot, std::size_t iId);
+    [[nodiscard]] std::size_t size() const;
+
+private:
+    static constexpr std::size_t g_iSlots = 32768;
+
+    // The slots of one chunk of a table, by address; numbers run from iFirstId.
+    struct SeededChunk {
+        const EntitySlot* pFirst;
+        std::size_t iFirstId;
+        std::bitset<g_iSlots> defined;
+    };
+
+    struct Hash {
+        // 64-bit FNV-1a over the pointer's bytes, low byte first.
+        std::size_t operator()(const Entity* pEntity) const noexcept;
+    };
+
+    [[nodiscard]] std::optional<std::size_t> findSeeded(const Entity* pEntity) const noexcept;
+    SeededChunk& chunkOf(const EntitySlot& slot, std::size_t iId);
+
+    std::vector<std::unique_ptr<SeededChunk>> m_byAddress;        // ascending by pFirst
+    std::unordered_map<std::size_t, SeededChunk*> m_byNumber;     // by iFirstId
+    std::size_t m_iSeeded = 0;
+    std::unordered_map<const Entity*, std::size_t, Hash> m_map;   // the rest; guarded by m_lock
+    mutable std::shared_mutex m_lock;
+};
+
+}   // namespace oxa::ifc

@@ -1,0 +1,70 @@
+// The file objects: they tie a header and a container together and hand the work to the scanner.
+#include "Format/Ifc/IfcFile.h"
+
+#include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/IfcReadFile.h"
+#include "Format/Ifc/IfcReadInfo.h"
+#include "provider/SchemaLoader.h"
+
+namespace oxa::ifc {
+
+FileBase::~FileBase() = default;
+
+void FileBase::vSchemaSet(const def::SchemaPset& schema) {
+    m_pHeader->vSchemaNameSet(schema.sName);
+    m_pData->vSchemaSet(&schema);
+}
+
+FileData::~FileData() = default;
+
+DataSimple::~DataSimple() = default;
+
+bool DataSimple::boFinished(ReadInfoCommon& info, bool boKeepIds) {
+    m_pFile->vEntityRootInit(info);
+    return Data::boFinished(info, boKeepIds);
+}
+
+File::File() : m_data(*this) {
+    m_pData = &m_data;
+    m_pHeader = &m_header;
+}
+
+File::~File() = default;
+
+bool File::boRead(std::istream& stream, SchemaFromName schemaFromName, io::ReadError& error, bool boKeepIds,
+                  ReadProgress progress, bool boSingleThreaded) {
+    return io::ReadFile::boRead(*this, stream, std::move(schemaFromName), error, boKeepIds, std::move(progress),
+                                boSingleThreaded);
+}
+
+FileSimple::FileSimple(const def::SchemaPset& schema) : m_data(*this) {
+    m_pData = &m_data;
+    m_pHeader = &m_header;
+    vSchemaSet(schema);
+}
+
+FileSimple::~FileSimple() = default;
+
+bool FileSimple::boRead(std::istream& stream, SchemaFromName schemaFromName, io::ReadError& error,
+                        ReadProgress progress, bool boSingleThreaded) {
+    if (!m_header.boRead(stream, error)) return false;
+    const std::string sName = m_header.sSchemaNameGet();
+    const def::SchemaPset* pSchema = sName.empty() ? nullptr : SchemaLoader::pSchemaGet(schemaFromName, sName);
+    if (!pSchema) {
+        error.add(nullptr, Errors::Fatal, Errors::Model, "Error_UnknownSchemaName", sName, {}, 0);
+        return false;
+    }
+    vSchemaSet(*pSchema);
+    return io::ReadFile::boRead(*this, stream, std::move(schemaFromName), error, false, std::move(progress),
+                                boSingleThreaded);
+}
+
+void FileSimple::vEntityRootInit(ReadInfoCommon& info) {
+    const auto* piRoot = std::get_if<std::uint64_t>(&m_header.exportInfo);
+    if (!piRoot) return;
+    EntitySlot& slot = info.slotGet(m_data, static_cast<std::uint32_t>(*piRoot));
+    slot.vReferencedSet();
+    m_pRootEntity = &slot.entity;
+}
+
+}   // namespace oxa::ifc

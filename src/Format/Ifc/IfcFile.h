@@ -1,0 +1,145 @@
+// IfcFile: a model with its header, as a caller holds it.
+//
+// File        a full exchange structure (ISO 10303-21): FileHeader and FileData. Gets its schema from its header.
+// FileSimple  the short private text form for fragments: FileHeaderSimple and DataSimple. Born with a schema.
+//
+// Owner    the caller owns file object, streams, errors and schema; the schema must outlive the model.
+// Threads  one thread at a time; a read returns only after every thread that it started has been joined, and
+//          calls back on the caller's thread alone.
+#pragma once
+
+#include <functional>
+#include <iosfwd>
+#include <string>
+
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcFileHeader.h"
+#include "Format/Ifc/IfcFileHeaderSimple.h"
+#include "platform/Export.h"
+#include "schema/Schema.h"
+
+namespace oxa::ifc {
+
+class File;
+class FileSimple;
+namespace io {
+class IfcLineWriterInterface;
+class ReadError;
+class WriteError;
+}   // namespace io
+
+// From a schema name to a schema, null for an unknown one. Empty: the built-in schemas are asked.
+using SchemaFromName = std::function<def::SchemaPset*(const std::string&)>;
+// Position in the stream, in bytes; for the first entity statement and for every further 1000.
+using ReadProgress = std::function<void(unsigned)>;
+
+// Entities taken from the queue so far.
+using WriteProgress = std::function<void(unsigned)>;
+
+// What reading and writing need of both kinds of file.
+class OXA_IFC_API FileBase {
+public:
+    virtual ~FileBase();
+    FileBase(const FileBase&) = delete;
+    FileBase& operator=(const FileBase&) = delete;
+
+    // Names the schema in the header and sets it in the data.
+    void vSchemaSet(const def::SchemaPset& schema);
+
+    [[nodiscard]] Data& dataBase() noexcept { return *m_pData; }
+    [[nodiscard]] FileHeaderBase& headerBase() noexcept { return *m_pHeader; }
+
+protected:
+    FileBase() noexcept = default;
+
+    Data* m_pData = nullptr;               // both embedded in the derived object, not owned
+    FileHeaderBase* m_pHeader = nullptr;
+};
+
+class OXA_IFC_API FileData final : public Data {
+public:
+    explicit FileData(File& file) : m_file(file) {}
+    ~FileData() override;
+
+    using Data::boWrite;
+    // The data lines of all that the project reaches. Without a project: only ends the writer, false.
+    bool boWrite(io::IfcLineWriterInterface& writer, io::WriteError& errors, WriteProgress progress,
+                 bool boSingleThreaded) const;
+    [[nodiscard]] File& file() const noexcept { return m_file; }
+
+private:
+    File& m_file;
+};
+
+class OXA_IFC_API DataSimple final : public Data {
+public:
+    explicit DataSimple(FileSimple& file) : m_pFile(&file) {}
+    ~DataSimple() override;
+
+    // Finds the root entity first, so that its number counts as named.
+    bool boFinished(ReadInfoCommon& info, bool boKeepIds) override;
+
+private:
+    FileSimple* m_pFile;
+};
+
+class OXA_IFC_API File final : public FileBase {
+public:
+    File();
+    ~File() override;
+
+    [[nodiscard]] FileHeader& header() noexcept { return m_header; }
+    [[nodiscard]] const FileHeader& header() const noexcept { return m_header; }
+    [[nodiscard]] FileData& data() noexcept { return m_data; }
+    [[nodiscard]] const FileData& data() const noexcept { return m_data; }
+
+    // Reads an exchange structure into the file's header and data.
+    //
+    // schemaFromName  handed to the schema loader with the name in the header.
+    // error           collects everything; whatever the result, what was read up to a fault stays in the model.
+    // boKeepIds       keep the file's instance numbers for a later write; false deals new ones.
+    // progress        may be empty.
+    // boSingleThreaded  parse on the calling thread.
+    // returns         true when the input reached a proper end and no fatal fault was met. Bad input never throws.
+    bool boRead(std::istream& stream, SchemaFromName schemaFromName, io::ReadError& error, bool boKeepIds,
+                ReadProgress progress, bool boSingleThreaded);
+
+    // Writes the file: all that the project reaches over references and inverse lists. False, with nothing written,
+    // without a project. Reports are in "errors", also fatal ones; the stream's own state tells whether it took all.
+    bool boWrite(std::ostream& out, io::WriteError& errors, WriteProgress progress, bool boSingleThreaded) const;
+
+private:
+    FileHeader m_header;
+    FileData m_data;
+};
+
+class OXA_IFC_API FileSimple final : public FileBase {
+public:
+    explicit FileSimple(const def::SchemaPset& schema);
+    ~FileSimple() override;
+
+    [[nodiscard]] FileHeaderSimple& header() noexcept { return m_header; }
+    [[nodiscard]] const FileHeaderSimple& header() const noexcept { return m_header; }
+    [[nodiscard]] DataSimple& data() noexcept { return m_data; }
+    [[nodiscard]] const DataSimple& data() const noexcept { return m_data; }
+    // What the header names as root; null for whole data. May be a slot that nothing defined (no schema entity).
+    [[nodiscard]] Entity* pRootEntity() const noexcept { return m_pRootEntity; }
+
+    // As File::boRead; numbers are never kept. A bad head gives false and no report.
+    bool boRead(std::istream& stream, SchemaFromName schemaFromName, io::ReadError& error, ReadProgress progress,
+                bool boSingleThreaded);
+
+    // Writes "pEntity" and what it reaches, or the whole data for null. False without a schema name in the header and
+    // when there is nothing to write.
+    bool boWrite(const Entity* pEntity, std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const;
+
+    // Finds the slot of the root that the header names; called when the data end.
+    void vEntityRootInit(ReadInfoCommon& info);
+
+private:
+    mutable FileHeaderSimple m_header;   // a write settles what it says of its extent
+    DataSimple m_data;
+    Entity* m_pRootEntity = nullptr;
+};
+
+}   // namespace oxa::ifc

@@ -1,0 +1,382 @@
+// IfcFileAttribute: the cells in which attribute values lie.
+//
+// A cell is a small plain record without virtual table and without a type of its own: the schema object that
+// describes the attribute says what it is. Cells stand packed, at any byte address.
+//
+//   class                       bytes  fields behind the four flag bytes
+//   AttributeReal, ~Number      16     4 unused, double
+//   AttributeBoolean             5     one byte, 0 or 1
+//   AttributeInteger            16     4 unused, signed 64 bit
+//   AttributeString             16     4 unused, pointer to NUL-terminated UTF-8
+//   AttributeGuid               20     16-byte Guid
+//   AttributeLogical             8     signed 32 bit: 0, 1, -1 unknown
+//   AttributeBinary             24     4 unused, pointer to bytes, unsigned 64-bit count
+//   AttributeEnumeration        16     4 unused, pointer to NUL-terminated text
+//   AttributeSelect             32     4 unused, pointer to the value's cell, AttributeType, 4 unused, schema Type
+//   AttributeList               16     AttributeType of the items, pointer to them
+//   AttributeEntity             16     4 unused, pointer to the Entity
+//
+// Memory   what a cell points to lies in the pool of its Data and is never given back singly, except where
+//          m_boPooled is false.
+// Threads  a cell belongs to the thread that parses its statement, later to the one that owns the model.
+// Errors   a bad token gives a record in the errors of the read and a well-formed cell; reading goes on.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Format/Ifc/IfcArray.h"
+#include "Format/Ifc/IfcList.h"
+#include "Format/Ifc/IfcSimplePool.h"
+#include "Format/Ifc/IfcUnaligned.h"
+#include "platform/Export.h"
+#include "platform/Id.h"
+#include "schema/Schema.h"
+
+namespace oxa::ifc {
+
+class Data;
+class Entity;
+struct StepReadInfoData;
+struct StepWriteInfo;
+namespace types {
+class IfcSelectBase;
+}
+
+// What a cell holds: the kind of its data type plus one, or 13 for an entity reference. 0: not known yet.
+enum class AttributeType : std::int32_t {
+    Unknown = 0,
+    Real = 1,
+    Boolean = 2,
+    Integer = 3,
+    Number = 4,
+    String = 5,
+    Logical = 6,
+    Binary = 7,
+    Enumeration = 8,
+    Select = 9,
+    Array = 10,
+    List = 11,
+    Set = 12,
+    Entity = 13,
+};
+
+// The class of a cell, settled once per type and attribute (see DataSizeEntity).
+enum class CellClass : std::uint8_t {
+    Real,
+    Boolean,
+    Integer,
+    Number,
+    String,
+    Guid,
+    Logical,
+    Binary,
+    Enumeration,
+    Select,
+    List,
+    Entity,
+    Unresolved,   // the schema gives the attribute no type
+    Illegal,      // the schema gives it a kind outside the twelve
+};
+
+class OXA_IFC_API AttributeBase {
+public:
+    bool m_boDerived = false;     // "*" in the file: derived by the schema, no value stored
+    bool m_boUndefined = false;   // "$" or absent: no value stored
+    bool m_boPooled = true;       // what the cell points to lies in the pool
+    bool m_boGuid = false;        // on a cell of kind String: it is an AttributeGuid
+
+    // What a parsing constructor gets: one token of one statement. Tokens are never copied.
+    struct StepReadInfoAttribute {
+        StepReadInfoData* m_pInfo;                          // the statement
+        Data* m_pData;
+        const Entity* m_pEntity;                            // the entity being read, for reports
+        const def::schema::Attribute* m_pAttribute;
+        const def::schema::ObjectBase* m_pType;             // inside a typed select value: the type named there
+        std::size_t m_iStart;                               // the token in the statement's text
+        std::size_t m_iLength;
+        std::uint32_t m_iDepth;                             // aggregate and select levels above the token
+
+        // One byte of the token or of the text behind it; NUL behind the statement's end.
+        [[nodiscard]] char cAt(std::size_t i) const noexcept;
+        [[nodiscard]] const char* pText() const noexcept;   // first byte of the token
+        // Zeroed memory of the model. Any number of threads, each with an info of its own.
+        [[nodiscard]] void* pAllocate(std::size_t iBytes);
+        // The context of a part of this token.
+        [[nodiscard]] StepReadInfoAttribute part(std::size_t iStart, std::size_t iLength,
+                                                 const def::schema::ObjectBase* pType) const noexcept;
+    };
+
+    // Where the text of one value goes, and how.
+    struct StepWriteInfoAttribute {
+        StepWriteInfo* m_pLine;
+        const def::schema::Attribute* m_pAttribute;
+        const def::schema::Type* m_pType = nullptr;   // of a value inside a select
+        bool m_boInList = false;                      // the value is an item of a list
+        bool m_boPlainText = false;                   // text as it is, for display
+    };
+
+    // Appends the text of this cell (ISO 10303-21, 6.4). Faults are records in the errors of the write.
+    void vWriteAttribute(StepWriteInfoAttribute& info) const;
+    // The text of this one cell, for display: boPlainText leaves text unencoded and GUIDs in their long form.
+    [[nodiscard]] std::string sWriteLine(const def::schema::Attribute& attribute, const Data& data,
+                                         bool boPlainText) const;
+
+    [[nodiscard]] bool boHasValue() const noexcept { return !m_boDerived && !m_boUndefined; }
+    // A value was stored: the cell is neither derived nor undefined any more.
+    void vDefined() noexcept { m_boDerived = m_boUndefined = false; }
+
+    // Size of the cell for "object", an attribute's type. Throws the text "Illegal value" (char const*) for a
+    // kind outside the twelve, oxa::exception for a null or unresolvable object.
+    [[nodiscard]] static unsigned int iAttributeSizeFromSchemaAttribute(const def::schema::ObjectBase& object,
+                                                                        const def::schema::Attribute& attribute);
+    // The value tag of the attribute's type. Throws the text "illegal type" for a kind outside the twelve.
+    [[nodiscard]] static AttributeType TypeFromSchemaAttribute(const def::schema::Attribute& attribute);
+    // The class of the cell that an attribute of type "object" gets.
+    [[nodiscard]] static CellClass cellClass(const def::schema::ObjectBase* pObject,
+                                             const def::schema::Attribute& attribute) noexcept;
+
+    // Constructs a cell of zeroed memory in place: in its default state without "pInfo", else from the token.
+    // Writes the value tag to *pType unless that is null. Throws the text "illegal type".
+    static void vAttributeNew(const def::schema::ObjectBase& object, const def::schema::Attribute& attribute,
+                              void* pCell, StepReadInfoAttribute* pInfo, AttributeType* pType);
+    // The cell of a value inside a select, in pool memory, from a token. Null after an exception derived from
+    // std::exception, which is reported (Fatal, "Error_UnknownAttributeType").
+    [[nodiscard]] static AttributeBase* pAttributeNew(const def::schema::Type& type, StepReadInfoAttribute& info,
+                                                      AttributeType* pType);
+    // Brings a cell of zeroed memory to the state of an attribute that no statement mentions: undefined, no value.
+    // An attribute without a type has no cell and stays as it is. Throws the text "illegal type".
+    static void vAttributeUndefined(CellClass eClass, void* pCell);
+
+    // Walks the values of type T that a cell holds, singly (boSingle) or in lists (boList), until the function
+    // answers false. False without a value, for a kind that holds no T, and when the function stopped the walk.
+    template <class T>
+    [[nodiscard]] static bool boForEach(const AttributeBase& cell, const def::schema::Attribute& attribute,
+                                        std::function<bool(T&)> function, bool boSingle, bool boList);
+
+protected:
+    // Copies the flags, m_boPooled aside. True exactly when this cell has a value.
+    bool copyBaseTo(AttributeBase& target) const noexcept;
+    // Recognises "$" and "*", the tokens of one character that every parser looks for first. True: done.
+    bool boReadNull(const StepReadInfoAttribute& info);
+    // One report on the attribute in hand, severity Error.
+    static void vReport(const StepReadInfoAttribute& info, const char* sKey);
+};
+static_assert(sizeof(AttributeBase) == 4 && alignof(AttributeBase) == 1);
+
+// Where the value would not stand at its natural alignment directly behind the flags.
+template <class Value>
+class PaddedCell : public AttributeBase {
+    std::byte m_unused[4] = {};
+
+public:
+    Unaligned<Value> m_value = Value{};
+};
+
+class OXA_IFC_API AttributeReal : public PaddedCell<double> {
+public:
+    AttributeReal() = default;
+    // REAL (ISO 10303-21, 6.4.2), looser: what toDouble accepts. "Error_ExpectedValidRealValueFor", then 0.0.
+    explicit AttributeReal(StepReadInfoAttribute& info);
+};
+
+class OXA_IFC_API AttributeNumber final : public AttributeReal {
+public:
+    using AttributeReal::AttributeReal;
+};
+
+class OXA_IFC_API AttributeInteger final : public PaddedCell<long long> {
+public:
+    AttributeInteger() = default;
+    // A signed 32-bit number. "Error_ExpectedValidIntegerValueFor", then 0.
+    explicit AttributeInteger(StepReadInfoAttribute& info);
+};
+
+class OXA_IFC_API AttributeBoolean final : public AttributeBase {
+public:
+    std::uint8_t m_value = 0;
+
+    AttributeBoolean() = default;
+    // ".T." or ".F."; up to three reports "Error_ExpectedValidBooleanValueFor" for one token.
+    explicit AttributeBoolean(StepReadInfoAttribute& info);
+};
+
+class OXA_IFC_API AttributeLogical final : public AttributeBase {
+public:
+    Unaligned<LogicalValue> m_value = LogicalValue::False;
+
+    AttributeLogical() = default;
+    // ".T.", ".F." or ".U."; reports as AttributeBoolean, "Error_ExpectedValidLogicValueFor".
+    explicit AttributeLogical(StepReadInfoAttribute& info);
+};
+
+class OXA_IFC_API AttributeString final : public PaddedCell<char*> {
+public:
+    AttributeString() = default;
+    // A quoted text, decoded to UTF-8. "Error_ExpectedValidStringValueFor", then an empty text.
+    explicit AttributeString(StepReadInfoAttribute& info);
+
+    // Decodes a part of the statement, a string without its quotes, into zero-terminated pool memory.
+    [[nodiscard]] static char* pTextRead(StepReadInfoAttribute& info, std::size_t iStart, std::size_t iLength);
+
+    // Stores "size" bytes, the terminating NUL among them. Reuses the present block when that holds a longer
+    // text. Always true; an assertion tells a text that is not UTF-8.
+    bool boValueSet(const char* text, std::size_t size, Pool& pool);
+};
+
+class OXA_IFC_API AttributeGuid final : public AttributeBase {
+public:
+    Unaligned<Guid> m_value = Guid{};
+
+    AttributeGuid() { m_boGuid = true; }
+    // 22 characters between quotes. "Error_ExpectedValidGuidValueFor", then a new random Guid.
+    explicit AttributeGuid(StepReadInfoAttribute& info);
+};
+
+class OXA_IFC_API AttributeBinary final : public PaddedCell<unsigned char*> {
+public:
+    Unaligned<std::uint64_t> m_iCount = std::uint64_t{0};
+
+    AttributeBinary() = default;
+    // A quote, the digit of unused bits (not kept), pairs of hexadecimal digits, a quote.
+    // "Error_ExpectedValidBinaryValueFor", then no bytes.
+    explicit AttributeBinary(StepReadInfoAttribute& info);
+
+    // Copies the bytes; the present block is reused when its count is large enough. Always true.
+    bool boValueSet(const unsigned char* bytes, std::size_t size, Pool& pool);
+};
+
+// After a read the text is the schema's own; after a setter it is a copy in the pool.
+class OXA_IFC_API AttributeEnumeration final : public PaddedCell<const char*> {
+public:
+    AttributeEnumeration() = default;
+    // "Error_ExpectedValidEnumerationValueFor" or "Error_NotValidEnumerationValue", then null.
+    explicit AttributeEnumeration(StepReadInfoAttribute& info);
+
+    // The enumeration behind "pType", or behind the attribute when that is null; null where there is none.
+    [[nodiscard]] static const def::schema::DataTypeEnum* pEnumOf(const def::schema::ObjectBase* pType,
+                                                                  const def::schema::Attribute& attribute) noexcept;
+
+    // The text must be an enumerator, else the pointer is cleared and the result false. Nothing is reported.
+    bool boValueSet(const char* text, const def::schema::Attribute& attribute, Data& data);
+    bool boValueSet(const char* text, const def::schema::DataTypeEnum& type, Pool& pool);
+};
+
+class OXA_IFC_API AttributeEntity final : public PaddedCell<Entity*> {
+public:
+    AttributeEntity() = default;
+    // "#" and a number: the slot of that number, marked as referenced, whether or not it is ever defined.
+    // "Error_ExpectedValidEntityValueFor", then null.
+    explicit AttributeEntity(StepReadInfoAttribute& info);
+
+    // The same for a part of a token, without a cell; null after the report.
+    [[nodiscard]] static Entity* pEntityRead(const StepReadInfoAttribute& info);
+};
+
+class OXA_IFC_API AttributeSelect final : public AttributeBase {
+    std::byte m_unused[4] = {};
+
+public:
+    Unaligned<AttributeBase*> m_pValue = static_cast<AttributeBase*>(nullptr);
+    Unaligned<AttributeType> m_eType = AttributeType::Unknown;
+
+private:
+    std::byte m_unused2[4] = {};
+
+public:
+    Unaligned<const def::schema::Type*> m_pType = static_cast<const def::schema::Type*>(nullptr);
+
+    AttributeSelect() = default;
+    // "#5", or a type's keyword and a value in parentheses. "Error_ExpectedValidSelectValueFor", then empty.
+    // Typed values nest at most g_iDepthLimit levels deep; what lies deeper gets that report.
+    explicit AttributeSelect(StepReadInfoAttribute& info);
+    // Frees what does not lie in the pool.
+    ~AttributeSelect();
+    AttributeSelect(const AttributeSelect&) = delete;
+    AttributeSelect& operator=(const AttributeSelect&) = delete;
+
+    static constexpr std::uint32_t g_iDepthLimit = 1000;
+
+    // Stores a caller's value; false when its type does not fit its holder. "pObject" is the schema object that
+    // an aggregate inside needs; it may be null.
+    bool boValueSet(const types::IfcSelectBase& value, const def::schema::ObjectBase* pObject, Pool& pool);
+    // False when there is no value, or one that IfcSelectBase can't hold.
+    bool boValueGet(types::IfcSelectBase& value) const;
+    // Prepares the nested cell for the type that an import names: a path of exactly one object.
+    void vTypeCreate(const std::vector<const def::schema::ObjectBase*>& path, Pool& pool);
+
+private:
+    template <class Cell>
+    Cell& cellOf(AttributeType eType, Pool& pool);
+    template <class Cell, class Value>
+    bool boStore(AttributeType eType, const def::schema::Type* pType, Value value, Pool& pool);
+};
+
+class AttributeList;
+
+class OXA_IFC_API AttributeListValueBase : public AttributeBase {
+public:
+    Unaligned<AttributeType> m_eItemType = AttributeType::Unknown;
+    Unaligned<void*> m_pItems = static_cast<void*>(nullptr);
+
+    AttributeListValueBase() = default;
+    // "(a,b,c)". What is wrong with items is in the list of reports of the class of the items.
+    explicit AttributeListValueBase(StepReadInfoAttribute& info);
+    AttributeListValueBase(const AttributeListValueBase&) = delete;
+    AttributeListValueBase& operator=(const AttributeListValueBase&) = delete;
+
+    // The items as they lie; the item type must fit. Null for an empty list of entities or one never filled.
+    template <class T>
+    [[nodiscard]] Array<T>* pArray() const noexcept { return static_cast<Array<T>*>(m_pItems.load()); }
+    [[nodiscard]] EntityList* pEntities() const noexcept { return static_cast<EntityList*>(m_pItems.load()); }
+
+    // Makes the storage for an import; the last object of the path says what the items are.
+    void vTypeListCreate(const std::vector<const def::schema::ObjectBase*>& path, std::size_t iCount, Pool& pool);
+
+    // Stores a caller's list. False for an item type that does not take Value, with an assertion where the item
+    // type is none at all. One instance for each Value of the list in IfcFileAttributeListSet.cpp.
+    template <class Value>
+    bool boValueSet(const Value& value, const def::schema::ObjectBase* pObject, Pool& pool);
+    template <class Value>
+    bool boValueSet(const Value& value, const def::schema::Attribute& attribute, Data& data);
+
+    // Appends one item; the items move to a new block.
+    template <class Value>
+    bool boPushBackValue(const Value& value, const def::schema::Attribute& attribute, Data& data);
+
+    // Walks the items as T until the function answers false; true when it never did.
+    template <class T>
+    bool boForEach(const def::schema::Attribute& attribute, std::function<bool(T&)> function) const;
+
+protected:
+    ~AttributeListValueBase();
+    friend class AttributeSelect;
+
+    // Sets the item type from an aggregate object; false when no item type fits its element.
+    bool boInitTypeFromAttribute(const def::schema::ObjectBase* pObject) noexcept;
+
+    struct Reader;   // the parsing constructor's work
+    friend struct ListSetter;
+};
+
+class OXA_IFC_API AttributeList final : public AttributeListValueBase {
+public:
+    using AttributeListValueBase::AttributeListValueBase;
+    ~AttributeList() = default;
+
+    // Appends one row to a list of lists of entities.
+    bool boValuePushBack(const std::vector<Entity*>& row, const def::schema::Attribute& attribute, Data& data);
+};
+
+static_assert(sizeof(AttributeReal) == 16 && sizeof(AttributeNumber) == 16 && sizeof(AttributeInteger) == 16);
+static_assert(sizeof(AttributeBoolean) == 5 && sizeof(AttributeLogical) == 8 && sizeof(AttributeGuid) == 20);
+static_assert(sizeof(AttributeString) == 16 && sizeof(AttributeEnumeration) == 16 && sizeof(AttributeEntity) == 16);
+static_assert(sizeof(AttributeBinary) == 24 && sizeof(AttributeSelect) == 32 && sizeof(AttributeList) == 16);
+static_assert(alignof(AttributeBinary) == 1 && alignof(AttributeSelect) == 1 && alignof(AttributeList) == 1);
+
+}   // namespace oxa::ifc

@@ -1,0 +1,160 @@
+// The reading side of the container: from entity statements to entities, and the completion of a read.
+#include <charconv>
+#include <optional>
+#include <string>
+
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/IfcNumbers.h"
+#include "Format/Ifc/IfcReadInfo.h"
+
+namespace oxa::ifc {
+
+using def::schema::ObjectName;
+
+namespace {
+
+void vReport(StepReadInfoData& info, Errors::Severity eSeverity, Errors::Category eCategory, const char* sKey) {
+    info.m_pCommon->m_pError->add(nullptr, eSeverity, eCategory, sKey, *info.m_pLine, info.m_iLine);
+}
+
+// The parts of "#number=KEYWORD(...)", as offsets in the statement.
+struct StatementParts {
+    std::int32_t iId;
+    std::size_t iKeyword;
+    std::size_t iOpen;
+};
+
+// The first fault is reported, and it is fatal: what follows can't be trusted to be a statement.
+std::optional<StatementParts> statementParts(StepReadInfoData& info) {
+    const std::string& line = *info.m_pLine;
+    const auto refuse = [&info](const char* sKey) {
+        vReport(info, Errors::Fatal, Errors::Syntax, sKey);
+        return std::nullopt;
+    };
+    if (line.empty() || line[0] != '#') return refuse("Error_ExpectedNumberSign");
+    // One digit at least stands between "#" and "=".
+    const std::size_t iEqual = line.size() > 2 ? line.find('=', 2) : std::string::npos;
+    if (iEqual == std::string::npos) return refuse("Error_ExpectedEqualOperator");
+    StatementParts parts{0, iEqual + 1, 0};
+    const char* pEqual = line.data() + iEqual;
+    // A malformed number has no key of its own.
+    if (details::pReadInteger(line.data() + 1, pEqual, 10, parts.iId) != pEqual)
+        return refuse("Error_ExpectedLeftParenthesis");
+    parts.iOpen = line.find('(', iEqual);
+    if (parts.iOpen == std::string::npos) return refuse("Error_InvalidEntity");
+    return parts;
+}
+
+}   // namespace
+
+bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
+    const auto giveUp = [&result] {
+        result.push_back(nullptr);
+        return false;
+    };
+    const std::optional<StatementParts> parts = statementParts(info);
+    if (!parts || !m_pSchema) return giveUp();
+
+    const std::string_view line(*info.m_pLine);
+    const ObjectName name(line.substr(parts->iKeyword, parts->iOpen - parts->iKeyword));
+    const def::schema::Entity* pType = m_pSchema->pEntityFromName(name);
+    if (!pType) {
+        vReport(info, Errors::Error, Errors::Value, "Error_UnknownEntityType");
+        return giveUp();
+    }
+    const std::size_t iClose = line.rfind(')');
+    if (iClose == std::string_view::npos || iClose <= parts->iOpen) return giveUp();
+    const auto iId = static_cast<unsigned>(parts->iId);   // a negative number lands far up in the table
+    return boEntityAdd(iId, *pType, info, parts->iOpen, iClose - parts->iOpen + 1, result) || giveUp();
+}
+
+const def::schema::Entity* Data::pConcreteType(const def::schema::Entity& type, StepReadInfoData& info) const {
+    if (!type.boAbstract) return &type;
+    vReport(info, Errors::Error, Errors::Value, "Error_EntityIsAbstract");
+    for (const def::schema::Entity* pType = type.pParent; pType; pType = pType->pParent)
+        if (!pType->boAbstract) return pType;
+    // No concrete supertype: an abstract building element is kept as a proxy, with what its statement holds.
+    const auto* pElement = def::schema::pAsEntity(m_pSchema->pObjectFromName("IfcBuildingElement"));
+    if (!def::schema::boIsSubtype(&type, pElement)) return nullptr;
+    return def::schema::pAsEntity(m_pSchema->pObjectFromName("IfcBuildingElementProxy"));
+}
+
+bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
+                       std::size_t iLength, std::vector<Entity*>& result) {
+    const def::schema::Entity* pType = pConcreteType(type, info);
+    if (!pType) return false;
+    EntitySlot& slot = info.m_pCommon->slotGet(*this, iId);
+    slot.vReferencedSet();
+    Entity& entity = slot.entity;
+
+    std::optional<EntitySlotLock> lock;
+    if (info.m_pCommon->m_boParallel) lock.emplace(slot);
+    if (entity.m_pSchemaEntity) {
+        info.m_pCommon->m_pError->add(nullptr, Errors::Error, Errors::Identifier, "Error_EntityIdReused",
+                                      std::to_string(iId), *info.m_pLine, info.m_iLine);
+        // The later statement wins; what the earlier one holds stays behind in the pool.
+        entity.m_pSchemaEntity = nullptr;
+        entity.m_pAttributes = nullptr;
+        entity.m_ppAttributesInverse = nullptr;
+    }
+    entity.vAttributesRead(*this, *pType, info, iOffset, iLength);
+    result.push_back(&entity);
+    vProjectOffer(&entity);
+    return true;
+}
+
+void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, const std::string& line, unsigned iLine) {
+    if (!pEntity) return;
+    m_entities.push_back(pEntity);
+    std::optional<EntitySlotLock> lock;
+    if (common.m_boParallel) lock.emplace(EntitySlot::fromEntity(*pEntity));
+    const def::schema::Entity& schema = pEntity->schemaEntity();
+    // The first attribute of every rooted entity is its GUID, by position.
+    if (def::schema::boIsSubtype(&schema, common.m_pRootSchema)) {
+        if (const AttributeBase* pCell = pEntity->pAttributeFromIndex(0).second) {
+            const Guid guid = static_cast<const AttributeGuid*>(pCell)->m_value;
+            if (guid.boIsNull())
+                common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_UnexpectedNullGuid", line, iLine);
+            else if (!m_guidEntityMap.try_emplace(guid, pEntity).second)
+                common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_DuplicateGuids", line, iLine);
+        }
+    }
+    vProjectOffer(pEntity);
+}
+
+bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
+    const bool boComplete = boMissingReport(info);
+    vIdsSettle(info, boKeepIds);
+    PoolArena arena(*m_pPool);
+    // From here on every attribute of every entity is in place.
+    for (Entity* pEntity : m_entities) pEntity->vAttributeInverseInit(arena);
+    vSortEntities();
+    return boComplete;
+}
+
+// One report for each number that was named and never defined. Nobody knows any more which statement named it.
+bool Data::boMissingReport(ReadInfoCommon& info) {
+    bool boComplete = true;
+    info.vForEachSlot([&](std::uint32_t iId, EntitySlot& slot) {
+        if (!slot.boReferenced() || slot.entity.m_pSchemaEntity) return;
+        boComplete = false;
+        info.m_pError->add(nullptr, Errors::Error, Errors::Reference, "Error_MissingEntityWithId",
+                           std::to_string(iId), {}, 0);
+    });
+    return boComplete;
+}
+
+void Data::vIdsSettle(ReadInfoCommon& info, bool boKeepIds) {
+    if (!boKeepIds) {
+        m_pEntityIdMap.reset();
+        return;
+    }
+    if (m_pEntityIdMap) return;
+    m_pEntityIdMap = std::make_unique<EntityIdMap>(0);
+    info.vForEachSlot([this](std::uint32_t iId, EntitySlot& slot) {
+        if (slot.entity.m_pSchemaEntity) m_pEntityIdMap->vSeed(slot, iId);
+    });
+}
+
+}   // namespace oxa::ifc

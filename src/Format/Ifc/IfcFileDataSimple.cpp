@@ -1,0 +1,145 @@
+// The container: its life, its schema, its list of entities and their order, their numbers.
+#include "Format/Ifc/IfcFileDataSimple.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <limits>
+#include <new>
+
+#include "platform/Assert.h"
+#include "platform/Utilities.h"
+
+namespace oxa::ifc {
+
+using def::schema::ObjectName;
+
+Data::Data() : m_guidEntityMap(8), m_pPool(std::make_unique<Pool>()) {}
+
+Data::Data(Data&& other) noexcept
+    : m_pSchema(other.m_pSchema),
+      m_pRootSchema(other.m_pRootSchema),
+      m_entities(std::move(other.m_entities)),
+      m_boSorted(other.m_boSorted),
+      m_guidEntityMap(std::move(other.m_guidEntityMap)),
+      m_pEntityIdMap(std::move(other.m_pEntityIdMap)),
+      m_pendingGuid(std::move(other.m_pendingGuid)),
+      m_pPool(std::move(other.m_pPool)),
+      m_pProject(other.pProject()) {
+    other.m_guidEntityMap.clear();
+}
+
+Data& Data::operator=(Data&& other) noexcept {
+    if (this == &other) return *this;
+    m_pSchema = other.m_pSchema;
+    m_pRootSchema = other.m_pRootSchema;
+    m_entities = std::move(other.m_entities);
+    m_boSorted = other.m_boSorted;
+    m_guidEntityMap = std::move(other.m_guidEntityMap);
+    other.m_guidEntityMap.clear();
+    m_pEntityIdMap = std::move(other.m_pEntityIdMap);
+    m_pendingGuid = std::move(other.m_pendingGuid);
+    m_pPool = std::move(other.m_pPool);
+    m_pProject.store(other.pProject(), std::memory_order_relaxed);
+    return *this;
+}
+
+Data::~Data() {
+    m_pPool.reset();   // first: nothing of an entity is looked at when the rest goes
+}
+
+void Data::vSchemaSet(const def::SchemaPset* pSchema) {
+    m_pSchema = pSchema;
+    m_pRootSchema = pEntitySchemaFromName(ObjectName("IFCROOT"));
+}
+
+const def::schema::Entity* Data::pEntitySchemaFromName(const ObjectName& name) const {
+    return m_pSchema ? m_pSchema->pEntityFromName(name) : nullptr;
+}
+
+Entity* Data::pEntityCreate(const ObjectName& name) {
+    return pEntityCreate(pEntitySchemaFromName(name));
+}
+
+Entity* Data::pEntityCreate(const def::schema::Entity* pSchema) {
+    if (!pSchema) return nullptr;
+    if (pSchema->boAbstract) throw oxa::exception("Can't create abstract class");
+    auto* pEntity = ::new (m_pPool->pAllocateAligned(sizeof(Entity))) Entity(*this, *pSchema);
+    entityAdd(pEntity);
+    return pEntity;
+}
+
+void Data::entityAdd(Entity* pEntity) {
+    if (!pEntity) return;
+    vProjectOffer(pEntity);
+    m_entities.push_back(pEntity);
+    m_boSorted = false;
+    if (pEntity->boIsCompatible(m_pRootSchema)) m_pendingGuid.push_back(pEntity);
+}
+
+// The first entity of exactly that type becomes the project.
+void Data::vProjectOffer(Entity* pEntity) {
+    constexpr ObjectName g_project("IFCPROJECT");
+    if (pProject()) return;
+    if (ObjectName(pEntity->schemaEntity()) == g_project) m_pProject.store(pEntity, std::memory_order_relaxed);
+}
+
+const std::vector<Entity*>& Data::entities() const {
+    vSortEntities();
+    return m_entities;
+}
+
+std::pair<Data::iterator, Data::iterator> Data::range(const ObjectName& name, bool boWithSubtypes) const {
+    if (!m_pSchema) return {m_entities.cend(), m_entities.cend()};
+    vSortEntities();
+    const def::schema::Entity* pType = pEntitySchemaFromName(name);
+    if (!pType) return {m_entities.cend(), m_entities.cend()};
+    const auto ordinalOf = [](const Entity* pEntity) { return pEntity->schemaEntity().iTypeOrdinal; };
+    const std::uint16_t iLast = boWithSubtypes ? pType->iTypeOrdinalLast : pType->iTypeOrdinal;
+    const auto first = std::ranges::lower_bound(m_entities, pType->iTypeOrdinal, {}, ordinalOf);
+    const auto last = std::ranges::upper_bound(first, m_entities.end(), iLast, {}, ordinalOf);
+    return {first, last};
+}
+
+// Types are few and their ordinals 16 bits wide, so the entities are counted into place: two passes, whatever
+// their order, where comparing would follow pointers n log n times.
+void Data::vSortEntities() const {
+    if (m_boSorted) return;
+    if (m_entities.size() > 1) {
+        constexpr std::size_t g_iOrdinals = std::size_t{std::numeric_limits<std::uint16_t>::max()} + 1;
+        std::vector<std::uint16_t> ordinals;
+        ordinals.reserve(m_entities.size());
+        std::vector<std::size_t> places(g_iOrdinals + 1);
+        for (const Entity* pEntity : m_entities) {
+            ordinals.push_back(pEntity->schemaEntity().iTypeOrdinal);
+            ++places[std::size_t{ordinals.back()} + 1];
+        }
+        for (std::size_t i = 1; i <= g_iOrdinals; ++i) places[i] += places[i - 1];
+        std::vector<Entity*> sorted(m_entities.size());
+        for (std::size_t i = 0; i < m_entities.size(); ++i) sorted[places[ordinals[i]]++] = m_entities[i];
+        m_entities = std::move(sorted);
+    }
+    m_boSorted = true;
+}
+
+EntityIdMap& Data::entityIdMap(bool boRebuild) const {
+    if (!m_pEntityIdMap || boRebuild) m_pEntityIdMap = std::make_unique<EntityIdMap>(m_entities.size());
+    return *m_pEntityIdMap;
+}
+
+std::size_t Data::iIdFromEntity(const Entity& entity) const {
+    return entityIdMap(false).get(&entity).first;
+}
+
+Entity* Data::pEntityFromId(std::size_t iId) const {
+    return m_pEntityIdMap ? const_cast<Entity*>(m_pEntityIdMap->pSeededFromId(iId)) : nullptr;
+}
+
+void Data::vDebugMessage(Data*, const char* text) {
+    std::fputs(text, stderr);
+    std::fputc('\n', stderr);
+    if (Assert::isEnabled())
+        Assert::addAssert("Format/Ifc/IfcFileDataSimple", "oxa::ifc::Data::vDebugMessage", text, __LINE__);
+}
+
+}   // namespace oxa::ifc

@@ -1,0 +1,139 @@
+// IfcFileDataSimple: the container of one model: its entities, their order, their maps and their memory.
+//
+// For      every caller who looks for entities, makes or removes them.
+// Not for  files: FileData and DataSimple (IfcFile.h) tie a container to one.
+// Memory   entities are never destroyed one by one; all of it goes with the Data.
+// Threads  outside a read a Data belongs to one thread at a time, const operations included, since they sort and
+//          update. During a read the line workers touch only the pool, the entity table, their own entities and
+//          the project pointer; one thread at a time runs finalizeEntity.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <functional>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "Format/Ifc/IfcEntityIdMap.h"
+#include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/IfcSimplePool.h"
+#include "platform/Export.h"
+#include "platform/Id.h"
+#include "schema/Schema.h"
+
+namespace oxa::ifc {
+
+struct ReadInfoCommon;
+struct StepReadInfoData;
+struct StepReadInfoDataCommon;
+class StepWriteInfoCommon;
+namespace io {
+class WriteError;
+}
+
+class OXA_IFC_API Data {
+public:
+    using iterator = std::vector<Entity*>::const_iterator;
+
+    Data();
+    // The source keeps its schema pointers, but no entity and no pool: it can't allocate any more.
+    Data(Data&& other) noexcept;
+    // The same; the target's old pool dies and with it everything that points there.
+    Data& operator=(Data&& other) noexcept;
+    virtual ~Data();
+
+    // Ends a read: reports numbers that were named and never defined, settles the instance numbers (boKeepIds),
+    // builds the inverse lists and sorts. True when no reference is left dangling. Caller's thread, after all
+    // workers have ended.
+    virtual bool boFinished(ReadInfoCommon& info, bool boKeepIds);
+
+    // Not owned, must outlive the model. Null takes the schema away.
+    void vSchemaSet(const def::SchemaPset* pSchema);
+    [[nodiscard]] const def::SchemaPset* pSchema() const noexcept { return m_pSchema; }
+    // Null without a schema, and for a name that is no entity type.
+    [[nodiscard]] const def::schema::Entity* pEntitySchemaFromName(const def::schema::ObjectName& name) const;
+
+    // A new entity, every attribute undefined; null without a schema or for a name that is no entity type.
+    Entity* pEntityCreate(const def::schema::ObjectName& name);
+    // Null for null. Throws oxa::exception "Can't create abstract class" for an abstract type.
+    Entity* pEntityCreate(const def::schema::Entity* pSchema);
+    // Takes a filled entity of this Data's pool into the list; null is ignored. Throws oxa::exception "returning
+    // nullptr" for one without a schema while there is no project.
+    void entityAdd(Entity* pEntity);
+
+    // Takes an entity out of the list and the GUID map; its memory, its number and references to it stay, and keeping
+    // those right is the caller's task. False for null and for an entity that is not here. Throws oxa::exception
+    // "returning nullptr" for one without a schema.
+    bool boEntityDelete(Entity* pEntity);
+    // Takes every entity without a schema out of the list.
+    void deleteIncompleteEntities();
+    // The rooted entity with that GlobalId, or null. Entities that a caller made are found once their GlobalId is set.
+    [[nodiscard]] Entity* pEntityFromGuid(const Guid& guid) const;
+
+    // All entities, sorted by type: a type and its subtypes stand together. Sorts when needed.
+    [[nodiscard]] const std::vector<Entity*>& entities() const;
+    // The entities of exactly that type, or of it and its subtypes: two binary searches. Empty for an unknown name.
+    [[nodiscard]] std::pair<iterator, iterator> range(const def::schema::ObjectName& name, bool boWithSubtypes) const;
+
+    // The numbers of the entities; see EntityIdMap. With boRebuild an old map is dropped.
+    [[nodiscard]] EntityIdMap& entityIdMap(bool boRebuild) const;
+    // The entity's number; a new one is dealt if it has none.
+    [[nodiscard]] std::size_t iIdFromEntity(const Entity& entity) const;
+    // The entity of a kept number; null when no numbers were kept or the number is unknown.
+    [[nodiscard]] Entity* pEntityFromId(std::size_t iId) const;
+
+    // The first IFCPROJECT, or null.
+    [[nodiscard]] Entity* pProject() const noexcept { return m_pProject.load(std::memory_order_relaxed); }
+    [[nodiscard]] Pool& pool() const noexcept { return *m_pPool; }
+    // Rooted entities by GlobalId, as far as they are known by now.
+    [[nodiscard]] const std::unordered_map<Guid, Entity*>& guidEntityMap() const noexcept { return m_guidEntityMap; }
+
+    // One entity statement (ISO 10303-21, 11.2), blanks and comments removed, ending in ";". Appends exactly one
+    // element to "result": the entity, or null when the statement made none. True when it made one. Any number of
+    // threads, each with a statement of its own.
+    bool boReadLine(StepReadInfoData& info, std::vector<Entity*>& result);
+    // Enters what boReadLine made in the list and, when rooted, in the GUID map. One thread at a time.
+    void finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, const std::string& line, unsigned iLine);
+    // Data lines without any frame, of all entities or of one and what it reaches. False for a null entity and when
+    // there is nothing to write. "out" failing goes unnoticed: look at its state.
+    bool boWrite(std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const;
+    bool boWrite(const Entity* pEntity, std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const;
+    // Runs a walk whose queue holds its seeds to the end, then tells the line writer so. "progress" gets the running
+    // count on the caller's thread, under the walk's lock: it must not call back into it.
+    void vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const;
+    // The loop of one composing thread of such a walk.
+    void operator()(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const;
+    // Diagnostic hook: writes the text to the standard error stream and raises it as an assertion.
+    static void vDebugMessage(Data* pData, const char* text);
+
+protected:
+    void vSortEntities() const;
+    // Moves pending entities whose GlobalId can be read by now to the GUID map; a GUID that is there already raises
+    // an assertion, and the map keeps the earlier entity.
+    void vGuidUpdate() const;
+
+private:
+    bool boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
+                     std::size_t iLength, std::vector<Entity*>& result);
+    // The concrete type that an abstract one is read as, after the report; null when there is none.
+    const def::schema::Entity* pConcreteType(const def::schema::Entity& type, StepReadInfoData& info) const;
+    bool boMissingReport(ReadInfoCommon& info);
+    void vIdsSettle(ReadInfoCommon& info, bool boKeepIds);
+    void vProjectOffer(Entity* pEntity);
+
+    const def::SchemaPset* m_pSchema = nullptr;
+    const def::schema::Entity* m_pRootSchema = nullptr;      // IFCROOT, or null
+    mutable std::vector<Entity*> m_entities;                 // insertion order until sorted
+    mutable bool m_boSorted = false;
+    mutable std::unordered_map<Guid, Entity*> m_guidEntityMap;
+    mutable std::unique_ptr<EntityIdMap> m_pEntityIdMap;     // null until needed
+    mutable std::vector<Entity*> m_pendingGuid;              // rooted, from entityAdd, not yet in m_guidEntityMap
+    std::unique_ptr<Pool> m_pPool;
+    std::atomic<Entity*> m_pProject{nullptr};                // line workers may set it at the same time
+};
+
+}   // namespace oxa::ifc

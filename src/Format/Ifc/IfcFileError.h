@@ -1,0 +1,101 @@
+// Errors: what was wrong with a file, in the order in which it was found.
+//
+// For      everything that reads or writes a model: a problem is one record here, and the work goes on.
+// Callers  the owner of a read or a write makes one, hands it in, and looks at it afterwards.
+// Not for  a caller's mistake (the assertion service) or an inside fault (an exception).
+// Threads  add() from any number at once, boFatal() too. records() and vErrorsWrite() once they have ended.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <iosfwd>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Export.h"
+
+namespace oxa::ifc {
+
+class Entity;
+
+// Grows only: whoever uses one object for two reads has the records of both in it.
+class OXA_IFC_API Errors {
+public:
+    enum Severity : std::uint32_t {
+        Error = 0,   // reading or writing goes on
+        Fatal = 1,   // the file is given up
+    };
+
+    // What a record is about. The numbers are fixed; 6 is not in use.
+    enum Category : std::uint32_t {
+        Syntax = 0,       // malformed file text
+        Header = 1,       // a header statement of an unknown kind
+        Value = 2,        // unknown or abstract types, attribute counts, values of the wrong form, GUIDs
+        Null = 3,         // a null where none may be
+        Reference = 4,    // an instance that the file does not define
+        Model = 5,        // an instance filled twice, an unknown schema
+        Identifier = 7,   // an instance number used twice
+        Schema = 8,       // what the schema does not answer
+    };
+
+    struct ErrorRecord {
+        const Entity* entity = nullptr;   // the instance concerned, or null; not owned, never dereferenced
+        Severity severity = Error;
+        Category category = Syntax;
+        std::string description;                 // localised, with its argument in place
+        std::optional<std::string> lineString;   // the source text that the problem belongs to
+        std::uint32_t lineNumber = 0;            // from 1; 0 where there is no line
+    };
+
+    Errors();
+    ~Errors();
+    Errors(const Errors&) = delete;
+    Errors& operator=(const Errors&) = delete;
+
+    // Appends a record whose text is that of "key" in the domain "Ifc".
+    void add(const Entity* entity, Severity severity, Category category, std::string_view key,
+             std::string lineString, unsigned lineNumber);
+
+    // The same with "argument" in the place of every "%1" of the text; not looked into for a further "%1".
+    void add(const Entity* entity, Severity severity, Category category, std::string_view key,
+             std::string_view argument, std::string lineString, unsigned lineNumber);
+
+    // True once a fatal record was added, and then for good.
+    [[nodiscard]] bool boFatal() const noexcept { return m_boFatal.load(std::memory_order_relaxed); }
+
+    // In the order of arrival.
+    [[nodiscard]] const std::vector<ErrorRecord>& records() const noexcept { return m_records; }
+
+    // One line a record: description, tab, source text.
+    void vErrorsWrite(std::ostream& out) const;
+
+private:
+    void vStore(ErrorRecord&& record);
+
+    std::atomic<bool> m_boFatal{false};   // read while others add
+    std::vector<ErrorRecord> m_records;   // guarded by m_mutex while others add
+    std::mutex m_mutex;
+};
+
+using ErrorRecord = Errors::ErrorRecord;
+
+namespace io {
+
+// The collector of a read.
+class OXA_IFC_API ReadError : public Errors {
+public:
+    [[nodiscard]] static std::unique_ptr<ReadError> pAllocate();
+};
+
+// The collector of a write.
+class OXA_IFC_API WriteError : public Errors {
+public:
+    [[nodiscard]] static std::unique_ptr<WriteError> pAllocate();
+};
+
+}   // namespace io
+}   // namespace oxa::ifc

@@ -1,0 +1,7 @@
+#include "Format/Ifc/IfcFileHeaderBase.h"
+
+namespace oxa::ifc {
+
+FileHeaderBase::~FileHeaderBase() = default;
+
+}   // namespace oxa::ifc

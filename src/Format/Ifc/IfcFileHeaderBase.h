@@ -1,0 +1,43 @@
+// FileHeaderBase: the head of a file, of whichever form the file is.
+//
+// For      FileBase and the readers and writers, which need its text and the schema name in it and no more.
+// Callers  include IfcFileHeader.h or IfcFileHeaderSimple.h, which bring this header along.
+// Threads  one at a time for each object.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include "platform/Export.h"
+
+namespace oxa::ifc {
+
+namespace io {
+class ReadError;
+class WriteError;
+}   // namespace io
+
+class OXA_IFC_API FileHeaderBase {
+public:
+    virtual ~FileHeaderBase();
+
+    // Takes one statement of the head, with its ";". False gives the file up.
+    virtual bool boReadLine(std::string&& line, io::ReadError& errors, unsigned int lineNumber) = 0;
+
+    // Writes the whole head. What the result means is said at each implementation.
+    virtual bool boWrite(std::ostream& out, io::WriteError& errors) const = 0;
+
+    virtual void vSchemaNameSet(std::string name) = 0;
+
+    // A copy; empty where no schema was set.
+    [[nodiscard]] virtual std::string sSchemaNameGet() const = 0;
+
+protected:
+    FileHeaderBase() = default;
+    FileHeaderBase(const FileHeaderBase&) = default;
+    FileHeaderBase(FileHeaderBase&&) = default;
+    FileHeaderBase& operator=(const FileHeaderBase&) = default;
+    FileHeaderBase& operator=(FileHeaderBase&&) = default;
+};
+
+}   // namespace oxa::ifc

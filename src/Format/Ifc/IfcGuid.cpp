@@ -1,0 +1,115 @@
+#include "Format/Ifc/IfcGuid.h"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+namespace oxa::ifc {
+
+namespace {
+
+constexpr std::string_view g_alphabet = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_$";
+static_assert(g_alphabet.size() == 64);
+
+// What a byte stands for: a digit from 0 to 63, or one of these.
+constexpr std::uint8_t g_foreign = 0xFF;
+constexpr std::uint8_t g_groupEnd = 0xFE;   // the NUL byte
+
+constexpr std::array<std::uint8_t, 256> g_digitOf = [] {
+    std::array<std::uint8_t, 256> table{};
+    table.fill(g_foreign);
+    table[0] = g_groupEnd;
+    for (std::size_t i = 0; i < g_alphabet.size(); ++i)
+        table[static_cast<std::uint8_t>(g_alphabet[i])] = static_cast<std::uint8_t>(i);
+    return table;
+}();
+
+// The text is six numbers, the highest digit first.
+constexpr std::array<std::size_t, 6> g_groupLength = {2, 4, 4, 4, 4, 4};
+static_assert(2 + 5 * 4 == IfcGuid::Length);
+using Groups = std::array<std::uint32_t, g_groupLength.size()>;
+
+Groups groupsFromGuid(Guid const& guid) {
+    const auto& tail = guid.Data4;
+    const auto three = [](unsigned high, unsigned middle, unsigned low) {
+        return static_cast<std::uint32_t>(high << 16 | middle << 8 | low);
+    };
+    return {
+        static_cast<std::uint32_t>(guid.Data1 >> 24),
+        static_cast<std::uint32_t>(guid.Data1 & 0xFFFFFFu),
+        static_cast<std::uint32_t>(guid.Data2 << 8 | guid.Data3 >> 8),
+        three(guid.Data3 & 0xFFu, tail[0], tail[1]),
+        three(tail[2], tail[3], tail[4]),
+        three(tail[5], tail[6], tail[7]),
+    };
+}
+
+// What does not fit a field of the GUID is lost, which concerns the first group only.
+void vGuidFromGroups(Guid& guid, Groups const& groups) {
+    const auto byte = [&groups](std::size_t iGroup, unsigned iShift) {
+        return static_cast<std::uint8_t>(groups[iGroup] >> iShift);
+    };
+    guid.Data1 = groups[0] << 24 | groups[1];
+    guid.Data2 = static_cast<std::uint16_t>(groups[2] >> 8);
+    guid.Data3 = static_cast<std::uint16_t>((groups[2] & 0xFFu) << 8 | groups[3] >> 16);
+    guid.Data4[0] = byte(3, 8);
+    guid.Data4[1] = byte(3, 0);
+    guid.Data4[2] = byte(4, 16);
+    guid.Data4[3] = byte(4, 8);
+    guid.Data4[4] = byte(4, 0);
+    guid.Data4[5] = byte(5, 16);
+    guid.Data4[6] = byte(5, 8);
+    guid.Data4[7] = byte(5, 0);
+}
+
+// False where the value needs more digits than the group has.
+bool boWriteGroup(char* pText, std::size_t length, std::uint32_t value) {
+    for (std::size_t i = length; i-- > 0; value /= 64) pText[i] = g_alphabet[value % 64];
+    return value == 0;
+}
+
+bool boReadGroup(char const* pText, std::size_t length, std::uint32_t& value) {
+    value = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        const std::uint8_t digit = g_digitOf[static_cast<std::uint8_t>(pText[i])];
+        if (digit == g_groupEnd) return true;
+        if (digit == g_foreign) return false;
+        value = value * 64 + digit;
+    }
+    return true;
+}
+
+}   // namespace
+
+bool IfcGuid::boIfcStringFromGuid(char* const text, Guid const& guid) {
+    std::memset(text, 0, Length + 1);
+    const Groups groups = groupsFromGuid(guid);
+    char* pText = text;
+    bool boFits = true;
+    for (std::size_t i = 0; i < groups.size(); pText += g_groupLength[i], ++i)
+        boFits = boWriteGroup(pText, g_groupLength[i], groups[i]) && boFits;
+    return boFits;
+}
+
+bool IfcGuid::boIfcStringToGuid(Guid& guid, char const* const text) {
+    Groups groups;
+    char const* pText = text;
+    for (std::size_t i = 0; i < groups.size(); pText += g_groupLength[i], ++i)
+        if (!boReadGroup(pText, g_groupLength[i], groups[i])) return false;
+    vGuidFromGroups(guid, groups);
+    return true;
+}
+
+std::string IfcGuid::toIfcGuid(Guid const& guid) {
+    char text[Length + 1];
+    boIfcStringFromGuid(text, guid);
+    return {text, Length};
+}
+
+std::optional<Guid> IfcGuid::fromIfcGuid(std::string_view const& text) {
+    Guid guid{};
+    if (text.size() < Length || !boIfcStringToGuid(guid, text.data())) return std::nullopt;
+    return guid;
+}
+
+}   // namespace oxa::ifc

@@ -1,0 +1,91 @@
+// IfcLineReadThreadPool: parses entity statements on several threads while the scanner goes on reading.
+//
+//   scanner  --batches of 200-->  line workers: Data::boReadLine  --results-->  collector: Data::finalizeEntity
+//
+// Order    within a batch that of the file; batches finish in any order. Nothing in a read depends on the order,
+//          save which of two equal GUIDs and which of several projects comes first.
+// Memory   batches circulate: the collector hands them back to the scanner with the capacity of their texts. When
+//          the workers fall behind, the scanner waits a little, so that the queue stays short.
+// Threads  addLineToQueue and the destructor on the scanner's thread.
+// Errors   what boReadLine or finalizeEntity throws loses the batch (or its rest) and goes to the standard error
+//          stream; see ThreadedLoop.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Core/Utilities/Threads/ThreadedLoop.h"
+#include "Format/Ifc/IfcFile.h"
+#include "Format/Ifc/IfcReadInfo.h"
+#include "platform/Export.h"
+
+namespace oxa::ifc::io {
+
+class OXA_IFC_API IfcLineReadThreadPool {
+public:
+    // No thread starts before the first statement. Both arguments must outlive the pool.
+    IfcLineReadThreadPool(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker);
+    // Drains and joins: the one way to wait for the work. Every statement is parsed and finalised afterwards.
+    ~IfcLineReadThreadPool();
+    IfcLineReadThreadPool(const IfcLineReadThreadPool&) = delete;
+    IfcLineReadThreadPool& operator=(const IfcLineReadThreadPool&) = delete;
+
+    // Copies the statement. Throws std::system_error when the first one finds no thread to be had.
+    void addLineToQueue(const std::string& line, unsigned iLine);
+
+    // Half the hardware threads, less two where that half is above three, else two. Counted once a process.
+    [[nodiscard]] static std::size_t iWorkerCount() noexcept;
+
+private:
+    struct QueuedLine {
+        std::string m_text;
+        std::uint32_t m_iLine = 0;
+    };
+    struct Batch {
+        std::vector<QueuedLine> m_lines;    // the first m_iLines are in use
+        std::size_t m_iLines = 0;
+        std::vector<Entity*> m_entities;    // one for each line; null where the statement yielded none
+    };
+    using BatchPtr = std::unique_ptr<Batch>;
+
+    // A queue of batches that several threads share. Its count may be read without the lock; a stale one only
+    // costs a pass more or a later one.
+    class Queue {
+    public:
+        void vPush(BatchPtr pBatch);
+        [[nodiscard]] BatchPtr pPop();   // null when empty
+        [[nodiscard]] std::size_t iCount() const noexcept { return m_iCount.load(std::memory_order_acquire); }
+
+    private:
+        std::deque<BatchPtr> m_batches;   // guarded by m_mutex
+        std::mutex m_mutex;
+        std::atomic<std::size_t> m_iCount{0};
+    };
+
+    void vStart();
+    void vBatchQueue();
+    void vBatchRead(BatchPtr pBatch, PoolArena& arena);
+    bool readLines(PoolArena& arena);
+    bool finalizeLines();
+
+    Queue m_lineQueue;   // waiting for a worker
+    Queue m_doneQueue;   // parsed, waiting for the collector
+    Queue m_freeQueue;   // finalised, empty again
+    std::atomic<bool> m_boWorkersActive{true};
+    std::atomic<bool> m_boCollectorActive{true};
+    std::vector<std::unique_ptr<PoolArena>> m_arenas;   // one a worker
+    std::vector<util::ThreadedLoop> m_workers;          // empty until the first statement
+    util::ThreadedLoop m_collector;
+    BatchPtr m_pBatch;                                  // being filled; the scanner's
+    StepReadInfoDataCommon* m_pInfo;
+    FileBase* m_pFile;
+    bool m_boOneWorker;
+};
+
+}   // namespace oxa::ifc::io

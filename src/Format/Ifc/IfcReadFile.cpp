@@ -1,0 +1,346 @@
+#include "Format/Ifc/IfcReadFile.h"
+
+#include <algorithm>
+#include <cstring>
+#include <istream>
+#include <memory>
+
+#include "Format/Ifc/IfcLineReadThreadPool.h"
+#include "Format/Ifc/IfcScanBytes.h"
+#include "provider/SchemaLoader.h"
+
+namespace oxa::ifc::io {
+
+namespace {
+
+// Sections and markers are found by plain substring search in a whole statement, quoted text included.
+bool boContains(const std::string& statement, std::string_view sWord) {
+    return statement.find(sWord) != std::string::npos;
+}
+
+}   // namespace
+
+bool ReadFile::boRead(FileBase& file, std::istream& stream, SchemaFromName schemaFromName, ReadError& error,
+                      bool boKeepIds, ReadProgress progress, bool boSingleThreaded) {
+    // On the heap: buffer and entity table are too large for a stack.
+    const std::unique_ptr<ReadFile> pRead(new ReadFile(file, stream, error, boSingleThreaded));
+    if (!pRead->boScan(schemaFromName, progress)) return false;
+    // From here on every statement is parsed and no slot is filled any more.
+    file.dataBase().boFinished(pRead->m_info, boKeepIds);
+    return !error.boFatal();
+}
+
+ReadFile::ReadFile(FileBase& file, std::istream& stream, ReadError& error, bool boSingleThreaded)
+    : StreamReadBuffer(stream),
+      m_pFile(&file),
+      m_boSimple(dynamic_cast<FileSimple*>(&file) != nullptr),
+      m_info(error),
+      m_arena(file.dataBase().pool()),
+      m_boMarkerSeen(m_boSimple),
+      m_boInData(m_boSimple) {
+    m_entities.reserve(1);
+    if (!boSingleThreaded) m_pPool = std::make_unique<IfcLineReadThreadPool>(m_info, file, false);
+}
+
+ReadFile::~ReadFile() = default;
+
+// What is pending goes along with the buffer, unless it is blank or comment. Statements so span buffers while
+// most bytes are copied once, in large pieces.
+void ReadFile::vBeforeRefill(const char* pBuffer, unsigned iValid) {
+    if (m_boCopyOnRefill && m_iStart < iValid) m_statement.append(pBuffer + m_iStart, iValid - m_iStart);
+    m_iStart = 0;
+}
+
+bool ReadFile::boScan(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
+    const Scan eScan = scan(schemaFromName, progress);
+    m_pPool.reset();   // every statement handed on is parsed and finalised, whatever ended the scan
+    return eScan == Scan::EndOfInput ? boEndOfInput() : eScan == Scan::Finished;
+}
+
+ReadFile::Scan ReadFile::scan(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
+    for (;;) {
+        if (m_iPosition >= m_iValid && !boReadNextBuffer()) return Scan::EndOfInput;
+        // A fault found on a worker stops the scan too.
+        if (m_info.m_pError->boFatal()) return Scan::EndOfInput;
+        if (!boFindStatementByte()) continue;
+        Scan eScan = Scan::Continue;
+        if (m_pBuffer[m_iPosition] == ';') {
+            eScan = statementEnd(schemaFromName, progress);
+        } else {
+            bool boAdvanced = false;
+            eScan = byteRead(boAdvanced);
+            if (eScan == Scan::Continue && !boAdvanced) boStep();
+        }
+        if (eScan != Scan::Continue) return eScan;
+    }
+}
+
+// Moves to the next byte that needs more than this: a statement's end, a comment, a second "=", or anything whose
+// end lies behind the buffer's. Blanks, strings without escapes and the flags of a statement, nearly all of a file,
+// are dealt with on the way. False when the buffer holds no such byte any more.
+bool ReadFile::boFindStatementByte() {
+    const char* const pLast = m_pBuffer + m_iValid;
+    const char* p = m_pBuffer + m_iPosition;
+    for (;;) {
+        // Until a statement has its "#", that counts too. It mostly is its first byte.
+        p = m_boHasNumberSign ? details::pFindStatement(p, pLast) : details::pFindClass(p, pLast, details::Number);
+        if (p == pLast) break;
+        const char* pNext = p;
+        switch (*p) {
+        case '#':
+            m_boHasNumberSign = true;
+            pNext = p + 1;
+            break;
+        case '=':
+            if (!m_boHasEqual) pNext = p + 1;
+            m_boHasEqual = true;
+            break;
+        case '\'': pNext = pStringSkip(p, pLast); break;
+        case ' ':
+        case '\n':
+        case '\r': pNext = pBlankSkip(p, pLast); break;
+        default: break;
+        }
+        if (pNext == p) break;
+        p = pNext;
+    }
+    m_iPosition = static_cast<unsigned>(p - m_pBuffer);
+    return p != pLast;
+}
+
+// Behind a string that ends in the buffer and holds neither escape nor line end; else where it was.
+const char* ReadFile::pStringSkip(const char* p, const char* pLast) noexcept {
+    const char* pEnd = details::pFindString(p + 1, pLast);
+    // A doubled quote ends one string and begins the next: the same to a scanner.
+    return pEnd < pLast - 1 && *pEnd == '\'' ? pEnd + 1 : p;
+}
+
+// Behind a run of blanks that ends in the buffer, which never reaches the statement; else where it was.
+const char* ReadFile::pBlankSkip(const char* p, const char* pLast) {
+    const char* pEnd = p;
+    unsigned iLines = 0;
+    for (; pEnd != pLast && (*pEnd == ' ' || *pEnd == '\n' || *pEnd == '\r'); ++pEnd) iLines += *pEnd == '\n';
+    if (pEnd == pLast) return p;
+    m_iLine += iLines;
+    vPendingTake(static_cast<unsigned>(p - m_pBuffer));
+    m_iStart = static_cast<unsigned>(pEnd - m_pBuffer);
+    return pEnd;
+}
+
+ReadFile::Scan ReadFile::byteRead(bool& boAdvanced) {
+    switch (m_pBuffer[m_iPosition]) {
+    case '\n':
+    case '\r':
+    case ' ':
+        vBlankRun();
+        boAdvanced = true;
+        return Scan::Continue;
+    case '#': m_boHasNumberSign = true; return Scan::Continue;
+    case '\'': readString(boAdvanced); return Scan::Continue;
+    case '/': readComment(boAdvanced); return Scan::Continue;
+    case '=':
+        if (m_boHasEqual) {
+            vReport("Error_UnexpectedEqualOperator");   // usually a ";" is missing
+            return Scan::EndOfInput;
+        }
+        m_boHasEqual = true;
+        return Scan::Continue;
+    default: return Scan::EndOfInput;   // a backslash outside a string
+    }
+}
+
+bool ReadFile::boEndOfInput() {
+    if (m_boSimple) return !m_info.m_pError->boFatal();   // the simple form needs no ENDSEC
+    if (m_info.m_pError->records().empty())
+        m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Syntax, "Error_InvalidFile", {}, 0);
+    return false;
+}
+
+// One byte on. False at the end of the input.
+bool ReadFile::boStep() {
+    if (m_iPosition < m_iValid) ++m_iPosition;
+    return m_iPosition < m_iValid || boReadNextBuffer();
+}
+
+// Some bytes on without looking at them, as far as there are any.
+void ReadFile::vSkip(unsigned iCount) {
+    while (iCount-- && boStep()) {
+    }
+}
+
+// Copies what is pending up to iEnd into the statement.
+void ReadFile::vPendingTake(unsigned iEnd) {
+    if (m_iStart < iEnd) m_statement.append(m_pBuffer + m_iStart, iEnd - m_iStart);
+    m_iStart = iEnd;
+}
+
+// Blanks outside strings never reach the statement, not even inside a word. A tab is none.
+void ReadFile::vBlankRun() {
+    if (m_pBuffer[m_iPosition] == '\n') ++m_iLine;
+    vPendingTake(m_iPosition);
+    m_boCopyOnRefill = false;
+    while (boStep()) {
+        const char c = m_pBuffer[m_iPosition];
+        if (c == '\n')
+            ++m_iLine;
+        else if (c != ' ' && c != '\r')
+            break;
+    }
+    m_boCopyOnRefill = true;
+    m_iStart = m_iPosition;
+}
+
+// Finds the closing quote. Escapes are passed over as far as a quote or a line end may stand inside of them;
+// what they mean is the codec's business (ISO 10303-21, 6.4.3).
+void ReadFile::readString(bool& boAdvanced) {
+    for (;;) {
+        if (!boStep() || !boFindStringByte()) return;
+        switch (m_pBuffer[m_iPosition]) {
+        case '\n': ++m_iLine; break;
+        case '\'':
+            boAdvanced = true;
+            if (!boStep() || m_pBuffer[m_iPosition] != '\'') return;
+            break;   // doubled: the next step passes over the second one
+        default: vEscapeSkip();
+        }
+    }
+}
+
+// Moves to the next byte that matters inside a string; false at the end of the input.
+bool ReadFile::boFindStringByte() {
+    for (;;) {
+        const char* const pLast = m_pBuffer + m_iValid;
+        const char* p = details::pFindString(m_pBuffer + m_iPosition, pLast);
+        m_iPosition = static_cast<unsigned>(p - m_pBuffer);
+        if (p != pLast) return true;
+        if (!boReadNextBuffer()) return false;
+    }
+}
+
+// On a backslash in a string: moves to the last byte of its escape.
+void ReadFile::vEscapeSkip() {
+    if (!boStep()) return;
+    switch (m_pBuffer[m_iPosition]) {
+    case 'S': return vSkip(2);   // \S\ and any byte, a quote included
+    case 'X': break;
+    case '\n':
+        vReport("Error_UnexpectedNewlineInString");
+        ++m_iLine;
+        return;
+    default: return;
+    }
+    if (!boStep()) return;
+    switch (m_pBuffer[m_iPosition]) {
+    case '0':
+    case '\\': return vSkip(1);
+    case '2': return vSkip(5);
+    case '4': return vSkip(9);
+    default: return;
+    }
+}
+
+void ReadFile::readComment(bool& boAdvanced) {
+    const unsigned iSlash = m_iPosition;
+    if (!boStep()) return vReport("Error_InvalidEndOfFile");
+    if (m_pBuffer[m_iPosition] != '*') {
+        boAdvanced = true;
+        return;
+    }
+    if (m_iPosition == 0)
+        m_statement.pop_back();   // the slash ended the buffer before and went along with its bytes
+    else
+        vPendingTake(iSlash);
+    m_iStart = m_iPosition;
+    m_boCopyOnRefill = false;
+    if (!boCommentSkip()) vReport("Error_EndOfCommentNotFound");
+    m_boCopyOnRefill = true;
+    m_iStart = std::min(m_iPosition + 1, m_iValid);
+}
+
+// From the "*" behind the slash to the slash that closes the comment; false at the end of the input.
+bool ReadFile::boCommentSkip() {
+    bool boStar = false;
+    while (boStep()) {
+        const char c = m_pBuffer[m_iPosition];
+        if (boStar && c == '/') return true;
+        boStar = c == '*';
+        if (c == '\n') ++m_iLine;
+    }
+    return false;
+}
+
+ReadFile::Scan ReadFile::statementEnd(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
+    vPendingTake(m_iPosition + 1);
+    Scan eScan = Scan::Continue;
+    if (m_boInData && m_boHasNumberSign)
+        vEntityStatement(progress);
+    else
+        eScan = sectionStatement(schemaFromName);
+    if (eScan != Scan::Continue) return eScan;
+    boStep();
+    m_iStart = m_iPosition;
+    m_statement.clear();
+    m_boHasNumberSign = m_boHasEqual = false;
+    return Scan::Continue;
+}
+
+// Everything but entity statements; what no state has a use for is dropped without a word.
+ReadFile::Scan ReadFile::sectionStatement(const SchemaFromName& schemaFromName) {
+    if (!m_boMarkerSeen) {
+        m_boMarkerSeen = boContains(m_statement, "ISO-10303-21");
+        return Scan::Continue;
+    }
+    // The read ends with the DATA section: nothing behind it is looked at.
+    if (m_boInData) return boContains(m_statement, "ENDSEC") ? Scan::Finished : Scan::Continue;
+    if (m_boInHeader) {
+        if (boContains(m_statement, "ENDSEC")) {
+            m_boInHeader = false;
+            return schemaResolve(schemaFromName);
+        }
+        m_pFile->headerBase().boReadLine(std::move(m_statement), *m_info.m_pError, m_iLine);
+        return Scan::Continue;
+    }
+    if (boContains(m_statement, "DATA"))
+        m_boInData = true;
+    else if (boContains(m_statement, "HEADER"))
+        m_boInHeader = true;
+    else if (boContains(m_statement, "END-ISO-10303-21"))
+        return Scan::Finished;
+    return Scan::Continue;
+}
+
+// The schema is known before the first entity statement; without one there is nothing to read.
+ReadFile::Scan ReadFile::schemaResolve(const SchemaFromName& schemaFromName) {
+    const std::string sName = m_pFile->headerBase().sSchemaNameGet();
+    const def::SchemaPset* pSchema = sName.empty() ? nullptr : SchemaLoader::pSchemaGet(schemaFromName, sName);
+    if (!pSchema) {
+        m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Model, "Error_UnknownSchemaName", sName, m_statement,
+                             m_iLine);
+        return Scan::Refused;
+    }
+    m_info.vUpdateSchemaCache(*pSchema);
+    m_pFile->vSchemaSet(*pSchema);
+    return Scan::Continue;
+}
+
+void ReadFile::vEntityStatement(const ReadProgress& progress) {
+    if (m_pPool) {
+        m_pPool->addLineToQueue(m_statement, m_iLine);
+    } else {
+        Data& data = m_pFile->dataBase();
+        StepReadInfoData info(m_statement, m_iLine, m_info, &m_arena);
+        data.boReadLine(info, m_entities);
+        data.finalizeEntity(m_entities.front(), m_info, m_statement, m_iLine);
+        m_entities.clear();
+    }
+    if (progress && ++m_iProgress >= g_iProgressStep) {
+        progress(iPosInStream());
+        m_iProgress = 0;
+    }
+}
+
+void ReadFile::vReport(const char* sKey) {
+    m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Syntax, sKey, m_statement, m_iLine);
+}
+
+}   // namespace oxa::ifc::io

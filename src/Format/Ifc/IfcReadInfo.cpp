@@ -1,0 +1,67 @@
+#include "Format/Ifc/IfcReadInfo.h"
+
+#include <thread>
+
+#include "Format/Ifc/IfcFileDataSimple.h"
+
+namespace oxa::ifc {
+
+namespace {
+
+enum SlotState : std::uint8_t { Free = 0, Held = 1 };
+
+}   // namespace
+
+EntitySlotLock::EntitySlotLock(EntitySlot& slot) noexcept : m_state(slot.state) {
+    while (m_state.exchange(Held, std::memory_order_acquire) == Held) std::this_thread::yield();
+}
+
+EntitySlotLock::~EntitySlotLock() {
+    m_state.store(Free, std::memory_order_release);
+}
+
+EntitySlot* ReadInfoCommon::pChunkGet(Data& data, std::size_t iChunk) {
+    return chunkGet(data, iChunk).pSlots.load(std::memory_order_acquire);
+}
+
+EntitySlot& ReadInfoCommon::slotCreate(Data& data, std::size_t iChunk, std::size_t iSlot) {
+    Chunk& chunk = chunkGet(data, iChunk);
+    chunk.vTouch(iSlot);
+    return chunk.pSlots.load(std::memory_order_acquire)[iSlot];
+}
+
+// The chunk, with its slots. The acquire load of a reader meets the release store here: it sees zeroed memory.
+ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) {
+    const auto vCreate = [&data](Chunk& chunk) {
+        auto* pSlots = static_cast<EntitySlot*>(data.pool().pAllocate(g_iChunkBytes));
+        chunk.pSlots.store(pSlots, std::memory_order_release);
+    };
+    if (iChunk < g_iFirstChunks) {
+        Chunk& chunk = m_chunks[iChunk];
+        if (!chunk.pSlots.load(std::memory_order_acquire)) {
+            const std::lock_guard lock(m_chunkMutex);
+            if (!chunk.pSlots.load(std::memory_order_relaxed)) vCreate(chunk);
+        }
+        return chunk;
+    }
+    const std::size_t iMore = iChunk - g_iFirstChunks;
+    {
+        const std::shared_lock lock(m_moreChunksLock);
+        if (iMore < m_moreChunks.size() && m_moreChunks[iMore]) return *m_moreChunks[iMore];
+    }
+    const std::unique_lock lock(m_moreChunksLock);
+    if (iMore >= m_moreChunks.size()) m_moreChunks.resize(iMore + 1);
+    std::unique_ptr<Chunk>& pChunk = m_moreChunks[iMore];
+    if (!pChunk) {
+        auto pNew = std::make_unique<Chunk>();
+        vCreate(*pNew);
+        pChunk = std::move(pNew);
+    }
+    return *pChunk;
+}
+
+void StepReadInfoDataCommon::vUpdateSchemaCache(const def::schema::Schema& schema) {
+    m_pRootSchema = schema.pEntityFromName(def::schema::ObjectName("IFCROOT"));
+}
+
+}   // namespace oxa::ifc

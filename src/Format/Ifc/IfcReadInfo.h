@@ -1,0 +1,177 @@
+// IfcReadInfo: what travels with a read: the entity table, the schema cache, and the statement in hand.
+//
+// The entity table gives each instance number n a fixed place, chunk n >> 15, slot n & 0x7fff, so that
+// "#123" becomes a pointer before statement 123 has been read, or even if it never comes.
+//
+//   slot, 32 bytes     offset 0  Entity, 24 referenced, 25 state, 26 unused
+//   chunk, 1 MiB       32,768 slots, zeroed, from the pool of the Data; outlives the table that found it
+//
+// Callers  the scanner, the line workers, the ifcXML import. Library users do not meet it.
+// Threads  any number may ask for chunks and mark slots; creation is guarded, the common path is one
+//          atomic load. The table itself forgets everything when the read ends.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <shared_mutex>
+#include <string>
+#include <vector>
+
+#include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/IfcSimplePool.h"
+#include "schema/Schema.h"
+
+namespace oxa::ifc {
+
+class Data;
+namespace io {
+class ReadError;
+}
+
+// One place of the entity table. The pointer to a slot is the pointer to its Entity.
+struct EntitySlot {
+    Entity entity;
+    std::uint8_t referenced;   // true once anything named this number or defined it
+    std::uint8_t state;        // who may touch "entity" right now, see EntitySlotLock
+    std::uint8_t unused[6];
+
+    void vReferencedSet() noexcept {
+        std::atomic_ref flag(referenced);
+        if (!flag.load(std::memory_order_relaxed)) flag.store(1, std::memory_order_relaxed);
+    }
+    [[nodiscard]] bool boReferenced() noexcept {
+        return std::atomic_ref(referenced).load(std::memory_order_relaxed) != 0;
+    }
+    [[nodiscard]] static EntitySlot& fromEntity(Entity& entity) noexcept {
+        return reinterpret_cast<EntitySlot&>(entity);
+    }
+};
+static_assert(sizeof(EntitySlot) == 32 && offsetof(EntitySlot, entity) == 0);
+
+// Holds a slot's Entity against a second statement of the same number on another thread. Such a file is
+// faulty, and which statement wins is open, but nothing may be torn. Without a rival it costs one exchange.
+class EntitySlotLock {
+public:
+    explicit EntitySlotLock(EntitySlot& slot) noexcept;
+    ~EntitySlotLock();
+    EntitySlotLock(const EntitySlotLock&) = delete;
+    EntitySlotLock& operator=(const EntitySlotLock&) = delete;
+
+private:
+    std::atomic_ref<std::uint8_t> m_state;
+};
+
+struct ReadInfoCommon {
+    static constexpr std::size_t g_iSlotsPerChunk = 32768;
+    static constexpr std::size_t g_iChunkBytes = g_iSlotsPerChunk * sizeof(EntitySlot);
+    static constexpr std::size_t g_iFirstChunks = 1000;
+
+    explicit ReadInfoCommon(io::ReadError& error) noexcept : m_pError(&error) {}
+    ReadInfoCommon(const ReadInfoCommon&) = delete;
+    ReadInfoCommon& operator=(const ReadInfoCommon&) = delete;
+
+    // Never null. Creates the chunk in the pool of "data" when it does not exist yet. A caller who marks
+    // or fills a slot goes through slotGet, which also notes the slot's page.
+    [[nodiscard]] EntitySlot* pChunkGet(Data& data, std::size_t iChunk);
+
+    // The slot of a number; from here on vForEachSlot visits it.
+    [[nodiscard]] EntitySlot& slotGet(Data& data, std::uint32_t iId) {
+        const std::size_t iChunk = iId >> 15;
+        const std::size_t iSlot = iId & 0x7fffU;
+        if (iChunk < g_iFirstChunks) {
+            Chunk& chunk = m_chunks[iChunk];
+            if (EntitySlot* pSlots = chunk.pSlots.load(std::memory_order_acquire)) {
+                chunk.vTouch(iSlot);
+                return pSlots[iSlot];
+            }
+        }
+        return slotCreate(data, iChunk, iSlot);
+    }
+
+    // Calls visit(number, slot) for the slots of all pages touched so far, numbers ascending. Not while
+    // other threads create chunks.
+    template <class Visit>
+    void vForEachSlot(Visit&& visit) {
+        for (std::size_t i = 0; i < g_iFirstChunks; ++i) vVisitChunk(m_chunks[i], i, visit);
+        for (std::size_t i = 0; i < m_moreChunks.size(); ++i)
+            if (m_moreChunks[i]) vVisitChunk(*m_moreChunks[i], g_iFirstChunks + i, visit);
+    }
+
+    io::ReadError* m_pError;
+
+private:
+    // One bit a page of 512 slots that anyone has touched, so that completion does not walk (and so make
+    // the system map) the empty rest of a chunk in a file with sparse numbers.
+    struct Chunk {
+        std::atomic<EntitySlot*> pSlots{nullptr};
+        std::atomic<std::uint64_t> uPages{0};
+
+        void vTouch(std::size_t iSlot) noexcept {
+            const std::uint64_t uBit = std::uint64_t{1} << (iSlot >> 9);
+            if (!(uPages.load(std::memory_order_relaxed) & uBit)) uPages.fetch_or(uBit, std::memory_order_relaxed);
+        }
+    };
+
+    EntitySlot& slotCreate(Data& data, std::size_t iChunk, std::size_t iSlot);
+    Chunk& chunkGet(Data& data, std::size_t iChunk);
+
+    template <class Visit>
+    static void vVisitChunk(Chunk& chunk, std::size_t iChunk, Visit&& visit) {
+        EntitySlot* pSlots = chunk.pSlots.load(std::memory_order_acquire);
+        if (!pSlots) return;
+        const std::uint64_t uPages = chunk.uPages.load(std::memory_order_relaxed);
+        for (std::size_t iPage = 0; iPage < 64; ++iPage) {
+            if (!(uPages >> iPage & 1U)) continue;
+            for (std::size_t i = iPage * 512; i < (iPage + 1) * 512; ++i)
+                visit(static_cast<std::uint32_t>(iChunk * g_iSlotsPerChunk + i), pSlots[i]);
+        }
+    }
+
+    std::array<Chunk, g_iFirstChunks> m_chunks;             // numbers below 32,768,000
+    std::mutex m_chunkMutex;                                // guards creation in m_chunks
+    std::vector<std::unique_ptr<Chunk>> m_moreChunks;       // the rest, at chunk number minus 1000
+    std::shared_mutex m_moreChunksLock;                     // guards m_moreChunks
+};
+
+// The same with what a STEP read knows of the schema, so that no thread searches for it.
+struct StepReadInfoDataCommon : ReadInfoCommon {
+    using ReadInfoCommon::ReadInfoCommon;
+
+    // Looks IFCROOT up; null where the schema has none.
+    void vUpdateSchemaCache(const def::schema::Schema& schema);
+
+    const def::schema::Entity* m_pRootSchema = nullptr;
+    bool m_boParallel = false;   // several threads parse statements of this read at once
+};
+
+// One statement while it is parsed, on the stack of the thread that does it.
+struct StepReadInfoData {
+    StepReadInfoData(std::string& line, std::uint32_t iLine, StepReadInfoDataCommon& common,
+                     PoolArena* pArena = nullptr) noexcept
+        : m_pLine(&line), m_iLine(iLine), m_pCommon(&common), m_pArena(pArena) {}
+
+    // The text, ending in ";". It belongs to one thread while it is parsed.
+    std::string* m_pLine;
+    std::uint32_t m_iLine;                  // where the statement ends in the file, from 1
+    StepReadInfoDataCommon* m_pCommon;
+    PoolArena* m_pArena;                    // this thread's share of the pool; null: the pool itself
+
+    // The first "(" at or behind iStart, npos when none follows. Remembers the last answer: select parsers ask for
+    // every item of a list, and a search of its own for each would make a long list quadratic.
+    [[nodiscard]] std::size_t iParenthesisFind(std::size_t iStart) noexcept {
+        if (iStart < m_iSearched || iStart > m_iParenthesis) {
+            m_iSearched = iStart;
+            m_iParenthesis = m_pLine->find('(', iStart);
+        }
+        return m_iParenthesis;
+    }
+
+private:
+    std::size_t m_iSearched = std::string::npos;
+    std::size_t m_iParenthesis = 0;
+};
+
+}   // namespace oxa::ifc

@@ -1,0 +1,64 @@
+// DateTime: points in time and their ISO 8601 texts.
+//
+// For      the time stamp of a file header.
+// Not for  local time, time zones by name, calendars of other kinds.
+// Threads  plain values; no state, no locale.
+#pragma once
+
+#include <chrono>
+#include <compare>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/Export.h"
+
+namespace oxa::datetime {
+
+// A point in time, to the millisecond, in UTC; or none at all.
+class OXA_PLATFORM_API DateTime {
+public:
+    using TimePoint = std::chrono::sys_time<std::chrono::milliseconds>;
+
+    DateTime() noexcept = default;
+    explicit DateTime(TimePoint time) noexcept : m_time(time) {}
+
+    [[nodiscard]] static DateTime null() noexcept { return {}; }
+    [[nodiscard]] bool boIsNull() const noexcept { return !m_time; }
+    void vSetNow();
+    // Only where boIsNull() is false.
+    [[nodiscard]] TimePoint time() const noexcept { return *m_time; }
+
+    // The null time is equal to itself and before every other.
+    [[nodiscard]] friend bool operator==(const DateTime&, const DateTime&) noexcept = default;
+    [[nodiscard]] friend auto operator<=>(const DateTime& a, const DateTime& b) noexcept {
+        return a.m_time <=> b.m_time;
+    }
+
+private:
+    std::optional<TimePoint> m_time;
+};
+
+// Both write the same text; they differ in what they read.
+enum class SpecialFormat : int {
+    Iso = 0,        // to the second in UTC, as a STEP header carries it: "2026-11-21T14:03:59"
+    IsoParse = 2,   // and, as other programs write, a fraction of a second, then "Z", "+01:00" or "+0100"
+};
+
+class OXA_PLATFORM_API DateTimeFormat {
+public:
+    explicit DateTimeFormat(SpecialFormat format) noexcept : m_format(format) {}
+
+    // Rounded down to the second. Empty for a null time.
+    [[nodiscard]] std::string toString(const DateTime& time) const;
+
+    // The whole text must be one date and time of the calendar, each field with all its digits (ISO 8601-1,
+    // extended format); empty otherwise. A text without an offset is taken as UTC. A fraction may have any
+    // number of digits behind "." or ","; those behind the millisecond are dropped.
+    [[nodiscard]] std::optional<DateTime> fromString(std::string_view text) const;
+
+private:
+    SpecialFormat m_format;
+};
+
+}   // namespace oxa::datetime

@@ -1,0 +1,31 @@
+// Utilities: the exception of inside faults, and the debugger's breakpoint.
+//
+// Threads  any number at once; no state.
+#pragma once
+
+#include <exception>
+#include <string>
+#include <utility>
+
+#include "platform/Export.h"
+
+namespace oxa {
+
+// An inside inconsistency. Bad input never raises one.
+class OXA_PLATFORM_API exception : public std::exception {
+public:
+    explicit exception(std::string sText) : m_sText(std::move(sText)) {}
+    ~exception() override;
+    [[nodiscard]] const char* what() const noexcept override { return m_sText.c_str(); }
+
+private:
+    std::string m_sText;
+};
+
+class OXA_PLATFORM_API Debugger {
+public:
+    // Stops an attached debugger here; does nothing where none is attached, or where that can't be told.
+    static void vBreak() noexcept;
+};
+
+}   // namespace oxa

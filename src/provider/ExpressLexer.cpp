@@ -1,0 +1,209 @@
+#include "provider/ExpressLexer.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
+
+namespace oxa::ifc::def::express {
+
+namespace {
+
+enum ByteClass : std::uint8_t {
+    Blank = 1,   // space, tab, CR, LF, FF, VT
+    Letter = 2,
+    Digit = 4,
+    Inner = 8,     // may stand inside a word: letters, digits, "_"
+    Symbol = 16,   // the characters of operators and punctuation
+};
+
+constexpr std::array<std::uint8_t, 256> g_byteClass = [] {
+    std::array<std::uint8_t, 256> table{};
+    const auto vMark = [&table](std::string_view bytes, int iClasses) {
+        for (const char c : bytes) table[static_cast<std::uint8_t>(c)] |= static_cast<std::uint8_t>(iClasses);
+    };
+    vMark(" \t\r\n\f\v", Blank);
+    vMark("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ", Letter | Inner);
+    vMark("0123456789", Digit | Inner);
+    vMark("_", Inner);
+    vMark("()[]{}<>=:;,.*+-/\\|?!%&@^~#$", Symbol);
+    return table;
+}();
+
+constexpr bool boIs(char c, int iClasses) noexcept {
+    return (g_byteClass[static_cast<std::uint8_t>(c)] & iClasses) != 0;
+}
+
+// Ascending, for a binary search.
+constexpr std::pair<std::string_view, Keyword> g_keywords[] = {
+    {"ABSTRACT", Keyword::Abstract},
+    {"ARRAY", Keyword::Array},
+    {"BAG", Keyword::Bag},
+    {"BASED_ON", Keyword::BasedOn},
+    {"BINARY", Keyword::Binary},
+    {"BOOLEAN", Keyword::Boolean},
+    {"CONSTANT", Keyword::Constant},
+    {"DERIVE", Keyword::Derive},
+    {"END_CONSTANT", Keyword::EndConstant},
+    {"END_ENTITY", Keyword::EndEntity},
+    {"END_FUNCTION", Keyword::EndFunction},
+    {"END_PROCEDURE", Keyword::EndProcedure},
+    {"END_RULE", Keyword::EndRule},
+    {"END_SCHEMA", Keyword::EndSchema},
+    {"END_SUBTYPE_CONSTRAINT", Keyword::EndSubtypeConstraint},
+    {"END_TYPE", Keyword::EndType},
+    {"ENTITY", Keyword::Entity},
+    {"ENUMERATION", Keyword::Enumeration},
+    {"EXTENSIBLE", Keyword::Extensible},
+    {"FIXED", Keyword::Fixed},
+    {"FOR", Keyword::For},
+    {"FUNCTION", Keyword::Function},
+    {"GENERIC_ENTITY", Keyword::GenericEntity},
+    {"INTEGER", Keyword::Integer},
+    {"INVERSE", Keyword::Inverse},
+    {"LIST", Keyword::List},
+    {"LOGICAL", Keyword::Logical},
+    {"NUMBER", Keyword::Number},
+    {"OF", Keyword::Of},
+    {"OPTIONAL", Keyword::Optional},
+    {"PROCEDURE", Keyword::Procedure},
+    {"REAL", Keyword::Real},
+    {"REFERENCE", Keyword::Reference},
+    {"RENAMED", Keyword::Renamed},
+    {"RULE", Keyword::Rule},
+    {"SCHEMA", Keyword::Schema},
+    {"SELECT", Keyword::Select},
+    {"SELF", Keyword::Self},
+    {"SET", Keyword::Set},
+    {"STRING", Keyword::String},
+    {"SUBTYPE", Keyword::Subtype},
+    {"SUBTYPE_CONSTRAINT", Keyword::SubtypeConstraint},
+    {"SUPERTYPE", Keyword::Supertype},
+    {"TYPE", Keyword::Type},
+    {"UNIQUE", Keyword::Unique},
+    {"USE", Keyword::Use},
+    {"WHERE", Keyword::Where},
+    {"WITH", Keyword::With},
+};
+constexpr std::size_t g_iLongestKeyword = 22;
+
+constexpr bool boAscending() {
+    for (std::size_t i = 1; i < std::size(g_keywords); ++i)
+        if (!(g_keywords[i - 1].first < g_keywords[i].first)) return false;
+    return true;
+}
+static_assert(boAscending(), "keywordOf searches the table by halves");
+
+Keyword keywordOf(std::string_view word) noexcept {
+    if (word.size() > g_iLongestKeyword) return Keyword::None;
+    std::array<char, g_iLongestKeyword> buffer;
+    std::transform(word.begin(), word.end(), buffer.begin(),
+                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+    const std::string_view upper(buffer.data(), word.size());
+    const auto* pRow =
+        std::lower_bound(std::begin(g_keywords), std::end(g_keywords), upper,
+                         [](const auto& row, std::string_view key) { return row.first < key; });
+    return pRow != std::end(g_keywords) && pRow->first == upper ? pRow->second : Keyword::None;
+}
+
+}   // namespace
+
+ExpressLexer::ExpressLexer(std::string_view text, Place place) : m_text(text), m_place(place) {
+    if (m_text.starts_with("\xEF\xBB\xBF")) m_text.remove_prefix(3);
+}
+
+// The byte that many further on; 0 behind the end.
+char ExpressLexer::cAt(std::size_t iOffset) const noexcept {
+    return iOffset < m_text.size() - m_iAt ? m_text[m_iAt + iOffset] : '\0';
+}
+
+void ExpressLexer::vAdvance(std::size_t iCount) noexcept {
+    for (; iCount; --iCount, ++m_iAt) {
+        if (m_text[m_iAt] == '\n') {
+            ++m_place.iLine;
+            m_place.iColumn = 1;
+        } else {
+            ++m_place.iColumn;
+        }
+    }
+}
+
+bool ExpressLexer::boSkipComment() noexcept {
+    std::size_t iDepth = 0;
+    do {
+        if (m_iAt == m_text.size()) return false;
+        if (cAt(0) == '(' && cAt(1) == '*') {
+            ++iDepth;
+            vAdvance(2);
+        } else if (cAt(0) == '*' && cAt(1) == ')') {
+            --iDepth;
+            vAdvance(2);
+        } else {
+            vAdvance(1);
+        }
+    } while (iDepth);
+    return true;
+}
+
+const char* ExpressLexer::pSkipBlanks() noexcept {
+    for (;;) {
+        if (boIs(cAt(0), Blank)) {
+            vAdvance(1);
+        } else if (cAt(0) == '-' && cAt(1) == '-') {
+            vAdvance(std::min(m_text.find('\n', m_iAt), m_text.size()) - m_iAt);
+        } else if (cAt(0) == '(' && cAt(1) == '*') {
+            const Place start = m_place;
+            if (boSkipComment()) continue;
+            m_place = start;
+            return "comment not closed";
+        } else {
+            return nullptr;
+        }
+    }
+}
+
+std::size_t ExpressLexer::iStringLength() const noexcept {
+    const char cQuote = cAt(0);   // ' of a plain, " of an encoded string literal
+    for (std::size_t i = 1; m_iAt + i < m_text.size() && cAt(i) != '\n'; ++i) {
+        if (cAt(i) != cQuote) continue;
+        if (cAt(i + 1) != cQuote) return i + 1;
+        ++i;   // a doubled quote stands for itself
+    }
+    return 0;
+}
+
+Token ExpressLexer::fault(const char* sWhy) noexcept {
+    m_iAt = m_text.size();
+    return {TokenKind::Fault, Keyword::None, sWhy, m_place};
+}
+
+Token ExpressLexer::next() {
+    if (const char* sWhy = pSkipBlanks()) return fault(sWhy);
+    if (m_iAt == m_text.size()) return {TokenKind::End, Keyword::None, {}, m_place};
+
+    Token token{TokenKind::Symbol, Keyword::None, {}, m_place};
+    std::size_t iLength = 1;
+    const char c = cAt(0);
+    if (boIs(c, Letter)) {
+        token.kind = TokenKind::Word;
+        while (boIs(cAt(iLength), Inner)) ++iLength;
+    } else if (boIs(c, Digit)) {
+        // "1.5E-3" comes as number, "-", number: enough, since no number is needed but whole ones.
+        token.kind = TokenKind::Number;
+        while (boIs(cAt(iLength), Inner) || cAt(iLength) == '.') ++iLength;
+    } else if (c == '\'' || c == '"') {
+        token.kind = TokenKind::String;
+        iLength = iStringLength();
+        if (iLength == 0) return fault("string not closed on its line");
+    } else if (c == ':' && cAt(1) == '=') {
+        iLength = 2;
+    } else if (!boIs(c, Symbol)) {
+        return fault("not a character of EXPRESS");
+    }
+    token.text = m_text.substr(m_iAt, iLength);
+    if (token.kind == TokenKind::Word) token.keyword = keywordOf(token.text);
+    vAdvance(iLength);
+    return token;
+}
+
+}   // namespace oxa::ifc::def::express

@@ -1,0 +1,282 @@
+#include "provider/FactTable.h"
+
+#include <algorithm>
+#include <map>
+#include <unordered_set>
+#include <utility>
+
+#include "provider/ExpressParser.h"
+
+namespace oxa::ifc::def::express {
+
+namespace {
+
+// ---- Reading
+
+// One line after the other, and in it one word after the other. Lines and columns count from 1.
+class LineCursor {
+public:
+    explicit LineCursor(std::string_view table) : m_rest(table) {}
+
+    // The next line that is neither empty nor a remark; false at the end.
+    bool boNextLine() {
+        while (!m_rest.empty()) {
+            const std::size_t iLength = std::min(m_rest.find('\n'), m_rest.size());
+            m_line = m_rest.substr(0, iLength);
+            m_rest.remove_prefix(std::min(iLength + 1, m_rest.size()));
+            m_place = {m_place.iLine + 1, 1};
+            if (!m_line.empty() && m_line.front() != '#') return true;
+        }
+        return false;
+    }
+
+    // Up to the next blank; empty at the end of the line.
+    Name word() {
+        const Name name{m_line.substr(0, m_line.find(' ')), m_place};
+        vDrop(name.text.size());
+        if (!m_line.empty()) vDrop(1);
+        return name;
+    }
+
+    void vDrop(std::size_t iCount) {
+        m_line.remove_prefix(iCount);
+        m_place.iColumn += static_cast<unsigned>(iCount);
+    }
+
+    [[nodiscard]] std::string_view rest() const { return m_line; }
+    [[nodiscard]] Place place() const { return m_place; }
+
+private:
+    std::string_view m_rest;   // of the table, behind the current line
+    std::string_view m_line;   // what is left of the current line
+    Place m_place{0, 1};
+};
+
+template <class Declaration>
+void vSortByName(std::vector<Declaration>& declarations) {
+    std::sort(declarations.begin(), declarations.end(),
+              [](const Declaration& a, const Declaration& b) { return a.name.text < b.name.text; });
+}
+
+// Takes the declarations of the base that "touched" names out of "to", and puts in those of the table.
+template <class Declaration>
+void vMerge(std::vector<Declaration>& to, std::vector<Declaration>& from,
+            const std::unordered_set<std::string_view>& touched) {
+    std::erase_if(to, [&](const Declaration& old) { return touched.contains(old.name.text); });
+    std::move(from.begin(), from.end(), std::back_inserter(to));
+    vSortByName(to);
+}
+
+class FactTableReader {
+public:
+    FactTableReader(std::string_view table, std::vector<SchemaMessage>& messages)
+        : m_lines(table), m_messages(messages) {}
+
+    bool boRead(SchemaDeclaration& schema) {
+        while (m_lines.boNextLine())
+            if (!boReadLine()) return false;
+        if (m_read.name.text.empty()) return boFault({}, "a table begins with its schema's name");
+        schema.name = m_read.name;
+        for (const auto& type : m_read.types) m_touched.insert(type.name.text);
+        for (const auto& entity : m_read.entities) m_touched.insert(entity.name.text);
+        vMerge(schema.types, m_read.types, m_touched);
+        vMerge(schema.entities, m_read.entities, m_touched);
+        return true;
+    }
+
+private:
+    bool boFault(Place place, std::string sText) {
+        m_messages.push_back({place.iLine, place.iColumn, std::move(sText)});
+        return false;
+    }
+
+    bool boReadWord(Name& name) {
+        name = m_lines.word();
+        return !name.text.empty() || boFault(name.place, "a name expected, the end of the line found");
+    }
+
+    bool boReadLine() {
+        switch (m_lines.rest().front()) {
+        case '.':
+        case '?': return boReadAttribute();
+        case '<': return boReadInverse();
+        default: break;
+        }
+        const Name keyword = m_lines.word();
+        if (keyword.text == "schema") return boReadWord(m_read.name);
+        if (keyword.text == "base") return boReadWord(m_base);
+        if (keyword.text == "drop") return boReadDropped();
+        if (keyword.text == "type") return boReadType(TypeForm::Reference);
+        if (keyword.text == "enum") return boReadType(TypeForm::Enumeration);
+        if (keyword.text == "select") return boReadType(TypeForm::Select);
+        if (keyword.text == "entity") return boReadEntity(false);
+        if (keyword.text == "abstract") return boReadEntity(true);
+        return boFault(keyword.place, '"' + std::string(keyword.text) + "\" begins no line of a fact table");
+    }
+
+    bool boReadDropped() {
+        while (!m_lines.rest().empty()) m_touched.insert(m_lines.word().text);
+        return true;
+    }
+
+    bool boReadTypeText(TypeReference& type) {
+        return ExpressParser(m_lines.rest(), m_messages, m_lines.place()).boReadType(type);
+    }
+
+    bool boReadType(TypeForm form) {
+        TypeDeclaration& type = m_read.types.emplace_back();
+        type.form = form;
+        if (!boReadWord(type.name)) return false;
+        if (form == TypeForm::Reference) return boReadTypeText(type.type);
+        while (!m_lines.rest().empty()) type.items.push_back(m_lines.word());
+        return true;
+    }
+
+    bool boReadEntity(bool boAbstract) {
+        EntityDeclaration& entity = m_read.entities.emplace_back();
+        entity.boAbstract = boAbstract;
+        if (!boReadWord(entity.name)) return false;
+        entity.supertype = m_lines.word();
+        return true;
+    }
+
+    // Null after a message when no entity stands above the line.
+    EntityDeclaration* pCurrentEntity() {
+        if (!m_read.entities.empty()) return &m_read.entities.back();
+        boFault(m_lines.place(), "an attribute stands below its entity");
+        return nullptr;
+    }
+
+    bool boReadAttribute() {
+        EntityDeclaration* pEntity = pCurrentEntity();
+        if (!pEntity) return false;
+        AttributeDeclaration& attribute = pEntity->attributes.emplace_back();
+        attribute.boOptional = m_lines.rest().front() == '?';
+        m_lines.vDrop(1);
+        return boReadWord(attribute.names.emplace_back()) && boReadTypeText(attribute.type);
+    }
+
+    bool boReadInverse() {
+        EntityDeclaration* pEntity = pCurrentEntity();
+        if (!pEntity) return false;
+        InverseDeclaration& inverse = pEntity->inverses.emplace_back();
+        m_lines.vDrop(1);
+        if (!boReadWord(inverse.name) || !boReadWord(inverse.forEntity) || !boReadWord(inverse.forAttribute))
+            return false;
+        inverse.boAggregate = m_lines.word().text == "SET";
+        inverse.sBounds = m_lines.rest();
+        return true;
+    }
+
+    LineCursor m_lines;
+    std::vector<SchemaMessage>& m_messages;
+    SchemaDeclaration m_read;
+    Name m_base;
+    std::unordered_set<std::string_view> m_touched;   // names of the base that the table drops or gives anew
+};
+
+// ---- Writing
+
+void vAppendAttributes(std::string& sText, const schema::Entity& entity) {
+    for (const schema::Attribute& attribute : entity.ownAttributes) {
+        sText += attribute.boOptional ? '?' : '.';
+        sText.append(attribute.sName).append(" ").append(schema::sTypeText(attribute.types.front())) += '\n';
+    }
+    for (const schema::AttributeInverse& inverse : entity.ownInverseAttributes) {
+        sText.append("<").append(inverse.sName).append(" ").append(inverse.pForEntity->sName);
+        sText.append(" ").append(inverse.sForAttribute);
+        if (inverse.boAggregate) sText.append(" SET");
+        if (!inverse.sBounds.empty()) sText.append(" ").append(inverse.sBounds);
+        sText += '\n';
+    }
+}
+
+std::string sEntityLines(const schema::Entity& entity) {
+    std::string sText = (entity.boAbstract ? "abstract " : "entity ") + entity.sName;
+    if (entity.pParent) sText.append(" ").append(entity.pParent->sName);
+    sText += '\n';
+    vAppendAttributes(sText, entity);
+    return sText;
+}
+
+std::string sTypeLine(const schema::Type& type) {
+    if (type.pDeclared) return "type " + type.sName + ' ' + type.pDeclared->sName + '\n';
+    std::string sText = ' ' + type.sName;
+    if (const auto* pEnum = dynamic_cast<const schema::DataTypeEnum*>(type.pDataType)) {
+        for (const std::string& sItem : pEnum->declared) sText.append(" ").append(sItem);
+        return "enum" + sText + '\n';
+    }
+    if (const auto* pSelect = dynamic_cast<const schema::DataTypeSelect*>(type.pDataType)) {
+        for (const schema::ObjectBase* pMember : pSelect->members) sText.append(" ").append(pMember->sName);
+        return "select" + sText + '\n';
+    }
+    return "type" + sText + ' ' + schema::sTypeText(type.pDataType) + '\n';
+}
+
+// The lines of each type and each entity, by name.
+struct Blocks {
+    std::map<std::string, std::string> types;
+    std::map<std::string, std::string> entities;
+
+    Blocks() = default;
+    explicit Blocks(const schema::Schema& schema) {
+        for (const schema::Schema::Record& record : schema.objects) {
+            if (const schema::Entity* pEntity = schema::pAsEntity(record.pObject))
+                entities[pEntity->sName] = sEntityLines(*pEntity);
+            else if (const schema::Type* pType = schema::pAsType(record.pObject))
+                types[pType->sName] = sTypeLine(*pType);
+        }
+    }
+};
+
+using BlockMap = std::map<std::string, std::string>;
+
+// " name" for each block of "base" that "blocks" has no longer.
+std::string sDropped(const BlockMap& blocks, const BlockMap& base) {
+    std::string sText;
+    for (const auto& [sName, sLines] : base)
+        if (!blocks.contains(sName)) sText.append(" ").append(sName);
+    return sText;
+}
+
+// The blocks that "base" lacks or has otherwise.
+std::string sChanged(const BlockMap& blocks, const BlockMap& base) {
+    std::string sText;
+    for (const auto& [sName, sLines] : blocks) {
+        const auto pOld = base.find(sName);
+        if (pOld == base.end() || pOld->second != sLines) sText += sLines;
+    }
+    return sText;
+}
+
+}   // namespace
+
+std::string_view sFactTableBase(std::string_view table) {
+    LineCursor lines(table);
+    while (lines.boNextLine()) {
+        const std::string_view keyword = lines.word().text;
+        if (keyword == "base") return lines.word().text;
+        if (keyword != "schema") break;
+    }
+    return {};
+}
+
+bool boReadFactTable(std::string_view table, SchemaDeclaration& schema,
+                     std::vector<SchemaMessage>& messages) {
+    return FactTableReader(table, messages).boRead(schema);
+}
+
+std::string sFactTable(const schema::Schema& schema, const std::string& sName, const schema::Schema* pBase) {
+    const Blocks blocks(schema);
+    const Blocks base = pBase ? Blocks(*pBase) : Blocks();
+    std::string sText = "schema " + sName + '\n';
+    if (pBase) {
+        sText.append("base ").append(pBase->sName) += '\n';
+        const std::string sNames =
+            sDropped(blocks.types, base.types) + sDropped(blocks.entities, base.entities);
+        if (!sNames.empty()) sText.append("drop").append(sNames) += '\n';
+    }
+    return sText + sChanged(blocks.types, base.types) + sChanged(blocks.entities, base.entities);
+}
+
+}   // namespace oxa::ifc::def::express

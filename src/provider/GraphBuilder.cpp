@@ -1,0 +1,449 @@
+#include "provider/GraphBuilder.h"
+
+#include <algorithm>
+#include <limits>
+#include <unordered_set>
+#include <utility>
+
+namespace oxa::ifc::def::express {
+
+namespace {
+
+using schema::ClassTag;
+using schema::DataKind;
+using schema::sUpper;
+
+// Bounds for what a hostile text could nest; the published schemas stay below 20 everywhere.
+constexpr unsigned g_iMaxSupertypes = 256;
+constexpr unsigned g_iMaxTypeDepth = 32;
+constexpr unsigned g_iMaxSelectDepth = 64;
+constexpr unsigned g_iMaxExtensions = 32;
+constexpr std::size_t g_iMaxMessages = 100;
+
+constexpr std::size_t g_iNone = std::numeric_limits<std::size_t>::max();
+
+// States of a select's height before it is one.
+constexpr unsigned g_iHeightUnknown = 0;
+constexpr unsigned g_iHeightOpen = std::numeric_limits<unsigned>::max();
+
+// Nodes that each lead to at most one other: "next" holds its index, or none. Calls vDone for each node,
+// after the one that it leads to; vCycle once for each cycle. What leads into a cycle is never done.
+template <class OnDone, class OnCycle>
+void vWalkChains(const std::vector<std::size_t>& next, OnDone&& vDone, OnCycle&& vCycle) {
+    enum class State : char { Untouched, OnPath, Done, Broken };
+    std::vector<State> states(next.size(), State::Untouched);
+    std::vector<std::size_t> path;
+    for (std::size_t iStart = 0; iStart < next.size(); ++iStart) {
+        path.clear();
+        std::size_t iNode = iStart;
+        for (; iNode != g_iNone && states[iNode] == State::Untouched; iNode = next[iNode]) {
+            states[iNode] = State::OnPath;
+            path.push_back(iNode);
+        }
+        const bool boCycle = iNode != g_iNone && states[iNode] == State::OnPath;
+        if (boCycle) vCycle(iNode);
+        const bool boBroken = boCycle || (iNode != g_iNone && states[iNode] == State::Broken);
+        for (auto pNode = path.rbegin(); pNode != path.rend(); ++pNode) {
+            if (!boBroken) vDone(*pNode);
+            states[*pNode] = boBroken ? State::Broken : State::Done;
+        }
+    }
+}
+
+}   // namespace
+
+GraphBuilder::GraphBuilder(const SchemaDeclaration& declaration, std::vector<SchemaMessage>& messages)
+    : m_declaration(declaration), m_messages(messages) {}
+
+std::unique_ptr<SchemaPset> GraphBuilder::pBuild() {
+    using Pass = void (GraphBuilder::*)();
+    static constexpr Pass passes[] = {
+        &GraphBuilder::vDeclare,        &GraphBuilder::vExtendItems,
+        &GraphBuilder::vBuildDataTypes, &GraphBuilder::vFollowTypes,
+        &GraphBuilder::vFillSelects,    &GraphBuilder::vCheckTypeDepth,
+        &GraphBuilder::vLinkSupertypes, &GraphBuilder::vBuildAttributes,
+        &GraphBuilder::vBuildInverses,  &GraphBuilder::vMarkInverseRelations,
+        &GraphBuilder::vNumberEntities,
+    };
+    for (const Pass vPass : passes) {
+        (this->*vPass)();
+        if (m_iMessages) return nullptr;
+    }
+    m_pSchema->vFinish();
+    return std::move(m_pSchema);
+}
+
+// ---- Names
+
+void GraphBuilder::vMessage(Place place, std::string sText) {
+    if (++m_iMessages <= g_iMaxMessages) m_messages.push_back({place.iLine, place.iColumn, std::move(sText)});
+}
+
+void GraphBuilder::vMessageAbout(const Name& name, std::string_view text) {
+    vMessage(name.place, ('"' + std::string(name.text) + "\" ").append(text));
+}
+
+const GraphBuilder::Named* GraphBuilder::pResolve(const Name& name) {
+    const auto pEntry = m_named.find(sUpper(name.text));
+    if (pEntry != m_named.end()) return &pEntry->second;
+    vMessageAbout(name, "is not declared");
+    return nullptr;
+}
+
+// The same, and null with the message "sOtherwise" unless the object is of that class.
+const GraphBuilder::Named* GraphBuilder::pResolve(const Name& name, ClassTag tag, const char* sOtherwise) {
+    const Named* pNamed = pResolve(name);
+    if (!pNamed || pNamed->pObject->eClassTag == tag) return pNamed;
+    vMessageAbout(name, sOtherwise);
+    return nullptr;
+}
+
+template <class Object>
+Object* GraphBuilder::pDeclare(const Name& name, std::size_t iIndex) {
+    Object* pObject = m_pSchema->pAdopt(std::make_unique<Object>(std::string(name.text)));
+    if (!m_named.try_emplace(pObject->sNameUpper, Named{pObject, iIndex}).second)
+        vMessageAbout(name, "is declared twice");
+    return pObject;
+}
+
+void GraphBuilder::vDeclare() {
+    // STEP files name a schema in upper case.
+    m_pSchema = std::make_unique<SchemaPset>(sUpper(m_declaration.name.text));
+    m_named.reserve(m_declaration.types.size() + m_declaration.entities.size());
+    for (const TypeDeclaration& type : m_declaration.types)
+        m_types.push_back(pDeclare<schema::Type>(type.name, m_types.size()));
+    for (const EntityDeclaration& entity : m_declaration.entities)
+        m_entities.push_back(pDeclare<schema::Entity>(entity.name, m_entities.size()));
+}
+
+// ---- Types
+
+void GraphBuilder::vExtendItems() {
+    const auto& types = m_declaration.types;
+    Indices basedOn(types.size(), g_iNone);
+    for (std::size_t i = 0; i < types.size(); ++i) {
+        if (types[i].basedOn.text.empty()) continue;
+        const Named* pBase = pResolve(types[i].basedOn, ClassTag::Type, "is not a type");
+        if (!pBase) continue;
+        basedOn[i] = pBase->iIndex;
+        if (types[pBase->iIndex].form != types[i].form)
+            vMessageAbout(types[i].basedOn, "cannot be extended by a type of another form");
+    }
+    m_items.resize(types.size());
+    std::vector<unsigned> depths(types.size());
+    vWalkChains(
+        basedOn,
+        [&](std::size_t i) {
+            if (basedOn[i] != g_iNone) {
+                depths[i] = depths[basedOn[i]] + 1;
+                if (depths[i] > g_iMaxExtensions)
+                    return vMessageAbout(types[i].name, "is extended too often");
+                m_items[i] = m_items[basedOn[i]];
+            }
+            m_items[i].insert(m_items[i].end(), types[i].items.begin(), types[i].items.end());
+        },
+        [&](std::size_t i) { vMessageAbout(types[i].name, "is based on itself"); });
+}
+
+void GraphBuilder::vBuildDataTypes() {
+    m_selects.resize(m_types.size());
+    for (std::size_t i = 0; i < m_types.size(); ++i) {
+        const TypeDeclaration& declaration = m_declaration.types[i];
+        const std::string& sName = m_types[i]->sName;
+        if (declaration.form == TypeForm::Enumeration) {
+            m_types[i]->pDataType = pBuildEnumeration(i);
+        } else if (declaration.form == TypeForm::Select) {
+            m_selects[i].pSelect = m_pSchema->pAdopt(std::make_unique<schema::DataTypeSelect>(sName));
+            m_types[i]->pDataType = m_selects[i].pSelect;
+        } else if (!declaration.type.levels.empty() || declaration.type.name.text.empty()) {
+            // With a level or without a name this is a data type, never the object of a name.
+            m_types[i]->pDataType =
+                static_cast<const schema::DataTypeBase*>(pBuildReference(declaration.type, sName));
+        }
+    }
+}
+
+const schema::DataTypeBase* GraphBuilder::pBuildEnumeration(std::size_t iType) {
+    std::vector<std::string> enumerators;
+    std::unordered_set<std::string> seen;
+    for (const Name& item : m_items[iType]) {
+        enumerators.push_back(sUpper(item.text));
+        if (!seen.insert(enumerators.back()).second) vMessageAbout(item, "is enumerated twice");
+    }
+    return m_pSchema->pAdopt(
+        std::make_unique<schema::DataTypeEnum>(std::move(enumerators), m_types[iType]->sName));
+}
+
+// Anonymous ones without width are shared.
+const schema::DataTypeBase* GraphBuilder::pBuildBaseType(const TypeReference& type, std::string_view name) {
+    const bool boShared = name.empty() && type.iWidth == 0;
+    const schema::DataTypeBase*& pShared = m_baseTypes[static_cast<std::size_t>(type.kind)];
+    if (boShared && pShared) return pShared;
+    auto pSimple = std::make_unique<schema::DataTypeSimple>(type.kind, std::string(name));
+    pSimple->iWidth = type.iWidth;
+    pSimple->boFixed = type.boFixed;
+    const schema::DataTypeBase* pResult = m_pSchema->pAdopt(std::move(pSimple));
+    if (boShared) pShared = pResult;
+    return pResult;
+}
+
+// The object of a type as written: an entity or type for a name alone, else a new data type, which takes
+// "name". Null after a message.
+const schema::ObjectBase* GraphBuilder::pBuildReference(const TypeReference& type, std::string_view name) {
+    const schema::ObjectBase* pObject = nullptr;
+    if (type.name.text.empty()) {
+        pObject = pBuildBaseType(type, type.levels.empty() ? name : std::string_view());
+    } else if (const Named* pNamed = pResolve(type.name)) {
+        pObject = pNamed->pObject;
+    }
+    if (!pObject) return nullptr;
+    for (auto pLevel = type.levels.rbegin(); pLevel != type.levels.rend(); ++pLevel) {
+        const bool boOutermost = std::next(pLevel) == type.levels.rend();
+        auto pAggregate = std::make_unique<schema::DataTypeAggregate>(
+            pLevel->kind, std::string(boOutermost ? name : std::string_view()));
+        pAggregate->pElement = pObject;
+        pAggregate->sBounds = pLevel->sBounds;
+        pAggregate->boUnique = pLevel->boUnique;
+        pAggregate->boOptional = pLevel->boOptional;
+        pAggregate->boBag = pLevel->boBag;
+        pObject = m_pSchema->pAdopt(std::move(pAggregate));
+    }
+    return pObject;
+}
+
+void GraphBuilder::vFollowTypes() {
+    Indices next(m_types.size(), g_iNone);
+    for (std::size_t i = 0; i < m_types.size(); ++i) {
+        if (m_types[i]->pDataType) continue;
+        const Name& name = m_declaration.types[i].type.name;
+        const Named* pNamed = pResolve(name, ClassTag::Type, "is an entity; a type cannot be defined by it");
+        if (!pNamed) continue;
+        next[i] = pNamed->iIndex;
+        m_types[i]->pDeclared = m_types[next[i]];
+    }
+    m_declaring.resize(m_types.size());
+    vWalkChains(
+        next,
+        [&](std::size_t i) {
+            m_declaring[i] = next[i] == g_iNone ? i : m_declaring[next[i]];
+            m_types[i]->pDataType = m_types[m_declaring[i]]->pDataType;
+        },
+        [&](std::size_t i) { vMessageAbout(m_declaration.types[i].name, "is defined by itself"); });
+}
+
+void GraphBuilder::vFillSelects() {
+    for (std::size_t i = 0; i < m_selects.size(); ++i) {
+        Select& select = m_selects[i];
+        if (!select.pSelect) continue;
+        for (const Name& item : m_items[i]) {
+            const Named* pNamed = pResolve(item);
+            if (!pNamed) continue;
+            select.pSelect->members.push_back(pNamed->pObject);
+            if (pNamed->pObject->eClassTag != ClassTag::Type) continue;
+            const std::size_t iDeclaring = m_declaring[pNamed->iIndex];
+            if (m_selects[iDeclaring].pSelect) select.nested.push_back(iDeclaring);
+        }
+    }
+    for (std::size_t i = 0; i < m_selects.size() && !m_iMessages; ++i)
+        if (m_selects[i].pSelect) (void)iSelectHeight(i, 1);
+}
+
+// How many selects deep the members of a select nest, itself included. Sets boAllEntities on the way, which
+// wants the nested selects first.
+unsigned GraphBuilder::iSelectHeight(std::size_t iType, unsigned iDepth) {
+    Select& select = m_selects[iType];
+    const Name& name = m_declaration.types[iType].name;
+    if (select.iHeight == g_iHeightOpen) {
+        vMessageAbout(name, "is a select that contains itself");
+        return 0;
+    }
+    if (select.iHeight != g_iHeightUnknown) return select.iHeight;
+    unsigned iHeight = 1;
+    select.iHeight = g_iHeightOpen;
+    if (iDepth < g_iMaxSelectDepth)
+        for (const std::size_t iNested : select.nested) {
+            iHeight = std::max(iHeight, 1 + iSelectHeight(iNested, iDepth + 1));
+            if (m_iMessages) return 0;
+        }
+    if (iDepth == g_iMaxSelectDepth || iHeight > g_iMaxSelectDepth)
+        vMessageAbout(name, "is a select that nests too deep");
+    select.iHeight = iHeight;
+
+    const auto boEntities = [](const schema::ObjectBase* pMember) {
+        if (pMember->eClassTag == ClassTag::Entity) return true;
+        const schema::DataTypeBase* pDataType = schema::pDataTypeOf(pMember);
+        return pDataType->kind == DataKind::Select &&
+               static_cast<const schema::DataTypeSelect*>(pDataType)->boAllEntities;
+    };
+    const auto& members = select.pSelect->members;
+    select.pSelect->boAllEntities =
+        !members.empty() && std::all_of(members.begin(), members.end(), boEntities);
+    return iHeight;
+}
+
+void GraphBuilder::vCheckTypeDepth() {
+    Indices next(m_types.size(), g_iNone);
+    for (std::size_t i = 0; i < m_types.size(); ++i) {
+        const Name& name = m_declaration.types[i].type.name;
+        if (name.text.empty()) continue;
+        const Named& named = m_named.at(sUpper(name.text));
+        if (named.pObject->eClassTag == ClassTag::Type) next[i] = named.iIndex;
+    }
+    std::vector<unsigned> depths(m_types.size());
+    vWalkChains(
+        next,
+        [&](std::size_t i) {
+            const TypeDeclaration& type = m_declaration.types[i];
+            depths[i] = static_cast<unsigned>(type.type.levels.size());
+            if (next[i] != g_iNone) depths[i] += depths[next[i]];
+            if (depths[i] > g_iMaxTypeDepth) vMessageAbout(type.name, "nests aggregates too deep");
+        },
+        [&](std::size_t i) { vMessageAbout(m_declaration.types[i].name, "is an aggregate of itself"); });
+}
+
+// ---- Entities
+
+void GraphBuilder::vLinkSupertypes() {
+    const auto& entities = m_declaration.entities;
+    if (entities.size() > std::numeric_limits<std::uint16_t>::max())
+        return vMessage({}, "the schema has more than 65535 entities");
+    Indices next(entities.size(), g_iNone);
+    for (std::size_t i = 0; i < entities.size(); ++i) {
+        m_entities[i]->boAbstract = entities[i].boAbstract;
+        if (entities[i].supertype.text.empty()) continue;
+        const Named* pParent = pResolve(entities[i].supertype, ClassTag::Entity, "is not an entity");
+        if (!pParent) continue;
+        next[i] = pParent->iIndex;
+        m_entities[i]->pParent = m_entities[next[i]];
+        m_entities[next[i]]->subtypes.push_back(m_entities[i]);
+    }
+    std::vector<unsigned> depths(entities.size());
+    vWalkChains(
+        next,
+        [&](std::size_t i) {
+            m_supertypesFirst.push_back(i);
+            if (next[i] != g_iNone) depths[i] = depths[next[i]] + 1;
+            if (depths[i] == g_iMaxSupertypes) vMessageAbout(entities[i].name, "has too many supertypes");
+        },
+        [&](std::size_t i) { vMessageAbout(entities[i].name, "is its own supertype"); });
+}
+
+// Enters a name of the entity's own; each may stand there once.
+void GraphBuilder::vClaimName(const schema::Entity& entity, const Name& name, schema::Attribute* pAttribute) {
+    if (!m_attributes.try_emplace(entity.sNameUpper + '.' + sUpper(name.text), pAttribute).second)
+        vMessageAbout(name, "is declared twice in \"" + entity.sName + '"');
+}
+
+void GraphBuilder::vBuildAttributes() {
+    for (std::size_t i = 0; i < m_entities.size(); ++i) {
+        const auto& declarations = m_declaration.entities[i].attributes;
+        std::size_t iCount = 0;
+        for (const AttributeDeclaration& declaration : declarations) iCount += declaration.names.size();
+        m_entities[i]->ownAttributes.reserve(iCount);   // inverse attributes point into it
+        for (const AttributeDeclaration& declaration : declarations)
+            vBuildAttribute(*m_entities[i], declaration);
+    }
+}
+
+void GraphBuilder::vBuildAttribute(schema::Entity& entity, const AttributeDeclaration& declaration) {
+    std::vector<const schema::ObjectBase*> types;
+    const schema::ObjectBase* pObject = pBuildReference(declaration.type, {});
+    if (!pObject) return;
+    std::string sTypeName;
+    for (;;) {
+        types.push_back(pObject);
+        const schema::DataTypeBase* pDataType = schema::pDataTypeOf(pObject);
+        const schema::ObjectBase* pElement = pDataType ? pDataType->pElementGet() : nullptr;
+        if (!pElement) break;
+        pObject = pElement;
+    }
+    // The name that the declaration ends in, not what that name stands for.
+    if (declaration.type.name.text.empty()) {
+        const schema::DataTypeSimple baseType(declaration.type.kind);
+        sTypeName = schema::sTypeText(&baseType);
+    } else {
+        sTypeName = m_named.at(sUpper(declaration.type.name.text)).pObject->sName;
+    }
+    for (const Name& name : declaration.names) {
+        schema::Attribute& attribute = entity.ownAttributes.emplace_back();
+        attribute.pOwner = &entity;
+        attribute.sName = name.text;
+        attribute.uNameHash = schema::NameHash(name.text);
+        attribute.boOptional = declaration.boOptional;
+        attribute.types = types;
+        attribute.sTypeName = sTypeName;
+        vClaimName(entity, name, &attribute);
+    }
+}
+
+void GraphBuilder::vBuildInverses() {
+    for (std::size_t i = 0; i < m_entities.size(); ++i) {
+        const auto& declarations = m_declaration.entities[i].inverses;
+        m_entities[i]->ownInverseAttributes.reserve(declarations.size());   // attributes point into it
+        for (const InverseDeclaration& declaration : declarations) vBuildInverse(*m_entities[i], declaration);
+    }
+}
+
+void GraphBuilder::vBuildInverse(schema::Entity& entity, const InverseDeclaration& declaration) {
+    const Named* pNamed = pResolve(declaration.forEntity, ClassTag::Entity, "is not an entity");
+    if (!pNamed) return;
+    schema::Attribute* pForAttribute =
+        pAttributeOf(*m_entities[pNamed->iIndex], declaration.forAttribute.text);
+    if (!pForAttribute)
+        return vMessageAbout(declaration.forAttribute,
+                             "is not an attribute of \"" + pNamed->pObject->sName + '"');
+    schema::AttributeInverse& inverse = entity.ownInverseAttributes.emplace_back();
+    inverse.pOwner = &entity;
+    inverse.sName = declaration.name.text;
+    inverse.uNameHash = schema::NameHash(declaration.name.text);
+    inverse.pForEntity = m_entities[pNamed->iIndex];
+    inverse.sForAttribute = pForAttribute->sName;
+    inverse.pForAttribute = pForAttribute;
+    inverse.boAggregate = declaration.boAggregate;
+    inverse.sBounds = declaration.sBounds;
+    pForAttribute->inverses.push_back(&inverse);
+    vClaimName(entity, declaration.name, nullptr);
+}
+
+// An explicit attribute of the entity or of a supertype, in any case; null when there is none.
+schema::Attribute* GraphBuilder::pAttributeOf(const schema::Entity& entity, std::string_view name) const {
+    const std::string sName = '.' + sUpper(name);
+    for (const schema::Entity* pEntity = &entity; pEntity; pEntity = pEntity->pParent) {
+        const auto pEntry = m_attributes.find(pEntity->sNameUpper + sName);
+        if (pEntry != m_attributes.end()) return pEntry->second;
+    }
+    return nullptr;
+}
+
+// On either side, own or inherited.
+void GraphBuilder::vMarkInverseRelations() {
+    for (const std::size_t i : m_supertypesFirst) {
+        schema::Entity& entity = *m_entities[i];
+        const auto boTarget = [](const schema::Attribute& attribute) { return !attribute.inverses.empty(); };
+        entity.boHasInverse = (entity.pParent && entity.pParent->boHasInverse) ||
+                              !entity.ownInverseAttributes.empty() ||
+                              std::any_of(entity.ownAttributes.begin(), entity.ownAttributes.end(), boTarget);
+    }
+}
+
+// Depth first, roots and subtypes as declared, from 1: 0 stays with an entity that no schema holds.
+void GraphBuilder::vNumberEntities() {
+    std::vector<const schema::Entity*> stack;
+    for (auto pEntity = m_entities.rbegin(); pEntity != m_entities.rend(); ++pEntity)
+        if (!(*pEntity)->pParent) stack.push_back(*pEntity);
+    std::uint16_t iOrdinal = 0;
+    while (!stack.empty()) {
+        const schema::Entity* pEntity = stack.back();
+        stack.pop_back();
+        m_entities[m_named.at(pEntity->sNameUpper).iIndex]->iTypeOrdinal = ++iOrdinal;
+        stack.insert(stack.end(), pEntity->subtypes.rbegin(), pEntity->subtypes.rend());
+    }
+    for (auto pIndex = m_supertypesFirst.rbegin(); pIndex != m_supertypesFirst.rend(); ++pIndex) {
+        schema::Entity& entity = *m_entities[*pIndex];
+        entity.iTypeOrdinalLast = entity.iTypeOrdinal;
+        for (const schema::Entity* pSubtype : entity.subtypes)
+            entity.iTypeOrdinalLast = std::max(entity.iTypeOrdinalLast, pSubtype->iTypeOrdinalLast);
+    }
+}
+
+}   // namespace oxa::ifc::def::express

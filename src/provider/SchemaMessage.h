@@ -1,0 +1,18 @@
+// SchemaMessage: why a text gave no schema.
+//
+// For      callers of SchemaLoader, and all of this folder.
+#pragma once
+
+#include <string>
+
+namespace oxa::ifc {
+
+// One fault in an EXPRESS text or a fact table. Line and column count from 1, the column in bytes; a byte
+// order mark is no column. A fault of the text as a whole stands at 1, 1.
+struct SchemaMessage {
+    unsigned iLine = 1;
+    unsigned iColumn = 1;
+    std::string sText;
+};
+
+}   // namespace oxa::ifc

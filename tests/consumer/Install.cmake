@@ -1,0 +1,4 @@
+# Install: installs the build in BUILD under PREFIX, and nothing left there from before.
+file(REMOVE_RECURSE "${PREFIX}")
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${PREFIX}
+  OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)

@@ -1,0 +1,30 @@
+#include "platform/Utilities.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <type_traits>
+
+namespace oxa {
+namespace {
+
+static_assert(std::is_base_of_v<std::exception, exception>);
+
+TEST(Exception, KeepsItsText) {
+    const std::string sText = "returning nullptr";
+    try {
+        throw exception(sText);
+    } catch (const std::exception& fault) {
+        EXPECT_STREQ(fault.what(), "returning nullptr");
+        return;
+    }
+    FAIL() << "not caught as std::exception";
+}
+
+TEST(Debugger, BreakIsHarmlessWithoutADebugger) {
+    Debugger::vBreak();   // SIGTRAP would end the program here
+    SUCCEED();
+}
+
+}   // namespace
+}   // namespace oxa

@@ -1,0 +1,160 @@
+// What every call of the program has in common: help, version, wrong calls, files that can't be read.
+
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "tools/ProgramRun.h"
+
+namespace oxa::test {
+namespace {
+
+struct VerbRow {
+    const char* pVerb;
+    const char* pUsage;      // the line of the help that tells how it is called
+    bool boReadsModels;
+};
+const VerbRow g_verbs[] = {
+    {"info", "Usage: oxaifc info [OPTIONS] FILE\n", true},
+    {"check", "Usage: oxaifc check [OPTIONS] FILE\n", true},
+    {"schema", "Usage: oxaifc schema [OPTIONS] [NAME] [ENTITY]\n", false},
+};
+
+TEST(Call, HelpNamesEveryVerb) {
+    for (const char* pOption : {"--help", "-h"}) {
+        const ProgramRun run = runProgram({pOption});
+        EXPECT_EQ(run.iCode, 0);
+        EXPECT_EQ(run.sError, "");
+        EXPECT_NE(run.sOut.find("Usage: oxaifc [OPTIONS] VERB\n"), std::string::npos) << run.sOut;
+        for (const VerbRow& row : g_verbs)
+            EXPECT_NE(run.sOut.find(std::string("\n  ") + row.pVerb + " "), std::string::npos) << row.pVerb;
+    }
+}
+
+TEST(Call, EveryVerbTellsItsOptions) {
+    for (const VerbRow& row : g_verbs) {
+        SCOPED_TRACE(row.pVerb);
+        const ProgramRun run = runProgram({row.pVerb, "--help"});
+        EXPECT_EQ(run.iCode, 0);
+        EXPECT_EQ(run.sError, "");
+        EXPECT_NE(run.sOut.find(row.pUsage), std::string::npos) << run.sOut;
+        EXPECT_NE(run.sOut.find("--json"), std::string::npos);
+        EXPECT_EQ(run.sOut.find("--schema-file") != std::string::npos, row.boReadsModels);
+        EXPECT_EQ(run.sOut.find("--single-threaded") != std::string::npos, row.boReadsModels);
+    }
+}
+
+TEST(Call, VersionIsToldEverywhere) {
+    const ProgramRun run = runProgram({"--version"});
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_TRUE(run.sOut.starts_with("oxaifc ")) << run.sOut;
+    EXPECT_EQ(run.sOut.find('\n'), run.sOut.size() - 1);
+    for (const VerbRow& row : g_verbs) {
+        SCOPED_TRACE(row.pVerb);
+        const ProgramRun behind = runProgram({row.pVerb, "--version"});
+        EXPECT_EQ(behind.iCode, 0);
+        EXPECT_EQ(behind.sOut, run.sOut);
+    }
+}
+
+struct FailRow {
+    const char* pRule;
+    std::vector<std::string> words;
+    const char* pError;      // the one line, behind "oxaifc: "
+};
+const FailRow g_wrongCalls[] = {
+    {"no verb", {}, "a verb is missing; there are: info, check, schema"},
+    {"a verb that does not exist", {"frobnicate"}, "there is no verb frobnicate; there are: info, check, schema"},
+    {"a verb with a letter too few", {"chek"}, "there is no verb chek; did you mean check?"},
+    {"line ends in a word stay on the line", {"a\nb"}, "there is no verb a b; there are: info, check, schema"},
+    {"info without a file", {"info"}, "info: FILE is required"},
+    {"check without a file", {"check"}, "check: FILE is required"},
+    {"two files", {"info", "a.ifc", "b.ifc"}, "info: The following argument was not expected: b.ifc"},
+    {"an unknown option", {"check", "a.ifc", "--fast"}, "check: The following argument was not expected: --fast"},
+    {"an option without its value", {"info", "a.ifc", "--schema-file"},
+     "info: --schema-file: 1 required X.exp missing"},
+    {"no schema", {"schema"},
+     "schema: a NAME or --file is missing; built in are: IFC2X3, IFC4, IFC4X1, IFC4X2, IFC4X3_RC1, IFC4X3_RC2, "
+     "IFC4X3_RC3, IFC4X3_RC4, IFC4X3, IFC4X3_TC1, IFC4X3_ADD1, IFC4X3_ADD2"},
+    {"a schema twice", {"schema", "IFC4", "IfcWall", "--file", "a.exp"},
+     "schema: with --file there is no NAME, only an ENTITY or TYPE"},
+    {"all and one", {"schema", "IFC4", "IfcWall", "--all"}, "schema: --all and an ENTITY or TYPE exclude each other"},
+    {"a schema that does not exist", {"schema", "IFC5"}, "there is no built-in schema IFC5; did you mean IFC4?"},
+    {"an entity that does not exist", {"schema", "IFC4", "IfcPers0n"},
+     "IFC4 has no entity or type IfcPers0n; did you mean IfcPerson?"},
+    {"an entity that nothing comes near", {"schema", "IFC4", "Qqqqqq"}, "IFC4 has no entity or type Qqqqqq"},
+};
+
+void vExpectFailure(const ProgramRun& run, const std::string& sError) {
+    EXPECT_EQ(run.iCode, 2);
+    EXPECT_EQ(run.sOut, "");
+    EXPECT_EQ(run.sError, "oxaifc: " + sError + "\n");
+}
+
+TEST(Call, WrongCallGivesOneLineAndTwo) {
+    for (const FailRow& row : g_wrongCalls) {
+        SCOPED_TRACE(row.pRule);
+        vExpectFailure(runProgram(row.words), row.pError);
+    }
+}
+
+struct FileRow {
+    const char* pRule;
+    const char* pName;       // in the test's folder
+    const char* pError;      // the one line, behind the path
+};
+const FileRow g_unreadable[] = {
+    {"missing", "missing.ifc", "there is no such file"},
+    {"a folder", "", "is a folder, not a file"},
+    {"without a byte", "empty.ifc", "is empty"},
+    {"a ZIP archive", "house.ifczip", "is a ZIP archive; unpack it and name the file inside"},
+};
+
+TEST(Call, UnreadableFileGivesOneLineAndTwo) {
+    const TestFolder folder;
+    folder.sFile("empty.ifc", "");
+    folder.sFile("house.ifczip", std::string_view("PK\x03\x04\x14\0\0\0", 8));
+    for (const FileRow& row : g_unreadable)
+        for (const VerbRow& verb : g_verbs) {
+            SCOPED_TRACE(std::string(row.pRule) + ", " + verb.pVerb);
+            const std::string sPath = (folder.path() / row.pName).string();
+            for (const char* pJson : {"--json", "--"}) {
+                std::vector<std::string> words{verb.pVerb, pJson, sPath};
+                if (!verb.boReadsModels) words = {verb.pVerb, "--json", "--file", sPath};
+                vExpectFailure(runProgram(words), sPath + ": " + row.pError);
+            }
+        }
+}
+
+TEST(Call, FileWithoutPermissionIsUnreadable) {
+    const TestFolder folder;
+    const std::string sPath = folder.sFile("secret.ifc", "ISO-10303-21;");
+    std::filesystem::permissions(sPath, std::filesystem::perms::none);
+    if (std::ifstream(sPath)) GTEST_SKIP() << "this user may read everything";
+    vExpectFailure(runProgram({"info", sPath}), sPath + ": Permission denied");
+}
+
+TEST(Call, EmptyStandardInputIsUnreadable) {
+    for (const VerbRow& verb : g_verbs) {
+        std::vector<std::string> words{verb.pVerb, "-"};
+        if (!verb.boReadsModels) words = {verb.pVerb, "--file", "-"};
+        vExpectFailure(runProgram(words), "standard input: is empty");
+    }
+}
+
+TEST(Call, ReaderWhoGoesAwayIsNoFailure) {
+    const std::vector<std::string> calls[] = {
+        {"schema", "IFC4", "--all", "--json"},
+        {"info", sExample("house-ifc4.ifc"), "--json"},
+        {"--help"},
+    };
+    for (const auto& words : calls) {
+        SCOPED_TRACE(words.front());
+        const ProgramRun run = runProgram(words, {}, OutputKind::ClosedPipe);
+        EXPECT_EQ(run.iCode, 0);
+        EXPECT_EQ(run.sError, "");
+    }
+}
+
+}   // namespace
+}   // namespace oxa::test

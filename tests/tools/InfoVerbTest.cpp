@@ -1,0 +1,202 @@
+// "oxaifc info": the figures of a file, as JSON and as text.
+
+#include <gtest/gtest.h>
+
+#include "tools/ProgramRun.h"
+
+namespace oxa::test {
+namespace {
+
+constexpr const char* g_pTwoPoints = "#1=IFCCARTESIANPOINT((0.,0.));\n#2=IFCCARTESIANPOINT((1.,0.));\n"
+                                     "#3=IFCPOLYLINE((#1,#2));\n";
+
+std::vector<std::string> keys(const Json& object) {
+    std::vector<std::string> result;
+    for (const auto& item : object.items()) result.push_back(item.key());
+    return result;
+}
+
+// Takes what differs from run to run out of the object.
+Json comparable(Json value) {
+    EXPECT_GE(value["seconds"].get<double>(), 0.0);
+    value.erase("seconds");
+    return value;
+}
+
+TEST(InfoVerb, JsonHasItsKeysInOrder) {
+    const Json value = runProgram({"info", "--json", sExample("house-ifc4.ifc")}).json();
+    EXPECT_EQ(keys(value), (std::vector<std::string>{"file", "schema", "header", "entities", "byType", "rooted",
+                                                     "inverses", "errors", "fatal", "ok", "seconds", "bytes"}));
+    EXPECT_EQ(keys(value["header"]),
+              (std::vector<std::string>{"description", "implementationLevel", "name", "timeStamp", "author",
+                                        "organization", "preprocessorVersion", "originatingSystem",
+                                        "authorization"}));
+}
+
+TEST(InfoVerb, JsonTellsAllOfASmallFile) {
+    const TestFolder folder;
+    const std::string sText = sExchangeFile("IFC4", g_pTwoPoints);
+    const std::string sPath = folder.sFile("small.ifc", sText);
+    const ProgramRun run = runProgram({"info", sPath, "--json"});
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.sError, "");
+    const Json expected = {
+        {"file", sPath},
+        {"schema", "IFC4"},
+        {"header",
+         {{"description", {"d"}}, {"implementationLevel", "2;1"}, {"name", "n"},
+          {"timeStamp", "2024-05-17T09:30:00"}, {"author", {"a"}}, {"organization", {"o"}},
+          {"preprocessorVersion", "p"}, {"originatingSystem", "s"}, {"authorization", "z"}}},
+        {"entities", 3},
+        {"byType", {{"IFCCARTESIANPOINT", 2}, {"IFCPOLYLINE", 1}}},
+        {"rooted", 0},
+        {"inverses", 0},
+        {"errors", 0},
+        {"fatal", 0},
+        {"ok", true},
+        {"bytes", sText.size()},
+    };
+    EXPECT_EQ(comparable(run.json()), expected);
+}
+
+TEST(InfoVerb, TypesStandByCountThenByKeyword) {
+    const TestFolder folder;
+    const std::string sPath = folder.sFile("a.ifc", sExchangeFile("IFC4", "#1=IFCDIRECTION((1.,0.));\n"
+                                                                          "#2=IFCCARTESIANPOINT((1.,0.));\n"
+                                                                          "#3=IFCMATERIAL('a',$,$);\n"
+                                                                          "#4=IFCMATERIAL('b',$,$);\n"));
+    EXPECT_EQ(keys(runProgram({"info", sPath, "--json"}).json()["byType"]),
+              (std::vector<std::string>{"IFCMATERIAL", "IFCCARTESIANPOINT", "IFCDIRECTION"}));
+}
+
+struct ResultRow {
+    const char* pRule;
+    std::string sText;
+    const char* pSchema;
+    int iEntities, iErrors, iFatal;
+    bool boOk;
+    int iCode;
+};
+
+void vExpectResult(const ResultRow& row, const ProgramRun& run) {
+    const Json value = run.json();
+    ASSERT_TRUE(value.is_object()) << run.sOut;
+    EXPECT_EQ(run.iCode, row.iCode);
+    EXPECT_EQ(run.sError, "");
+    EXPECT_EQ(value["schema"], row.pSchema);
+    EXPECT_EQ(value["entities"], row.iEntities);
+    EXPECT_EQ(value["errors"], row.iErrors);
+    EXPECT_EQ(value["fatal"], row.iFatal);
+    EXPECT_EQ(value["ok"], row.boOk);
+    EXPECT_EQ(value["bytes"], row.sText.size());
+}
+
+TEST(InfoVerb, ErrorsOfTheTextGiveOne) {
+    const std::string sWhole = sExchangeFile("IFC4", g_pTwoPoints);
+    const ResultRow rows[] = {
+        {"nothing wrong", sWhole, "IFC4", 3, 0, 0, true, 0},
+        {"a header and no data", sExchangeFile("IFC2X3", ""), "IFC2X3", 0, 0, 0, true, 0},
+        {"another spelling of the schema", sExchangeFile("IFC2X3_TC1", ""), "IFC2X3", 0, 0, 0, true, 0},
+        {"a reference to nothing", sExchangeFile("IFC4", "#3=IFCPOLYLINE((#1,#2));\n"), "IFC4", 1, 2, 0, true, 1},
+        {"an unknown type", sExchangeFile("IFC4", "#3=IFCTEAPOT();\n"), "IFC4", 0, 1, 0, true, 1},
+        {"an unknown schema", sExchangeFile("IFC99", g_pTwoPoints), "IFC99", 0, 0, 1, false, 1},
+        {"the end is missing", sWhole.substr(0, sWhole.find("ENDSEC;\nEND-ISO")), "IFC4", 3, 0, 1, false, 1},
+        {"a semicolon is missing", sExchangeFile("IFC4", "#1=IFCCARTESIANPOINT((0.))\n#2=IFCDIRECTION((1.));\n"),
+         "IFC4", 0, 0, 1, false, 1},
+        {"no exchange structure at all", "Dear Sir or Madam,\n", "", 0, 0, 1, false, 1},
+        {"the simple form", "Ifc file simple;\nIFC4;\n*;\n" + std::string(g_pTwoPoints), "IFC4", 3, 0, 0, true, 0},
+        {"the simple form, unknown schema", "Ifc file simple;\nIFC99;\n*;\n", "IFC99", 0, 0, 1, false, 1},
+    };
+    const TestFolder folder;
+    for (const ResultRow& row : rows) {
+        SCOPED_TRACE(row.pRule);
+        const std::string sPath = folder.sFile("a.ifc", row.sText);
+        vExpectResult(row, runProgram({"info", sPath, "--json"}));
+        vExpectResult(row, runProgram({"info", sPath, "--json", "--single-threaded"}));
+        vExpectResult(row, runProgram({"info", "-", "--json"}, row.sText));
+    }
+}
+
+TEST(InfoVerb, StandardInputIsCalledMinus) {
+    const ProgramRun run = runProgram({"info", "-", "--json"}, sExchangeFile("IFC4", ""));
+    EXPECT_EQ(run.json()["file"], "-");
+}
+
+TEST(InfoVerb, SimpleFormTellsItsRoot) {
+    const std::string sData = g_pTwoPoints;
+    const ProgramRun one = runProgram({"info", "-", "--json"}, "Ifc file simple;\nIFC4;\n3;\n" + sData);
+    EXPECT_EQ(one.json()["header"], (Json{{"root", 3}}));
+    const ProgramRun all = runProgram({"info", "-", "--json"}, "Ifc file simple;\nIFC4;\n*;\n" + sData);
+    EXPECT_EQ(all.json()["header"], (Json{{"root", "*"}}));
+}
+
+constexpr const char* g_pExpress = "SCHEMA TEASHOP;\nENTITY Teapot; Volume : REAL; END_ENTITY;\nEND_SCHEMA;\n";
+constexpr const char* g_pOtherExpress = "SCHEMA MUSEUM;\nENTITY Vase; Age : REAL; END_ENTITY;\nEND_SCHEMA;\n";
+
+TEST(InfoVerb, SchemaFileServesFilesOfItsName) {
+    const TestFolder folder;
+    const std::string sOne = folder.sFile("teashop.exp", g_pExpress);
+    const std::string sTwo = folder.sFile("museum.exp", g_pOtherExpress);
+    struct Row {
+        const char* pRule;
+        const char* pSchemaOfFile;
+        const char* pData;
+        std::vector<std::string> paths;
+        const char* pSchema;
+        int iEntities;
+        int iCode;
+    };
+    const Row rows[] = {
+        {"its name", "TEASHOP", "#1=TEAPOT(1.5);\n", {sOne}, "TEASHOP", 1, 0},
+        {"its name in other letters", "TeaShop", "#1=TEAPOT(1.5);\n", {sOne}, "TEASHOP", 1, 0},
+        {"another name, but the only one", "IFC4", "#1=TEAPOT(1.5);\n", {sOne}, "TEASHOP", 1, 0},
+        {"the second of two", "MUSEUM", "#1=VASE(2000.);\n", {sOne, sTwo}, "MUSEUM", 1, 0},
+        {"none of two, but built in", "IFC4", g_pTwoPoints, {sOne, sTwo}, "IFC4", 3, 0},
+        {"none of two", "TEAROOM", "#1=TEAPOT(1.5);\n", {sOne, sTwo}, "TEAROOM", 0, 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.pRule);
+        std::vector<std::string> words{"info", "--json"};
+        for (const std::string& sPath : row.paths) words.insert(words.end(), {"--schema-file", sPath});
+        words.push_back(folder.sFile("a.ifc", sExchangeFile(row.pSchemaOfFile, row.pData)));
+        const ProgramRun run = runProgram(words);
+        EXPECT_EQ(run.iCode, row.iCode);
+        const Json value = run.json();
+        EXPECT_EQ(value["schema"], row.pSchema);
+        EXPECT_EQ(value["entities"], row.iEntities);
+    }
+}
+
+TEST(InfoVerb, FaultyExpressIsToldWithItsPlace) {
+    const TestFolder folder;
+    const std::string sPath = folder.sFile("bad.exp", "SCHEMA A;\nENTITY ;\nEND_SCHEMA;\n");
+    const ProgramRun run = runProgram({"info", "-", "--schema-file", sPath}, sExchangeFile("A", ""));
+    EXPECT_EQ(run.iCode, 2);
+    EXPECT_TRUE(run.sError.starts_with("oxaifc: " + sPath + ":2:8: ")) << run.sError;
+    EXPECT_EQ(run.sError.find('\n'), run.sError.size() - 1);
+}
+
+TEST(InfoVerb, TextTellsTheSame) {
+    const ProgramRun run =
+        runProgram({"info", "-"}, sExchangeFile("IFC4", std::string(g_pTwoPoints) + "#4=IFCPOLYLINE((#1,#9));\n"));
+    EXPECT_EQ(run.iCode, 1);
+    for (const char* pLine : {"file                  standard input\n", "schema                IFC4\n",
+                              "author                a\n", "entities              4\n",
+                              "                   2  IFCCARTESIANPOINT\n", "                   2  IFCPOLYLINE\n",
+                              "missing references    1\n", "errors                1, fatal 0\n",
+                              "read                  to the end\n"})
+        EXPECT_NE(run.sOut.find(pLine), std::string::npos) << pLine << run.sOut;
+}
+
+TEST(InfoVerb, HeaderBytesOutsideUtf8StayValidJson) {
+    std::string sText = sExchangeFile("IFC4", "");
+    sText.replace(sText.find("'s'"), 3, "'\xe4\xff'");
+    const ProgramRun run = runProgram({"info", "-", "--json"}, sText);
+    const Json value = run.json();
+    ASSERT_TRUE(value.is_object()) << run.sOut;
+    EXPECT_EQ(value["ok"], true);
+    EXPECT_TRUE(value["header"]["originatingSystem"].is_string());
+}
+
+}   // namespace
+}   // namespace oxa::test

@@ -1,0 +1,46 @@
+// Input: the bytes of one file, or of standard input, as a stream.
+//
+// For      Model and whoever reads a text. Nothing is read twice and nothing is kept: any size, pipes too.
+// Errors   Failure, for what is no file to be read: missing, a folder, without a byte, a ZIP archive.
+// Threads  one.
+#pragma once
+
+#include <cstdint>
+#include <istream>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace oxa::tool {
+
+class Input {
+public:
+    // Opens the file, "-" for standard input, and looks at its first bytes.
+    explicit Input(const std::string& sPath);
+    ~Input();
+    Input(const Input&) = delete;
+    Input& operator=(const Input&) = delete;
+
+    [[nodiscard]] std::istream& stream() noexcept { return m_stream; }
+    // How messages call it.
+    [[nodiscard]] const std::string& sName() const noexcept { return m_sName; }
+    // True when the bytes begin so.
+    [[nodiscard]] bool boBeginsWith(std::string_view text) const noexcept;
+    // Bytes taken from the file so far; a read may be some ahead of its user.
+    [[nodiscard]] std::uint64_t iBytesRead() const noexcept;
+    // The whole size; 0 where that is not known beforehand.
+    [[nodiscard]] std::uint64_t iBytesExpected() const noexcept { return m_iExpected; }
+
+    // Reads what the user left, and throws Failure if the system could not read on, here or before. The size.
+    std::uint64_t iFinish();
+
+private:
+    class Buffer;
+
+    std::string m_sName;
+    std::uint64_t m_iExpected = 0;
+    std::unique_ptr<Buffer> m_pBuffer;
+    std::istream m_stream;
+};
+
+}   // namespace oxa::tool

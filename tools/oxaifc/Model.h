@@ -1,0 +1,76 @@
+// Model: a file that a verb was called with, read.
+//
+// For      verbs with a FILE: ModelOptions gives them the options of a read, Model reads.
+// Errors   Failure, for what can't be read as bytes; errors of the text are in errors().
+// Threads  one; a read starts and joins its own.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Format/Ifc/IfcFile.h"
+#include "Format/Ifc/IfcFileError.h"
+#include "oxaifc/SchemaSource.h"
+
+namespace CLI {
+class App;
+}
+
+namespace oxa::tool {
+
+// What every verb with a FILE takes.
+struct ModelOptions {
+    std::string sPath;                       // "-" is standard input
+    std::vector<std::string> schemaPaths;
+    bool boSingleThreaded = false;
+
+    // Adds them to a verb. This object must live until the command line is parsed.
+    void vDeclare(CLI::App& command);
+};
+
+class Model {
+public:
+    // Reads the file: an exchange structure, or the simple text form where the bytes begin so. With boKeepIds its
+    // instance numbers are kept (an exchange structure only).
+    Model(const ModelOptions& options, bool boKeepIds);
+    ~Model();
+    Model(const Model&) = delete;
+    Model& operator=(const Model&) = delete;
+
+    [[nodiscard]] ifc::FileBase& file() noexcept { return *m_pFile; }
+    [[nodiscard]] const ifc::Data& data() const noexcept { return m_pFile->dataBase(); }
+    // The header of an exchange structure; null for the simple form.
+    [[nodiscard]] const ifc::FileHeader* pHeader() const noexcept;
+    // The header of the simple form; null for an exchange structure.
+    [[nodiscard]] const ifc::FileHeaderSimple* pHeaderSimple() const noexcept;
+    // The schema's own name; as the file spells it where no schema is known by that; empty where it tells none.
+    [[nodiscard]] std::string sSchemaName() const { return m_pFile->headerBase().sSchemaNameGet(); }
+
+    [[nodiscard]] const std::vector<ifc::ErrorRecord>& errors() const noexcept { return m_pErrors->records(); }
+    // The result of the read.
+    [[nodiscard]] bool boOk() const noexcept { return m_boOk; }
+    // The exit code for a verb that has done its work.
+    [[nodiscard]] int iExitCode() const noexcept;
+    // How long the read took, opening aside.
+    [[nodiscard]] double seconds() const noexcept { return m_seconds; }
+    // The size of the file.
+    [[nodiscard]] std::uint64_t iBytes() const noexcept { return m_iBytes; }
+    // How messages call the file.
+    [[nodiscard]] const std::string& sName() const noexcept { return m_sName; }
+
+private:
+    bool boRead(std::istream& stream, bool boKeepIds, bool boSingleThreaded, ifc::ReadProgress progress);
+
+    SchemaSource m_schemas;
+    ifc::def::SchemaPset m_noSchema{""};              // what a simple file is born with
+    std::unique_ptr<ifc::io::ReadError> m_pErrors;
+    std::unique_ptr<ifc::FileBase> m_pFile;
+    std::string m_sName;
+    bool m_boOk = false;
+    double m_seconds = 0;
+    std::uint64_t m_iBytes = 0;
+};
+
+}   // namespace oxa::tool

@@ -1,0 +1,21 @@
+// NearNames: what somebody may have meant who wrote a name that does not exist.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace oxa::tool {
+
+// ASCII letters only, which is all that the names of a schema have.
+[[nodiscard]] std::string sUpper(std::string_view text);
+
+// Up to five of "names" that are "wanted" with a few letters changed, or that hold it; nearest first. Any case.
+[[nodiscard]] std::vector<std::string_view> nearNames(std::string_view wanted,
+                                                      const std::vector<std::string_view>& names);
+
+// For a message: "did you mean A, B?", or, where nothing is near, "otherwise" followed by all names.
+[[nodiscard]] std::string sNearText(std::string_view wanted, const std::vector<std::string_view>& names,
+                                    std::string_view otherwise);
+
+}   // namespace oxa::tool

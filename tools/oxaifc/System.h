@@ -1,0 +1,17 @@
+// System: the few questions that each operating system answers in its own way.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+namespace oxa::tool {
+
+[[nodiscard]] bool boIsTerminal(std::FILE* pFile);
+
+// The most memory that the process has held so far, in bytes; 0 where the system does not say.
+[[nodiscard]] std::uint64_t iPeakMemory();
+
+// From here on a write to a pipe that nobody reads is an error of the write, not a signal.
+void vIgnoreClosedPipes();
+
+}   // namespace oxa::tool

@@ -1,0 +1,24 @@
+#include "oxaifc/System.h"
+
+#include <csignal>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace oxa::tool {
+
+bool boIsTerminal(std::FILE* pFile) { return isatty(fileno(pFile)) == 1; }
+
+std::uint64_t iPeakMemory() {
+    rusage usage{};
+    if (getrusage(RUSAGE_SELF, &usage) != 0) return 0;
+#ifdef __APPLE__
+    constexpr std::uint64_t iUnit = 1;      // bytes there, kibibytes elsewhere
+#else
+    constexpr std::uint64_t iUnit = 1024;
+#endif
+    return static_cast<std::uint64_t>(usage.ru_maxrss) * iUnit;
+}
+
+void vIgnoreClosedPipes() { std::signal(SIGPIPE, SIG_IGN); }
+
+}   // namespace oxa::tool
