@@ -6,9 +6,9 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "ReportKey.h"
 #include "models/ModelFiles.h"
 #include "models/PlainCount.h"
-#include "platform/Localization.h"
 
 namespace oxa::ifc::models {
 namespace {
@@ -17,19 +17,6 @@ using testing::IsEmpty;
 
 // What a read reported, by key.
 using Reports = std::map<std::string, std::size_t>;
-
-// The key of a message: the one whose text it is, whatever stands in the place of "%1".
-std::string sKeyOf(const std::string& sMessage) {
-    for (const std::string_view key : localizationKeys("Ifc")) {
-        const std::string sText = localize("Ifc", key);
-        const std::size_t iArgument = sText.find("%1");
-        if (iArgument == std::string::npos ? sMessage == sText
-                                           : sMessage.starts_with(sText.substr(0, iArgument)) &&
-                                                 sMessage.ends_with(sText.substr(iArgument + 2)))
-            return std::string(key);
-    }
-    return sMessage;
-}
 
 struct Model {
     File file;
@@ -42,7 +29,7 @@ struct Model {
     }
     [[nodiscard]] Reports reports() const {
         Reports found;
-        for (const ErrorRecord& record : errors.records()) ++found[sKeyOf(record.description)];
+        for (const ErrorRecord& record : errors.records()) ++found[sReportKey(record.description)];
         return found;
     }
 };

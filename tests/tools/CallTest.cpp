@@ -11,7 +11,7 @@ namespace {
 
 struct VerbRow {
     const char* pVerb;
-    const char* pUsage;      // the line of the help that tells how it is called
+    const char* pUsage;   // the line of the help that tells how it is called
     bool boReadsModels;
 };
 const VerbRow g_verbs[] = {
@@ -60,27 +60,42 @@ TEST(Call, VersionIsToldEverywhere) {
 struct FailRow {
     const char* pRule;
     std::vector<std::string> words;
-    const char* pError;      // the one line, behind "oxaifc: "
+    const char* pError;   // the one line, behind "oxaifc: "
 };
 const FailRow g_wrongCalls[] = {
     {"no verb", {}, "a verb is missing; there are: info, check, schema"},
-    {"a verb that does not exist", {"frobnicate"}, "there is no verb frobnicate; there are: info, check, schema"},
+    {"a verb that does not exist",
+     {"frobnicate"},
+     "there is no verb frobnicate; there are: info, check, schema"},
     {"a verb with a letter too few", {"chek"}, "there is no verb chek; did you mean check?"},
-    {"line ends in a word stay on the line", {"a\nb"}, "there is no verb a b; there are: info, check, schema"},
+    {"line ends in a word stay on the line",
+     {"a\nb"},
+     "there is no verb a b; there are: info, check, schema"},
     {"info without a file", {"info"}, "info: FILE is required"},
     {"check without a file", {"check"}, "check: FILE is required"},
     {"two files", {"info", "a.ifc", "b.ifc"}, "info: The following argument was not expected: b.ifc"},
-    {"an unknown option", {"check", "a.ifc", "--fast"}, "check: The following argument was not expected: --fast"},
-    {"an option without its value", {"info", "a.ifc", "--schema-file"},
+    {"an unknown option",
+     {"check", "a.ifc", "--fast"},
+     "check: The following argument was not expected: --fast"},
+    {"an option without its value",
+     {"info", "a.ifc", "--schema-file"},
      "info: --schema-file: 1 required X.exp missing"},
-    {"no schema", {"schema"},
-     "schema: a NAME or --file is missing; built in are: IFC2X3, IFC4, IFC4X1, IFC4X2, IFC4X3_RC1, IFC4X3_RC2, "
+    {"no schema",
+     {"schema"},
+     "schema: a NAME or --file is missing; built in are: IFC2X3, IFC4, IFC4X1, IFC4X2, IFC4X3_RC1, "
+     "IFC4X3_RC2, "
      "IFC4X3_RC3, IFC4X3_RC4, IFC4X3, IFC4X3_TC1, IFC4X3_ADD1, IFC4X3_ADD2"},
-    {"a schema twice", {"schema", "IFC4", "IfcWall", "--file", "a.exp"},
+    {"a schema twice",
+     {"schema", "IFC4", "IfcWall", "--file", "a.exp"},
      "schema: with --file there is no NAME, only an ENTITY or TYPE"},
-    {"all and one", {"schema", "IFC4", "IfcWall", "--all"}, "schema: --all and an ENTITY or TYPE exclude each other"},
-    {"a schema that does not exist", {"schema", "IFC5"}, "there is no built-in schema IFC5; did you mean IFC4?"},
-    {"an entity that does not exist", {"schema", "IFC4", "IfcPers0n"},
+    {"all and one",
+     {"schema", "IFC4", "IfcWall", "--all"},
+     "schema: --all and an ENTITY or TYPE exclude each other"},
+    {"a schema that does not exist",
+     {"schema", "IFC5"},
+     "there is no built-in schema IFC5; did you mean IFC4?"},
+    {"an entity that does not exist",
+     {"schema", "IFC4", "IfcPers0n"},
      "IFC4 has no entity or type IfcPers0n; did you mean IfcPerson?"},
     {"an entity that nothing comes near", {"schema", "IFC4", "Qqqqqq"}, "IFC4 has no entity or type Qqqqqq"},
 };
@@ -100,8 +115,8 @@ TEST(Call, WrongCallGivesOneLineAndTwo) {
 
 struct FileRow {
     const char* pRule;
-    const char* pName;       // in the test's folder
-    const char* pError;      // the one line, behind the path
+    const char* pName;    // in the test's folder
+    const char* pError;   // the one line, behind the path
 };
 const FileRow g_unreadable[] = {
     {"missing", "missing.ifc", "there is no such file"},

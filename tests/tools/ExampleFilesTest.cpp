@@ -16,6 +16,7 @@ struct ExampleRow {
     int iEntities, iRooted, iInverses;
     std::vector<std::pair<const char*, int>> someTypes;
 };
+// clang-format off
 const ExampleRow g_examples[] = {
     {"house-ifc4.ifc", "IFC4", 399, 95, 365,
      {{"IFCBUILDINGSTOREY", 3}, {"IFCWALL", 11}, {"IFCDOOR", 2}, {"IFCDOORTYPE", 1}, {"IFCWINDOW", 3},
@@ -26,6 +27,7 @@ const ExampleRow g_examples[] = {
       {"IFCWINDOW", 3}, {"IFCOPENINGELEMENT", 5}, {"IFCSLAB", 5}, {"IFCROOF", 1}, {"IFCSPACE", 2},
       {"IFCPROPERTYSET", 5}, {"IFCELEMENTQUANTITY", 3}, {"IFCCLASSIFICATION", 1}, {"IFCOWNERHISTORY", 1}}},
 };
+// clang-format on
 
 std::string sContent(const std::string& sPath) {
     std::ifstream file(sPath, std::ios::binary);

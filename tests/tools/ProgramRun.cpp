@@ -86,7 +86,8 @@ private:
 
 }   // namespace
 
-ProgramRun runProgram(const std::vector<std::string>& words, std::string_view standardInput, OutputKind eOutput) {
+ProgramRun runProgram(const std::vector<std::string>& words, std::string_view standardInput,
+                      OutputKind eOutput) {
     const TestFolder folder;
     const Streams streams(folder, standardInput, eOutput);
     std::vector<std::string> all{OXAIFC_PROGRAM};
@@ -97,7 +98,8 @@ ProgramRun runProgram(const std::vector<std::string>& words, std::string_view st
 
     ProgramRun run;
     pid_t iProcess = 0;
-    if (posix_spawn(&iProcess, OXAIFC_PROGRAM, streams.pActions(), nullptr, pointers.data(), environ) != 0) return run;
+    if (posix_spawn(&iProcess, OXAIFC_PROGRAM, streams.pActions(), nullptr, pointers.data(), environ) != 0)
+        return run;
     if (eOutput == OutputKind::Terminal) run.sOut = streams.sOut();
     int iStatus = 0;
     if (waitpid(iProcess, &iStatus, 0) == iProcess && WIFEXITED(iStatus)) run.iCode = WEXITSTATUS(iStatus);

@@ -23,7 +23,7 @@ enum class OutputKind {
 };
 
 struct ProgramRun {
-    int iCode = -1;      // the exit code; -1 when the program ended by a signal or did not start
+    int iCode = -1;   // the exit code; -1 when the program ended by a signal or did not start
     std::string sOut;
     std::string sError;
 
@@ -32,7 +32,8 @@ struct ProgramRun {
 };
 
 // Runs the program with these words behind its name.
-[[nodiscard]] ProgramRun runProgram(const std::vector<std::string>& words, std::string_view standardInput = {},
+[[nodiscard]] ProgramRun runProgram(const std::vector<std::string>& words,
+                                    std::string_view standardInput = {},
                                     OutputKind eOutput = OutputKind::File);
 
 // A folder of its own for one test, removed with all that is in it.

@@ -64,10 +64,14 @@ struct TextRow {
 const TextRow g_textRows[] = {
     {"a summary",
      {},
-     "schema        TEASHOP\nentities      3, abstract 1\ntypes         2\nenumerations  1\nselects       1\n"},
-    {"an abstract entity", {"ROOT"}, "Root: abstract entity\n  subtypes: Pot Shelf\n  attributes:\n"
-                                     "     1 Name : OPTIONAL Label\n"},
-    {"what is inherited", {"Pot"},
+     "schema        TEASHOP\nentities      3, abstract 1\ntypes         2\nenumerations  1\nselects       "
+     "1\n"},
+    {"an abstract entity",
+     {"ROOT"},
+     "Root: abstract entity\n  subtypes: Pot Shelf\n  attributes:\n"
+     "     1 Name : OPTIONAL Label\n"},
+    {"what is inherited",
+     {"Pot"},
      "Pot: entity\n  supertypes: Root\n  attributes:\n     1 Name : OPTIONAL Label   (Root)\n"
      "     2 Volume : REAL\n     3 Teas : LIST [1:?] OF UNIQUE Tea\n  inverses:\n"
      "       StandsOn : Shelf FOR Pots\n"},
@@ -94,8 +98,12 @@ TEST(SchemaVerb, JsonOfEachKindOfType) {
               (Json{{"name", "Tea"}, {"kind", "enumeration"}, {"enumerators", {"OOLONG", "ASSAM"}}}));
     EXPECT_EQ(runTeashop({"Thing", "--json"}).json(),
               (Json{{"name", "Thing"}, {"kind", "select"}, {"members", {"Pot", "Label"}}}));
-    EXPECT_EQ(runTeashop({"--json"}).json(), (Json{{"name", "TEASHOP"}, {"entities", 3}, {"abstract", 1},
-                                                    {"types", 2}, {"enumerations", 1}, {"selects", 1}}));
+    EXPECT_EQ(runTeashop({"--json"}).json(), (Json{{"name", "TEASHOP"},
+                                                   {"entities", 3},
+                                                   {"abstract", 1},
+                                                   {"types", 2},
+                                                   {"enumerations", 1},
+                                                   {"selects", 1}}));
 }
 
 struct BuiltInRow {
@@ -104,7 +112,9 @@ struct BuiltInRow {
     std::size_t iEntities;
 };
 const BuiltInRow g_builtIn[] = {
-    {"IFC2X3", "IFC2X3", 653},   {"IFC2X3_TC1", "IFC2X3", 653},           {"ifc4", "IFC4", 776},
+    {"IFC2X3", "IFC2X3", 653},
+    {"IFC2X3_TC1", "IFC2X3", 653},
+    {"ifc4", "IFC4", 776},
     {"IFC4X3_ADD2", "IFC4X3_ADD2", 876},
 };
 
@@ -131,7 +141,8 @@ TEST(SchemaVerb, WallHasItsNineAttributes) {
 
 TEST(SchemaVerb, FaultyExpressIsToldWithItsPlace) {
     const TestFolder folder;
-    const std::string sPath = folder.sFile("bad.exp", "SCHEMA A;\n\nENTITY B; C : ; END_ENTITY;\nEND_SCHEMA;\n");
+    const std::string sPath =
+        folder.sFile("bad.exp", "SCHEMA A;\n\nENTITY B; C : ; END_ENTITY;\nEND_SCHEMA;\n");
     const ProgramRun run = runProgram({"schema", "--file", sPath});
     EXPECT_EQ(run.iCode, 2);
     EXPECT_EQ(run.sOut, "");

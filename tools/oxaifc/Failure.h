@@ -10,8 +10,8 @@
 namespace oxa::tool {
 
 inline constexpr int g_iExitFine = 0;
-inline constexpr int g_iExitErrors = 1;     // the file has errors
-inline constexpr int g_iExitFailure = 2;    // unreadable or wrong usage
+inline constexpr int g_iExitErrors = 1;    // the file has errors
+inline constexpr int g_iExitFailure = 2;   // unreadable or wrong usage
 
 // The text goes to standard error behind "oxaifc: ", without a line end.
 class Failure : public std::runtime_error {

@@ -17,14 +17,18 @@ namespace oxa::tool {
 // Large pieces straight from the system: the users have buffers of their own.
 class Input::Buffer final : public std::streambuf {
 public:
-    explicit Buffer(std::FILE* pFile) : m_pFile(pFile), m_bytes(g_iSize) { std::setvbuf(pFile, nullptr, _IONBF, 0); }
+    explicit Buffer(std::FILE* pFile) : m_pFile(pFile), m_bytes(g_iSize) {
+        std::setvbuf(pFile, nullptr, _IONBF, 0);
+    }
     ~Buffer() override {
         if (m_pFile != stdin) std::fclose(m_pFile);
     }
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
 
-    [[nodiscard]] std::string_view waiting() const { return {gptr(), static_cast<std::size_t>(egptr() - gptr())}; }
+    [[nodiscard]] std::string_view waiting() const {
+        return {gptr(), static_cast<std::size_t>(egptr() - gptr())};
+    }
     [[nodiscard]] std::uint64_t iRead() const noexcept { return m_iRead; }
     [[nodiscard]] int iError() const noexcept { return m_iError; }
 
@@ -91,7 +95,9 @@ Input::Input(const std::string& sPath)
 
 Input::~Input() = default;
 
-bool Input::boBeginsWith(std::string_view text) const noexcept { return m_pBuffer->waiting().starts_with(text); }
+bool Input::boBeginsWith(std::string_view text) const noexcept {
+    return m_pBuffer->waiting().starts_with(text);
+}
 
 std::uint64_t Input::iBytesRead() const noexcept { return m_pBuffer->iRead(); }
 

@@ -13,8 +13,9 @@ namespace oxa::tool {
 void ModelOptions::vDeclare(CLI::App& command) {
     command.add_option("FILE", sPath, "the file to read; - for standard input")->required()->type_name("");
     command
-        .add_option("--schema-file", schemaPaths,
-                    "an EXPRESS file with a schema that files may name; if it is the only one, it serves every file")
+        .add_option(
+            "--schema-file", schemaPaths,
+            "an EXPRESS file with a schema that files may name; if it is the only one, it serves every file")
         ->type_name("X.exp")
         ->allow_extra_args(false);
     command.add_flag("--single-threaded", boSingleThreaded, "parse on one thread");
@@ -25,8 +26,10 @@ Model::Model(const ModelOptions& options, bool boKeepIds)
     Input input(options.sPath);
     m_sName = input.sName();
     m_noSchema.vFinish();
-    if (input.boBeginsWith("Ifc file simple")) m_pFile = std::make_unique<ifc::FileSimple>(m_noSchema);
-    else m_pFile = std::make_unique<ifc::File>();
+    if (input.boBeginsWith("Ifc file simple"))
+        m_pFile = std::make_unique<ifc::FileSimple>(m_noSchema);
+    else
+        m_pFile = std::make_unique<ifc::File>();
 
     Progress progress(input);
     const auto start = std::chrono::steady_clock::now();

@@ -16,13 +16,13 @@
 
 namespace CLI {
 class App;
-}
+}   // namespace CLI
 
 namespace oxa::tool {
 
 // What every verb with a FILE takes.
 struct ModelOptions {
-    std::string sPath;                       // "-" is standard input
+    std::string sPath;   // "-" is standard input
     std::vector<std::string> schemaPaths;
     bool boSingleThreaded = false;
 
@@ -48,7 +48,9 @@ public:
     // The schema's own name; as the file spells it where no schema is known by that; empty where it tells none.
     [[nodiscard]] std::string sSchemaName() const { return m_pFile->headerBase().sSchemaNameGet(); }
 
-    [[nodiscard]] const std::vector<ifc::ErrorRecord>& errors() const noexcept { return m_pErrors->records(); }
+    [[nodiscard]] const std::vector<ifc::ErrorRecord>& errors() const noexcept {
+        return m_pErrors->records();
+    }
     // The result of the read.
     [[nodiscard]] bool boOk() const noexcept { return m_boOk; }
     // The exit code for a verb that has done its work.
@@ -64,7 +66,7 @@ private:
     bool boRead(std::istream& stream, bool boKeepIds, bool boSingleThreaded, ifc::ReadProgress progress);
 
     SchemaSource m_schemas;
-    ifc::def::SchemaPset m_noSchema{""};              // what a simple file is born with
+    ifc::def::SchemaPset m_noSchema{""};   // what a simple file is born with
     std::unique_ptr<ifc::io::ReadError> m_pErrors;
     std::unique_ptr<ifc::FileBase> m_pFile;
     std::string m_sName;

@@ -46,8 +46,10 @@ std::vector<std::string_view> nearNames(std::string_view wanted, const std::vect
         const std::string sName = sUpper(name);
         const std::size_t iFar = iDistance(sWanted, sName);
         // A part of a name counts behind all misspellings, the shortest name first.
-        if (iFar <= iLimit) found.emplace_back(iFar, name);
-        else if (sWanted.size() > 2 && sName.find(sWanted) != std::string::npos) found.emplace_back(iLimit + iFar, name);
+        if (iFar <= iLimit)
+            found.emplace_back(iFar, name);
+        else if (sWanted.size() > 2 && sName.find(sWanted) != std::string::npos)
+            found.emplace_back(iLimit + iFar, name);
     }
     std::sort(found.begin(), found.end());
     std::vector<std::string_view> result;

@@ -18,7 +18,8 @@ constexpr auto g_interval = std::chrono::milliseconds(100);
 }   // namespace
 
 Progress::Progress(const Input& input)
-    : m_input(input), m_boTerminal(boIsTerminal(stderr)), m_next(std::chrono::steady_clock::now() + g_firstAfter) {}
+    : m_input(input), m_boTerminal(boIsTerminal(stderr)),
+      m_next(std::chrono::steady_clock::now() + g_firstAfter) {}
 
 Progress::~Progress() {
     if (m_boShown) std::fputs("\r\x1b[K", stderr);

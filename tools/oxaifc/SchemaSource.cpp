@@ -27,8 +27,8 @@ std::unique_ptr<SchemaPset> pSchemaFromFile(const std::string& sPath) {
     const ifc::SchemaMessage& first = messages.front();
     const std::string sMore =
         messages.size() > 1 ? fmt::format(" (and {} more)", messages.size() - 1) : std::string();
-    throw Failure(fmt::format("{}:{}:{}: {}{}", input.sName(), first.iLine, first.iColumn, sPrintable(first.sText),
-                              sMore));
+    throw Failure(fmt::format("{}:{}:{}: {}{}", input.sName(), first.iLine, first.iColumn,
+                              sPrintable(first.sText), sMore));
 }
 
 const SchemaPset& schemaBuiltIn(const std::string& sName) {
@@ -46,8 +46,9 @@ ifc::SchemaFromName SchemaSource::function() const {
     if (m_schemas.empty()) return {};
     return [this](const std::string& sName) -> SchemaPset* {
         const std::string sWanted = sUpper(sName);
-        const auto itSchema = std::find_if(m_schemas.begin(), m_schemas.end(),
-                                           [&](const auto& pSchema) { return sUpper(pSchema->sName) == sWanted; });
+        const auto itSchema = std::find_if(m_schemas.begin(), m_schemas.end(), [&](const auto& pSchema) {
+            return sUpper(pSchema->sName) == sWanted;
+        });
         if (itSchema != m_schemas.end()) return itSchema->get();
         return m_schemas.size() == 1 ? m_schemas.front().get() : ifc::SchemaLoader::pBuiltIn(sName);
     };

@@ -12,7 +12,7 @@ std::uint64_t iPeakMemory() {
     rusage usage{};
     if (getrusage(RUSAGE_SELF, &usage) != 0) return 0;
 #ifdef __APPLE__
-    constexpr std::uint64_t iUnit = 1;      // bytes there, kibibytes elsewhere
+    constexpr std::uint64_t iUnit = 1;   // bytes there, kibibytes elsewhere
 #else
     constexpr std::uint64_t iUnit = 1024;
 #endif

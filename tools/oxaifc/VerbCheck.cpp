@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -50,7 +52,22 @@ std::string sEntity(const ifc::ErrorRecord& record, const Model& model) {
     }
     if (!record.entity || !record.entity->pSchemaEntity()) return {};
     const auto number = model.data().entityIdMap(false).find(record.entity);
-    return record.entity->pSchemaEntity()->sNameUpper + (number ? " #" + std::to_string(*number) : std::string());
+    return record.entity->pSchemaEntity()->sNameUpper +
+           (number ? " #" + std::to_string(*number) : std::string());
+}
+
+// In the order of the file, whatever the order in which threads met them; those without a line at the end.
+std::vector<const ifc::ErrorRecord*> byLine(const std::vector<ifc::ErrorRecord>& records) {
+    std::vector<const ifc::ErrorRecord*> result;
+    result.reserve(records.size());
+    for (const ifc::ErrorRecord& record : records) result.push_back(&record);
+    const auto key = [](const ifc::ErrorRecord& record) {
+        return std::tuple(record.lineNumber == 0, record.lineNumber, sourceText(record));
+    };
+    // Stable: what was found in one statement was found by one thread, in its order.
+    std::stable_sort(result.begin(), result.end(),
+                     [&key](const auto* pA, const auto* pB) { return key(*pA) < key(*pB); });
+    return result;
 }
 
 Json recordJson(const ifc::ErrorRecord& record) {
@@ -82,27 +99,31 @@ void vCountsWrite(const Model& model, Output& output) {
         for (std::size_t j = 0; j < counts[i].size(); ++j) {
             if (!counts[i][j]) continue;
             iAll += counts[i][j];
-            sParts += fmt::format("{}{} {}", sParts.empty() ? "" : ", ", sGrouped(counts[i][j]), g_categories[j]);
+            sParts +=
+                fmt::format("{}{} {}", sParts.empty() ? "" : ", ", sGrouped(counts[i][j]), g_categories[j]);
         }
         const std::string_view noun = i == Errors::Fatal ? "fatal error" : "error";
         if (iAll) output.vPrint("{}: {}: {}\n", sPrintable(model.sName()), sCounted(iAll, noun), sParts);
     }
     if (model.errors().empty())
-        output.vPrint("{}: {}\n", sPrintable(model.sName()), model.boOk() ? "no errors" : "not read to the end");
+        output.vPrint("{}: {}\n", sPrintable(model.sName()),
+                      model.boOk() ? "no errors" : "not read to the end");
 }
 
 int iCheck(const CheckOptions& options, Output& output) {
     const Model model(options, true);
-    if (options.boJson) {
-        output.vJsonBegin();
-        for (const ifc::ErrorRecord& record : model.errors())
-            if (output.boWanted()) output.vJsonItem(recordJson(record));
-        output.vJsonEnd();
-    } else {
-        for (const ifc::ErrorRecord& record : model.errors())
-            if (output.boWanted()) vRecordWrite(record, model, output);
-        vCountsWrite(model, output);
+    if (options.boJson) output.vJsonBegin();
+    for (const ifc::ErrorRecord* pRecord : byLine(model.errors())) {
+        if (!output.boWanted()) break;
+        if (options.boJson)
+            output.vJsonItem(recordJson(*pRecord));
+        else
+            vRecordWrite(*pRecord, model, output);
     }
+    if (options.boJson)
+        output.vJsonEnd();
+    else
+        vCountsWrite(model, output);
     return model.iExitCode();
 }
 

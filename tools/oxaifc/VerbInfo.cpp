@@ -33,12 +33,12 @@ struct TypeCount {
 
 // The figures of one model.
 struct Figures {
-    std::vector<TypeCount> byType;      // most frequent first, equal ones by keyword
+    std::vector<TypeCount> byType;   // most frequent first, equal ones by keyword
     std::size_t iEntities = 0;
-    std::size_t iInverses = 0;          // entries of all inverse lists
+    std::size_t iInverses = 0;   // entries of all inverse lists
     std::size_t iErrors = 0;
     std::size_t iFatal = 0;
-    std::size_t iMissing = 0;           // numbers that are named and never defined
+    std::size_t iMissing = 0;   // numbers that are named and never defined
 };
 
 std::vector<TypeCount> byType(const std::vector<ifc::Entity*>& entities) {
@@ -90,8 +90,10 @@ Json headerJson(const Model& model) {
                 {"authorization", pHeader->name.authorization}};
     Json header = Json::object();
     const ifc::FileHeaderSimple::ExportInfo& info = model.pHeaderSimple()->exportInfo;
-    if (const auto* pRoot = std::get_if<std::uint64_t>(&info)) header["root"] = *pRoot;
-    else if (std::holds_alternative<std::int32_t>(info)) header["root"] = "*";
+    if (const auto* pRoot = std::get_if<std::uint64_t>(&info))
+        header["root"] = *pRoot;
+    else if (std::holds_alternative<std::int32_t>(info))
+        header["root"] = "*";
     return header;
 }
 
@@ -130,7 +132,8 @@ void vTextWrite(const Model& model, const Figures& all, Output& output) {
     const Json header = headerJson(model);
     for (const auto& [sName, value] : header.items()) vRow(sName, sHeaderText(value));
     vRow("entities", sGrouped(all.iEntities));
-    for (const TypeCount& type : all.byType) output.vPrint("{:>20}  {}\n", sGrouped(type.iCount), type.sKeyword);
+    for (const TypeCount& type : all.byType)
+        output.vPrint("{:>20}  {}\n", sGrouped(type.iCount), type.sKeyword);
     vRow("GlobalIds", sGrouped(model.data().guidEntityMap().size()));
     vRow("inverse entries", sGrouped(all.iInverses));
     vRow("missing references", sGrouped(all.iMissing));
@@ -146,8 +149,10 @@ void vTextWrite(const Model& model, const Figures& all, Output& output) {
 int iInfo(const InfoOptions& options, Output& output) {
     const Model model(options, false);
     const Figures all = figures(model);
-    if (options.boJson) vJsonWrite(model, options.sPath, all, output);
-    else vTextWrite(model, all, output);
+    if (options.boJson)
+        vJsonWrite(model, options.sPath, all, output);
+    else
+        vTextWrite(model, all, output);
     return model.iExitCode();
 }
 

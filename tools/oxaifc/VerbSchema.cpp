@@ -78,8 +78,8 @@ void vEntityWrite(const schema::Entity& entity, Output& output) {
     if (!entity.allAttributes().empty()) output.vPrint("  attributes:\n");
     std::size_t iNumber = 0;
     for (const schema::Attribute* pAttribute : entity.allAttributes()) {
-        output.vPrint("  {:>4} {} : {}{}", ++iNumber, pAttribute->sName, pAttribute->boOptional ? "OPTIONAL " : "",
-                      sAttributeType(*pAttribute));
+        output.vPrint("  {:>4} {} : {}{}", ++iNumber, pAttribute->sName,
+                      pAttribute->boOptional ? "OPTIONAL " : "", sAttributeType(*pAttribute));
         if (pAttribute->pOwner != &entity) output.vPrint("   ({})", pAttribute->pOwner->sName);
         output.vPrint("\n");
     }
@@ -135,12 +135,17 @@ void vSummaryWrite(const schema::Schema& all, bool boJson, Output& output) {
         }
     }
     if (boJson) {
-        output.vJson({{"name", all.sName}, {"entities", iEntities}, {"abstract", iAbstract}, {"types", iTypes},
-                      {"enumerations", iEnumerations}, {"selects", iSelects}});
+        output.vJson({{"name", all.sName},
+                      {"entities", iEntities},
+                      {"abstract", iAbstract},
+                      {"types", iTypes},
+                      {"enumerations", iEnumerations},
+                      {"selects", iSelects}});
         return;
     }
     output.vPrint("schema        {}\nentities      {}, abstract {}\ntypes         {}\nenumerations  {}\n"
-                  "selects       {}\n", all.sName, iEntities, iAbstract, iTypes, iEnumerations, iSelects);
+                  "selects       {}\n",
+                  all.sName, iEntities, iAbstract, iTypes, iEnumerations, iSelects);
 }
 
 // By name, which is how people look them up.
@@ -157,8 +162,10 @@ void vAllWrite(const schema::Schema& all, bool boJson, Output& output) {
     for (const schema::ObjectBase* pObject : objectsByName(all)) {
         const schema::Entity* pEntity = schema::pAsEntity(pObject);
         if (!pEntity || !output.boWanted()) continue;
-        if (boJson) output.vJsonItem(entityJson(*pEntity));
-        else vEntityWrite(*pEntity, output);
+        if (boJson)
+            output.vJsonItem(entityJson(*pEntity));
+        else
+            vEntityWrite(*pEntity, output);
     }
     if (boJson) output.vJsonEnd();
 }
@@ -166,17 +173,22 @@ void vAllWrite(const schema::Schema& all, bool boJson, Output& output) {
 void vObjectWrite(const schema::Schema& all, const std::string& sName, bool boJson, Output& output) {
     const schema::ObjectBase* pObject = all.pObjectFromName(std::string_view(sName));
     if (const schema::Entity* pEntity = schema::pAsEntity(pObject)) {
-        if (boJson) output.vJson(entityJson(*pEntity));
-        else vEntityWrite(*pEntity, output);
+        if (boJson)
+            output.vJson(entityJson(*pEntity));
+        else
+            vEntityWrite(*pEntity, output);
     } else if (const schema::Type* pType = schema::pAsType(pObject)) {
-        if (boJson) output.vJson(typeJson(*pType));
-        else vTypeWrite(*pType, output);
+        if (boJson)
+            output.vJson(typeJson(*pType));
+        else
+            vTypeWrite(*pType, output);
     } else {
         std::vector<std::string_view> names;
         for (const schema::Schema::Record& record : all.objects) names.push_back(record.pObject->sName);
         const std::vector<std::string_view> close = nearNames(sName, names);
-        throw Failure(fmt::format("{} has no entity or type {}{}", all.sName, sPrintable(sName),
-                                  close.empty() ? "" : fmt::format("; did you mean {}?", fmt::join(close, ", "))));
+        throw Failure(
+            fmt::format("{} has no entity or type {}{}", all.sName, sPrintable(sName),
+                        close.empty() ? "" : fmt::format("; did you mean {}?", fmt::join(close, ", "))));
     }
 }
 
@@ -197,9 +209,12 @@ int iSchema(const SchemaOptions& options, Output& output) {
         options.sFile.empty() ? nullptr : pSchemaFromFile(options.sFile);
     const schema::Schema& all = pOwned ? *pOwned : schemaBuiltIn(options.sFirst);
     const std::string& sObject = pOwned ? options.sFirst : options.sSecond;
-    if (options.boAll) vAllWrite(all, options.boJson, output);
-    else if (!sObject.empty()) vObjectWrite(all, sObject, options.boJson, output);
-    else vSummaryWrite(all, options.boJson, output);
+    if (options.boAll)
+        vAllWrite(all, options.boJson, output);
+    else if (!sObject.empty())
+        vObjectWrite(all, sObject, options.boJson, output);
+    else
+        vSummaryWrite(all, options.boJson, output);
     return g_iExitFine;
 }
 
@@ -207,10 +222,14 @@ int iSchema(const SchemaOptions& options, Output& output) {
 
 VerbRun verbSchema(CLI::App& command) {
     const auto pOptions = std::make_shared<SchemaOptions>();
-    command.add_option("NAME", pOptions->sFirst, "a built-in schema, as IFC4; left out with --file")->type_name("");
-    command.add_option("ENTITY", pOptions->sSecond, "an entity or type of it, in any case; without: a summary")
+    command.add_option("NAME", pOptions->sFirst, "a built-in schema, as IFC4; left out with --file")
         ->type_name("");
-    command.add_option("--file", pOptions->sFile, "read the schema from this EXPRESS file instead; - for standard input")
+    command
+        .add_option("ENTITY", pOptions->sSecond, "an entity or type of it, in any case; without: a summary")
+        ->type_name("");
+    command
+        .add_option("--file", pOptions->sFile,
+                    "read the schema from this EXPRESS file instead; - for standard input")
         ->type_name("X.exp");
     command.add_flag("--all", pOptions->boAll, "all entities");
     command.add_flag("--json", pOptions->boJson, "print JSON");

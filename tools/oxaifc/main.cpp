@@ -56,7 +56,8 @@ void vVerbCheck(int iCount, char** ppWords) {
     if (word.starts_with('-')) return;
     for (const std::string_view name : names)
         if (name == word) return;
-    throw Failure(fmt::format("there is no verb {}; {}", sPrintable(word), sNearText(word, names, "there are: ")));
+    throw Failure(
+        fmt::format("there is no verb {}; {}", sPrintable(word), sNearText(word, names, "there are: ")));
 }
 
 // The end of a parse that is none of a run: help and version go to the output, a wrong call becomes a Failure.

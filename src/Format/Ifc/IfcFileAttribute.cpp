@@ -122,9 +122,9 @@ AttributeBase* AttributeBase::pAttributeNew(const def::schema::Type& type, StepR
         vAttributeNew(type, *info.m_pAttribute, pCell, &info, pType);
         return static_cast<AttributeBase*>(pCell);
     } catch (const std::exception&) {
-        const StepReadInfoData& line = *info.m_pInfo;
+        StepReadInfoData& line = *info.m_pInfo;
         line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Fatal, Errors::Value, "Error_UnknownAttributeType",
-                                      info.m_pAttribute->sName, *line.m_pLine, line.m_iLine);
+                                      info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
         return nullptr;
     }
 }
@@ -153,17 +153,17 @@ bool AttributeBase::boReadNull(const StepReadInfoAttribute& info) {
     }
     m_boUndefined = true;
     if (!info.m_pAttribute->boOptional) {
-        const StepReadInfoData& line = *info.m_pInfo;
+        StepReadInfoData& line = *info.m_pInfo;
         line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Null, "Error_InvalidNullAttribute",
-                                      info.m_pAttribute->sName, *line.m_pLine, line.m_iLine);
+                                      info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
     }
     return true;
 }
 
 void AttributeBase::vReport(const StepReadInfoAttribute& info, const char* sKey) {
-    const StepReadInfoData& line = *info.m_pInfo;
+    StepReadInfoData& line = *info.m_pInfo;
     line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Value, sKey, info.m_pAttribute->sName,
-                                  *line.m_pLine, line.m_iLine);
+                                  line.sourceText(), line.m_iLine);
 }
 
 char AttributeBase::StepReadInfoAttribute::cAt(std::size_t i) const noexcept {

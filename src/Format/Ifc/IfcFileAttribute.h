@@ -310,11 +310,20 @@ public:
     // Prepares the nested cell for the type that an import names: a path of exactly one object.
     void vTypeCreate(const std::vector<const def::schema::ObjectBase*>& path, Pool& pool);
 
+    // The same from a cell that need not be a select: a reference, a real, a number, an integer or a text too.
+    static bool boValueGetFromCell(const AttributeBase& cell, const def::schema::Attribute& attribute,
+                                   types::IfcSelectBase& value);
+
 private:
     template <class Cell>
     Cell& cellOf(AttributeType eType, Pool& pool);
     template <class Cell, class Value>
-    bool boStore(AttributeType eType, const def::schema::Type* pType, Value value, Pool& pool);
+    bool boStore(AttributeType eType, const def::schema::Type* pType, const Value* pValue, Pool& pool);
+    template <class Value>
+    bool boStoreList(AttributeType eType, const def::schema::Type* pType, const Value* pValue,
+                     const def::schema::ObjectBase* pObject, Pool& pool);
+    bool boStoreText(const def::schema::Type* pType, const types::IfcSelectBase& value, Pool& pool);
+    bool boStored(AttributeBase& cell, const def::schema::Type* pType) noexcept;
 };
 
 class AttributeList;

@@ -139,9 +139,9 @@ AttributeListValueBase::AttributeListValueBase(StepReadInfoAttribute& info) {
     const ObjectBase* pObject = info.m_pType;
     if (!pObject && info.m_iDepth < info.m_pAttribute->types.size()) pObject = info.m_pAttribute->types[info.m_iDepth];
     if (!boInitTypeFromAttribute(pObject)) {
-        const StepReadInfoData& line = *info.m_pInfo;
+        StepReadInfoData& line = *info.m_pInfo;
         line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Schema, "Error_ListTypeNotImplemented",
-                                      info.m_pAttribute->sName, *line.m_pLine, line.m_iLine);
+                                      info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
         return;
     }
     Reader(*this, info).vRead();

@@ -96,9 +96,9 @@ AttributeLogical::AttributeLogical(StepReadInfoAttribute& info) {
     default: vReport(info, g_sLogical);
     }
     if (info.cAt(2) == '.') return;
-    const StepReadInfoData& line = *info.m_pInfo;
+    StepReadInfoData& line = *info.m_pInfo;
     line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Syntax, g_sLogical,
-                                  info.m_pAttribute->sName, *line.m_pLine, line.m_iLine);
+                                  info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
 }
 
 AttributeString::AttributeString(StepReadInfoAttribute& info) {
@@ -167,9 +167,9 @@ AttributeEnumeration::AttributeEnumeration(StepReadInfoAttribute& info) {
         m_value = (*item)->c_str();
         return;
     }
-    const StepReadInfoData& line = *info.m_pInfo;
+    StepReadInfoData& line = *info.m_pInfo;
     line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Value, "Error_NotValidEnumerationValue",
-                                  text, *line.m_pLine, line.m_iLine);
+                                  text, line.sourceText(), line.m_iLine);
 }
 
 const def::schema::DataTypeEnum* AttributeEnumeration::pEnumOf(const def::schema::ObjectBase* pType,

@@ -5,10 +5,28 @@
 //          and of selects. A list of lists is not walked: it raises an assertion.
 #pragma once
 
+#include <string>
+#include <typeinfo>
+
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "platform/Assert.h"
 
 namespace oxa::ifc {
+
+// An aggregate that can't be walked, told to the caller's developer.
+inline void vListWalkRefuse(const char* sFunction, const char* sText) {
+    if (Assert::isEnabled()) Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, sText, __LINE__);
+}
+
+// How such an aggregate's item is called in that message.
+template <class T>
+std::string sListItemName() {
+    if constexpr (std::is_same_v<T, Entity*>) return "Entity *";
+    if constexpr (std::is_same_v<T, double>) return "double";
+    if constexpr (std::is_same_v<T, long long>) return "long long";
+    if constexpr (std::is_same_v<T, char*>) return "char *";
+    return typeid(T).name();
+}
 
 // Calls visit(Entity*) for each item of a list, null items included.
 template <class Visit>
@@ -33,11 +51,6 @@ void vForEachEntityOfSelect(const AttributeSelect& select, Visit&& visit) {
 
 template <class Visit>
 void vForEachEntityOfList(const AttributeListValueBase& list, Visit&& visit) {
-    const auto refuse = [](const char* sText) {
-        if (Assert::isEnabled())
-            Assert::addAssert("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeListValueBase::boForEach", sText,
-                              __LINE__);
-    };
     switch (list.m_eItemType.load()) {
     case AttributeType::Entity:
         if (const EntityList* pHead = list.pEntities())
@@ -51,8 +64,12 @@ void vForEachEntityOfList(const AttributeListValueBase& list, Visit&& visit) {
     case AttributeType::Integer:
     case AttributeType::String:
     case AttributeType::Binary: return;
-    case AttributeType::List: return refuse("ListOfList::ListAdd not implemented for this datatype");
-    default: return refuse("boForEach not implemented for this item type");
+    case AttributeType::List:
+        return vListWalkRefuse("ListOfList::ListAdd<Entity *,0>::operator ()",
+                               "ListOfList::ListAdd not implemented for this datatype");
+    default:
+        return vListWalkRefuse("oxa::ifc::AttributeListValueBase::boForEach",
+                               "boForEach not implemented for this item type");
     }
 }
 

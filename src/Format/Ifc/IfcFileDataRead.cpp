@@ -15,7 +15,7 @@ using def::schema::ObjectName;
 namespace {
 
 void vReport(StepReadInfoData& info, Errors::Severity eSeverity, Errors::Category eCategory, const char* sKey) {
-    info.m_pCommon->m_pError->add(nullptr, eSeverity, eCategory, sKey, *info.m_pLine, info.m_iLine);
+    info.m_pCommon->m_pError->add(nullptr, eSeverity, eCategory, sKey, info.sourceText(), info.m_iLine);
 }
 
 // The parts of "#number=KEYWORD(...)", as offsets in the statement.
@@ -92,7 +92,7 @@ bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadIn
     if (info.m_pCommon->m_boParallel) lock.emplace(slot);
     if (entity.m_pSchemaEntity) {
         info.m_pCommon->m_pError->add(nullptr, Errors::Error, Errors::Identifier, "Error_EntityIdReused",
-                                      std::to_string(iId), *info.m_pLine, info.m_iLine);
+                                      std::to_string(iId), info.sourceText(), info.m_iLine);
         // The later statement wins; what the earlier one holds stays behind in the pool.
         entity.m_pSchemaEntity = nullptr;
         entity.m_pAttributes = nullptr;

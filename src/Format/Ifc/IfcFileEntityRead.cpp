@@ -44,10 +44,10 @@ void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, Step
                              std::size_t iStart, std::size_t iLength) {
     const auto report = [&](Errors::Severity eSeverity, Errors::Category eCategory, const char* sKey,
                             const std::string& sArgument) {
-        info.m_pCommon->m_pError->add(this, eSeverity, eCategory, sKey, sArgument, *info.m_pLine, info.m_iLine);
+        info.m_pCommon->m_pError->add(this, eSeverity, eCategory, sKey, sArgument, info.sourceText(), info.m_iLine);
     };
     if (m_pSchemaEntity) {
-        info.m_pCommon->m_pError->add(this, Errors::Error, Errors::Model, "Error_DuplicateEntity", *info.m_pLine,
+        info.m_pCommon->m_pError->add(this, Errors::Error, Errors::Model, "Error_DuplicateEntity", info.sourceText(),
                                       info.m_iLine);
         return;
     }

@@ -22,18 +22,19 @@ Errors::Errors() = default;
 Errors::~Errors() = default;
 
 void Errors::add(const Entity* entity, Severity severity, Category category, std::string_view key,
-                 std::string lineString, unsigned lineNumber) {
+                 SourceText lineString, unsigned lineNumber) {
     vStore({entity, severity, category, localize("Ifc", key), std::move(lineString), lineNumber});
 }
 
 void Errors::add(const Entity* entity, Severity severity, Category category, std::string_view key,
-                 std::string_view argument, std::string lineString, unsigned lineNumber) {
+                 std::string_view argument, SourceText lineString, unsigned lineNumber) {
     std::string description = localize("Ifc", key);
     vArgumentFill(description, argument);
     vStore({entity, severity, category, std::move(description), std::move(lineString), lineNumber});
 }
 
 void Errors::vStore(ErrorRecord&& record) {
+    if (!record.lineString) record.lineString = std::string();
     const std::lock_guard lock(m_mutex);
     if (record.severity == Fatal) m_boFatal.store(true, std::memory_order_relaxed);
     m_records.push_back(std::move(record));

@@ -11,9 +11,9 @@
 #include <iosfwd>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/Export.h"
@@ -21,6 +21,29 @@
 namespace oxa::ifc {
 
 class Entity;
+
+// The source text of a record: set or not, as an optional string is, but shared by all records of one statement. A
+// statement of a hostile file can hold as many faults as bytes, and a copy for each would be its square.
+class SourceText {
+public:
+    SourceText() noexcept = default;
+    SourceText(std::string sText) : m_pText(std::make_shared<const std::string>(std::move(sText))) {}
+    SourceText(const char* sText) : SourceText(std::string(sText)) {}
+
+    [[nodiscard]] bool has_value() const noexcept { return m_pText != nullptr; }
+    explicit operator bool() const noexcept { return has_value(); }
+    // Only where there is one.
+    [[nodiscard]] const std::string& operator*() const noexcept { return *m_pText; }
+    [[nodiscard]] const std::string* operator->() const noexcept { return m_pText.get(); }
+    [[nodiscard]] std::string value_or(std::string sElse) const { return m_pText ? *m_pText : std::move(sElse); }
+
+    friend bool operator==(const SourceText& text, std::string_view sOther) noexcept {
+        return text.m_pText && *text.m_pText == sOther;
+    }
+
+private:
+    std::shared_ptr<const std::string> m_pText;
+};
 
 // Grows only: whoever uses one object for two reads has the records of both in it.
 class OXA_IFC_API Errors {
@@ -47,7 +70,7 @@ public:
         Severity severity = Error;
         Category category = Syntax;
         std::string description;                 // localised, with its argument in place
-        std::optional<std::string> lineString;   // the source text that the problem belongs to
+        SourceText lineString;                   // the source text that the problem belongs to
         std::uint32_t lineNumber = 0;            // from 1; 0 where there is no line
     };
 
@@ -58,11 +81,11 @@ public:
 
     // Appends a record whose text is that of "key" in the domain "Ifc".
     void add(const Entity* entity, Severity severity, Category category, std::string_view key,
-             std::string lineString, unsigned lineNumber);
+             SourceText lineString, unsigned lineNumber);
 
     // The same with "argument" in the place of every "%1" of the text; not looked into for a further "%1".
     void add(const Entity* entity, Severity severity, Category category, std::string_view key,
-             std::string_view argument, std::string lineString, unsigned lineNumber);
+             std::string_view argument, SourceText lineString, unsigned lineNumber);
 
     // True once a fatal record was added, and then for good.
     [[nodiscard]] bool boFatal() const noexcept { return m_boFatal.load(std::memory_order_relaxed); }

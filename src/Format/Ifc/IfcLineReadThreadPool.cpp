@@ -1,5 +1,6 @@
 #include "Format/Ifc/IfcLineReadThreadPool.h"
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -84,8 +85,10 @@ void IfcLineReadThreadPool::addLineToQueue(const std::string& line, unsigned iLi
     queued.m_iLine = iLine;
     if (batch.m_iLines < g_iBatchLines) return;
     vBatchQueue();
-    // The workers' work is the larger part: a scanner far ahead of them would hold the file in memory twice.
-    while (m_lineQueue.iCount() > g_iQueueLimit) std::this_thread::sleep_for(g_scannerPause);
+    // The workers' work is the larger part: a scanner far ahead of them would hold the file in memory twice. Where
+    // exceptions have ended all of them, nobody is left to wait for.
+    while (m_lineQueue.iCount() > g_iQueueLimit && std::ranges::any_of(m_workers, &util::ThreadedLoop::boRunning))
+        std::this_thread::sleep_for(g_scannerPause);
 }
 
 // Hands the batch on, also an empty one, and takes a used one for the next statements where there is one.

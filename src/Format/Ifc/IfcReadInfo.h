@@ -15,21 +15,20 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <shared_mutex>
 #include <string>
 #include <vector>
 
 #include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcSimplePool.h"
 #include "schema/Schema.h"
 
 namespace oxa::ifc {
 
 class Data;
-namespace io {
-class ReadError;
-}
 
 // One place of the entity table. The pointer to a slot is the pointer to its Entity.
 struct EntitySlot {
@@ -159,6 +158,12 @@ struct StepReadInfoData {
     StepReadInfoDataCommon* m_pCommon;
     PoolArena* m_pArena;                    // this thread's share of the pool; null: the pool itself
 
+    // The text for reports, copied once however many there are.
+    [[nodiscard]] const SourceText& sourceText() {
+        if (!m_sourceText) m_sourceText = *m_pLine;
+        return m_sourceText;
+    }
+
     // The first "(" at or behind iStart, npos when none follows. Remembers the last answer: select parsers ask for
     // every item of a list, and a search of its own for each would make a long list quadratic.
     [[nodiscard]] std::size_t iParenthesisFind(std::size_t iStart) noexcept {
@@ -170,6 +175,7 @@ struct StepReadInfoData {
     }
 
 private:
+    SourceText m_sourceText;
     std::size_t m_iSearched = std::string::npos;
     std::size_t m_iParenthesis = 0;
 };

@@ -118,7 +118,7 @@ public:
 
     // As SimplePool::pAllocate, without the threads.
     [[nodiscard]] void* pAllocate(std::size_t iBytes) {
-        if (iBytes > static_cast<std::size_t>(m_pEnd - m_pNext)) return pAllocateSlow(iBytes);
+        if (iBytes > static_cast<std::size_t>(m_pEnd - m_pNext) || !m_pNext) return pAllocateSlow(iBytes);
         char* pBytes = m_pNext;
         m_pNext += iBytes;
         return pBytes;

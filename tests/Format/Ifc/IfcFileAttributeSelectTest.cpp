@@ -81,6 +81,8 @@ const ReadRow g_faultRows[] = {
      "#1=IFCSELECT(IFCVALUE(IFCLABEL();",
      "Select 9:IFCVALUE(Select 5:IFCLABEL(String ''))",
      {{"Error_ExpectedValidStringValueFor"}}},
+    {"and which is then an empty one", "#1=IFCSELECT(IFCVALUE(IFCREALS();",
+     "Select 9:IFCVALUE(Select 11:IFCREALS(List 1[]))"},
 };
 TEST(AttributeSelect, ReportsWhatItCanNotTake) { vExpectReads(g_faultRows); }
 

@@ -2,8 +2,8 @@
 //
 // For      the tests of the cell parsers and of the entity, whose rows are a statement and two texts.
 // Cells    one text a cell, joined by " | ", the flags in front: "Real 1.5", "$ Real 0", "* Guid 0", "~" where the
-//          value does not lie in the pool. A select shows tag and type, "Select 5:IFCLABEL(String 'a')", a list its
-//          item type, "List 1[1.5, 2]"; "null" is a null pointer.
+//          value does not lie in the pool, "?" where the GUID flag is not that of the class. A select shows tag and
+//          type, "Select 5:IFCLABEL(String 'a')", a list its item type, "List 1[1.5, 2]"; "null" is a null pointer.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -215,13 +215,13 @@ private:
         return pText ? '\'' + std::string(pText) + '\'' : "null";
     }
     static std::string sBinary(const AttributeBinary& cell) {
+        if (!cell.m_value.load()) return cell.m_iCount == 0 ? "null" : "null with a count";
         std::string sText = "[";
         for (std::uint64_t i = 0; i < cell.m_iCount; ++i) {
             char text[4];
             std::snprintf(text, sizeof text, i ? " %02X" : "%02X", cell.m_value.load()[i]);
             sText += text;
         }
-        if (!cell.m_value.load()) return cell.m_iCount == 0 ? "null" : "null with a count";
         return sText + ']';
     }
     static std::string sLogical(LogicalValue value) {

@@ -1,0 +1,234 @@
+// Select cells from and to a caller's value, and their preparation for an import.
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <set>
+
+#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/IfcTypeSelectBase.h"
+#include "platform/Assert.h"
+
+namespace oxa::ifc {
+
+using def::schema::DataKind;
+using def::schema::ObjectBase;
+using def::schema::Type;
+using types::IfcSelectBase;
+
+namespace {
+
+bool boNotImplemented(const char* sFunction) {
+    if (Assert::isEnabled())
+        Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented", __LINE__);
+    return false;
+}
+
+constexpr char g_sValueSet[] = "oxa::ifc::AttributeSelect::boValueSet";
+
+// The value of a list cell of numbers as the caller's vector.
+template <class T>
+std::vector<T> vectorOf(const AttributeListValueBase& list) {
+    std::vector<T> values;
+    if (const Array<T>* pArray = list.pArray<T>()) values.assign(pArray->begin(), pArray->end());
+    return values;
+}
+
+}   // namespace
+
+// The nested cell of that kind: the present one, or a new one with a fresh header.
+template <class Cell>
+Cell& AttributeSelect::cellOf(AttributeType eType, Pool& pool) {
+    if (m_eType.load() != eType || !m_pValue.load()) {
+        m_pValue = ::new (pool.pAllocate(sizeof(Cell))) Cell;
+        m_eType = eType;
+    }
+    return *static_cast<Cell*>(m_pValue.load());
+}
+
+template <class Cell, class Value>
+bool AttributeSelect::boStore(AttributeType eType, const Type* pType, const Value* pValue, Pool& pool) {
+    if (!pValue) return false;
+    Cell& cell = cellOf<Cell>(eType, pool);
+    cell.m_value = *pValue;
+    return boStored(cell, pType);
+}
+
+template <class Value>
+bool AttributeSelect::boStoreList(AttributeType eType, const Type* pType, const Value* pValue,
+                                  const ObjectBase* pObject, Pool& pool) {
+    if (!pValue) return false;
+    auto& list = cellOf<AttributeList>(eType, pool);
+    return list.boValueSet(*pValue, pObject, pool) && boStored(list, pType);
+}
+
+bool AttributeSelect::boStored(AttributeBase& cell, const Type* pType) noexcept {
+    m_pType = pType;
+    cell.vDefined();
+    return true;
+}
+
+bool AttributeSelect::boStoreText(const Type* pType, const IfcSelectBase& value, Pool& pool) {
+    if (m_boGuid) return boNotImplemented(g_sValueSet);
+    const auto* psText = value.pValueGet<std::string>();
+    const auto* ppText = value.pValueGet<const char*>();
+    if (!psText && !(ppText && *ppText)) return false;
+    const std::string_view text = psText ? std::string_view(*psText) : std::string_view(*ppText);
+    auto& cell = cellOf<AttributeString>(AttributeType::String, pool);
+    return cell.boValueSet(text.data(), text.size() + 1, pool) && boStored(cell, pType);
+}
+
+bool AttributeSelect::boValueSet(const IfcSelectBase& value, const ObjectBase* pObject, Pool& pool) {
+    if (Entity* pEntity = value.pEntityGet())
+        return boStore<AttributeEntity>(AttributeType::Entity, nullptr, &pEntity, pool);
+    const IfcSelectBase::TypeDataBase* pData = value.pTypeDataGet();
+    const Type* pType = pData ? pData->pTypeGet() : nullptr;
+    if (!pType || !pType->pDataType) return false;
+    switch (pType->pDataType->kind) {
+    case DataKind::Real: return boStore<AttributeReal>(AttributeType::Real, pType, value.pValueGet<double>(), pool);
+    case DataKind::Number:
+        return boStore<AttributeNumber>(AttributeType::Number, pType, value.pValueGet<double>(), pool);
+    case DataKind::Boolean:
+        return boStore<AttributeBoolean>(AttributeType::Boolean, pType, value.pValueGet<bool>(), pool);
+    case DataKind::Integer:
+        return boStore<AttributeInteger>(AttributeType::Integer, pType, value.pValueGet<long long>(), pool);
+    case DataKind::Logical:
+        return boStore<AttributeLogical>(AttributeType::Logical, pType, value.pValueGet<LogicalValue>(), pool);
+    case DataKind::String: return boStoreText(pType, value, pool);
+    case DataKind::Binary: return boNotImplemented(g_sValueSet);
+    case DataKind::Enumeration: {
+        const auto* ppText = value.pValueGet<const char*>();
+        if (!ppText) return false;
+        auto& cell = cellOf<AttributeEnumeration>(AttributeType::Enumeration, pool);
+        const auto& type = static_cast<const def::schema::DataTypeEnum&>(*pType->pDataType);
+        return cell.boValueSet(*ppText, type, pool) && boStored(cell, pType);
+    }
+    case DataKind::Array:
+        return pObject && boStoreList(AttributeType::Array, pType, value.pValueGet<std::vector<double>>(), pObject, pool);
+    case DataKind::List:
+        if (!pObject) return boNotImplemented(g_sValueSet);
+        if (const auto* pIntegers = value.pValueGet<std::vector<long long>>())
+            return boStoreList(AttributeType::List, pType, pIntegers, pObject, pool);
+        return boStoreList(AttributeType::List, pType, value.pValueGet<std::vector<double>>(), pObject, pool);
+    case DataKind::Set:
+        return boStoreList(AttributeType::Set, pType, value.pValueGet<std::set<Entity*>>(), pObject, pool);
+    default: return false;
+    }
+}
+
+bool AttributeSelect::boValueGet(IfcSelectBase& value) const {
+    const AttributeBase* pCell = m_pValue;
+    if (!pCell || pCell->m_boUndefined) return false;
+    if (m_eType.load() == AttributeType::Entity) {
+        value.vEntitySet(static_cast<const AttributeEntity*>(pCell)->m_value);
+        return true;
+    }
+    const Type* pType = m_pType;
+    if (!pType || !pType->pDataType) return false;
+    const auto give = [&](auto typedValue) {
+        value = IfcSelectBase(pType, std::move(typedValue));
+        return true;
+    };
+    const auto& list = *static_cast<const AttributeListValueBase*>(pCell);
+    switch (pType->pDataType->kind) {
+    case DataKind::Real:
+    case DataKind::Number: return give(static_cast<const AttributeReal*>(pCell)->m_value.load());
+    case DataKind::Boolean: return give(static_cast<const AttributeBoolean*>(pCell)->m_value != 0);
+    case DataKind::Integer: return give(static_cast<const AttributeInteger*>(pCell)->m_value.load());
+    case DataKind::String: {
+        if (pCell->m_boGuid) return give(static_cast<const AttributeGuid*>(pCell)->m_value.load());
+        const char* pText = static_cast<const AttributeString*>(pCell)->m_value;
+        return give(std::string(pText ? pText : ""));
+    }
+    case DataKind::Logical: return give(static_cast<const AttributeLogical*>(pCell)->m_value.load());
+    case DataKind::Binary: return give(static_cast<const AttributeBinary*>(pCell)->m_value.load());
+    case DataKind::Enumeration: return give(static_cast<const AttributeEnumeration*>(pCell)->m_value.load());
+    case DataKind::Array: return list.m_eItemType.load() == AttributeType::Real && give(vectorOf<double>(list));
+    case DataKind::List: return list.m_eItemType.load() == AttributeType::Integer && give(vectorOf<long long>(list));
+    case DataKind::Set: {
+        if (list.m_eItemType.load() != AttributeType::Entity) return false;
+        std::set<Entity*> entities;
+        if (const EntityList* pHead = list.pEntities())
+            for (Entity* pEntity : *pHead) entities.insert(pEntity);
+        return give(std::move(entities));
+    }
+    default: return false;   // a select inside of a select can't be read this way
+    }
+}
+
+bool AttributeSelect::boValueGetFromCell(const AttributeBase& cell, const def::schema::Attribute& attribute,
+                                         IfcSelectBase& value) {
+    if (!cell.boHasValue()) return false;
+    const ObjectBase* pObject = attribute.types.empty() ? nullptr : attribute.types.front();
+    const Type* pType = def::schema::pAsType(pObject);
+    switch (cellClass(pObject, attribute)) {
+    case CellClass::Entity: value.vEntitySet(static_cast<const AttributeEntity&>(cell).m_value); return true;
+    case CellClass::Real:
+    case CellClass::Number: value = IfcSelectBase(pType, static_cast<const AttributeReal&>(cell).m_value.load()); return true;
+    case CellClass::Integer:
+        value = IfcSelectBase(pType, static_cast<const AttributeInteger&>(cell).m_value.load());
+        return true;
+    case CellClass::String: {
+        const char* pText = static_cast<const AttributeString&>(cell).m_value;
+        value = IfcSelectBase(pType, std::string(pText ? pText : ""));
+        return true;
+    }
+    case CellClass::Select: return static_cast<const AttributeSelect&>(cell).boValueGet(value);
+    default: return false;
+    }
+}
+
+void AttributeSelect::vTypeCreate(const std::vector<const ObjectBase*>& path, Pool& pool) {
+    constexpr char g_sTypeCreate[] = "oxa::ifc::AttributeSelect::vTypeCreate";
+    if (path.size() != 1 || !path.front()) return;
+    if (def::schema::pAsEntity(path.front())) {
+        cellOf<AttributeEntity>(AttributeType::Entity, pool);
+        m_pType = nullptr;
+        return;
+    }
+    const Type* pType = def::schema::pAsType(path.front());
+    if (!pType || !pType->pDataType) return;
+    switch (pType->pDataType->kind) {
+    case DataKind::Real: cellOf<AttributeReal>(AttributeType::Real, pool); break;
+    case DataKind::Boolean: cellOf<AttributeBoolean>(AttributeType::Boolean, pool); break;
+    case DataKind::Integer: cellOf<AttributeInteger>(AttributeType::Integer, pool); break;
+    case DataKind::Number: cellOf<AttributeNumber>(AttributeType::Number, pool); break;
+    case DataKind::Logical: cellOf<AttributeLogical>(AttributeType::Logical, pool); break;
+    case DataKind::Select: cellOf<AttributeSelect>(AttributeType::Select, pool); break;
+    case DataKind::String:
+        if (m_boGuid) {
+            boNotImplemented(g_sTypeCreate);
+            return;
+        }
+        cellOf<AttributeString>(AttributeType::String, pool);
+        break;
+    case DataKind::Binary:
+    case DataKind::Enumeration: boNotImplemented(g_sTypeCreate); return;
+    default: return;
+    }
+    m_pType = pType;
+}
+
+AttributeSelect::~AttributeSelect() {
+    AttributeBase* pCell = m_pValue;
+    if (!pCell) return;
+    const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(m_pType.load());
+    if (m_eType.load() != AttributeType::Entity && pDataType) {
+        switch (pDataType->kind) {
+        case DataKind::String:
+            if (!pCell->m_boGuid && !pCell->m_boPooled) std::free(static_cast<AttributeString*>(pCell)->m_value.load());
+            break;
+        case DataKind::Binary:
+            if (!pCell->m_boPooled) std::free(static_cast<AttributeBinary*>(pCell)->m_value.load());
+            break;
+        case DataKind::Select: static_cast<AttributeSelect*>(pCell)->~AttributeSelect(); break;
+        case DataKind::Array:
+        case DataKind::List:
+        case DataKind::Set: static_cast<AttributeList*>(pCell)->~AttributeList(); break;
+        default: break;
+        }
+    }
+    if (!m_boPooled) std::free(pCell);
+}
+
+}   // namespace oxa::ifc

@@ -1,0 +1,363 @@
+// Typed access: values by attribute name and caller's type, one implementation a family.
+//
+// What a type of value needs beside the family's shape is in one trait: how it is walked, and where it is stored.
+#include <cassert>
+#include <cstring>
+#include <set>
+#include <type_traits>
+
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/IfcTypeSelectBase.h"
+#include "platform/Assert.h"
+#include "platform/Utilities.h"
+
+namespace oxa::ifc {
+
+using def::schema::Attribute;
+using def::schema::AttributeName;
+using types::IfcSelectBase;
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+using BytesView = std::pair<unsigned char*, std::size_t>;
+
+const def::schema::ObjectBase& typeOf(const Attribute& attribute) {
+    if (attribute.types.empty() || !attribute.types.front()) throw oxa::exception("returning nullptr");
+    return *attribute.types.front();
+}
+
+// The cell as what its class says.
+template <class Cell>
+Cell& as(AttributeBase& cell) noexcept {
+    return static_cast<Cell&>(cell);
+}
+
+// How the walker meets a T, and how its item becomes one. By default T is walked as itself.
+template <class T>
+struct Walked {
+    using Item = T;
+    static constexpr bool boSingle = true;   // else T is a whole list
+    static void vStore(T& value, Item& item) { value = item; }
+};
+template <>
+struct Walked<const char*> {
+    using Item = char*;
+    static constexpr bool boSingle = true;
+    static void vStore(const char*& value, char*& pText) { value = pText; }
+};
+template <>
+struct Walked<std::string> {
+    using Item = char*;
+    static constexpr bool boSingle = true;
+    static void vStore(std::string& sValue, char*& pText) { sValue = pText ? pText : ""; }
+};
+template <>
+struct Walked<Bytes> {
+    using Item = BytesView;
+    static constexpr bool boSingle = true;
+    static void vStore(Bytes& bytes, BytesView& view) { bytes.assign(view.first, view.first + view.second); }
+};
+template <>
+struct Walked<IfcSelectBase> {
+    using Item = AttributeSelect;
+    static void vStore(IfcSelectBase& value, const AttributeSelect& cell) { static_cast<void>(cell.boValueGet(value)); }
+};
+template <std::size_t N, class Tag>
+struct Walked<math::Coordinates<N, Tag>> {
+    using Item = math::Coordinates<N, Tag>;
+    static constexpr bool boSingle = false;
+    static void vStore(Item& value, Item& item) { value = item; }
+};
+
+// Stores a T in a cell of that class; false where the class takes none.
+bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data&, double value) {
+    if (eClass != CellClass::Real && eClass != CellClass::Number) return false;
+    as<AttributeReal>(cell).m_value = value;
+    return true;
+}
+bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data&, long long iValue) {
+    if (eClass != CellClass::Integer) return false;
+    as<AttributeInteger>(cell).m_value = iValue;
+    return true;
+}
+bool boStore(CellClass, AttributeBase&, const Attribute&, Data&, unsigned long long) {
+    return false;
+}
+bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data&, bool boValue) {
+    if (eClass != CellClass::Boolean) return false;
+    as<AttributeBoolean>(cell).m_value = boValue ? 1 : 0;
+    return true;
+}
+bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data&, LogicalValue value) {
+    if (eClass != CellClass::Logical) return false;
+    as<AttributeLogical>(cell).m_value = value;
+    return true;
+}
+bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data&, const Guid& guid) {
+    if (eClass != CellClass::Guid) return false;
+    if (guid.boIsNull()) {
+        if (Assert::isEnabled())
+            Assert::addAssert("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeGuid::boValueSet",
+                              "Not allowed to set null guid", __LINE__);
+        return false;
+    }
+    as<AttributeGuid>(cell).m_value = guid;
+    return true;
+}
+bool boStore(CellClass eClass, AttributeBase& cell, const Attribute& attribute, Data& data, const char* pText) {
+    if (eClass == CellClass::String && pText)
+        return as<AttributeString>(cell).boValueSet(pText, std::strlen(pText) + 1, data.pool());
+    return eClass == CellClass::Enumeration && as<AttributeEnumeration>(cell).boValueSet(pText, attribute, data);
+}
+bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data& data, const std::string& sText) {
+    return eClass == CellClass::String &&
+           as<AttributeString>(cell).boValueSet(sText.c_str(), sText.size() + 1, data.pool());
+}
+bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data& data, const Bytes& bytes) {
+    return eClass == CellClass::Binary && !bytes.empty() &&
+           as<AttributeBinary>(cell).boValueSet(bytes.data(), bytes.size(), data.pool());
+}
+bool boStore(CellClass eClass, AttributeBase& cell, const Attribute& attribute, Data& data,
+             const IfcSelectBase& value) {
+    return eClass == CellClass::Select &&
+           as<AttributeSelect>(cell).boValueSet(value, &typeOf(attribute), data.pool());
+}
+bool boStore(CellClass eClass, AttributeBase& cell, const Attribute& attribute, Data& data, const Entity* pEntity) {
+    auto* pStored = const_cast<Entity*>(pEntity);
+    if (eClass == CellClass::Select) return boStore(eClass, cell, attribute, data, IfcSelectBase(pStored));
+    if (eClass != CellClass::Entity) return false;
+    as<AttributeEntity>(cell).m_value = pStored;
+    return true;
+}
+template <std::size_t N, class Tag>
+bool boStore(CellClass, AttributeBase&, const Attribute&, Data&, const math::Coordinates<N, Tag>&) {
+    return false;   // a list, and nothing else
+}
+
+}   // namespace
+
+AttributeBase* Entity::pCellOf(const AttributeName& name, const Attribute*& pAttribute, CellClass& eClass) const {
+    AttributeBase* pCell = pCellFromName(name, &pAttribute);
+    if (pCell) eClass = AttributeBase::cellClass(&typeOf(*pAttribute), *pAttribute);
+    return pCell;
+}
+
+template <class T>
+bool Entity::boValueGet(const AttributeName& name, T& value) const {
+    const Attribute* pAttribute = nullptr;
+    const AttributeBase* pCell = pCellFromName(name, &pAttribute);
+    if (!pCell) return false;
+    if constexpr (std::is_same_v<T, IfcSelectBase>) {
+        return AttributeSelect::boValueGetFromCell(*pCell, *pAttribute, value);
+    } else {
+        using Item = typename Walked<T>::Item;
+        const auto store = [&value](Item& item) {
+            Walked<T>::vStore(value, item);
+            return true;
+        };
+        return AttributeBase::boForEach<Item>(*pCell, *pAttribute, store, Walked<T>::boSingle, !Walked<T>::boSingle);
+    }
+}
+
+template <class T>
+bool Entity::boListValueGet(const AttributeName& name, std::vector<T>& values) const {
+    const Attribute* pAttribute = nullptr;
+    const AttributeBase* pCell = pCellFromName(name, &pAttribute);
+    values.clear();
+    if (!pCell) return false;
+    using Item = typename Walked<T>::Item;
+    const auto append = [&values](Item& item) {
+        T value{};
+        Walked<T>::vStore(value, item);
+        values.push_back(std::move(value));
+        return true;
+    };
+    return AttributeBase::boForEach<Item>(*pCell, *pAttribute, append, false, true);
+}
+
+template <class T, std::size_t N>
+bool Entity::boFixedArrayValueGet(const AttributeName& name, IfcArray<T, N>& value) const {
+    const Attribute* pAttribute = nullptr;
+    const AttributeBase* pCell = pCellFromName(name, &pAttribute);
+    if (!pCell) return false;
+    std::size_t iCount = 0;
+    const auto store = [&](T& item) {
+        value[iCount++] = item;
+        return iCount < N;
+    };
+    return AttributeBase::boForEach<T>(*pCell, *pAttribute, store, false, true) && iCount == N;
+}
+
+template <class T>
+bool Entity::boValueSet2(const AttributeName& name, const T& value, Data& data) {
+    const Attribute* pAttribute = nullptr;
+    CellClass eClass{};
+    AttributeBase* pCell = pCellOf(name, pAttribute, eClass);
+    if (!pCell) return false;
+    const bool boStored =
+        eClass == CellClass::List && !std::is_same_v<T, IfcSelectBase>
+            ? as<AttributeList>(*pCell).boValueSet(value, &typeOf(*pAttribute), data.pool())
+            : boStore(eClass, *pCell, *pAttribute, data, value);
+    if (boStored) pCell->vDefined();
+    return boStored;
+}
+
+template <class T>
+bool Entity::boListValueSet(const AttributeName& name, const std::vector<T>& values, Data& data) {
+    if constexpr (std::is_same_v<T, unsigned char>) {
+        return boValueSet2(name, values, data);
+    } else {
+        const Attribute* pAttribute = nullptr;
+        CellClass eClass{};
+        AttributeBase* pCell = pCellOf(name, pAttribute, eClass);
+        if (!pCell || eClass != CellClass::List) return false;
+        if (!as<AttributeList>(*pCell).boValueSet(values, &typeOf(*pAttribute), data.pool())) return false;
+        pCell->vDefined();
+        return true;
+    }
+}
+
+template <class T>
+bool Entity::boListValuePushBack(const AttributeName& name, const T& value, Data& data) {
+    const Attribute* pAttribute = nullptr;
+    CellClass eClass{};
+    AttributeBase* pCell = pCellOf(name, pAttribute, eClass);
+    if (!pCell || eClass != CellClass::List) return false;
+    if (!as<AttributeList>(*pCell).boPushBackValue(value, *pAttribute, data)) return false;
+    pCell->vDefined();
+    return true;
+}
+
+bool Entity::boValuePushBack(const AttributeName& name, const Entity* pEntity, Data& data) {
+    return boListValuePushBack<const Entity*>(name, pEntity, data);
+}
+
+bool Entity::boValueRemove(const AttributeName& name, const Entity* pEntity, Data&) {
+    const Attribute* pAttribute = nullptr;
+    CellClass eClass{};
+    AttributeBase* pCell = pCellOf(name, pAttribute, eClass);
+    if (!pCell || eClass != CellClass::List) return false;
+    auto& list = as<AttributeList>(*pCell);
+    if (list.m_eItemType.load() != AttributeType::Entity) return false;
+    EntityList* pHead = list.pEntities();
+    const bool boRemoved = boListRemove(pHead, const_cast<Entity*>(pEntity));
+    list.m_pItems = pHead;
+    return boRemoved;
+}
+
+template <class T, std::size_t N>
+bool Entity::boFixedArrayValueSet(const AttributeName& name, const IfcArray<T, N>& value, Data& data) {
+    assert(!"boFixedArrayValueSet is not to be used");
+    return boListValueSet(name, std::vector<T>(value.m_values.begin(), value.m_values.end()), data);
+}
+
+// The closed lists of types, family by family.
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, double&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, long long&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, unsigned long long&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, bool&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, LogicalValue&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, Guid&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, const char*&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, std::string&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, Bytes&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, Entity*&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, math::_2d::Point&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, math::_2d::Vector&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, math::_3d::Point&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, math::_3d::Vector&) const;
+template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, IfcSelectBase&) const;
+
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<double>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<long long>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<char>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<unsigned char>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<const char*>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<std::string>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<Bytes>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<Entity*>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<IfcSelectBase>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<IfcArray<long long, 2>>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<IfcArray<long long, 3>>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<IfcArray<double, 2>>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<IfcArray<double, 3>>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<math::_2d::Point>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<math::_3d::Point>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<std::vector<long long>>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<std::vector<double>>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<std::vector<char>>&) const;
+template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<std::vector<Entity*>>&) const;
+
+template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<long long, 2>&) const;
+template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<double, 2>&) const;
+template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<Entity*, 2>&) const;
+template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<long long, 3>&) const;
+template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<double, 3>&) const;
+template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<Entity*, 3>&) const;
+
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const double&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const long long&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const unsigned long long&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const bool&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const LogicalValue&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const Guid&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const char* const&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const std::string&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const Bytes&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const Entity* const&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const math::_2d::Point&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const math::_2d::Vector&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const math::_3d::Point&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const math::_3d::Vector&, Data&);
+template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const IfcSelectBase&, Data&);
+
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<char>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<unsigned char>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<long long>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<double>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::string>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<const char*>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<Entity*>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<const Entity*>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcSelectBase>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<long long, 2>>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<long long, 3>>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<double, 2>>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<double, 3>>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<math::_2d::Point>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<math::_3d::Point>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<Bytes>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<char>>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<long long>>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<double>>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<std::string>>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<const Entity*>>&, Data&);
+
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const char&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const long long&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const double&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const std::string&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const char* const&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const IfcSelectBase&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const IfcArray<long long, 2>&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const IfcArray<long long, 3>&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const IfcArray<double, 2>&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const IfcArray<double, 3>&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const math::_3d::Point&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const Bytes&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const std::vector<char>&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const std::vector<long long>&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const std::vector<double>&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const std::vector<Entity*>&, Data&);
+template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const Entity* const&, Data&);
+
+template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<long long, 2>&, Data&);
+template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<double, 2>&, Data&);
+template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<const Entity*, 2>&, Data&);
+template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<long long, 3>&, Data&);
+template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<double, 3>&, Data&);
+template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<const Entity*, 3>&, Data&);
+
+}   // namespace oxa::ifc

@@ -1,0 +1,268 @@
+// Parsing on several threads: every statement once, whatever their count, and the model of a single-threaded read.
+#include "Format/Ifc/IfcLineReadThreadPool.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <random>
+#include <thread>
+
+#include "AssertLog.h"
+#include "SmallModel.h"
+
+namespace oxa::ifc::io {
+namespace {
+
+// A file whose statements come straight from the test.
+struct PoolRead {
+    File file;
+    ReadError errors;
+    StepReadInfoDataCommon common{errors};
+    std::optional<IfcLineReadThreadPool> pool;
+
+    explicit PoolRead(bool boOneWorker = false, const def::SchemaPset& schema = smallSchema()) {
+        file.vSchemaSet(schema);
+        common.vUpdateSchemaCache(schema);
+        pool.emplace(common, file, boOneWorker);
+    }
+    const Data& data() const { return file.data(); }
+    // The statement of a number; empty for a slot that nothing defined.
+    std::string sStatement(std::uint32_t iId) {
+        const Entity& entity = common.slotGet(file.data(), iId).entity;
+        std::string sLine = entity.sWriteLine(data());
+        return sLine.empty() ? sLine : sLine.substr(sLine.find('='));
+    }
+};
+
+std::string sPoint(std::size_t iId) {
+    return '#' + std::to_string(iId) + "=IFCPOINT((" + std::to_string(iId) + ".));";
+}
+
+std::size_t iThreads() {
+    std::size_t iCount = 0;
+    std::error_code error;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error)) ++iCount;
+    return iCount;
+}
+
+TEST(LineReadThreadPool, ReadsEveryStatementOnce) {
+    for (const bool boOneWorker : {false, true}) {
+        for (const std::size_t iCount : {0U, 1U, 2U, 199U, 200U, 201U, 399U, 400U, 401U, 1000U, 2345U}) {
+            SCOPED_TRACE(std::to_string(iCount) + " statements" + (boOneWorker ? ", one worker" : ""));
+            PoolRead read(boOneWorker);
+            for (std::size_t i = 1; i <= iCount; ++i) read.pool->addLineToQueue(sPoint(i), static_cast<unsigned>(i));
+            read.pool.reset();
+            EXPECT_EQ(read.data().entities().size(), iCount);
+            EXPECT_EQ(std::set<Entity*>(read.data().entities().begin(), read.data().entities().end()).size(), iCount);
+            for (std::uint32_t i = 1; i <= iCount; ++i)
+                ASSERT_EQ(read.sStatement(i), "=IFCPOINT((" + std::to_string(i) + ".));");
+            EXPECT_TRUE(read.errors.records().empty());
+        }
+    }
+}
+
+TEST(LineReadThreadPool, ParsesFewerThanABatchAtTheEndAlone) {
+    PoolRead read;
+    for (std::size_t i = 1; i <= 199; ++i) read.pool->addLineToQueue(sPoint(i), 1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));   // five looks of an idle worker
+    EXPECT_TRUE(read.data().entities().empty());
+    read.pool.reset();
+    EXPECT_EQ(read.data().entities().size(), 199U);
+}
+
+TEST(LineReadThreadPool, StartsItsThreadsWithTheFirstStatement) {
+    const std::size_t iBefore = iThreads();
+    if (iBefore == 0) GTEST_SKIP() << "no /proc to count threads in";
+    for (const bool boOneWorker : {false, true}) {
+        SCOPED_TRACE(boOneWorker);
+        PoolRead read(boOneWorker);
+        EXPECT_EQ(iThreads(), iBefore);
+        read.pool->addLineToQueue(sPoint(1), 1);
+        const std::size_t iWorkers = boOneWorker ? 1 : IfcLineReadThreadPool::iWorkerCount();
+        EXPECT_EQ(iThreads(), iBefore + iWorkers + 1) << "the workers and the collector";
+        read.pool->addLineToQueue(sPoint(2), 2);
+        EXPECT_EQ(iThreads(), iBefore + iWorkers + 1);
+        read.pool.reset();
+        EXPECT_EQ(iThreads(), iBefore);
+    }
+}
+
+TEST(LineReadThreadPool, HasWorkersForHalfTheMachine) {
+    const std::map<unsigned, std::size_t> workersOf = {{1, 2},  {2, 2},  {4, 2},  {6, 2},   {7, 2},   {8, 2},
+                                                       {10, 3}, {12, 4}, {16, 6}, {24, 10}, {32, 14}, {64, 30}};
+    const auto found = workersOf.find(std::thread::hardware_concurrency());
+    if (found == workersOf.end()) GTEST_SKIP() << std::thread::hardware_concurrency() << " hardware threads";
+    EXPECT_EQ(IfcLineReadThreadPool::iWorkerCount(), found->second);
+}
+
+TEST(LineReadThreadPool, CopiesTheStatement) {
+    PoolRead read;
+    std::string line = sPoint(1);
+    read.pool->addLineToQueue(line, 1);
+    EXPECT_EQ(line, sPoint(1));
+    line.assign(line.size(), '?');
+    read.pool.reset();
+    EXPECT_EQ(read.sStatement(1), "=IFCPOINT((1.));");
+}
+
+TEST(LineReadThreadPool, ReusesBatchesWithoutMixingTheirTexts) {
+    PoolRead read(true);
+    // Long and short statements in the places of each other, pauses so that batches come back.
+    for (std::uint32_t i = 1; i <= 5000; ++i) {
+        const std::string sItem = std::to_string(i) + ".";
+        std::string sItems = sItem;
+        for (std::uint32_t k = 0; k < i * 7 % 23; ++k) sItems += ',' + sItem;
+        if (i == 1234) sItems += std::string(100'000, ' ') + ",0.";   // too large to be kept
+        read.pool->addLineToQueue('#' + std::to_string(i) + "=IFCPOINT((" + sItems + "));", i);
+        if (i % 500 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(15));
+    }
+    read.pool.reset();
+    ASSERT_EQ(read.data().entities().size(), 5000U);
+    for (std::uint32_t i = 1; i <= 5000; ++i) {
+        if (i == 1234) continue;
+        const std::string sItem = std::to_string(i) + ".";
+        std::string sExpected = "=IFCPOINT((" + sItem;
+        for (std::uint32_t k = 0; k < i * 7 % 23; ++k) sExpected += ',' + sItem;
+        ASSERT_EQ(read.sStatement(i), sExpected + "));");
+    }
+}
+
+// What a fatal statement leaves undone is the scanner's business: all that is queued is parsed and finalised.
+TEST(LineReadThreadPool, ParsesOnAfterAFatalFault) {
+    PoolRead read;
+    constexpr std::size_t g_iCount = 1500;
+    for (std::size_t i = 1; i <= g_iCount; ++i)
+        read.pool->addLineToQueue(i % 300 == 1 ? "#x=IFCPOINT((1.));" : sPoint(i), static_cast<unsigned>(i));
+    read.pool.reset();
+    EXPECT_TRUE(read.errors.boFatal());
+    EXPECT_EQ(read.data().entities().size(), g_iCount - 5);
+    std::multiset<std::string> expected;
+    for (const char* sLine : {"1", "301", "601", "901", "1201"})
+        expected.insert("1|0|" + localize("Ifc", "Error_ExpectedLeftParenthesis") + "|#x=IFCPOINT((1.));|" + sLine);
+    EXPECT_EQ(recordTexts(read.errors), expected);
+}
+
+TEST(LineReadThreadPool, PairsResultsWithTheirStatements) {
+    PoolRead read;
+    // Unknown types make no entity; every third element repeats the GUID of the one before, which only the
+    // collector can tell, and it must name the right statement.
+    std::multiset<std::string> expected;
+    for (std::uint32_t i = 1; i <= 1000; ++i) {
+        const std::uint32_t iGuid = i % 3 == 0 ? 0 : i;
+        const std::string sLine = '#' + std::to_string(i) + (i % 5 == 0 ? "=IFCNONE(" : "=IFCELEMENT('") +
+                                  (iGuid ? sGuidOf(iGuid) : "0000000000000000000000") + "',$,$,$);";
+        read.pool->addLineToQueue(sLine, i);
+        const auto expect = [&](const char* sKey) {
+            expected.insert("0|2|" + localize("Ifc", sKey) + '|' + sLine + '|' + std::to_string(i));
+        };
+        if (i % 5 == 0)
+            expect("Error_UnknownEntityType");
+        else if (iGuid == 0)
+            expect("Error_UnexpectedNullGuid");
+    }
+    read.pool.reset();
+    EXPECT_EQ(read.data().entities().size(), 800U);
+    EXPECT_EQ(recordTexts(read.errors), expected);
+}
+
+TEST(LineReadThreadPool, KeepsTheOrderWithinABatch) {
+    PoolRead read;
+    for (std::uint32_t i = 1; i <= 100; ++i)
+        read.pool->addLineToQueue('#' + std::to_string(i) + "=IFCELEMENT('" + sGuidOf(i % 10) + "',$,$,$);", i);
+    read.pool.reset();
+    ASSERT_EQ(read.data().guidEntityMap().size(), 10U);
+    for (std::uint32_t i = 1; i <= 10; ++i)
+        EXPECT_EQ(read.data().guidEntityMap().at(IfcGuid::fromIfcGuid(sGuidOf(i % 10)).value()),
+                  &read.common.slotGet(read.file.data(), i).entity);
+    EXPECT_EQ(read.errors.records().size(), 90U);
+}
+
+// Such a file is faulty. Which statement wins is open, but the entity is one of them, untorn.
+TEST(LineReadThreadPool, SurvivesOneNumberInManyBatches) {
+    PoolRead read;
+    constexpr std::uint32_t g_iNumbers = 40;
+    constexpr std::uint32_t g_iCount = 6000;
+    for (std::uint32_t i = 0; i < g_iCount; ++i) {
+        const std::string sNumber = '#' + std::to_string(1 + i % g_iNumbers);
+        read.pool->addLineToQueue(i % 7 ? sNumber + "=IFCPOINT((1.,2.));"
+                                        : sNumber + "=IFCELEMENT('" + sGuidOf(i) + "','e',#1,.RED.);",
+                                  i);
+    }
+    read.pool.reset();
+    EXPECT_EQ(read.data().entities().size(), g_iCount);
+    EXPECT_FALSE(read.errors.boFatal());
+    const std::string sReused = localize("Ifc", "Error_EntityIdReused");
+    const std::string sReusedStart = sReused.substr(0, sReused.find("%1"));
+    EXPECT_EQ(std::ranges::count_if(read.errors.records(),
+                                    [&](const ErrorRecord& record) {
+                                        return record.category == Errors::Identifier &&
+                                               record.description.starts_with(sReusedStart);
+                                    }),
+              g_iCount - g_iNumbers);
+    for (std::uint32_t i = 1; i <= g_iNumbers; ++i) {
+        const std::string sText = read.sStatement(i);
+        EXPECT_TRUE(sText == "=IFCPOINT((1.,2.));" ||
+                    (sText.starts_with("=IFCELEMENT('") && sText.find("','e',#") != std::string::npos &&
+                     sText.ends_with(",.RED.);")))
+            << sText;
+    }
+}
+
+// The second entity's reads throw: its attribute has no type. Nothing but a faulty schema does that.
+const def::SchemaPset& throwingSchema() {
+    static const std::unique_ptr<def::SchemaPset> pSchema = [] {
+        static const def::schema::DataTypeBase g_illegal(static_cast<def::schema::DataKind>(99));
+        auto pMade = pSchemaOf("ENTITY IfcPoint; Coordinates : LIST OF REAL; END_ENTITY;"
+                               "ENTITY IfcBad; Value : REAL; END_ENTITY;");
+        auto* pType = const_cast<def::schema::Entity*>(pMade->pEntityFromName(def::schema::ObjectName("IFCBAD")));
+        pType->ownAttributes[0].types = {&g_illegal};
+        return pMade;
+    }();
+    return *pSchema;
+}
+
+TEST(LineReadThreadPool, LosesTheBatchOfAnExceptionAndGoesOn) {
+    testing::internal::CaptureStderr();
+    PoolRead read(false, throwingSchema());
+    for (std::uint32_t i = 1; i <= 600; ++i) read.pool->addLineToQueue(i == 301 ? "#301=IFCBAD(1.);" : sPoint(i), i);
+    read.pool.reset();
+    const std::string sWritten = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(read.data().entities().size(), 400U);
+    EXPECT_TRUE(read.sStatement(200) == "=IFCPOINT((200.));" && read.sStatement(401) == "=IFCPOINT((401.));");
+    EXPECT_TRUE(read.errors.records().empty());
+    EXPECT_TRUE(sWritten.starts_with("Assert in ThreadedLoop(")) << sWritten;
+    EXPECT_EQ(std::ranges::count(sWritten, '\n'), 1) << sWritten;
+}
+
+TEST(LineReadThreadPool, EndsWhenExceptionsHaveEndedAllWorkers) {
+    testing::internal::CaptureStderr();
+    {
+        PoolRead read(false, throwingSchema());
+        for (std::uint32_t i = 1; i <= 100'000; ++i) read.pool->addLineToQueue("#1=IFCBAD(1.);", i);
+        read.pool.reset();
+        EXPECT_TRUE(read.data().entities().empty());
+    }
+    EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with("Assert in ThreadedLoop("));
+}
+
+// An attribute without a type is the schema's fault, and asserted. On a worker, only an attached debugger hears of it.
+TEST(LineReadThreadPool, KeepsAssertionsOfWorkersFromTheUser) {
+    const char* const sLine = "#1=IFCFAULTY(1.,2.,3.);";
+    const AssertLog log;
+    const auto pSchemaHere = pSchemaWithSecondOf({});
+    StatementReader here(*pSchemaHere);
+    ASSERT_NE(here.pRead(sLine), nullptr);
+    EXPECT_EQ(log.texts(), std::vector<std::string>{"Schema error. Attribute not found."});
+
+    const auto pSchema = pSchemaWithSecondOf({});
+    PoolRead read(false, *pSchema);
+    read.pool->addLineToQueue(sLine, 1);
+    read.pool.reset();
+    EXPECT_EQ(read.data().entities().size(), 1U);
+    EXPECT_EQ(log.texts().size(), 1U);
+}
+
+}   // namespace
+}   // namespace oxa::ifc::io
