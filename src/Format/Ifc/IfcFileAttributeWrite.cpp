@@ -152,12 +152,13 @@ void vWriteSelect(const AttributeSelect& cell, const Info& info) {
     const AttributeBase* pValue = cell.m_pValue;
     const def::schema::Type* pType = cell.m_pType;
     Info nested{info.m_pLine, info.m_pAttribute, pType, false, info.m_boPlainText};
+    if (!pValue) return;
     if (cell.m_eType.load() == AttributeType::Entity) {
         const auto& entity = *static_cast<const AttributeEntity*>(pValue);
         if (!boNullWritten(entity, nested)) vWriteEntity(entity, nested);
         return;
     }
-    if (!pType || !pValue) return;
+    if (!pType) return;
     std::string& line = info.m_pLine->m_line;
     line.append(pType->sNameUpper).append(1, '(');
     vWriteCell(*pValue, pType, nested);

@@ -113,11 +113,11 @@ void vListAssign(ForwardListHead<T>*& pHead, Iterator first, Iterator last, Allo
     }
     if (!pHead) pHead = static_cast<ForwardListHead<T>*>(alloc(sizeof(ForwardListHead<T>)));
     Node* pNode = pHead;
-    pNode->value = const_cast<T>(*first);
+    pNode->value = *first;
     for (++first; first != last; ++first) {
         if (!pNode->next) pNode->next = static_cast<Node*>(alloc(sizeof(Node)));
         pNode = pNode->next;
-        pNode->value = const_cast<T>(*first);
+        pNode->value = *first;
     }
     pNode->next = nullptr;
     pHead->tail = pNode;

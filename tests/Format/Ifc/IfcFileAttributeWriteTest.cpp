@@ -396,6 +396,18 @@ TEST(WriteCell, WritesNothingForANullPointer) {
         EXPECT_TRUE(writer.records().empty());
     }
     {
+        SCOPED_TRACE("select of a reference, without a cell and with an empty one");
+        AttributeSelect cell;
+        cell.m_eType = AttributeType::Entity;
+        CellWriter writer(data);
+        EXPECT_EQ(writer.sText(cell, attributeOf("IFCSELECT")), "");
+        EXPECT_TRUE(writer.records().empty());
+        AttributeEntity value;
+        cell.m_pValue = &value;
+        EXPECT_EQ(writer.sText(cell, attributeOf("IFCSELECT")), "");
+        EXPECT_EQ(writer.records(), std::vector<std::string>{sNoReference("")});
+    }
+    {
         SCOPED_TRACE("text: two quotes");
         CellWriter writer(data);
         EXPECT_EQ(writer.sText(AttributeString{}, attributeOf("IFCSTRING")), "''");
@@ -414,8 +426,8 @@ TEST(WriteCell, WritesNothingForANullPointer) {
         EXPECT_TRUE(writer.records().empty());
     }
     const CellRow rows[] = {
-        {"a bad reference in a select", "IFCSELECT", "#x", "", {sNoReference("")}},
-        {"and in a list of selects", "IFCSELECTLIST", "(#5,#x,#6)", "(#5,,#6)", {sNoReference("(#5,")}},
+        {"a reference without a number sign", "IFCREFERENCE", "5", "", {sNoReference("")}},
+        {"a bare value for a select", "IFCSELECT", "5", "$", {sNull("")}},
         {"an enumerator nobody knows", "IFCENUMERATION", ".PINK.", ""},
     };
     for (const CellRow& row : rows) vExpectWritten(row);

@@ -1,17 +1,13 @@
-// SmallModel: a schema with everything that a walk over a model meets, files of it, and what a model says.
+// SmallModel: a schema with everything that a walk over a model meets, and files of it.
 //
-// For      the tests that hold one read or write against another.
+// For      the tests of whole reads and writes.
 #pragma once
 
-#include <map>
-#include <set>
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "Format/Ifc/IfcFile.h"
-#include "Format/Ifc/IfcFileError.h"
+#include "ModelText.h"
 #include "StatementReader.h"
 
 namespace oxa::ifc {
@@ -67,60 +63,5 @@ inline std::string sSmallFile(std::size_t iGroups) {
     }
     return sFileOf(out.str());
 }
-
-// What one instance says: its statement, and who refers to it.
-struct InstanceText {
-    std::string sStatement;
-    std::multiset<std::pair<std::string, std::size_t>> referrers;   // inverse attribute, number
-    bool operator==(const InstanceText&) const = default;
-};
-inline void PrintTo(const InstanceText& text, std::ostream* pOut) {
-    *pOut << text.sStatement;
-    for (const auto& [sName, iId] : text.referrers) *pOut << ' ' << sName << " #" << iId;
-}
-
-// A model as text, by instance number. An instance that stands twice in the list is there twice.
-using ModelText = std::multimap<std::size_t, InstanceText>;
-
-inline ModelText modelText(const Data& data) {
-    ModelText text;
-    for (const Entity* pEntity : data.entities()) {
-        InstanceText& instance = text.emplace(data.iIdFromEntity(*pEntity), InstanceText{})->second;
-        pEntity->boForEachInverseAttribute([&](const def::schema::AttributeInverse& attribute,
-                                               const EntityList& referrers) {
-            for (const Entity* pReferrer : referrers)
-                instance.referrers.emplace(attribute.sName, data.iIdFromEntity(*pReferrer));
-            return false;
-        });
-    }
-    // Ascending, so that numbers which are dealt only now, to missing instances, do not depend on the list's order.
-    std::map<std::size_t, const Entity*> byNumber;
-    for (const Entity* pEntity : data.entities()) byNumber.emplace(data.iIdFromEntity(*pEntity), pEntity);
-    for (auto& [iId, instance] : text) instance.sStatement = byNumber.at(iId)->sWriteLine(data);
-    return text;
-}
-
-// Records as sortable text, without the instance.
-inline std::multiset<std::string> recordTexts(const Errors& errors) {
-    std::multiset<std::string> texts;
-    for (const Errors::ErrorRecord& record : errors.records())
-        texts.insert(std::to_string(record.severity) + '|' + std::to_string(record.category) + '|' +
-                     record.description + '|' + record.lineString.value_or("(no text)") + '|' +
-                     std::to_string(record.lineNumber));
-    return texts;
-}
-
-// A file, read.
-struct ReadFileModel {
-    File file;
-    io::ReadError errors;
-    bool boRead = false;
-
-    ReadFileModel(const std::string& text, bool boSingleThreaded, const SchemaFromName& schemaFromName,
-                  bool boKeepIds = true) {
-        std::istringstream in(text);
-        boRead = file.boRead(in, schemaFromName, errors, boKeepIds, {}, boSingleThreaded);
-    }
-};
 
 }   // namespace oxa::ifc

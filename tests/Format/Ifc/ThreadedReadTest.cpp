@@ -9,43 +9,6 @@
 namespace oxa::ifc {
 namespace {
 
-bool boIsKey(const Errors::ErrorRecord& record, const char* sKey) {
-    const std::string sText = localize("Ifc", sKey);
-    const std::size_t iArgument = std::min(sText.find("%1"), sText.size());
-    return record.description.starts_with(sText.substr(0, iArgument));
-}
-
-bool boHasKey(const Errors& errors, const char* sKey) {
-    return std::ranges::any_of(errors.records(), [&](const auto& record) { return boIsKey(record, sKey); });
-}
-
-// Which of two equal GUIDs is the second depends on timing, so those reports only count; for a bad GUID each read
-// makes up one of its own, so that is masked. The rest is compared to the byte.
-std::multiset<std::string> comparableRecords(const Errors& errors) {
-    std::multiset<std::string> texts;
-    for (const Errors::ErrorRecord& record : errors.records())
-        texts.insert(boIsKey(record, "Error_DuplicateGuids")
-                         ? record.description
-                         : std::to_string(record.severity) + '|' + std::to_string(record.category) + '|' +
-                               record.description + '|' + record.lineString.value_or("(no text)") + '|' +
-                               std::to_string(record.lineNumber));
-    return texts;
-}
-
-ModelText comparableModel(const ReadFileModel& model) {
-    ModelText text = modelText(model.file.data());
-    for (const Errors::ErrorRecord& record : model.errors.records()) {
-        if (!record.entity || !boIsKey(record, "Error_ExpectedValidGuidValueFor")) continue;
-        const auto [first, last] = text.equal_range(model.file.data().iIdFromEntity(*record.entity));
-        for (auto place = first; place != last; ++place) {
-            std::string& sStatement = place->second.sStatement;
-            const std::size_t iOpen = sStatement.find("('");
-            if (iOpen != std::string::npos) sStatement.replace(iOpen, 26, "(random");
-        }
-    }
-    return text;
-}
-
 void vExpectTheSame(const std::string& text) {
     const ReadFileModel single(text, true, schemaIs(smallSchema()));
     const ReadFileModel threaded(text, false, schemaIs(smallSchema()));

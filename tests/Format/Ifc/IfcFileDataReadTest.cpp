@@ -1,0 +1,247 @@
+// Intake of entity statements and the completion of a read.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Format/Ifc/IfcGuid.h"
+#include "Format/Ifc/IfcReadInfo.h"
+#include "ReadResult.h"
+#include "SmallModel.h"
+#include "provider/SchemaLoader.h"
+
+namespace oxa::ifc {
+namespace {
+
+using def::schema::ObjectName;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+struct LineRow {
+    const char* sRule;
+    std::string sStatement;
+    std::vector<std::string> rows;      // with the statement left out, which stands in each
+    std::vector<std::string> types;     // of the entities made
+};
+
+const char* const g_wall = "#5=IFCWALL('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$,$);";
+
+const LineRow g_lineRows[] = {
+    {"an entity", "#5=IFCDIRECTION((1.));", {}, {"IfcDirection"}},
+    {"number 0 is a number", "#0=IFCDIRECTION((1.));", {}, {"IfcDirection"}},
+    {"a negative number is one too", "#-1=IFCDIRECTION((1.));", {}, {"IfcDirection"}},
+    {"no number sign in front", "5#=IFCDIRECTION((1.));", {"Fatal Syntax 7 Error_ExpectedNumberSign"}, {}},
+    {"no =", "#5IFCDIRECTION((1.));", {"Fatal Syntax 7 Error_ExpectedEqualOperator"}, {}},
+    {"one digit at least stands in front of =", "#=IFCWALL();", {"Fatal Syntax 7 Error_ExpectedEqualOperator"}, {}},
+    {"two bytes are too short", "#;", {"Fatal Syntax 7 Error_ExpectedEqualOperator"}, {}},
+    {"a number of letters", "#x=IFCWALL();", {"Fatal Syntax 7 Error_ExpectedLeftParenthesis"}, {}},
+    {"a number with more behind it", "#5x=IFCWALL();", {"Fatal Syntax 7 Error_ExpectedLeftParenthesis"}, {}},
+    {"a number with a plus", "#+5=IFCWALL();", {"Fatal Syntax 7 Error_ExpectedLeftParenthesis"}, {}},
+    {"a number beyond 32 bits", "#99999999999=IFCWALL();", {"Fatal Syntax 7 Error_ExpectedLeftParenthesis"}, {}},
+    {"the largest number", "#2147483647=IFCDIRECTION((1.));", {}, {"IfcDirection"}},
+    {"one more", "#2147483648=IFCDIRECTION((1.));", {"Fatal Syntax 7 Error_ExpectedLeftParenthesis"}, {}},
+    {"no opening parenthesis", "#5=;", {"Fatal Syntax 7 Error_InvalidEntity"}, {}},
+    {"a keyword alone", "#5=IFCWALL;", {"Fatal Syntax 7 Error_InvalidEntity"}, {}},
+    {"an unknown type", "#5=IFCNO();", {"Error Value 7 Error_UnknownEntityType"}, {}},
+    {"no type", "#5=();", {"Error Value 7 Error_UnknownEntityType"}, {}},
+    {"a type in lower case", "#5=ifcwall();", {"Error Value 7 Error_UnknownEntityType"}, {}},
+    {"a defined type is no entity", "#5=IFCLABEL('a');", {"Error Value 7 Error_UnknownEntityType"}, {}},
+    {"no closing parenthesis: nothing, and no word", "#5=IFCWALL(;", {}, {}},
+    {"one in front of the opening one: the same", "#5=IFCWALL)(;", {"Error Value 7 Error_UnknownEntityType"}, {}},
+    {"what follows the last parenthesis is ignored", "#5=IFCDIRECTION((1.))junk;", {}, {"IfcDirection"}},
+    {"an abstract type without a concrete supertype", "#5=IFCPRODUCT('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$);",
+     {"Error Value 7 Error_EntityIsAbstract"}, {}},
+    {"a rooted entity without a GUID", "#5=IFCWALL($,$,$,$,$,$,$,$,$);",
+     {"Error Null 7 Error_InvalidNullAttribute", "Error Value 7 Error_UnexpectedNullGuid"}, {"IfcWall"}},
+    {"a rooted entity with the null GUID", "#5=IFCWALL('0000000000000000000000',$,$,$,$,$,$,$,$);",
+     {"Error Value 7 Error_UnexpectedNullGuid"}, {"IfcWall"}},
+    {"faults of attributes do not remove an entity", "#5=IFCCARTESIANPOINT(('a'));",
+     {"Error Value 7 Error_ExpectedValidRealInListFor"}, {"IfcCartesianPoint"}},
+};
+
+TEST(DataReadLine, TakesStatementsApart) {
+    for (const LineRow& row : g_lineRows) {
+        SCOPED_TRACE(row.sRule);
+        Data data;
+        data.vSchemaSet(SchemaLoader::pBuiltIn("IFC4"));
+        io::ReadError errors;
+        StepReadInfoDataCommon common(errors);
+        common.vUpdateSchemaCache(*data.pSchema());
+        std::string sStatement = row.sStatement;
+        sStatement.shrink_to_fit();
+        StepReadInfoData info(sStatement, 7, common);
+        std::vector<Entity*> result;
+        EXPECT_EQ(data.boReadLine(info, result), !row.types.empty());
+        ASSERT_EQ(result.size(), 1U);
+        EXPECT_EQ(sStatement, row.sStatement);
+        data.finalizeEntity(result[0], common, sStatement, 7);
+        std::vector<std::string> rows;
+        for (const std::string& sRow : row.rows) rows.push_back(sRow + " | " + row.sStatement);
+        EXPECT_EQ(rowsOf(errors), rows);
+        std::vector<std::string> types;
+        for (const Entity* pEntity : data.entities()) types.push_back(pEntity->schemaEntity().sName);
+        EXPECT_EQ(types, row.types);
+    }
+}
+
+TEST(DataReadLine, WithoutASchemaGivesUpInSilence) {
+    Data data;
+    io::ReadError errors;
+    StepReadInfoDataCommon common(errors);
+    std::string sStatement = g_wall;
+    StepReadInfoData info(sStatement, 1, common);
+    std::vector<Entity*> result;
+    EXPECT_FALSE(data.boReadLine(info, result));
+    EXPECT_THAT(result, ElementsAre(nullptr));
+    EXPECT_THAT(rowsOf(errors), IsEmpty());
+}
+
+TEST(DataReadLine, ReadsAnAbstractTypeAsItsNextConcreteSupertype) {
+    std::vector<SchemaMessage> messages;
+    const auto pSchema = SchemaLoader::pSchemaFromExpress(
+        "SCHEMA T; ENTITY IfcBase; First : INTEGER; END_ENTITY;"
+        "ENTITY IfcMiddle ABSTRACT SUPERTYPE SUBTYPE OF (IfcBase); Second : INTEGER; END_ENTITY;"
+        "ENTITY IfcLeaf ABSTRACT SUPERTYPE SUBTYPE OF (IfcMiddle); END_ENTITY; END_SCHEMA;",
+        messages);
+    ASSERT_TRUE(pSchema);
+    const ReadResult result("ISO-10303-21;HEADER;FILE_SCHEMA(('T'));ENDSEC;DATA;#1=IFCLEAF(4,5);ENDSEC;",
+                            schemaIs(*pSchema));
+    EXPECT_THAT(result.rows(), ElementsAre("Error Value 1 Error_EntityIsAbstract | #1=IFCLEAF(4,5);",
+                                           "Error Value 1 Error_TooManyAttributesFor | #1=IFCLEAF(4,5);"));
+    ASSERT_EQ(result.iEntities(), 1U);
+    EXPECT_EQ(result.file.data().entities()[0]->sWriteLine(result.file.data()), "#1=IFCBASE(4);");
+}
+
+TEST(DataReadLine, KeepsAnAbstractBuildingElementAsAProxy) {
+    const char* g_sText = "ISO-10303-21;HEADER;FILE_SCHEMA(('%1'));ENDSEC;DATA;"
+                          "#1=IFCBUILDINGELEMENT('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$);ENDSEC;";
+    struct Row {
+        const char* sSchema;
+        const char* sType;   // none: dropped
+    };
+    // In IFC4X3 the type has another name, so there is nothing to fall back to.
+    for (const Row& row : {Row{"IFC2X3", "IfcBuildingElementProxy"}, Row{"IFC4", "IfcBuildingElementProxy"}}) {
+        SCOPED_TRACE(row.sSchema);
+        std::string sText = g_sText;
+        const ReadResult result(sText.replace(sText.find("%1"), 2, row.sSchema));
+        ASSERT_EQ(result.iEntities(), 1U);
+        EXPECT_EQ(result.file.data().entities()[0]->schemaEntity().sName, row.sType);
+        EXPECT_EQ(sReportKey(result.errors.records().at(0).description), "Error_EntityIsAbstract");
+    }
+}
+
+TEST(DataReadLine, AReusedNumberKeepsTheLaterStatement) {
+    const ReadResult result(sIfc4File("#1=IFCDIRECTION((1.));\n#1=IFCCARTESIANPOINT((2.));\n"));
+    EXPECT_THAT(result.rows(), ElementsAre("Error Identifier 6 Error_EntityIdReused | #1=IFCCARTESIANPOINT((2.));"));
+    EXPECT_NE(result.errors.records()[0].description.find("#1"), std::string::npos);
+    EXPECT_TRUE(result.boRead);
+    const auto& entities = result.file.data().entities();
+    ASSERT_EQ(entities.size(), 2U);   // the same one twice
+    EXPECT_EQ(entities[0], entities[1]);
+    EXPECT_EQ(entities[0]->sWriteLine(result.file.data()), "#1=IFCCARTESIANPOINT((2.));");
+}
+
+TEST(DataReadLine, TheGuidMapKeepsTheFirst) {
+    const std::string sSecond = "#6=IFCDOOR('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$,$,$,$,$,$);";
+    const ReadResult result(sIfc4File(std::string(g_wall) + "\n" + sSecond + "\n"));
+    EXPECT_THAT(result.rows(), ElementsAre("Error Value 6 Error_DuplicateGuids | " + sSecond));
+    EXPECT_EQ(result.iEntities(), 2U);
+    const Guid guid = *IfcGuid::fromIfcGuid("2CND9gmL0OS2wPqFz8m2Fi");
+    EXPECT_EQ(result.file.data().pEntityFromGuid(guid), result.file.data().pEntityFromId(5));
+}
+
+TEST(DataReadLine, TheFirstProjectIsTheProject) {
+    const ReadResult result(sIfc4File("#2=IFCPROJECT('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$,$);"
+                                      "#1=IFCPROJECT('2CND9gmL0OS2wPqFz8m2Fj',$,$,$,$,$,$,$,$);"));
+    EXPECT_EQ(result.file.data().pProject(), result.file.data().pEntityFromId(2));
+}
+
+TEST(DataReadLine, NestedTypedValuesAreBounded) {
+    const std::size_t iDepth = 100'000;
+    std::string sValue;
+    for (std::size_t i = 0; i < iDepth; ++i) sValue += "IFCVALUE(";
+    sValue += "IFCLABEL('a')" + std::string(iDepth, ')');
+    const ReadResult result(sIfc4File("#1=IFCPROPERTYSINGLEVALUE('a',$," + sValue + ",$);\n#2=IFCDIRECTION((1.));\n"));
+    EXPECT_TRUE(result.boRead);
+    EXPECT_EQ(result.iEntities(), 2U);
+    ASSERT_EQ(result.errors.records().size(), 1U);
+    EXPECT_EQ(sReportKey(result.errors.records()[0].description), "Error_ExpectedValidSelectValueFor");
+}
+
+// A hundred thousand faults of one statement: linear in time and memory, where a copy of its text for each is not.
+TEST(DataReadLine, ManyFaultsShareTheirText) {
+    std::string sItems = "$";
+    for (int i = 1; i < 100'000; ++i) sItems += ",$";
+    const ReadResult result(sIfc4File("#1=IFCPROPERTYLISTVALUE('a',$,(" + sItems + "),$);\n"));
+    EXPECT_TRUE(result.boRead);
+    EXPECT_EQ(result.iEntities(), 1U);
+    EXPECT_TRUE(result.errors.records().empty() ||
+                &*result.errors.records().front().lineString == &*result.errors.records().back().lineString);
+}
+
+struct FinishRow {
+    const char* sRule;
+    const char* sData;
+    std::vector<std::string> missing;
+};
+
+const FinishRow g_finishRows[] = {
+    {"no entities", "", {}},
+    {"a dangling reference", "#1=IFCAXIS2PLACEMENT2D(#70000,$);", {"70000"}},
+    {"two to one number are one", "#1=IFCAXIS2PLACEMENT2D(#9,#9);#2=IFCAXIS2PLACEMENT2D(#9,$);", {"9"}},
+    {"in the order of their numbers", "#1=IFCAXIS2PLACEMENT2D(#40000000,#8);#2=IFCAXIS2PLACEMENT2D(#32768,#32767);",
+     {"8", "32767", "32768", "40000000"}},
+    {"a dropped statement is missing", "#1=IFCAXIS2PLACEMENT2D(#2,$);#2=IFCWALL(;", {"2"}},
+    {"a reference beyond 32 bits is no other instance", "#1=IFCAXIS2PLACEMENT2D(#4294967297,$);", {"2147483647"}},
+};
+
+TEST(DataFinished, ReportsWhatWasNamedAndNeverDefined) {
+    for (const FinishRow& row : g_finishRows) {
+        SCOPED_TRACE(row.sRule);
+        const ReadResult result(sIfc4File(row.sData));
+        EXPECT_TRUE(result.boRead);
+        std::vector<std::string> missing;
+        for (const ErrorRecord& record : result.errors.records()) {
+            EXPECT_EQ(sRow(record), "Error Reference 0 Error_MissingEntityWithId | ");
+            const std::string sBefore = localize("Ifc", "Error_MissingEntityWithId");
+            const std::size_t iNumber = sBefore.find("%1");
+            missing.push_back(record.description.substr(iNumber, record.description.size() - sBefore.size() + 2));
+        }
+        EXPECT_EQ(missing, row.missing);
+    }
+}
+
+TEST(DataFinished, KeepsOrDropsTheNumbers) {
+    const std::string sText = sIfc4File("#70=IFCDIRECTION((1.));#12=IFCCARTESIANPOINT((2.));");
+    for (const bool boKeep : {true, false}) {
+        SCOPED_TRACE(boKeep);
+        const ReadResult result(sText, {}, boKeep);
+        const Data& data = result.file.data();
+        EXPECT_EQ(data.pEntityFromId(70) != nullptr, boKeep);
+        std::vector<std::size_t> numbers;
+        for (const Entity* pEntity : data.entities()) numbers.push_back(data.iIdFromEntity(*pEntity));
+        if (boKeep)
+            EXPECT_THAT(numbers, UnorderedElementsAre(70, 12));
+        else
+            EXPECT_THAT(numbers, ElementsAre(1, 2));
+    }
+}
+
+TEST(DataFinished, SortsByType) {
+    const ReadResult result(sIfc4File("#1=IFCWALL('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$,$);#2=IFCDIRECTION((1.));"
+                                      "#3=IFCWALLSTANDARDCASE('2CND9gmL0OS2wPqFz8m2Fj',$,$,$,$,$,$,$,$);"
+                                      "#4=IFCDIRECTION((2.));"));
+    const Data& data = result.file.data();
+    const auto count = [&data](const char* sName, bool boSubtypes) {
+        const auto [first, last] = data.range(ObjectName(sName), boSubtypes);
+        return last - first;
+    };
+    EXPECT_EQ(count("IFCWALL", false), 1);
+    EXPECT_EQ(count("IFCWALL", true), 2);
+    EXPECT_EQ(count("IFCROOT", true), 2);
+    EXPECT_EQ(count("IFCROOT", false), 0);
+    EXPECT_EQ(count("IFCDIRECTION", true), 2);
+    EXPECT_EQ(count("IFCNO", true), 0);
+}
+
+}   // namespace
+}   // namespace oxa::ifc

@@ -1,0 +1,121 @@
+// The container: creation, order, ranges, moves, numbers.
+#include "Format/Ifc/IfcFileDataSimple.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/Utilities.h"
+#include "provider/SchemaLoader.h"
+
+namespace oxa::ifc {
+namespace {
+
+using def::schema::ObjectName;
+using testing::ElementsAre;
+
+struct Ifc4Data : Data {
+    Ifc4Data() { vSchemaSet(SchemaLoader::pBuiltIn("IFC4")); }
+};
+
+std::ptrdiff_t iCount(const Data& data, const char* sName, bool boSubtypes) {
+    const auto [first, last] = data.range(ObjectName(sName), boSubtypes);
+    return last - first;
+}
+
+template <class Call>
+std::string sThrown(Call&& call) {
+    try {
+        call();
+    } catch (const oxa::exception& fault) {
+        return fault.what();
+    }
+    return "nothing";
+}
+
+TEST(Data, AnEmptyOneHasEmptyRanges) {
+    const Data bare;
+    EXPECT_EQ(iCount(bare, "IFCWALL", true), 0);
+    const Ifc4Data data;
+    EXPECT_EQ(iCount(data, "IFCWALL", true), 0);
+    EXPECT_EQ(iCount(data, "IFCNO", true), 0);
+    EXPECT_EQ(iCount(data, "IFCLABEL", true), 0);
+}
+
+TEST(Data, CreatesOnlyWhatTheSchemaAllows) {
+    Data bare;
+    EXPECT_EQ(bare.pEntityCreate(ObjectName("IFCWALL")), nullptr);
+    Ifc4Data data;
+    EXPECT_EQ(data.pEntityCreate(ObjectName("IFCNO")), nullptr);
+    EXPECT_EQ(data.pEntityCreate(ObjectName("IFCLABEL")), nullptr);
+    EXPECT_EQ(data.pEntityCreate(static_cast<const def::schema::Entity*>(nullptr)), nullptr);
+    EXPECT_EQ(sThrown([&] { data.pEntityCreate(ObjectName("IFCROOT")); }), "Can't create abstract class");
+    EXPECT_TRUE(data.entities().empty());
+    Entity* pWall = data.pEntityCreate(ObjectName("IFCWALL"));
+    ASSERT_NE(pWall, nullptr);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pWall) % alignof(Entity), 0U);
+    EXPECT_EQ(pWall->schemaEntity().sName, "IfcWall");
+}
+
+TEST(Data, RangeSortsAgainAfterAnAddition) {
+    Ifc4Data data;
+    data.pEntityCreate(ObjectName("IFCWALL"));
+    EXPECT_EQ(iCount(data, "IFCDOOR", false), 0);
+    data.pEntityCreate(ObjectName("IFCDOOR"));
+    data.pEntityCreate(ObjectName("IFCWALLSTANDARDCASE"));
+    EXPECT_EQ(iCount(data, "IFCDOOR", false), 1);
+    EXPECT_EQ(iCount(data, "IFCWALL", true), 2);
+    EXPECT_EQ(iCount(data, "IFCELEMENT", true), 3);
+}
+
+TEST(Data, TheFirstProjectStays) {
+    Ifc4Data data;
+    EXPECT_EQ(data.pProject(), nullptr);
+    data.pEntityCreate(ObjectName("IFCWALL"));
+    Entity* pProject = data.pEntityCreate(ObjectName("IFCPROJECT"));
+    data.pEntityCreate(ObjectName("IFCPROJECT"));
+    EXPECT_EQ(data.pProject(), pProject);
+}
+
+TEST(Data, AnEntityWithoutASchemaIsAnInsideFault) {
+    Ifc4Data data;
+    Entity empty;
+    EXPECT_EQ(sThrown([&] { data.entityAdd(&empty); }), "returning nullptr");
+    data.pEntityCreate(ObjectName("IFCPROJECT"));
+    data.entityAdd(&empty);   // with a project nobody asks for its type any more
+    EXPECT_EQ(sThrown([&] { static_cast<void>(data.entities()); }), "returning nullptr");
+    data.entityAdd(nullptr);
+    data.deleteIncompleteEntities();
+    EXPECT_EQ(data.entities().size(), 1U);
+}
+
+TEST(Data, AMoveTakesAllButTheSchema) {
+    Ifc4Data source;
+    Entity* pWall = source.pEntityCreate(ObjectName("IFCWALL"));
+    const std::size_t iId = source.iIdFromEntity(*pWall);
+    Data target(std::move(source));
+    EXPECT_THAT(target.entities(), ElementsAre(pWall));
+    EXPECT_EQ(target.iIdFromEntity(*pWall), iId);
+    EXPECT_TRUE(source.entities().empty());
+    EXPECT_EQ(source.pSchema(), target.pSchema());
+    Data other;
+    other = std::move(target);
+    EXPECT_THAT(other.entities(), ElementsAre(pWall));
+    Data& same = other;
+    other = std::move(same);
+    EXPECT_THAT(other.entities(), ElementsAre(pWall));
+    EXPECT_NE(other.pEntityCreate(ObjectName("IFCDOOR")), nullptr);
+}
+
+TEST(Data, DealsNumbersOnDemand) {
+    Ifc4Data data;
+    Entity* pWall = data.pEntityCreate(ObjectName("IFCWALL"));
+    Entity* pDoor = data.pEntityCreate(ObjectName("IFCDOOR"));
+    EXPECT_EQ(data.iIdFromEntity(*pDoor), 1U);
+    EXPECT_EQ(data.iIdFromEntity(*pWall), 2U);
+    EXPECT_EQ(data.iIdFromEntity(*pDoor), 1U);
+    static_cast<void>(data.entityIdMap(true));
+    EXPECT_EQ(data.iIdFromEntity(*pWall), 1U);
+}
+
+}   // namespace
+}   // namespace oxa::ifc

@@ -1,0 +1,133 @@
+// The file objects: what they hand on, the simple form, progress.
+#include "Format/Ifc/IfcFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ReadResult.h"
+#include "provider/SchemaLoader.h"
+
+namespace oxa::ifc {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(File, AsksTheCallersFunctionForTheSchema) {
+    std::vector<std::string> asked;
+    const auto schema = [&asked](const std::string& sName) {
+        asked.push_back(sName);
+        return SchemaLoader::pBuiltIn("IFC2X3");
+    };
+    const ReadResult result("ISO-10303-21;HEADER;FILE_SCHEMA(('OURS'));ENDSEC;DATA;ENDSEC;", schema);
+    EXPECT_TRUE(result.boRead);
+    EXPECT_THAT(asked, ElementsAre("OURS"));
+    EXPECT_EQ(result.file.data().pSchema(), SchemaLoader::pBuiltIn("IFC2X3"));
+    EXPECT_EQ(result.file.header().schema.schemaName, "IFC2X3");
+}
+
+// The first entity statement, then every further 1000; nothing else counts.
+TEST(File, CallsProgressByEntityStatements) {
+    struct Row {
+        std::size_t iStatements;
+        std::size_t iCalls;
+    };
+    for (const Row& row : {Row{0, 0}, Row{1, 1}, Row{1000, 1}, Row{1001, 2}, Row{2001, 3}}) {
+        SCOPED_TRACE(row.iStatements);
+        std::string sData = "dropped;";
+        std::vector<unsigned> behind;   // where each statement's ";" stands
+        const std::string sHead = "ISO-10303-21;HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;DATA;";
+        for (std::size_t i = 1; i <= row.iStatements; ++i) {
+            sData += "#" + std::to_string(i) + "=IFCDIRECTION((1.));";
+            behind.push_back(static_cast<unsigned>(sHead.size() + sData.size() - 1));
+        }
+        File file;
+        io::ReadError errors;
+        std::vector<unsigned> positions;
+        std::istringstream in(sHead + sData + "ENDSEC;");
+        EXPECT_TRUE(file.boRead(in, {}, errors, true, [&](unsigned iPosition) { positions.push_back(iPosition); }, true));
+        ASSERT_EQ(positions.size(), row.iCalls);
+        for (std::size_t i = 0; i < positions.size(); ++i) EXPECT_EQ(positions[i], behind[i * 1000]);
+    }
+}
+
+TEST(File, ASecondReadGoesOnFillingTheSameData) {
+    ReadResult result(sIfc4File("#1=IFCDIRECTION((1.));"));
+    std::istringstream in(sIfc4File("#2=IFCDIRECTION((1.));"));
+    EXPECT_TRUE(result.file.boRead(in, {}, result.errors, true, {}, true));
+    EXPECT_EQ(result.iEntities(), 2U);
+    // The numbers kept are those of the first read.
+    EXPECT_NE(result.file.data().pEntityFromId(1), nullptr);
+    EXPECT_EQ(result.file.data().pEntityFromId(2), nullptr);
+}
+
+struct SimpleRow {
+    const char* sRule;
+    const char* sText;
+    bool boRead;
+    std::size_t iEntities;
+    std::vector<std::string> rows;
+};
+
+const SimpleRow g_simpleRows[] = {
+    {"a bad head says nothing", "ISO-10303-21;", false, 0, {}},
+    {"an empty stream says nothing", "", false, 0, {}},
+    {"an unknown schema", "Ifc file simple;\nIFC99;\n*;\n", false, 0, {"Fatal Model 0 Error_UnknownSchemaName | "}},
+    {"no schema", "Ifc file simple;\n;\n*;\n", false, 0, {"Fatal Model 0 Error_UnknownSchemaName | "}},
+    {"no ENDSEC is needed", "Ifc file simple;\nIFC4;\n*;\n#1=IFCDIRECTION((1.));\n", true, 1, {}},
+    {"ENDSEC ends it", "Ifc file simple;\nIFC4;\n*;\n#1=IFCDIRECTION((1.));ENDSEC;a=b=c;", true, 1, {}},
+    {"a backslash ends it as a success", "Ifc file simple;\nIFC4;\n*;\n#1=IFCDIRECTION((1.));\\#2=IFCX();", true, 1, {}},
+    {"a second = does not", "Ifc file simple;\nIFC4;\n*;\n#1=IFCDIRECTION((1.));#2==();", false, 1,
+     {"Fatal Syntax 1 Error_UnexpectedEqualOperator | "}},
+};
+
+TEST(FileSimple, ReadsTheShortForm) {
+    for (const SimpleRow& row : g_simpleRows) {
+        SCOPED_TRACE(row.sRule);
+        FileSimple file(*SchemaLoader::pBuiltIn("IFC4"));
+        io::ReadError errors;
+        std::istringstream in(row.sText);
+        EXPECT_EQ(file.boRead(in, {}, errors, {}, true), row.boRead);
+        EXPECT_EQ(file.data().entities().size(), row.iEntities);
+        EXPECT_EQ(rowsOf(errors), row.rows);
+    }
+}
+
+TEST(FileSimple, NoEntityCountsAsRooted) {
+    FileSimple file(*SchemaLoader::pBuiltIn("IFC4"));
+    io::ReadError errors;
+    std::istringstream in("Ifc file simple;\nIFC4;\n*;\n#1=IFCWALL('0000000000000000000000',$,$,$,$,$,$,$,$);"
+                          "#2=IFCWALL('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$,$);");
+    EXPECT_TRUE(file.boRead(in, {}, errors, {}, true));
+    EXPECT_THAT(rowsOf(errors), IsEmpty());
+    EXPECT_TRUE(file.data().guidEntityMap().empty());
+}
+
+TEST(FileSimple, FindsItsRoot) {
+    struct Row {
+        const char* sRoot;
+        bool boRoot;
+        bool boDefined;
+        std::vector<std::string> rows;
+    };
+    const Row g_rows[] = {
+        {"*;", false, false, {}},
+        {"7;", true, true, {}},
+        {"8;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}},
+    };
+    for (const Row& row : g_rows) {
+        SCOPED_TRACE(row.sRoot);
+        FileSimple file(*SchemaLoader::pBuiltIn("IFC4"));
+        io::ReadError errors;
+        std::istringstream in("Ifc file simple;\nIFC4;\n" + std::string(row.sRoot) + "\n#7=IFCDIRECTION((1.));");
+        EXPECT_TRUE(file.boRead(in, {}, errors, {}, true));
+        EXPECT_EQ(rowsOf(errors), row.rows);
+        ASSERT_EQ(file.pRootEntity() != nullptr, row.boRoot);
+        if (row.boRoot) {
+            EXPECT_EQ(file.pRootEntity()->pSchemaEntity() != nullptr, row.boDefined);
+        }
+    }
+}
+
+}   // namespace
+}   // namespace oxa::ifc

@@ -1,0 +1,179 @@
+// The scanner: which bytes become statements, where sections begin and end, and what is said of faults.
+#include "Format/Ifc/IfcReadFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Format/Ifc/IfcScanBytes.h"
+#include "ReadResult.h"
+
+namespace oxa::ifc {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string g_point = "#1=IFCCARTESIANPOINT((1.,2.));\n";
+const std::string g_head = "ISO-10303-21;HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;";
+
+struct ScanRow {
+    const char* sRule;
+    std::string sText;
+    bool boRead;
+    std::size_t iEntities;
+    std::vector<std::string> rows;
+};
+
+const ScanRow g_scanRows[] = {
+    {"an empty stream", "", false, 0, {"Fatal Syntax 0 Error_InvalidFile | "}},
+    {"a text without a marker", "DATA;" + g_point + "ENDSEC;", false, 0, {"Fatal Syntax 0 Error_InvalidFile | "}},
+    {"a header alone", g_head + "END-ISO-10303-21;", true, 0, {}},
+    {"no header: no schema, no entity, no word", "ISO-10303-21;DATA;" + g_point + "ENDSEC;", true, 0, {}},
+    {"the end of DATA is missing", g_head + "DATA;" + g_point, false, 1, {"Fatal Syntax 0 Error_InvalidFile | "}},
+    {"the end is missing and something was reported", g_head + "DATA;#1=IFCNO();", false, 0,
+     {"Error Value 1 Error_UnknownEntityType | #1=IFCNO();"}},
+    {"a preface before the marker", "\xEF\xBB\xBFSubject: a = model;" + sIfc4File(g_point), true, 1, {}},
+    {"a second = before the marker", "a=b=c;" + sIfc4File(g_point), false, 0,
+     {"Fatal Syntax 1 Error_UnexpectedEqualOperator | "}},
+    {"a backslash before the marker ends the read", "a\\b;" + sIfc4File(g_point), false, 0,
+     {"Fatal Syntax 0 Error_InvalidFile | "}},
+    {"a missing semicolon", sIfc4File("#1=IFCCARTESIANPOINT((1.,2.))\n#2=IFCDIRECTION((1.,0.));\n"), false, 0,
+     {"Fatal Syntax 6 Error_UnexpectedEqualOperator | #1=IFCCARTESIANPOINT((1.,2.))"}},
+    {"the file ends behind a slash", g_head + "DATA;\n#1=IFCX(/", false, 0,
+     {"Fatal Syntax 2 Error_InvalidEndOfFile | #1=IFCX(/"}},
+    {"the file ends in a comment", g_head + "DATA;\n#1=IFCX(/* no\nend", false, 0,
+     {"Fatal Syntax 3 Error_EndOfCommentNotFound | #1=IFCX("}},
+    {"a line end behind a backslash in a string", sIfc4File("#1=IFCX('a\\\nb');\n"), false, 0,
+     {"Fatal Syntax 5 Error_UnexpectedNewlineInString | "}},
+    {"a string that never ends swallows the rest", sIfc4File("#1=IFCX('a;\n"), false, 0,
+     {"Fatal Syntax 0 Error_InvalidFile | "}},
+    {"an unknown schema", "ISO-10303-21;HEADER;\nFILE_SCHEMA(('IFC99'));ENDSEC;DATA;" + g_point, false, 0,
+     {"Fatal Model 2 Error_UnknownSchemaName | ENDSEC;"}},
+    {"no schema name", "ISO-10303-21;HEADER;ENDSEC;DATA;" + g_point, false, 0,
+     {"Fatal Model 1 Error_UnknownSchemaName | ENDSEC;"}},
+    {"ENDSEC in a string ends the header", "ISO-10303-21;HEADER;FILE_DESCRIPTION(('ENDSEC'),'2;1');", false, 0,
+     {"Fatal Model 1 Error_UnknownSchemaName | FILE_DESCRIPTION(('ENDSEC'),'2;1');"}},
+    {"a header statement without a kind", "ISO-10303-21;HEADER;\nFOO();FILE_SCHEMA(('IFC4'));ENDSEC;DATA;ENDSEC;", true,
+     0, {"Error Header 2 Error_HeaderTypeNotImplemented | FOO();"}},
+    {"# not in front", sIfc4File("x#1=IFCWALL();\n"), false, 0,
+     {"Fatal Syntax 5 Error_ExpectedNumberSign | x#1=IFCWALL();"}},
+    {"a statement without # is dropped", sIfc4File("nothing;\n" + g_point), true, 1, {}},
+    {"# in a comment is none", sIfc4File(g_point + "/* #2 */"), true, 1, {}},
+    {"# before ENDSEC makes an entity statement of it", sIfc4File(g_point + "#"), false, 1,
+     {"Fatal Syntax 6 Error_ExpectedEqualOperator | #ENDSEC;"}},
+    {"nothing behind the DATA section is read", sIfc4File(g_point) + "a=b=c; \\ /* ", true, 1, {}},
+    {"END-ISO-10303-21 outside of sections", g_head + "END-ISO-10303-21;DATA;" + g_point + "ENDSEC;", true, 0, {}},
+    {"blanks vanish, inside of words too", sIfc4File("#1 = IFC CARTESIAN\r\nPOINT ( ( 1. , 2. ) ) ;\n"), true, 1, {}},
+    {"a tab is no blank", sIfc4File("#1=IFCWALL\t();\n"), true, 0,
+     {"Error Value 5 Error_UnknownEntityType | #1=IFCWALL\t();"}},
+    {"comments vanish anywhere", sIfc4File("#/**/1=IFC/* ;=#' */CARTESIANPOINT((1./***/,2.));\n"), true, 1, {}},
+    {"/*/ does not close", sIfc4File("/*/ a=b=c; */" + g_point), true, 1, {}},
+    {"a slash alone is a byte of the statement", sIfc4File("#1=IFCWALL/();\n"), true, 0,
+     {"Error Value 5 Error_UnknownEntityType | #1=IFCWALL/();"}},
+    {"a statement's line is where it ends", sIfc4File("#1\n=\nIFCNO\n()\n;\n"), true, 0,
+     {"Error Value 9 Error_UnknownEntityType | #1=IFCNO();"}},
+    {"lines in strings and comments count", sIfc4File("/*\n\n*/#1=IFCNO('\n');\n"), true, 0,
+     {"Error Value 8 Error_UnknownEntityType | #1=IFCNO('\n');"}},
+    {"; = # in strings count for nothing", sIfc4File("#1=IFCNO(';=#');\n"), true, 0,
+     {"Error Value 5 Error_UnknownEntityType | #1=IFCNO(';=#');"}},
+    {"a quote behind \\S\\ ends no string", sIfc4File("#1=IFCNO('\\S\\';');\n"), true, 0,
+     {"Error Value 5 Error_UnknownEntityType | #1=IFCNO('\\S\\';');"}},
+    {"a quote behind a backslash ends no string", sIfc4File("#1=IFCNO('\\';');\n"), true, 0,
+     {"Error Value 5 Error_UnknownEntityType | #1=IFCNO('\\';');"}},
+};
+
+TEST(ReadFile, ScansByTheRules) {
+    for (const ScanRow& row : g_scanRows) {
+        SCOPED_TRACE(row.sRule);
+        const ReadResult result(row.sText);
+        EXPECT_EQ(result.boRead, row.boRead);
+        EXPECT_EQ(result.iEntities(), row.iEntities);
+        EXPECT_EQ(result.rows(), row.rows);
+    }
+}
+
+TEST(ReadFile, CompletesOnlyAfterAProperEnd) {
+    const std::string sData = "#1=IFCDIRECTION((1.));#2=IFCAXIS2PLACEMENT2D(#3,#1);";
+    EXPECT_THAT(ReadResult(g_head + "DATA;" + sData + "ENDSEC;").rows(),
+                ElementsAre("Error Reference 0 Error_MissingEntityWithId | "));
+    const ReadResult cut(g_head + "DATA;" + sData);
+    EXPECT_THAT(cut.rows(), ElementsAre("Fatal Syntax 0 Error_InvalidFile | "));
+    EXPECT_EQ(cut.file.data().pEntityFromId(1), nullptr);
+}
+
+// Every place where a buffer can end: the same file, moved byte by byte over the end of a buffer, reads the same.
+TEST(ReadFile, DoesNotMindWhereABufferEnds) {
+    const std::string sData =
+        "#1 =  IFCLABEL /* a ; = # ' comment **/ ( 'it''s \\X2\\00E9\\X0\\ \\X\\E9 \\S\\' \\\\' ) ;\n"
+        "#2=IFCPROPERTYSINGLEVALUE('a''b',/**/$,IFCLABEL('\\X4\\0001F600\\X0\\;'),$);\n  \r\n\n  "
+        "#3=IFCCARTESIANPOINT((1.,2.));\nx/y;\n#4=IFCNO('\n');\n";
+    const std::string sText = sIfc4File(sData);
+    const ReadResult expected(sText);
+    ASSERT_TRUE(expected.boRead);
+    ASSERT_EQ(expected.rows().size(), 2U);
+    const std::size_t iData = sText.find("#1 =");
+    for (std::size_t iShift = 0; iShift < sData.size() + 20; ++iShift) {
+        SCOPED_TRACE(iShift);
+        // Blanks before the data, so that the end of the first buffer falls on each byte of them in turn.
+        const std::string sPadding(stream::StreamReadBuffer::g_iBufferSize - iData - iShift + 10, ' ');
+        const ReadResult moved(sText.substr(0, iData) + sPadding + sText.substr(iData));
+        ASSERT_EQ(moved.boRead, true);
+        ASSERT_EQ(moved.rows(), expected.rows());
+        ASSERT_EQ(moved.iEntities(), expected.iEntities());
+        for (const std::size_t iId : {2U, 3U})
+            ASSERT_EQ(moved.file.data().pEntityFromId(iId)->sWriteLine(moved.file.data()),
+                      expected.file.data().pEntityFromId(iId)->sWriteLine(expected.file.data()));
+    }
+}
+
+// Bytes that a buffer boundary has already taken along are part of the text of a report.
+TEST(ReadFile, ReportsTheTextAssembledSoFar) {
+    const std::string sHead = g_head + "DATA;";
+    const std::string sWord(stream::StreamReadBuffer::g_iBufferSize - sHead.size() - 4, 'A');
+    const ReadResult result(sHead + "#1=" + sWord + "BC=;");
+    ASSERT_EQ(result.errors.records().size(), 1U);
+    EXPECT_EQ(result.errors.records()[0].lineString, "#1=" + sWord + "B");
+}
+
+TEST(ReadFile, StaysAliveOnEveryPrefix) {
+    const std::string sText = sIfc4File("#1=IFCPROPERTYSINGLEVALUE('a''b',$,IFCLABEL('\\X2\\00E9\\X0\\'),$); /* c */\n");
+    const std::size_t iEnd = sText.find("ENDSEC;\nEND-ISO") + 7;
+    for (std::size_t i = 0; i <= sText.size(); ++i) {
+        SCOPED_TRACE(i);
+        const ReadResult result(sText.substr(0, i));
+        EXPECT_EQ(result.boRead, i >= iEnd);
+        EXPECT_EQ(result.errors.records().empty(), i >= iEnd);
+    }
+}
+
+TEST(ReadFile, StaysAliveWhateverAByteBecomes) {
+    const std::string sText = sIfc4File("#1=IFCPROPERTYSINGLEVALUE('a''b',.T.,IFCLABEL('x'),(#2,#3));#2=IFCWALL($,*);\n");
+    for (std::size_t i = 0; i < sText.size(); ++i)
+        for (const char c : {'\0', '\'', '(', ')', ',', ';', '=', '#', '/', '*', '\\', '\n', '\x80', '\xff', '$', '9'}) {
+            std::string sChanged = sText;
+            sChanged[i] = c;
+            const ReadResult result(sChanged);
+            EXPECT_TRUE(result.boRead || result.errors.boFatal() || !result.errors.records().empty())
+                << "byte " << i << " as " << static_cast<int>(c);
+        }
+}
+
+TEST(ScanBytes, VectorSearchFindsWhatTheTableDoes) {
+    std::string sBytes(512, 'a');
+    std::uint32_t uState = 1;
+    for (char& c : sBytes) {
+        uState = uState * 1664525U + 1013904223U;
+        if (uState >> 28 == 0) c = ";'/=\\\n\r #ab'\\"[uState >> 8 & 7U];
+    }
+    const std::string sPadded = sBytes + std::string(64, '\0');
+    for (std::size_t i = 0; i < sBytes.size(); ++i)
+        for (std::size_t iEnd = i; iEnd <= sBytes.size(); iEnd += 7) {
+            const char* first = sPadded.data() + i;
+            const char* last = sPadded.data() + iEnd;
+            ASSERT_EQ(details::pFindStatement(first, last), details::pFindClass(first, last, details::Statement));
+            ASSERT_EQ(details::pFindString(first, last), details::pFindClass(first, last, details::String));
+        }
+}
+
+}   // namespace
+}   // namespace oxa::ifc

@@ -1,0 +1,481 @@
+// What a write puts into a stream: which statements, in which order, with which numbers, and how they get there.
+#include "Format/Ifc/IfcWriteFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <filesystem>
+#include <functional>
+#include <future>
+#include <numeric>
+#include <thread>
+
+#include "SmallModel.h"
+
+namespace oxa::ifc::io {
+namespace {
+
+using testing::ElementsAre;
+using testing::UnorderedElementsAreArray;
+
+using Lines = std::vector<std::string>;
+
+Lines linesOf(const std::string& text) {
+    Lines lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+ReadFileModel modelOf(std::string_view statements, bool boKeepIds = true) {
+    return ReadFileModel(sFileOf(statements), true, schemaIs(smallSchema()), boKeepIds);
+}
+
+struct Written {
+    bool boResult = false;
+    std::string text;
+    std::multiset<std::string> records;
+};
+
+// One of the ways to write, into a text.
+template <class Write>
+Written written(Write&& write) {
+    std::ostringstream out;
+    WriteError errors;
+    Written result;
+    result.boResult = write(out, errors);
+    result.text = out.str();
+    result.records = recordTexts(errors);
+    return result;
+}
+Written fileOf(const File& file, bool boSingleThreaded = true, WriteProgress progress = {}) {
+    return written([&](auto& out, auto& errors) { return file.boWrite(out, errors, progress, boSingleThreaded); });
+}
+Written dataOf(const Data& data, bool boSingleThreaded = true) {
+    return written([&](auto& out, auto& errors) { return data.boWrite(out, errors, boSingleThreaded); });
+}
+Written entityOf(const Data& data, const Entity* pEntity, bool boSingleThreaded = true) {
+    return written([&](auto& out, auto& errors) { return data.boWrite(pEntity, out, errors, boSingleThreaded); });
+}
+
+// Keeps what it gets, and which threads brought it.
+struct RecordingWriter : IfcLineWriterInterface {
+    std::vector<std::pair<std::string, unsigned>> m_lines;   // guarded by m_mutex
+    std::set<std::thread::id> m_threads;                     // guarded by m_mutex
+    std::mutex m_mutex;
+    std::atomic<int> m_iFinished{0};
+
+    std::size_t iLineAdd(std::string& line, unsigned iId) override {
+        const std::lock_guard lock(m_mutex);
+        EXPECT_EQ(m_iFinished, 0);
+        m_lines.emplace_back(line, iId);
+        m_threads.insert(std::this_thread::get_id());
+        line = "whatever";   // the caller may rely on nothing
+        return m_lines.size();
+    }
+    void vFinish() override { ++m_iFinished; }
+};
+
+const std::string g_sProject = "#1=IFCPROJECT('" + sGuidOf(0) + "',$,$);";
+
+TEST(WriteFile, WritesNothingWithoutAProject) {
+    const ReadFileModel model = modelOf("#2=IFCPOINT((1.));\n");
+    for (const bool boSingleThreaded : {true, false}) {
+        const Written result = fileOf(model.file, boSingleThreaded);
+        EXPECT_FALSE(result.boResult);
+        EXPECT_EQ(result.text, "");
+
+        RecordingWriter writer;
+        WriteError errors;
+        EXPECT_FALSE(model.file.data().boWrite(writer, errors, {}, boSingleThreaded));
+        EXPECT_EQ(writer.m_iFinished, 1);
+        EXPECT_TRUE(writer.m_lines.empty());
+    }
+}
+
+TEST(WriteFile, PutsTheFrameAroundTheProject) {
+    const ReadFileModel model = modelOf(g_sProject);
+    for (const bool boSingleThreaded : {true, false}) {
+        const Written result = fileOf(model.file, boSingleThreaded);
+        EXPECT_TRUE(result.boResult);
+        EXPECT_EQ(result.text, "ISO-10303-21;\n" + model.file.header().writeToString() + "DATA;\n" + g_sProject +
+                                   "\nENDSEC;\nEND-ISO-10303-21;\n");
+        EXPECT_TRUE(result.records.empty());
+    }
+}
+
+struct ReachRow {
+    const char* sRule;
+    std::string statements;
+    Lines lines;   // of a whole file, between DATA and ENDSEC
+};
+
+TEST(WriteFile, WritesWhatTheProjectReachesBreadthFirst) {
+    const std::string g0 = sGuidOf(0);
+    const std::string g1 = sGuidOf(1);
+    const std::string g2 = sGuidOf(2);
+    const std::string sProjectWith = "#1=IFCPROJECT('" + g0 + "',$,(#";
+    const std::string sLink = "#9=IFCRELLINK('" + g1 + "',$,#1,(#8,#7));";
+    const ReachRow rows[] = {
+        {"what nothing leads to is left out", g_sProject + "#2=IFCPOINT((1.));", {g_sProject}},
+        {"references, in the order in which they are named",
+         "#4=IFCPOINT((4.));#2=IFCPOINT((2.));#3=IFCPOINT((3.));" + sProjectWith + "3,#4));",
+         {sProjectWith + "3,#4));", "#3=IFCPOINT((3.));", "#4=IFCPOINT((4.));"}},
+        {"what is named twice is written once", "#3=IFCPOINT((3.));" + sProjectWith + "3,#3));",
+         {sProjectWith + "3,#3));", "#3=IFCPOINT((3.));"}},
+        {"nothing but an inverse list leads to a link, and the link to elements",
+         g_sProject + sLink + "#8=IFCELEMENT('" + g2 + "',$,#5,$);#7=IFCELEMENT('" + sGuidOf(3) +
+             "',$,$,$);#5=IFCPOINT((5.));#6=IFCPOINT((6.));",
+         {g_sProject, sLink, "#8=IFCELEMENT('" + g2 + "',$,#5,$);", "#7=IFCELEMENT('" + sGuidOf(3) + "',$,$,$);",
+          "#5=IFCPOINT((5.));"}},
+        {"forward references before inverse lists",
+         "#2=IFCPOINT((2.));" + sLink + sProjectWith + "2));#8=IFCELEMENT('" + g2 + "',$,$,$);#7=IFCELEMENT('" +
+             sGuidOf(3) + "',$,#2,$);",
+         {sProjectWith + "2));", "#2=IFCPOINT((2.));", sLink, "#8=IFCELEMENT('" + g2 + "',$,$,$);",
+          "#7=IFCELEMENT('" + sGuidOf(3) + "',$,#2,$);"}},
+        {"a number that nothing defines is named, and gets no line",
+         sProjectWith + "70));#2=IFCPOINT((1.));", {sProjectWith + "3));"}},
+    };
+    for (const ReachRow& row : rows) {
+        SCOPED_TRACE(row.sRule);
+        const ReadFileModel model = modelOf(row.statements);
+        ASSERT_TRUE(model.boRead);
+        Lines lines = linesOf(fileOf(model.file).text);
+        ASSERT_GE(lines.size(), 9U);
+        EXPECT_EQ(Lines(lines.begin() + 7, lines.end() - 2), row.lines);
+        lines = linesOf(fileOf(model.file, false).text);
+        ASSERT_GE(lines.size(), 9U);
+        EXPECT_THAT(Lines(lines.begin() + 7, lines.end() - 2), UnorderedElementsAreArray(row.lines));
+    }
+}
+
+TEST(WriteFile, EndsOnACycle) {
+    const ReadFileModel model = modelOf("#1=IFCPROPERTY('a',$,(),#2);#2=IFCPROPERTY('b',$,(),#3);"
+                                        "#3=IFCPROPERTY('c',$,(#9),#1);#4=IFCPROPERTY('d',$,(),#4);#9=IFCPOINT((0.));");
+    for (const bool boSingleThreaded : {true, false}) {
+        EXPECT_THAT(linesOf(entityOf(model.file.data(), model.file.data().pEntityFromId(2), boSingleThreaded).text),
+                    UnorderedElementsAreArray(Lines{"#2=IFCPROPERTY('b',$,(),#3);", "#3=IFCPROPERTY('c',$,(#9),#1);",
+                                                    "#9=IFCPOINT((0.));", "#1=IFCPROPERTY('a',$,(),#2);"}));
+        EXPECT_EQ(entityOf(model.file.data(), model.file.data().pEntityFromId(4), boSingleThreaded).text,
+                  "#4=IFCPROPERTY('d',$,(),#4);\n");
+    }
+}
+
+TEST(WriteFile, ReachesByReferenceAloneAfterAFailedRead) {
+    const ReadFileModel model = modelOf("#2=IFCPOINT((2.));#3=IFCELEMENT('" + sGuidOf(1) + "',$,$,$);#4=IFCRELLINK('" +
+                                        sGuidOf(2) + "',$,#1,(#3));#1=IFCPROJECT('" + sGuidOf(0) + "',$,(#2));#x=;");
+    ASSERT_FALSE(model.boRead);
+    const Lines lines = linesOf(fileOf(model.file).text);
+    EXPECT_EQ(Lines(lines.begin() + 7, lines.end() - 2),
+              (Lines{"#1=IFCPROJECT('" + sGuidOf(0) + "',$,(#2));", "#2=IFCPOINT((2.));"}));
+}
+
+TEST(WriteData, WritesAllEntitiesSortedByType) {
+    const ReadFileModel model = modelOf("#9=IFCPROPERTY('a',$,(),$);#3=IFCPOINT((3.));" + g_sProject +
+                                        "#2=IFCPOINT((2.));#7=IFCPROPERTY('b',#2,(),#9);");
+    Lines expected;
+    for (const Entity* pEntity : model.file.data().entities())
+        expected.push_back(pEntity->sWriteLine(model.file.data()));
+    ASSERT_EQ(expected.size(), 5U);
+    const Written result = dataOf(model.file.data());
+    EXPECT_TRUE(result.boResult);
+    EXPECT_EQ(linesOf(result.text), expected);
+    EXPECT_THAT(linesOf(dataOf(model.file.data(), false).text), UnorderedElementsAreArray(expected));
+}
+
+TEST(WriteData, WritesOneEntityAndWhatItReaches) {
+    const ReadFileModel model = modelOf(g_sProject + "#3=IFCPOINT((3.));#2=IFCPOINT((2.));#7=IFCPROPERTY('b',#2,(),$);");
+    for (const bool boSingleThreaded : {true, false}) {
+        const Written result = entityOf(model.file.data(), model.file.data().pEntityFromId(7), boSingleThreaded);
+        EXPECT_TRUE(result.boResult);
+        EXPECT_THAT(linesOf(result.text),
+                    UnorderedElementsAreArray(Lines{"#7=IFCPROPERTY('b',#2,(),$);", "#2=IFCPOINT((2.));"}));
+    }
+}
+
+TEST(WriteData, WritesWhatASeedQueues) {
+    const ReadFileModel model = modelOf("#3=IFCPOINT((3.));#2=IFCPOINT((2.));#1=IFCPOINT((1.));");
+    const auto& data = model.file.data();
+    const WriteFile::Seed seed = [&data](StepWriteInfoCommon& info) {
+        EXPECT_EQ(info.iEntityIdGet(data.pEntityFromId(3)), 3U);
+        EXPECT_EQ(info.iEntityIdGet(nullptr), 0U);
+        EXPECT_EQ(info.iEntityIdGet(data.pEntityFromId(1)), 1U);
+        EXPECT_EQ(info.iEntityIdGet(data.pEntityFromId(3)), 3U);
+    };
+    for (const bool boSingleThreaded : {true, false}) {
+        const Written result = written([&](auto& out, auto& errors) {
+            return WriteFile::boWrite(data, seed, out, errors, boSingleThreaded);
+        });
+        EXPECT_TRUE(result.boResult);
+        EXPECT_THAT(linesOf(result.text), UnorderedElementsAreArray(Lines{"#3=IFCPOINT((3.));", "#1=IFCPOINT((1.));"}));
+    }
+    std::ostringstream out;
+    WriteError errors;
+    EXPECT_THROW(static_cast<void>(WriteFile::boWrite(data, WriteFile::Seed{}, out, errors, true)),
+                 std::bad_function_call);
+}
+
+TEST(WriteData, WritesNothingWhereThereIsNothing) {
+    const Data empty;
+    const Written all = dataOf(empty);
+    EXPECT_FALSE(all.boResult);
+    EXPECT_EQ(all.text, "");
+    for (const bool boSingleThreaded : {true, false}) {
+        const Written none = entityOf(empty, nullptr, boSingleThreaded);
+        EXPECT_FALSE(none.boResult);
+        EXPECT_EQ(none.text, "");
+    }
+    const Written seeded = written([&](auto& out, auto& errors) {
+        return WriteFile::boWrite(empty, [](StepWriteInfoCommon&) {}, out, errors, true);
+    });
+    EXPECT_FALSE(seeded.boResult);
+    EXPECT_EQ(seeded.text, "");
+}
+
+// The consumer is running by the time that shows, and nobody has told it to end.
+TEST(WriteDataDeathTest, EndsTheProcessForNothingOnThreads) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(static_cast<void>(dataOf(Data{}, false)), "terminate");
+}
+
+TEST(WriteData, SkipsSlotsThatNothingDefined) {
+    ReadFileModel model = modelOf("#1=IFCPROPERTY('a',#7,(),$);");
+    Data& data = model.file.data();
+    const auto [pAttribute, pCell] = data.pEntityFromId(1)->pAttributeFromIndex(1);
+    const auto* pMissing = static_cast<const AttributeEntity*>(
+        static_cast<const AttributeSelect*>(pCell)->m_pValue.load())->m_value.load();
+    ASSERT_EQ(pMissing->pSchemaEntity(), nullptr);
+    EXPECT_EQ(pMissing->sWriteLine(data), "");
+    for (const bool boSingleThreaded : {true, false}) {
+        const Written result = entityOf(data, pMissing, boSingleThreaded);
+        EXPECT_TRUE(result.boResult) << "it was queued";
+        EXPECT_EQ(result.text, "");
+    }
+    // A number that was never defined is dealt one that is free to be another entity's: the format has no other way.
+    EXPECT_EQ(linesOf(dataOf(data).text), Lines{"#1=IFCPROPERTY('a',#2,(),$);"});
+}
+
+TEST(WriteNumbers, KeepsThoseOfTheFile) {
+    const ReadFileModel kept = modelOf("#70000=IFCPOINT((1.));#0=IFCPOINT((2.));#5=IFCPROPERTY('a',#70000,(),$);");
+    EXPECT_THAT(linesOf(dataOf(kept.file.data()).text),
+                UnorderedElementsAreArray(Lines{"#70000=IFCPOINT((1.));", "#0=IFCPOINT((2.));",
+                                                "#5=IFCPROPERTY('a',#70000,(),$);"}));
+}
+
+TEST(WriteNumbers, DealsThemInTheOrderOfTheWalk) {
+    const ReadFileModel model = modelOf("#70=IFCPROPERTY('a',#90,(),$);#80=IFCPOINT((8.));#90=IFCPOINT((9.));", false);
+    const auto& data = model.file.data();
+    const Entity* pProperty = data.entities().back();
+    EXPECT_EQ(entityOf(data, pProperty).text, "#1=IFCPROPERTY('a',#2,(),$);\n#2=IFCPOINT((9.));\n");
+    EXPECT_THAT(linesOf(dataOf(data).text), UnorderedElementsAreArray(Lines{
+        "#3=IFCPOINT((8.));", "#2=IFCPOINT((9.));", "#1=IFCPROPERTY('a',#2,(),$);"})) << "the next write keeps them";
+    static_cast<void>(data.entityIdMap(true));
+    EXPECT_EQ(dataOf(data).text, "#1=IFCPOINT((8.));\n#2=IFCPOINT((9.));\n#3=IFCPROPERTY('a',#2,(),$);\n");
+}
+
+TEST(WriteNumbers, StayWithNewEntities) {
+    ReadFileModel model = modelOf("#1=IFCPOINT((1.));#2=IFCPOINT((2.));");
+    Entity* pNew = model.file.data().pEntityCreate(def::schema::ObjectName("IFCPOINT"));
+    ASSERT_NE(pNew, nullptr);
+    for (int i = 0; i < 2; ++i) {
+        const Written result = entityOf(model.file.data(), pNew);
+        EXPECT_EQ(result.text, "#3=IFCPOINT($);\n");
+        EXPECT_EQ(result.records.size(), 1U) << "a mandatory attribute has no value";
+    }
+}
+
+TEST(WriteProgress, CountsEveryEntityOfASingleThreadedWrite) {
+    const ReadFileModel model(sSmallFile(30), true, schemaIs(smallSchema()));
+    std::vector<unsigned> calls;
+    const Written result = fileOf(model.file, true, [&calls](unsigned iCount) { calls.push_back(iCount); });
+    std::vector<unsigned> expected(1 + 3 * 30);   // project, points, elements, links; nothing reaches a property
+    std::iota(expected.begin(), expected.end(), 1U);
+    EXPECT_EQ(calls, expected);
+    EXPECT_EQ(linesOf(result.text).size(), expected.size() + 9);
+}
+
+TEST(WriteProgress, RisesOnTheCallersThread) {
+    const ReadFileModel model(sSmallFile(300), true, schemaIs(smallSchema()));
+    std::vector<unsigned> calls;
+    const auto caller = std::this_thread::get_id();
+    fileOf(model.file, false, [&](unsigned iCount) {
+        EXPECT_EQ(std::this_thread::get_id(), caller);
+        EXPECT_TRUE(calls.empty() || calls.back() < iCount);
+        calls.push_back(iCount);
+    });
+    EXPECT_TRUE(calls.empty() || calls.back() <= 901U);
+}
+
+TEST(WriteThreads, AreAsManyAsModelAndMachineAllow) {
+    const auto iThreads = [] {
+        std::size_t iCount = 0;
+        std::error_code error;
+        for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error))
+            ++iCount;
+        return iCount;
+    };
+    const std::size_t iBefore = iThreads();
+    if (iBefore == 0) GTEST_SKIP() << "no /proc to count threads in";
+    const unsigned iHardware = std::thread::hardware_concurrency();
+    const std::size_t iLimit = iHardware == 3 ? 0 : iHardware == 4 ? 1 : 2;
+    const struct {
+        std::size_t iEntities;
+        std::size_t iExtra;
+    } rows[] = {{1, 1}, {5, 1}, {10, 1}, {11, 2}, {1000, 2}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.iEntities);
+        std::string statements = g_sProject;
+        for (std::size_t i = 2; i <= row.iEntities; ++i) statements += '#' + std::to_string(i) + "=IFCPOINT((1.));";
+        const ReadFileModel model = modelOf(statements);
+        for (const bool boSingleThreaded : {true, false}) {
+            RecordingWriter writer;
+            WriteError errors;
+            StepWriteInfoCommon info(model.file.data().entityIdMap(false), errors, writer, boSingleThreaded);
+            const std::size_t iExpected = iBefore + (boSingleThreaded ? 0 : std::min(iLimit, row.iExtra));
+            // While the queue is locked, all composing threads are there and wait for it.
+            std::promise<void> locked;
+            std::size_t iDuring = 0;
+            std::thread helper([&] {
+                const std::lock_guard lock(info.m_mutex);
+                locked.set_value();
+                const auto count = [&] { return iThreads() - 1; };   // this one aside
+                for (int i = 0; i < 10'000 && count() < iExpected; ++i)
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));   // for one too many
+                iDuring = count();
+                static_cast<WriteInfoCommon&>(info).iEntityIdGet(model.file.data().pProject());
+            });
+            locked.get_future().wait();
+            model.file.data().vWrite(info, {});
+            helper.join();
+            EXPECT_EQ(iDuring, iExpected);
+            EXPECT_EQ(writer.m_lines.size(), 1U);
+            EXPECT_EQ(writer.m_iFinished, 1);
+        }
+    }
+}
+
+TEST(WriteThreads, GiveTheSameLines) {
+    const ReadFileModel model(sSmallFile(700), true, schemaIs(smallSchema()));
+    Lines expected = linesOf(fileOf(model.file).text);
+    EXPECT_EQ(linesOf(fileOf(model.file).text), expected) << "a single-threaded write repeats itself";
+    std::ranges::sort(expected);
+    for (int i = 0; i < 10; ++i) {
+        Lines lines = linesOf(fileOf(model.file, false).text);
+        std::ranges::sort(lines);
+        EXPECT_EQ(lines, expected);
+    }
+}
+
+TEST(WriteThreads, HandLinesOverWithTheirNumbers) {
+    const ReadFileModel model(sSmallFile(200), true, schemaIs(smallSchema()));
+    for (const bool boSingleThreaded : {true, false}) {
+        RecordingWriter writer;
+        WriteError errors;
+        EXPECT_TRUE(model.file.data().boWrite(writer, errors, {}, boSingleThreaded));
+        EXPECT_EQ(writer.m_iFinished, 1);
+        EXPECT_EQ(writer.m_lines.size(), 601U);
+        for (const auto& [sLine, iId] : writer.m_lines)
+            EXPECT_TRUE(sLine.starts_with('#' + std::to_string(iId) + '=') && sLine.ends_with(");")) << sLine;
+        if (boSingleThreaded) {
+            EXPECT_THAT(writer.m_threads, ElementsAre(std::this_thread::get_id()));
+        }
+    }
+}
+
+TEST(WriteThreads, ReportFromAllOfThem) {
+    std::string statements;
+    for (int i = 1; i <= 500; ++i) statements += '#' + std::to_string(i) + "=IFCPOINT($);";
+    const ReadFileModel model = modelOf(statements);
+    const Written single = dataOf(model.file.data());
+    EXPECT_EQ(single.records.size(), 500U);
+    const Written threaded = dataOf(model.file.data(), false);
+    EXPECT_EQ(threaded.records, single.records);
+    EXPECT_TRUE(threaded.boResult);
+}
+
+// Longer than the stream's buffer, and around its end.
+TEST(LineWriter, LeavesLongStatementsUnbroken) {
+    std::string statements;
+    Lines expected;
+    std::size_t iId = 0;
+    for (const std::size_t iText : {16340U, 16350U, 16360U, 16361U, 16362U, 16363U, 16364U, 16365U, 32768U, 100'000U, 3U}) {
+        expected.push_back('#' + std::to_string(++iId) + "=IFCPROPERTY('" + std::string(iText, 'x') + "',$,(),$);");
+        statements += expected.back();
+    }
+    const ReadFileModel model = modelOf(statements);
+    EXPECT_EQ(linesOf(dataOf(model.file.data()).text), expected);
+    EXPECT_THAT(linesOf(dataOf(model.file.data(), false).text), UnorderedElementsAreArray(expected));
+}
+
+TEST(LineWriter, CountsItsLines) {
+    std::ostringstream out;
+    {
+        IfcSingleThreadedLineWriter writer(out);
+        std::string line = "#1=A();";
+        EXPECT_EQ(writer.iLineAdd(line, 1), 1U);
+        line = "#7=B();";
+        EXPECT_EQ(writer.iLineAdd(line, 7), 2U);
+        writer.vFinish();
+        EXPECT_EQ(out.str(), "") << "in the buffer";
+        writer.vBufferFlush();
+        EXPECT_EQ(out.str(), "#1=A();\n#7=B();\n");
+    }
+    EXPECT_EQ(out.str(), "#1=A();\n#7=B();\n");
+}
+
+TEST(LineWriter, DoesNotNoticeAFailingStream) {
+    const ReadFileModel model(sSmallFile(100), true, schemaIs(smallSchema()));
+    for (const bool boSingleThreaded : {true, false}) {
+        std::ostringstream out;
+        out.setstate(std::ios::badbit);
+        WriteError errors;
+        EXPECT_TRUE(model.file.boWrite(out, errors, {}, boSingleThreaded));
+        EXPECT_TRUE(errors.records().empty());
+        EXPECT_TRUE(out.bad());
+    }
+}
+
+TEST(StringPool, IsAStackThatSwapsTexts) {
+    ThreadStringPool pool;
+    std::string text;
+    EXPECT_EQ(pool.take(text), ThreadStringPool::Take::Nothing);
+    for (unsigned i = 1; i <= 3; ++i) {
+        text = "line " + std::to_string(i) + std::string(100, '.');
+        const char* pBytes = text.data();
+        EXPECT_EQ(pool.iLineAdd(text, i), i);
+        EXPECT_NE(text.data(), pBytes) << "the caller gets another buffer";
+    }
+    pool.vFinish();
+    for (unsigned i = 3; i >= 1; --i) {
+        EXPECT_EQ(pool.take(text), ThreadStringPool::Take::Line) << "also after the end";
+        EXPECT_EQ(text, "line " + std::to_string(i) + std::string(100, '.'));
+    }
+    EXPECT_EQ(pool.take(text), ThreadStringPool::Take::Finished);
+}
+
+TEST(StringPool, HasAProducerWaitWhenItIsFull) {
+    ThreadStringPool pool;
+    std::string text;
+    for (unsigned i = 1; i <= ThreadStringPool::g_iLines; ++i) {
+        text = std::to_string(i);
+        EXPECT_EQ(pool.iLineAdd(text, i), i);
+    }
+    std::atomic<bool> boAdded{false};
+    std::thread producer([&] {
+        std::string sLast = "last";
+        EXPECT_EQ(pool.iLineAdd(sLast, 99), 15U);
+        boAdded = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_FALSE(boAdded);
+    EXPECT_EQ(pool.take(text), ThreadStringPool::Take::Line);
+    EXPECT_EQ(text, "15");
+    producer.join();
+    EXPECT_EQ(pool.take(text), ThreadStringPool::Take::Line);
+    EXPECT_EQ(text, "last");
+}
+
+}   // namespace
+}   // namespace oxa::ifc::io
