@@ -1,7 +1,10 @@
 // ModelFiles: where the real files lie that these tests read, if they are there at all.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -26,6 +29,20 @@ inline std::vector<std::string> names() {
             found.push_back(std::filesystem::relative(entry.path(), folder()).generic_string());
     std::ranges::sort(found);
     return found;
+}
+
+// The same as values for a suite of tests, where none gives one empty name.
+inline std::vector<std::string> namesOrNone() {
+    std::vector<std::string> found = names();
+    if (found.empty()) found.emplace_back();
+    return found;
+}
+
+inline std::string sTestName(const testing::TestParamInfo<std::string>& info) {
+    std::string sName = info.param.empty() ? "none" : info.param;
+    for (char& c : sName)
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+    return sName;
 }
 
 inline std::string sContent(const std::string& sName) {

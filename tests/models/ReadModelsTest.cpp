@@ -173,19 +173,6 @@ TEST_P(ReadModels, AgreesWithAPlainCountOfTheText) {
     }
 }
 
-std::vector<std::string> namesOrNone() {
-    std::vector<std::string> found = names();
-    if (found.empty()) found.emplace_back();
-    return found;
-}
-
-std::string sTestName(const testing::TestParamInfo<std::string>& info) {
-    std::string sName = info.param.empty() ? "none" : info.param;
-    for (char& c : sName)
-        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
-    return sName;
-}
-
 INSTANTIATE_TEST_SUITE_P(Files, ReadModels, testing::ValuesIn(namesOrNone()), sTestName);
 
 }   // namespace

@@ -112,7 +112,8 @@ void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, const
     const def::schema::Entity& schema = pEntity->schemaEntity();
     // The first attribute of every rooted entity is its GUID, by position.
     if (def::schema::boIsSubtype(&schema, common.m_pRootSchema)) {
-        if (const AttributeBase* pCell = pEntity->pAttributeFromIndex(0).second) {
+        const AttributeBase* pCell = pEntity->pAttributeFromIndex(0).second;
+        if (pCell && pCell->m_boGuid) {   // a foreign schema may have another attribute in front
             const Guid guid = static_cast<const AttributeGuid*>(pCell)->m_value;
             if (guid.boIsNull())
                 common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_UnexpectedNullGuid", line, iLine);

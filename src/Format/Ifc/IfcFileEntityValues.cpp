@@ -249,7 +249,7 @@ bool Entity::boValueRemove(const AttributeName& name, const Entity* pEntity, Dat
 
 template <class T, std::size_t N>
 bool Entity::boFixedArrayValueSet(const AttributeName& name, const IfcArray<T, N>& value, Data& data) {
-    assert(!"boFixedArrayValueSet is not to be used");
+    assert(false && "boFixedArrayValueSet is not to be used");
     return boListValueSet(name, std::vector<T>(value.m_values.begin(), value.m_values.end()), data);
 }
 

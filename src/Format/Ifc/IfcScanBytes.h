@@ -47,44 +47,36 @@ inline constexpr std::array<std::uint8_t, 256> g_scanClass = [] {
     return first;
 }
 
-#if defined(OXA_IFC_SSE2)
-// One bit for each of the sixteen bytes at p that is among "bytes".
+// The first byte of [first, last) that is among "bytes", which are those of class uClass, or last. Up to 15 bytes
+// behind "last" may be looked at: the buffer is padded.
 template <std::size_t N>
-[[nodiscard]] inline unsigned uMaskAmong(const char* p, const std::array<char, N>& bytes) noexcept {
-    const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    __m128i any = _mm_cmpeq_epi8(text, _mm_set1_epi8(bytes[0]));
-    for (std::size_t i = 1; i < N; ++i) any = _mm_or_si128(any, _mm_cmpeq_epi8(text, _mm_set1_epi8(bytes[i])));
-    return static_cast<unsigned>(_mm_movemask_epi8(any));
-}
+[[nodiscard]] inline const char* pFindAmong(const char* first, const char* last,
+                                            [[maybe_unused]] const std::array<char, N>& bytes,
+                                            [[maybe_unused]] std::uint8_t uClass) noexcept {
+#if defined(OXA_IFC_SSE2)
+    for (; first < last; first += 16) {
+        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(first));
+        __m128i any = _mm_cmpeq_epi8(text, _mm_set1_epi8(bytes[0]));
+        for (std::size_t i = 1; i < N; ++i) any = _mm_or_si128(any, _mm_cmpeq_epi8(text, _mm_set1_epi8(bytes[i])));
+        if (const auto uMask = static_cast<unsigned>(_mm_movemask_epi8(any))) {
+            first += std::countr_zero(uMask);
+            break;
+        }
+    }
+    return first < last ? first : last;
+#else
+    return pFindClass(first, last, uClass);
 #endif
+}
 
-// The same for each class. Up to 15 bytes behind "last" may be looked at: the buffer is padded.
+// The next byte that the main loop acts on, the number sign aside.
 [[nodiscard]] inline const char* pFindStatement(const char* first, const char* last) noexcept {
-#if defined(OXA_IFC_SSE2)
-    constexpr std::array<char, 8> g_bytes{';', '\'', '/', '=', '\\', '\n', '\r', ' '};
-    for (; first < last; first += 16)
-        if (const unsigned uMask = uMaskAmong(first, g_bytes)) {
-            first += std::countr_zero(uMask);
-            break;
-        }
-    return first < last ? first : last;
-#else
-    return pFindClass(first, last, Statement);
-#endif
+    return pFindAmong(first, last, std::array{';', '\'', '/', '=', '\\', '\n', '\r', ' '}, Statement);
 }
 
+// The next byte that ends or interrupts the plain text of a string.
 [[nodiscard]] inline const char* pFindString(const char* first, const char* last) noexcept {
-#if defined(OXA_IFC_SSE2)
-    constexpr std::array<char, 3> g_bytes{'\'', '\\', '\n'};
-    for (; first < last; first += 16)
-        if (const unsigned uMask = uMaskAmong(first, g_bytes)) {
-            first += std::countr_zero(uMask);
-            break;
-        }
-    return first < last ? first : last;
-#else
-    return pFindClass(first, last, String);
-#endif
+    return pFindAmong(first, last, std::array{'\'', '\\', '\n'}, String);
 }
 
 }   // namespace oxa::ifc::details
