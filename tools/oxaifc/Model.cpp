@@ -4,14 +4,17 @@
 
 #include <CLI/CLI.hpp>
 
+#include "Format/Ifc/IfcReadFile.h"
 #include "oxaifc/Failure.h"
 #include "oxaifc/Input.h"
+#include "oxaifc/Output.h"
 #include "oxaifc/Progress.h"
+#include "provider/SchemaLoader.h"
 
 namespace oxa::tool {
 
-void ModelOptions::vDeclare(CLI::App& command) {
-    command.add_option("FILE", sPath, "the file to read; - for standard input")->required()->type_name("");
+void ModelOptions::vDeclare(CLI::App& command, const char* pFileName) {
+    command.add_option(pFileName, sPath, "the file to read; - for standard input")->required()->type_name("");
     command
         .add_option(
             "--schema-file", schemaPaths,
@@ -22,7 +25,7 @@ void ModelOptions::vDeclare(CLI::App& command) {
 }
 
 Model::Model(const ModelOptions& options, bool boKeepIds)
-    : m_schemas(options.schemaPaths), m_pErrors(ifc::io::ReadError::pAllocate()) {
+    : m_schemas(options.schemaPaths), m_pErrors(ifc::io::ReadError::pAllocate()), m_boIdsKept(boKeepIds) {
     Input input(options.sPath);
     m_sName = input.sName();
     m_noSchema.vFinish();
@@ -31,7 +34,13 @@ Model::Model(const ModelOptions& options, bool boKeepIds)
     else
         m_pFile = std::make_unique<ifc::File>();
 
-    Progress progress(input);
+    // The position that the read tells ends at 4 GiB; the input's own count does not.
+    Progress progress([&input](unsigned) {
+        const std::uint64_t iRead = input.iBytesRead();
+        const std::uint64_t iAll = input.iBytesExpected();
+        return fmt::format("reading {}: {}", sPrintable(input.sName()),
+                           iAll ? fmt::format("{} %", iRead * 100 / iAll) : sGrouped(iRead) + " bytes");
+    });
     const auto start = std::chrono::steady_clock::now();
     m_boOk = boRead(input.stream(), boKeepIds, options.boSingleThreaded, progress.function());
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -44,8 +53,27 @@ bool Model::boRead(std::istream& stream, bool boKeepIds, bool boSingleThreaded, 
     if (auto* pFile = dynamic_cast<ifc::File*>(m_pFile.get()))
         return pFile->boRead(stream, m_schemas.function(), *m_pErrors, boKeepIds, std::move(progress),
                              boSingleThreaded);
-    return dynamic_cast<ifc::FileSimple&>(*m_pFile).boRead(stream, m_schemas.function(), *m_pErrors,
-                                                           std::move(progress), boSingleThreaded);
+    return boReadSimple(dynamic_cast<ifc::FileSimple&>(*m_pFile), stream, boKeepIds, boSingleThreaded,
+                        std::move(progress));
+}
+
+// What FileSimple::boRead does, except that it never keeps numbers.
+bool Model::boReadSimple(ifc::FileSimple& file, std::istream& stream, bool boKeepIds, bool boSingleThreaded,
+                         ifc::ReadProgress progress) {
+    if (!boKeepIds)
+        return file.boRead(stream, m_schemas.function(), *m_pErrors, std::move(progress), boSingleThreaded);
+    if (!file.header().boRead(stream, *m_pErrors)) return false;
+    const std::string sSchema = file.header().sSchemaNameGet();
+    const ifc::def::SchemaPset* pSchema =
+        sSchema.empty() ? nullptr : ifc::SchemaLoader::pSchemaGet(m_schemas.function(), sSchema);
+    if (!pSchema) {
+        m_pErrors->add(nullptr, ifc::Errors::Fatal, ifc::Errors::Model, "Error_UnknownSchemaName", sSchema,
+                       {}, 0);
+        return false;
+    }
+    file.vSchemaSet(*pSchema);
+    return ifc::io::ReadFile::boRead(file, stream, m_schemas.function(), *m_pErrors, boKeepIds,
+                                     std::move(progress), boSingleThreaded);
 }
 
 const ifc::FileHeader* Model::pHeader() const noexcept {

@@ -26,14 +26,14 @@ struct ModelOptions {
     std::vector<std::string> schemaPaths;
     bool boSingleThreaded = false;
 
-    // Adds them to a verb. This object must live until the command line is parsed.
-    void vDeclare(CLI::App& command);
+    // Adds them to a verb, the file under this name. This object must live until the command line is parsed.
+    void vDeclare(CLI::App& command, const char* pFileName = "FILE");
 };
 
 class Model {
 public:
     // Reads the file: an exchange structure, or the simple text form where the bytes begin so. With boKeepIds its
-    // instance numbers are kept (an exchange structure only).
+    // instance numbers are kept.
     Model(const ModelOptions& options, bool boKeepIds);
     ~Model();
     Model(const Model&) = delete;
@@ -53,6 +53,8 @@ public:
     }
     // The result of the read.
     [[nodiscard]] bool boOk() const noexcept { return m_boOk; }
+    // Whether the entities have the numbers of the file.
+    [[nodiscard]] bool boIdsKept() const noexcept { return m_boIdsKept; }
     // The exit code for a verb that has done its work.
     [[nodiscard]] int iExitCode() const noexcept;
     // How long the read took, opening aside.
@@ -64,12 +66,15 @@ public:
 
 private:
     bool boRead(std::istream& stream, bool boKeepIds, bool boSingleThreaded, ifc::ReadProgress progress);
+    bool boReadSimple(ifc::FileSimple& file, std::istream& stream, bool boKeepIds, bool boSingleThreaded,
+                      ifc::ReadProgress progress);
 
     SchemaSource m_schemas;
     ifc::def::SchemaPset m_noSchema{""};   // what a simple file is born with
     std::unique_ptr<ifc::io::ReadError> m_pErrors;
     std::unique_ptr<ifc::FileBase> m_pFile;
     std::string m_sName;
+    bool m_boIdsKept;
     bool m_boOk = false;
     double m_seconds = 0;
     std::uint64_t m_iBytes = 0;

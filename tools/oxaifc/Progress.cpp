@@ -1,11 +1,10 @@
 #include "oxaifc/Progress.h"
 
 #include <cstdio>
+#include <utility>
 
 #include <fmt/format.h>
 
-#include "oxaifc/Input.h"
-#include "oxaifc/Output.h"
 #include "oxaifc/System.h"
 
 namespace oxa::tool {
@@ -17,8 +16,8 @@ constexpr auto g_interval = std::chrono::milliseconds(100);
 
 }   // namespace
 
-Progress::Progress(const Input& input)
-    : m_input(input), m_boTerminal(boIsTerminal(stderr)),
+Progress::Progress(std::function<std::string(unsigned)> text)
+    : m_text(std::move(text)), m_boTerminal(boIsTerminal(stderr)),
       m_next(std::chrono::steady_clock::now() + g_firstAfter) {}
 
 Progress::~Progress() {
@@ -27,19 +26,15 @@ Progress::~Progress() {
 
 std::function<void(unsigned)> Progress::function() {
     if (!m_boTerminal) return {};
-    // The position that the read tells ends at 4 GiB; the input's own count does not.
-    return [this](unsigned) { vShow(); };
+    return [this](unsigned iPosition) { vShow(iPosition); };
 }
 
-void Progress::vShow() {
+void Progress::vShow(unsigned iPosition) {
     const auto now = std::chrono::steady_clock::now();
     if (now < m_next) return;
     m_next = now + g_interval;
     m_boShown = true;
-    const std::uint64_t iRead = m_input.iBytesRead();
-    const std::uint64_t iAll = m_input.iBytesExpected();
-    const std::string sDone = iAll ? fmt::format("{} %", iRead * 100 / iAll) : sGrouped(iRead) + " bytes";
-    std::fputs(fmt::format("\rreading {}: {}\x1b[K", sPrintable(m_input.sName()), sDone).c_str(), stderr);
+    std::fputs(fmt::format("\r{}\x1b[K", m_text(iPosition)).c_str(), stderr);
 }
 
 }   // namespace oxa::tool

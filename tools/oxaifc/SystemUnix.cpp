@@ -19,6 +19,11 @@ std::uint64_t iPeakMemory() {
     return static_cast<std::uint64_t>(usage.ru_maxrss) * iUnit;
 }
 
-void vIgnoreClosedPipes() { std::signal(SIGPIPE, SIG_IGN); }
+bool boFlushToDisk(std::FILE* pFile) { return std::fflush(pFile) == 0 && fsync(fileno(pFile)) == 0; }
+
+void vIgnoreWriteSignals() {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
 
 }   // namespace oxa::tool

@@ -7,6 +7,10 @@ namespace {
 constexpr Verb g_verbs[] = {
     {"info", "What a file holds: schema, header, entities by type, memory", verbInfo},
     {"check", "Every error of a file, with line and source text", verbCheck},
+    {"show", "Entities with their attributes, values and referrers", verbShow},
+    {"convert", "Reads a file and writes what its project reaches", verbConvert},
+    {"extract", "Writes one entity and what it reaches, in the simple text form", verbExtract},
+    {"set", "Changes one attribute and writes the file again", verbSet},
     {"schema", "What a schema says of its entities and types", verbSchema},
 };
 

@@ -27,7 +27,11 @@ struct Verb {
 [[nodiscard]] std::span<const Verb> verbs();
 
 [[nodiscard]] VerbRun verbCheck(CLI::App& command);
+[[nodiscard]] VerbRun verbConvert(CLI::App& command);
+[[nodiscard]] VerbRun verbExtract(CLI::App& command);
 [[nodiscard]] VerbRun verbInfo(CLI::App& command);
 [[nodiscard]] VerbRun verbSchema(CLI::App& command);
+[[nodiscard]] VerbRun verbSet(CLI::App& command);
+[[nodiscard]] VerbRun verbShow(CLI::App& command);
 
 }   // namespace oxa::tool

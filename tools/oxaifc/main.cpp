@@ -75,7 +75,7 @@ int iParseEnd(const CLI::App& app, const CLI::ParseError& error, Output& output)
 
 int iRun(int iCount, char** ppWords, Output& output) {
     vVerbCheck(iCount, ppWords);
-    CLI::App app("Reads, checks and explains building models in IFC (ISO 16739).", "oxaifc");
+    CLI::App app("Reads, checks, explains and rewrites building models in IFC (ISO 16739).", "oxaifc");
     const std::vector<Command> commands = declareAll(app);
     try {
         app.parse(iCount, ppWords);
@@ -104,7 +104,7 @@ int iFailed(std::string_view text) {
 
 int main(int iCount, char** ppWords) {
     using namespace oxa::tool;
-    vIgnoreClosedPipes();
+    vIgnoreWriteSignals();
     try {
         return iRunAndFlush(iCount, ppWords);
     } catch (const std::bad_alloc&) {

@@ -15,12 +15,14 @@
 #include <utility>
 #include <vector>
 
+#include "platform/Export.h"
+
 namespace oxa::ifc {
 
 class Entity;
 struct EntitySlot;
 
-class EntityIdMap {
+class OXA_IFC_API EntityIdMap {
 public:
     // Empty, with room for that many entries beside seeded ones.
     explicit EntityIdMap(std::size_t iExpected);

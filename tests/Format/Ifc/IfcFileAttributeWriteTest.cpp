@@ -28,7 +28,7 @@ const Attribute& attributeOf(const char* sKeyword, std::size_t iIndex = 0) {
     return pType->ownAttributes.at(iIndex);
 }
 
-// A write in the middle of a statement. "report" texts begin with the key.
+// A write in the middle of a statement.
 class CellWriter {
 public:
     static constexpr std::string_view g_sBefore = "#9=X(";
@@ -68,14 +68,14 @@ private:
     StepWriteInfo m_line{m_common};
 };
 
-std::string sRecord(const char* sSeverity, int iCategory, const char* sKey, const std::string& sArgument, int iLine,
-                    const std::string& sSoFar) {
+std::string sRecord(const char* sSeverity, int iCategory, const char* sKey, const std::string& sArgument,
+                    int iLine, const std::string& sSoFar) {
     std::string sText = localize("Ifc", sKey);
     sText.replace(sText.find("%1"), 2, sArgument);
     return std::string(sSeverity) + ", category " + std::to_string(iCategory) + ": " + sText + " Line " +
            std::to_string(iLine) + ": " + sSoFar;
 }
-// The rows of the failure table.
+// What is reported, by the state of the cell.
 std::string sNull(const std::string& sSoFar, const char* sName = "Value") {
     return sRecord("Fatal", Errors::Null, "Error_InvalidNullAttribute", sName, CellWriter::g_iId, sSoFar);
 }
@@ -83,7 +83,8 @@ std::string sNoReference(const std::string& sSoFar, const char* sName = "Value")
     return sRecord("Error", Errors::Null, "Error_InvalidNullAttribute", sName, 0, sSoFar);
 }
 std::string sNullGuid(const std::string& sSoFar) {
-    return sRecord("Fatal", Errors::Value, "Error_ExpectedValidGuidValueFor", "Value", CellWriter::g_iId, sSoFar);
+    return sRecord("Fatal", Errors::Value, "Error_ExpectedValidGuidValueFor", "Value", CellWriter::g_iId,
+                   sSoFar);
 }
 std::string sNotEnumerator(const char* sValue, const std::string& sSoFar) {
     return sRecord("Error", Errors::Value, "Error_NotValidEnumerationValue", sValue, 0, sSoFar);
@@ -156,13 +157,16 @@ std::string sPrinted(double value) {
 
 TEST(WriteReal, PrintsAsTheCLibraryDoes) {
     std::mt19937_64 random(5);
-    const auto check = [](double value) { ASSERT_EQ(sReal(value), sPrinted(value)) << std::hexfloat << value; };
+    const auto check = [](double value) {
+        ASSERT_EQ(sReal(value), sPrinted(value)) << std::hexfloat << value;
+    };
     for (int i = 0; i < 20000; ++i) {
         const auto uBits = random();
         const double any = std::bit_cast<double>(uBits);
         if (std::isfinite(any)) check(any);
-        check(static_cast<double>(static_cast<std::int64_t>(uBits) >> (uBits % 64)));               // whole
-        check(static_cast<double>(static_cast<std::int64_t>(uBits % 20'000'000) - 10'000'000) / 1000);   // coordinates
+        check(static_cast<double>(static_cast<std::int64_t>(uBits) >> (uBits % 64)));   // whole
+        check(static_cast<double>(static_cast<std::int64_t>(uBits % 20'000'000) - 10'000'000) /
+              1000);   // coordinates
         check(std::ldexp(1.0, static_cast<int>(uBits % 140) - 70));
     }
     for (int i = -30; i < 30; ++i)
@@ -232,7 +236,8 @@ struct CellRow {
 void vExpectWritten(const CellRow& row) {
     SCOPED_TRACE(std::string(row.sRule) + ": " + row.token);
     StatementReader reader;
-    for (const char* sThing : {"#5=IFCTHING($);", "#6=IFCTHING('t');"}) ASSERT_NE(reader.pRead(sThing), nullptr);
+    for (const char* sThing : {"#5=IFCTHING($);", "#6=IFCTHING('t');"})
+        ASSERT_NE(reader.pRead(sThing), nullptr);
     const Entity* pEntity = reader.pRead("#1=" + std::string(row.keyword) + '(' + row.token + ");");
     ASSERT_NE(pEntity, nullptr);
     reader.data.boFinished(reader.common, true);
@@ -257,8 +262,18 @@ TEST(WriteCell, GivesTheTextOfAFile) {
         {"no text", "IFCSTRING", "''", "''"},
         {"a quote and a backslash", "IFCSTRING", "'it''s a \\\\'", "'it''s a \\\\'", {}, "'it's a \\'"},
         {"a line break", "IFCSTRING", "'a\\X\\0Ab'", "'a\\X\\0Ab'", {}, "'a\nb'"},
-        {"beyond ASCII", "IFCSTRING", "'\\X2\\00FC4E00\\X0\\'", "'\\X\\FC\\X2\\4E00\\X0\\'", {}, "'\xC3\xBC\xE4\xB8\x80'"},
-        {"GUID", "IFCGUID", '\'' + g_sId + '\'', '\'' + g_sId + '\'', {}, "10203040-0000-0000-0102-030405060708"},
+        {"beyond ASCII",
+         "IFCSTRING",
+         "'\\X2\\00FC4E00\\X0\\'",
+         "'\\X\\FC\\X2\\4E00\\X0\\'",
+         {},
+         "'\xC3\xBC\xE4\xB8\x80'"},
+        {"GUID",
+         "IFCGUID",
+         '\'' + g_sId + '\'',
+         '\'' + g_sId + '\'',
+         {},
+         "10203040-0000-0000-0102-030405060708"},
         {"bytes", "IFCBINARY", "\"0A1fF\"", "\"0A1FF\""},
         {"unused bits are not kept", "IFCBINARY", "\"3A1\"", "\"0A1\""},
         {"no bytes", "IFCBINARY", "\"0\"", "\"0\""},
@@ -325,10 +340,10 @@ TEST(WriteCell, WritesListsByTheirItems) {
 }
 
 // Every kind of cell as a mandatory attribute.
-const char* const g_everyKind[] = {"IFCREAL",     "IFCNUMBER",      "IFCINTEGER",   "IFCBOOLEAN", "IFCLOGICAL",
-                                   "IFCSTRING",   "IFCGUID",        "IFCBINARY",    "IFCENUMERATION",
-                                   "IFCSELECT",   "IFCREALLIST",    "IFCNUMBERSET", "IFCINTEGERARRAY",
-                                   "IFCREFERENCE"};
+const char* const g_everyKind[] = {"IFCREAL",         "IFCNUMBER",   "IFCINTEGER",  "IFCBOOLEAN",
+                                   "IFCLOGICAL",      "IFCSTRING",   "IFCGUID",     "IFCBINARY",
+                                   "IFCENUMERATION",  "IFCSELECT",   "IFCREALLIST", "IFCNUMBERSET",
+                                   "IFCINTEGERARRAY", "IFCREFERENCE"};
 
 TEST(WriteCell, WritesADollarForWhatIsUndefinedAndReportsItWhereMandatory) {
     for (const char* sKeyword : g_everyKind) vExpectWritten({"mandatory", sKeyword, "$", "$", {sNull("")}});
@@ -367,7 +382,8 @@ TEST(WriteCell, ReportsAnUndefinedItemOfAnOptionalList) {
     const auto [pAttribute, pCell] = pEntity->pAttributeFromIndex(0);
     CellWriter list(reader.data);
     EXPECT_EQ(list.sText(*pCell, *pAttribute), "($,IFCLABEL($))");
-    EXPECT_EQ(list.records(), std::vector<std::string>{sNull("(", "Values")}) << "not the value inside the select";
+    EXPECT_EQ(list.records(), std::vector<std::string>{sNull("(", "Values")})
+        << "not the value inside the select";
     const auto [pOne, pOneCell] = pEntity->pAttributeFromIndex(1);
     CellWriter one(reader.data);
     EXPECT_EQ(one.sText(*pOneCell, *pOne), "IFCLABEL($)");
@@ -452,12 +468,8 @@ TEST(WriteCell, ChecksEnumeratorsAgainstTheSchema) {
         const char* sValue;
         const char* sText;
         bool boKnown;
-    } rows[] = {{"GREEN", ".GREEN.", true},
-                {"A", ".A.", true},
-                {"PINK", ".PINK.", false},
-                {"green", ".green.", false},
-                {"", "..", false},
-                {"\xC3\xA4", ".\\X\\E4.", false}};
+    } rows[] = {{"GREEN", ".GREEN.", true},  {"A", ".A.", true}, {"PINK", ".PINK.", false},
+                {"green", ".green.", false}, {"", "..", false},  {"\xC3\xA4", ".\\X\\E4.", false}};
     for (const auto& row : rows) {
         for (const bool boPlainText : {false, true}) {
             SCOPED_TRACE(std::string(row.sValue) + (boPlainText ? ", plain" : ""));
@@ -465,8 +477,9 @@ TEST(WriteCell, ChecksEnumeratorsAgainstTheSchema) {
             cell.m_value = row.sValue;
             CellWriter writer(data);
             EXPECT_EQ(writer.sText(cell, attributeOf("IFCENUMERATION"), false, boPlainText), row.sText);
-            EXPECT_EQ(writer.records(), row.boKnown ? std::vector<std::string>{}
-                                                    : std::vector<std::string>{sNotEnumerator(row.sValue, row.sText)});
+            EXPECT_EQ(writer.records(),
+                      row.boKnown ? std::vector<std::string>{}
+                                  : std::vector<std::string>{sNotEnumerator(row.sValue, row.sText)});
         }
     }
 }
@@ -485,7 +498,8 @@ TEST(WriteCell, TakesTheEnumerationOfASelectFromTheSelectedType) {
 
 TEST(WriteCell, LeavesNullsOutOfAListOfReferences) {
     StatementReader reader;
-    for (const char* sThing : {"#5=IFCTHING($);", "#6=IFCTHING($);"}) ASSERT_NE(reader.pRead(sThing), nullptr);
+    for (const char* sThing : {"#5=IFCTHING($);", "#6=IFCTHING($);"})
+        ASSERT_NE(reader.pRead(sThing), nullptr);
     reader.data.boFinished(reader.common, true);
     const struct {
         std::vector<Entity*> items;
@@ -498,14 +512,16 @@ TEST(WriteCell, LeavesNullsOutOfAListOfReferences) {
         SCOPED_TRACE(row.sText);
         EntityList* pHead = nullptr;
         for (Entity* pEntity : row.items)
-            vListAppend(pHead, pEntity, [&](std::size_t iBytes) { return reader.data.pool().pAllocate(iBytes); });
+            vListAppend(pHead, pEntity,
+                        [&](std::size_t iBytes) { return reader.data.pool().pAllocate(iBytes); });
         AttributeList cell;
         cell.m_eItemType = AttributeType::Entity;
         cell.m_pItems = pHead;
         const AssertLog log;
         CellWriter writer(reader.data);
         EXPECT_EQ(writer.sText(cell, attributeOf("IFCREFERENCESET")), row.sText);
-        EXPECT_EQ(log.texts(), std::vector<std::string>(row.iAssertions, "Skipping invalid reference in list"));
+        EXPECT_EQ(log.texts(),
+                  std::vector<std::string>(row.iAssertions, "Skipping invalid reference in list"));
         EXPECT_TRUE(writer.records().empty());
     }
 }
@@ -514,7 +530,8 @@ TEST(WriteCell, EncodesEveryCharacterAsTheCodecDoes) {
     Data data;
     std::string scratch;
     for (int i = 1; i < 0x80; ++i) {
-        for (const std::string& sText : {std::string(1, static_cast<char>(i)), "ab" + std::string(3, static_cast<char>(i)) + "c"}) {
+        for (const std::string& sText :
+             {std::string(1, static_cast<char>(i)), "ab" + std::string(3, static_cast<char>(i)) + "c"}) {
             std::string copy = sText;
             AttributeString cell;
             cell.m_value = copy.data();
@@ -528,7 +545,8 @@ TEST(WriteCell, QueuesEveryEntityThatItNames) {
     StatementReader reader;
     for (const char* sThing : {"#5=IFCTHING($);", "#6=IFCTHING($);", "#7=IFCTHING($);"})
         ASSERT_NE(reader.pRead(sThing), nullptr);
-    const Entity* pEntity = reader.pRead("#1=IFCSELECTLIST((#6,IFCVALUE(#5),IFCTHINGS((#7,#6)),IFCLABEL('#8')));");
+    const Entity* pEntity =
+        reader.pRead("#1=IFCSELECTLIST((#6,IFCVALUE(#5),IFCTHINGS((#7,#6)),IFCLABEL('#8')));");
     ASSERT_NE(pEntity, nullptr);
     reader.data.boFinished(reader.common, true);
     const auto [pAttribute, pCell] = pEntity->pAttributeFromIndex(0);

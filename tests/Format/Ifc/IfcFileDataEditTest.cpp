@@ -16,9 +16,7 @@ using testing::IsEmpty;
 
 constexpr AttributeName g_globalId("GlobalId");
 
-Guid guidOf(std::size_t iNumber) {
-    return IfcGuid::fromIfcGuid(sGuidOf(iNumber)).value();
-}
+Guid guidOf(std::size_t iNumber) { return IfcGuid::fromIfcGuid(sGuidOf(iNumber)).value(); }
 
 // A data that a caller fills.
 struct EditData : Data {
@@ -44,7 +42,8 @@ TEST(EntityDelete, TakesTheEntityOutOfTheListAndTheMap) {
     EXPECT_TRUE(data.boEntityDelete(&second));
     EXPECT_THAT(data.entities(), testing::UnorderedElementsAre(&first, &third, &point));
     const auto [begin, end] = data.range(ObjectName("IFCELEMENT"), false);
-    EXPECT_THAT(std::vector<Entity*>(begin, end), ElementsAre(&first, &third)) << "the others keep their order";
+    EXPECT_THAT(std::vector<Entity*>(begin, end), ElementsAre(&first, &third))
+        << "the others keep their order";
     EXPECT_EQ(data.pEntityFromGuid(guidOf(2)), nullptr);
     EXPECT_EQ(data.pEntityFromGuid(guidOf(1)), &first);
     EXPECT_EQ(second.sWriteLine(data), "#1=IFCELEMENT('" + sGuidOf(2) + "',$,$,$);") << "it stays usable";
@@ -120,7 +119,8 @@ TEST(EntityDelete, ForgetsTheProject) {
 }
 
 TEST(EntityDelete, KeepsNumbersAndReferences) {
-    ReadFileModel model(sFileOf("#7=IFCPROPERTY('a',#9,(),$);#9=IFCPOINT((1.));"), true, schemaIs(smallSchema()));
+    ReadFileModel model(sFileOf("#7=IFCPROPERTY('a',#9,(),$);#9=IFCPOINT((1.));"), true,
+                        schemaIs(smallSchema()));
     Data& data = model.file.data();
     Entity* pPoint = data.pEntityFromId(9);
     EXPECT_TRUE(data.boEntityDelete(pPoint));

@@ -25,7 +25,8 @@ struct EntityWrite {
     StepWriteInfoCommon common;
     StepWriteInfo info{common};
 
-    EntityWrite(const Data& data, const Entity& entity) : common(data.entityIdMap(false), errors, writer, true) {
+    EntityWrite(const Data& data, const Entity& entity)
+        : common(data.entityIdMap(false), errors, writer, true) {
         info.m_line = "left over from the statement before";
         entity.vWrite(info);
     }
@@ -38,14 +39,15 @@ TEST(WriteEntity, GivesTheStatementBack) {
         "#0=IFCTHING($);",
         "#70000=IFCTHING('a');",
         "#2147483647=IFCTHING(*);",
-        "#3=IFCEVERYKIND(1.,.T.,2,3.,'s','0G8310000000420mG51WS8',.U.,\"0FF\",.RED.,IFCCOUNT(4),(5.,6.,7.),(8.),(9.),$);",
+        "#3=IFCEVERYKIND(1.,.T.,2,3.,'s','0G8310000000420mG51WS8',.U.,\"0FF\",.RED.,IFCCOUNT(4),(5.,6.,7.),("
+        "8.),(9.),$);",
     };
     for (const char* sStatement : statements) {
         StatementReader reader;
         const Entity* pEntity = reader.pRead(sStatement);
         ASSERT_NE(pEntity, nullptr) << sStatement;
-        reader.data.finalizeEntity(reader.pEntity(static_cast<std::uint32_t>(std::stoul(sStatement + 1))), reader.common,
-                                   sStatement, 1);
+        reader.data.finalizeEntity(reader.pEntity(static_cast<std::uint32_t>(std::stoul(sStatement + 1))),
+                                   reader.common, sStatement, 1);
         reader.data.boFinished(reader.common, true);
         EXPECT_EQ(pEntity->sWriteLine(reader.data), sStatement);
         const EntityWrite write(reader.data, *pEntity);
@@ -89,10 +91,10 @@ TEST(WriteEntity, ReportsAnAbstractTypeAndWritesItAllTheSame) {
 }
 
 TEST(WriteEntity, QueuesItselfThenWhatItNamesThenWhatNamesIt) {
-    const ReadFileModel model(
-        sFileOf("#5=IFCRELLINK('" + sGuidOf(5) + "',$,#1,(#4));#3=IFCRELLINK('" + sGuidOf(3) + "',$,#1,(#4));#4=IFCELEMENT('" +
-                sGuidOf(4) + "',$,#2,$);#2=IFCPOINT((1.));#1=IFCPROJECT('" + sGuidOf(1) + "',$,$);"),
-        true, schemaIs(smallSchema()));
+    const ReadFileModel model(sFileOf("#5=IFCRELLINK('" + sGuidOf(5) + "',$,#1,(#4));#3=IFCRELLINK('" +
+                                      sGuidOf(3) + "',$,#1,(#4));#4=IFCELEMENT('" + sGuidOf(4) +
+                                      "',$,#2,$);#2=IFCPOINT((1.));#1=IFCPROJECT('" + sGuidOf(1) + "',$,$);"),
+                              true, schemaIs(smallSchema()));
     ASSERT_TRUE(model.boRead);
     const auto number = [&model](const Entity* pEntity) { return model.file.data().iIdFromEntity(*pEntity); };
     const EntityWrite write(model.file.data(), *model.file.data().pEntityFromId(4));
@@ -106,7 +108,8 @@ TEST(WriteEntity, QueuesItselfThenWhatItNamesThenWhatNamesIt) {
 }
 
 TEST(WriteEntity, DealsNumbersForDisplayThatAWriteKeeps) {
-    ReadFileModel model(sFileOf("#8=IFCPROPERTY('a',#9,(),$);#9=IFCPOINT((1.));"), true, schemaIs(smallSchema()), false);
+    ReadFileModel model(sFileOf("#8=IFCPROPERTY('a',#9,(),$);#9=IFCPOINT((1.));"), true,
+                        schemaIs(smallSchema()), false);
     const Entity* pProperty = model.file.data().entities().back();
     EXPECT_EQ(pProperty->sWriteLine(model.file.data()), "#1=IFCPROPERTY('a',#2,(),$);");
     std::ostringstream out;

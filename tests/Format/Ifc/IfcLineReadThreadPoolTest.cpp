@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <map>
 #include <optional>
-#include <random>
+#include <set>
 #include <thread>
 
 #include "AssertLog.h"
@@ -43,7 +45,8 @@ std::string sPoint(std::size_t iId) {
 std::size_t iThreads() {
     std::size_t iCount = 0;
     std::error_code error;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error)) ++iCount;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error))
+        ++iCount;
     return iCount;
 }
 
@@ -52,10 +55,12 @@ TEST(LineReadThreadPool, ReadsEveryStatementOnce) {
         for (const std::size_t iCount : {0U, 1U, 2U, 199U, 200U, 201U, 399U, 400U, 401U, 1000U, 2345U}) {
             SCOPED_TRACE(std::to_string(iCount) + " statements" + (boOneWorker ? ", one worker" : ""));
             PoolRead read(boOneWorker);
-            for (std::size_t i = 1; i <= iCount; ++i) read.pool->addLineToQueue(sPoint(i), static_cast<unsigned>(i));
+            for (std::size_t i = 1; i <= iCount; ++i)
+                read.pool->addLineToQueue(sPoint(i), static_cast<unsigned>(i));
             read.pool.reset();
             EXPECT_EQ(read.data().entities().size(), iCount);
-            EXPECT_EQ(std::set<Entity*>(read.data().entities().begin(), read.data().entities().end()).size(), iCount);
+            EXPECT_EQ(std::set<Entity*>(read.data().entities().begin(), read.data().entities().end()).size(),
+                      iCount);
             for (std::uint32_t i = 1; i <= iCount; ++i)
                 ASSERT_EQ(read.sStatement(i), "=IFCPOINT((" + std::to_string(i) + ".));");
             EXPECT_TRUE(read.errors.records().empty());
@@ -91,8 +96,9 @@ TEST(LineReadThreadPool, StartsItsThreadsWithTheFirstStatement) {
 }
 
 TEST(LineReadThreadPool, HasWorkersForHalfTheMachine) {
-    const std::map<unsigned, std::size_t> workersOf = {{1, 2},  {2, 2},  {4, 2},  {6, 2},   {7, 2},   {8, 2},
-                                                       {10, 3}, {12, 4}, {16, 6}, {24, 10}, {32, 14}, {64, 30}};
+    const std::map<unsigned, std::size_t> workersOf = {{1, 2},  {2, 2},   {4, 2},   {6, 2},
+                                                       {7, 2},  {8, 2},   {10, 3},  {12, 4},
+                                                       {16, 6}, {24, 10}, {32, 14}, {64, 30}};
     const auto found = workersOf.find(std::thread::hardware_concurrency());
     if (found == workersOf.end()) GTEST_SKIP() << std::thread::hardware_concurrency() << " hardware threads";
     EXPECT_EQ(IfcLineReadThreadPool::iWorkerCount(), found->second);
@@ -120,6 +126,7 @@ TEST(LineReadThreadPool, ReusesBatchesWithoutMixingTheirTexts) {
         if (i % 500 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(15));
     }
     read.pool.reset();
+    EXPECT_EQ(std::set<Entity*>(read.data().entities().begin(), read.data().entities().end()).size(), 5000U);
     ASSERT_EQ(read.data().entities().size(), 5000U);
     for (std::uint32_t i = 1; i <= 5000; ++i) {
         if (i == 1234) continue;
@@ -141,7 +148,8 @@ TEST(LineReadThreadPool, ParsesOnAfterAFatalFault) {
     EXPECT_EQ(read.data().entities().size(), g_iCount - 5);
     std::multiset<std::string> expected;
     for (const char* sLine : {"1", "301", "601", "901", "1201"})
-        expected.insert("1|0|" + localize("Ifc", "Error_ExpectedLeftParenthesis") + "|#x=IFCPOINT((1.));|" + sLine);
+        expected.insert("1|0|" + localize("Ifc", "Error_ExpectedLeftParenthesis") + "|#x=IFCPOINT((1.));|" +
+                        sLine);
     EXPECT_EQ(recordTexts(read.errors), expected);
 }
 
@@ -171,7 +179,8 @@ TEST(LineReadThreadPool, PairsResultsWithTheirStatements) {
 TEST(LineReadThreadPool, KeepsTheOrderWithinABatch) {
     PoolRead read;
     for (std::uint32_t i = 1; i <= 100; ++i)
-        read.pool->addLineToQueue('#' + std::to_string(i) + "=IFCELEMENT('" + sGuidOf(i % 10) + "',$,$,$);", i);
+        read.pool->addLineToQueue('#' + std::to_string(i) + "=IFCELEMENT('" + sGuidOf(i % 10) + "',$,$,$);",
+                                  i);
     read.pool.reset();
     ASSERT_EQ(read.data().guidEntityMap().size(), 10U);
     for (std::uint32_t i = 1; i <= 10; ++i)
@@ -217,7 +226,8 @@ const def::SchemaPset& throwingSchema() {
         static const def::schema::DataTypeBase g_illegal(static_cast<def::schema::DataKind>(99));
         auto pMade = pSchemaOf("ENTITY IfcPoint; Coordinates : LIST OF REAL; END_ENTITY;"
                                "ENTITY IfcBad; Value : REAL; END_ENTITY;");
-        auto* pType = const_cast<def::schema::Entity*>(pMade->pEntityFromName(def::schema::ObjectName("IFCBAD")));
+        auto* pType =
+            const_cast<def::schema::Entity*>(pMade->pEntityFromName(def::schema::ObjectName("IFCBAD")));
         pType->ownAttributes[0].types = {&g_illegal};
         return pMade;
     }();
@@ -227,7 +237,8 @@ const def::SchemaPset& throwingSchema() {
 TEST(LineReadThreadPool, LosesTheBatchOfAnExceptionAndGoesOn) {
     testing::internal::CaptureStderr();
     PoolRead read(false, throwingSchema());
-    for (std::uint32_t i = 1; i <= 600; ++i) read.pool->addLineToQueue(i == 301 ? "#301=IFCBAD(1.);" : sPoint(i), i);
+    for (std::uint32_t i = 1; i <= 600; ++i)
+        read.pool->addLineToQueue(i == 301 ? "#301=IFCBAD(1.);" : sPoint(i), i);
     read.pool.reset();
     const std::string sWritten = testing::internal::GetCapturedStderr();
     EXPECT_EQ(read.data().entities().size(), 400U);

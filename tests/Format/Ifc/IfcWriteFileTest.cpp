@@ -50,13 +50,15 @@ Written written(Write&& write) {
     return result;
 }
 Written fileOf(const File& file, bool boSingleThreaded = true, WriteProgress progress = {}) {
-    return written([&](auto& out, auto& errors) { return file.boWrite(out, errors, progress, boSingleThreaded); });
+    return written(
+        [&](auto& out, auto& errors) { return file.boWrite(out, errors, progress, boSingleThreaded); });
 }
 Written dataOf(const Data& data, bool boSingleThreaded = true) {
     return written([&](auto& out, auto& errors) { return data.boWrite(out, errors, boSingleThreaded); });
 }
 Written entityOf(const Data& data, const Entity* pEntity, bool boSingleThreaded = true) {
-    return written([&](auto& out, auto& errors) { return data.boWrite(pEntity, out, errors, boSingleThreaded); });
+    return written(
+        [&](auto& out, auto& errors) { return data.boWrite(pEntity, out, errors, boSingleThreaded); });
 }
 
 // Keeps what it gets, and which threads brought it.
@@ -99,8 +101,8 @@ TEST(WriteFile, PutsTheFrameAroundTheProject) {
     for (const bool boSingleThreaded : {true, false}) {
         const Written result = fileOf(model.file, boSingleThreaded);
         EXPECT_TRUE(result.boResult);
-        EXPECT_EQ(result.text, "ISO-10303-21;\n" + model.file.header().writeToString() + "DATA;\n" + g_sProject +
-                                   "\nENDSEC;\nEND-ISO-10303-21;\n");
+        EXPECT_EQ(result.text, "ISO-10303-21;\n" + model.file.header().writeToString() + "DATA;\n" +
+                                   g_sProject + "\nENDSEC;\nEND-ISO-10303-21;\n");
         EXPECT_TRUE(result.records.empty());
     }
 }
@@ -122,20 +124,22 @@ TEST(WriteFile, WritesWhatTheProjectReachesBreadthFirst) {
         {"references, in the order in which they are named",
          "#4=IFCPOINT((4.));#2=IFCPOINT((2.));#3=IFCPOINT((3.));" + sProjectWith + "3,#4));",
          {sProjectWith + "3,#4));", "#3=IFCPOINT((3.));", "#4=IFCPOINT((4.));"}},
-        {"what is named twice is written once", "#3=IFCPOINT((3.));" + sProjectWith + "3,#3));",
+        {"what is named twice is written once",
+         "#3=IFCPOINT((3.));" + sProjectWith + "3,#3));",
          {sProjectWith + "3,#3));", "#3=IFCPOINT((3.));"}},
         {"nothing but an inverse list leads to a link, and the link to elements",
          g_sProject + sLink + "#8=IFCELEMENT('" + g2 + "',$,#5,$);#7=IFCELEMENT('" + sGuidOf(3) +
              "',$,$,$);#5=IFCPOINT((5.));#6=IFCPOINT((6.));",
-         {g_sProject, sLink, "#8=IFCELEMENT('" + g2 + "',$,#5,$);", "#7=IFCELEMENT('" + sGuidOf(3) + "',$,$,$);",
-          "#5=IFCPOINT((5.));"}},
+         {g_sProject, sLink, "#8=IFCELEMENT('" + g2 + "',$,#5,$);",
+          "#7=IFCELEMENT('" + sGuidOf(3) + "',$,$,$);", "#5=IFCPOINT((5.));"}},
         {"forward references before inverse lists",
-         "#2=IFCPOINT((2.));" + sLink + sProjectWith + "2));#8=IFCELEMENT('" + g2 + "',$,$,$);#7=IFCELEMENT('" +
-             sGuidOf(3) + "',$,#2,$);",
+         "#2=IFCPOINT((2.));" + sLink + sProjectWith + "2));#8=IFCELEMENT('" + g2 +
+             "',$,$,$);#7=IFCELEMENT('" + sGuidOf(3) + "',$,#2,$);",
          {sProjectWith + "2));", "#2=IFCPOINT((2.));", sLink, "#8=IFCELEMENT('" + g2 + "',$,$,$);",
           "#7=IFCELEMENT('" + sGuidOf(3) + "',$,#2,$);"}},
         {"a number that nothing defines is named, and gets no line",
-         sProjectWith + "70));#2=IFCPOINT((1.));", {sProjectWith + "3));"}},
+         sProjectWith + "70));#2=IFCPOINT((1.));",
+         {sProjectWith + "3));"}},
     };
     for (const ReachRow& row : rows) {
         SCOPED_TRACE(row.sRule);
@@ -151,20 +155,23 @@ TEST(WriteFile, WritesWhatTheProjectReachesBreadthFirst) {
 }
 
 TEST(WriteFile, EndsOnACycle) {
-    const ReadFileModel model = modelOf("#1=IFCPROPERTY('a',$,(),#2);#2=IFCPROPERTY('b',$,(),#3);"
-                                        "#3=IFCPROPERTY('c',$,(#9),#1);#4=IFCPROPERTY('d',$,(),#4);#9=IFCPOINT((0.));");
+    const ReadFileModel model =
+        modelOf("#1=IFCPROPERTY('a',$,(),#2);#2=IFCPROPERTY('b',$,(),#3);"
+                "#3=IFCPROPERTY('c',$,(#9),#1);#4=IFCPROPERTY('d',$,(),#4);#9=IFCPOINT((0.));");
     for (const bool boSingleThreaded : {true, false}) {
-        EXPECT_THAT(linesOf(entityOf(model.file.data(), model.file.data().pEntityFromId(2), boSingleThreaded).text),
-                    UnorderedElementsAreArray(Lines{"#2=IFCPROPERTY('b',$,(),#3);", "#3=IFCPROPERTY('c',$,(#9),#1);",
-                                                    "#9=IFCPOINT((0.));", "#1=IFCPROPERTY('a',$,(),#2);"}));
+        EXPECT_THAT(
+            linesOf(entityOf(model.file.data(), model.file.data().pEntityFromId(2), boSingleThreaded).text),
+            UnorderedElementsAreArray(Lines{"#2=IFCPROPERTY('b',$,(),#3);", "#3=IFCPROPERTY('c',$,(#9),#1);",
+                                            "#9=IFCPOINT((0.));", "#1=IFCPROPERTY('a',$,(),#2);"}));
         EXPECT_EQ(entityOf(model.file.data(), model.file.data().pEntityFromId(4), boSingleThreaded).text,
                   "#4=IFCPROPERTY('d',$,(),#4);\n");
     }
 }
 
 TEST(WriteFile, ReachesByReferenceAloneAfterAFailedRead) {
-    const ReadFileModel model = modelOf("#2=IFCPOINT((2.));#3=IFCELEMENT('" + sGuidOf(1) + "',$,$,$);#4=IFCRELLINK('" +
-                                        sGuidOf(2) + "',$,#1,(#3));#1=IFCPROJECT('" + sGuidOf(0) + "',$,(#2));#x=;");
+    const ReadFileModel model =
+        modelOf("#2=IFCPOINT((2.));#3=IFCELEMENT('" + sGuidOf(1) + "',$,$,$);#4=IFCRELLINK('" + sGuidOf(2) +
+                "',$,#1,(#3));#1=IFCPROJECT('" + sGuidOf(0) + "',$,(#2));#x=;");
     ASSERT_FALSE(model.boRead);
     const Lines lines = linesOf(fileOf(model.file).text);
     EXPECT_EQ(Lines(lines.begin() + 7, lines.end() - 2),
@@ -185,9 +192,11 @@ TEST(WriteData, WritesAllEntitiesSortedByType) {
 }
 
 TEST(WriteData, WritesOneEntityAndWhatItReaches) {
-    const ReadFileModel model = modelOf(g_sProject + "#3=IFCPOINT((3.));#2=IFCPOINT((2.));#7=IFCPROPERTY('b',#2,(),$);");
+    const ReadFileModel model =
+        modelOf(g_sProject + "#3=IFCPOINT((3.));#2=IFCPOINT((2.));#7=IFCPROPERTY('b',#2,(),$);");
     for (const bool boSingleThreaded : {true, false}) {
-        const Written result = entityOf(model.file.data(), model.file.data().pEntityFromId(7), boSingleThreaded);
+        const Written result =
+            entityOf(model.file.data(), model.file.data().pEntityFromId(7), boSingleThreaded);
         EXPECT_TRUE(result.boResult);
         EXPECT_THAT(linesOf(result.text),
                     UnorderedElementsAreArray(Lines{"#7=IFCPROPERTY('b',#2,(),$);", "#2=IFCPOINT((2.));"}));
@@ -208,7 +217,8 @@ TEST(WriteData, WritesWhatASeedQueues) {
             return WriteFile::boWrite(data, seed, out, errors, boSingleThreaded);
         });
         EXPECT_TRUE(result.boResult);
-        EXPECT_THAT(linesOf(result.text), UnorderedElementsAreArray(Lines{"#3=IFCPOINT((3.));", "#1=IFCPOINT((1.));"}));
+        EXPECT_THAT(linesOf(result.text),
+                    UnorderedElementsAreArray(Lines{"#3=IFCPOINT((3.));", "#1=IFCPOINT((1.));"}));
     }
     std::ostringstream out;
     WriteError errors;
@@ -227,7 +237,8 @@ TEST(WriteData, WritesNothingWhereThereIsNothing) {
         EXPECT_EQ(none.text, "");
     }
     const Written seeded = written([&](auto& out, auto& errors) {
-        return WriteFile::boWrite(empty, [](StepWriteInfoCommon&) {}, out, errors, true);
+        return WriteFile::boWrite(
+            empty, [](StepWriteInfoCommon&) {}, out, errors, true);
     });
     EXPECT_FALSE(seeded.boResult);
     EXPECT_EQ(seeded.text, "");
@@ -243,8 +254,9 @@ TEST(WriteData, SkipsSlotsThatNothingDefined) {
     ReadFileModel model = modelOf("#1=IFCPROPERTY('a',#7,(),$);");
     Data& data = model.file.data();
     const auto [pAttribute, pCell] = data.pEntityFromId(1)->pAttributeFromIndex(1);
-    const auto* pMissing = static_cast<const AttributeEntity*>(
-        static_cast<const AttributeSelect*>(pCell)->m_pValue.load())->m_value.load();
+    const auto* pMissing =
+        static_cast<const AttributeEntity*>(static_cast<const AttributeSelect*>(pCell)->m_pValue.load())
+            ->m_value.load();
     ASSERT_EQ(pMissing->pSchemaEntity(), nullptr);
     EXPECT_EQ(pMissing->sWriteLine(data), "");
     for (const bool boSingleThreaded : {true, false}) {
@@ -257,19 +269,23 @@ TEST(WriteData, SkipsSlotsThatNothingDefined) {
 }
 
 TEST(WriteNumbers, KeepsThoseOfTheFile) {
-    const ReadFileModel kept = modelOf("#70000=IFCPOINT((1.));#0=IFCPOINT((2.));#5=IFCPROPERTY('a',#70000,(),$);");
+    const ReadFileModel kept =
+        modelOf("#70000=IFCPOINT((1.));#0=IFCPOINT((2.));#5=IFCPROPERTY('a',#70000,(),$);");
     EXPECT_THAT(linesOf(dataOf(kept.file.data()).text),
                 UnorderedElementsAreArray(Lines{"#70000=IFCPOINT((1.));", "#0=IFCPOINT((2.));",
                                                 "#5=IFCPROPERTY('a',#70000,(),$);"}));
 }
 
 TEST(WriteNumbers, DealsThemInTheOrderOfTheWalk) {
-    const ReadFileModel model = modelOf("#70=IFCPROPERTY('a',#90,(),$);#80=IFCPOINT((8.));#90=IFCPOINT((9.));", false);
+    const ReadFileModel model =
+        modelOf("#70=IFCPROPERTY('a',#90,(),$);#80=IFCPOINT((8.));#90=IFCPOINT((9.));", false);
     const auto& data = model.file.data();
     const Entity* pProperty = data.entities().back();
     EXPECT_EQ(entityOf(data, pProperty).text, "#1=IFCPROPERTY('a',#2,(),$);\n#2=IFCPOINT((9.));\n");
-    EXPECT_THAT(linesOf(dataOf(data).text), UnorderedElementsAreArray(Lines{
-        "#3=IFCPOINT((8.));", "#2=IFCPOINT((9.));", "#1=IFCPROPERTY('a',#2,(),$);"})) << "the next write keeps them";
+    EXPECT_THAT(linesOf(dataOf(data).text),
+                UnorderedElementsAreArray(
+                    Lines{"#3=IFCPOINT((8.));", "#2=IFCPOINT((9.));", "#1=IFCPROPERTY('a',#2,(),$);"}))
+        << "the next write keeps them";
     static_cast<void>(data.entityIdMap(true));
     EXPECT_EQ(dataOf(data).text, "#1=IFCPOINT((8.));\n#2=IFCPOINT((9.));\n#3=IFCPROPERTY('a',#2,(),$);\n");
 }
@@ -289,7 +305,8 @@ TEST(WriteProgress, CountsEveryEntityOfASingleThreadedWrite) {
     const ReadFileModel model(sSmallFile(30), true, schemaIs(smallSchema()));
     std::vector<unsigned> calls;
     const Written result = fileOf(model.file, true, [&calls](unsigned iCount) { calls.push_back(iCount); });
-    std::vector<unsigned> expected(1 + 3 * 30);   // project, points, elements, links; nothing reaches a property
+    std::vector<unsigned> expected(1 +
+                                   3 * 30);   // project, points, elements, links; nothing reaches a property
     std::iota(expected.begin(), expected.end(), 1U);
     EXPECT_EQ(calls, expected);
     EXPECT_EQ(linesOf(result.text).size(), expected.size() + 9);
@@ -311,7 +328,8 @@ TEST(WriteThreads, AreAsManyAsModelAndMachineAllow) {
     const auto iThreads = [] {
         std::size_t iCount = 0;
         std::error_code error;
-        for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error))
+        for ([[maybe_unused]] const auto& entry :
+             std::filesystem::directory_iterator("/proc/self/task", error))
             ++iCount;
         return iCount;
     };
@@ -327,7 +345,8 @@ TEST(WriteThreads, AreAsManyAsModelAndMachineAllow) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.iEntities);
         std::string statements = g_sProject;
-        for (std::size_t i = 2; i <= row.iEntities; ++i) statements += '#' + std::to_string(i) + "=IFCPOINT((1.));";
+        for (std::size_t i = 2; i <= row.iEntities; ++i)
+            statements += '#' + std::to_string(i) + "=IFCPOINT((1.));";
         const ReadFileModel model = modelOf(statements);
         for (const bool boSingleThreaded : {true, false}) {
             RecordingWriter writer;
@@ -401,8 +420,10 @@ TEST(LineWriter, LeavesLongStatementsUnbroken) {
     std::string statements;
     Lines expected;
     std::size_t iId = 0;
-    for (const std::size_t iText : {16340U, 16350U, 16360U, 16361U, 16362U, 16363U, 16364U, 16365U, 32768U, 100'000U, 3U}) {
-        expected.push_back('#' + std::to_string(++iId) + "=IFCPROPERTY('" + std::string(iText, 'x') + "',$,(),$);");
+    for (const std::size_t iText :
+         {16340U, 16350U, 16360U, 16361U, 16362U, 16363U, 16364U, 16365U, 32768U, 100'000U, 3U}) {
+        expected.push_back('#' + std::to_string(++iId) + "=IFCPROPERTY('" + std::string(iText, 'x') +
+                           "',$,(),$);");
         statements += expected.back();
     }
     const ReadFileModel model = modelOf(statements);

@@ -35,12 +35,12 @@ inline ModelText modelText(const Data& data) {
     ModelText text;
     for (const Entity* pEntity : data.entities()) {
         InstanceText& instance = text.emplace(data.iIdFromEntity(*pEntity), InstanceText{})->second;
-        pEntity->boForEachInverseAttribute([&](const def::schema::AttributeInverse& attribute,
-                                               const EntityList& referrers) {
-            for (const Entity* pReferrer : referrers)
-                instance.referrers.emplace(attribute.sName, data.iIdFromEntity(*pReferrer));
-            return false;
-        });
+        pEntity->boForEachInverseAttribute(
+            [&](const def::schema::AttributeInverse& attribute, const EntityList& referrers) {
+                for (const Entity* pReferrer : referrers)
+                    instance.referrers.emplace(attribute.sName, data.iIdFromEntity(*pReferrer));
+                return false;
+            });
     }
     // Ascending, so that numbers which are dealt only now, to missing instances, do not depend on the list's order.
     std::map<std::size_t, const Entity*> byNumber;
@@ -51,8 +51,9 @@ inline ModelText modelText(const Data& data) {
 
 // Records as sortable text, without the instance.
 inline std::string sRecordText(const Errors::ErrorRecord& record) {
-    return std::to_string(record.severity) + '|' + std::to_string(record.category) + '|' + record.description + '|' +
-           record.lineString.value_or("(no text)") + '|' + std::to_string(record.lineNumber);
+    return std::to_string(record.severity) + '|' + std::to_string(record.category) + '|' +
+           record.description + '|' + record.lineString.value_or("(no text)") + '|' +
+           std::to_string(record.lineNumber);
 }
 
 inline std::multiset<std::string> recordTexts(const Errors& errors) {

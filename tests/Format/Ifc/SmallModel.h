@@ -45,8 +45,10 @@ inline std::string sFileOf(std::string_view statements) {
 
 // A GlobalId for each number.
 inline std::string sGuidOf(std::size_t iNumber) {
-    return IfcGuid::toIfcGuid(Guid{0x10203040U, static_cast<std::uint16_t>(iNumber >> 16),
-                                   static_cast<std::uint16_t>(iNumber), {1, 2, 3, 4, 5, 6, 7, 8}});
+    return IfcGuid::toIfcGuid(Guid{0x10203040U,
+                                   static_cast<std::uint16_t>(iNumber >> 16),
+                                   static_cast<std::uint16_t>(iNumber),
+                                   {1, 2, 3, 4, 5, 6, 7, 8}});
 }
 
 // Groups of four statements: point, property, element, and a link of the element to project #1.
@@ -56,8 +58,9 @@ inline std::string sSmallFile(std::size_t iGroups) {
     for (std::size_t i = 0; i < iGroups; ++i) {
         const std::size_t iId = 2 + 4 * i;
         out << '#' << iId << "=IFCPOINT((" << i << ".,-0.25,1.E-" << 10 + i % 80 << "));\n"
-            << '#' << iId + 1 << "=IFCPROPERTY('p;" << i << "',IFCLENGTHMEASURE(" << i << ".5),(IFCLABEL('it''s'),#"
-            << iId << ")," << (i + 1 < iGroups ? '#' + std::to_string(iId + 5) : "$") << ");\n"
+            << '#' << iId + 1 << "=IFCPROPERTY('p;" << i << "',IFCLENGTHMEASURE(" << i
+            << ".5),(IFCLABEL('it''s'),#" << iId << "),"
+            << (i + 1 < iGroups ? '#' + std::to_string(iId + 5) : "$") << ");\n"
             << '#' << iId + 2 << "=IFCELEMENT('" << sGuidOf(2 * i + 1) << "',$,#" << iId << ",.GREEN.);\n"
             << '#' << iId + 3 << "=IFCRELLINK('" << sGuidOf(2 * i + 2) << "',$,#1,(#" << iId + 2 << "));\n";
     }

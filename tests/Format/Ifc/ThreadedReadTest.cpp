@@ -52,11 +52,12 @@ TEST(ThreadedRead, GivesTheModelOfASingleThreadedRead) {
         {"some batches", sSmallFile(1000)},
         {"many batches", sSmallFile(6000)},
         {"a name nobody knows", sFileOf("#1=IFCPOINT((1.));\n#2=IFCNOBODY();\n#3=IFCPOINT((1.));\n")},
-        {"references to nothing", sFileOf("#1=IFCPROPERTY('a',#70000,(#5,#6),#900000);\n#2=IFCPOINT((1.));\n")},
-        {"faulty values",
-         sFileOf("#1=IFCPOINT((1.,x,3.));\n#2=IFCELEMENT('short','a',1.,.PINK.);\n#3=IFCPROPERTY($,5,(6,#x),*);\n")},
-        {"equal GUIDs", sFileOf("#1=IFCELEMENT('" + sGuidOf(1) + "',$,$,$);\n#2=IFCELEMENT('" + sGuidOf(1) +
-                                "',$,$,$);\n")},
+        {"references to nothing",
+         sFileOf("#1=IFCPROPERTY('a',#70000,(#5,#6),#900000);\n#2=IFCPOINT((1.));\n")},
+        {"faulty values", sFileOf("#1=IFCPOINT((1.,x,3.));\n#2=IFCELEMENT('short','a',1.,.PINK.);\n#3="
+                                  "IFCPROPERTY($,5,(6,#x),*);\n")},
+        {"equal GUIDs",
+         sFileOf("#1=IFCELEMENT('" + sGuidOf(1) + "',$,$,$);\n#2=IFCELEMENT('" + sGuidOf(1) + "',$,$,$);\n")},
         {"no GUID", sFileOf("#1=IFCELEMENT($,$,$,$);\n")},
         {"an abstract type", sFileOf("#1=IFCROOT('" + sGuidOf(1) + "',$);\n")},
         {"too few and too many parameters", sFileOf("#1=IFCPOINT();\n#2=IFCPOINT((1.),2.);\n")},

@@ -45,9 +45,9 @@ struct RhythmRow {
     bool boAtStop;
 };
 const RhythmRow g_rhythmRows[] = {
-    {"not enabled: 0", {0, false}, false, false}, {"not enabled: 1", {1, false}, false, false},
-    {"not enabled: 2", {2, false}, false, false}, {"0: at the start", {0, true}, true, false},
-    {"1: at the stop", {1, true}, false, true},   {"2: at both", {2, true}, true, true},
+    {"not enabled: 0", {0, false}, false, false},       {"not enabled: 1", {1, false}, false, false},
+    {"not enabled: 2", {2, false}, false, false},       {"0: at the start", {0, true}, true, false},
+    {"1: at the stop", {1, true}, false, true},         {"2: at both", {2, true}, true, true},
     {"any other: at neither", {3, true}, false, false},
 };
 
@@ -89,11 +89,17 @@ TEST(ThreadedLoop, WaitsForItsIntervalBetweenTwoCalls) {
     std::atomic<std::size_t> iCalls{0};
     ThreadedLoop loop;
     const auto start = Clock::now();
-    loop.perform({}, [&] { calls.push_back(Clock::now()); return ++iCalls, true; }, g_interval.count(), {});
+    loop.perform({},
+                 [&] {
+                     calls.push_back(Clock::now());
+                     return ++iCalls, true;
+                 },
+                 g_interval.count(), {});
     ASSERT_TRUE(boComesTrue([&] { return iCalls >= 4; }));
     loop.vStop();
     EXPECT_GE(calls.front() - start, g_interval);
-    for (std::size_t i = 1; i < calls.size(); ++i) EXPECT_GE(calls[i] - calls[i - 1], g_interval) << "call " << i;
+    for (std::size_t i = 1; i < calls.size(); ++i)
+        EXPECT_GE(calls[i] - calls[i - 1], g_interval) << "call " << i;
 }
 
 TEST(ThreadedLoop, IsWokenByTheStop) {
@@ -117,9 +123,17 @@ TEST(ThreadedLoop, RunsTheFirstFunctionOnceOnItsOwnThread) {
     std::thread::id loopId;
     std::atomic<int> iCalls{0};
     ThreadedLoop loop;
-    loop.perform([&] { order.emplace_back("first"); first = std::this_thread::get_id(); },
-                 [&] { order.emplace_back("call"); loopId = std::this_thread::get_id(); return ++iCalls < 3; }, 0,
-                 {0, true});
+    loop.perform(
+        [&] {
+            order.emplace_back("first");
+            first = std::this_thread::get_id();
+        },
+        [&] {
+            order.emplace_back("call");
+            loopId = std::this_thread::get_id();
+            return ++iCalls < 3;
+        },
+        0, {0, true});
     ASSERT_TRUE(boComesTrue([&] { return iCalls == 4; }));
     loop.vStop();
     EXPECT_EQ(order, (std::vector<std::string>{"first", "call", "call", "call", "call"}));
@@ -166,9 +180,9 @@ TEST(ThreadedLoop, LosesNoWorkThatComesBeforeTheEnd) {
         std::atomic<bool> boActive{true};
         ThreadedLoop loop;
         const auto function = [&] {
-            iQueued = 0;               // does all there is,
+            iQueued = 0;   // does all there is,
             std::this_thread::yield();
-            return boActive.load();    // and looks at the flag later
+            return boActive.load();   // and looks at the flag later
         };
         loop.perform({}, function, 0, {0, false});
         iQueued = 1;
@@ -222,7 +236,12 @@ TEST(ThreadedLoop, TakesAnExceptionForFalse) {
     testing::internal::CaptureStderr();
     {
         ThreadedLoop loop;
-        loop.perform({}, [&]() -> bool { ++iCalls; throw 1; }, 0, {2, true});
+        loop.perform({},
+                     [&]() -> bool {
+                         ++iCalls;
+                         throw 1;
+                     },
+                     0, {2, true});
         ASSERT_TRUE(boComesTrue([&] { return iCalls == 1 && !loop.boRunning(); }));
         std::this_thread::sleep_for(5ms);
     }

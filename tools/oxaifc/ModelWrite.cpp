@@ -1,0 +1,172 @@
+#include "oxaifc/ModelWrite.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <mutex>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/IfcWriteFile.h"
+#include "Format/Ifc/IfcWriteInfo.h"
+#include "oxaifc/Failure.h"
+#include "oxaifc/Output.h"
+#include "oxaifc/Progress.h"
+
+namespace oxa::tool {
+
+namespace {
+
+constexpr std::size_t g_iMostTold = 10;   // errors of a write; a model can have one in each statement
+
+void vSay(std::string_view text) { std::fputs(fmt::format("oxaifc: {}\n", text).c_str(), stderr); }
+
+const ifc::ErrorRecord* pFirstFatal(const Model& model) {
+    const auto& records = model.errors();
+    const auto itFatal = std::find_if(records.begin(), records.end(), [](const ifc::ErrorRecord& record) {
+        return record.severity == ifc::Errors::Fatal;
+    });
+    return itFatal == records.end() ? nullptr : &*itFatal;
+}
+
+}   // namespace
+
+void WriteOptions::vDeclareOut(CLI::App& command) {
+    command.add_option("OUT", sOut, "the file to write, which may be IN; - for standard output")
+        ->required()
+        ->type_name("");
+    command.footer(
+        "OUT is replaced as a whole or not at all. Exit code: 0 fine, 1 the read or the write had errors "
+        "(OUT is written, and they are told), 2 unreadable, not to be written or wrong usage (OUT is as "
+        "it was). An IN with errors is not replaced by itself.");
+}
+
+// Statements as they are composed, to the stream, with a list of their numbers.
+class ModelWrite::Statements final : public ifc::io::IfcLineWriterInterface {
+public:
+    Statements(std::ostream& out, std::vector<std::uint32_t>& numbers) : m_out(out), m_numbers(numbers) {}
+
+    std::size_t iLineAdd(std::string& line, unsigned iId) override {
+        const std::lock_guard lock(m_mutex);
+        m_out.write(line.data(), static_cast<std::streamsize>(line.size()));
+        m_out.put('\n');
+        m_numbers.push_back(iId);
+        return m_numbers.size();
+    }
+    void vFinish() override {}
+
+private:
+    std::mutex m_mutex;
+    std::ostream& m_out;                     // guarded by m_mutex
+    std::vector<std::uint32_t>& m_numbers;   // guarded by m_mutex
+};
+
+ModelWrite::ModelWrite(const WriteOptions& options)
+    : m_options(options), m_target(options.sOut), m_pErrors(ifc::io::WriteError::pAllocate()) {}
+
+ModelWrite::~ModelWrite() = default;
+
+void ModelWrite::vCheck(const Model& model) const {
+    const ifc::ErrorRecord* pFatal = pFirstFatal(model);
+    if (pFatal || (!model.boOk() && model.errors().empty()))
+        throw Failure(
+            fmt::format("{}: not read to the end{}{}; {} is not written", model.sName(), pFatal ? ": " : "",
+                        pFatal ? sPrintable(pFatal->description) : std::string(), m_target.sName()));
+    if (!model.errors().empty() && m_target.boIs(m_options.sPath))
+        throw Failure(fmt::format("{}: has {}; what could not be read would be lost, so name another OUT",
+                                  model.sName(), sCounted(model.errors().size(), "error")));
+}
+
+void ModelWrite::vStatementsWrite(Model& model, const ifc::Entity* pRoot) {
+    const ifc::Data& data = model.data();
+    // Instances that are named and not defined get numbers in the write, which may be numbers that the file uses.
+    // What it dealt lies between the numbers of two entities that are no part of the model.
+    const ifc::Entity before, behind;
+    const bool boGuard = model.boIdsKept() && !model.errors().empty();
+    const std::size_t iBefore = boGuard ? data.iIdFromEntity(before) : 0;
+    {
+        Statements writer(m_target.stream(), m_written);
+        const auto pInfo = std::make_unique<ifc::StepWriteInfoCommon>(data.entityIdMap(false), *m_pErrors,
+                                                                      writer, m_options.boSingleThreaded);
+        if (pRoot)
+            pInfo->iEntityIdGet(pRoot);
+        else
+            for (const ifc::Entity* pEntity : data.entities()) pInfo->iEntityIdGet(pEntity);
+        Progress progress([this, iAll = data.entities().size()](unsigned iTaken) {
+            return fmt::format("writing {}: {} of {} entities", sPrintable(m_target.sName()),
+                               sGrouped(iTaken), sGrouped(iAll));
+        });
+        // A walk without a first entity would never end.
+        if (pRoot || !data.entities().empty()) data.vWrite(*pInfo, progress.function());
+    }
+    std::sort(m_written.begin(), m_written.end());
+    const std::size_t iBehind = boGuard ? data.iIdFromEntity(behind) : 0;
+    for (std::size_t iId = iBefore + 1; iId < iBehind; ++iId)
+        if (data.pEntityFromId(iId))
+            throw Failure(
+                fmt::format("{}: a reference to an instance that is not in the file would become one to "
+                            "#{}; oxaifc convert --renumber gives all of them numbers of their own",
+                            model.sName(), iId));
+}
+
+void ModelWrite::vExchangeWrite(Model& model, const ifc::Entity* pRoot) {
+    vCheck(model);
+    ifc::FileHeader header;
+    if (const ifc::FileHeader* pHeader = model.pHeader()) {
+        header = *pHeader;
+    } else {
+        header.description.descriptions = {{}};   // ISO 10303-21, 8.2.1: one at least
+        header.name.vInit({}, {}, {}, {});
+        header.vSchemaNameSet(model.sSchemaName());
+    }
+    std::ostream& out = m_target.stream();
+    out << "ISO-10303-21;\n";
+    header.boWrite(out, *m_pErrors);
+    out << "DATA;\n";
+    vStatementsWrite(model, pRoot);
+    out << "ENDSEC;\nEND-ISO-10303-21;\n";
+    m_target.vFinish();
+}
+
+void ModelWrite::vSimpleWrite(Model& model, const ifc::Entity* pRoot) {
+    vCheck(model);
+    ifc::FileHeaderSimple header;
+    header.vSchemaNameSet(model.sSchemaName());
+    if (pRoot)
+        header.exportInfo = static_cast<std::uint64_t>(model.data().iIdFromEntity(*pRoot));
+    else if (const ifc::FileHeaderSimple* pHeader = model.pHeaderSimple())
+        header.exportInfo = pHeader->exportInfo;
+    else
+        header.exportInfo = ifc::FileHeaderSimple::WholeData;
+    header.boWrite(m_target.stream(), *m_pErrors);
+    vStatementsWrite(model, pRoot);
+    m_target.vFinish();
+}
+
+void ModelWrite::vSameWrite(Model& model) {
+    if (model.pHeader())
+        vExchangeWrite(model, nullptr);
+    else
+        vSimpleWrite(model, nullptr);
+}
+
+int ModelWrite::iTell(const Model& model) const {
+    if (!model.errors().empty())
+        vSay(fmt::format("{}: {} while reading; oxaifc check tells them", sPrintable(model.sName()),
+                         sCounted(model.errors().size(), "error")));
+    const auto& records = m_pErrors->records();
+    for (std::size_t i = 0; i < std::min(records.size(), g_iMostTold); ++i)
+        vSay(fmt::format("{}: {}", sPrintable(m_target.sName()), sPrintable(records[i].description)));
+    if (records.size() > g_iMostTold)
+        vSay(fmt::format("{}: {} more", sPrintable(m_target.sName()),
+                         sCounted(records.size() - g_iMostTold, "error")));
+    return records.empty() ? model.iExitCode() : g_iExitErrors;
+}
+
+bool ModelWrite::boWritten(const Model& model, const ifc::Entity& entity) const {
+    return std::binary_search(m_written.begin(), m_written.end(), model.data().iIdFromEntity(entity));
+}
+
+}   // namespace oxa::tool

@@ -1,0 +1,45 @@
+// Target: a file that a verb writes, whole or not at all.
+//
+// For      verbs with an OUT. The text goes to a new file in the same folder, which takes the name in the end:
+//          whoever looks sees the old content or the new one, and OUT may be the file that was read.
+// Not for  the answer of a verb: Output.
+// Errors   Failure, which leaves an existing file as it was and no other behind.
+// Threads  one at a time; the writers of the library hand their text to one.
+#pragma once
+
+#include <memory>
+#include <ostream>
+#include <string>
+
+namespace oxa::tool {
+
+class Target {
+public:
+    // Opens it: "-" is standard output. What is no regular file, as a pipe or a device, is written as it comes.
+    explicit Target(const std::string& sPath);
+    // Removes what was written, unless vFinish took it over.
+    ~Target();
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
+
+    // Once it fails it stays so and drops what follows.
+    [[nodiscard]] std::ostream& stream() noexcept { return m_stream; }
+    // Puts the new file in the place of the old one, with the permissions of that.
+    void vFinish();
+
+    // How messages call it.
+    [[nodiscard]] const std::string& sName() const noexcept { return m_sName; }
+    // True when this is the file of that path, under whatever name.
+    [[nodiscard]] bool boIs(const std::string& sPath) const;
+
+private:
+    class Buffer;
+
+    std::string m_sName;
+    std::string m_sPath;        // of the file to replace, links followed; empty for standard output
+    std::string m_sTemporary;   // empty where nothing is to be renamed
+    std::unique_ptr<Buffer> m_pBuffer;
+    std::ostream m_stream;
+};
+
+}   // namespace oxa::tool
