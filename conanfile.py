@@ -42,7 +42,6 @@ class OxaIfc(ConanFile):
             self.requires("util-linux-libuuid/[>=2.38 <3]")
 
     def build_requirements(self):
-        self.test_requires("benchmark/[>=1.7 <2]")
         self.test_requires("gtest/[>=1.12 <2]")
         self.test_requires("rapidcheck/[*]")
 

@@ -316,12 +316,11 @@ public:
 
 private:
     template <class Cell>
-    Cell& cellOf(AttributeType eType, Pool& pool);
+    Cell& cellOf(AttributeType eType, const def::schema::Type* pType, Pool& pool);
     template <class Cell, class Value>
     bool boStore(AttributeType eType, const def::schema::Type* pType, const Value* pValue, Pool& pool);
     template <class Value>
-    bool boStoreList(AttributeType eType, const def::schema::Type* pType, const Value* pValue,
-                     const def::schema::ObjectBase* pObject, Pool& pool);
+    bool boStoreList(AttributeType eType, const def::schema::Type* pType, const Value* pValue, Pool& pool);
     bool boStoreText(const def::schema::Type* pType, const types::IfcSelectBase& value, Pool& pool);
     bool boStored(AttributeBase& cell, const def::schema::Type* pType) noexcept;
 };

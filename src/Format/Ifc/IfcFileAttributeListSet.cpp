@@ -39,14 +39,22 @@ constexpr bool boKnown(AttributeType eType) noexcept {
     return eType >= AttributeType::Real && eType <= AttributeType::Entity;
 }
 
-// Those that setters know; a list of sets is none of them.
+// Those that an overload of boPushBackValue answers, be it with false; a list of sets is none of them, and a select
+// or a reference is at home only where it can be an item.
+template <class Value>
 constexpr bool boAppendable(AttributeType eType) noexcept {
-    constexpr std::array g_types{AttributeType::Real,   AttributeType::Integer, AttributeType::String,
-                                 AttributeType::Binary, AttributeType::Select,  AttributeType::List,
-                                 AttributeType::Entity};
-    for (const AttributeType eKnown : g_types)
-        if (eKnown == eType) return true;
-    return false;
+    if constexpr (std::is_same_v<Value, const Entity*>) {
+        return eType == AttributeType::Entity;
+    } else if constexpr (std::is_same_v<Value, IfcSelectBase>) {
+        return eType == AttributeType::Select || eType == AttributeType::Entity;
+    } else {
+        constexpr std::array g_types{AttributeType::Real,   AttributeType::Integer, AttributeType::String,
+                                     AttributeType::Binary, AttributeType::Select,  AttributeType::List,
+                                     AttributeType::Entity};
+        for (const AttributeType eKnown : g_types)
+            if (eKnown == eType) return true;
+        return false;
+    }
 }
 
 char* pTextCopy(std::string_view text, Pool& pool) {
@@ -158,9 +166,9 @@ struct ListSetter {
         if (!boIs(AttributeType::Select)) return false;
         bool boNew = false;
         Array<AttributeSelect>& array = arrayFor<AttributeSelect>(values.size(), &boNew);
-        if (boNew) ::new (array.begin()) AttributeSelect;   // the first one alone gets a header
+        if (boNew) ::new (array.begin()) AttributeSelect;   // the others stay zero until they are filled
         for (std::size_t i = 0; i < values.size(); ++i) {
-            array[i].boValueSet(values[i], pElement, pool);
+            if (array[i].boValueSet(values[i], pElement, pool) && boNew) array[i].m_boPooled = true;
             array[i].vDefined();
         }
         return true;
@@ -265,7 +273,7 @@ template <class Value>
 bool AttributeListValueBase::boPushBackValue(const Value& value, const def::schema::Attribute& attribute, Data& data) {
     if (m_eItemType.load() == AttributeType::Unknown)
         boInitTypeFromAttribute(attribute.types.empty() ? nullptr : attribute.types.front());
-    if (!boAppendable(m_eItemType))
+    if (!boAppendable<Value>(m_eItemType))
         return boRefuse(g_sPushBack, std::is_same_v<Value, IfcSelectBase>
                                          ? "boPushBackValue is not implemented for this list type"
                                          : "boPushBackValue not implemented for this list type");

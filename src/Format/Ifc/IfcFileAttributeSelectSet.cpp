@@ -36,12 +36,14 @@ std::vector<T> vectorOf(const AttributeListValueBase& list) {
 
 }   // namespace
 
-// The nested cell of that kind: the present one, or a new one with a fresh header.
+// The nested cell of that kind: the present one, or a new one with a fresh header. A new one takes its type along at
+// once: were the former type kept while the value is refused, readers would take the cell for one of another class.
 template <class Cell>
-Cell& AttributeSelect::cellOf(AttributeType eType, Pool& pool) {
+Cell& AttributeSelect::cellOf(AttributeType eType, const Type* pType, Pool& pool) {
     if (m_eType.load() != eType || !m_pValue.load()) {
         m_pValue = ::new (pool.pAllocate(sizeof(Cell))) Cell;
         m_eType = eType;
+        m_pType = pType;
     }
     return *static_cast<Cell*>(m_pValue.load());
 }
@@ -49,17 +51,17 @@ Cell& AttributeSelect::cellOf(AttributeType eType, Pool& pool) {
 template <class Cell, class Value>
 bool AttributeSelect::boStore(AttributeType eType, const Type* pType, const Value* pValue, Pool& pool) {
     if (!pValue) return false;
-    Cell& cell = cellOf<Cell>(eType, pool);
+    Cell& cell = cellOf<Cell>(eType, pType, pool);
     cell.m_value = *pValue;
     return boStored(cell, pType);
 }
 
+// What the items are, the value's own type says: the object in hand is the select's.
 template <class Value>
-bool AttributeSelect::boStoreList(AttributeType eType, const Type* pType, const Value* pValue,
-                                  const ObjectBase* pObject, Pool& pool) {
+bool AttributeSelect::boStoreList(AttributeType eType, const Type* pType, const Value* pValue, Pool& pool) {
     if (!pValue) return false;
-    auto& list = cellOf<AttributeList>(eType, pool);
-    return list.boValueSet(*pValue, pObject, pool) && boStored(list, pType);
+    auto& list = cellOf<AttributeList>(eType, pType, pool);
+    return list.boValueSet(*pValue, pType, pool) && boStored(list, pType);
 }
 
 bool AttributeSelect::boStored(AttributeBase& cell, const Type* pType) noexcept {
@@ -74,7 +76,7 @@ bool AttributeSelect::boStoreText(const Type* pType, const IfcSelectBase& value,
     const auto* ppText = value.pValueGet<const char*>();
     if (!psText && !(ppText && *ppText)) return false;
     const std::string_view text = psText ? std::string_view(*psText) : std::string_view(*ppText);
-    auto& cell = cellOf<AttributeString>(AttributeType::String, pool);
+    auto& cell = cellOf<AttributeString>(AttributeType::String, pType, pool);
     return cell.boValueSet(text.data(), text.size() + 1, pool) && boStored(cell, pType);
 }
 
@@ -99,19 +101,19 @@ bool AttributeSelect::boValueSet(const IfcSelectBase& value, const ObjectBase* p
     case DataKind::Enumeration: {
         const auto* ppText = value.pValueGet<const char*>();
         if (!ppText) return false;
-        auto& cell = cellOf<AttributeEnumeration>(AttributeType::Enumeration, pool);
+        auto& cell = cellOf<AttributeEnumeration>(AttributeType::Enumeration, pType, pool);
         const auto& type = static_cast<const def::schema::DataTypeEnum&>(*pType->pDataType);
         return cell.boValueSet(*ppText, type, pool) && boStored(cell, pType);
     }
     case DataKind::Array:
-        return pObject && boStoreList(AttributeType::Array, pType, value.pValueGet<std::vector<double>>(), pObject, pool);
+        return pObject && boStoreList(AttributeType::Array, pType, value.pValueGet<std::vector<double>>(), pool);
     case DataKind::List:
         if (!pObject) return boNotImplemented(g_sValueSet);
         if (const auto* pIntegers = value.pValueGet<std::vector<long long>>())
-            return boStoreList(AttributeType::List, pType, pIntegers, pObject, pool);
-        return boStoreList(AttributeType::List, pType, value.pValueGet<std::vector<double>>(), pObject, pool);
+            return boStoreList(AttributeType::List, pType, pIntegers, pool);
+        return boStoreList(AttributeType::List, pType, value.pValueGet<std::vector<double>>(), pool);
     case DataKind::Set:
-        return boStoreList(AttributeType::Set, pType, value.pValueGet<std::set<Entity*>>(), pObject, pool);
+        return boStoreList(AttributeType::Set, pType, value.pValueGet<std::set<Entity*>>(), pool);
     default: return false;
     }
 }
@@ -182,25 +184,25 @@ void AttributeSelect::vTypeCreate(const std::vector<const ObjectBase*>& path, Po
     constexpr char g_sTypeCreate[] = "oxa::ifc::AttributeSelect::vTypeCreate";
     if (path.size() != 1 || !path.front()) return;
     if (def::schema::pAsEntity(path.front())) {
-        cellOf<AttributeEntity>(AttributeType::Entity, pool);
+        cellOf<AttributeEntity>(AttributeType::Entity, nullptr, pool);
         m_pType = nullptr;
         return;
     }
     const Type* pType = def::schema::pAsType(path.front());
     if (!pType || !pType->pDataType) return;
     switch (pType->pDataType->kind) {
-    case DataKind::Real: cellOf<AttributeReal>(AttributeType::Real, pool); break;
-    case DataKind::Boolean: cellOf<AttributeBoolean>(AttributeType::Boolean, pool); break;
-    case DataKind::Integer: cellOf<AttributeInteger>(AttributeType::Integer, pool); break;
-    case DataKind::Number: cellOf<AttributeNumber>(AttributeType::Number, pool); break;
-    case DataKind::Logical: cellOf<AttributeLogical>(AttributeType::Logical, pool); break;
-    case DataKind::Select: cellOf<AttributeSelect>(AttributeType::Select, pool); break;
+    case DataKind::Real: cellOf<AttributeReal>(AttributeType::Real, pType, pool); break;
+    case DataKind::Boolean: cellOf<AttributeBoolean>(AttributeType::Boolean, pType, pool); break;
+    case DataKind::Integer: cellOf<AttributeInteger>(AttributeType::Integer, pType, pool); break;
+    case DataKind::Number: cellOf<AttributeNumber>(AttributeType::Number, pType, pool); break;
+    case DataKind::Logical: cellOf<AttributeLogical>(AttributeType::Logical, pType, pool); break;
+    case DataKind::Select: cellOf<AttributeSelect>(AttributeType::Select, pType, pool); break;
     case DataKind::String:
         if (m_boGuid) {
             boNotImplemented(g_sTypeCreate);
             return;
         }
-        cellOf<AttributeString>(AttributeType::String, pool);
+        cellOf<AttributeString>(AttributeType::String, pType, pool);
         break;
     case DataKind::Binary:
     case DataKind::Enumeration: boNotImplemented(g_sTypeCreate); return;

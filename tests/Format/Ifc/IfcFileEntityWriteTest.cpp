@@ -39,8 +39,8 @@ TEST(WriteEntity, GivesTheStatementBack) {
         "#0=IFCTHING($);",
         "#70000=IFCTHING('a');",
         "#2147483647=IFCTHING(*);",
-        "#3=IFCEVERYKIND(1.,.T.,2,3.,'s','0G8310000000420mG51WS8',.U.,\"0FF\",.RED.,IFCCOUNT(4),(5.,6.,7.),("
-        "8.),(9.),$);",
+        ("#3=IFCEVERYKIND(1.,.T.,2,3.,'s','0G8310000000420mG51WS8',.U.,\"0FF\",.RED.,IFCCOUNT(4),(5.,6.,7.),"
+         "(8.),(9.),$);"),
     };
     for (const char* sStatement : statements) {
         StatementReader reader;
