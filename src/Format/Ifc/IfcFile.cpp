@@ -1,6 +1,9 @@
 // The file objects: they tie a header and a container together and hand the work to the scanner.
 #include "Format/Ifc/IfcFile.h"
 
+#include <cstdint>
+#include <limits>
+
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcReadFile.h"
 #include "Format/Ifc/IfcReadInfo.h"
@@ -62,7 +65,13 @@ bool FileSimple::boRead(std::istream& stream, SchemaFromName schemaFromName, io:
 void FileSimple::vEntityRootInit(ReadInfoCommon& info) {
     const auto* piRoot = std::get_if<std::uint64_t>(&m_header.exportInfo);
     if (!piRoot) return;
-    EntitySlot& slot = info.slotGet(m_data, static_cast<std::uint32_t>(*piRoot));
+    // Statements may have negative numbers, so the root may too. As with references, a number beyond 32 bits becomes
+    // the largest one, so that it can't be taken for another instance.
+    const auto iRoot = static_cast<std::int64_t>(*piRoot);
+    const bool boFits = iRoot >= std::numeric_limits<std::int32_t>::min() &&
+                        iRoot <= std::numeric_limits<std::uint32_t>::max();
+    EntitySlot& slot = info.slotGet(
+        m_data, boFits ? static_cast<std::uint32_t>(iRoot) : std::uint32_t{std::numeric_limits<std::int32_t>::max()});
     slot.vReferencedSet();
     m_pRootEntity = &slot.entity;
 }

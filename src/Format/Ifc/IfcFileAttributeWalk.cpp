@@ -183,6 +183,40 @@ struct RowOf<std::vector<T>> {
     using Item = std::conditional_t<std::is_same_v<T, unsigned char>, void, T>;
 };
 
+// How the message about a list of lists calls a T that is no row.
+template <class T>
+constexpr const char* g_sItemName = nullptr;
+template <>
+constexpr const char* g_sItemName<int> = "int";
+template <>
+constexpr const char* g_sItemName<char> = "char";
+template <>
+constexpr const char* g_sItemName<unsigned char> = "unsigned char";
+template <>
+constexpr const char* g_sItemName<long long> = "long long";
+template <>
+constexpr const char* g_sItemName<unsigned long long> = "unsigned long long";
+template <>
+constexpr const char* g_sItemName<double> = "double";
+template <>
+constexpr const char* g_sItemName<bool> = "bool";
+template <>
+constexpr const char* g_sItemName<char*> = "char *";
+template <>
+constexpr const char* g_sItemName<std::string> = "std::string";
+template <>
+constexpr const char* g_sItemName<Bytes> = "std::vector<unsigned char>";
+template <>
+constexpr const char* g_sItemName<BytesView> = "std::pair<unsigned char *,std::size_t>";
+template <>
+constexpr const char* g_sItemName<Guid> = "Guid";
+template <>
+constexpr const char* g_sItemName<LogicalValue> = "LogicalValue";
+template <>
+constexpr const char* g_sItemName<AttributeSelect> = "AttributeSelect";
+template <>
+constexpr const char* g_sItemName<Entity*> = "Entity *";
+
 template <class T>
 bool boWalkRows(const AttributeListValueBase& list, const def::schema::Attribute& attribute,
                 const std::function<bool(T&)>& function) {
@@ -204,7 +238,8 @@ bool boWalkRows(const AttributeListValueBase& list, const def::schema::Attribute
         }
         return true;
     } else {
-        vListWalkRefuse(("ListOfList::ListAdd<" + sListItemName<T>() + ",0>::operator ()").c_str(),
+        static_assert(g_sItemName<T>);
+        vListWalkRefuse((std::string("ListOfList::ListAdd<") + g_sItemName<T> + ",0>::operator ()").c_str(),
                         "ListOfList::ListAdd not implemented for this datatype");
         return false;
     }

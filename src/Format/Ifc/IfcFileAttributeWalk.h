@@ -5,9 +5,6 @@
 //          and of selects. A list of lists is not walked: it raises an assertion.
 #pragma once
 
-#include <string>
-#include <typeinfo>
-
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "platform/Assert.h"
 
@@ -16,16 +13,6 @@ namespace oxa::ifc {
 // An aggregate that can't be walked, told to the caller's developer.
 inline void vListWalkRefuse(const char* sFunction, const char* sText) {
     if (Assert::isEnabled()) Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, sText, __LINE__);
-}
-
-// How such an aggregate's item is called in that message.
-template <class T>
-std::string sListItemName() {
-    if constexpr (std::is_same_v<T, Entity*>) return "Entity *";
-    if constexpr (std::is_same_v<T, double>) return "double";
-    if constexpr (std::is_same_v<T, long long>) return "long long";
-    if constexpr (std::is_same_v<T, char*>) return "char *";
-    return typeid(T).name();
 }
 
 // Calls visit(Entity*) for each item of a list, null items included.

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <limits>
 #include <new>
 
 #include "platform/Assert.h"
@@ -106,15 +105,14 @@ std::pair<Data::iterator, Data::iterator> Data::range(const ObjectName& name, bo
 void Data::vSortEntities() const {
     if (m_boSorted) return;
     if (m_entities.size() > 1) {
-        constexpr std::size_t g_iOrdinals = std::size_t{std::numeric_limits<std::uint16_t>::max()} + 1;
         std::vector<std::uint16_t> ordinals;
         ordinals.reserve(m_entities.size());
-        std::vector<std::size_t> places(g_iOrdinals + 1);
-        for (const Entity* pEntity : m_entities) {
-            ordinals.push_back(pEntity->schemaEntity().iTypeOrdinal);
-            ++places[std::size_t{ordinals.back()} + 1];
-        }
-        for (std::size_t i = 1; i <= g_iOrdinals; ++i) places[i] += places[i - 1];
+        for (const Entity* pEntity : m_entities) ordinals.push_back(pEntity->schemaEntity().iTypeOrdinal);
+        // As many places as there are types up to the last one met: callers of small models sort often.
+        const std::size_t iOrdinals = std::size_t{*std::ranges::max_element(ordinals)} + 1;
+        std::vector<std::size_t> places(iOrdinals + 1);
+        for (const std::uint16_t iOrdinal : ordinals) ++places[std::size_t{iOrdinal} + 1];
+        for (std::size_t i = 1; i <= iOrdinals; ++i) places[i] += places[i - 1];
         std::vector<Entity*> sorted(m_entities.size());
         for (std::size_t i = 0; i < m_entities.size(); ++i) sorted[places[ordinals[i]]++] = m_entities[i];
         m_entities = std::move(sorted);

@@ -4,6 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <random>
+#include <set>
+
+#include "AssertLog.h"
 #include "platform/Utilities.h"
 #include "provider/SchemaLoader.h"
 
@@ -11,7 +15,7 @@ namespace oxa::ifc {
 namespace {
 
 using def::schema::ObjectName;
-using testing::ElementsAre;
+using testing::UnorderedElementsAre;
 
 struct Ifc4Data : Data {
     Ifc4Data() { vSchemaSet(SchemaLoader::pBuiltIn("IFC4")); }
@@ -67,6 +71,30 @@ TEST(Data, RangeSortsAgainAfterAnAddition) {
     EXPECT_EQ(iCount(data, "IFCELEMENT", true), 3);
 }
 
+// Against a walk over all entities, for each type of the schema.
+TEST(Data, RangesHoldExactlyTheirTypes) {
+    Ifc4Data data;
+    std::vector<const def::schema::Entity*> types;
+    for (const auto& record : data.pSchema()->objects)
+        if (const def::schema::Entity* pType = def::schema::pAsEntity(record.pObject)) types.push_back(pType);
+    ASSERT_GT(types.size(), 500U);
+    std::mt19937 random(1);
+    for (int i = 0; i < 3000; ++i) {
+        const def::schema::Entity* pType = types[random() % types.size()];
+        if (!pType->boAbstract) data.pEntityCreate(pType);
+    }
+    for (const def::schema::Entity* pType : types)
+        for (const bool boSubtypes : {false, true}) {
+            const auto [first, last] = data.range(ObjectName(*pType), boSubtypes);
+            std::set<const Entity*> expected;
+            for (const Entity* pEntity : data.entities())
+                if (boSubtypes ? pEntity->boIsCompatible(pType) : &pEntity->schemaEntity() == pType)
+                    expected.insert(pEntity);
+            ASSERT_EQ(std::set<const Entity*>(first, last), expected) << pType->sName << boSubtypes;
+            ASSERT_EQ(static_cast<std::size_t>(last - first), expected.size());
+        }
+}
+
 TEST(Data, TheFirstProjectStays) {
     Ifc4Data data;
     EXPECT_EQ(data.pProject(), nullptr);
@@ -90,20 +118,46 @@ TEST(Data, AnEntityWithoutASchemaIsAnInsideFault) {
 
 TEST(Data, AMoveTakesAllButTheSchema) {
     Ifc4Data source;
+    Entity* pProject = source.pEntityCreate(ObjectName("IFCPROJECT"));
     Entity* pWall = source.pEntityCreate(ObjectName("IFCWALL"));
     const std::size_t iId = source.iIdFromEntity(*pWall);
     Data target(std::move(source));
-    EXPECT_THAT(target.entities(), ElementsAre(pWall));
+    EXPECT_EQ(target.pProject(), pProject);
+    EXPECT_EQ(source.pProject(), pProject);   // a copy stays
+    EXPECT_TRUE(source.guidEntityMap().empty());
+    EXPECT_THAT(target.entities(), UnorderedElementsAre(pProject, pWall));
     EXPECT_EQ(target.iIdFromEntity(*pWall), iId);
     EXPECT_TRUE(source.entities().empty());
     EXPECT_EQ(source.pSchema(), target.pSchema());
-    Data other;
-    other = std::move(target);
-    EXPECT_THAT(other.entities(), ElementsAre(pWall));
+    Ifc4Data other;
+    other.pEntityCreate(ObjectName("IFCDOOR"));   // dies with its pool
+    static_cast<Data&>(other) = std::move(target);
+    EXPECT_THAT(other.entities(), UnorderedElementsAre(pProject, pWall));
     Data& same = other;
-    other = std::move(same);
-    EXPECT_THAT(other.entities(), ElementsAre(pWall));
+    same = std::move(static_cast<Data&>(other));
+    EXPECT_THAT(other.entities(), UnorderedElementsAre(pProject, pWall));
     EXPECT_NE(other.pEntityCreate(ObjectName("IFCDOOR")), nullptr);
+}
+
+TEST(Data, ANullSchemaTakesTheSchemaAway) {
+    Ifc4Data data;
+    data.pEntityCreate(ObjectName("IFCWALL"));
+    EXPECT_EQ(iCount(data, "IFCWALL", true), 1);
+    data.vSchemaSet(nullptr);
+    EXPECT_EQ(iCount(data, "IFCWALL", true), 0);
+    EXPECT_EQ(data.pEntitySchemaFromName(ObjectName("IFCWALL")), nullptr);
+    EXPECT_EQ(data.pEntityCreate(ObjectName("IFCWALL")), nullptr);
+    EXPECT_EQ(data.entities().size(), 1U);
+}
+
+TEST(Data, ADebugMessageIsAnAssertion) {
+    for (const bool boEnabled : {true, false}) {
+        const AssertLog log(boEnabled);
+        testing::internal::CaptureStderr();
+        Data::vDebugMessage(nullptr, "odd");
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "odd\n");
+        EXPECT_EQ(log.texts(), boEnabled ? std::vector<std::string>{"odd"} : std::vector<std::string>{});
+    }
 }
 
 TEST(Data, DealsNumbersOnDemand) {

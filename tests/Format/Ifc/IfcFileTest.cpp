@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "ReadResult.h"
 #include "provider/SchemaLoader.h"
 
@@ -12,6 +14,12 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+std::string sDirections(std::size_t iCount) {
+    std::string sData;
+    for (std::size_t i = 1; i <= iCount; ++i) sData += "#" + std::to_string(i) + "=IFCDIRECTION((1.));\n";
+    return sData;
+}
 
 TEST(File, AsksTheCallersFunctionForTheSchema) {
     std::vector<std::string> asked;
@@ -41,14 +49,87 @@ TEST(File, CallsProgressByEntityStatements) {
             sData += "#" + std::to_string(i) + "=IFCDIRECTION((1.));";
             behind.push_back(static_cast<unsigned>(sHead.size() + sData.size() - 1));
         }
+        for (const bool boSingleThreaded : {true, false}) {
+            SCOPED_TRACE(boSingleThreaded);
+            File file;
+            io::ReadError errors;
+            std::vector<unsigned> positions;
+            const auto progress = [&, caller = std::this_thread::get_id()](unsigned iPosition) {
+                EXPECT_EQ(std::this_thread::get_id(), caller);
+                positions.push_back(iPosition);
+            };
+            std::istringstream in(sHead + sData + "ENDSEC;");
+            EXPECT_TRUE(file.boRead(in, {}, errors, true, progress, boSingleThreaded));
+            ASSERT_EQ(positions.size(), row.iCalls);
+            for (std::size_t i = 0; i < positions.size(); ++i) EXPECT_EQ(positions[i], behind[i * 1000]);
+        }
+    }
+}
+
+// What is not about the text passes through, and a threaded read has ended its threads by then.
+TEST(File, ExceptionsOfTheCallerPassThrough) {
+    struct Stop : std::exception {};
+    const std::string sText = sIfc4File(sDirections(3000));
+    for (const bool boSingleThreaded : {true, false}) {
+        SCOPED_TRACE(boSingleThreaded);
         File file;
         io::ReadError errors;
-        std::vector<unsigned> positions;
-        std::istringstream in(sHead + sData + "ENDSEC;");
-        EXPECT_TRUE(file.boRead(in, {}, errors, true, [&](unsigned iPosition) { positions.push_back(iPosition); }, true));
-        ASSERT_EQ(positions.size(), row.iCalls);
-        for (std::size_t i = 0; i < positions.size(); ++i) EXPECT_EQ(positions[i], behind[i * 1000]);
+        std::istringstream in(sText);
+        int iCalls = 0;
+        const auto progress = [&iCalls](unsigned) {
+            if (++iCalls == 3) throw Stop();
+        };
+        EXPECT_THROW(file.boRead(in, {}, errors, true, progress, boSingleThreaded), Stop);
+        EXPECT_EQ(file.data().entities().size(), 2001U);
+
+        File other;
+        std::istringstream again(sText);
+        const auto schema = [](const std::string&) -> def::SchemaPset* { throw Stop(); };
+        EXPECT_THROW(other.boRead(again, schema, errors, true, {}, boSingleThreaded), Stop);
+        EXPECT_TRUE(rowsOf(errors).empty());
     }
+}
+
+class BrokenBuffer : public std::stringbuf {
+public:
+    explicit BrokenBuffer(const std::string& sText) : std::stringbuf(sText) {}
+
+private:
+    std::streamsize xsgetn(char* pBytes, std::streamsize iWanted) override {
+        if (in_avail() == 0) throw std::ios_base::failure("the disk is gone");
+        return std::stringbuf::xsgetn(pBytes, iWanted);
+    }
+};
+
+TEST(File, ExceptionsOfTheStreamPassThrough) {
+    for (const bool boSingleThreaded : {true, false}) {
+        SCOPED_TRACE(boSingleThreaded);
+        BrokenBuffer buffer("ISO-10303-21;HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;DATA;" + sDirections(2000));
+        std::istream in(&buffer);
+        File file;
+        io::ReadError errors;
+        EXPECT_THROW(file.boRead(in, {}, errors, true, {}, boSingleThreaded), std::ios_base::failure);
+        EXPECT_EQ(file.data().entities().size(), 2000U);
+    }
+}
+
+// A stream that fails without a word ends as a text that ends too early.
+TEST(File, AStreamThatIsNotGoodIsEmpty) {
+    File file;
+    io::ReadError errors;
+    std::istringstream in(sIfc4File(""));
+    in.setstate(std::ios_base::failbit);
+    EXPECT_FALSE(file.boRead(in, {}, errors, true, {}, true));
+    EXPECT_THAT(rowsOf(errors), ElementsAre("Fatal Syntax 0 Error_InvalidFile | "));
+}
+
+TEST(File, ASecondReadMayDropTheNumbersOfTheFirst) {
+    ReadResult result(sIfc4File("#7=IFCDIRECTION((1.));"));
+    EXPECT_NE(result.file.data().pEntityFromId(7), nullptr);
+    std::istringstream in(sIfc4File("#8=IFCDIRECTION((1.));"));
+    EXPECT_TRUE(result.file.boRead(in, {}, result.errors, false, {}, true));
+    EXPECT_EQ(result.file.data().pEntityFromId(7), nullptr);
+    EXPECT_EQ(result.file.data().pEntityFromId(8), nullptr);
 }
 
 TEST(File, ASecondReadGoesOnFillingTheSameData) {
@@ -59,6 +140,11 @@ TEST(File, ASecondReadGoesOnFillingTheSameData) {
     // The numbers kept are those of the first read.
     EXPECT_NE(result.file.data().pEntityFromId(1), nullptr);
     EXPECT_EQ(result.file.data().pEntityFromId(2), nullptr);
+    // One of the second gets the next when asked: it may be one that the file has.
+    for (const Entity* pEntity : result.file.data().entities())
+        if (pEntity != result.file.data().pEntityFromId(1)) {
+            EXPECT_EQ(result.file.data().iIdFromEntity(*pEntity), 2U);
+        }
 }
 
 struct SimpleRow {
@@ -79,6 +165,14 @@ const SimpleRow g_simpleRows[] = {
     {"a backslash ends it as a success", "Ifc file simple;\nIFC4;\n*;\n#1=IFCDIRECTION((1.));\\#2=IFCX();", true, 1, {}},
     {"a second = does not", "Ifc file simple;\nIFC4;\n*;\n#1=IFCDIRECTION((1.));#2==();", false, 1,
      {"Fatal Syntax 1 Error_UnexpectedEqualOperator | "}},
+    {"a slash at the end", "Ifc file simple;\nIFC4;\n*;\n#1=IFCDIRECTION((1.));/", false, 1,
+     {"Fatal Syntax 1 Error_InvalidEndOfFile | /"}},
+    {"a comment without end", "Ifc file simple;\nIFC4;\n*;\n#1=IFCDIRECTION((1.));/*", false, 1,
+     {"Fatal Syntax 1 Error_EndOfCommentNotFound | "}},
+    {"a fault that is not fatal", "Ifc file simple;\nIFC4;\n*;\n#1=IFCNO();\n", true, 0,
+     {"Error Value 1 Error_UnknownEntityType | #1=IFCNO();"}},
+    {"a statement that does not end is none", "Ifc file simple;\nIFC4;\n*;\n#1=IFCDIRECTION((1.))", true, 0, {}},
+    {"no statement", "Ifc file simple;\nIFC4;\n*;\n", true, 0, {}},
 };
 
 TEST(FileSimple, ReadsTheShortForm) {
@@ -91,6 +185,29 @@ TEST(FileSimple, ReadsTheShortForm) {
         EXPECT_EQ(file.data().entities().size(), row.iEntities);
         EXPECT_EQ(rowsOf(errors), row.rows);
     }
+}
+
+TEST(FileSimple, IsBornWithItsSchema) {
+    FileSimple file(*SchemaLoader::pBuiltIn("IFC2X3"));
+    EXPECT_EQ(file.header().sSchemaNameGet(), "IFC2X3");
+    EXPECT_EQ(file.data().pSchema(), SchemaLoader::pBuiltIn("IFC2X3"));
+    EXPECT_EQ(file.pRootEntity(), nullptr);
+    // A read brings its own, under its own name.
+    io::ReadError errors;
+    std::istringstream in("Ifc file simple;\nOURS;\n*;\n");
+    EXPECT_TRUE(file.boRead(in, [](const std::string&) { return SchemaLoader::pBuiltIn("IFC4"); }, errors, {}, true));
+    EXPECT_EQ(file.data().pSchema(), SchemaLoader::pBuiltIn("IFC4"));
+    EXPECT_EQ(file.header().sSchemaNameGet(), "IFC4");
+}
+
+TEST(FileSimple, CallsProgressWithThePositionInItsStatements) {
+    FileSimple file(*SchemaLoader::pBuiltIn("IFC4"));
+    io::ReadError errors;
+    std::vector<unsigned> positions;
+    const std::string sFirst = "#1=IFCDIRECTION((1.));";
+    std::istringstream in("Ifc file simple;\nIFC4;\n*;\n" + sFirst + "#2=IFCDIRECTION((1.));");
+    EXPECT_TRUE(file.boRead(in, {}, errors, [&](unsigned iPosition) { positions.push_back(iPosition); }, true));
+    EXPECT_THAT(positions, ElementsAre(sFirst.size() - 1));
 }
 
 TEST(FileSimple, NoEntityCountsAsRooted) {
@@ -114,12 +231,16 @@ TEST(FileSimple, FindsItsRoot) {
         {"*;", false, false, {}},
         {"7;", true, true, {}},
         {"8;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}},
+        {"-3;", true, true, {}},
+        // 7 in the lower 32 bits
+        {"4294967303;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}},
     };
     for (const Row& row : g_rows) {
         SCOPED_TRACE(row.sRoot);
         FileSimple file(*SchemaLoader::pBuiltIn("IFC4"));
         io::ReadError errors;
-        std::istringstream in("Ifc file simple;\nIFC4;\n" + std::string(row.sRoot) + "\n#7=IFCDIRECTION((1.));");
+        std::istringstream in("Ifc file simple;\nIFC4;\n" + std::string(row.sRoot) +
+                              "\n#7=IFCDIRECTION((1.));#-3=IFCDIRECTION((1.));");
         EXPECT_TRUE(file.boRead(in, {}, errors, {}, true));
         EXPECT_EQ(rowsOf(errors), row.rows);
         ASSERT_EQ(file.pRootEntity() != nullptr, row.boRoot);

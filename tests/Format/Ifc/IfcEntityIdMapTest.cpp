@@ -1,0 +1,87 @@
+// Instance numbers: those that a file brought, and those dealt on demand.
+#include "Format/Ifc/IfcEntityIdMap.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcReadInfo.h"
+#include "OnThreads.h"
+
+namespace oxa::ifc {
+namespace {
+
+class SeededMap : public testing::Test {
+protected:
+    Data data;
+    io::ReadError errors;
+    ReadInfoCommon info{errors};
+    EntityIdMap map{0};
+};
+
+TEST_F(SeededMap, NumbersOfSeededSlotsAreKept) {
+    for (const std::uint32_t iId : {7U, 32'768U, 50'000'000U}) map.vSeed(info.slotGet(data, iId), iId);
+    map.vSeed(info.slotGet(data, 7), 7);
+    EXPECT_EQ(map.size(), 3U);
+    for (const std::uint32_t iId : {7U, 32'768U, 50'000'000U}) {
+        const Entity* pEntity = &info.slotGet(data, iId).entity;
+        EXPECT_EQ(map.find(pEntity), iId);
+        EXPECT_EQ(map.pSeededFromId(iId), pEntity);
+        EXPECT_EQ(map.get(pEntity), std::pair(std::size_t{iId}, false));
+    }
+    EXPECT_EQ(map.find(&info.slotGet(data, 8).entity), std::nullopt);
+    EXPECT_EQ(map.pSeededFromId(8), nullptr);
+    EXPECT_EQ(map.pSeededFromId(1'000'000), nullptr);
+    // A new number is the count with it, whatever numbers the file brought.
+    Entity other;
+    EXPECT_EQ(map.get(&other), std::pair(std::size_t{4}, true));
+    EXPECT_EQ(map.get(&other), std::pair(std::size_t{4}, false));
+    EXPECT_EQ(map.size(), 4U);
+}
+
+// What "count with it" comes to in a file with gaps.
+TEST_F(SeededMap, ADealtNumberMayBeOneThatTheFileHas) {
+    for (const std::uint32_t iId : {2U, 3U}) map.vSeed(info.slotGet(data, iId), iId);
+    Entity other;
+    const EntityIdMap::Number dealt = map.number(&other);
+    EXPECT_EQ(dealt.iId, 3U);
+    EXPECT_TRUE(dealt.boNew);
+    EXPECT_FALSE(dealt.boSeeded);
+    EXPECT_TRUE(map.number(&info.slotGet(data, 3).entity).boSeeded);
+    EXPECT_EQ(map.number(&info.slotGet(data, 3).entity).iId, 3U);
+    EXPECT_EQ(map.pSeededFromId(3), &info.slotGet(data, 3).entity);
+}
+
+// An address beside a slot's own, in front of a chunk or behind it, is no seeded entity.
+TEST_F(SeededMap, OnlyTheAddressOfASlotCounts) {
+    EntitySlot* pChunk = info.pChunkGet(data, 0);
+    map.vSeed(pChunk[0], 0);
+    map.vSeed(pChunk[32767], 32767);
+    const char* pBytes = reinterpret_cast<const char*>(pChunk);
+    const auto find = [&](std::ptrdiff_t iOffset) {
+        return map.find(reinterpret_cast<const Entity*>(pBytes + iOffset));
+    };
+    EXPECT_EQ(find(0), 0U);
+    EXPECT_EQ(find(32767 * 32), 32767U);
+    for (const std::ptrdiff_t iOffset : {8, 31, 32, 32767 * 32 + 8}) EXPECT_EQ(find(iOffset), std::nullopt) << iOffset;
+    const auto uFirst = reinterpret_cast<std::uintptr_t>(pBytes);
+    for (const std::uintptr_t uAddress : {uFirst - 32, uFirst + 32768 * 32})
+        EXPECT_EQ(map.find(reinterpret_cast<const Entity*>(uAddress)), std::nullopt);
+}
+
+TEST(EntityIdMap, DealsEachEntityOneNumber) {
+    EntityIdMap map(1000);
+    std::vector<Entity> entities(1000);
+    vOnThreads(8, [&](std::size_t) {
+        for (const Entity& entity : entities) static_cast<void>(map.get(&entity));
+    });
+    std::set<std::size_t> numbers;
+    for (const Entity& entity : entities) numbers.insert(*map.find(&entity));
+    EXPECT_EQ(numbers.size(), 1000U);
+    EXPECT_EQ(*numbers.begin(), 1U);
+    EXPECT_EQ(*numbers.rbegin(), 1000U);
+}
+
+}   // namespace
+}   // namespace oxa::ifc

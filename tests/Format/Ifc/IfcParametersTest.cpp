@@ -1,0 +1,104 @@
+// Cutting a parameter list at its commas.
+#include "Format/Ifc/IfcParameters.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+namespace oxa::ifc {
+namespace {
+
+// The items of a text in a buffer of exactly its size.
+std::vector<std::string> itemsOf(const std::string& sText) {
+    const std::vector<char> exact(sText.begin(), sText.end());
+    std::vector<std::string> items;
+    details::vForEachItem(exact.data(), exact.data() + exact.size(),
+                          [&](const char* first, const char* last) { items.emplace_back(first, last); });
+    return items;
+}
+
+struct CutRow {
+    const char* sText;
+    std::vector<std::string> items;
+};
+
+const CutRow g_cutRows[] = {
+    {"", {}},
+    {"a", {"a"}},
+    {"a,b", {"a", "b"}},
+    {"a,b,", {"a", "b"}},
+    {",", {""}},
+    {",,", {"", ""}},
+    {"a,,b", {"a", "", "b"}},
+    {"'a,b',(1,2),3", {"'a,b'", "(1,2)", "3"}},
+    {"'it''s',2", {"'it''s'", "2"}},
+    {"'a)',2", {"'a)'", "2"}},
+    {"(1,2,3", {"(1,2,3"}},
+    {"1),2,(3,4", {"1),2,(3", "4"}},   // a stray parenthesis hides commas until the depth is 0 again
+    {"'a,b", {"'a,b"}},
+    {"*,+1,-2,\"0,1\"", {"*", "+1", "-2", "\"0", "1\""}},
+};
+
+TEST(Parameters, AreCutAtTopLevelCommas) {
+    for (const CutRow& row : g_cutRows) {
+        SCOPED_TRACE(row.sText);
+        // At each place relative to a vector, and behind a long item.
+        for (std::size_t iBefore = 0; iBefore < 40; ++iBefore) {
+            const std::string sText = std::string(iBefore, 'x') + (iBefore ? "," : "") + row.sText;
+            std::vector<std::string> expected = row.items;
+            if (iBefore) expected.insert(expected.begin(), std::string(iBefore, 'x'));
+            ASSERT_EQ(itemsOf(sText), expected);
+        }
+    }
+}
+
+// The rule, byte by byte.
+std::vector<std::string> plainItemsOf(const std::string& sText) {
+    std::vector<std::string> items;
+    std::string sItem;
+    bool boString = false;
+    int iDepth = 0;
+    for (const char c : sText) {
+        if (c == '\'') boString = !boString;
+        if (!boString) iDepth += c == '(' ? 1 : c == ')' ? -1 : 0;
+        if (c == ',' && !boString && iDepth == 0) {
+            items.push_back(std::exchange(sItem, {}));
+        } else {
+            sItem += c;
+        }
+    }
+    if (!sItem.empty()) items.push_back(sItem);
+    return items;
+}
+
+TEST(Parameters, AreCutAsByteByByte) {
+    static const std::string g_bytes = "',()a*+&-";
+    std::mt19937 random(1);
+    for (int i = 0; i < 20'000; ++i) {
+        std::string sText(random() % 90, 'x');
+        const std::size_t iSpecial = random() % 12 + 1;   // one byte in so many
+        for (char& c : sText)
+            if (random() % iSpecial == 0) c = g_bytes[random() % g_bytes.size()];
+        ASSERT_EQ(itemsOf(sText), plainItemsOf(sText)) << sText;
+    }
+}
+
+// Each byte value at each place of a buffer of exactly the size: only those of the span are found.
+TEST(Parameters, TheSpanIsExact) {
+    for (std::size_t iSize = 1; iSize <= 40; ++iSize)
+        for (std::size_t iPlace = 0; iPlace < iSize; ++iPlace) {
+            std::vector<char> text(iSize, '\x80');
+            for (int iByte = 0; iByte < 256; ++iByte) {
+                text[iPlace] = static_cast<char>(iByte);
+                const bool boInside = iByte >= '\'' && iByte <= ',';
+                ASSERT_EQ(details::pFindBetween(text.data(), text.data() + iSize, '\'', ',') - text.data(),
+                          static_cast<std::ptrdiff_t>(boInside ? iPlace : iSize))
+                    << iByte << " at " << iPlace << " of " << iSize;
+            }
+        }
+}
+
+}   // namespace
+}   // namespace oxa::ifc
