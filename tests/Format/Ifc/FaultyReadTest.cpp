@@ -94,7 +94,8 @@ TEST(FaultyRead, TheSizeOfTheBuffersDoesNotMatter) {
 
 // A few changes that mean something to the scanner or to the parsers; the same ones in every run.
 std::string sChanged(std::string sText, std::mt19937& random) {
-    static constexpr std::string_view g_bytes("\0'(),;=#/*\\\n\r \t\x80\xff$.\"X0S-1", 27);
+    using namespace std::string_view_literals;
+    static constexpr auto g_bytes = "\0'(),;=#/*\\\n\r \t\x80\xff$.\"X0S-1"sv;
     for (std::size_t i = random() % 4 + 1; i; --i) {
         const std::size_t iPlace = random() % sText.size();
         switch (random() % 5) {
