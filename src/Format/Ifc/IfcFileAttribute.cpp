@@ -167,12 +167,12 @@ void AttributeBase::vReport(const StepReadInfoAttribute& info, const char* sKey)
 }
 
 char AttributeBase::StepReadInfoAttribute::cAt(std::size_t i) const noexcept {
-    const std::string& line = *m_pInfo->m_pLine;
+    const std::string_view line = m_pInfo->m_line;
     return m_iStart + i < line.size() ? line[m_iStart + i] : '\0';
 }
 
 const char* AttributeBase::StepReadInfoAttribute::pText() const noexcept {
-    return m_pInfo->m_pLine->data() + m_iStart;
+    return m_pInfo->m_line.data() + m_iStart;
 }
 
 void* AttributeBase::StepReadInfoAttribute::pAllocate(std::size_t iBytes) {

@@ -123,6 +123,8 @@ public:
 
     // Appends the text of this cell (ISO 10303-21, 6.4). Faults are records in the errors of the write.
     void vWriteAttribute(StepWriteInfoAttribute& info) const;
+    // The same for a caller who knows the class of the cell.
+    void vWriteAttribute(StepWriteInfoAttribute& info, CellClass eClass) const;
     // The text of this one cell, for display: boPlainText leaves text unencoded and GUIDs in their long form.
     [[nodiscard]] std::string sWriteLine(const def::schema::Attribute& attribute, const Data& data,
                                          bool boPlainText) const;

@@ -59,7 +59,7 @@ struct AttributeListValueBase::Reader {
     }
 
     [[nodiscard]] StepReadInfoAttribute item(const char* pBegin, const char* pEnd) const noexcept {
-        const char* pLine = info.m_pInfo->m_pLine->data();
+        const char* pLine = info.m_pInfo->m_line.data();
         return info.part(static_cast<std::size_t>(pBegin - pLine), static_cast<std::size_t>(pEnd - pBegin), nullptr);
     }
 
@@ -92,7 +92,7 @@ struct AttributeListValueBase::Reader {
     void vStrings() {
         vArray<char*>([&](Unaligned<char*>& item, const char* pBegin, const char* pEnd) {
             const auto iLength = static_cast<std::size_t>(pEnd - pBegin);
-            const auto iStart = static_cast<std::size_t>(pBegin - info.m_pInfo->m_pLine->data());
+            const auto iStart = static_cast<std::size_t>(pBegin - info.m_pInfo->m_line.data());
             item = AttributeString::pTextRead(info, iLength < 2 ? iStart : iStart + 1, iLength < 2 ? 0 : iLength - 2);
         });
     }

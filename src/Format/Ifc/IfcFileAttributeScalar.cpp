@@ -113,7 +113,7 @@ AttributeString::AttributeString(StepReadInfoAttribute& info) {
 }
 
 char* AttributeString::pTextRead(StepReadInfoAttribute& info, std::size_t iStart, std::size_t iLength) {
-    const char* first = info.m_pInfo->m_pLine->data() + iStart;
+    const char* first = info.m_pInfo->m_line.data() + iStart;
     std::size_t iDecoded = iLength;
     if (details::pFindSpecial(first, first + iLength) != first + iLength) {
         thread_local std::string t_decoded;

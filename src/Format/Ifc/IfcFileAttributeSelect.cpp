@@ -26,7 +26,7 @@ AttributeSelect::AttributeSelect(StepReadInfoAttribute& info) {
 
     // The parenthesis is looked for in the rest of the statement, not only in the token: a bare value that stands
     // before others takes all up to the next one for its name, a bare value at the end finds none.
-    const std::string_view line(*info.m_pInfo->m_pLine);
+    const std::string_view line = info.m_pInfo->m_line;
     const std::size_t iParenthesis = info.m_pInfo->iParenthesisFind(info.m_iStart);
     if (iParenthesis == std::string_view::npos) {
         m_boUndefined = true;

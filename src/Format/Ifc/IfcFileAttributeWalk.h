@@ -61,9 +61,9 @@ void vForEachEntityOfList(const AttributeListValueBase& list, Visit&& visit) {
 }
 
 template <class Visit>
-void vForEachEntity(const AttributeBase& cell, const def::schema::Attribute& attribute, Visit&& visit) {
+void vForEachEntity(const AttributeBase& cell, CellClass eClass, Visit&& visit) {
     if (!cell.boHasValue()) return;
-    switch (AttributeBase::cellClass(attribute.types.empty() ? nullptr : attribute.types.front(), attribute)) {
+    switch (eClass) {
     case CellClass::Entity: return visit(static_cast<const AttributeEntity&>(cell).m_value.load());
     case CellClass::Select: return vForEachEntityOfSelect(static_cast<const AttributeSelect&>(cell), visit);
     case CellClass::List: return vForEachEntityOfList(static_cast<const AttributeListValueBase&>(cell), visit);

@@ -1,6 +1,8 @@
 // The text of cells in a STEP file (ISO 10303-21, 6.4), to the byte.
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <string_view>
 
@@ -42,18 +44,55 @@ void vWriteInteger(StepWriteInfo& info, Number number) {
     info.m_line.append(pBegin, std::to_chars(pBegin, pBegin + info.m_number.size(), number).ptr);
 }
 
+// Whole numbers of no more than 15 digits, most of a model's coordinates in millimetres.
+bool boWholeWritten(StepWriteInfo& info, double value) {
+    constexpr double g_largestWhole = 1e15;
+    if (!(value > -g_largestWhole && value < g_largestWhole)) return false;
+    const auto iWhole = static_cast<long long>(value);
+    if (static_cast<double>(iWhole) != value || iWhole == 0) return false;
+    vWriteInteger(info, iWhole);
+    info.m_line.push_back('.');
+    return true;
+}
+
+// Numbers of up to nine decimals and 15 digits, most of the others. "value" is the double nearest to such a number
+// when that number, made a whole one by a power of ten and divided again, gives it back. Of its 16 digits the last
+// could still be another one: the number's distance from the double, which fma gives exactly, must be below half of
+// that digit.
+bool boDecimalWritten(StepWriteInfo& info, double value) {
+    constexpr double g_scale = 1e9;
+    constexpr int g_iDecimals = 9;
+    constexpr int g_iDigits = 16;
+    const double size = std::fabs(value);
+    if (!(size >= 1e-4 && size < 1e6)) return false;   // below, an exponent is written
+    const double scaled = std::nearbyint(size * g_scale);
+    if (scaled / g_scale != size) return false;
+    const auto uScaled = static_cast<std::uint64_t>(scaled);
+    char* const pBegin = info.m_number.data();
+    char* const pEnd = std::to_chars(pBegin, pBegin + info.m_number.size(), uScaled).ptr;
+    const auto iDigits = static_cast<int>(pEnd - pBegin);
+    // Half of the 16th digit, measured like "scaled"; a little less, for the power of ten is a rounded one.
+    constexpr std::array<double, g_iDigits> g_half = {0,       4.9e-16, 4.9e-15, 4.9e-14, 4.9e-13, 4.9e-12,
+                                                      4.9e-11, 4.9e-10, 4.9e-9,  4.9e-8,  4.9e-7,  4.9e-6,
+                                                      4.9e-5,  4.9e-4,  4.9e-3,  4.9e-2};
+    if (std::fabs(std::fma(size, g_scale, -scaled)) >= g_half[static_cast<std::size_t>(iDigits)]) return false;
+    std::string& line = info.m_line;
+    if (value < 0) line.push_back('-');
+    const int iWhole = iDigits - g_iDecimals;   // digits in front of the point
+    const std::string_view digits(pBegin, static_cast<std::size_t>(iDigits));
+    const std::size_t iLast = digits.find_last_not_of('0');
+    if (iWhole > 0) {
+        line.append(digits.substr(0, static_cast<std::size_t>(iWhole))).push_back('.');
+        line.append(digits.substr(static_cast<std::size_t>(iWhole), iLast + 1 - static_cast<std::size_t>(iWhole)));
+    } else {
+        line.append("0.").append(static_cast<std::size_t>(-iWhole), '0').append(digits.substr(0, iLast + 1));
+    }
+    return true;
+}
+
 // "%.16G" of the C locale, with a point wherever a STEP real needs one.
 void vWriteReal(StepWriteInfo& info, double value) {
-    // Whole numbers that have no more than 15 digits are most of a model's coordinates in millimetres.
-    constexpr double g_largestWhole = 1e15;
-    if (value > -g_largestWhole && value < g_largestWhole) {
-        const auto iWhole = static_cast<long long>(value);
-        if (static_cast<double>(iWhole) == value && iWhole != 0) {
-            vWriteInteger(info, iWhole);
-            info.m_line.push_back('.');
-            return;
-        }
-    }
+    if (boWholeWritten(info, value) || boDecimalWritten(info, value)) return;
     char* const pBegin = info.m_number.data();
     char* const pEnd =
         std::to_chars(pBegin, pBegin + info.m_number.size(), value, std::chars_format::general, 16).ptr;
@@ -142,11 +181,11 @@ void vWriteEntity(const AttributeEntity& cell, const Info& info) {
         vReport(info, Errors::Error, Errors::Null, "Error_InvalidNullAttribute", info.m_pAttribute->sName, 0);
         return;
     }
-    vWriteReference(*info.m_pLine, info.m_pLine->m_pCommon->iEntityIdGet(pEntity));
+    vWriteReference(*info.m_pLine, info.m_pLine->iEntityIdGet(pEntity));
 }
 
 // Cells whose text has the null step in front and nothing else around it.
-void vWriteCell(const AttributeBase& cell, const def::schema::ObjectBase* pObject, const Info& info);
+void vWriteCell(const AttributeBase& cell, CellClass eClass, const Info& info);
 
 void vWriteSelect(const AttributeSelect& cell, const Info& info) {
     const AttributeBase* pValue = cell.m_pValue;
@@ -161,7 +200,7 @@ void vWriteSelect(const AttributeSelect& cell, const Info& info) {
     if (!pType) return;
     std::string& line = info.m_pLine->m_line;
     line.append(pType->sNameUpper).append(1, '(');
-    vWriteCell(*pValue, pType, nested);
+    vWriteCell(*pValue, AttributeBase::cellClass(pType, *info.m_pAttribute), nested);
     line.push_back(')');
 }
 
@@ -194,7 +233,7 @@ void vWriteEntities(const AttributeListValueBase& list, const Info& info) {
     if (!pHead) return;
     bool boFirst = true;
     for (const Entity* pEntity : *pHead) {
-        const std::size_t iId = info.m_pLine->m_pCommon->iEntityIdGet(pEntity);
+        const std::size_t iId = info.m_pLine->iEntityIdGet(pEntity);
         if (iId == 0) {
             if (Assert::isEnabled())
                 Assert::addAssert("Format/Ifc/IfcFileAttribute",
@@ -242,33 +281,29 @@ void vWriteList(const AttributeListValueBase& list, const Info& infoList) {
     line.m_line.push_back(')');
 }
 
-void vWriteCell(const AttributeBase& cell, const def::schema::ObjectBase* pObject, const Info& info) {
+void vWriteCell(const AttributeBase& cell, CellClass eClass, const Info& info) {
+    if (eClass >= CellClass::Unresolved || boNullWritten(cell, info)) return;
     StepWriteInfo& line = *info.m_pLine;
-    if (def::schema::pAsEntity(pObject)) {
-        if (!boNullWritten(cell, info)) vWriteEntity(static_cast<const AttributeEntity&>(cell), info);
+    switch (eClass) {
+    case CellClass::Real:
+    case CellClass::Number: return vWriteReal(line, static_cast<const AttributeReal&>(cell).m_value);
+    case CellClass::Boolean:
+        line.m_line.append(static_cast<const AttributeBoolean&>(cell).m_value ? ".T." : ".F.", 3);
         return;
-    }
-    const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pObject);
-    if (!pDataType || pDataType->kind < DataKind::Real || pDataType->kind > DataKind::Set) return;
-    if (boNullWritten(cell, info)) return;
-    switch (pDataType->kind) {
-    case DataKind::Real:
-    case DataKind::Number: return vWriteReal(line, static_cast<const AttributeReal&>(cell).m_value);
-    case DataKind::Boolean:
-        line.m_line.append(static_cast<const AttributeBoolean&>(cell).m_value ? ".T." : ".F.");
-        return;
-    case DataKind::Integer: return vWriteInteger(line, static_cast<const AttributeInteger&>(cell).m_value.load());
-    case DataKind::String:
+    case CellClass::Integer: return vWriteInteger(line, static_cast<const AttributeInteger&>(cell).m_value.load());
+    case CellClass::String:
+    case CellClass::Guid:
         if (cell.m_boGuid) return vWriteGuid(static_cast<const AttributeGuid&>(cell), info);
         return vWriteText(info, static_cast<const AttributeString&>(cell).m_value);
-    case DataKind::Logical: {
+    case CellClass::Logical: {
         const LogicalValue value = static_cast<const AttributeLogical&>(cell).m_value;
-        line.m_line.append(value == LogicalValue::False ? ".F." : value == LogicalValue::True ? ".T." : ".U.");
+        line.m_line.append(value == LogicalValue::False ? ".F." : value == LogicalValue::True ? ".T." : ".U.", 3);
         return;
     }
-    case DataKind::Binary: return vWriteBinary(static_cast<const AttributeBinary&>(cell), info);
-    case DataKind::Enumeration: return vWriteEnumeration(static_cast<const AttributeEnumeration&>(cell), info);
-    case DataKind::Select: return vWriteSelect(static_cast<const AttributeSelect&>(cell), info);
+    case CellClass::Binary: return vWriteBinary(static_cast<const AttributeBinary&>(cell), info);
+    case CellClass::Enumeration: return vWriteEnumeration(static_cast<const AttributeEnumeration&>(cell), info);
+    case CellClass::Select: return vWriteSelect(static_cast<const AttributeSelect&>(cell), info);
+    case CellClass::Entity: return vWriteEntity(static_cast<const AttributeEntity&>(cell), info);
     default: return vWriteList(static_cast<const AttributeListValueBase&>(cell), info);
     }
 }
@@ -277,7 +312,11 @@ void vWriteCell(const AttributeBase& cell, const def::schema::ObjectBase* pObjec
 
 void AttributeBase::vWriteAttribute(StepWriteInfoAttribute& info) const {
     const auto& types = info.m_pAttribute->types;
-    vWriteCell(*this, types.empty() ? nullptr : types.front(), info);
+    vWriteCell(*this, cellClass(types.empty() ? nullptr : types.front(), *info.m_pAttribute), info);
+}
+
+void AttributeBase::vWriteAttribute(StepWriteInfoAttribute& info, CellClass eClass) const {
+    vWriteCell(*this, eClass, info);
 }
 
 std::string AttributeBase::sWriteLine(const def::schema::Attribute& attribute, const Data& data,

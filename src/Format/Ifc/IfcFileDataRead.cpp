@@ -2,9 +2,11 @@
 #include <charconv>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/IfcInverseBuilder.h"
 #include "Format/Ifc/IfcNumbers.h"
 #include "Format/Ifc/IfcReadInfo.h"
 
@@ -27,7 +29,7 @@ struct StatementParts {
 
 // The first fault is reported, and it is fatal: what follows can't be trusted to be a statement.
 std::optional<StatementParts> statementParts(StepReadInfoData& info) {
-    const std::string& line = *info.m_pLine;
+    const std::string_view line = info.m_line;
     const auto refuse = [&info](const char* sKey) {
         vReport(info, Errors::Fatal, Errors::Syntax, sKey);
         return std::nullopt;
@@ -56,7 +58,7 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
     const std::optional<StatementParts> parts = statementParts(info);
     if (!parts || !m_pSchema) return giveUp();
 
-    const std::string_view line(*info.m_pLine);
+    const std::string_view line = info.m_line;
     const ObjectName name(line.substr(parts->iKeyword, parts->iOpen - parts->iKeyword));
     const def::schema::Entity* pType = m_pSchema->pEntityFromName(name);
     if (!pType) {
@@ -104,7 +106,7 @@ bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadIn
     return true;
 }
 
-void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, const std::string& line, unsigned iLine) {
+void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line, unsigned iLine) {
     if (!pEntity) return;
     m_entities.push_back(pEntity);
     std::optional<EntitySlotLock> lock;
@@ -116,9 +118,10 @@ void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, const
         if (pCell && pCell->m_boGuid) {   // a foreign schema may have another attribute in front
             const Guid guid = static_cast<const AttributeGuid*>(pCell)->m_value;
             if (guid.boIsNull())
-                common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_UnexpectedNullGuid", line, iLine);
+                common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_UnexpectedNullGuid", std::string(line),
+                                     iLine);
             else if (!m_guidEntityMap.try_emplace(guid, pEntity).second)
-                common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_DuplicateGuids", line, iLine);
+                common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_DuplicateGuids", std::string(line), iLine);
         }
     }
     vProjectOffer(pEntity);
@@ -129,7 +132,9 @@ bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
     vIdsSettle(info, boKeepIds);
     PoolArena arena(*m_pPool);
     // From here on every attribute of every entity is in place.
-    for (Entity* pEntity : m_entities) pEntity->vAttributeInverseInit(arena);
+    InverseBuilder builder(*m_pPool, &arena);
+    for (Entity* pEntity : m_entities) builder.vAdd(*pEntity);
+    builder.vFlush();
     vSortEntities();
     return boComplete;
 }

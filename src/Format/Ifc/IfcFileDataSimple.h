@@ -97,7 +97,7 @@ public:
     // threads, each with a statement of its own.
     bool boReadLine(StepReadInfoData& info, std::vector<Entity*>& result);
     // Enters what boReadLine made in the list and, when rooted, in the GUID map. One thread at a time.
-    void finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, const std::string& line, unsigned iLine);
+    void finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line, unsigned iLine);
     // Data lines without any frame, of all entities or of one and what it reaches. False for a null entity and when
     // there is nothing to write. "out" failing goes unnoticed: look at its state.
     bool boWrite(std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const;

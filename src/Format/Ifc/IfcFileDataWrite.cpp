@@ -1,6 +1,5 @@
 // The writing side of the container: the walk over the model, on one thread or up to three.
 #include <algorithm>
-#include <optional>
 #include <thread>
 #include <vector>
 
@@ -21,42 +20,44 @@ unsigned iExtraThreads() noexcept {
 
 void Data::vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const {
     std::vector<std::thread> threads;
-    if (!info.m_boSingleThreaded) {
-        vSortEntities();   // before any other thread reads the list
-        for (unsigned i = 0; i < iExtraThreads() && m_entities.size() > std::size_t{10} * i; ++i)
-            threads.emplace_back([this, &info] { (*this)(info, {}); });
+    const auto join = [&threads] {
+        for (std::thread& thread : threads) thread.join();
+    };
+    try {
+        if (!info.m_boSingleThreaded) {
+            vSortEntities();   // before any other thread reads the list
+            for (unsigned i = 0; i < iExtraThreads() && m_entities.size() > std::size_t{10} * i; ++i)
+                threads.emplace_back([this, &info] { (*this)(info, {}); });
+        }
+        (*this)(info, std::move(progress));
+    } catch (...) {
+        info.vStop();
+        join();
+        throw;
     }
-    (*this)(info, std::move(progress));
-    for (std::thread& thread : threads) thread.join();
+    join();
     info.m_pWriter->vFinish();
 }
 
 void Data::operator()(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const {
     StepWriteInfo statement(info);
-    bool boActive = false;
-    for (;;) {
-        std::optional<const Entity*> next;
-        {
-            const std::lock_guard lock(info.m_mutex);
-            if (!info.m_queue.empty()) {
-                next = info.m_queue.front();
-                info.m_queue.pop_front();
-                ++info.m_iDequeued;
-                info.m_iActive += !boActive;
-                boActive = true;
-                if (progress) progress(info.m_iDequeued);
-            } else {
-                // Who sees the queue empty leaves the count; when the last one does, nothing can come any more.
-                if (boActive && --info.m_iActive == 0) info.m_boDone = true;
-                boActive = false;
-                if (info.m_boDone) return;
-            }
+    if (info.m_boSingleThreaded) {
+        while (!info.m_queue.empty()) {
+            const Entity* pEntity = info.m_queue.front();
+            info.m_queue.pop_front();
+            ++info.m_iDequeued;
+            if (progress) progress(info.m_iDequeued);
+            if (pEntity) pEntity->vWrite(statement);
         }
-        if (!next)
-            std::this_thread::yield();
-        else if (*next)
-            (*next)->vWrite(statement);
+        info.m_boDone = true;
+    } else {
+        std::vector<const Entity*> share;
+        bool boActive = false;
+        while (info.boTake(statement.m_found, share, boActive, progress))
+            for (const Entity* pEntity : share)
+                if (pEntity) pEntity->vWrite(statement);
     }
+    statement.vBlockAdd();
 }
 
 bool Data::boWrite(std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const {

@@ -1,6 +1,7 @@
 // The instance object: its blocks, its attributes by name and by position.
 #include "Format/Ifc/IfcFileEntity.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
@@ -26,6 +27,14 @@ int iFind(const List& list, const AttributeName& name) noexcept {
     return -1;
 }
 
+// The position of an inverse attribute in the block of every type that has it: inverse attributes of supertypes
+// come first, so a subtype does not move it.
+std::size_t iPositionOf(const def::schema::AttributeInverse& inverse) {
+    const def::schema::Entity& owner = *inverse.pOwner;
+    const std::size_t iInherited = owner.allInverseAttributes().size() - owner.ownInverseAttributes.size();
+    return iInherited + static_cast<std::size_t>(&inverse - owner.ownInverseAttributes.data());
+}
+
 std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& schema) {
     auto pSize = std::make_shared<DataSizeEntity>();
     for (const Attribute* pAttribute : schema.allAttributes()) {
@@ -41,6 +50,12 @@ std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& 
         pSize->offsets.push_back(pSize->iSize);
         pSize->cells.push_back({pAttribute, pSize->iSize, eClass});
         pSize->iSize += iSize;
+    }
+    for (const def::schema::AttributeInverse* pInverse : schema.inverseTargets()) {
+        const auto fed = std::ranges::find(schema.allAttributes(), pInverse->sForAttribute, &Attribute::sName);
+        const auto iCell = static_cast<std::size_t>(fed - schema.allAttributes().begin());
+        pSize->feeds.push_back({fed == schema.allAttributes().end() ? DataSizeEntity::Feed::g_iNone : iCell,
+                                pInverse->pOwner, iPositionOf(*pInverse)});
     }
     return pSize;
 }

@@ -35,9 +35,19 @@ struct DataSizeEntity {
         CellClass eClass;
     };
 
+    // An inverse attribute of other types that an attribute of this one feeds.
+    struct Feed {
+        static constexpr std::size_t g_iNone = static_cast<std::size_t>(-1);
+
+        std::size_t iCell;                    // the attribute; g_iNone where the schema names one that is not there
+        const def::schema::Entity* pOwner;    // its instances and those of its subtypes have the list
+        std::size_t iPosition;                // of the list in their inverse blocks
+    };
+
     std::uint32_t iSize = 0;                  // bytes of the block: the sum of the cell sizes
     std::vector<std::uint32_t> offsets;       // for each attribute the position of its cell in the block
     std::vector<Cell> cells;                  // the same with more to each attribute
+    std::vector<Feed> feeds;                  // in the order of inverseTargets
 };
 
 class OXA_IFC_API Entity {
@@ -169,12 +179,9 @@ protected:
 
 private:
     friend class Data;
+    friend class InverseBuilder;
     using InverseEntry = Unaligned<EntityList*>;
 
-    // The same, nodes from one thread's share of the pool.
-    void vAttributeInverseInit(PoolArena& arena);
-    template <class Allocate>
-    void vInverseBuild(Allocate&& alloc);
     // Takes both blocks from the pool; "alloc" gives zeroed memory.
     template <class Allocate>
     const DataSizeEntity* pBlocksAllocate(const def::schema::Entity& schema, Allocate&& alloc);

@@ -1,60 +1,17 @@
 // Inverse relations: who refers to an instance, kept in its inverse block.
-#include "Format/Ifc/IfcFileAttributeWalk.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
-#include "platform/Assert.h"
-#include "platform/Utilities.h"
+#include "Format/Ifc/IfcInverseBuilder.h"
 
 namespace oxa::ifc {
 
 using def::schema::AttributeInverse;
 using def::schema::AttributeName;
 
-namespace {
-
-// The position of an inverse attribute in the block of every type that has it: inverse attributes of supertypes
-// come first, so a subtype does not move it.
-std::size_t iPositionOf(const AttributeInverse& inverse) {
-    const def::schema::Entity& owner = *inverse.pOwner;
-    const std::size_t iInherited = owner.allInverseAttributes().size() - owner.ownInverseAttributes.size();
-    return iInherited + static_cast<std::size_t>(&inverse - owner.ownInverseAttributes.data());
-}
-
-}   // namespace
-
-template <class Allocate>
-void Entity::vInverseBuild(Allocate&& alloc) {
-    const def::schema::Entity& schema = schemaEntity();
-    if (!schema.boHasInverse) return;
-    for (const AttributeInverse* pInverse : schema.inverseTargets()) {
-        const int iIndex = indexFromName(AttributeName(pInverse->sForAttribute));
-        const auto [pAttribute, pCell] =
-            iIndex < 0 ? decltype(pAttributeFromIndex(0)){} : pAttributeFromIndex(static_cast<unsigned>(iIndex));
-        if (!pAttribute) {
-            if (Assert::isEnabled())
-                Assert::addAssert("Format/Ifc/IfcFileEntity", "oxa::ifc::Entity::vAttributeInverseInit",
-                                  "Not able to find attribute", __LINE__);
-            continue;
-        }
-        const std::size_t iPosition = iPositionOf(*pInverse);
-        vForEachEntity(*pCell, *pAttribute, [&](Entity* pTarget) {
-            // One list of inverse attributes serves targets of many types: the owner's type sorts them.
-            if (!pTarget || !pTarget->boIsCompatible(pInverse->pOwner)) return;
-            InverseEntry& entry = pTarget->pInverseEntries()[iPosition];
-            auto* pNode = static_cast<EntityList*>(alloc(sizeof(EntityList)));
-            pNode->value = this;
-            pNode->next = entry.load();
-            entry = pNode;
-        });
-    }
-}
-
 void Entity::vAttributeInverseInit(Data& data) {
-    vInverseBuild([&data](std::size_t iBytes) { return data.pool().pAllocate(iBytes); });
-}
-
-void Entity::vAttributeInverseInit(PoolArena& arena) {
-    vInverseBuild([&arena](std::size_t iBytes) { return arena.pAllocate(iBytes); });
+    InverseBuilder builder(data.pool());
+    builder.vAdd(*this);
+    builder.vFlush();
 }
 
 Entity::InverseEntry* Entity::pInverseEntry(const AttributeName& name) const {

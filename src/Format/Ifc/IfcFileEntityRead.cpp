@@ -64,7 +64,7 @@ void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, Step
         pSize = schema.pDataSize.value().get();
     }
 
-    const char* const pLine = info.m_pLine->data();
+    const char* const pLine = info.m_line.data();
     Info token{&info, &data, this, nullptr, nullptr, 0, 0, 0};
     std::size_t iToken = 0;
     const auto tokenRead = [&](const char* pBegin, const char* pEnd) {

@@ -9,12 +9,12 @@ namespace oxa::ifc {
 
 bool Entity::boCompose(StepWriteInfo& info) const {
     if (!m_pSchemaEntity) return false;   // a slot that no statement defined
-    info.m_iId = static_cast<std::uint32_t>(info.m_pCommon->iEntityIdGet(this));
+    info.m_iId = static_cast<std::uint32_t>(info.iEntityIdGet(this));
     std::string& line = info.m_line;
     char* const pNumber = info.m_number.data();
     char* const pEnd = std::to_chars(pNumber, pNumber + info.m_number.size(), info.m_iId).ptr;
-    line.assign(1, '#').append(pNumber, pEnd).append(1, '=');
-    line.append(m_pSchemaEntity->sNameUpper).append(1, '(');
+    line.assign(1, '#').append(pNumber, pEnd).push_back('=');
+    line.append(m_pSchemaEntity->sNameUpper).push_back('(');
     if (m_pSchemaEntity->boAbstract)
         info.m_pCommon->m_pErrors->add(nullptr, Errors::Fatal, Errors::Value, "Error_EntityIsAbstract", line,
                                        info.m_iId);
@@ -25,20 +25,20 @@ bool Entity::boCompose(StepWriteInfo& info) const {
             boFirst = false;
             AttributeBase::StepWriteInfoAttribute value{&info, cell.pAttribute};
             reinterpret_cast<const AttributeBase*>(static_cast<const char*>(m_pAttributes) + cell.iOffset)
-                ->vWriteAttribute(value);
+                ->vWriteAttribute(value, cell.eClass);
         }
     }
     // Who refers to this instance is written too: a relationship hangs on its members by nothing else.
     if (m_ppAttributesInverse)
-        for (std::size_t i = 0; i < m_pSchemaEntity->allInverseAttributes().size(); ++i)
+        for (std::size_t i = 0, n = m_pSchemaEntity->allInverseAttributes().size(); i < n; ++i)
             if (const EntityList* pReferrers = pInverseEntries()[i])
-                for (const Entity* pReferrer : *pReferrers) info.m_pCommon->iEntityIdGet(pReferrer);
+                for (const Entity* pReferrer : *pReferrers) info.iEntityIdGet(pReferrer);
     line.append(");");
     return true;
 }
 
 void Entity::vWrite(StepWriteInfo& info) const {
-    if (boCompose(info)) info.m_pCommon->m_pWriter->iLineAdd(info.m_line, info.m_iId);
+    if (boCompose(info)) info.vLineAdd();
 }
 
 std::string Entity::sWriteLine(const Data& data) const {

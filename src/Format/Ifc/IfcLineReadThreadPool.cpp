@@ -1,7 +1,5 @@
 #include "Format/Ifc/IfcLineReadThreadPool.h"
 
-#include <algorithm>
-#include <chrono>
 #include <thread>
 #include <utility>
 
@@ -13,26 +11,53 @@ namespace oxa::ifc::io {
 namespace {
 
 constexpr std::size_t g_iBatchLines = 200;
-constexpr int g_iIntervalMs = 10;                    // latency of an idle worker
-constexpr std::size_t g_iQueueLimit = 256;           // batches that may wait before the scanner does
-constexpr std::chrono::microseconds g_scannerPause(500);
-constexpr std::size_t g_iKeptCapacity = 64 * 1024;   // a text larger than that is not kept for reuse
+constexpr int g_iIntervalMs = 10;                     // between two calls of a thread's function, which waits itself
+constexpr std::size_t g_iBatchesPerWorker = 8;        // on their way at once
+constexpr std::chrono::milliseconds g_longestWait(20);
+constexpr std::size_t g_iKeptCapacity = 1024 * 1024;  // a text larger than that is not kept for reuse
 
 }   // namespace
 
-void IfcLineReadThreadPool::Queue::vPush(BatchPtr pBatch) {
-    const std::lock_guard lock(m_mutex);
-    m_batches.push_back(std::move(pBatch));
-    m_iCount.store(m_batches.size(), std::memory_order_release);
+void IfcLineReadThreadPool::Batch::vClear() {
+    if (m_text.capacity() > g_iKeptCapacity) m_text = std::string();
+    m_text.clear();
+    m_lines.clear();
+    m_entities.clear();
 }
 
-IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pPop() {
-    const std::lock_guard lock(m_mutex);
+void IfcLineReadThreadPool::Queue::vPush(BatchPtr pBatch) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_batches.push_back(std::move(pBatch));
+    }
+    m_changed.notify_one();
+}
+
+IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pFront() {
     if (m_batches.empty()) return nullptr;
     BatchPtr pBatch = std::move(m_batches.front());
     m_batches.pop_front();
-    m_iCount.store(m_batches.size(), std::memory_order_release);
     return pBatch;
+}
+
+IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pPop(const std::atomic<bool>& boActive) {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [&] { return !m_batches.empty() || !boActive; });
+    return pFront();
+}
+
+IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pPop(std::chrono::milliseconds longest) {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait_for(lock, longest, [this] { return !m_batches.empty(); });
+    return pFront();
+}
+
+void IfcLineReadThreadPool::Queue::vWake() {
+    {
+        // Nobody is between a look at the flag and the wait any more.
+        const std::lock_guard lock(m_mutex);
+    }
+    m_changed.notify_all();
 }
 
 IfcLineReadThreadPool::IfcLineReadThreadPool(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker)
@@ -43,8 +68,10 @@ IfcLineReadThreadPool::IfcLineReadThreadPool(StepReadInfoDataCommon& info, FileB
 IfcLineReadThreadPool::~IfcLineReadThreadPool() {
     vBatchQueue();
     m_boWorkersActive = false;
+    m_lineQueue.vWake();
     for (util::ThreadedLoop& worker : m_workers) worker.vStop();   // each drains the queue in its last call
     m_boCollectorActive = false;
+    m_doneQueue.vWake();
     m_collector.vStop();
     // From here on every statement is in the model.
 }
@@ -79,30 +106,32 @@ void IfcLineReadThreadPool::addLineToQueue(const std::string& line, unsigned iLi
     }
     if (m_workers.empty()) vStart();
     Batch& batch = *m_pBatch;
-    if (batch.m_iLines == batch.m_lines.size()) batch.m_lines.emplace_back();
-    QueuedLine& queued = batch.m_lines[batch.m_iLines++];
-    queued.m_text = line;   // the text's capacity stays from batch to batch
-    queued.m_iLine = iLine;
-    if (batch.m_iLines < g_iBatchLines) return;
+    batch.m_lines.push_back({batch.m_text.size(), line.size(), iLine});
+    batch.m_text.append(line).push_back('\0');
+    if (batch.m_lines.size() < g_iBatchLines) return;
     vBatchQueue();
-    // The workers' work is the larger part: a scanner far ahead of them would hold the file in memory twice. Where
-    // exceptions have ended all of them, nobody is left to wait for.
-    while (m_lineQueue.iCount() > g_iQueueLimit && std::ranges::any_of(m_workers, &util::ThreadedLoop::boRunning))
-        std::this_thread::sleep_for(g_scannerPause);
+    m_pBatch = pBatchNext();
 }
 
-// Hands the batch on, also an empty one, and takes a used one for the next statements where there is one.
+// Hands the batch on, also an empty one.
 void IfcLineReadThreadPool::vBatchQueue() {
     m_lineQueue.vPush(std::move(m_pBatch));
-    m_pBatch = m_freeQueue.iCount() ? m_freeQueue.pPop() : nullptr;
-    if (!m_pBatch) m_pBatch = std::make_unique<Batch>();
+}
+
+// An empty batch for the next statements. The workers' work is the larger part: a scanner far ahead of them would hold
+// the file in memory twice. Batches that an exception has lost never come back, and then the wait ends by itself.
+IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::pBatchNext() {
+    const bool boMore = m_iBatches < g_iBatchesPerWorker * (m_workers.size() + 1);
+    BatchPtr pBatch = m_freeQueue.pPop(boMore ? std::chrono::milliseconds(0) : g_longestWait);
+    if (pBatch) return pBatch;
+    ++m_iBatches;
+    return std::make_unique<Batch>();
 }
 
 void IfcLineReadThreadPool::vBatchRead(BatchPtr pBatch, PoolArena& arena) {
     Data& data = m_pFile->dataBase();
-    for (std::size_t i = 0; i < pBatch->m_iLines; ++i) {
-        QueuedLine& line = pBatch->m_lines[i];
-        StepReadInfoData info(line.m_text, line.m_iLine, *m_pInfo, &arena);
+    for (const QueuedLine& line : pBatch->m_lines) {
+        StepReadInfoData info(pBatch->text(line), line.m_iLine, *m_pInfo, &arena);
         data.boReadLine(info, pBatch->m_entities);
     }
     m_doneQueue.vPush(std::move(pBatch));
@@ -113,23 +142,18 @@ bool IfcLineReadThreadPool::readLines(PoolArena& arena) {
     // An assertion on a worker must not open anything that waits for a user.
     const auto handler = Assert::getRegisteredForCurrentThread().registerHandler(
         [](const AssertInfo&) { Debugger::vBreak(); });
-    while (m_lineQueue.iCount() != 0)
-        if (BatchPtr pBatch = m_lineQueue.pPop()) vBatchRead(std::move(pBatch), arena);
+    while (BatchPtr pBatch = m_lineQueue.pPop(m_boWorkersActive)) vBatchRead(std::move(pBatch), arena);
     return m_boWorkersActive;
 }
 
 bool IfcLineReadThreadPool::finalizeLines() {
     Data& data = m_pFile->dataBase();
-    while (m_doneQueue.iCount() != 0) {
-        BatchPtr pBatch = m_doneQueue.pPop();
-        if (!pBatch) continue;
-        for (std::size_t i = 0; i < pBatch->m_iLines; ++i) {
-            QueuedLine& line = pBatch->m_lines[i];
-            data.finalizeEntity(pBatch->m_entities[i], *m_pInfo, line.m_text, line.m_iLine);
-            if (line.m_text.capacity() > g_iKeptCapacity) line.m_text = std::string();
+    while (BatchPtr pBatch = m_doneQueue.pPop(m_boCollectorActive)) {
+        for (std::size_t i = 0; i < pBatch->m_lines.size(); ++i) {
+            const QueuedLine& line = pBatch->m_lines[i];
+            data.finalizeEntity(pBatch->m_entities[i], *m_pInfo, pBatch->text(line), line.m_iLine);
         }
-        pBatch->m_iLines = 0;
-        pBatch->m_entities.clear();
+        pBatch->vClear();
         m_freeQueue.vPush(std::move(pBatch));
     }
     return m_boCollectorActive;

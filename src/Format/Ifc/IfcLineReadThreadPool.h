@@ -4,20 +4,23 @@
 //
 // Order    within a batch that of the file; batches finish in any order. Nothing in a read depends on the order,
 //          save which of two equal GUIDs and which of several projects comes first.
-// Memory   batches circulate: the collector hands them back to the scanner with the capacity of their texts. When
-//          the workers fall behind, the scanner waits a little, so that the queue stays short.
+// Memory   batches circulate: the collector hands them back to the scanner with the capacity of their texts. There are
+//          so few that they stay in the processor's cache; when all are on their way, the scanner waits for one.
 // Threads  addLineToQueue and the destructor on the scanner's thread.
 // Errors   what boReadLine or finalizeEntity throws loses the batch (or its rest) and goes to the standard error
 //          stream; see ThreadedLoop.
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Core/Utilities/Threads/ThreadedLoop.h"
@@ -43,33 +46,44 @@ public:
     [[nodiscard]] static std::size_t iWorkerCount() noexcept;
 
 private:
-    struct QueuedLine {
-        std::string m_text;
-        std::uint32_t m_iLine = 0;
+    struct QueuedLine {        std::size_t m_iBegin;    // in the batch's text
+        std::size_t m_iLength;
+        std::uint32_t m_iLine;
     };
     struct Batch {
-        std::vector<QueuedLine> m_lines;    // the first m_iLines are in use
-        std::size_t m_iLines = 0;
+        std::string m_text;                 // the statements, one behind the other, a NUL behind each
+        std::vector<QueuedLine> m_lines;
         std::vector<Entity*> m_entities;    // one for each line; null where the statement yielded none
+
+        [[nodiscard]] std::string_view text(const QueuedLine& line) const noexcept {
+            return std::string_view(m_text).substr(line.m_iBegin, line.m_iLength);
+        }
+        void vClear();
     };
     using BatchPtr = std::unique_ptr<Batch>;
 
-    // A queue of batches that several threads share. Its count may be read without the lock; a stale one only
-    // costs a pass more or a later one.
+    // A queue of batches that several threads share.
     class Queue {
     public:
         void vPush(BatchPtr pBatch);
-        [[nodiscard]] BatchPtr pPop();   // null when empty
-        [[nodiscard]] std::size_t iCount() const noexcept { return m_iCount.load(std::memory_order_acquire); }
+        // Waits for a batch; null when the queue is empty and "boActive" has fallen.
+        [[nodiscard]] BatchPtr pPop(const std::atomic<bool>& boActive);
+        // Waits that long at most; null when none came.
+        [[nodiscard]] BatchPtr pPop(std::chrono::milliseconds longest);
+        // To be called behind a fall of the flag that somebody may wait with.
+        void vWake();
 
     private:
+        [[nodiscard]] BatchPtr pFront();
+
         std::deque<BatchPtr> m_batches;   // guarded by m_mutex
         std::mutex m_mutex;
-        std::atomic<std::size_t> m_iCount{0};
+        std::condition_variable m_changed;
     };
 
     void vStart();
     void vBatchQueue();
+    [[nodiscard]] BatchPtr pBatchNext();
     void vBatchRead(BatchPtr pBatch, PoolArena& arena);
     bool readLines(PoolArena& arena);
     bool finalizeLines();
@@ -83,6 +97,7 @@ private:
     std::vector<util::ThreadedLoop> m_workers;          // empty until the first statement
     util::ThreadedLoop m_collector;
     BatchPtr m_pBatch;                                  // being filled; the scanner's
+    std::size_t m_iBatches = 1;                         // made so far; the scanner's
     StepReadInfoDataCommon* m_pInfo;
     FileBase* m_pFile;
     bool m_boOneWorker;

@@ -148,19 +148,18 @@ struct StepReadInfoDataCommon : ReadInfoCommon {
 
 // One statement while it is parsed, on the stack of the thread that does it.
 struct StepReadInfoData {
-    StepReadInfoData(std::string& line, std::uint32_t iLine, StepReadInfoDataCommon& common,
+    StepReadInfoData(std::string_view line, std::uint32_t iLine, StepReadInfoDataCommon& common,
                      PoolArena* pArena = nullptr) noexcept
-        : m_pLine(&line), m_iLine(iLine), m_pCommon(&common), m_pArena(pArena) {}
+        : m_line(line), m_iLine(iLine), m_pCommon(&common), m_pArena(pArena) {}
 
-    // The text, ending in ";". It belongs to one thread while it is parsed.
-    std::string* m_pLine;
+    std::string_view m_line;                // the text, ending in ";"
     std::uint32_t m_iLine;                  // where the statement ends in the file, from 1
     StepReadInfoDataCommon* m_pCommon;
     PoolArena* m_pArena;                    // this thread's share of the pool; null: the pool itself
 
     // The text for reports, copied once however many there are.
     [[nodiscard]] const SourceText& sourceText() {
-        if (!m_sourceText) m_sourceText = *m_pLine;
+        if (!m_sourceText) m_sourceText = std::string(m_line);
         return m_sourceText;
     }
 
@@ -169,7 +168,7 @@ struct StepReadInfoData {
     [[nodiscard]] std::size_t iParenthesisFind(std::size_t iStart) noexcept {
         if (iStart < m_iSearched || iStart > m_iParenthesis) {
             m_iSearched = iStart;
-            m_iParenthesis = m_pLine->find('(', iStart);
+            m_iParenthesis = m_line.find('(', iStart);
         }
         return m_iParenthesis;
     }

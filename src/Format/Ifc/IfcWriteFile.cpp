@@ -1,5 +1,6 @@
 #include "Format/Ifc/IfcWriteFile.h"
 
+#include <exception>
 #include <ostream>
 #include <thread>
 #include <utility>
@@ -7,6 +8,10 @@
 namespace oxa::ifc::io {
 
 IfcLineWriterInterface::~IfcLineWriterInterface() = default;
+
+std::size_t IfcLineWriterInterface::iBlockSize() const noexcept {
+    return 0;
+}
 
 IfcSingleThreadedLineWriter::IfcSingleThreadedLineWriter(std::ostream& out)
     : m_pState(new State{stream::StreamWriteBuffer(out)}) {}
@@ -25,32 +30,44 @@ void IfcSingleThreadedLineWriter::vBufferFlush() {
     m_pState->m_buffer.vBufferFlush();
 }
 
-ThreadStringPool::ThreadStringPool() = default;
+ThreadStringPool::ThreadStringPool(std::size_t iBlockSize) : m_iBlockSize(iBlockSize) {}
 
 ThreadStringPool::~ThreadStringPool() = default;
 
 std::size_t ThreadStringPool::iLineAdd(std::string& line, unsigned id) {
     std::unique_lock lock(m_mutex);
-    while (m_iCount == g_iLines) {
-        lock.unlock();
-        std::this_thread::yield();
-        lock.lock();
-    }
+    m_notFull.wait(lock, [this] { return m_iCount < g_iLines; });
     Record& record = m_lines[m_iCount];
     std::swap(record.m_line, line);
     record.m_iId = id;
+    m_notEmpty.notify_one();
     return ++m_iCount;
 }
 
 void ThreadStringPool::vFinish() {
+    const std::lock_guard lock(m_mutex);   // else a consumer could miss it between its look and its wait
     m_boFinished.exchange(true);
+    m_notEmpty.notify_all();
+}
+
+void ThreadStringPool::vSwapOut(std::string& line) {
+    std::swap(line, m_lines[--m_iCount].m_line);
+    m_notFull.notify_one();
 }
 
 ThreadStringPool::Take ThreadStringPool::take(std::string& line) {
     const std::lock_guard lock(m_mutex);
     if (m_iCount == 0) return m_boFinished ? Take::Finished : Take::Nothing;
-    std::swap(line, m_lines[--m_iCount].m_line);
+    vSwapOut(line);
     return Take::Line;
+}
+
+bool ThreadStringPool::boTakeWait(std::string& line) {
+    std::unique_lock lock(m_mutex);
+    m_notEmpty.wait(lock, [this] { return m_iCount > 0 || m_boFinished; });
+    if (m_iCount == 0) return false;
+    vSwapOut(line);
+    return true;
 }
 
 namespace {
@@ -62,29 +79,40 @@ public:
 
     IfcLineWriterInterface& writer() noexcept { return m_pool; }
 
-    // After vFinish: waits for the consumer, then writes the rest out.
+    // After vFinish: waits for the consumer, then writes the rest out. What the stream threw on the way comes out
+    // here, on the caller's thread.
     void vEnd() {
         m_consumer.join();
+        if (m_pFault) std::rethrow_exception(m_pFault);
         m_buffer.vBufferFlush();
     }
 
+    // The same after a fault elsewhere, which goes on from here: the consumer is let go, nothing more is written.
+    void vAbandon() noexcept {
+        m_pool.vFinish();
+        m_consumer.join();
+    }
+
 private:
+    // Enough that threads meet a few hundred times for a large file, little enough to stay in a core's cache.
+    static constexpr std::size_t g_iBlock = 32768;
+
     void vConsume() {
-        std::string line;
-        for (;;) {
-            switch (m_pool.take(line)) {
-            case ThreadStringPool::Take::Finished: return;
-            case ThreadStringPool::Take::Nothing: std::this_thread::yield(); break;
-            case ThreadStringPool::Take::Line:
-                if (line.empty()) break;
-                m_buffer.vWrite(line);
+        std::string block;
+        while (m_pool.boTakeWait(block)) {
+            if (block.empty() || m_pFault) continue;   // after a fault the producers still have to be served
+            try {
+                m_buffer.vWrite(block);
                 m_buffer.vWrite('\n');
+            } catch (...) {
+                m_pFault = std::current_exception();
             }
         }
     }
 
     stream::StreamWriteBuffer m_buffer;
-    ThreadStringPool m_pool;
+    ThreadStringPool m_pool{g_iBlock};
+    std::exception_ptr m_pFault;   // the consumer's, until it is joined
     std::thread m_consumer;
 };
 
@@ -94,23 +122,38 @@ public:
     explicit SingleWriter(std::ostream& out) : m_writer(out) {}
     IfcLineWriterInterface& writer() noexcept { return m_writer; }
     void vEnd() { m_writer.vBufferFlush(); }
+    void vAbandon() noexcept {}
 
 private:
     IfcSingleThreadedLineWriter m_writer;
 };
 
+// Runs one step of a write. Its exceptions go on, once no thread is left that they would take down.
+template <class Writer, class Step>
+void vGuarded(Writer& writer, Step&& step) {
+    try {
+        step();
+    } catch (...) {
+        writer.vAbandon();
+        throw;
+    }
+}
+
 template <class Writer>
 bool boWriteSeeded(const Data& data, const WriteFile::Seed& seed, std::ostream& out, WriteError& errors,
                    bool boSingleThreaded) {
     Writer writer(out);
-    const auto pInfo = std::make_unique<StepWriteInfoCommon>(data.entityIdMap(false), errors, writer.writer(),
-                                                             boSingleThreaded);
-    seed(*pInfo);
+    std::unique_ptr<StepWriteInfoCommon> pInfo;
+    vGuarded(writer, [&] {
+        pInfo = std::make_unique<StepWriteInfoCommon>(data.entityIdMap(false), errors, writer.writer(),
+                                                      boSingleThreaded);
+        seed(*pInfo);
+    });
     {
         const std::lock_guard lock(pInfo->m_mutex);
         if (pInfo->m_queue.empty()) return false;
     }
-    data.vWrite(*pInfo, {});
+    vGuarded(writer, [&] { data.vWrite(*pInfo, {}); });
     writer.vEnd();
     return true;
 }
@@ -119,7 +162,7 @@ template <class Writer>
 void vWriteProject(const FileData& data, std::ostream& out, WriteError& errors, WriteFile::Progress progress,
                    bool boSingleThreaded) {
     Writer writer(out);
-    data.boWrite(writer.writer(), errors, std::move(progress), boSingleThreaded);
+    vGuarded(writer, [&] { data.boWrite(writer.writer(), errors, std::move(progress), boSingleThreaded); });
     writer.vEnd();
 }
 

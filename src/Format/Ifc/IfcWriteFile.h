@@ -9,6 +9,7 @@
 
 #include <array>
 #include <atomic>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -34,6 +35,9 @@ public:
     virtual std::size_t iLineAdd(std::string& line, unsigned id) = 0;
     // No further lines will come.
     virtual void vFinish() = 0;
+    // 0: statement by statement. Else the writer takes several as one text, LF between them, which a composing
+    // thread hands over once it has that many bytes.
+    [[nodiscard]] virtual std::size_t iBlockSize() const noexcept;
 
 protected:
     IfcLineWriterInterface() = default;
@@ -65,26 +69,35 @@ class OXA_IFC_API ThreadStringPool final : public IfcLineWriterInterface {
 public:
     static constexpr std::size_t g_iLines = 15;
 
-    ThreadStringPool();
+    // With iBlockSize: of statements by the block.
+    explicit ThreadStringPool(std::size_t iBlockSize = 0);
     ~ThreadStringPool() override;
 
-    // Waits, yielding, while the pool is full. Swaps the text in; the producer gets an old buffer back.
+    // Waits while the pool is full. Swaps the text in; the producer gets an old buffer back.
     std::size_t iLineAdd(std::string& line, unsigned id) override;
     void vFinish() override;
+    [[nodiscard]] std::size_t iBlockSize() const noexcept override { return m_iBlockSize; }
 
     enum class Take { Line, Nothing, Finished };
     // For the consumer: swaps the newest statement out.
     [[nodiscard]] Take take(std::string& line);
+    // The same, and waits for one; false when the pool is empty and nothing will come any more.
+    [[nodiscard]] bool boTakeWait(std::string& line);
 
 private:
     struct Record {
         std::string m_line;
         std::uint32_t m_iId = 0;
     };
+    void vSwapOut(std::string& line);
+
     std::array<Record, g_iLines> m_lines;   // guarded by m_mutex
     std::size_t m_iCount = 0;               // guarded by m_mutex
     std::mutex m_mutex;
+    std::condition_variable m_notFull;
+    std::condition_variable m_notEmpty;     // or finished
     std::atomic<bool> m_boFinished{false};
+    const std::size_t m_iBlockSize;
 };
 
 class OXA_IFC_API WriteFile {

@@ -1,5 +1,9 @@
 #include "Format/Ifc/IfcWriteInfo.h"
 
+#include <algorithm>
+
+#include "Format/Ifc/IfcWriteFile.h"
+
 namespace oxa::ifc {
 
 std::size_t WriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
@@ -9,20 +13,100 @@ std::size_t WriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
     return number.iId;
 }
 
+std::size_t WriteInfoCommon::iEntityIdMark(const Entity& entity) {
+    const EntityIdMap::Number number = m_pEntityIdMap->number(&entity);
+    boMark(&entity, number);
+    return number.iId;
+}
+
 bool WriteInfoCommon::boMark(const Entity* pEntity, const EntityIdMap::Number& number) {
-    if (!number.boSeeded) return m_seen.insert(pEntity).second;
-    auto& pPage = m_seenSeeded[number.iId / g_iSeenPage];
-    if (!pPage) pPage = std::make_unique<std::bitset<g_iSeenPage>>();
-    const std::size_t iBit = number.iId % g_iSeenPage;
-    if (pPage->test(iBit)) return false;
-    pPage->set(iBit);
-    return true;
+    return number.boSeeded ? m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId))
+                           : m_seen.insert(pEntity).second;
 }
 
 std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
     if (m_boSingleThreaded) return WriteInfoCommon::iEntityIdGet(pEntity);
     const std::lock_guard lock(m_mutex);
-    return WriteInfoCommon::iEntityIdGet(pEntity);
+    const std::size_t iId = WriteInfoCommon::iEntityIdGet(pEntity);
+    m_changed.notify_all();
+    return iId;
+}
+
+std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity, std::vector<const Entity*>& found) {
+    if (!pEntity) return 0;
+    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity);
+    bool boFirst;
+    if (number.boSeeded) {
+        boFirst = m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId));
+    } else {
+        const std::lock_guard lock(m_mutex);
+        boFirst = m_seen.insert(pEntity).second;
+    }
+    if (boFirst) found.push_back(pEntity);
+    return number.iId;
+}
+
+bool StepWriteInfoCommon::boTake(std::vector<const Entity*>& found, std::vector<const Entity*>& share, bool& boActive,
+                                 const std::function<void(unsigned)>& progress) {
+    // Large enough that the lock is seldom taken, small enough that nobody runs dry beside a full queue.
+    constexpr std::size_t g_iShareMax = 64;
+    constexpr std::size_t g_iSharesOfQueue = 8;
+    share.clear();
+    std::unique_lock lock(m_mutex);
+    if (!found.empty()) {
+        m_queue.insert(m_queue.end(), found.begin(), found.end());
+        found.clear();
+        m_changed.notify_all();
+    }
+    if (m_queue.empty()) {
+        // Who sees the queue empty leaves the count; when the last one does, nothing can come any more.
+        if (boActive && --m_iActive == 0) {
+            m_boDone = true;
+            m_changed.notify_all();
+        }
+        boActive = false;
+        m_changed.wait(lock, [this] { return m_boDone || !m_queue.empty(); });
+    }
+    if (m_boDone) return false;
+    m_iActive += !boActive;
+    boActive = true;
+    const std::size_t iShare = std::clamp(m_queue.size() / g_iSharesOfQueue, std::size_t{1}, g_iShareMax);
+    for (std::size_t i = 0; i < iShare; ++i) {
+        share.push_back(m_queue.front());
+        m_queue.pop_front();
+        ++m_iDequeued;
+        if (progress) progress(m_iDequeued);
+    }
+    return true;
+}
+
+void StepWriteInfoCommon::vStop() {
+    const std::lock_guard lock(m_mutex);
+    m_boDone = true;
+    m_changed.notify_all();
+}
+
+std::size_t StepWriteInfo::iEntityIdGet(const Entity* pEntity) {
+    if (m_pCommon->m_boSingleThreaded) return m_pCommon->WriteInfoCommon::iEntityIdGet(pEntity);
+    return m_pCommon->iEntityIdGet(pEntity, m_found);
+}
+
+void StepWriteInfo::vLineAdd() {
+    io::IfcLineWriterInterface& writer = *m_pCommon->m_pWriter;
+    const std::size_t iBlock = writer.iBlockSize();
+    if (iBlock == 0) {
+        writer.iLineAdd(m_line, m_iId);
+        return;
+    }
+    if (!m_block.empty()) m_block.push_back('\n');
+    m_block.append(m_line);
+    if (m_block.size() >= iBlock) vBlockAdd();
+}
+
+void StepWriteInfo::vBlockAdd() {
+    if (m_block.empty()) return;
+    m_pCommon->m_pWriter->iLineAdd(m_block, m_iId);
+    m_block.clear();
 }
 
 }   // namespace oxa::ifc

@@ -4,21 +4,23 @@
 // puts those on the queue. There is no other list of what to write.
 //
 // Callers  Data, the cells, the writers, the ifcXML export, and seeds of library users.
-// Threads  StepWriteInfoCommon: the composing threads of one run share it. StepWriteInfo belongs to one of them.
+// Threads  StepWriteInfoCommon: the composing threads of one run share it. StepWriteInfo belongs to one of them: what
+//          a thread finds and composes it keeps to itself for a while, so that threads seldom meet.
 #pragma once
 
 #include <array>
-#include <bitset>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <memory>
+#include <functional>
 #include <mutex>
 #include <string>
-#include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 #include "Format/Ifc/IfcEntityIdMap.h"
+#include "Format/Ifc/IfcSeenNumbers.h"
 #include "platform/Export.h"
 
 namespace oxa::ifc {
@@ -38,18 +40,19 @@ public:
 
     // The number of an entity, which is queued when this run meets it for the first time; 0 for null. One thread.
     std::size_t iEntityIdGet(const Entity* pEntity);
+    // The number of an entity that is composed right now: this run has met it, and need not queue it. One thread.
+    std::size_t iEntityIdMark(const Entity& entity);
 
     EntityIdMap* m_pEntityIdMap;              // the numbers of the Data; shared with later runs
     std::deque<const Entity*> m_queue;        // waiting to be composed
     std::uint32_t m_iDequeued = 0;            // taken from the queue so far
 
-private:
-    // True the first time. Entities whose number came with a file cost one bit.
+protected:
+    // True the first time.
     bool boMark(const Entity* pEntity, const EntityIdMap::Number& number);
 
-    static constexpr std::size_t g_iSeenPage = 32768;
-    std::unordered_map<std::size_t, std::unique_ptr<std::bitset<g_iSeenPage>>> m_seenSeeded;   // by page of numbers
-    std::unordered_set<const Entity*> m_seen;                                                  // all others
+    SeenNumbers m_seenSeeded;                   // entities whose number came with a file
+    std::unordered_set<const Entity*> m_seen;   // all others
 };
 
 class OXA_IFC_API StepWriteInfoCommon : public WriteInfoCommon {
@@ -58,12 +61,23 @@ public:
                         bool boSingleThreaded) noexcept
         : WriteInfoCommon(entityIdMap), m_pErrors(&errors), m_pWriter(&writer), m_boSingleThreaded(boSingleThreaded) {}
 
-    // As the base, from any composing thread.
+    // As the base, from any thread.
     std::size_t iEntityIdGet(const Entity* pEntity);
+    // The number, for a composing thread: what this run meets for the first time is put into "found".
+    std::size_t iEntityIdGet(const Entity* pEntity, std::vector<const Entity*>& found);
+
+    // For a composing thread beside others. Queues "found", which is emptied, then waits for work and takes a share
+    // of it. "boActive" is the thread's own, false at first. Calls "progress" for each entity taken, under the lock.
+    // False: the walk has ended.
+    bool boTake(std::vector<const Entity*>& found, std::vector<const Entity*>& share, bool& boActive,
+                const std::function<void(unsigned)>& progress);
+    // Ends the walk where it stands.
+    void vStop();
 
     io::WriteError* m_pErrors;                // where statements report
     io::IfcLineWriterInterface* m_pWriter;    // where statements go
-    std::mutex m_mutex;                       // guards the base's members and the two below
+    std::mutex m_mutex;                       // guards m_queue, m_iDequeued, m_seen and the two below
+    std::condition_variable m_changed;        // m_queue has grown, or the walk has ended
     std::int32_t m_iActive = 0;               // threads that took an entity and have not seen the queue empty since
     bool m_boDone = false;                    // the walk has ended
     bool m_boSingleThreaded;
@@ -73,7 +87,16 @@ public:
 struct StepWriteInfo {
     explicit StepWriteInfo(StepWriteInfoCommon& common) noexcept : m_pCommon(&common) {}
 
+    // The number of an entity, which is queued when this run meets it for the first time; 0 for null.
+    std::size_t iEntityIdGet(const Entity* pEntity);
+    // Hands the statement on: to the writer, or to this thread's block where the writer takes blocks.
+    void vLineAdd();
+    // Hands the rest of the block on.
+    void vBlockAdd();
+
     std::string m_line;                       // the statement
+    std::string m_block;                      // statements on their way to a writer that takes blocks
+    std::vector<const Entity*> m_found;       // met for the first time, not queued yet; beside other threads only
     std::string m_encoded;                    // scratch for encoded text
     std::array<char, 65> m_number;            // scratch for one number
     StepWriteInfoCommon* m_pCommon;

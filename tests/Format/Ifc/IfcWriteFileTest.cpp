@@ -222,8 +222,9 @@ TEST(WriteData, WritesWhatASeedQueues) {
     }
     std::ostringstream out;
     WriteError errors;
-    EXPECT_THROW(static_cast<void>(WriteFile::boWrite(data, WriteFile::Seed{}, out, errors, true)),
-                 std::bad_function_call);
+    for (const bool boSingleThreaded : {true, false})
+        EXPECT_THROW(static_cast<void>(WriteFile::boWrite(data, WriteFile::Seed{}, out, errors, boSingleThreaded)),
+                     std::bad_function_call);
 }
 
 TEST(WriteData, WritesNothingWhereThereIsNothing) {
@@ -348,11 +349,22 @@ TEST(WriteThreads, AreAsManyAsModelAndMachineAllow) {
         for (std::size_t i = 2; i <= row.iEntities; ++i)
             statements += '#' + std::to_string(i) + "=IFCPOINT((1.));";
         const ReadFileModel model = modelOf(statements);
-        for (const bool boSingleThreaded : {true, false}) {
+        const Data& data = model.file.data();
+        {
             RecordingWriter writer;
             WriteError errors;
-            StepWriteInfoCommon info(model.file.data().entityIdMap(false), errors, writer, boSingleThreaded);
-            const std::size_t iExpected = iBefore + (boSingleThreaded ? 0 : std::min(iLimit, row.iExtra));
+            StepWriteInfoCommon info(data.entityIdMap(false), errors, writer, true);
+            info.iEntityIdGet(data.pProject());
+            std::size_t iDuring = 0;
+            data.vWrite(info, [&](unsigned) { iDuring = iThreads(); });
+            EXPECT_EQ(iDuring, iBefore) << "single-threaded";
+            EXPECT_EQ(writer.m_iFinished, 1);
+        }
+        {
+            RecordingWriter writer;
+            WriteError errors;
+            StepWriteInfoCommon info(data.entityIdMap(false), errors, writer, false);
+            const std::size_t iExpected = iBefore + std::min(iLimit, row.iExtra);
             // While the queue is locked, all composing threads are there and wait for it.
             std::promise<void> locked;
             std::size_t iDuring = 0;
@@ -364,10 +376,11 @@ TEST(WriteThreads, AreAsManyAsModelAndMachineAllow) {
                     std::this_thread::sleep_for(std::chrono::milliseconds(1));
                 std::this_thread::sleep_for(std::chrono::milliseconds(5));   // for one too many
                 iDuring = count();
-                static_cast<WriteInfoCommon&>(info).iEntityIdGet(model.file.data().pProject());
+                static_cast<WriteInfoCommon&>(info).iEntityIdGet(data.pProject());
+                info.m_changed.notify_all();
             });
             locked.get_future().wait();
-            model.file.data().vWrite(info, {});
+            data.vWrite(info, {});
             helper.join();
             EXPECT_EQ(iDuring, iExpected);
             EXPECT_EQ(writer.m_lines.size(), 1U);
@@ -456,6 +469,62 @@ TEST(LineWriter, DoesNotNoticeAFailingStream) {
         EXPECT_TRUE(model.file.boWrite(out, errors, {}, boSingleThreaded));
         EXPECT_TRUE(errors.records().empty());
         EXPECT_TRUE(out.bad());
+    }
+}
+
+// What the caller's own functions throw comes out of the write, once its threads are gone.
+TEST(WriteFile, PassesTheCallersExceptionsOn) {
+    const ReadFileModel model(sSmallFile(700), true, schemaIs(smallSchema()));
+    for (const bool boSingleThreaded : {true, false}) {
+        SCOPED_TRACE(boSingleThreaded);
+        bool boCalled = false;   // beside others the caller's thread may find nothing to do
+        try {
+            fileOf(model.file, boSingleThreaded, [&boCalled](unsigned) {
+                boCalled = true;
+                throw std::runtime_error("enough");
+            });
+            EXPECT_FALSE(boCalled || boSingleThreaded);
+        } catch (const std::runtime_error&) {
+            EXPECT_TRUE(boCalled);
+        }
+
+        struct Full final : std::streambuf {
+            std::streamsize xsputn(const char*, std::streamsize) override { throw std::runtime_error("disk full"); }
+        } full;
+        std::ostream out(&full);
+        out.exceptions(std::ios::badbit);
+        WriteError errors;
+        EXPECT_THROW(static_cast<void>(model.file.data().boWrite(out, errors, boSingleThreaded)), std::runtime_error);
+    }
+}
+
+TEST(StringPool, TakesBlocksWhereItIsToldTo) {
+    const ReadFileModel model(sSmallFile(30), true, schemaIs(smallSchema()));
+    Lines expected = linesOf(fileOf(model.file).text);
+    expected.erase(expected.begin(), std::ranges::find(expected, "DATA;") + 1);
+    expected.resize(expected.size() - 2);   // the frame's end
+    struct {
+        std::size_t iBlock;
+        std::size_t iTextsAtLeast;
+        std::size_t iTextsAtMost;
+    } rows[] = {{0, 91, 91}, {1, 91, 91}, {200, 2, 90}, {1000000, 1, 1}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.iBlock);
+        ThreadStringPool pool(row.iBlock);
+        EXPECT_EQ(pool.iBlockSize(), row.iBlock);
+        std::string text;
+        Lines lines;
+        std::size_t iTexts = 0;
+        std::thread consumer([&] {
+            for (std::string sText; pool.boTakeWait(sText); ++iTexts)
+                for (std::string& sLine : linesOf(sText)) lines.push_back(std::move(sLine));
+        });
+        WriteError errors;
+        EXPECT_TRUE(model.file.data().boWrite(pool, errors, {}, true));
+        consumer.join();
+        EXPECT_THAT(lines, UnorderedElementsAreArray(expected));
+        EXPECT_GE(iTexts, row.iTextsAtLeast);
+        EXPECT_LE(iTexts, row.iTextsAtMost);
     }
 }
 

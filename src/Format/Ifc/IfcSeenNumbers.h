@@ -1,0 +1,69 @@
+// IfcSeenNumbers: which instance numbers a walk has met, a bit a number.
+//
+// For      the writers: a model's numbers are mostly dense, and then a bit is far less than an entry of a set.
+// Shape    a tree of three levels over 32 bits, grown where numbers fall; what is never met costs nothing.
+// Threads  any number at once, without a lock: exactly one caller gets true for each number.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+namespace oxa::ifc {
+
+class SeenNumbers {
+public:
+    SeenNumbers() = default;
+    SeenNumbers(const SeenNumbers&) = delete;
+    SeenNumbers& operator=(const SeenNumbers&) = delete;
+
+    // True the first time for that number.
+    bool boMark(std::uint32_t iNumber) {
+        const std::uint32_t iBit = iNumber % g_iPageBits;
+        std::atomic<std::uint64_t>& word =
+            m_root.at(iNumber / (g_iPageBits * g_iPages)).at(iNumber / g_iPageBits % g_iPages).words[iBit / 64];
+        const std::uint64_t uMask = std::uint64_t{1} << iBit % 64;
+        // Most questions are about numbers met before, and those need no exclusive hold of the cache line.
+        if (word.load(std::memory_order_relaxed) & uMask) return false;
+        return !(word.fetch_or(uMask, std::memory_order_relaxed) & uMask);
+    }
+
+private:
+    static constexpr std::uint32_t g_iPageBits = 1U << 15;
+    static constexpr std::uint32_t g_iPages = 1U << 9;
+    static constexpr std::uint32_t g_iFolders = 1U << 8;
+
+    struct Page {
+        std::array<std::atomic<std::uint64_t>, g_iPageBits / 64> words{};
+    };
+
+    // Places that are made on first use and stay; two threads that come together agree on one.
+    template <class Item, std::size_t N>
+    class Branch {
+    public:
+        Branch() = default;
+        Branch(const Branch&) = delete;
+        Branch& operator=(const Branch&) = delete;
+        ~Branch() {
+            for (std::atomic<Item*>& place : m_items) delete place.load(std::memory_order_relaxed);
+        }
+
+        Item& at(std::size_t i) {
+            Item* pItem = m_items[i].load(std::memory_order_acquire);
+            if (pItem) return *pItem;
+            auto pFresh = std::make_unique<Item>();
+            if (m_items[i].compare_exchange_strong(pItem, pFresh.get(), std::memory_order_acq_rel))
+                pItem = pFresh.release();
+            return *pItem;
+        }
+
+    private:
+        std::array<std::atomic<Item*>, N> m_items{};
+    };
+
+    Branch<Branch<Page, g_iPages>, g_iFolders> m_root;
+};
+
+}   // namespace oxa::ifc
