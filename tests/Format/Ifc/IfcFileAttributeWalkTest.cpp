@@ -459,7 +459,9 @@ TEST(EntityWalk, MeetsEveryReference) {
         setter.vReadOne(row.sAttribute, row.token);
         AssertTrail trail;
         std::string sMet;
-        vForEachEntity(setter.cell<AttributeBase>(row.sAttribute), setter.attribute(row.sAttribute),
+        const def::schema::Attribute& attribute = setter.attribute(row.sAttribute);
+        vForEachEntity(setter.cell<AttributeBase>(row.sAttribute),
+                       AttributeBase::cellClass(attribute.types.front(), attribute),
                        [&](Entity* pEntity) { sMet += ' ' + setter.sEntity(pEntity); });
         EXPECT_EQ(sMet, row.sMet);
         EXPECT_EQ(trail.raised(), row.raised);
