@@ -9,6 +9,8 @@ set(oxaLibraries Platform SchemaPset OxaIfc)
 #   target | how CMake finds it | pkg-config module | link flags, where there is no such module
 set(oxaUserNeeds
   "Threads::Threads|find_dependency(Threads)||-pthread"
+  "PkgConfig::pugixml|find_dependency(PkgConfig)\npkg_check_modules(pugixml REQUIRED IMPORTED_TARGET pugixml)|pugixml|"
+  "PkgConfig::stringencoders|find_dependency(PkgConfig)\npkg_check_modules(stringencoders REQUIRED IMPORTED_TARGET stringencoders)|stringencoders|"
   "PkgConfig::uuid|find_dependency(PkgConfig)\npkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)|uuid|")
 
 # oxa_is_header_only(<variable> <target>): whether linking the target adds nothing to a link line.

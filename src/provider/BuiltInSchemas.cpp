@@ -4,9 +4,11 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "provider/FactTable.h"
 #include "provider/GraphBuilder.h"
+#include "provider/XmlMapping.h"
 #include "schema/SchemaCache.h"
 
 namespace oxa::ifc::def::express {
@@ -47,7 +49,8 @@ std::unique_ptr<SchemaPset> pDecode(const BuiltInTable& table) {
     SchemaDeclaration declaration;
     for (const std::string& sText : texts)
         if (!boReadFactTable(sText, declaration, messages)) return nullptr;
-    return GraphBuilder(declaration, messages).pBuild();
+    std::unique_ptr<SchemaPset> pSchema = GraphBuilder(declaration, messages).pBuild();
+    return pSchema && boXmlMappingAttach(*pSchema) ? std::move(pSchema) : nullptr;
 }
 
 }   // namespace

@@ -161,6 +161,39 @@ public:
     [[nodiscard]] static bool boForEach(const AttributeBase& cell, const def::schema::Attribute& attribute,
                                         std::function<bool(T&)> function, bool boSingle, bool boList);
 
+    // How a copy finds its way from one model into another. An empty function leaves what it gets as it is.
+    using MapEntity = std::function<Entity*(Entity*)>;
+    using MapType = std::function<const def::schema::Type*(const def::schema::Type*)>;
+
+    // Whether two attribute values are the same. False unless both stand under one and the same schema object.
+    // With boSameEntity two references are equal when they are the same pointer; without, when the instances they
+    // lead to have equal content, however deep. Comparison of a cyclic model ends: a pair already being compared
+    // counts as equal. Strings are compared by bytes, reals exactly. Values held by selects, and rows of lists,
+    // are told apart more strictly: see IfcFileAttributeCompare.cpp. Any number of threads on a stable model.
+    [[nodiscard]] bool boIsEqual(const def::schema::ObjectBase& object, const AttributeBase& other,
+                                 const def::schema::ObjectBase& otherObject, bool boSameEntity) const;
+    // Moves the value into a cell of another instance, of this model or another, of this schema or another.
+    // "data" owns the target; "source" and "destination" are the two attributes. False: the value can't be
+    // moved, and the target is undefined or as it was.
+    bool copyTo(AttributeBase& target, const def::schema::Attribute& source, const def::schema::Attribute& destination,
+                Data& data, const MapEntity& mapEntity, const MapType& mapType) const;
+
+    // The text that ifcXML has for the value, and back (ISO 10303-28). "object" is the attribute's type; "path" says
+    // what type a select's value has, and what a list's items are. A list is one text with blanks between the items,
+    // or one text an item.
+    // Set: false, with the flags as they were, where the text can't be taken. Nothing is reported.
+    // Get: false without a value and where it has no text. Without "data" a reference has none.
+    bool boValueAsXmlStringSet(const def::schema::ObjectBase& object, const std::string& text,
+                               const def::schema::Attribute& attribute, Data& data,
+                               const std::vector<const def::schema::ObjectBase*>& path);
+    bool boValueAsXmlStringsSet(const def::schema::ObjectBase& object, const std::vector<std::string>& texts,
+                                const def::schema::Attribute& attribute, Data& data,
+                                const std::vector<const def::schema::ObjectBase*>& path);
+    bool boValueAsXmlStringGet(const def::schema::ObjectBase& object, std::string& text,
+                               const def::schema::Attribute& attribute, const Data* data) const;
+    bool boValueAsXmlStringsGet(const def::schema::ObjectBase& object, std::vector<std::string>& texts,
+                                const def::schema::Attribute& attribute, const Data* data) const;
+
 protected:
     // Copies the flags, m_boPooled aside. True exactly when this cell has a value.
     bool copyBaseTo(AttributeBase& target) const noexcept;
@@ -185,11 +218,19 @@ public:
     AttributeReal() = default;
     // REAL (ISO 10303-21, 6.4.2), looser: what toDouble accepts. "Error_ExpectedValidRealValueFor", then 0.0.
     explicit AttributeReal(StepReadInfoAttribute& info);
+
+    // The value as printf's "%f" writes it, and what strtod makes of a text: what follows the number is ignored, and
+    // false is for a text without one. The decimal point is "." in every locale.
+    bool boValueAsXmlStringGet(std::string& text) const;
+    bool boValueAsXmlStringSet(const std::string& text);
 };
 
 class OXA_IFC_API AttributeNumber final : public AttributeReal {
 public:
     using AttributeReal::AttributeReal;
+
+    // As AttributeReal, but a text without a number stores 0.
+    bool boValueAsXmlStringSet(const std::string& text);
 };
 
 class OXA_IFC_API AttributeInteger final : public PaddedCell<long long> {
@@ -197,6 +238,10 @@ public:
     AttributeInteger() = default;
     // A signed 32-bit number. "Error_ExpectedValidIntegerValueFor", then 0.
     explicit AttributeInteger(StepReadInfoAttribute& info);
+
+    // Decimal digits; of a text what strtoll makes of it, 0 included.
+    bool boValueAsXmlStringGet(std::string& text) const;
+    bool boValueAsXmlStringSet(const std::string& text);
 };
 
 class OXA_IFC_API AttributeBoolean final : public AttributeBase {
@@ -206,6 +251,10 @@ public:
     AttributeBoolean() = default;
     // ".T." or ".F."; up to three reports "Error_ExpectedValidBooleanValueFor" for one token.
     explicit AttributeBoolean(StepReadInfoAttribute& info);
+
+    // "true" or "false"; every text but "true" stores false.
+    bool boValueAsXmlStringGet(std::string& text) const;
+    bool boValueAsXmlStringSet(const std::string& text);
 };
 
 class OXA_IFC_API AttributeLogical final : public AttributeBase {
@@ -215,6 +264,12 @@ public:
     AttributeLogical() = default;
     // ".T.", ".F." or ".U."; reports as AttributeBoolean, "Error_ExpectedValidLogicValueFor".
     explicit AttributeLogical(StepReadInfoAttribute& info);
+
+    // "true", "false" or "unknown"; every other text stores unknown.
+    bool boValueAsXmlStringGet(std::string& text) const;
+    bool boValueAsXmlStringSet(const std::string& text);
+
+    bool copyTo(AttributeLogical& target, const def::schema::Attribute& destination, Data& data) const;
 };
 
 class OXA_IFC_API AttributeString final : public PaddedCell<char*> {
@@ -229,6 +284,15 @@ public:
     // Stores "size" bytes, the terminating NUL among them. Reuses the present block when that holds a longer
     // text. Always true; an assertion tells a text that is not UTF-8.
     bool boValueSet(const char* text, std::size_t size, Pool& pool);
+
+    // The text as it stands, either way: neither encoded nor checked.
+    bool boValueAsXmlStringGet(std::string& text) const;
+    bool boValueAsXmlStringSet(const std::string& text, Pool& pool);
+
+    bool copyTo(AttributeString& target, Data& data) const;
+
+private:
+    void vStore(const char* text, std::size_t size, Pool& pool);
 };
 
 class OXA_IFC_API AttributeGuid final : public AttributeBase {
@@ -238,6 +302,12 @@ public:
     AttributeGuid() { m_boGuid = true; }
     // 22 characters between quotes. "Error_ExpectedValidGuidValueFor", then a new random Guid.
     explicit AttributeGuid(StepReadInfoAttribute& info);
+
+    // 22 characters, on the way out between quotes as in a STEP file, on the way in without.
+    bool boValueAsXmlStringGet(std::string& text) const;
+    bool boValueAsXmlStringSet(const std::string& text);
+
+    bool copyTo(AttributeGuid& target) const;
 };
 
 class OXA_IFC_API AttributeBinary final : public PaddedCell<unsigned char*> {
@@ -251,6 +321,12 @@ public:
 
     // Copies the bytes; the present block is reused when its count is large enough. Always true.
     bool boValueSet(const unsigned char* bytes, std::size_t size, Pool& pool);
+
+    // Base64; false for no bytes, either way.
+    bool boValueAsXmlStringGet(std::string& text) const;
+    bool boValueAsXmlStringSet(const std::string& text, Pool& pool);
+
+    bool copyTo(AttributeBinary& target, Data& data) const;
 };
 
 // After a read the text is the schema's own; after a setter it is a copy in the pool.
@@ -267,6 +343,13 @@ public:
     // The text must be an enumerator, else the pointer is cleared and the result false. Nothing is reported.
     bool boValueSet(const char* text, const def::schema::Attribute& attribute, Data& data);
     bool boValueSet(const char* text, const def::schema::DataTypeEnum& type, Pool& pool);
+
+    // The enumerator in lower case; one of the attribute's, in any case, on the way in.
+    bool boValueAsXmlStringGet(std::string& text) const;
+    bool boValueAsXmlStringSet(const std::string& text, const def::schema::Attribute& attribute, Pool& pool);
+
+    // False, with a null target, for a text that the destination's enumeration does not have.
+    bool copyTo(AttributeEnumeration& target, const def::schema::Attribute& destination, Data& data) const;
 };
 
 class OXA_IFC_API AttributeEntity final : public PaddedCell<Entity*> {
@@ -278,6 +361,14 @@ public:
 
     // The same for a part of a token, without a cell; null after the report.
     [[nodiscard]] static Entity* pEntityRead(const StepReadInfoAttribute& info);
+
+    // "i" and the number that the instance has in "data".
+    bool boValueAsXmlStringGet(std::string& text, const Data* data) const;
+
+    // What maps to null is undefined in the target, and that is a success. What is not of the destination's type or
+    // a subtype is undefined too, and the result false.
+    bool copyTo(AttributeEntity& target, const def::schema::Attribute& destination, Data& data,
+                const MapEntity& mapEntity) const;
 };
 
 class OXA_IFC_API AttributeSelect final : public AttributeBase {
@@ -315,6 +406,22 @@ public:
     // The same from a cell that need not be a select: a reference, a real, a number, an integer or a text too.
     static bool boValueGetFromCell(const AttributeBase& cell, const def::schema::Attribute& attribute,
                                    types::IfcSelectBase& value);
+
+    // The text of the value, which the path says the type of on the way in; references are not set. With "Strings"
+    // the value is a list. The flags of the nested cell are neither looked at nor changed.
+    bool boValueAsXmlStringGet(std::string& text, const def::schema::Attribute& attribute, const Data* data) const;
+    bool boValueAsXmlStringsGet(std::vector<std::string>& texts, const def::schema::Attribute& attribute,
+                                const Data* data) const;
+    bool boValueAsXmlStringSet(const std::string& text, const def::schema::Attribute& attribute, Data& data,
+                               const std::vector<const def::schema::ObjectBase*>& path);
+    bool boValueAsXmlStringsSet(const std::vector<std::string>& texts, const def::schema::Attribute& attribute,
+                                Data& data, const std::vector<const def::schema::ObjectBase*>& path);
+
+    // With boCompareFlags the flags of the two cells must agree as well. Two plain references never compare equal.
+    [[nodiscard]] bool boIsEqual(const AttributeSelect& other, bool boSameEntity, bool boCompareFlags) const;
+    // "pObject": the type of the target's attribute. A typed value keeps its Type, whatever schema that is of.
+    bool copyTo(AttributeSelect& target, const def::schema::ObjectBase* pObject, Data& data,
+                const MapEntity& mapEntity, const MapType& mapType) const;
 
 private:
     template <class Cell>
@@ -362,6 +469,24 @@ public:
     // Walks the items as T until the function answers false; true when it never did.
     template <class T>
     bool boForEach(const def::schema::Attribute& attribute, std::function<bool(T&)> function) const;
+
+    // One text with a blank between the items, where the attribute's mapping lets a list have one; or a text an item.
+    // On the way in only reals are stored, and selects: see IfcFileAttributeXmlText.cpp. "object" is the aggregate.
+    bool boValueAsXmlStringGet(std::string& text, const def::schema::Attribute& attribute) const;
+    bool boValueAsXmlStringsGet(std::vector<std::string>& texts, const def::schema::Attribute& attribute,
+                                const Data* data) const;
+    bool boValueAsXmlStringSet(const def::schema::ObjectBase& object, const std::string& text,
+                               const def::schema::Attribute& attribute, Data& data,
+                               const std::vector<const def::schema::ObjectBase*>& path);
+    bool boValueAsXmlStringsSet(const def::schema::ObjectBase& object, const std::vector<std::string>& texts,
+                                const def::schema::Attribute& attribute, Data& data,
+                                const std::vector<const def::schema::ObjectBase*>& path);
+
+    // With boCompareFlags, as for rows and for lists in selects, two lists with the same flags are unequal.
+    [[nodiscard]] bool boIsEqual(const AttributeListValueBase& other, bool boSameEntity, bool boCompareFlags) const;
+    // "pObject": the type of the target's attribute. References that map to null are dropped from the list.
+    bool copyTo(AttributeListValueBase& target, const def::schema::ObjectBase* pObject, Data& data,
+                const MapEntity& mapEntity, const MapType& mapType) const;
 
 protected:
     ~AttributeListValueBase();

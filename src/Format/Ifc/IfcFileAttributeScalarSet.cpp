@@ -8,14 +8,18 @@
 
 namespace oxa::ifc {
 
-bool AttributeString::boValueSet(const char* text, std::size_t size, Pool& pool) {
+void AttributeString::vStore(const char* text, std::size_t size, Pool& pool) {
     char* pText = m_value;
     if (!pText || std::strlen(pText) < size) pText = static_cast<char*>(pool.pAllocate(size));
+    std::memmove(pText, text, size);   // a caller may hand the cell its own text
+    m_value = pText;
+}
+
+bool AttributeString::boValueSet(const char* text, std::size_t size, Pool& pool) {
     if (Assert::isEnabled() && !str::boIsValidUtf8({text, size ? size - 1 : 0}))
         Assert::addAssert("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeString::boValueSet",
                           "Not a valid string", __LINE__);
-    std::memmove(pText, text, size);   // a caller may hand the cell its own text
-    m_value = pText;
+    vStore(text, size, pool);
     return true;
 }
 

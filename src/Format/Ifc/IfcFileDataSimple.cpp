@@ -13,7 +13,7 @@ namespace oxa::ifc {
 
 using def::schema::ObjectName;
 
-Data::Data() : m_guidEntityMap(8), m_pPool(std::make_unique<Pool>()) {}
+Data::Data() : m_guidEntityMap(8), m_pPool(std::make_shared<Pool>()) {}
 
 Data::Data(Data&& other) noexcept
     : m_pSchema(other.m_pSchema),

@@ -89,6 +89,8 @@ public:
     // The first IFCPROJECT, or null.
     [[nodiscard]] Entity* pProject() const noexcept { return m_pProject.load(std::memory_order_relaxed); }
     [[nodiscard]] Pool& pool() const noexcept { return *m_pPool; }
+    // Expires when the memory of the entities goes, which may be later than this object: a move hands it on.
+    [[nodiscard]] std::weak_ptr<const Pool> poolLife() const noexcept { return m_pPool; }
     // Rooted entities by GlobalId, as far as they are known by now.
     [[nodiscard]] const std::unordered_map<Guid, Entity*>& guidEntityMap() const noexcept { return m_guidEntityMap; }
 
@@ -132,7 +134,7 @@ private:
     mutable std::unordered_map<Guid, Entity*> m_guidEntityMap;
     mutable std::unique_ptr<EntityIdMap> m_pEntityIdMap;     // null until needed
     mutable std::vector<Entity*> m_pendingGuid;              // rooted, from entityAdd, not yet in m_guidEntityMap
-    std::unique_ptr<Pool> m_pPool;
+    std::shared_ptr<Pool> m_pPool;                           // nobody else owns it; see poolLife
     std::atomic<Entity*> m_pProject{nullptr};                // line workers may set it at the same time
 };
 

@@ -138,6 +138,21 @@ public:
     template <class T, std::size_t N>
     bool boFixedArrayValueSet(const def::schema::AttributeName& name, const IfcArray<T, N>& value, Data& data);
 
+    // The text that ifcXML has for a value, and back: the operations of AttributeBase by the same names, for the
+    // attribute of that name. False for an unknown name.
+    bool boValueAsXmlStringSet(const def::schema::AttributeName& name, const std::string& text, Data& data,
+                               const std::vector<const def::schema::ObjectBase*>& path);
+    bool boValueAsXmlStringsSet(const def::schema::AttributeName& name, const std::vector<std::string>& texts,
+                                Data& data, const std::vector<const def::schema::ObjectBase*>& path);
+    bool boValueAsXmlStringGet(const def::schema::AttributeName& name, std::string& text, const Data* data) const;
+    bool boValueAsXmlStringsGet(const def::schema::AttributeName& name, std::vector<std::string>& texts,
+                                const Data* data) const;
+
+    // Whether both are of one type and every attribute has an equal value, references followed (see
+    // AttributeBase::boIsEqual). Inverse lists don't count. An instance of a type without attributes is equal to
+    // nothing, itself included. Any number of threads on a stable model.
+    [[nodiscard]] bool boIsEqual(const Entity& other) const;
+
     // Calls fn for each attribute in parameter order until it answers true; true when stopped that way.
     bool boForEachAttribute(
         std::function<bool(const def::schema::Attribute&, const AttributeBase&)> fn) const;
@@ -180,6 +195,7 @@ protected:
 private:
     friend class Data;
     friend class InverseBuilder;
+    friend struct EntityComparison;
     using InverseEntry = Unaligned<EntityList*>;
 
     // Takes both blocks from the pool; "alloc" gives zeroed memory.

@@ -253,6 +253,35 @@ bool Entity::boFixedArrayValueSet(const AttributeName& name, const IfcArray<T, N
     return boListValueSet(name, std::vector<T>(value.m_values.begin(), value.m_values.end()), data);
 }
 
+// The text forms, with which the cell does the work.
+
+bool Entity::boValueAsXmlStringSet(const AttributeName& name, const std::string& text, Data& data,
+                                   const std::vector<const def::schema::ObjectBase*>& path) {
+    const Attribute* pAttribute = nullptr;
+    AttributeBase* pCell = pCellFromName(name, &pAttribute);
+    return pCell && pCell->boValueAsXmlStringSet(typeOf(*pAttribute), text, *pAttribute, data, path);
+}
+
+bool Entity::boValueAsXmlStringsSet(const AttributeName& name, const std::vector<std::string>& texts, Data& data,
+                                    const std::vector<const def::schema::ObjectBase*>& path) {
+    const Attribute* pAttribute = nullptr;
+    AttributeBase* pCell = pCellFromName(name, &pAttribute);
+    return pCell && pCell->boValueAsXmlStringsSet(typeOf(*pAttribute), texts, *pAttribute, data, path);
+}
+
+bool Entity::boValueAsXmlStringGet(const AttributeName& name, std::string& text, const Data* data) const {
+    const Attribute* pAttribute = nullptr;
+    const AttributeBase* pCell = pCellFromName(name, &pAttribute);
+    return pCell && pCell->boValueAsXmlStringGet(typeOf(*pAttribute), text, *pAttribute, data);
+}
+
+bool Entity::boValueAsXmlStringsGet(const AttributeName& name, std::vector<std::string>& texts,
+                                    const Data* data) const {
+    const Attribute* pAttribute = nullptr;
+    const AttributeBase* pCell = pCellFromName(name, &pAttribute);
+    return pCell && pCell->boValueAsXmlStringsGet(typeOf(*pAttribute), texts, *pAttribute, data);
+}
+
 // The closed lists of types, family by family.
 template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, double&) const;
 template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, long long&) const;

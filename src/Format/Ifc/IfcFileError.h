@@ -3,7 +3,8 @@
 // For      everything that reads or writes a model: a problem is one record here, and the work goes on.
 // Callers  the owner of a read or a write makes one, hands it in, and looks at it afterwards.
 // Not for  a caller's mistake (the assertion service) or an inside fault (an exception).
-// Threads  add() from any number at once, boFatal() too. records() and vErrorsWrite() once they have ended.
+// Threads  add() from any number at once, boFatal() too. records(), vErrorsWrite() and writeReport() once they have
+//          ended.
 #pragma once
 
 #include <atomic>
@@ -95,6 +96,21 @@ public:
 
     // One line a record: description, tab, source text.
     void vErrorsWrite(std::ostream& out) const;
+
+    // Renders the records with a template of inja.
+    //
+    // templateText  the template, not a path; what it includes is looked for from the working folder on
+    // out           takes what was rendered, up to a fault as well
+    // fileName      shown as the template wishes
+    // data          "filename"; "categories", one for each text among the descriptions, in the order of their bytes,
+    //               each with "description" and "errors", the records with that text in the order of arrival:
+    //               "description", "lineNumber", "lineString", "severity" ("error" or "fatal"); "dumpJson", all of
+    //               that as compact JSON text
+    // localize(key) in a template: the text of a key in the domain "Ifc"
+    // returns       true; false, and an assertion with the cause, where the template has a fault or a text is no
+    //               UTF-8. No template ends the process: what would is such a fault. How long one runs is its own
+    //               affair.
+    bool writeReport(std::string_view templateText, std::ostream& out, std::string fileName) const;
 
 private:
     void vStore(ErrorRecord&& record);

@@ -1,16 +1,18 @@
 // FileHeader: the HEADER section of an ISO 10303-21 file (clause 8), in its three records.
 //
 // For      File, the scanner and the writer; the ifcXML export and import, which use the fields; library
-//          users who read a header or fill one for a new file.
+//          users who read a header or fill one for a new file; hosts that show one in a property grid.
 // Reading  is forgiving: a statement is cut at its top-level commas and one character is taken off each end
 //          of a field, whatever it is; a field too short for that is an empty text. Only a statement without
 //          ";" and one of an unknown kind are reported.
 // Threads  one at a time for each object.
 #pragma once
 
+#include <any>
 #include <iosfwd>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,10 +20,13 @@
 #include "Format/Ifc/IfcFileHeaderBase.h"
 #include "platform/DateTime.h"
 #include "platform/Export.h"
+#include "platform/Object.h"
 
 namespace oxa::ifc {
 
-class OXA_IFC_API FileHeader : public FileHeaderBase, public std::enable_shared_from_this<FileHeader> {
+class OXA_IFC_API FileHeader : public FileHeaderBase,
+                               public std::enable_shared_from_this<FileHeader>,
+                               public object::PropertyInterface {
 public:
     // FILE_DESCRIPTION. Texts are UTF-8.
     struct OXA_IFC_API Description {
@@ -106,6 +111,43 @@ public:
 
     // name.timeStamp as a date; an assertion and the null date where it is none.
     [[nodiscard]] oxa::datetime::DateTime getCreatedTimestamp() const;
+
+    // ---- The header in a property grid: a tree to be read and not to be changed. ----
+
+    // Three groups, "HeaderDescription", "HeaderName" and "HeaderSchema", with ten fields as their children. The
+    // names of the fields are those of the group, "_" and the field, as in "HeaderName_Author". Every node owns
+    // this object; the values are asked of it, so a grid shows what the header holds now.
+    // std::bad_weak_ptr where no std::shared_ptr holds this object.
+    [[nodiscard]] std::vector<std::shared_ptr<fc::Property>> getProperties() const;
+
+    // The ids of the tree.
+    [[nodiscard]] std::set<object::PropertyId> getAllProperties() const override;
+    // A std::string for every field. A list gives nothing where it is empty, its one item, or "(a), (b)"; a group
+    // and an unknown id give nothing.
+    [[nodiscard]] std::any getValue(object::PropertyId const& id) const override;
+    // The labels of the tree, and that of the whole for "HeaderInfo".
+    [[nodiscard]] std::string getPropertyName(object::PropertyId const& id) const override;
+    // Always true, though setValue() stores nothing.
+    [[nodiscard]] bool isValueAllowed(object::PropertyId const& id, std::any const& value) const override;
+
+    // The rest of the interface has nothing to tell of a header: each gives the empty value of its type.
+    [[nodiscard]] std::string getPropertiesObjectKey() const override;
+    void setValue(object::PropertyId const& id, std::any const& value) override;
+    [[nodiscard]] bool isValueEditable(object::PropertyId const& id) const override;
+    [[nodiscard]] bool isValueInherited(object::PropertyId const& id) const override;
+    [[nodiscard]] std::shared_ptr<PropertyInterface> getPropertyOwner(
+        object::PropertyId const& id) const override;
+    [[nodiscard]] bool isResetAllowed(object::PropertyId const& id) const override;
+    void resetValue(object::PropertyId const& id) override;
+    [[nodiscard]] std::string getPropertyDescription(object::PropertyId const& id) const override;
+    [[nodiscard]] std::string getPropertyUnit(object::PropertyId const& id) const override;
+    [[nodiscard]] std::string getPropertyFormat(object::PropertyId const& id) const override;
+    [[nodiscard]] std::vector<std::any> getOfferedValues(object::PropertyId const& id) const override;
+    [[nodiscard]] std::vector<std::string> getOfferedTexts(object::PropertyId const& id) const override;
+    [[nodiscard]] std::vector<std::string> getOfferedIcons(object::PropertyId const& id) const override;
+    [[nodiscard]] PropertyListener getPropertyListener(object::PropertyId const& id) const override;
+    [[nodiscard]] std::vector<object::PropertyId> getDependentProperties(
+        object::PropertyId const& id) const override;
 };
 
 }   // namespace oxa::ifc

@@ -1,0 +1,498 @@
+// The text that ifcXML has for values (ISO 10303-28), from cells and back.
+//
+// Not the text of a STEP file: no quotes save those of a GUID, "true" and not ".T.", base64 and not hexadecimal.
+// Documents are read leniently. A number is what stands at the start of its text; of lists only those of reals come
+// back as a whole, and those of selects item by item, because an importer says by its path what the items are.
+#include <algorithm>
+#include <charconv>
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <string_view>
+#include <type_traits>
+#if __has_include(<xlocale.h>)
+#include <xlocale.h>
+#endif
+
+#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcGuid.h"
+#include "platform/Assert.h"
+#include "platform/XmlBase64.h"
+#include "schema/XmlSchema.h"
+
+namespace oxa::ifc {
+
+using def::schema::Attribute;
+using def::schema::DataKind;
+using def::schema::DataTypeBase;
+using def::schema::ObjectBase;
+using xml::utilities::Base64;
+
+namespace {
+
+using Path = std::vector<const ObjectBase*>;
+using Texts = std::vector<std::string>;
+
+void vNotImplemented(const char* sFunction) {
+    if (Assert::isEnabled())
+        Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented", __LINE__);
+}
+
+// The number at the start of the text, of which pEnd becomes the end; pText itself where there is none. All that
+// strtod takes: blanks before it, hexadecimal digits, "inf", "nan". The decimal point is "." whatever locale the
+// process has chosen.
+double realRead(const char* pText, const char*& pEnd) {
+    static const locale_t g_locale = newlocale(LC_ALL_MASK, "C", locale_t{});
+    char* pBehind = nullptr;
+    const double value = strtod_l(pText, &pBehind, g_locale);
+    pEnd = pBehind;
+    return value;
+}
+
+double realOrZero(const std::string& sText) {
+    const char* pEnd = nullptr;
+    return realRead(sText.c_str(), pEnd);
+}
+
+// As printf's "%f" in the "C" locale.
+void vRealAppend(std::string& sText, double value) {
+    constexpr int g_iDecimals = 6;
+    char digits[std::numeric_limits<double>::max_exponent10 + g_iDecimals + 3];   // sign, first digit, point
+    const auto result =
+        std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::fixed, g_iDecimals);
+    sText.append(digits, result.ptr);
+}
+
+constexpr char cLower(char c) noexcept {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool boEqualAnyCase(std::string_view a, std::string_view b) noexcept {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return cLower(x) == cLower(y); });
+}
+
+// The parts between white space, as a stream extracts them.
+Texts words(std::string_view text) {
+    constexpr std::string_view g_sBlanks = " \t\n\v\f\r";
+    Texts words;
+    for (;;) {
+        const std::size_t iStart = text.find_first_not_of(g_sBlanks);
+        if (iStart == std::string_view::npos) return words;
+        const std::size_t iEnd = std::min(text.find_first_of(g_sBlanks, iStart), text.size());
+        words.emplace_back(text.substr(iStart, iEnd - iStart));
+        text.remove_prefix(iEnd);
+    }
+}
+
+}   // namespace
+
+// One plain value.
+
+bool AttributeReal::boValueAsXmlStringGet(std::string& text) const {
+    text.clear();
+    vRealAppend(text, m_value);
+    return true;
+}
+
+bool AttributeReal::boValueAsXmlStringSet(const std::string& text) {
+    const char* pEnd = nullptr;
+    const double value = realRead(text.c_str(), pEnd);
+    if (pEnd == text.c_str()) return false;
+    m_value = value;
+    return true;
+}
+
+bool AttributeNumber::boValueAsXmlStringSet(const std::string& text) {
+    m_value = realOrZero(text);
+    return true;
+}
+
+bool AttributeInteger::boValueAsXmlStringGet(std::string& text) const {
+    text = std::to_string(m_value.load());
+    return true;
+}
+
+bool AttributeInteger::boValueAsXmlStringSet(const std::string& text) {
+    m_value = std::strtoll(text.c_str(), nullptr, 10);
+    return true;
+}
+
+bool AttributeBoolean::boValueAsXmlStringGet(std::string& text) const {
+    text = m_value ? "true" : "false";
+    return true;
+}
+
+bool AttributeBoolean::boValueAsXmlStringSet(const std::string& text) {
+    m_value = text == "true";
+    return true;
+}
+
+bool AttributeLogical::boValueAsXmlStringGet(std::string& text) const {
+    switch (m_value.load()) {
+    case LogicalValue::False: text = "false"; break;
+    case LogicalValue::True: text = "true"; break;
+    case LogicalValue::Unknown: text = "unknown"; break;
+    }
+    return true;
+}
+
+bool AttributeLogical::boValueAsXmlStringSet(const std::string& text) {
+    m_value = text == "true" ? LogicalValue::True : text == "false" ? LogicalValue::False : LogicalValue::Unknown;
+    return true;
+}
+
+bool AttributeString::boValueAsXmlStringGet(std::string& text) const {
+    const char* pText = m_value;
+    if (!pText) return false;
+    text = pText;
+    return true;
+}
+
+bool AttributeString::boValueAsXmlStringSet(const std::string& text, Pool& pool) {
+    vStore(text.c_str(), text.size() + 1, pool);
+    return true;
+}
+
+bool AttributeGuid::boValueAsXmlStringGet(std::string& text) const {
+    char characters[IfcGuid::Length + 1];
+    if (!IfcGuid::boIfcStringFromGuid(characters, m_value)) return false;
+    text.assign(1, '\'').append(characters, IfcGuid::Length).append(1, '\'');
+    return true;
+}
+
+bool AttributeGuid::boValueAsXmlStringSet(const std::string& text) {
+    // The codec reads all 22 characters, however short the text.
+    char characters[IfcGuid::Length + 1] = {};
+    text.copy(characters, IfcGuid::Length);
+    Guid guid{};
+    if (!IfcGuid::boIfcStringToGuid(guid, characters)) return false;
+    m_value = guid;
+    return true;
+}
+
+bool AttributeBinary::boValueAsXmlStringGet(std::string& text) const {
+    if (m_iCount.load() == 0) return false;
+    text = Base64::encode(m_value, m_iCount);
+    return true;
+}
+
+bool AttributeBinary::boValueAsXmlStringSet(const std::string& text, Pool& pool) {
+    const std::vector<unsigned char> bytes = Base64::decode(text);
+    return !bytes.empty() && boValueSet(bytes.data(), bytes.size(), pool);
+}
+
+bool AttributeEnumeration::boValueAsXmlStringGet(std::string& text) const {
+    const char* pText = m_value;
+    if (!pText) return false;
+    text = pText;
+    std::transform(text.begin(), text.end(), text.begin(), cLower);
+    return true;
+}
+
+bool AttributeEnumeration::boValueAsXmlStringSet(const std::string& text, const Attribute& attribute, Pool& pool) {
+    const def::schema::DataTypeEnum* pEnum = pEnumOf(nullptr, attribute);
+    if (!pEnum) return false;
+    const auto itFound = std::find_if(pEnum->items.begin(), pEnum->items.end(),
+                                      [&](const std::string* pItem) { return boEqualAnyCase(*pItem, text); });
+    return itFound != pEnum->items.end() && boValueSet((*itFound)->c_str(), *pEnum, pool);
+}
+
+bool AttributeEntity::boValueAsXmlStringGet(std::string& text, const Data* data) const {
+    const Entity* pEntity = m_value;
+    const std::size_t iId = pEntity && data ? data->iIdFromEntity(*pEntity) : 0;
+    if (iId == 0) return false;
+    text = 'i' + std::to_string(iId);
+    return true;
+}
+
+// Which operation a cell of some class has. "cell" has the class that the kind says.
+
+namespace {
+
+struct GetText {
+    std::string& text;
+    const Attribute& attribute;
+    const Data* data;
+
+    template <class Cell>
+    bool operator()(const Cell& cell) const {
+        return cell.boValueAsXmlStringGet(text);
+    }
+    bool operator()(const AttributeSelect& cell) const { return cell.boValueAsXmlStringGet(text, attribute, data); }
+    bool operator()(const AttributeList& cell) const { return cell.boValueAsXmlStringGet(text, attribute); }
+};
+
+struct SetText {
+    const ObjectBase& object;
+    const std::string& text;
+    const Attribute& attribute;
+    Data& data;
+    const Path& path;
+
+    template <class Cell>
+    bool operator()(Cell& cell) const {
+        if constexpr (requires { cell.boValueAsXmlStringSet(text, data.pool()); })
+            return cell.boValueAsXmlStringSet(text, data.pool());
+        else
+            return cell.boValueAsXmlStringSet(text);
+    }
+    bool operator()(AttributeEnumeration& cell) const {
+        return cell.boValueAsXmlStringSet(text, attribute, data.pool());
+    }
+    bool operator()(AttributeSelect& cell) const { return cell.boValueAsXmlStringSet(text, attribute, data, path); }
+    bool operator()(AttributeList& cell) const {
+        return cell.boValueAsXmlStringSet(object, text, attribute, data, path);
+    }
+};
+
+// Hands the cell to the function as what the kind says; false for a kind outside the twelve.
+template <class Base, class Function>
+bool boOfKind(DataKind kind, Base& cell, const Function& function) {
+    const auto as = [&]<class Cell>(std::type_identity<Cell>) {
+        return function(static_cast<std::conditional_t<std::is_const_v<Base>, const Cell, Cell>&>(cell));
+    };
+    switch (kind) {
+    case DataKind::Real: return as(std::type_identity<AttributeReal>());
+    case DataKind::Boolean: return as(std::type_identity<AttributeBoolean>());
+    case DataKind::Integer: return as(std::type_identity<AttributeInteger>());
+    case DataKind::Number: return as(std::type_identity<AttributeNumber>());
+    case DataKind::String:
+        return cell.m_boGuid ? as(std::type_identity<AttributeGuid>()) : as(std::type_identity<AttributeString>());
+    case DataKind::Logical: return as(std::type_identity<AttributeLogical>());
+    case DataKind::Binary: return as(std::type_identity<AttributeBinary>());
+    case DataKind::Enumeration: return as(std::type_identity<AttributeEnumeration>());
+    case DataKind::Select: return as(std::type_identity<AttributeSelect>());
+    case DataKind::Array:
+    case DataKind::List:
+    case DataKind::Set: return as(std::type_identity<AttributeList>());
+    }
+    return false;
+}
+
+}   // namespace
+
+bool AttributeBase::boValueAsXmlStringGet(const ObjectBase& object, std::string& text, const Attribute& attribute,
+                                          const Data* data) const {
+    if (!boHasValue()) return false;
+    if (def::schema::pAsEntity(&object))
+        return static_cast<const AttributeEntity&>(*this).boValueAsXmlStringGet(text, data);
+    const DataTypeBase* pDataType = def::schema::pDataTypeOf(&object);
+    return pDataType && boOfKind(pDataType->kind, *this, GetText{text, attribute, data});
+}
+
+bool AttributeBase::boValueAsXmlStringsGet(const ObjectBase& object, Texts& texts, const Attribute& attribute,
+                                           const Data* data) const {
+    const DataTypeBase* pDataType = def::schema::pDataTypeOf(&object);
+    if (!boHasValue() || !pDataType) return false;
+    if (pDataType->kind == DataKind::Select)
+        return static_cast<const AttributeSelect&>(*this).boValueAsXmlStringsGet(texts, attribute, data);
+    return def::schema::boIsAggregate(pDataType->kind) &&
+           static_cast<const AttributeList&>(*this).boValueAsXmlStringsGet(texts, attribute, data);
+}
+
+bool AttributeBase::boValueAsXmlStringSet(const ObjectBase& object, const std::string& text,
+                                          const Attribute& attribute, Data& data, const Path& path) {
+    const DataTypeBase* pDataType = def::schema::pDataTypeOf(&object);
+    const bool boSet =
+        pDataType && boOfKind(pDataType->kind, *this, SetText{object, text, attribute, data, path});
+    if (boSet) vDefined();
+    return boSet;
+}
+
+bool AttributeBase::boValueAsXmlStringsSet(const ObjectBase& object, const Texts& texts, const Attribute& attribute,
+                                           Data& data, const Path& path) {
+    const DataTypeBase* pDataType = def::schema::pDataTypeOf(&object);
+    if (!pDataType) return false;
+    bool boSet = false;
+    if (pDataType->kind == DataKind::Select)
+        boSet = static_cast<AttributeSelect&>(*this).boValueAsXmlStringsSet(texts, attribute, data, path);
+    else if (def::schema::boIsAggregate(pDataType->kind))
+        boSet = static_cast<AttributeList&>(*this).boValueAsXmlStringsSet(object, texts, attribute, data, path);
+    if (boSet) vDefined();
+    return boSet;
+}
+
+// Selects: down to the value, through selects inside of selects.
+
+namespace {
+
+// The select that holds the value itself, which no select is; null where there is none, and for a reference.
+template <class Select, class Prepare>
+Select* pInnermost(Select* pSelect, const Prepare& boPrepare) {
+    while (boPrepare(*pSelect) && pSelect->m_pValue.load() && pSelect->m_eType.load() != AttributeType::Entity) {
+        const DataTypeBase* pDataType = def::schema::pDataTypeOf(pSelect->m_pType);
+        if (!pDataType) return nullptr;
+        if (pDataType->kind != DataKind::Select) return pSelect;
+        pSelect = static_cast<Select*>(pSelect->m_pValue.load());
+    }
+    return nullptr;
+}
+
+// The same with each select prepared for the type that the path says.
+AttributeSelect* pInnermostFor(AttributeSelect& select, const Path& path, Pool& pool) {
+    return pInnermost(&select, [&](AttributeSelect& inner) {
+        inner.vTypeCreate(path, pool);
+        // A path that says a select once more would make a select inside of this one, and so on without an end.
+        const def::schema::Type* pType = inner.m_pType;
+        const bool boEndless = path.size() == 1 && pType && pType == path.front() && pType->pDataType &&
+                               pType->pDataType->kind == DataKind::Select;
+        return !boEndless;
+    });
+}
+
+const AttributeSelect* pInnermost(const AttributeSelect& select) {
+    return pInnermost(&select, [](const AttributeSelect&) { return true; });
+}
+
+DataKind kindOf(const AttributeSelect& select) {
+    return select.m_pType.load()->pDataType->kind;
+}
+
+}   // namespace
+
+bool AttributeSelect::boValueAsXmlStringGet(std::string& text, const Attribute& attribute, const Data* data) const {
+    const AttributeSelect* pHolder = this;
+    for (const AttributeBase* pCell = m_pValue; pCell; pCell = pHolder->m_pValue) {
+        if (pHolder->m_eType.load() == AttributeType::Entity)
+            return static_cast<const AttributeEntity*>(pCell)->boValueAsXmlStringGet(text, data);
+        const DataTypeBase* pDataType = def::schema::pDataTypeOf(pHolder->m_pType);
+        if (!pDataType) return false;
+        if (pDataType->kind != DataKind::Select)
+            return boOfKind(pDataType->kind, *pCell, GetText{text, attribute, data});
+        pHolder = static_cast<const AttributeSelect*>(pCell);
+    }
+    return false;
+}
+
+bool AttributeSelect::boValueAsXmlStringsGet(Texts& texts, const Attribute& attribute, const Data* data) const {
+    const AttributeSelect* pHolder = pInnermost(*this);
+    if (!pHolder || !def::schema::boIsAggregate(kindOf(*pHolder))) return false;
+    return static_cast<const AttributeList*>(pHolder->m_pValue.load())
+        ->boValueAsXmlStringsGet(texts, attribute, data);
+}
+
+bool AttributeSelect::boValueAsXmlStringSet(const std::string& text, const Attribute& attribute, Data& data,
+                                            const Path& path) {
+    AttributeSelect* pHolder = pInnermostFor(*this, path, data.pool());
+    return pHolder && boOfKind(kindOf(*pHolder), *pHolder->m_pValue.load(),
+                               SetText{*pHolder->m_pType.load(), text, attribute, data, path});
+}
+
+bool AttributeSelect::boValueAsXmlStringsSet(const Texts& texts, const Attribute& attribute, Data& data,
+                                             const Path& path) {
+    AttributeSelect* pHolder = pInnermostFor(*this, path, data.pool());
+    if (!pHolder || !def::schema::boIsAggregate(kindOf(*pHolder))) return false;
+    return static_cast<AttributeList*>(pHolder->m_pValue.load())
+        ->boValueAsXmlStringsSet(*pHolder->m_pType.load(), texts, attribute, data, path);
+}
+
+// Lists.
+
+namespace {
+
+// One text an item, by the item type; false for an item type that has none.
+bool boItemTexts(const AttributeListValueBase& list, const Attribute& attribute, const Data* data, Texts& texts) {
+    const auto vEach = [&]<class T>(std::type_identity<T>, auto&& sText) {
+        const Array<T>* pArray = list.pArray<T>();
+        if (!pArray) return true;
+        texts.reserve(pArray->size());
+        for (const auto& item : *pArray) texts.push_back(sText(item));
+        return true;
+    };
+    switch (list.m_eItemType.load()) {
+    case AttributeType::Real:
+        return vEach(std::type_identity<double>(), [](double value) {
+            std::string sText;
+            vRealAppend(sText, value);
+            return sText;
+        });
+    case AttributeType::Integer:
+        return vEach(std::type_identity<long long>(), [](long long iValue) { return std::to_string(iValue); });
+    case AttributeType::String:
+        return vEach(std::type_identity<char*>(),
+                     [](const char* pText) { return std::string(pText ? pText : ""); });
+    case AttributeType::Select:
+        return vEach(std::type_identity<AttributeSelect>(), [&](const AttributeSelect& item) {
+            std::string sText;
+            return item.boValueAsXmlStringGet(sText, attribute, data) ? sText : std::string();
+        });
+    default: return false;
+    }
+}
+
+// What the item texts of a list become. "iStep" is how far the walk moves on behind each select: 1 or 0.
+bool boItemsSet(AttributeListValueBase& list, const ObjectBase& object, const Texts& texts, const Attribute& attribute,
+                Data& data, const Path& path, std::size_t iStep, const char* sFunction) {
+    list.vTypeListCreate(path, texts.size(), data.pool());
+    switch (list.m_eItemType.load()) {
+    case AttributeType::Real: {
+        std::vector<double> values(texts.size());
+        std::transform(texts.begin(), texts.end(), values.begin(), realOrZero);
+        return list.boValueSet(values, &object, data.pool());
+    }
+    case AttributeType::Integer:
+    case AttributeType::String: return false;
+    case AttributeType::Select: break;
+    default: vNotImplemented(sFunction); return false;
+    }
+
+    Array<AttributeSelect>* pItems = list.pArray<AttributeSelect>();
+    if (pItems && pItems->size() >= texts.size()) {
+        pItems->vCountSet(texts.size());
+    } else {
+        void* pBlock = data.pool().pAllocate(Array<AttributeSelect>::iBlockSize(texts.size()));
+        list.m_pItems = pItems = Array<AttributeSelect>::pFromBytes(pBlock, texts.size());
+        ::new (pItems->begin()) AttributeSelect;   // the others stay zero until they are filled
+    }
+    const Path itemPath(path.begin(), path.empty() ? path.end() : path.end() - 1);
+    auto itText = texts.begin();
+    for (AttributeSelect& item : *pItems) {
+        if (!item.m_pValue.load()) item.m_boPooled = true;
+        if (!item.boValueAsXmlStringSet(*itText, attribute, data, itemPath)) return false;
+        item.vDefined();
+        itText += static_cast<std::ptrdiff_t>(iStep);
+    }
+    return true;
+}
+
+}   // namespace
+
+bool AttributeListValueBase::boValueAsXmlStringGet(std::string& text, const Attribute& attribute) const {
+    text.clear();
+    if (!attribute.pXml || !attribute.pXml->boListAsText) return false;
+    Texts texts;
+    if (m_eItemType.load() == AttributeType::Select || !boItemTexts(*this, attribute, nullptr, texts)) {
+        vNotImplemented("oxa::ifc::AttributeListValueBase::boValueAsXmlStringGet");
+        return true;
+    }
+    // No blank while the text is empty: empty items at the front leave no trace.
+    for (const std::string& item : texts) text.append(text.empty() ? "" : " ").append(item);
+    return true;
+}
+
+bool AttributeListValueBase::boValueAsXmlStringsGet(Texts& texts, const Attribute& attribute,
+                                                    const Data* data) const {
+    texts.clear();
+    if (!boItemTexts(*this, attribute, data, texts))
+        vNotImplemented("oxa::ifc::AttributeListValueBase::boValueAsXmlStringsGet");
+    return true;
+}
+
+bool AttributeListValueBase::boValueAsXmlStringSet(const ObjectBase& object, const std::string& text,
+                                                   const Attribute& attribute, Data& data, const Path& path) {
+    return boItemsSet(*this, object, words(text), attribute, data, path, 1,
+                      "oxa::ifc::AttributeListValueBase::boValueAsXmlStringSet");
+}
+
+// Every item of a list of selects gets the first text; importers count on it.
+bool AttributeListValueBase::boValueAsXmlStringsSet(const ObjectBase& object, const Texts& texts,
+                                                    const Attribute& attribute, Data& data, const Path& path) {
+    return boItemsSet(*this, object, texts, attribute, data, path, 0,
+                      "oxa::ifc::AttributeListValueBase::boValueAsXmlStringsSet");
+}
+
+}   // namespace oxa::ifc

@@ -1,0 +1,145 @@
+// FileHeader as the objects of a property grid: the tree, the labels and the values.
+
+#include "Format/Ifc/IfcFileHeader.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+namespace oxa::ifc {
+
+namespace {
+
+using object::PropertyId;
+
+// A list as one text: nothing for none, an item as it is, several as "(a), (b)".
+std::any listValue(std::vector<std::string> const& items) {
+    if (items.empty()) return {};
+    if (items.size() == 1) return items.front();
+    std::string sAll;
+    for (const std::string& sItem : items) {
+        if (!sAll.empty()) sAll += ", ";
+        sAll.append("(").append(sItem).append(")");
+    }
+    return sAll;
+}
+
+using ValueOf = std::any (*)(FileHeader const& header);
+
+struct Row {
+    std::string_view id;
+    std::string_view label;
+    ValueOf pValueOf;   // null for a group, whose fields follow it
+
+    [[nodiscard]] constexpr bool boGroup() const noexcept { return pValueOf == nullptr; }
+};
+
+// The tree, in the order in which it is shown.
+constexpr Row g_rows[] = {
+    {"HeaderDescription", "Description", nullptr},
+    {"HeaderDescription_Description", "Description",
+     [](FileHeader const& header) { return listValue(header.description.descriptions); }},
+    {"HeaderDescription_ImplementationLevel", "ImplementationLevel",
+     [](FileHeader const& header) -> std::any { return header.description.implementationLevel; }},
+    {"HeaderName", "Name", nullptr},
+    {"HeaderName_Name", "Name", [](FileHeader const& header) -> std::any { return header.name.name; }},
+    {"HeaderName_TimeStamp", "TimeStamp",
+     [](FileHeader const& header) -> std::any { return header.name.timeStamp; }},
+    {"HeaderName_Author", "Author", [](FileHeader const& header) { return listValue(header.name.author); }},
+    {"HeaderName_Organization", "Organization",
+     [](FileHeader const& header) { return listValue(header.name.organization); }},
+    {"HeaderName_IfcToolbox", "IfcToolbox",
+     [](FileHeader const& header) -> std::any { return header.name.preprocessorVersion; }},
+    {"HeaderName_OriginatingSystem", "OriginatingSystem",
+     [](FileHeader const& header) -> std::any { return header.name.originatingSystem; }},
+    {"HeaderName_Authorisation", "Authorisation",
+     [](FileHeader const& header) -> std::any { return header.name.authorization; }},
+    {"HeaderSchema", "Schema", nullptr},
+    {"HeaderSchema_Schema", "Schema",
+     [](FileHeader const& header) -> std::any { return header.schema.schemaName; }},
+};
+static_assert(std::size(g_rows) == 13);
+static_assert(g_rows[0].boGroup(), "every field has a group before it");
+
+// A label for the whole, which is no part of the tree.
+constexpr Row g_info{"HeaderInfo", "Ifc file header", nullptr};
+
+const Row* pRow(PropertyId const& id) {
+    const auto* const pFound =
+        std::find_if(std::begin(g_rows), std::end(g_rows), [&id](const Row& row) { return row.id == id; });
+    return pFound == std::end(g_rows) ? nullptr : pFound;
+}
+
+}   // namespace
+
+std::vector<std::shared_ptr<fc::Property>> FileHeader::getProperties() const {
+    // A grid holds its owners to ask them; no operation of this one writes.
+    const std::shared_ptr<PropertyInterface> owner = std::const_pointer_cast<FileHeader>(shared_from_this());
+    std::vector<std::shared_ptr<fc::Property>> groups;
+    for (const Row& row : g_rows) {
+        auto pNode = std::make_shared<fc::Property>();
+        pNode->id = row.id;
+        pNode->boGroup = row.boGroup();
+        pNode->owner = owner;
+        (row.boGroup() ? groups : groups.back()->children).push_back(std::move(pNode));
+    }
+    return groups;
+}
+
+std::set<PropertyId> FileHeader::getAllProperties() const {
+    std::set<PropertyId> ids;
+    for (const Row& row : g_rows) ids.emplace(row.id);
+    return ids;
+}
+
+std::any FileHeader::getValue(PropertyId const& id) const {
+    const Row* const pFound = pRow(id);
+    return pFound && pFound->pValueOf ? pFound->pValueOf(*this) : std::any();
+}
+
+std::string FileHeader::getPropertyName(PropertyId const& id) const {
+    if (id == g_info.id) return std::string(g_info.label);
+    const Row* const pFound = pRow(id);
+    return pFound ? std::string(pFound->label) : std::string();
+}
+
+bool FileHeader::isValueAllowed(PropertyId const&, std::any const&) const { return true; }
+
+// ---- What a header has nothing to tell of. ----
+
+std::string FileHeader::getPropertiesObjectKey() const { return {}; }
+
+void FileHeader::setValue(PropertyId const&, std::any const&) {}
+
+bool FileHeader::isValueEditable(PropertyId const&) const { return false; }
+
+bool FileHeader::isValueInherited(PropertyId const&) const { return false; }
+
+std::shared_ptr<object::PropertyInterface> FileHeader::getPropertyOwner(PropertyId const&) const {
+    return nullptr;
+}
+
+bool FileHeader::isResetAllowed(PropertyId const&) const { return false; }
+
+void FileHeader::resetValue(PropertyId const&) {}
+
+std::string FileHeader::getPropertyDescription(PropertyId const&) const { return {}; }
+
+std::string FileHeader::getPropertyUnit(PropertyId const&) const { return {}; }
+
+std::string FileHeader::getPropertyFormat(PropertyId const&) const { return {}; }
+
+std::vector<std::any> FileHeader::getOfferedValues(PropertyId const&) const { return {}; }
+
+std::vector<std::string> FileHeader::getOfferedTexts(PropertyId const&) const { return {}; }
+
+std::vector<std::string> FileHeader::getOfferedIcons(PropertyId const&) const { return {}; }
+
+object::PropertyInterface::PropertyListener FileHeader::getPropertyListener(PropertyId const&) const {
+    return {};
+}
+
+std::vector<PropertyId> FileHeader::getDependentProperties(PropertyId const&) const { return {}; }
+
+}   // namespace oxa::ifc

@@ -1,0 +1,105 @@
+// Object: what a property grid of a host application asks of an object that it shows.
+//
+// For      FileHeader, whose fields a host shows; a host's own objects.
+// Callers  the grid: it takes the tree of an object once, and asks for names and values as it draws.
+// Not for  reading or writing files, and not for entities: their attributes are reached over Entity.
+// Threads  those of the object behind the interface.
+#pragma once
+
+#include <any>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/Export.h"
+
+namespace oxa::generate {
+
+// What all objects that a host knows have in common.
+class OXA_PLATFORM_API ObjectInterface {
+public:
+    virtual ~ObjectInterface();
+
+protected:
+    ObjectInterface() = default;
+    ObjectInterface(const ObjectInterface&) = default;
+    ObjectInterface(ObjectInterface&&) noexcept = default;
+    ObjectInterface& operator=(const ObjectInterface&) = default;
+    ObjectInterface& operator=(ObjectInterface&&) noexcept = default;
+};
+
+}   // namespace oxa::generate
+
+namespace oxa::object {
+
+// The key of a property: ids are the same when their bytes are.
+using PropertyId = std::string;
+
+class OXA_PLATFORM_API PropertyInterface : public generate::ObjectInterface {
+public:
+    // Takes one change of a property, with the id and the new value.
+    using PropertyListener = std::function<void(PropertyId const& id, std::any const& value)>;
+
+    ~PropertyInterface() override;
+
+    // The ids that carry a name; groups among them.
+    [[nodiscard]] virtual std::set<PropertyId> getAllProperties() const = 0;
+    // What tells the object from others of its host; empty where it has no such key.
+    [[nodiscard]] virtual std::string getPropertiesObjectKey() const = 0;
+    // Does nothing where a value can't be set.
+    virtual void setValue(PropertyId const& id, std::any const& value) = 0;
+    // Empty where there is no value or no such id.
+    [[nodiscard]] virtual std::any getValue(PropertyId const& id) const = 0;
+    // Whether the value may be offered; this does not say that the object takes it.
+    [[nodiscard]] virtual bool isValueAllowed(PropertyId const& id, std::any const& value) const = 0;
+    [[nodiscard]] virtual bool isValueEditable(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual bool isValueInherited(PropertyId const& id) const = 0;
+    // The object that the value belongs to instead; null where it is this one's own.
+    [[nodiscard]] virtual std::shared_ptr<PropertyInterface> getPropertyOwner(PropertyId const& id) const = 0;
+    // Whether resetValue() would change anything.
+    [[nodiscard]] virtual bool isResetAllowed(PropertyId const& id) const = 0;
+    virtual void resetValue(PropertyId const& id) = 0;
+    // The label; empty for an unknown id.
+    [[nodiscard]] virtual std::string getPropertyName(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual std::string getPropertyDescription(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual std::string getPropertyUnit(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual std::string getPropertyFormat(PropertyId const& id) const = 0;
+    // The values that a list offers, as they are held and as they are shown; and what they look like.
+    [[nodiscard]] virtual std::vector<std::any> getOfferedValues(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual std::vector<std::string> getOfferedTexts(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual std::vector<std::string> getOfferedIcons(PropertyId const& id) const = 0;
+    // Whom to tell of a change that did not come over this interface; an empty function for nobody.
+    [[nodiscard]] virtual PropertyListener getPropertyListener(PropertyId const& id) const = 0;
+    // The ids whose values change together with this one's.
+    [[nodiscard]] virtual std::vector<PropertyId> getDependentProperties(PropertyId const& id) const = 0;
+
+protected:
+    PropertyInterface() = default;
+    PropertyInterface(const PropertyInterface&) = default;
+    PropertyInterface(PropertyInterface&&) noexcept = default;
+    PropertyInterface& operator=(const PropertyInterface&) = default;
+    PropertyInterface& operator=(PropertyInterface&&) noexcept = default;
+};
+
+}   // namespace oxa::object
+
+namespace oxa::fc {
+
+// A node of the tree that a grid shows. It holds no value: the grid asks the owner for it.
+struct OXA_PLATFORM_API Property {
+    object::PropertyId id;
+    bool boGroup = false;
+    std::shared_ptr<object::PropertyInterface> owner;
+    std::vector<std::shared_ptr<Property>> children;
+    std::string label;   // shown instead of the owner's name for the id; empty for that name
+    std::string icon;    // empty for none
+    bool boVisible = true;
+    std::shared_ptr<Property> origin;   // the node that this one repeats elsewhere in the tree; null for none
+
+    Property();
+    ~Property();
+};
+
+}   // namespace oxa::fc

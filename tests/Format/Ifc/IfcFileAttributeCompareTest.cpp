@@ -1,0 +1,703 @@
+// Comparison: what makes two values of one attribute equal, place by place, and instances that are compared along all
+// their references.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <limits>
+#include <new>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "AssertLog.h"
+#include "CellSetter.h"
+#include "Format/Ifc/IfcFileAttribute.h"
+#include "OnThreads.h"
+#include "StatementReader.h"
+
+namespace oxa::ifc {
+namespace {
+
+using def::schema::Attribute;
+using def::schema::AttributeName;
+using def::schema::ObjectName;
+
+// The values of the entity's one attribute, which is called Value.
+struct Value {
+    const Attribute* pAttribute;
+    AttributeBase* pCell;
+
+    explicit Value(const Entity& entity) {
+        std::tie(pAttribute, pCell) = entity.pAttributeFromIndex(0);
+    }
+    [[nodiscard]] bool boEqual(const Value& other, bool boSameEntity) const {
+        return pCell->boIsEqual(*pAttribute->types.front(), *other.pCell, *other.pAttribute->types.front(),
+                                boSameEntity);
+    }
+};
+
+// #5 and #6 have the same content, #7 has another; nobody defines #98 and #99.
+class CompareReader : public StatementReader {
+public:
+    CompareReader() {
+        for (const char* sThing : {"#5=IFCTHING('a');", "#6=IFCTHING('a');", "#7=IFCTHING('b');"}) pRead(sThing);
+    }
+    [[nodiscard]] Value value(std::string_view keyword, std::string_view token) {
+        return Value(*pRead('#' + std::to_string(m_iNext++) + '=' + std::string(keyword) + '(' + std::string(token) +
+                            ");"));
+    }
+
+private:
+    unsigned m_iNext = 100;
+};
+
+struct EqualRow {
+    const char* sKeyword;
+    const char* sLeft;
+    const char* sRight;
+    bool boEqual;
+    const char* sRule = "";
+};
+
+void vExpectRow(const EqualRow& row, bool boSameEntity) {
+    SCOPED_TRACE(std::string(row.sKeyword) + ": " + row.sLeft + " and " + row.sRight + "  " + row.sRule +
+                 (boSameEntity ? ", same entity" : ""));
+    CompareReader reader;
+    const AssertLog log;
+    const Value left = reader.value(row.sKeyword, row.sLeft);
+    const Value right = reader.value(row.sKeyword, row.sRight);
+    EXPECT_EQ(left.boEqual(right, boSameEntity), row.boEqual);
+    EXPECT_EQ(right.boEqual(left, boSameEntity), row.boEqual) << "the other way round";
+    EXPECT_EQ(log.texts(), std::vector<std::string>{});
+}
+
+template <std::size_t N>
+void vExpectRows(const EqualRow (&rows)[N]) {
+    for (const EqualRow& row : rows)
+        for (const bool boSameEntity : {false, true}) vExpectRow(row, boSameEntity);
+}
+
+TEST(CompareCell, SingleValuesByValue) {
+    vExpectRows({
+        {"IFCREAL", "1.5", "1.5", true},
+        {"IFCREAL", "1.5", "1.5000000000000002", false, "no tolerance"},
+        {"IFCREAL", "0.", "-0.", true},
+        {"IFCNUMBER", "2.", "2.", true},
+        {"IFCNUMBER", "2.", "3.", false},
+        {"IFCINTEGER", "7", "7", true},
+        {"IFCINTEGER", "7", "-7", false},
+        {"IFCBOOLEAN", ".T.", ".T.", true},
+        {"IFCBOOLEAN", ".T.", ".F.", false},
+        {"IFCLOGICAL", ".U.", ".U.", true},
+        {"IFCLOGICAL", ".U.", ".F.", false},
+        {"IFCSTRING", "'abc'", "'abc'", true},
+        {"IFCSTRING", "'abc'", "'abC'", false, "case matters"},
+        {"IFCSTRING", "'abc'", "'ab'", false},
+        {"IFCSTRING", "''", "''", true},
+        {"IFCGUID", "'0TdSR4dSbLuwdbL5HLUvM0'", "'0TdSR4dSbLuwdbL5HLUvM0'", true},
+        {"IFCGUID", "'0TdSR4dSbLuwdbL5HLUvM0'", "'0TdSR4dSbLuwdbL5HLUvM1'", false},
+        {"IFCBINARY", "\"0AB01\"", "\"0AB01\"", true},
+        {"IFCBINARY", "\"0AB01\"", "\"0AB02\"", false},
+        {"IFCBINARY", "\"0AB01\"", "\"0AB\"", false},
+        {"IFCBINARY", "\"0\"", "\"0\"", true, "no bytes"},
+        {"IFCENUMERATION", ".RED.", ".RED.", true},
+        {"IFCENUMERATION", ".RED.", ".GREEN.", false},
+        {"IFCENUMERATION", ".PINK.", ".VIOLET.", true, "both null: the schema has neither"},
+        {"IFCENUMERATION", ".RED.", ".PINK.", false, "one null"},
+    });
+}
+
+TEST(CompareCell, FlagsDecideWhereThereIsNoValue) {
+    for (const char* sKeyword : {"IFCREAL", "IFCNUMBER", "IFCINTEGER", "IFCBOOLEAN", "IFCLOGICAL", "IFCSTRING",
+                                 "IFCGUID", "IFCBINARY", "IFCENUMERATION", "IFCSELECT", "IFCREALLIST", "IFCTABLE",
+                                 "IFCREFERENCE", "IFCREFERENCESET"}) {
+        vExpectRows({
+            {sKeyword, "$", "$", true},
+            {sKeyword, "*", "*", true},
+            {sKeyword, "$", "*", false},
+        });
+    }
+    vExpectRows({
+        {"IFCREAL", "$", "0.", false},
+        {"IFCSTRING", "*", "''", false},
+        {"IFCREFERENCE", "$", "#5", false},
+        {"IFCSELECT", "$", "IFCLABEL('a')", false},
+        {"IFCREALLIST", "$", "()", false},
+    });
+}
+
+TEST(CompareCell, ReferencesByPointerOrByContent) {
+    const struct {
+        EqualRow row;
+        bool boEqualSame;   // with boSameEntity
+    } rows[] = {
+        {{"IFCREFERENCE", "#5", "#5", true}, true},
+        {{"IFCREFERENCE", "#5", "#6", true, "two instances of equal content"}, false},
+        {{"IFCREFERENCE", "#5", "#7", false}, false},
+        {{"IFCREFERENCE", "#5", "#99", false, "never defined"}, false},
+        {{"IFCREFERENCE", "#98", "#99", false, "neither is defined"}, false},
+        {{"IFCREFERENCE", "#99", "#99", true, "the same place"}, true},
+        {{"IFCREFERENCE", "5", "6", true, "both null"}, true},
+        {{"IFCREFERENCE", "5", "#5", false, "one null"}, false},
+        {{"IFCREFERENCESET", "(#5)", "(#6)", true, "a list looks at content in any case"}, true},
+    };
+    for (const auto& [row, boEqualSame] : rows) {
+        vExpectRow(row, false);
+        EqualRow same = row;
+        same.boEqual = boEqualSame;
+        vExpectRow(same, true);
+    }
+}
+
+TEST(CompareCell, SelectsByTagAndValue) {
+    vExpectRows({
+        {"IFCSELECT", "IFCLABEL('a')", "IFCLABEL('a')", true},
+        {"IFCSELECT", "IFCLABEL('a')", "IFCLABEL('b')", false},
+        {"IFCSELECT", "IFCLABEL('a')", "IFCGLOBALLYUNIQUEID('a')", true, "the tag counts, not the type"},
+        {"IFCSELECT", "IFCLENGTHMEASURE(1.5)", "IFCLENGTHMEASURE(1.5)", true},
+        {"IFCSELECT", "IFCLENGTHMEASURE(1.5)", "IFCLENGTHMEASURE(2.5)", false},
+        {"IFCSELECT", "IFCLENGTHMEASURE(1.5)", "IFCNUMERIC(1.5)", false, "two tags"},
+        {"IFCSELECT", "IFCNUMERIC(1.5)", "IFCNUMERIC(1.5)", true},
+        {"IFCSELECT", "IFCNUMERIC(1.5)", "IFCNUMERIC(2.5)", false},
+        {"IFCSELECT", "IFCCOUNT(3)", "IFCCOUNT(3)", true},
+        {"IFCSELECT", "IFCCOUNT(3)", "IFCCOUNT(4)", false},
+        {"IFCSELECT", "IFCFLAG(.T.)", "IFCFLAG(.T.)", true},
+        {"IFCSELECT", "IFCFLAG(.T.)", "IFCFLAG(.F.)", false},
+        {"IFCSELECT", "IFCANSWER(.U.)", "IFCANSWER(.U.)", true},
+        {"IFCSELECT", "IFCANSWER(.U.)", "IFCANSWER(.T.)", false},
+        {"IFCSELECT", "IFCBLOB(\"0AB\")", "IFCBLOB(\"0AB\")", true},
+        {"IFCSELECT", "IFCBLOB(\"0AB\")", "IFCBLOB(\"0AC\")", false},
+        {"IFCSELECT", "IFCBLOB(\"0\")", "IFCBLOB(\"0\")", true, "no bytes"},
+        {"IFCSELECT", "IFCCOLOUR(.RED.)", "IFCCOLOUR(.RED.)", true},
+        {"IFCSELECT", "IFCCOLOUR(.RED.)", "IFCCOLOUR(.GREEN.)", false},
+        {"IFCSELECT", "IFCCOLOUR(.PINK.)", "IFCCOLOUR(.VIOLET.)", true, "both null"},
+        {"IFCSELECT", "IFCCOLOUR(.PINK.)", "IFCCOLOUR(.RED.)", false, "one null"},
+    });
+}
+
+TEST(CompareCell, FlagsInsideOfASelectMustAgree) {
+    vExpectRows({
+        {"IFCSELECT", "IFCLABEL($)", "IFCLABEL($)", true},
+        {"IFCSELECT", "IFCLABEL($)", "IFCLABEL(*)", false},
+        {"IFCSELECT", "IFCLABEL($)", "IFCLABEL('')", false},
+        {"IFCSELECT", "IFCLENGTHMEASURE($)", "IFCLENGTHMEASURE($)", true},
+        {"IFCSELECT", "IFCLENGTHMEASURE($)", "IFCLENGTHMEASURE(0.)", false},
+        {"IFCSELECT", "IFCBLOB($)", "IFCBLOB($)", true},
+    });
+}
+
+TEST(CompareCell, SelectsOfReferencesAreUnequal) {
+    vExpectRows({
+        {"IFCSELECT", "#5", "#5", false, "the very same reference"},
+        {"IFCSELECT", "#5", "#6", false},
+        {"IFCSELECT", "IFCVALUE(#5)", "IFCVALUE(#5)", false},
+        {"IFCSELECT", "#5", "IFCLABEL('a')", false},
+    });
+}
+
+// Only flags that differ let the comparison of two references in selects go on.
+TEST(CompareCell, SelectsOfReferencesWithOtherFlagsCompare) {
+    const struct {
+        const char* sLeft;
+        const char* sRight;
+        bool boEqual;
+        bool boEqualSame;
+    } rows[] = {
+        {"#5", "#5", true, true}, {"#5", "#6", true, false}, {"#5", "#7", false, false},
+        {"#", "#", true, true},   {"#", "#5", false, false}, {"#5", "#", false, false},
+    };
+    for (const auto& row : rows)
+        for (const bool boDerived : {false, true}) {
+            SCOPED_TRACE(std::string(row.sLeft) + " and " + row.sRight);
+            CompareReader reader;
+            const Value left = reader.value("IFCSELECT", row.sLeft);
+            const Value right = reader.value("IFCSELECT", row.sRight);
+            AttributeBase* pReference = static_cast<AttributeSelect*>(right.pCell)->m_pValue;
+            ASSERT_NE(pReference, nullptr);
+            (boDerived ? pReference->m_boDerived : pReference->m_boUndefined) = true;
+            EXPECT_EQ(left.boEqual(right, false), row.boEqual);
+            EXPECT_EQ(left.boEqual(right, true), row.boEqualSame);
+        }
+}
+
+TEST(CompareCell, SelectsInSelectsAreSteppedThrough) {
+    vExpectRows({
+        {"IFCSELECT", "IFCVALUE(IFCLABEL('a'))", "IFCVALUE(IFCLABEL('a'))", true},
+        {"IFCSELECT", "IFCVALUE(IFCLABEL('a'))", "IFCVALUE(IFCLABEL('b'))", false},
+        {"IFCSELECT", "IFCVALUE(IFCLABEL('a'))", "IFCLABEL('a')", false, "tag 9 and tag 5"},
+        {"IFCSELECT", "IFCVALUE(IFCVALUE(IFCCOUNT(1)))", "IFCVALUE(IFCVALUE(IFCCOUNT(1)))", true},
+        {"IFCSELECT", "IFCVALUE(IFCVALUE(IFCCOUNT(1)))", "IFCVALUE(IFCVALUE(IFCCOUNT(2)))", false},
+        {"IFCSELECT", "IFCVALUE($)", "IFCVALUE(*)", false, "flags of the nested select"},
+        {"IFCSELECT", "IFCVALUE($)", "IFCVALUE(IFCLABEL('a'))", false},
+        {"IFCSELECT", "IFCVALUE($)", "IFCVALUE($)", false, "no value and no type"},
+    });
+    // As deep as a file can nest.
+    std::string sDeep = "IFCLABEL('a')";
+    for (int i = 0; i < 990; ++i) sDeep = "IFCVALUE(" + sDeep + ')';
+    CompareReader reader;
+    EXPECT_TRUE(reader.value("IFCSELECT", sDeep).boEqual(reader.value("IFCSELECT", sDeep), false));
+}
+
+TEST(CompareCell, SelectsWithoutATypeAreUnequal) {
+    vExpectRows({{"IFCSELECT", "FOO(1)", "FOO(1)", false}});
+}
+
+TEST(CompareCell, ListsInSelectsNeedOtherFlags) {
+    vExpectRows({
+        {"IFCSELECT", "IFCREALS((1.))", "IFCREALS((1.))", false},
+        {"IFCSELECT", "IFCREALS(())", "IFCREALS(())", false},
+        {"IFCSELECT", "IFCCOUNTS((1))", "IFCCOUNTS((1))", false},
+        {"IFCSELECT", "IFCTHINGS((#5))", "IFCTHINGS((#5))", false},
+        {"IFCSELECT", "IFCREALS($)", "IFCREALS($)", false},
+        {"IFCSELECT", "IFCREALS($)", "IFCREALS(*)", true, "both null"},
+        {"IFCSELECT", "IFCREALS($)", "IFCREALS((1.))", false, "one null"},
+    });
+    CompareReader reader;
+    const Value left = reader.value("IFCSELECT", "IFCREALS((1.,2.))");
+    const Value right = reader.value("IFCSELECT", "IFCREALS((1.,2.))");
+    const Value other = reader.value("IFCSELECT", "IFCREALS((1.,3.))");
+    for (const Value* pValue : {&right, &other})
+        static_cast<AttributeSelect*>(pValue->pCell)->m_pValue.load()->m_boDerived = true;
+    EXPECT_TRUE(left.boEqual(right, false)) << "flags that differ, and the same content";
+    EXPECT_FALSE(left.boEqual(other, false));
+}
+
+TEST(CompareCell, ListsByItems) {
+    vExpectRows({
+        {"IFCREALLIST", "(1.,2.)", "(1.,2.)", true},
+        {"IFCREALLIST", "(1.,2.)", "(2.,1.)", false, "order"},
+        {"IFCREALLIST", "(1.,2.)", "(1.)", false},
+        {"IFCREALLIST", "()", "()", true},
+        {"IFCNUMBERSET", "(1.,2.)", "(2.,1.)", false, "a set too"},
+        {"IFCINTEGERARRAY", "(1,2)", "(1,2)", true},
+        {"IFCINTEGERARRAY", "(1,2)", "(1,3)", false},
+        {"IFCINTEGERARRAY", "(1,2)", "(1,2,3)", false},
+        {"IFCLABELLIST", "('a','b')", "('a','b')", true},
+        {"IFCLABELLIST", "('a','b')", "('a','B')", false},
+        {"IFCLABELLIST", "('a')", "('a','')", false},
+        {"IFCBINARYLIST", "(\"0AB\",\"0\",$)", "(\"0AB\",\"0\",$)", true},
+        {"IFCBINARYLIST", "(\"0AB\")", "(\"0AC\")", false},
+        {"IFCBINARYLIST", "(\"0AB\")", "(\"0AB01\")", false},
+        {"IFCBINARYLIST", "($)", "(*)", false},
+        {"IFCBINARYLIST", "($)", "(\"0\")", false},
+        {"IFCSELECTLIST", "(IFCLABEL('a'),IFCCOUNT(3))", "(IFCLABEL('a'),IFCCOUNT(3))", true},
+        {"IFCSELECTLIST", "(IFCLABEL('a'))", "(IFCLABEL('b'))", false},
+        {"IFCSELECTLIST", "(IFCLABEL('a'))", "(IFCLABEL('a'),IFCLABEL('a'))", false},
+        {"IFCSELECTLIST", "(IFCLABEL('a'))", "($)", false, "flags of the items"},
+        {"IFCSELECTLIST", "($)", "($)", false, "neither value nor type"},
+        {"IFCSELECTLIST", "(#5)", "(#5)", false, "references in selects"},
+        {"IFCSELECTLIST", "(IFCREALS((1.)))", "(IFCREALS((1.)))", false, "lists in selects"},
+        {"IFCREFERENCESET", "(#5,#7)", "(#6,#7)", true, "content"},
+        {"IFCREFERENCESET", "(#5,#7)", "(#7,#5)", false},
+        {"IFCREFERENCESET", "(#5)", "(#5,#6)", false},
+        {"IFCREFERENCESET", "()", "()", true},
+        {"IFCREFERENCESET", "()", "(#5)", false},
+        {"IFCREFERENCESET", "(#99)", "(#99)", false, "content, and there is none"},
+        {"IFCTHINGSELECTLIST", "(#5)", "(#6)", true, "a select of entities alone holds plain references"},
+        {"IFCBOOLEANLIST", "(.T.)", "(.F.)", true, "not read: both null"},
+        {"IFCSETLIST", "((#5))", "((#7))", true, "not read: both null"},
+    });
+}
+
+TEST(CompareCell, RowsNeedOtherFlags) {
+    vExpectRows({
+        {"IFCTABLE", "()", "()", true},
+        {"IFCTABLE", "((1.))", "((1.))", false},
+        {"IFCTABLE", "(())", "(())", false},
+        {"IFCTABLE", "((1.))", "()", false},
+        {"IFCTABLE", "($)", "($)", false, "the same flags"},
+        {"IFCTABLE", "($)", "(*)", true, "both null"},
+        {"IFCTABLE", "($,$)", "(*,$)", false, "one row with the same flags"},
+        {"IFCTABLE", "($)", "((1.))", false},
+        {"IFCCUBE", "(((1)))", "(((1)))", false},
+        {"IFCCUBE", "()", "()", true},
+    });
+}
+
+// The row of the table that the words of a file don't reach.
+TEST(CompareCell, NaNIsUnequalToItself) {
+    const double g_nan = std::numeric_limits<double>::quiet_NaN();
+    CompareReader reader;
+    const Value real = reader.value("IFCREAL", "1.");
+    static_cast<AttributeReal*>(real.pCell)->m_value = g_nan;
+    EXPECT_FALSE(real.boEqual(real, false));
+    const Value list = reader.value("IFCREALLIST", "(1.,2.)");
+    EXPECT_TRUE(list.boEqual(list, false));
+    (*static_cast<AttributeList*>(list.pCell)->pArray<double>())[1] = g_nan;
+    EXPECT_FALSE(list.boEqual(list, false));
+    const Value select = reader.value("IFCSELECT", "IFCLENGTHMEASURE(1.)");
+    EXPECT_TRUE(select.boEqual(select, false));
+    static_cast<AttributeReal*>(static_cast<AttributeSelect*>(select.pCell)->m_pValue.load())->m_value = g_nan;
+    EXPECT_FALSE(select.boEqual(select, false));
+}
+
+TEST(CompareCell, TextBesideGuidIsEqualAtTheTopAndUnequalInASelect) {
+    CompareReader reader;
+    const Value text = reader.value("IFCSTRING", "'a'");
+    AttributeGuid guid;
+    guid.m_value = Guid{1, 2, 3, {}};
+    const def::schema::ObjectBase& type = *text.pAttribute->types.front();
+    EXPECT_TRUE(text.pCell->boIsEqual(type, guid, type, false));
+    EXPECT_TRUE(guid.boIsEqual(type, *text.pCell, type, false));
+
+    const Value select = reader.value("IFCSELECT", "IFCLABEL('a')");
+    AttributeSelect other;
+    other.m_eType = AttributeType::String;
+    other.m_pType = static_cast<AttributeSelect*>(select.pCell)->m_pType.load();
+    other.m_pValue = &guid;
+    EXPECT_FALSE(static_cast<AttributeSelect*>(select.pCell)->boIsEqual(other, false, false));
+    EXPECT_TRUE(other.boIsEqual(other, false, false)) << "two GUIDs in selects";
+    other.m_pValue = static_cast<AttributeBase*>(nullptr);   // the guid dies here, not there
+}
+
+TEST(CompareCell, NullTextsAreEqualToEachOtherAlone) {
+    CompareReader reader;
+    const Value text = reader.value("IFCSTRING", "''");
+    const def::schema::ObjectBase& type = *text.pAttribute->types.front();
+    const AttributeString null;
+    EXPECT_TRUE(null.boIsEqual(type, null, type, false));
+    EXPECT_FALSE(null.boIsEqual(type, *text.pCell, type, false));
+    EXPECT_FALSE(text.pCell->boIsEqual(type, null, type, false));
+}
+
+TEST(CompareCell, TwoSchemaObjectsMakeUnequal) {
+    CompareReader reader;
+    const Value real = reader.value("IFCREAL", "1.");
+    const Value number = reader.value("IFCNUMBER", "1.");
+    EXPECT_FALSE(real.boEqual(number, false));
+    const Value undefined = reader.value("IFCREAL", "$");
+    const Value undefinedNumber = reader.value("IFCNUMBER", "$");
+    EXPECT_FALSE(undefined.boEqual(undefinedNumber, false)) << "before the flags";
+}
+
+TEST(CompareCell, KindOutsideTheTwelve) {
+    const def::schema::DataTypeBase strange(static_cast<def::schema::DataKind>(12));
+    const AttributeReal one;
+    AttributeReal two;
+    two.m_value = 2.0;
+    EXPECT_TRUE(one.boIsEqual(strange, two, strange, false)) << "at the top";
+    two.m_boUndefined = true;
+    EXPECT_FALSE(one.boIsEqual(strange, two, strange, false)) << "flags come first";
+
+    def::schema::Type type("IfcStrange");
+    type.pDataType = &strange;
+    AttributeReal value;
+    AttributeSelect select;
+    select.m_eType = AttributeType::Real;
+    select.m_pType = static_cast<const def::schema::Type*>(&type);
+    select.m_pValue = static_cast<AttributeBase*>(&value);
+    EXPECT_FALSE(select.boIsEqual(select, false, false)) << "in a select";
+    const def::schema::Type nothing("IfcNothing");
+    EXPECT_FALSE(one.boIsEqual(nothing, one, nothing, false)) << "a type without a data type";
+}
+
+TEST(CompareCell, SelectFlagsCountWhenAskedFor) {
+    CompareReader reader;
+    const Value left = reader.value("IFCSELECT", "IFCLABEL('a')");
+    const Value right = reader.value("IFCSELECT", "IFCLABEL('a')");
+    const auto& a = *static_cast<AttributeSelect*>(left.pCell);
+    auto& b = *static_cast<AttributeSelect*>(right.pCell);
+    EXPECT_TRUE(a.boIsEqual(b, false, true));
+    b.m_boDerived = true;
+    EXPECT_FALSE(a.boIsEqual(b, false, true));
+    EXPECT_TRUE(a.boIsEqual(b, false, false));
+    b.m_boDerived = false;
+    b.m_boUndefined = true;
+    EXPECT_FALSE(a.boIsEqual(b, false, true));
+    EXPECT_TRUE(a.boIsEqual(b, false, false));
+}
+
+TEST(CompareCell, ListFlagsCountWhenAskedFor) {
+    CompareReader reader;
+    const Value left = reader.value("IFCREALLIST", "(1.)");
+    const Value right = reader.value("IFCREALLIST", "(1.)");
+    const auto& a = *static_cast<AttributeList*>(left.pCell);
+    auto& b = *static_cast<AttributeList*>(right.pCell);
+    const auto vExpect = [&](bool boWith, bool boWithout) {
+        EXPECT_EQ(a.AttributeListValueBase::boIsEqual(b, false, true), boWith);
+        EXPECT_EQ(a.AttributeListValueBase::boIsEqual(b, false, false), boWithout);
+    };
+    vExpect(false, true);
+    b.m_boDerived = true;
+    vExpect(true, true);
+    b.m_boDerived = false;
+    b.m_boUndefined = true;
+    vExpect(true, true);
+    (*b.pArray<double>())[0] = 2.0;
+    vExpect(false, false);
+}
+
+TEST(CompareCell, ItemTypesWithoutAComparison) {
+    std::array<std::byte, 64> items{};
+    for (int i = -2; i <= 16; ++i) {
+        const bool boRow = i % 2 != 0;   // rows of the table, with no items here, and what is outside
+        SCOPED_TRACE(i);
+        AttributeList list;
+        list.m_eItemType = static_cast<AttributeType>(i);
+        list.m_pItems = static_cast<void*>(items.data());
+        const AssertLog log;
+        AssertTrail trail;
+        const bool boEqual = list.AttributeListValueBase::boIsEqual(list, false, false);
+        if (i < 0 || i > 13) {
+            EXPECT_FALSE(boEqual);
+            EXPECT_EQ(trail.raised(), Trail{});
+        } else if (!boRow) {
+            EXPECT_FALSE(boEqual);
+            EXPECT_EQ(trail.raised(), Trail{"oxa::ifc::AttributeListValueBase::boIsEqual: Not implemented"});
+        } else {
+            EXPECT_TRUE(boEqual);
+            EXPECT_EQ(trail.raised(), Trail{});
+        }
+        list.m_eItemType = AttributeType::Unknown;   // nothing here is for its destructor
+        list.m_pItems = static_cast<void*>(nullptr);
+    }
+    const AssertLog disabled(false);
+    AttributeList list;
+    list.m_eItemType = AttributeType::Boolean;
+    list.m_pItems = static_cast<void*>(items.data());
+    EXPECT_FALSE(list.AttributeListValueBase::boIsEqual(list, false, false));
+    EXPECT_EQ(disabled.texts(), std::vector<std::string>{});
+}
+
+TEST(CompareCell, ListsWithNullOnOneSideAreUnequal) {
+    CompareReader reader;
+    const struct {
+        const char* sKeyword;
+        const char* sToken;
+    } rows[] = {{"IFCREALLIST", "(1.)"},      {"IFCINTEGERARRAY", "()"},       {"IFCLABELLIST", "('a')"},
+                {"IFCBINARYLIST", "(\"0\")"}, {"IFCSELECTLIST", "(IFCFLAG(.T.))"}, {"IFCTABLE", "((1.))"},
+                {"IFCREFERENCESET", "(#5)"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sKeyword);
+        const Value value = reader.value(row.sKeyword, row.sToken);
+        const auto& list = *static_cast<AttributeList*>(value.pCell);
+        AttributeList null;
+        null.m_eItemType = list.m_eItemType.load();
+        EXPECT_FALSE(list.AttributeListValueBase::boIsEqual(null, false, false));
+        EXPECT_FALSE(null.AttributeListValueBase::boIsEqual(list, false, false));
+        EXPECT_TRUE(null.AttributeListValueBase::boIsEqual(null, false, false));
+    }
+}
+
+// -------------------------------------------------------------------------------------------------- instances
+
+TEST(CompareEntity, AllAttributesOfOneType) {
+    const struct {
+        const char* sLeft;
+        const char* sRight;
+        bool boEqual;
+    } rows[] = {
+        {"IFCTHING('a')", "IFCTHING('a')", true},
+        {"IFCTHING('a')", "IFCTHING('b')", false},
+        {"IFCTHING($)", "IFCTHING($)", true},
+        {"IFCREAL(1.)", "IFCNUMBER(1.)", false},
+        {"IFCFLAGPAIR(.T.,1.)", "IFCFLAGPAIR(.T.,1.)", true},
+        {"IFCFLAGPAIR(.T.,1.)", "IFCFLAGPAIR(.T.,2.)", false},
+        {"IFCFLAGPAIR(.T.,1.)", "IFCFLAGPAIR(.F.,1.)", false},
+        {"IFCNOTHING()", "IFCNOTHING()", false},
+        {"IFCREFERENCE(#5)", "IFCREFERENCE(#6)", true},
+        {"IFCREFERENCE(#5)", "IFCREFERENCE(#7)", false},
+        {"IFCTABLE(((1.)))", "IFCTABLE(((1.)))", false},
+        {"IFCSELECT(#5)", "IFCSELECT(#5)", false},
+        {"IFCEVERYKIND(1.,.T.,2,3.,'a','0TdSR4dSbLuwdbL5HLUvM0',.U.,\"0AB\",.RED.,IFCLABEL('a'),(1.),(2.),(3.),#5)",
+         "IFCEVERYKIND(1.,.T.,2,3.,'a','0TdSR4dSbLuwdbL5HLUvM0',.U.,\"0AB\",.RED.,IFCLABEL('a'),(1.),(2.),(3.),#6)",
+         true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.sLeft) + " and " + row.sRight);
+        CompareReader reader;
+        const Entity* pLeft = reader.pRead(std::string("#20=") + row.sLeft + ';');
+        const Entity* pRight = reader.pRead(std::string("#21=") + row.sRight + ';');
+        EXPECT_EQ(pLeft->boIsEqual(*pRight), row.boEqual);
+        EXPECT_EQ(pRight->boIsEqual(*pLeft), row.boEqual);
+    }
+}
+
+TEST(CompareEntity, UnequalToItself) {
+    CompareReader reader;
+    for (const char* sStatement : {"#20=IFCNOTHING();", "#21=IFCTABLE(((1.)));", "#22=IFCSELECT(#5);",
+                                   "#23=IFCREFERENCESET((#99));"}) {
+        SCOPED_TRACE(sStatement);
+        const Entity* pEntity = reader.pRead(sStatement);
+        EXPECT_FALSE(pEntity->boIsEqual(*pEntity));
+    }
+    const Entity empty;
+    EXPECT_FALSE(empty.boIsEqual(empty)) << "no type";
+    const Entity* pReference = reader.pRead("#24=IFCREFERENCE(#99);");
+    EXPECT_TRUE(pReference->boIsEqual(*pReference)) << "a reference to the same place needs no content there";
+}
+
+TEST(CompareEntity, BothNeedABlockAndItsLayout) {
+    // A graph of its own, whose layouts nobody has built.
+    const auto pSchema = pSchemaOf("ENTITY IfcThing; Flag : BOOLEAN; END_ENTITY;");
+    const auto* pType = pSchema->pEntityFromName(ObjectName("IFCTHING"));
+    AttributeBoolean left;
+    AttributeBoolean right;
+    Entity a;
+    Entity b;
+    a.unsafeSetSchemaEntity(pType);
+    b.unsafeSetSchemaEntity(pType);
+    EXPECT_FALSE(a.boIsEqual(b)) << "no block";
+    a.unsafeAttributesRaw() = &left;
+    EXPECT_FALSE(a.boIsEqual(b));
+    EXPECT_FALSE(b.boIsEqual(a));
+    b.unsafeAttributesRaw() = &right;
+    EXPECT_FALSE(a.boIsEqual(b)) << "no layout";
+    (void)Entity::getDataSize(*pType);
+    EXPECT_TRUE(a.boIsEqual(b));
+    right.m_value = 1;
+    EXPECT_FALSE(a.boIsEqual(b));
+}
+
+TEST(CompareEntity, AttributeWithoutATypeIsUnequal) {
+    for (const auto& types : {std::vector<const def::schema::ObjectBase*>{}, {nullptr}}) {
+        SCOPED_TRACE(types.size());
+        const auto pSchema = pSchemaWithSecondOf(types);
+        const AssertLog log;
+        Data data;
+        data.vSchemaSet(pSchema.get());
+        const Entity* pEntity = data.pEntityCreate(ObjectName("IFCFAULTY"));
+        EXPECT_FALSE(pEntity->boIsEqual(*pEntity));
+    }
+}
+
+TEST(CompareEntity, AttributeOfAnotherKindCountsAsEqual) {
+    static const def::schema::DataTypeBase g_strange(static_cast<def::schema::DataKind>(12));
+    const auto pSchema = pSchemaWithSecondOf({&g_strange});
+    const AssertLog log;
+    const auto* pType = pSchema->pEntityFromName(ObjectName("IFCFAULTY"));
+    std::array<std::byte, 2 * sizeof(AttributeReal)> left{};
+    std::array<std::byte, 2 * sizeof(AttributeReal)> right{};
+    ASSERT_EQ(Entity::getDataSize(*pType).iSize, left.size()) << "no bytes for it";
+    Entity a;
+    Entity b;
+    a.unsafeSetSchemaEntity(pType);
+    b.unsafeSetSchemaEntity(pType);
+    a.unsafeAttributesRaw() = left.data();
+    b.unsafeAttributesRaw() = right.data();
+    EXPECT_TRUE(a.boIsEqual(b));
+    reinterpret_cast<AttributeReal*>(right.data() + sizeof(AttributeReal))->m_value = 1.0;
+    EXPECT_FALSE(a.boIsEqual(b)) << "the attribute behind it counts";
+}
+
+TEST(CompareEntity, InverseListsDontCount) {
+    const auto pSchema = pSchemaOf(R"(
+        ENTITY IfcThing; Name : STRING; INVERSE Users : SET OF IfcUser FOR Uses; END_ENTITY;
+        ENTITY IfcUser; Uses : IfcThing; END_ENTITY;)");
+    StatementReader reader(*pSchema);
+    const Entity* pUsed = reader.pRead("#1=IFCTHING('a');");
+    const Entity* pUnused = reader.pRead("#2=IFCTHING('a');");
+    Entity* pUser = reader.pRead("#3=IFCUSER(#1);");
+    pUser->vAttributeInverseInit(reader.data);
+    ASSERT_EQ(pUsed->entitiesInverseFromIndex(0).size(), 1U);
+    EXPECT_TRUE(pUsed->boIsEqual(*pUnused));
+}
+
+// -------------------------------------------------------------------------------------------------- long and round
+
+const def::SchemaPset& linkSchema() {
+    static const auto pSchema = pSchemaOf(R"(
+        ENTITY IfcLink; Index : INTEGER; Next : OPTIONAL IfcLink; Others : OPTIONAL LIST OF IfcLink; END_ENTITY;)");
+    return *pSchema;
+}
+
+class Links {
+public:
+    Links() { m_data.vSchemaSet(&linkSchema()); }
+
+    // iCount links, numbered from 0 within iPeriod, each with the next; the last with the first if so wished.
+    std::vector<Entity*> chain(std::size_t iCount, std::size_t iPeriod, bool boRound) {
+        std::vector<Entity*> links;
+        for (std::size_t i = 0; i < iCount; ++i) {
+            links.push_back(m_data.pEntityCreate(linkSchema().pEntityFromName(ObjectName("IFCLINK"))));
+            vIndexSet(*links.back(), static_cast<long long>(i % iPeriod));
+            if (i) vNext(*links[i - 1], links[i]);
+        }
+        if (boRound) vNext(*links.back(), links.front());
+        return links;
+    }
+    static void vIndexSet(const Entity& link, long long iIndex) {
+        auto& cell = static_cast<AttributeInteger&>(*link.pAttributeFromIndex(0).second);
+        cell.m_value = iIndex;
+        cell.vDefined();
+    }
+    static void vNext(const Entity& link, Entity* pNext) {
+        auto& cell = static_cast<AttributeEntity&>(*link.pAttributeFromIndex(1).second);
+        cell.m_value = pNext;
+        cell.vDefined();
+    }
+    void vOthers(Entity& link, const std::vector<Entity*>& others) {
+        EXPECT_TRUE(link.boListValueSet(AttributeName("Others"), others, m_data));
+    }
+
+private:
+    Data m_data;
+};
+
+TEST(CompareEntity, ChainOfAMillionReferences) {
+    constexpr std::size_t g_iLinks = 1'000'000;
+    Links links;
+    const std::vector<Entity*> left = links.chain(g_iLinks, g_iLinks, false);
+    const std::vector<Entity*> right = links.chain(g_iLinks, g_iLinks, false);
+    EXPECT_TRUE(left.front()->boIsEqual(*right.front()));
+    Links::vIndexSet(*right.back(), -1);
+    EXPECT_FALSE(left.front()->boIsEqual(*right.front())) << "the last of them counts";
+}
+
+TEST(CompareEntity, CyclesEnd) {
+    const struct {
+        const char* sRule;
+        std::size_t iLeft;
+        std::size_t iRight;
+        std::size_t iPeriod;
+        bool boEqual;
+    } rows[] = {
+        {"one that refers to itself", 1, 1, 1, true},
+        {"one round and two", 1, 2, 1, true},
+        {"rounds of different length", 12, 18, 6, true},
+        {"rounds of other content", 12, 18, 12, false},
+        {"a long round", 20000, 20000, 20000, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sRule);
+        Links links;
+        const std::vector<Entity*> left = links.chain(row.iLeft, row.iPeriod, true);
+        const std::vector<Entity*> right = links.chain(row.iRight, row.iPeriod, true);
+        EXPECT_EQ(left.front()->boIsEqual(*right.front()), row.boEqual);
+        EXPECT_TRUE(left.front()->boIsEqual(*left.front()));
+        Links::vIndexSet(*right.back(), -1);
+        EXPECT_FALSE(left.front()->boIsEqual(*right.front())) << "a difference within the round";
+    }
+}
+
+// Every link names all links of the next row: 2 to the 60 ways lead to the last row.
+TEST(CompareEntity, ManyWaysToOneInstanceAreOneComparison) {
+    Links links;
+    std::vector<Entity*> tops;
+    std::vector<Entity*> bottoms;
+    for (int i = 0; i < 2; ++i) {
+        std::vector<Entity*> row = links.chain(2, 2, false);
+        bottoms.push_back(row[1]);
+        for (int k = 0; k < 60; ++k) {
+            std::vector<Entity*> above = links.chain(2, 2, false);
+            for (Entity* pLink : above) links.vOthers(*pLink, row);
+            row = above;
+        }
+        tops.push_back(row[0]);
+    }
+    EXPECT_TRUE(tops[0]->boIsEqual(*tops[1]));
+    Links::vIndexSet(*bottoms[1], 7);
+    EXPECT_FALSE(tops[0]->boIsEqual(*tops[1]));
+}
+
+TEST(CompareEntity, AnyNumberOfThreads) {
+    Links links;
+    const std::vector<Entity*> left = links.chain(500, 500, true);
+    const std::vector<Entity*> right = links.chain(500, 500, true);
+    std::array<bool, 4> results{};
+    vOnThreads(results.size(), [&](std::size_t i) { results[i] = left[i]->boIsEqual(*right[i]); });
+    EXPECT_EQ(results, (std::array<bool, 4>{true, true, true, true}));
+}
+
+}   // namespace
+}   // namespace oxa::ifc
