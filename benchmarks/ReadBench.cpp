@@ -4,16 +4,12 @@
 // Rows      memchr for ";" and a plain byte-wise splitter as reference points; the scan alone (a model without a
 //           schema takes no statement), the read without completion (the file ends before ENDSEC), the whole read.
 // Memory    of a fresh process that reads the file once.
-#include <malloc.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <optional>
 
+#include "BenchMemory.h"
 #include "BenchModel.h"
 #include "BenchTable.h"
 
@@ -21,40 +17,13 @@ namespace {
 
 using namespace oxa::bench;
 
-// Resident bytes of this process by /proc: "VmRSS:" now or "VmHWM:" at the peak.
-double residentBytes(const char* sField) {
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    while (std::getline(status, line))
-        if (line.rfind(sField, 0) == 0) return std::strtod(line.c_str() + std::strlen(sField), nullptr) * 1024;
-    return 0;
-}
-
-struct Memory {
-    double after = 0;
-    double peak = 0;
-};
-
-// In a child, so that nothing of this process is counted.
 Memory memoryOfRead(const char* sPath, bool boSingleThreaded) {
-    int ends[2];
-    Memory memory;
-    if (pipe(ends) != 0) return memory;
-    if (fork() == 0) {
-        const double before = residentBytes("VmRSS:");
+    return memoryOf([&] {
         std::ifstream in(sPath, std::ios::binary);
         auto pModel = std::make_unique<Model>();
         pModel->file.boRead(in, {}, *pModel->pError, true, {}, boSingleThreaded);
-        malloc_trim(0);
-        memory = {residentBytes("VmRSS:") - before, residentBytes("VmHWM:") - before};
-        const bool boWritten = write(ends[1], &memory, sizeof memory) == static_cast<ssize_t>(sizeof memory);
-        _exit(boWritten ? 0 : 1);
-    }
-    close(ends[1]);
-    if (read(ends[0], &memory, sizeof memory) != static_cast<ssize_t>(sizeof memory)) memory = {};
-    close(ends[0]);
-    wait(nullptr);
-    return memory;
+        return pModel;
+    });
 }
 
 }   // namespace

@@ -52,15 +52,15 @@ function(oxa_test name)
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()
 
-# oxa_benchmark(<name> SOURCES <file>... LIBS <target>...): one program that prints a table. With the tests it runs
-# briefly over our own sample, so that it does not rot; figures come from running it by hand.
+# oxa_benchmark(<name> SOURCES <file>... LIBS <target>... TRIAL <argument>...): one program that prints a table. With
+# the tests it runs briefly, with the trial's arguments, so that it does not rot; figures come from running it by hand.
 function(oxa_benchmark name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;TRIAL" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
   target_link_libraries(${name} PRIVATE OxaOptions ${ARG_LIBS})
   if(OXA_BUILD_TESTS)
-    add_test(NAME Benchmark.${name} COMMAND ${name} ${PROJECT_SOURCE_DIR}/examples/house-ifc4.ifc 1)
+    add_test(NAME Benchmark.${name} COMMAND ${name} ${ARG_TRIAL})
     set_tests_properties(Benchmark.${name} PROPERTIES TIMEOUT 300)
   endif()
 endfunction()
