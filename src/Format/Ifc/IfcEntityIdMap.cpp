@@ -1,8 +1,7 @@
 #include "Format/Ifc/IfcEntityIdMap.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <functional>
+#include <iterator>
 #include <mutex>
 
 #include "Format/Ifc/IfcReadInfo.h"
@@ -31,12 +30,9 @@ std::size_t EntityIdMap::Hash::operator()(const Entity* pEntity) const noexcept 
 
 std::optional<std::size_t> EntityIdMap::findSeeded(const Entity* pEntity) const noexcept {
     const EntitySlot* pSlot = pAsSlot(pEntity);
-    const auto behind = std::upper_bound(m_byAddress.begin(), m_byAddress.end(), pSlot,
-                                         [](const EntitySlot* pWanted, const auto& pChunk) {
-                                             return std::less<>()(pWanted, pChunk->pFirst);
-                                         });
+    const auto behind = m_byAddress.upper_bound(pSlot);
     if (behind == m_byAddress.begin()) return std::nullopt;
-    const SeededChunk& chunk = **std::prev(behind);
+    const SeededChunk& chunk = std::prev(behind)->second;
     const auto iBytes = reinterpret_cast<std::uintptr_t>(pSlot) - reinterpret_cast<std::uintptr_t>(chunk.pFirst);
     const std::size_t iSlot = iBytes / sizeof(EntitySlot);
     if (iSlot >= g_iSlots || iBytes % sizeof(EntitySlot) != 0 || !chunk.defined[iSlot]) return std::nullopt;
@@ -73,19 +69,13 @@ const Entity* EntityIdMap::pSeededFromId(std::size_t iId) const {
 }
 
 EntityIdMap::SeededChunk& EntityIdMap::chunkOf(const EntitySlot& slot, std::size_t iId) {
-    SeededChunk*& pKnown = m_byNumber[iId - iId % g_iSlots];
-    if (!pKnown) {
-        auto pChunk = std::make_unique<SeededChunk>();
-        pChunk->pFirst = &slot - iId % g_iSlots;
-        pChunk->iFirstId = iId - iId % g_iSlots;
-        pKnown = pChunk.get();
-        const auto place = std::upper_bound(m_byAddress.begin(), m_byAddress.end(), pChunk,
-                                            [](const auto& a, const auto& b) {
-                                                return std::less<>()(a->pFirst, b->pFirst);
-                                            });
-        m_byAddress.insert(place, std::move(pChunk));
-    }
-    return *pKnown;
+    const std::size_t iFirstId = iId - iId % g_iSlots;
+    if (m_pLastSeeded && m_pLastSeeded->iFirstId == iFirstId) return *m_pLastSeeded;
+    const EntitySlot* const pFirst = &slot - iId % g_iSlots;
+    SeededChunk& chunk = m_byAddress.try_emplace(pFirst, SeededChunk{pFirst, iFirstId, {}}).first->second;
+    m_byNumber.try_emplace(iFirstId, &chunk);
+    m_pLastSeeded = &chunk;
+    return chunk;
 }
 
 void EntityIdMap::vSeed(const EntitySlot& slot, std::size_t iId) {

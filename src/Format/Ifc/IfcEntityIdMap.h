@@ -8,12 +8,12 @@
 
 #include <bitset>
 #include <cstddef>
-#include <memory>
+#include <functional>
+#include <map>
 #include <optional>
 #include <shared_mutex>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 #include "platform/Export.h"
 
@@ -65,8 +65,9 @@ private:
     [[nodiscard]] std::optional<std::size_t> findSeeded(const Entity* pEntity) const noexcept;
     SeededChunk& chunkOf(const EntitySlot& slot, std::size_t iId);
 
-    std::vector<std::unique_ptr<SeededChunk>> m_byAddress;        // ascending by pFirst
-    std::unordered_map<std::size_t, SeededChunk*> m_byNumber;     // by iFirstId
+    std::map<const EntitySlot*, SeededChunk, std::less<>> m_byAddress;   // by pFirst; new ones come in any order
+    std::unordered_map<std::size_t, SeededChunk*> m_byNumber;             // by iFirstId
+    SeededChunk* m_pLastSeeded = nullptr;                                 // numbers are seeded in their order
     std::size_t m_iSeeded = 0;
     std::unordered_map<const Entity*, std::size_t, Hash> m_map;   // the rest; guarded by m_lock
     mutable std::shared_mutex m_lock;

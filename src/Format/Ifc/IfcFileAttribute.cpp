@@ -176,7 +176,7 @@ const char* AttributeBase::StepReadInfoAttribute::pText() const noexcept {
 }
 
 void* AttributeBase::StepReadInfoAttribute::pAllocate(std::size_t iBytes) {
-    return m_pInfo->m_pArena ? m_pInfo->m_pArena->pAllocate(iBytes) : m_pData->pool().pAllocate(iBytes);
+    return m_pInfo->m_pThread ? m_pInfo->m_pThread->m_arena.pAllocate(iBytes) : m_pData->pool().pAllocate(iBytes);
 }
 
 AttributeBase::StepReadInfoAttribute AttributeBase::StepReadInfoAttribute::part(

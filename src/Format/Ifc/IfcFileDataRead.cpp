@@ -59,8 +59,9 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
     if (!parts || !m_pSchema) return giveUp();
 
     const std::string_view line = info.m_line;
-    const ObjectName name(line.substr(parts->iKeyword, parts->iOpen - parts->iKeyword));
-    const def::schema::Entity* pType = m_pSchema->pEntityFromName(name);
+    const std::string_view keyword = line.substr(parts->iKeyword, parts->iOpen - parts->iKeyword);
+    const def::schema::Entity* pType = info.m_pThread ? info.m_pThread->pEntityFromKeyword(*m_pSchema, keyword)
+                                                      : m_pSchema->pEntityFromName(ObjectName(keyword));
     if (!pType) {
         vReport(info, Errors::Error, Errors::Value, "Error_UnknownEntityType");
         return giveUp();

@@ -53,7 +53,7 @@ void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, Step
     }
     m_pSchemaEntity = &schema;
     const DataSizeEntity* pSize = pBlocksAllocate(schema, [&](std::size_t iBytes) {
-        return info.m_pArena ? info.m_pArena->pAllocate(iBytes) : data.pool().pAllocate(iBytes);
+        return info.m_pThread ? info.m_pThread->m_arena.pAllocate(iBytes) : data.pool().pAllocate(iBytes);
     });
     // A type without attributes has no layout, unless a caller asked for one; each of its statements is told.
     if (!pSize) {

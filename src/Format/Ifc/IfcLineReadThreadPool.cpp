@@ -87,11 +87,11 @@ std::size_t IfcLineReadThreadPool::iWorkerCount() noexcept {
 void IfcLineReadThreadPool::vStart() {
     const std::size_t iWorkers = m_boOneWorker ? 1 : iWorkerCount();
     Pool& pool = m_pFile->dataBase().pool();
-    for (std::size_t i = 0; i < iWorkers; ++i) m_arenas.push_back(std::make_unique<PoolArena>(pool));
+    for (std::size_t i = 0; i < iWorkers; ++i) m_threads.push_back(std::make_unique<StepReadThread>(pool));
     m_workers = std::vector<util::ThreadedLoop>(iWorkers);
     constexpr util::ThreadedLoop::Options g_options{2, true};
     for (std::size_t i = 0; i < iWorkers; ++i)
-        m_workers[i].perform({}, [this, pArena = m_arenas[i].get()] { return readLines(*pArena); }, g_iIntervalMs,
+        m_workers[i].perform({}, [this, pThread = m_threads[i].get()] { return readLines(*pThread); }, g_iIntervalMs,
                              g_options);
     m_collector.perform({}, [this] { return finalizeLines(); }, g_iIntervalMs, g_options);
 }
@@ -128,21 +128,21 @@ IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::pBatchNext() {
     return std::make_unique<Batch>();
 }
 
-void IfcLineReadThreadPool::vBatchRead(BatchPtr pBatch, PoolArena& arena) {
+void IfcLineReadThreadPool::vBatchRead(BatchPtr pBatch, StepReadThread& thread) {
     Data& data = m_pFile->dataBase();
     for (const QueuedLine& line : pBatch->m_lines) {
-        StepReadInfoData info(pBatch->text(line), line.m_iLine, *m_pInfo, &arena);
+        StepReadInfoData info(pBatch->text(line), line.m_iLine, *m_pInfo, &thread);
         data.boReadLine(info, pBatch->m_entities);
     }
     m_doneQueue.vPush(std::move(pBatch));
 }
 
 // What is queued is parsed to the end, also after a fatal fault.
-bool IfcLineReadThreadPool::readLines(PoolArena& arena) {
+bool IfcLineReadThreadPool::readLines(StepReadThread& thread) {
     // An assertion on a worker must not open anything that waits for a user.
     const auto handler = Assert::getRegisteredForCurrentThread().registerHandler(
         [](const AssertInfo&) { Debugger::vBreak(); });
-    while (BatchPtr pBatch = m_lineQueue.pPop(m_boWorkersActive)) vBatchRead(std::move(pBatch), arena);
+    while (BatchPtr pBatch = m_lineQueue.pPop(m_boWorkersActive)) vBatchRead(std::move(pBatch), thread);
     return m_boWorkersActive;
 }
 

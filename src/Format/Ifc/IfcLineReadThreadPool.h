@@ -84,8 +84,8 @@ private:
     void vStart();
     void vBatchQueue();
     [[nodiscard]] BatchPtr pBatchNext();
-    void vBatchRead(BatchPtr pBatch, PoolArena& arena);
-    bool readLines(PoolArena& arena);
+    void vBatchRead(BatchPtr pBatch, StepReadThread& thread);
+    bool readLines(StepReadThread& thread);
     bool finalizeLines();
 
     Queue m_lineQueue;   // waiting for a worker
@@ -93,8 +93,8 @@ private:
     Queue m_freeQueue;   // finalised, empty again
     std::atomic<bool> m_boWorkersActive{true};
     std::atomic<bool> m_boCollectorActive{true};
-    std::vector<std::unique_ptr<PoolArena>> m_arenas;   // one a worker
-    std::vector<util::ThreadedLoop> m_workers;          // empty until the first statement
+    std::vector<std::unique_ptr<StepReadThread>> m_threads;   // one a worker
+    std::vector<util::ThreadedLoop> m_workers;                // empty until the first statement
     util::ThreadedLoop m_collector;
     BatchPtr m_pBatch;                                  // being filled; the scanner's
     std::size_t m_iBatches = 1;                         // made so far; the scanner's

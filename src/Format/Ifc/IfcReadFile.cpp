@@ -35,7 +35,7 @@ ReadFile::ReadFile(FileBase& file, std::istream& stream, ReadError& error, bool 
       m_pFile(&file),
       m_boSimple(dynamic_cast<FileSimple*>(&file) != nullptr),
       m_info(error),
-      m_arena(file.dataBase().pool()),
+      m_thread(file.dataBase().pool()),
       m_boMarkerSeen(m_boSimple),
       m_boInData(m_boSimple) {
     m_entities.reserve(1);
@@ -328,7 +328,7 @@ void ReadFile::vEntityStatement(const ReadProgress& progress) {
         m_pPool->addLineToQueue(m_statement, m_iLine);
     } else {
         Data& data = m_pFile->dataBase();
-        StepReadInfoData info(m_statement, m_iLine, m_info, &m_arena);
+        StepReadInfoData info(m_statement, m_iLine, m_info, &m_thread);
         data.boReadLine(info, m_entities);
         data.finalizeEntity(m_entities.front(), m_info, m_statement, m_iLine);
         m_entities.clear();

@@ -72,7 +72,7 @@ private:
     bool m_boSimple;
     bool m_boCopyOnRefill = true;         // false inside blanks and comments
     StepReadInfoDataCommon m_info;
-    PoolArena m_arena;
+    StepReadThread m_thread;
 
     bool m_boMarkerSeen;                  // "ISO-10303-21" was seen
     bool m_boInHeader = false;

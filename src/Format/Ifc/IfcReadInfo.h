@@ -19,6 +19,7 @@
 #include <mutex>
 #include <shared_mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Format/Ifc/IfcFileEntity.h"
@@ -146,16 +147,44 @@ struct StepReadInfoDataCommon : ReadInfoCommon {
     bool m_boParallel = false;   // several threads parse statements of this read at once
 };
 
+// What a parsing thread keeps from statement to statement.
+class StepReadThread {
+public:
+    explicit StepReadThread(Pool& pool) noexcept : m_arena(pool) {}
+
+    // As Schema::pEntityFromName. A file names few types, mostly one of the last: those are found without hashing.
+    [[nodiscard]] const def::schema::Entity* pEntityFromKeyword(const def::schema::Schema& schema,
+                                                                std::string_view keyword) {
+        if (keyword.empty()) return nullptr;
+        if (m_pSchema != &schema) {
+            m_pSchema = &schema;
+            m_types = {};
+        }
+        const auto cAt = [&](std::size_t i) { return static_cast<std::size_t>(static_cast<unsigned char>(keyword[i])); };
+        const std::size_t iPlace = keyword.size() * 7 + cAt(keyword.size() - 1) + cAt(keyword.size() / 2) * 3;
+        const def::schema::Entity*& pType = m_types[iPlace % m_types.size()];
+        if (!pType || pType->sNameUpper != keyword)
+            pType = schema.pEntityFromName(def::schema::ObjectName(keyword));
+        return pType;
+    }
+
+    PoolArena m_arena;   // its share of the model's memory
+
+private:
+    const def::schema::Schema* m_pSchema = nullptr;
+    std::array<const def::schema::Entity*, 64> m_types{};
+};
+
 // One statement while it is parsed, on the stack of the thread that does it.
 struct StepReadInfoData {
     StepReadInfoData(std::string_view line, std::uint32_t iLine, StepReadInfoDataCommon& common,
-                     PoolArena* pArena = nullptr) noexcept
-        : m_line(line), m_iLine(iLine), m_pCommon(&common), m_pArena(pArena) {}
+                     StepReadThread* pThread = nullptr) noexcept
+        : m_line(line), m_iLine(iLine), m_pCommon(&common), m_pThread(pThread) {}
 
     std::string_view m_line;                // the text, ending in ";"
     std::uint32_t m_iLine;                  // where the statement ends in the file, from 1
     StepReadInfoDataCommon* m_pCommon;
-    PoolArena* m_pArena;                    // this thread's share of the pool; null: the pool itself
+    StepReadThread* m_pThread;              // null: of a thread that keeps nothing
 
     // The text for reports, copied once however many there are.
     [[nodiscard]] const SourceText& sourceText() {

@@ -6,6 +6,7 @@
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "OnThreads.h"
+#include "provider/SchemaLoader.h"
 
 namespace oxa::ifc {
 namespace {
@@ -73,6 +74,22 @@ TEST_F(EntityTable, ASlotIsHeldByOneAtATime) {
         }
     });
     EXPECT_EQ(iCount, 16000);
+}
+
+// What a thread remembers of types never answers for another keyword, nor for another schema.
+TEST(StepReadThread, FindsTheTypesThatTheSchemaHas) {
+    Pool pool;
+    StepReadThread thread(pool);
+    const def::SchemaPset* schemas[] = {SchemaLoader::pSchemaGet({}, "IFC4"), SchemaLoader::pSchemaGet({}, "IFC2X3")};
+    for (int iRound = 0; iRound < 2; ++iRound)
+        for (const def::SchemaPset* pSchema : schemas)
+            for (const def::SchemaPset* pNames : schemas)
+                for (const def::schema::Schema::Record& record : pNames->objects)
+                    ASSERT_EQ(thread.pEntityFromKeyword(*pSchema, record.key),
+                              pSchema->pEntityFromName(def::schema::ObjectName(record.key)))
+                        << record.key << " in " << pSchema->sName;
+    for (const char* sKeyword : {"", "X", "IFCWAL", "IFCWALLL", "IfcWall", "IFCLABEL", " IFCWALL"})
+        EXPECT_EQ(thread.pEntityFromKeyword(*schemas[0], sKeyword), nullptr) << sKeyword;
 }
 
 }   // namespace

@@ -137,7 +137,7 @@ public:
     Entity* pRead(std::string_view statement) {
         std::string line(statement);
         line.shrink_to_fit();
-        StepReadInfoData info(line, g_iLine, common, m_boArena ? &m_arena : nullptr);
+        StepReadInfoData info(line, g_iLine, common, m_boArena ? &m_thread : nullptr);
         std::vector<Entity*> result;
         const bool boMade = data.boReadLine(info, result);
         EXPECT_EQ(line, statement) << "the statement comes back as it was";
@@ -239,7 +239,7 @@ private:
     std::string sList(const AttributeList& cell, const def::schema::Attribute& attribute);
 
     bool m_boArena;
-    PoolArena m_arena{data.pool()};
+    StepReadThread m_thread{data.pool()};
 };
 
 inline std::string StatementReader::sCell(const AttributeBase& cell, const def::schema::ObjectBase* pObject,
