@@ -74,7 +74,6 @@ constexpr InverseRow g_inverses[] = {
     // (exp-attribute="attribute-tag").
     {"IfcElement", "HasOpenings", &g_elements},                                    // [0:?] in EXPRESS
     {"IfcElement", "HasProjections", &g_elements},                                 // [0:?] in EXPRESS
-    {"IfcGeometricRepresentationContext", "HasCoordinateOperation", &g_elements},
     {"IfcMaterial", "HasRepresentation", &g_elements},
     {"IfcObject", "IsDeclaredBy", &g_elements},
     {"IfcObject", "IsTypedBy", &g_elements},
@@ -97,6 +96,10 @@ constexpr InverseRow g_inverses[] = {
     {"IfcSpatialElement", "ContainsElements", &g_container},
     {"IfcSpatialElement", "ReferencesElements", &g_container},
     {"IfcTessellatedFaceSet", "HasTextures", &g_container},
+
+    // The configuration has one element named after the inverse attribute. That would not say which operation it is, and
+    // the type that it stands for is abstract: an IfcMapConversion would not come back.
+    {"IfcGeometricRepresentationContext", "HasCoordinateOperation", &g_container},
 };
 
 // Finds, for an attribute's type, whether a value of it may be a list that has one text: a list of numbers or texts,

@@ -115,6 +115,7 @@ TEST(XmlMapping, InverseAttributesAreElementsOneByOneOrInAContainer) {
         {"IfcElement", "HasOpenings", 1},              {"IfcOpeningElement", "HasFillings", 1},
         {"IfcElement", "FillsVoids", 0},               {"IfcRepresentationItem", "StyledByItem", 1},
         {"IfcTypeObject", "Types", 0},                 {"IfcMaterialDefinition", "HasProperties", 2},
+        {"IfcGeometricRepresentationContext", "HasCoordinateOperation", 2},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.sEntity) + '.' + row.sInverse);
@@ -196,6 +197,9 @@ Configured configured(const pugi::xml_document& document) {
     return found;
 }
 
+// The inverse attribute whose one element would not tell the type of the instance: it has a container instead.
+constexpr std::string_view g_sContained = "IfcGeometricRepresentationContext.HasCoordinateOperation";
+
 TEST_F(PublishedXml, ConfigurationSaysTheSame) {
     vLoad("IFC4_ADD2_config.xml");
     if (IsSkipped()) return;
@@ -212,7 +216,7 @@ TEST_F(PublishedXml, ConfigurationSaysTheSame) {
         for (const AttributeInverse& inverse : entity.ownInverseAttributes) {
             const std::string sName = entity.sName + '.' + inverse.sName;
             SCOPED_TRACE(sName);
-            const std::string sForm = all.inverses[sName];
+            const std::string sForm = sName == g_sContained ? "double-tag" : all.inverses[sName];
             EXPECT_EQ(modeOf(inverse), sForm == "attribute-tag" ? 1U : sForm == "double-tag" ? 2U : 0U);
             all.inverses.erase(sName);
         }
@@ -282,7 +286,9 @@ TEST_F(PublishedXml, XsdHasEverythingInTheSamePlace) {
             if (!sOurs.empty()) ours[attribute.sName] = sOurs;
         }
         for (const AttributeInverse& inverse : entity.ownInverseAttributes)
-            if (const std::uint32_t mode = modeOf(inverse); mode != 0) ours[inverse.sName] = places[mode];
+            if (const std::uint32_t mode = modeOf(inverse); mode != 0)
+                ours[inverse.sName] =
+                    entity.sName + '.' + inverse.sName == g_sContained ? "element" : places[mode];
         EXPECT_EQ(ours, published);
     });
 }

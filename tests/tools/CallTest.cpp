@@ -24,6 +24,7 @@ const VerbRow g_verbs[] = {
     {"convert", "Usage: oxaifc convert [OPTIONS] IN OUT\n", true, false, {"-"}},
     {"extract", "Usage: oxaifc extract [OPTIONS] IN WHAT OUT\n", true, false, {"#1", "-"}},
     {"set", "Usage: oxaifc set [OPTIONS] IN WHAT ATTRIBUTE VALUE OUT\n", true, false, {"#1", "Name", "x", "-"}},
+    {"header", "Usage: oxaifc header [OPTIONS] FILE [OUT]\n", false, true, {}},
     {"schema", "Usage: oxaifc schema [OPTIONS] [NAME] [ENTITY]\n", false, true, {}},
 };
 // clang-format on
@@ -71,14 +72,14 @@ struct FailRow {
     const char* pError;   // the one line, behind "oxaifc: "
 };
 const FailRow g_wrongCalls[] = {
-    {"no verb", {}, "a verb is missing; there are: info, check, show, convert, extract, set, schema"},
+    {"no verb", {}, "a verb is missing; there are: info, check, show, diff, convert, extract, set, header, schema"},
     {"a verb that does not exist",
      {"frobnicate"},
-     "there is no verb frobnicate; there are: info, check, show, convert, extract, set, schema"},
+     "there is no verb frobnicate; there are: info, check, show, diff, convert, extract, set, header, schema"},
     {"a verb with a letter too few", {"chek"}, "there is no verb chek; did you mean check?"},
     {"line ends in a word stay on the line",
      {"a\nb"},
-     "there is no verb a b; there are: info, check, show, convert, extract, set, schema"},
+     "there is no verb a b; there are: info, check, show, diff, convert, extract, set, header, schema"},
     {"info without a file", {"info"}, "info: FILE is required"},
     {"check without a file", {"check"}, "check: FILE is required"},
     {"two files", {"info", "a.ifc", "b.ifc"}, "info: The following argument was not expected: b.ifc"},
@@ -145,7 +146,7 @@ TEST(Call, UnreadableFileGivesOneLineAndTwo) {
                 if (!verb.boJson && pJson == std::string_view("--json")) continue;
                 std::vector<std::string> words{verb.pVerb, pJson, sPath};
                 words.insert(words.end(), verb.behind.begin(), verb.behind.end());
-                if (!verb.boReadsModels) words = {verb.pVerb, "--json", "--file", sPath};
+                if (verb.pVerb == std::string_view("schema")) words = {verb.pVerb, "--json", "--file", sPath};
                 vExpectFailure(runProgram(words), sPath + ": " + row.pError);
             }
         }
@@ -163,7 +164,7 @@ TEST(Call, EmptyStandardInputIsUnreadable) {
     for (const VerbRow& verb : g_verbs) {
         std::vector<std::string> words{verb.pVerb, "-"};
         words.insert(words.end(), verb.behind.begin(), verb.behind.end());
-        if (!verb.boReadsModels) words = {verb.pVerb, "--file", "-"};
+        if (verb.pVerb == std::string_view("schema")) words = {verb.pVerb, "--file", "-"};
         vExpectFailure(runProgram(words), "standard input: is empty");
     }
 }

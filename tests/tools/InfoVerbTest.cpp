@@ -192,11 +192,22 @@ TEST(InfoVerb, TextTellsTheSame) {
         {"info", "-"}, sExchangeFile("IFC4", std::string(g_pTwoPoints) + "#4=IFCPOLYLINE((#1,#9));\n"));
     EXPECT_EQ(run.iCode, 1);
     for (const char* pLine : {"file                  standard input\n", "schema                IFC4\n",
-                              "author                a\n", "entities              4\n",
+                              "Description\n Description          d\n ImplementationLevel  2;1\n"
+                              "Name\n Name                 n\n TimeStamp            2024-05-17T09:30:00\n"
+                              " Author               a\n Organization         o\n IfcToolbox           p\n"
+                              " OriginatingSystem    s\n Authorisation        z\n"
+                              "Schema\n Schema               IFC4\n",
+                              "entities              4\n",
                               "                   2  IFCCARTESIANPOINT\n",
                               "                   2  IFCPOLYLINE\n", "missing references    1\n",
                               "errors                1, fatal 0\n", "read                  to the end\n"})
         EXPECT_NE(run.sOut.find(pLine), std::string::npos) << pLine << run.sOut;
+}
+
+TEST(InfoVerb, TextOfTheSimpleFormTellsItsRoot) {
+    const ProgramRun run = runProgram({"info", "-"}, "Ifc file simple;\nIFC4;\n3;\n" + std::string(g_pTwoPoints));
+    EXPECT_NE(run.sOut.find("schema                IFC4\nroot                  3\nentities"), std::string::npos)
+        << run.sOut;
 }
 
 TEST(InfoVerb, HeaderBytesOutsideUtf8StayValidJson) {

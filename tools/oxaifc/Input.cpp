@@ -99,6 +99,8 @@ bool Input::boBeginsWith(std::string_view text) const noexcept {
     return m_pBuffer->waiting().starts_with(text);
 }
 
+std::string_view Input::firstBytes() const noexcept { return m_pBuffer->waiting(); }
+
 std::uint64_t Input::iBytesRead() const noexcept { return m_pBuffer->iRead(); }
 
 std::uint64_t Input::iFinish() {

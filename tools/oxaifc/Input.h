@@ -26,6 +26,8 @@ public:
     [[nodiscard]] const std::string& sName() const noexcept { return m_sName; }
     // True when the bytes begin so.
     [[nodiscard]] bool boBeginsWith(std::string_view text) const noexcept;
+    // The first bytes, a few hundred thousand at most, until the stream is read from.
+    [[nodiscard]] std::string_view firstBytes() const noexcept;
     // Bytes taken from the file so far; a read may be some ahead of its user.
     [[nodiscard]] std::uint64_t iBytesRead() const noexcept;
     // The whole size; 0 where that is not known beforehand.

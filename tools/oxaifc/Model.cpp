@@ -9,6 +9,7 @@
 #include "oxaifc/Input.h"
 #include "oxaifc/Output.h"
 #include "oxaifc/Progress.h"
+#include "oxaifc/XmlDocument.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa::tool {
@@ -25,10 +26,16 @@ void ModelOptions::vDeclare(CLI::App& command, const char* pFileName) {
 }
 
 Model::Model(const ModelOptions& options, bool boKeepIds)
-    : m_schemas(options.schemaPaths), m_pErrors(ifc::io::ReadError::pAllocate()), m_boIdsKept(boKeepIds) {
+    : m_schemas(options.schemaPaths), m_pErrors(ifc::io::ReadError::pAllocate()), m_boIdsKept(boKeepIds),
+      m_boXml(false) {
     Input input(options.sPath);
     m_sName = input.sName();
     m_noSchema.vFinish();
+    m_boXml = boBeginsAsXml(input.firstBytes()) || boXmlName(options.sPath);
+    if (m_boXml) {
+        vXmlRead(input, boKeepIds);
+        return;
+    }
     if (input.boBeginsWith("Ifc file simple"))
         m_pFile = std::make_unique<ifc::FileSimple>(m_noSchema);
     else
@@ -55,6 +62,25 @@ bool Model::boRead(std::istream& stream, bool boKeepIds, bool boSingleThreaded, 
                              boSingleThreaded);
     return boReadSimple(dynamic_cast<ifc::FileSimple&>(*m_pFile), stream, boKeepIds, boSingleThreaded,
                         std::move(progress));
+}
+
+void Model::vXmlRead(Input& input, bool boKeepIds) {
+    const auto start = std::chrono::steady_clock::now();
+    XmlInput document(m_sName);
+    const std::string sFault = document.sLoad(input.stream());
+    m_iBytes = input.iFinish();   // first: where the system could not read on, that is the reason
+    if (!sFault.empty()) throw Failure(fmt::format("{}: can't be read as XML: {}", m_sName, sFault));
+    auto pFile = std::make_unique<ifc::File>();
+    document.vImport(*pFile, m_schemas.function(), *m_pErrors);
+    ifc::FileHeader& header = pFile->header();
+    if (header.description.descriptions.empty())
+        header.description.descriptions = {{}};   // ISO 10303-21, 8.2.1: one at least
+    if (header.name.author.empty()) header.name.author = {{}};
+    if (header.name.organization.empty()) header.name.organization = {{}};
+    if (!boKeepIds) static_cast<void>(pFile->data().entityIdMap(true));   // dealt anew
+    m_pFile = std::move(pFile);
+    m_boOk = true;
+    m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 // What FileSimple::boRead does, except that it never keeps numbers.

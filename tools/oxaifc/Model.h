@@ -1,7 +1,8 @@
 // Model: a file that a verb was called with, read.
 //
 // For      verbs with a FILE: ModelOptions gives them the options of a read, Model reads.
-// Errors   Failure, for what can't be read as bytes; errors of the text are in errors().
+// Errors   Failure, for what can't be read as bytes, and for XML that is no ifcXML; errors of the text are in
+//          errors().
 // Threads  one; a read starts and joins its own.
 #pragma once
 
@@ -30,10 +31,12 @@ struct ModelOptions {
     void vDeclare(CLI::App& command, const char* pFileName = "FILE");
 };
 
+class Input;
+
 class Model {
 public:
-    // Reads the file: an exchange structure, or the simple text form where the bytes begin so. With boKeepIds its
-    // instance numbers are kept.
+    // Reads the file: an exchange structure, the simple text form where the bytes begin so, or ifcXML where
+    // they begin as XML or the name ends so. With boKeepIds its instance numbers are kept.
     Model(const ModelOptions& options, bool boKeepIds);
     ~Model();
     Model(const Model&) = delete;
@@ -41,9 +44,9 @@ public:
 
     [[nodiscard]] ifc::FileBase& file() noexcept { return *m_pFile; }
     [[nodiscard]] const ifc::Data& data() const noexcept { return m_pFile->dataBase(); }
-    // The header of an exchange structure; null for the simple form.
+    // The header of an exchange structure or of an ifcXML document; null for the simple form.
     [[nodiscard]] const ifc::FileHeader* pHeader() const noexcept;
-    // The header of the simple form; null for an exchange structure.
+    // The header of the simple form; null for the others.
     [[nodiscard]] const ifc::FileHeaderSimple* pHeaderSimple() const noexcept;
     // The schema's own name; as the file spells it where no schema is known by that; empty where it tells none.
     [[nodiscard]] std::string sSchemaName() const { return m_pFile->headerBase().sSchemaNameGet(); }
@@ -51,6 +54,8 @@ public:
     [[nodiscard]] const std::vector<ifc::ErrorRecord>& errors() const noexcept {
         return m_pErrors->records();
     }
+    // True for ifcXML: what is not understood there is passed over, and errors() does not tell it.
+    [[nodiscard]] bool boXml() const noexcept { return m_boXml; }
     // The result of the read.
     [[nodiscard]] bool boOk() const noexcept { return m_boOk; }
     // Whether the entities have the numbers of the file.
@@ -68,6 +73,7 @@ private:
     bool boRead(std::istream& stream, bool boKeepIds, bool boSingleThreaded, ifc::ReadProgress progress);
     bool boReadSimple(ifc::FileSimple& file, std::istream& stream, bool boKeepIds, bool boSingleThreaded,
                       ifc::ReadProgress progress);
+    void vXmlRead(Input& input, bool boKeepIds);
 
     SchemaSource m_schemas;
     ifc::def::SchemaPset m_noSchema{""};   // what a simple file is born with
@@ -75,6 +81,7 @@ private:
     std::unique_ptr<ifc::FileBase> m_pFile;
     std::string m_sName;
     bool m_boIdsKept;
+    bool m_boXml;
     bool m_boOk = false;
     double m_seconds = 0;
     std::uint64_t m_iBytes = 0;

@@ -14,6 +14,8 @@
 #include "oxaifc/Failure.h"
 #include "oxaifc/Output.h"
 #include "oxaifc/Progress.h"
+#include "oxaifc/XmlDocument.h"
+#include "platform/Utilities.h"
 
 namespace oxa::tool {
 
@@ -40,7 +42,17 @@ void WriteOptions::vDeclareOut(CLI::App& command) {
     command.footer(
         "OUT is replaced as a whole or not at all. Exit code: 0 fine, 1 the read or the write had errors "
         "(OUT is written, and they are told), 2 unreadable, not to be written or wrong usage (OUT is as "
-        "it was). An IN with errors is not replaced by itself.");
+        "it was). An IN with errors is not replaced by itself, nor is one in ifcXML, which is read in part.");
+}
+
+void WriteOptions::vDeclareFormat(CLI::App& command) {
+    command
+        .add_option(
+            "--format", sFormat,
+            "step or ifcxml; without it ifcxml where OUT ends in .ifcxml or .xml. ifcXML is for IFC4, holds "
+            "what is connected with the project, and less of that than STEP")
+        ->check(CLI::IsMember({"step", "ifcxml"}))
+        ->type_name("X");
 }
 
 // Statements as they are composed, to the stream, with a list of their numbers.
@@ -64,7 +76,9 @@ private:
 };
 
 ModelWrite::ModelWrite(const WriteOptions& options)
-    : m_options(options), m_target(options.sOut), m_pErrors(ifc::io::WriteError::pAllocate()) {}
+    : m_options(options),
+      m_boXml(options.sFormat.empty() ? boXmlName(options.sOut) : options.sFormat == "ifcxml"),
+      m_target(options.sOut), m_pErrors(ifc::io::WriteError::pAllocate()) {}
 
 ModelWrite::~ModelWrite() = default;
 
@@ -74,6 +88,11 @@ void ModelWrite::vCheck(const Model& model) const {
         throw Failure(
             fmt::format("{}: not read to the end{}{}; {} is not written", model.sName(), pFatal ? ": " : "",
                         pFatal ? sPrintable(pFatal->description) : std::string(), m_target.sName()));
+    if (model.boXml() && m_target.boIs(m_options.sPath))
+        throw Failure(
+            fmt::format("{}: is ifcXML, which is read in part; what was passed over would be lost, so name "
+                        "another OUT",
+                        model.sName()));
     if (!model.errors().empty() && m_target.boIs(m_options.sPath))
         throw Failure(fmt::format("{}: has {}; what could not be read would be lost, so name another OUT",
                                   model.sName(), sCounted(model.errors().size(), "error")));
@@ -111,7 +130,44 @@ void ModelWrite::vStatementsWrite(Model& model, const ifc::Entity* pRoot) {
                             model.sName(), iId));
 }
 
+// The whole tree stands in memory before the first byte is written.
+void ModelWrite::vXmlWrite(Model& model) {
+    vCheck(model);
+    XmlOutput document;
+    if (!document.boExportHeader(model.file().headerBase()))
+        throw Failure(
+            fmt::format("{}: is of schema {}, and ifcXML is written for IFC4 only; oxaifc convert --schema "
+                        "IFC4 makes one of that",
+                        model.sName(), sPrintable(model.sSchemaName())));
+    const auto& entities = model.data().entities();
+    if (!model.data().pProject())
+        throw Failure(fmt::format("{}: has no IFCPROJECT, where ifcXML starts from", model.sName()));
+    try {
+        Progress progress([this, iAll = entities.size()](unsigned iTaken) {
+            return fmt::format("writing {}: {} of {} entities", sPrintable(m_target.sName()),
+                               sGrouped(iTaken), sGrouped(iAll));
+        });
+        document.boExportData(model.data(), progress.function());
+    } catch (const oxa::exception& error) {
+        if (std::string_view(error.what()) != "returning nullptr") throw;
+        throw Failure(
+            fmt::format("{}: refers to an instance that it does not define or that could not be read, which "
+                        "ifcXML can't hold; {} is not written (oxaifc check tells which)",
+                        model.sName(), m_target.sName()));
+    }
+    for (const ifc::Entity* pEntity : entities)
+        if (document.boExported(*pEntity))
+            m_written.push_back(static_cast<std::uint32_t>(model.data().iIdFromEntity(*pEntity)));
+    std::sort(m_written.begin(), m_written.end());
+    document.boSave(m_target.stream());   // what fails is kept by the target
+    m_target.vFinish();
+    if (const std::size_t iDepth = document.iDepth(); iDepth > XmlOutput::g_iDepthLimit)
+        vSay(fmt::format("{}: has elements nested {} deep; many readers take fewer, this one {}",
+                         sPrintable(m_target.sName()), sGrouped(iDepth), sGrouped(XmlOutput::g_iDepthLimit)));
+}
+
 void ModelWrite::vExchangeWrite(Model& model, const ifc::Entity* pRoot) {
+    if (m_boXml) return vXmlWrite(model);
     vCheck(model);
     ifc::FileHeader header;
     if (const ifc::FileHeader* pHeader = model.pHeader()) {
@@ -146,7 +202,13 @@ void ModelWrite::vSimpleWrite(Model& model, const ifc::Entity* pRoot) {
 }
 
 void ModelWrite::vSameWrite(Model& model) {
-    if (model.pHeader())
+    if (m_boXml) {
+        vXmlWrite(model);
+        if (const std::size_t iLeftOut = model.data().entities().size() - m_written.size())
+            vSay(fmt::format(
+                "{}: left out, not connected with the project: {}, for which ifcXML has no place",
+                sPrintable(m_target.sName()), iLeftOut == 1 ? "1 entity" : sGrouped(iLeftOut) + " entities"));
+    } else if (model.pHeader())
         vExchangeWrite(model, nullptr);
     else
         vSimpleWrite(model, nullptr);

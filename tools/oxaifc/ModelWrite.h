@@ -1,8 +1,8 @@
 // ModelWrite: writes what a verb read, or a part of it, to its OUT.
 //
 // For      verbs with an OUT. All of them tell what went wrong in the same words and with the same exit codes.
-// Errors   Failure, and no OUT, for a model that was not read to its end, for one with errors whose file OUT would
-//          replace, and for what the system can't write.
+// Errors   Failure, and no OUT, for a model that was not read to its end, for one with errors or out of ifcXML
+//          whose file OUT would replace, for one that ifcXML can't hold, and for what the system can't write.
 // Threads  one; a write starts and joins its own.
 #pragma once
 
@@ -19,12 +19,15 @@ namespace oxa::tool {
 
 // What every verb with an OUT takes.
 struct WriteOptions : ModelOptions {
-    std::string sOut;   // "-" is standard output
+    std::string sOut;      // "-" is standard output
+    std::string sFormat;   // "step" or "ifcxml"; empty: OUT's name decides
 
     // Adds IN, FILE's name here, and the options of a read.
     void vDeclareIn(CLI::App& command) { vDeclare(command, "IN"); }
     // Adds OUT, which comes last on the command line, and what help says of all these verbs.
     void vDeclareOut(CLI::App& command);
+    // Adds --format, for a verb that writes either format.
+    void vDeclareFormat(CLI::App& command);
 };
 
 class ModelWrite {
@@ -33,11 +36,16 @@ public:
     explicit ModelWrite(const WriteOptions& options);
     ~ModelWrite();
 
-    // Each writes one file, with the numbers of the model. "pRoot" and what it reaches over references and inverse
-    // lists, or everything for null. Nothing at all to write is no failure.
-    void vExchangeWrite(Model& model, const ifc::Entity* pRoot);   // ISO 10303-21
+    // True where OUT becomes ifcXML: the project and what it reaches, of schema IFC4.
+    [[nodiscard]] bool boXml() const noexcept { return m_boXml; }
+
+    // Each writes one file, with the numbers of the model. "pRoot" and what it reaches over references and
+    // inverse lists, or everything for null. Nothing at all to write is no failure.
+    void vExchangeWrite(Model& model,
+                        const ifc::Entity* pRoot);   // ISO 10303-21; ifcXML, from the project on
     void vSimpleWrite(Model& model, const ifc::Entity* pRoot);     // the simple text form
-    // Everything, in the form that was read.
+    // Everything, in the form that was read; ifcXML where OUT is to be that, with a word about what it leaves
+    // out.
     void vSameWrite(Model& model);
 
     // Tells the errors of the read and the write on standard error. The exit code of the verb.
@@ -50,8 +58,10 @@ private:
 
     void vCheck(const Model& model) const;
     void vStatementsWrite(Model& model, const ifc::Entity* pRoot);
+    void vXmlWrite(Model& model);
 
     const WriteOptions& m_options;
+    bool m_boXml;
     Target m_target;
     std::unique_ptr<ifc::io::WriteError> m_pErrors;
     std::vector<std::uint32_t> m_written;   // numbers, ascending

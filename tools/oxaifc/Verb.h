@@ -28,7 +28,9 @@ struct Verb {
 
 [[nodiscard]] VerbRun verbCheck(CLI::App& command);
 [[nodiscard]] VerbRun verbConvert(CLI::App& command);
+[[nodiscard]] VerbRun verbDiff(CLI::App& command);
 [[nodiscard]] VerbRun verbExtract(CLI::App& command);
+[[nodiscard]] VerbRun verbHeader(CLI::App& command);
 [[nodiscard]] VerbRun verbInfo(CLI::App& command);
 [[nodiscard]] VerbRun verbSchema(CLI::App& command);
 [[nodiscard]] VerbRun verbSet(CLI::App& command);

@@ -1,18 +1,19 @@
-// VerbCheck: "oxaifc check": every record of the error list of a read.
+// VerbCheck: "oxaifc check": every record of the error list of a read, as a list or as a report.
 
 #include <algorithm>
-#include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <tuple>
-#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "Format/Ifc/IfcFileEntity.h"
+#include "oxaifc/Failure.h"
 #include "oxaifc/Model.h"
 #include "oxaifc/Output.h"
+#include "oxaifc/Records.h"
+#include "oxaifc/Report.h"
 #include "oxaifc/Verb.h"
 
 namespace oxa::tool {
@@ -25,18 +26,8 @@ constexpr std::size_t g_iShortText = 300;   // bytes of a source text on a termi
 
 struct CheckOptions : ModelOptions {
     bool boJson = false;
+    ReportOptions report;
 };
-
-constexpr std::array<std::string_view, 2> g_severities{"error", "fatal"};
-constexpr std::array<std::string_view, 9> g_categories{"syntax", "header", "value",      "null",  "reference",
-                                                       "model",  "other",  "identifier", "schema"};
-
-std::string_view severityWord(const ifc::ErrorRecord& record) { return g_severities.at(record.severity); }
-std::string_view categoryWord(const ifc::ErrorRecord& record) { return g_categories.at(record.category); }
-
-std::string_view sourceText(const ifc::ErrorRecord& record) {
-    return record.lineString ? std::string_view(*record.lineString) : std::string_view();
-}
 
 // "IFCWALL #12": the number and the keyword of the statement, or what the entity itself tells of them.
 std::string sEntity(const ifc::ErrorRecord& record, const Model& model) {
@@ -54,20 +45,6 @@ std::string sEntity(const ifc::ErrorRecord& record, const Model& model) {
     const auto number = model.data().entityIdMap(false).find(record.entity);
     return record.entity->pSchemaEntity()->sNameUpper +
            (number ? " #" + std::to_string(*number) : std::string());
-}
-
-// In the order of the file, whatever the order in which threads met them; those without a line at the end.
-std::vector<const ifc::ErrorRecord*> byLine(const std::vector<ifc::ErrorRecord>& records) {
-    std::vector<const ifc::ErrorRecord*> result;
-    result.reserve(records.size());
-    for (const ifc::ErrorRecord& record : records) result.push_back(&record);
-    const auto key = [](const ifc::ErrorRecord& record) {
-        return std::tuple(record.lineNumber == 0, record.lineNumber, sourceText(record));
-    };
-    // Stable: what was found in one statement was found by one thread, in its order.
-    std::stable_sort(result.begin(), result.end(),
-                     [&key](const auto* pA, const auto* pB) { return key(*pA) < key(*pB); });
-    return result;
 }
 
 Json recordJson(const ifc::ErrorRecord& record) {
@@ -91,8 +68,7 @@ void vRecordWrite(const ifc::ErrorRecord& record, const Model& model, Output& ou
 
 // "3 errors: 2 value, 1 reference", a line a severity; "no errors" where there is none.
 void vCountsWrite(const Model& model, Output& output) {
-    std::array<std::array<std::size_t, g_categories.size()>, g_severities.size()> counts{};
-    for (const ifc::ErrorRecord& record : model.errors()) ++counts.at(record.severity).at(record.category);
+    const RecordCounts counts = recordCounts(model.errors());
     for (std::size_t i = 0; i < counts.size(); ++i) {
         std::size_t iAll = 0;
         std::string sParts;
@@ -107,23 +83,36 @@ void vCountsWrite(const Model& model, Output& output) {
     }
     if (model.errors().empty())
         output.vPrint("{}: {}\n", sPrintable(model.sName()),
-                      model.boOk() ? "no errors" : "not read to the end");
+                      model.boXml()  ? "read; what the import of ifcXML passes over, it does not tell"
+                      : model.boOk() ? "no errors"
+                                     : "not read to the end");
 }
 
-int iCheck(const CheckOptions& options, Output& output) {
-    const Model model(options, true);
+void vRecordsWrite(const CheckOptions& options, const Model& model, Output& output) {
     if (options.boJson) output.vJsonBegin();
-    for (const ifc::ErrorRecord* pRecord : byLine(model.errors())) {
+    for (const ifc::ErrorRecord* pRecord : recordsByLine(model.errors())) {
         if (!output.boWanted()) break;
         if (options.boJson)
             output.vJsonItem(recordJson(*pRecord));
         else
             vRecordWrite(*pRecord, model, output);
     }
-    if (options.boJson)
-        output.vJsonEnd();
-    else
-        vCountsWrite(model, output);
+    if (options.boJson) output.vJsonEnd();
+}
+
+int iCheck(const CheckOptions& options, Output& output) {
+    const bool boReport = options.report.boWanted();
+    if (options.boJson && options.report.boToOutput())
+        throw Failure("check: --json and a report can't both go to standard output; name a file: --html OUT");
+    if (options.sPath == "-" && options.report.sTemplate == "-")
+        throw Failure("check: FILE and --template can't both be standard input");
+    std::optional<Report> report;
+    if (boReport) report.emplace(options.report, options.sPath);
+    const Model model(options, true);
+    if (report) report->vWrite(model);
+    // A report has the records; where it went to a file, the counts are the answer.
+    if (options.boJson || !boReport) vRecordsWrite(options, model, output);
+    if (!options.boJson && !options.report.boToOutput()) vCountsWrite(model, output);
     return model.iExitCode();
 }
 
@@ -133,6 +122,16 @@ VerbRun verbCheck(CLI::App& command) {
     const auto pOptions = std::make_shared<CheckOptions>();
     pOptions->vDeclare(command);
     command.add_flag("--json", pOptions->boJson, "print a JSON array with one object a record");
+    command
+        .add_option("--html", pOptions->report.sOut,
+                    "write a page about the errors to this file instead of the list; - for standard output")
+        ->type_name("OUT");
+    command
+        .add_option(
+            "--template", pOptions->report.sTemplate,
+            "instead of that page what this inja template makes of the errors, on standard output without "
+            "--html; files that it includes are looked for from the working folder on")
+        ->type_name("X");
     return [pOptions](Output& output) { return iCheck(*pOptions, output); };
 }
 

@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "oxaifc/Failure.h"
 #include "oxaifc/ModelWrite.h"
 #include "oxaifc/Selection.h"
 #include "oxaifc/Verb.h"
@@ -19,6 +20,9 @@ struct ExtractOptions : WriteOptions {
 
 int iExtract(const ExtractOptions& options) {
     ModelWrite write(options);
+    if (write.boXml())
+        throw Failure("extract: OUT has the simple text form, so it can't be named as ifcXML; oxaifc convert "
+                      "writes that");
     Model model(options, true);
     write.vSimpleWrite(model, &entitySelected(model, options.sWhat));
     return write.iTell(model);

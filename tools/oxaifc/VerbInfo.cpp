@@ -11,6 +11,7 @@
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
+#include "oxaifc/HeaderRows.h"
 #include "oxaifc/Model.h"
 #include "oxaifc/Output.h"
 #include "oxaifc/System.h"
@@ -76,50 +77,32 @@ Figures figures(const Model& model) {
     return result;
 }
 
-// The fields of the header under the names that JSON gives them: texts and lists of texts.
-Json headerJson(const Model& model) {
-    if (const ifc::FileHeader* pHeader = model.pHeader())
-        return {{"description", pHeader->description.descriptions},
-                {"implementationLevel", pHeader->description.implementationLevel},
-                {"name", pHeader->name.name},
-                {"timeStamp", pHeader->name.timeStamp},
-                {"author", pHeader->name.author},
-                {"organization", pHeader->name.organization},
-                {"preprocessorVersion", pHeader->name.preprocessorVersion},
-                {"originatingSystem", pHeader->name.originatingSystem},
-                {"authorization", pHeader->name.authorization}};
-    Json header = Json::object();
-    const ifc::FileHeaderSimple::ExportInfo& info = model.pHeaderSimple()->exportInfo;
-    if (const auto* pRoot = std::get_if<std::uint64_t>(&info))
-        header["root"] = *pRoot;
-    else if (std::holds_alternative<std::int32_t>(info))
-        header["root"] = "*";
-    return header;
+// What the simple form tells instead of a header: where it starts.
+Json rootJson(const ifc::FileHeaderSimple& head) {
+    Json root = Json::object();
+    if (const auto* pRoot = std::get_if<std::uint64_t>(&head.exportInfo))
+        root["root"] = *pRoot;
+    else if (std::holds_alternative<std::int32_t>(head.exportInfo))
+        root["root"] = "*";
+    return root;
 }
 
 void vJsonWrite(const Model& model, const std::string& sPath, const Figures& all, Output& output) {
     Json types = Json::object();
     for (const TypeCount& type : all.byType) types[type.sKeyword] = type.iCount;
-    output.vJson({{"file", sPath},
-                  {"schema", model.sSchemaName()},
-                  {"header", headerJson(model)},
-                  {"entities", all.iEntities},
-                  {"byType", std::move(types)},
-                  {"rooted", model.data().guidEntityMap().size()},
-                  {"inverses", all.iInverses},
-                  {"errors", all.iErrors},
-                  {"fatal", all.iFatal},
-                  {"ok", model.boOk()},
-                  {"seconds", model.seconds()},
-                  {"bytes", model.iBytes()}});
-}
-
-// A text, or the texts of a list with "; " between them.
-std::string sHeaderText(const Json& value) {
-    if (!value.is_array()) return value.is_string() ? value.get<std::string>() : value.dump();
-    std::string sText;
-    for (const Json& item : value) sText.append(sText.empty() ? "" : "; ").append(item.get<std::string>());
-    return sText;
+    output.vJson(
+        {{"file", sPath},
+         {"schema", model.sSchemaName()},
+         {"header", model.pHeader() ? headerJson(*model.pHeader()) : rootJson(*model.pHeaderSimple())},
+         {"entities", all.iEntities},
+         {"byType", std::move(types)},
+         {"rooted", model.data().guidEntityMap().size()},
+         {"inverses", all.iInverses},
+         {"errors", all.iErrors},
+         {"fatal", all.iFatal},
+         {"ok", model.boOk()},
+         {"seconds", model.seconds()},
+         {"bytes", model.iBytes()}});
 }
 
 void vTextWrite(const Model& model, const Figures& all, Output& output) {
@@ -129,15 +112,21 @@ void vTextWrite(const Model& model, const Figures& all, Output& output) {
     vRow("file", model.sName());
     vRow("size", sCounted(model.iBytes(), "byte"));
     vRow("schema", model.sSchemaName());
-    const Json header = headerJson(model);
-    for (const auto& [sName, value] : header.items()) vRow(sName, sHeaderText(value));
+    if (model.pHeader()) {
+        vHeaderWrite(*model.pHeader(), output);
+    } else {
+        const Json root = rootJson(*model.pHeaderSimple());
+        for (const auto& [sName, value] : root.items())
+            vRow(sName, value.is_string() ? value.get<std::string>() : value.dump());
+    }
     vRow("entities", sGrouped(all.iEntities));
     for (const TypeCount& type : all.byType)
         output.vPrint("{:>20}  {}\n", sGrouped(type.iCount), type.sKeyword);
     vRow("GlobalIds", sGrouped(model.data().guidEntityMap().size()));
     vRow("inverse entries", sGrouped(all.iInverses));
     vRow("missing references", sGrouped(all.iMissing));
-    vRow("errors", fmt::format("{}, fatal {}", sGrouped(all.iErrors), sGrouped(all.iFatal)));
+    // What an import of ifcXML passes over, nobody counts.
+    if (!model.boXml()) vRow("errors", fmt::format("{}, fatal {}", sGrouped(all.iErrors), sGrouped(all.iFatal)));
     vRow("read", model.boOk() ? "to the end" : "not to the end");
     vRow("time", fmt::format("{:.3f} s", model.seconds()));
     constexpr double g_mebibyte = 1024.0 * 1024.0;

@@ -43,6 +43,7 @@ VerbRun verbSet(CLI::App& command) {
         ->required()
         ->type_name("");
     pOptions->vDeclareOut(command);
+    pOptions->vDeclareFormat(command);
     return [pOptions](Output&) { return iSet(*pOptions); };
 }
 

@@ -58,16 +58,16 @@ public:
             switch (token.kind) {
             case Kind::StatementOpen:
             case Kind::LineStatementOpen:
-            case Kind::ExpressionOpen: vBegin(); break;
+            case Kind::ExpressionOpen: vBegin(token.kind != Kind::ExpressionOpen); break;
             case Kind::String:
                 if ((m_sStatement == "include" || m_sStatement == "extends") && token.text.size() >= 2)
                     names.emplace_back(token.text.substr(1, token.text.size() - 2));
                 break;
-            case Kind::Id: vId(token.text, m_iToken); break;
+            case Kind::Id: vId(token.text); break;
             default: vSign(token.kind);
             }
             m_boValueBefore = boValue(token);
-            m_iToken += 1;
+            ++m_iToken;
         }
         return names;
     }
@@ -80,7 +80,8 @@ private:
         if (iDepth > g_iMostNested) vFail("nested too deeply");
     }
 
-    void vBegin() {
+    void vBegin(bool boStatement) {
+        m_boStatement = boStatement;
         m_sStatement = {};
         m_iToken = 0;
         m_iBrackets = m_iSteps = 0;
@@ -90,11 +91,16 @@ private:
         return word == "and" || word == "or" || word == "in" || word == "not";
     }
 
+    // "if", "for" and the like, and the second word of "else if".
+    [[nodiscard]] bool boKeyword() const {
+        return m_boStatement && (m_iToken == 1 || (m_iToken == 2 && m_sStatement == "else"));
+    }
+
     // Whether a "|" behind it has something to work on.
-    [[nodiscard]] static bool boValue(const inja::Token& token) {
+    [[nodiscard]] bool boValue(const inja::Token& token) const {
         using Kind = inja::Token::Kind;
         switch (token.kind) {
-        case Kind::Id: return !boOperatorWord(token.text);
+        case Kind::Id: return !boKeyword() && !boOperatorWord(token.text);
         case Kind::Number:
         case Kind::String:
         case Kind::RightParen:
@@ -104,13 +110,16 @@ private:
         }
     }
 
-    void vId(std::string_view word, std::size_t iToken) {
+    void vId(std::string_view word) {
         const auto iParts =
             std::count_if(word.begin(), word.end(), [](char c) { return c == '.' || c == '/'; });
         vCheckNested(static_cast<std::size_t>(iParts));
         if (boOperatorWord(word)) vCheckNested(++m_iSteps);
-        if (iToken == 1) vStatement(word);
-        if (iToken == 2 && m_sStatement == "else" && word == "if") vOpen("else if");
+        if (!boKeyword()) return;
+        if (m_iToken == 1)
+            vStatement(word);
+        else if (word == "if")
+            vOpen("else if");
     }
 
     void vSign(inja::Token::Kind kind) {
@@ -166,6 +175,7 @@ private:
     inja::Lexer m_lexer;
     std::vector<std::string_view> m_open;   // statements without their end so far, the innermost last
     // Of the present statement or expression.
+    bool m_boStatement = false;
     std::string_view m_sStatement;   // its first word
     std::size_t m_iToken = 0;        // 0 is what opens it
     std::size_t m_iBrackets = 0;     // open ones
