@@ -115,7 +115,7 @@ void vWriteEncoded(StepWriteInfo& info, std::string_view text) {
     if (std::ranges::all_of(text, boPlain))
         info.m_line.append(text);
     else
-        info.m_line.append(sIfcStrFromUtf8(info.m_encoded, text.data(), text.size()));
+        info.m_line.append(sIfcStrFromText(info.m_encoded, text));
 }
 
 void vWriteText(const Info& info, const char* pText) {

@@ -73,7 +73,7 @@ std::string_view sParameters(std::string_view line, unsigned long long start, un
 // ---- Writing ----
 
 void vWriteText(std::ostream& out, std::string const& text, std::string& scratch) {
-    out << '\'' << sIfcStrFromUtf8(scratch, text.data(), text.size()) << '\'';
+    out << '\'' << sIfcStrFromText(scratch, text) << '\'';
 }
 
 // With the comma behind it, as no list is the last parameter.
@@ -302,6 +302,7 @@ std::optional<FileHeader> FileHeader::parseFromString(std::string_view text) {
 
 std::string FileHeader::writeToString() const {
     std::ostringstream out;
+    out.exceptions(std::ios::badbit);   // else a lack of memory would cut the text off without a word
     io::WriteError errors;
     boWrite(out, errors);
     return out.str();

@@ -46,7 +46,7 @@ public:
         bool boInit(std::string&& line, unsigned long long start, unsigned long long length);
 
         // The operations named vSave write one statement with a line end, and flush. "scratch" is a buffer
-        // for the text conversion. oxa::str::exception where a text is no UTF-8.
+        // for the text conversion.
         void vSave(std::ostream& out, std::string& scratch) const;
 
         // Makes "ViewDefinition [<viewName>]" the first description, instead of all that begin so.

@@ -26,8 +26,9 @@ EntitySlot* ReadInfoCommon::pChunkGet(Data& data, std::size_t iChunk) {
 
 EntitySlot& ReadInfoCommon::slotCreate(Data& data, std::size_t iChunk, std::size_t iSlot) {
     Chunk& chunk = chunkGet(data, iChunk);
-    chunk.vTouch(iSlot);
-    return chunk.pSlots.load(std::memory_order_acquire)[iSlot];
+    EntitySlot& slot = chunk.pSlots.load(std::memory_order_acquire)[iSlot];
+    chunk.vTouch(slot, iSlot);
+    return slot;
 }
 
 // The chunk, with its slots. The acquire load of a reader meets the release store here: it sees zeroed memory.

@@ -84,7 +84,7 @@ struct ReadInfoCommon {
         if (iChunk < g_iFirstChunks) {
             Chunk& chunk = m_chunks[iChunk];
             if (EntitySlot* pSlots = chunk.pSlots.load(std::memory_order_acquire)) {
-                chunk.vTouch(iSlot);
+                chunk.vTouch(pSlots[iSlot], iSlot);
                 return pSlots[iSlot];
             }
         }
@@ -103,15 +103,26 @@ struct ReadInfoCommon {
     io::ReadError* m_pError;
 
 private:
-    // One bit a page of 512 slots that anyone has touched, so that completion does not walk (and so make
-    // the system map) the empty rest of a chunk in a file with sparse numbers.
+    // One bit a page of 128 slots, 4 KiB, that anyone has touched, so that completion does not walk (and so make the
+    // system map) the empty rest of a chunk in a file with sparse numbers.
     struct Chunk {
-        std::atomic<EntitySlot*> pSlots{nullptr};
-        std::atomic<std::uint64_t> uPages{0};
+        static constexpr std::size_t g_iPageSlots = 128;
+        static constexpr std::size_t g_iPages = g_iSlotsPerChunk / g_iPageSlots;
 
-        void vTouch(std::size_t iSlot) noexcept {
-            const std::uint64_t uBit = std::uint64_t{1} << (iSlot >> 9);
-            if (!(uPages.load(std::memory_order_relaxed) & uBit)) uPages.fetch_or(uBit, std::memory_order_relaxed);
+        std::atomic<EntitySlot*> pSlots{nullptr};
+        std::array<std::atomic<std::uint64_t>, g_iPages / 64> pages{};
+
+        // The first access to a page writes: after a look alone the system would have to replace its page of zeros by
+        // one of ours, and to tell all processors that run this process.
+        void vTouch(EntitySlot& slot, std::size_t iSlot) noexcept {
+            std::atomic<std::uint64_t>& word = pages[iSlot / g_iPageSlots / 64];
+            const std::uint64_t uBit = std::uint64_t{1} << (iSlot / g_iPageSlots % 64);
+            if (word.load(std::memory_order_relaxed) & uBit) return;
+            std::atomic_ref(slot.unused[0]).store(0, std::memory_order_relaxed);
+            word.fetch_or(uBit, std::memory_order_relaxed);
+        }
+        [[nodiscard]] bool boTouched(std::size_t iPage) const noexcept {
+            return pages[iPage / 64].load(std::memory_order_relaxed) >> iPage % 64 & 1U;
         }
     };
 
@@ -122,10 +133,9 @@ private:
     static void vVisitChunk(Chunk& chunk, std::size_t iChunk, Visit&& visit) {
         EntitySlot* pSlots = chunk.pSlots.load(std::memory_order_acquire);
         if (!pSlots) return;
-        const std::uint64_t uPages = chunk.uPages.load(std::memory_order_relaxed);
-        for (std::size_t iPage = 0; iPage < 64; ++iPage) {
-            if (!(uPages >> iPage & 1U)) continue;
-            for (std::size_t i = iPage * 512; i < (iPage + 1) * 512; ++i)
+        for (std::size_t iPage = 0; iPage < Chunk::g_iPages; ++iPage) {
+            if (!chunk.boTouched(iPage)) continue;
+            for (std::size_t i = iPage * Chunk::g_iPageSlots; i < (iPage + 1) * Chunk::g_iPageSlots; ++i)
                 visit(static_cast<std::uint32_t>(iChunk * g_iSlotsPerChunk + i), pSlots[i]);
         }
     }

@@ -11,7 +11,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -19,19 +18,9 @@
 #include <utility>
 #include <vector>
 
+#include "Format/Ifc/IfcZeroedBytes.h"
+
 namespace oxa::memory {
-
-struct FreeDeleter {
-    void operator()(void* pBytes) const noexcept { std::free(pBytes); }
-};
-using ZeroedBytes = std::unique_ptr<char[], FreeDeleter>;
-
-// Zero-filled bytes of the heap, aligned for every basic type. Throws std::bad_alloc.
-[[nodiscard]] inline ZeroedBytes zeroedBytes(std::size_t iBytes) {
-    ZeroedBytes pBytes(static_cast<char*>(std::calloc(iBytes ? iBytes : 1, 1)));
-    if (!pBytes) throw std::bad_alloc();
-    return pBytes;
-}
 
 // Bump allocation in blocks of iBlockSize bytes; iAlignment 0: no alignment is added, a caller who needs
 // one asks for sizes that keep it or aligns by itself (pAllocateAligned).

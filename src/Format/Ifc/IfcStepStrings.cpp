@@ -264,4 +264,13 @@ std::string const& sIfcStrFromUtf8(std::string& out, char const* text, std::size
     return out;
 }
 
+std::string const& sIfcStrFromText(std::string& out, std::string_view text) {
+    try {
+        return sIfcStrFromUtf8(out, text.data(), text.size());
+    } catch (const str::exception&) {
+        const std::string utf8 = str::Converter::to_utf8(text);
+        return sIfcStrFromUtf8(out, utf8.data(), utf8.size());
+    }
+}
+
 }   // namespace oxa::ifc

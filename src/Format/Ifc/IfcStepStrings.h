@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "platform/Export.h"
 
@@ -32,5 +33,9 @@ OXA_IFC_API void vIfcStrToUtf8(std::string& out, char const* text, std::size_t l
 // \X\      for U+0000 to U+001F and U+007F to U+00FF, \X2\ up to U+FFFF, \X4\ beyond; a block stays open
 //          until a printable character or the end.
 OXA_IFC_API std::string const& sIfcStrFromUtf8(std::string& out, char const* text, std::size_t length);
+
+// The same for a text that a file may have brought: 8-bit bytes that are no UTF-8 count as Latin-1, and nothing is
+// thrown. So a model that could be read can be written.
+OXA_IFC_API std::string const& sIfcStrFromText(std::string& out, std::string_view text);
 
 }   // namespace oxa::ifc

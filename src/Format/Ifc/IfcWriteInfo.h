@@ -34,7 +34,7 @@ class WriteError;
 // The part of a walk that does not care where its statements go.
 class OXA_IFC_API WriteInfoCommon {
 public:
-    explicit WriteInfoCommon(EntityIdMap& entityIdMap) noexcept : m_pEntityIdMap(&entityIdMap) {}
+    explicit WriteInfoCommon(EntityIdMap& entityIdMap) : m_pEntityIdMap(&entityIdMap) {}
     WriteInfoCommon(const WriteInfoCommon&) = delete;
     WriteInfoCommon& operator=(const WriteInfoCommon&) = delete;
 
@@ -58,7 +58,7 @@ protected:
 class OXA_IFC_API StepWriteInfoCommon : public WriteInfoCommon {
 public:
     StepWriteInfoCommon(EntityIdMap& entityIdMap, io::WriteError& errors, io::IfcLineWriterInterface& writer,
-                        bool boSingleThreaded) noexcept
+                        bool boSingleThreaded)
         : WriteInfoCommon(entityIdMap), m_pErrors(&errors), m_pWriter(&writer), m_boSingleThreaded(boSingleThreaded) {}
 
     // As the base, from any thread.

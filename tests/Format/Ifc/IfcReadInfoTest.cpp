@@ -41,7 +41,7 @@ TEST_F(EntityTable, VisitsTouchedPagesInOrder) {
         if (slot.boReferenced()) referenced.push_back(iId);
     });
     EXPECT_THAT(referenced, ElementsAre(5, 70'000, 32'768'000, 40'000'000));
-    EXPECT_EQ(iVisited, 4 * 512U);
+    EXPECT_EQ(iVisited, 4 * 128U);
 }
 
 TEST_F(EntityTable, ThreadsThatRaceForAChunkGetTheSame) {

@@ -330,6 +330,28 @@ TEST(StrFromUtf8, ThrowsForWhatIsNoUtf8) {
     }
 }
 
+// Of a file with 8-bit bytes, which are kept as they came, a writer has to make something.
+TEST(StrFromText, TakesWhatIsNoUtf8AsLatin1) {
+    const struct {
+        std::string_view text;
+        std::string_view sStep;
+    } rows[] = {
+        {"", ""},
+        {"plain", "plain"},
+        {"\xC3\xA9", "\\X\\E9"},          // UTF-8 as ever
+        {"\xE9", "\\X\\E9"},
+        {"a\xC3(", "a\\X\\C3("},
+        {"\x80", "\\X\\80"},
+        {"\xD1\x8F\xFF", "\\X2\\044F00FF\\X0\\"},
+        {"it's\xE4", "it''s\\X\\E4"},
+    };
+    for (const auto& row : rows) {
+        std::string out = "left over";
+        EXPECT_EQ(sIfcStrFromText(out, row.text), row.sStep) << row.sStep;
+        EXPECT_EQ(out, row.sStep);
+    }
+}
+
 std::string sUtf8(const std::vector<char32_t>& codePoints) {
     std::string text;
     const auto vAdd = [&text](char32_t c) { text += static_cast<char>(c); };

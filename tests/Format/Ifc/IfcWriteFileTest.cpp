@@ -472,6 +472,22 @@ TEST(LineWriter, DoesNotNoticeAFailingStream) {
     }
 }
 
+// 8-bit bytes of a file are kept as they came, whether or not they are UTF-8; no thread may stumble over them.
+TEST(WriteFile, WritesTextsThatAreNoUtf8) {
+    std::string statements = g_sProject;
+    for (int i = 2; i <= 3000; ++i) statements += '#' + std::to_string(i) + "=IFCPROPERTY('\xC3(\x80',$,(),$);";
+    const ReadFileModel model = modelOf(statements);
+    for (const bool boSingleThreaded : {true, false}) {
+        SCOPED_TRACE(boSingleThreaded);
+        const Lines lines = linesOf(dataOf(model.file.data(), boSingleThreaded).text);
+        ASSERT_EQ(lines.size(), 3000U);
+        EXPECT_EQ(std::ranges::count_if(lines, [](const std::string& sLine) {
+                      return sLine.ends_with("=IFCPROPERTY('\\X\\C3(\\X\\80',$,(),$);");
+                  }),
+                  2999);
+    }
+}
+
 // What the caller's own functions throw comes out of the write, once its threads are gone.
 TEST(WriteFile, PassesTheCallersExceptionsOn) {
     const ReadFileModel model(sSmallFile(700), true, schemaIs(smallSchema()));

@@ -1,0 +1,33 @@
+// ReportTemplate: any bytes as the template of a report.
+
+#include "Format/Ifc/IfcFileError.h"
+#include "Fuzz.h"
+
+namespace oxa::fuzz {
+
+namespace {
+
+// How long a template runs is its own affair, as with a program: one with a large number in it is no input.
+bool boMayRunLong(std::string_view text) {
+    int iDigits = 0;
+    for (const char c : text) {
+        iDigits = c >= '0' && c <= '9' ? iDigits + 1 : 0;
+        if (iDigits > 2) return true;
+    }
+    return text.size() > 300 || text.find_first_of("*^") != std::string_view::npos;
+}
+
+}   // namespace
+
+void vRun(std::string_view input) {
+    if (boMayRunLong(input)) return;
+    const ExactBytes text(input);
+    ifc::Errors errors;
+    errors.add(nullptr, ifc::Errors::Error, ifc::Errors::Value, "Error_UnknownEntityType", "IFCX",
+               "#1=IFCX();", 7);
+    errors.add(nullptr, ifc::Errors::Fatal, ifc::Errors::Syntax, "Error_InvalidFile", {}, 0);
+    NullStream out;
+    (void)errors.writeReport(text.text(), out, "a.ifc");
+}
+
+}   // namespace oxa::fuzz
