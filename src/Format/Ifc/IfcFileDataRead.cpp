@@ -102,30 +102,41 @@ bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadIn
         entity.m_ppAttributesInverse = nullptr;
     }
     entity.vAttributesRead(*this, *pType, info, iOffset, iLength);
+    if (info.m_pRooted)
+        if (const std::optional<Guid> guid = rootGuid(entity, *info.m_pCommon))
+            info.m_pRooted->push_back({result.size(), *guid});
     result.push_back(&entity);
     vProjectOffer(&entity);
     return true;
 }
 
+// The first attribute of every rooted entity is its GUID, by position.
+std::optional<Guid> Data::rootGuid(const Entity& entity, const StepReadInfoDataCommon& common) {
+    if (!def::schema::boIsSubtype(&entity.schemaEntity(), common.m_pRootSchema)) return std::nullopt;
+    const AttributeBase* pCell = entity.pAttributeFromIndex(0).second;
+    if (!pCell || !pCell->m_boGuid) return std::nullopt;   // a foreign schema may have another attribute in front
+    return static_cast<const AttributeGuid*>(pCell)->m_value.load();
+}
+
 void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line, unsigned iLine) {
     if (!pEntity) return;
-    m_entities.push_back(pEntity);
     std::optional<EntitySlotLock> lock;
     if (common.m_boParallel) lock.emplace(EntitySlot::fromEntity(*pEntity));
-    const def::schema::Entity& schema = pEntity->schemaEntity();
-    // The first attribute of every rooted entity is its GUID, by position.
-    if (def::schema::boIsSubtype(&schema, common.m_pRootSchema)) {
-        const AttributeBase* pCell = pEntity->pAttributeFromIndex(0).second;
-        if (pCell && pCell->m_boGuid) {   // a foreign schema may have another attribute in front
-            const Guid guid = static_cast<const AttributeGuid*>(pCell)->m_value;
-            if (guid.boIsNull())
-                common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_UnexpectedNullGuid", std::string(line),
-                                     iLine);
-            else if (!m_guidEntityMap.try_emplace(guid, pEntity).second)
-                common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_DuplicateGuids", std::string(line), iLine);
-        }
-    }
+    const std::optional<Guid> guid = rootGuid(*pEntity, common);
+    finalizeEntity(pEntity, guid ? &*guid : nullptr, common, line, iLine);
     vProjectOffer(pEntity);
+}
+
+void Data::finalizeEntity(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common,
+                          std::string_view line, unsigned iLine) {
+    if (!pEntity) return;
+    m_entities.push_back(pEntity);
+    if (!pRootGuid) return;
+    if (pRootGuid->boIsNull())
+        common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_UnexpectedNullGuid", std::string(line),
+                             iLine);
+    else if (!m_guidEntityMap.try_emplace(*pRootGuid, pEntity).second)
+        common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_DuplicateGuids", std::string(line), iLine);
 }
 
 bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {

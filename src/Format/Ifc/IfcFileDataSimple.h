@@ -13,7 +13,9 @@
 #include <functional>
 #include <iosfwd>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -100,6 +102,9 @@ public:
     bool boReadLine(StepReadInfoData& info, std::vector<Entity*>& result);
     // Enters what boReadLine made in the list and, when rooted, in the GUID map. One thread at a time.
     void finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line, unsigned iLine);
+    // The same for an entity whose GUID was told already; null for one that is not rooted.
+    void finalizeEntity(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common, std::string_view line,
+                        unsigned iLine);
     // Data lines without any frame, of all entities or of one and what it reaches. False for a null entity and when
     // there is nothing to write. "out" failing goes unnoticed: look at its state.
     bool boWrite(std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const;
@@ -122,6 +127,8 @@ private:
     bool boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
                      std::size_t iLength, std::vector<Entity*>& result);
     // The concrete type that an abstract one is read as, after the report; null when there is none.
+    // The GUID of a rooted entity, as far as its type has one in front. Under the lock of its slot.
+    [[nodiscard]] static std::optional<Guid> rootGuid(const Entity& entity, const StepReadInfoDataCommon& common);
     const def::schema::Entity* pConcreteType(const def::schema::Entity& type, StepReadInfoData& info) const;
     bool boMissingReport(ReadInfoCommon& info);
     void vIdsSettle(ReadInfoCommon& info, bool boKeepIds);

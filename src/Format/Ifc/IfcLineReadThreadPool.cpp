@@ -23,6 +23,7 @@ void IfcLineReadThreadPool::Batch::vClear() {
     m_text.clear();
     m_lines.clear();
     m_entities.clear();
+    m_rooted.clear();
 }
 
 void IfcLineReadThreadPool::Queue::vPush(BatchPtr pBatch) {
@@ -132,6 +133,7 @@ void IfcLineReadThreadPool::vBatchRead(BatchPtr pBatch, StepReadThread& thread) 
     Data& data = m_pFile->dataBase();
     for (const QueuedLine& line : pBatch->m_lines) {
         StepReadInfoData info(pBatch->text(line), line.m_iLine, *m_pInfo, &thread);
+        info.m_pRooted = &pBatch->m_rooted;
         data.boReadLine(info, pBatch->m_entities);
     }
     m_doneQueue.vPush(std::move(pBatch));
@@ -149,9 +151,12 @@ bool IfcLineReadThreadPool::readLines(StepReadThread& thread) {
 bool IfcLineReadThreadPool::finalizeLines() {
     Data& data = m_pFile->dataBase();
     while (BatchPtr pBatch = m_doneQueue.pPop(m_boCollectorActive)) {
+        auto rooted = pBatch->m_rooted.begin();
         for (std::size_t i = 0; i < pBatch->m_lines.size(); ++i) {
             const QueuedLine& line = pBatch->m_lines[i];
-            data.finalizeEntity(pBatch->m_entities[i], *m_pInfo, pBatch->text(line), line.m_iLine);
+            const bool boRooted = rooted != pBatch->m_rooted.end() && rooted->iResult == i;
+            data.finalizeEntity(pBatch->m_entities[i], boRooted ? &rooted++->guid : nullptr, *m_pInfo,
+                                pBatch->text(line), line.m_iLine);
         }
         pBatch->vClear();
         m_freeQueue.vPush(std::move(pBatch));

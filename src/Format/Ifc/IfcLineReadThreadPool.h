@@ -54,6 +54,7 @@ private:
         std::string m_text;                 // the statements, one behind the other, a NUL behind each
         std::vector<QueuedLine> m_lines;
         std::vector<Entity*> m_entities;    // one for each line; null where the statement yielded none
+        std::vector<RootedResult> m_rooted; // those with a GUID, in their order
 
         [[nodiscard]] std::string_view text(const QueuedLine& line) const noexcept {
             return std::string_view(m_text).substr(line.m_iBegin, line.m_iLength);

@@ -25,6 +25,7 @@
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcSimplePool.h"
+#include "platform/Id.h"
 #include "schema/Schema.h"
 
 namespace oxa::ifc {
@@ -185,6 +186,13 @@ private:
     std::array<const def::schema::Entity*, 64> m_types{};
 };
 
+// A rooted instance among the results of several statements, with what the map of GUIDs takes of it: who enters it need
+// not look at the instance, which another processor has just written.
+struct RootedResult {
+    std::size_t iResult;   // its place among the results
+    Guid guid;
+};
+
 // One statement while it is parsed, on the stack of the thread that does it.
 struct StepReadInfoData {
     StepReadInfoData(std::string_view line, std::uint32_t iLine, StepReadInfoDataCommon& common,
@@ -195,6 +203,7 @@ struct StepReadInfoData {
     std::uint32_t m_iLine;                  // where the statement ends in the file, from 1
     StepReadInfoDataCommon* m_pCommon;
     StepReadThread* m_pThread;              // null: of a thread that keeps nothing
+    std::vector<RootedResult>* m_pRooted = nullptr;   // where a rooted instance is told, where that is of use
 
     // The text for reports, copied once however many there are.
     [[nodiscard]] const SourceText& sourceText() {
