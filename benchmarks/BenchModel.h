@@ -5,6 +5,7 @@
 #include <cstring>
 #include <istream>
 #include <memory>
+#include <ostream>
 #include <streambuf>
 #include <string>
 #include <string_view>
@@ -30,6 +31,18 @@ private:
             char* pText = const_cast<char*>(text.data());
             setg(pText, pText, pText + text.size());
         }
+    } m_buffer;
+};
+
+// Takes what it gets and keeps nothing.
+class NullStream final : public std::ostream {
+public:
+    NullStream() : std::ostream(nullptr) { rdbuf(&m_buffer); }
+
+private:
+    struct Buffer final : std::streambuf {
+        std::streamsize xsputn(const char*, std::streamsize iCount) override { return iCount; }
+        int overflow(int c) override { return c; }
     } m_buffer;
 };
 

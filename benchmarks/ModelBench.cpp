@@ -106,17 +106,6 @@ public:
     }
 
 private:
-    class NullStream final : public std::ostream {
-    public:
-        NullStream() : std::ostream(nullptr) { rdbuf(&m_buffer); }
-
-    private:
-        struct Buffer final : std::streambuf {
-            std::streamsize xsputn(const char*, std::streamsize iCount) override { return iCount; }
-            int overflow(int c) override { return c; }
-        } m_buffer;
-    };
-
     static std::size_t iRead(const std::vector<std::string_view>& numbers) {
         std::size_t iGood = 0;
         double value = 0;

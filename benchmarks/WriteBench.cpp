@@ -13,23 +13,7 @@
 #include "BenchModel.h"
 #include "BenchTable.h"
 
-namespace {
-
 using namespace oxa::bench;
-
-// Counts bytes and drops them.
-class NullStream final : public std::ostream {
-public:
-    NullStream() : std::ostream(nullptr) { rdbuf(&m_buffer); }
-
-private:
-    struct Buffer final : std::streambuf {
-        std::streamsize xsputn(const char*, std::streamsize iCount) override { return iCount; }
-        int overflow(int c) override { return c; }
-    } m_buffer;
-};
-
-}   // namespace
 
 int main(int argc, char** argv) {
     if (argc < 2) {

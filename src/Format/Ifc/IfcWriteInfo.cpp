@@ -35,14 +35,9 @@ std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
 std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity, std::vector<const Entity*>& found) {
     if (!pEntity) return 0;
     const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity);
-    bool boFirst;
-    if (number.boSeeded) {
-        boFirst = m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId));
-    } else {
-        const std::lock_guard lock(m_mutex);
-        boFirst = m_seen.insert(pEntity).second;
-    }
-    if (boFirst) found.push_back(pEntity);
+    std::unique_lock lock(m_mutex, std::defer_lock);
+    if (!number.boSeeded) lock.lock();   // bits need no lock
+    if (boMark(pEntity, number)) found.push_back(pEntity);
     return number.iId;
 }
 

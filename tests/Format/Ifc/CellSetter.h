@@ -15,15 +15,7 @@
 namespace oxa::ifc {
 
 inline const def::SchemaPset& everythingSchema() {
-    static const std::unique_ptr<def::SchemaPset> pSchema = pSchemaOf(R"(
-        TYPE IfcGloballyUniqueId = STRING(22) FIXED; END_TYPE;
-        TYPE IfcLabel = STRING; END_TYPE;
-        TYPE IfcLengthMeasure = REAL; END_TYPE;
-        TYPE IfcNumeric = NUMBER; END_TYPE;
-        TYPE IfcCount = INTEGER; END_TYPE;
-        TYPE IfcFlag = BOOLEAN; END_TYPE;
-        TYPE IfcAnswer = LOGICAL; END_TYPE;
-        TYPE IfcBlob = BINARY; END_TYPE;
+    static const std::unique_ptr<def::SchemaPset> pSchema = pSchemaOf(g_sBaseTypes + R"(
         TYPE IfcColour = ENUMERATION OF (RED, GREEN, A); END_TYPE;
         TYPE IfcReals = LIST OF REAL; END_TYPE;
         TYPE IfcCounts = LIST OF INTEGER; END_TYPE;

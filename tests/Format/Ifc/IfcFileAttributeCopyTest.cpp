@@ -21,15 +21,7 @@ using def::schema::ObjectName;
 
 // The old schema and the new: they differ in one enumerator.
 std::unique_ptr<def::SchemaPset> pMoveSchema(std::string_view enumerators) {
-    return pSchemaOf("TYPE IfcColour = ENUMERATION OF (" + std::string(enumerators) + R"(); END_TYPE;
-        TYPE IfcGloballyUniqueId = STRING(22) FIXED; END_TYPE;
-        TYPE IfcLabel = STRING; END_TYPE;
-        TYPE IfcLengthMeasure = REAL; END_TYPE;
-        TYPE IfcNumeric = NUMBER; END_TYPE;
-        TYPE IfcCount = INTEGER; END_TYPE;
-        TYPE IfcFlag = BOOLEAN; END_TYPE;
-        TYPE IfcAnswer = LOGICAL; END_TYPE;
-        TYPE IfcBlob = BINARY; END_TYPE;
+    return pSchemaOf("TYPE IfcColour = ENUMERATION OF (" + std::string(enumerators) + "); END_TYPE;" + g_sBaseTypes + R"(
         TYPE IfcReals = LIST OF REAL; END_TYPE;
         TYPE IfcCounts = LIST OF INTEGER; END_TYPE;
         TYPE IfcRealArray = ARRAY [0:2] OF REAL; END_TYPE;

@@ -17,6 +17,7 @@
 
 #include "Format/Ifc/AssertLog.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "FullHeader.h"
 #include "platform/DateTime.h"
 #include "platform/Localization.h"
 
@@ -51,20 +52,6 @@ std::string sFields(const FileHeader& header) {
     return all + header.schema.schemaName;
 }
 
-// With a text of its own in every field.
-FileHeader headerWithAll() {
-    FileHeader header;
-    header.description = {{"d"}, "L"};
-    header.name.name = "n";
-    header.name.timeStamp = "t";
-    header.name.author = {"a"};
-    header.name.organization = {"o"};
-    header.name.preprocessorVersion = "p";
-    header.name.originatingSystem = "s";
-    header.name.authorization = "z";
-    header.schema.schemaName = "S";
-    return header;
-}
 const std::string g_allFields = "[d]|L|n|t|[a]|[o]|p|s|z|S";
 
 struct LineRow {

@@ -13,25 +13,12 @@
 
 #include <gtest/gtest.h>
 
+#include "FullHeader.h"
+
 namespace oxa::ifc {
 namespace {
 
 using Texts = std::vector<std::string>;
-
-// With a text of its own in every field.
-FileHeader headerWithAll() {
-    FileHeader header;
-    header.description = {{"d"}, "L"};
-    header.name.name = "n";
-    header.name.timeStamp = "t";
-    header.name.author = {"a"};
-    header.name.organization = {"o"};
-    header.name.preprocessorVersion = "p";
-    header.name.originatingSystem = "s";
-    header.name.authorization = "z";
-    header.schema.schemaName = "S";
-    return header;
-}
 
 // A value as a text; nothing for an empty one. Another type than a std::string throws.
 std::optional<std::string> valueText(FileHeader const& header, std::string const& id) {

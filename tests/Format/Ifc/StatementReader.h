@@ -16,6 +16,7 @@
 #include <string_view>
 #include <vector>
 
+#include "BaseTypes.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
@@ -37,15 +38,7 @@ inline std::unique_ptr<def::SchemaPset> pSchemaOf(std::string_view declarations)
 
 // Every kind of type, and an entity for each whose one mandatory attribute is called Value.
 inline const def::SchemaPset& cellSchema() {
-    static const std::unique_ptr<def::SchemaPset> pSchema = pSchemaOf(R"(
-        TYPE IfcGloballyUniqueId = STRING(22) FIXED; END_TYPE;
-        TYPE IfcLabel = STRING; END_TYPE;
-        TYPE IfcLengthMeasure = REAL; END_TYPE;
-        TYPE IfcNumeric = NUMBER; END_TYPE;
-        TYPE IfcCount = INTEGER; END_TYPE;
-        TYPE IfcFlag = BOOLEAN; END_TYPE;
-        TYPE IfcAnswer = LOGICAL; END_TYPE;
-        TYPE IfcBlob = BINARY; END_TYPE;
+    static const std::unique_ptr<def::SchemaPset> pSchema = pSchemaOf(g_sBaseTypes + R"(
         TYPE IfcColour = ENUMERATION OF (RED, GREEN, A); END_TYPE;
         TYPE IfcShape = ENUMERATION OF (ROUND, SQUARE); END_TYPE;
         TYPE IfcReals = LIST OF REAL; END_TYPE;

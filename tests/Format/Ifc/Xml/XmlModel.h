@@ -15,6 +15,7 @@
 #include <string_view>
 #include <vector>
 
+#include "../BaseTypes.h"
 #include "../ReadResult.h"
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
@@ -29,7 +30,7 @@ public:
     explicit MappedSchema(const std::vector<std::string>& modes = {}, const char* sName = "IFC4") {
         std::vector<SchemaMessage> messages;
         m_pSchema = SchemaLoader::pSchemaFromExpress(
-            std::string("SCHEMA ") + sName + ";\n" + g_sText + "\nEND_SCHEMA;\n", messages);
+            std::string("SCHEMA ") + sName + ";\n" + g_sBaseTypes + g_sText + "\nEND_SCHEMA;\n", messages);
         if (!m_pSchema) throw std::runtime_error(messages.front().sText);
         for (const std::string& sMode : modes) vModeSet(sMode);
     }
@@ -67,14 +68,6 @@ private:
     }
 
     static constexpr const char* g_sText = R"(
-        TYPE IfcGloballyUniqueId = STRING(22) FIXED; END_TYPE;
-        TYPE IfcLabel = STRING; END_TYPE;
-        TYPE IfcLengthMeasure = REAL; END_TYPE;
-        TYPE IfcNumeric = NUMBER; END_TYPE;
-        TYPE IfcCount = INTEGER; END_TYPE;
-        TYPE IfcFlag = BOOLEAN; END_TYPE;
-        TYPE IfcAnswer = LOGICAL; END_TYPE;
-        TYPE IfcBlob = BINARY; END_TYPE;
         TYPE IfcColour = ENUMERATION OF (RED, GREEN); END_TYPE;
         TYPE IfcReals = LIST OF REAL; END_TYPE;
         TYPE IfcInner = SELECT (IfcLabel, IfcPoint); END_TYPE;
