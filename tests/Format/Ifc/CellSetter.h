@@ -20,10 +20,12 @@ inline const def::SchemaPset& everythingSchema() {
         TYPE IfcReals = LIST OF REAL; END_TYPE;
         TYPE IfcCounts = LIST OF INTEGER; END_TYPE;
         TYPE IfcRealArray = ARRAY [0:2] OF REAL; END_TYPE;
+        TYPE IfcIntegerArray = ARRAY [0:2] OF INTEGER; END_TYPE;
+        TYPE IfcRealSet = SET OF REAL; END_TYPE;
         TYPE IfcThings = SET OF IfcThing; END_TYPE;
         TYPE IfcInner = SELECT (IfcCount, IfcThing); END_TYPE;
         TYPE IfcValue = SELECT (IfcLabel, IfcLengthMeasure, IfcNumeric, IfcCount, IfcFlag, IfcAnswer, IfcBlob,
-            IfcColour, IfcReals, IfcCounts, IfcRealArray, IfcThings, IfcInner, IfcThing);
+            IfcColour, IfcReals, IfcCounts, IfcRealArray, IfcIntegerArray, IfcRealSet, IfcThings, IfcInner, IfcThing);
         END_TYPE;
         TYPE IfcThingSelect = SELECT (IfcThing, IfcEverything); END_TYPE;
 

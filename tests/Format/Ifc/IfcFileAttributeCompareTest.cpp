@@ -215,6 +215,10 @@ TEST(CompareCell, SelectsOfReferencesWithOtherFlagsCompare) {
             (boDerived ? pReference->m_boDerived : pReference->m_boUndefined) = true;
             EXPECT_EQ(left.boEqual(right, false), row.boEqual);
             EXPECT_EQ(left.boEqual(right, true), row.boEqualSame);
+            const auto& select = *static_cast<AttributeSelect*>(left.pCell);
+            const auto& other = *static_cast<AttributeSelect*>(right.pCell);
+            EXPECT_EQ(select.boIsEqual(other, false, false), row.boEqual) << "asked of the selects themselves";
+            EXPECT_EQ(select.boIsEqual(other, true, false), row.boEqualSame);
         }
 }
 
@@ -238,6 +242,54 @@ TEST(CompareCell, SelectsInSelectsAreSteppedThrough) {
 
 TEST(CompareCell, SelectsWithoutATypeAreUnequal) {
     vExpectRows({{"IFCSELECT", "FOO(1)", "FOO(1)", false}});
+    // What no file leaves behind: the tag of a value without the value, and a value without a type.
+    AttributeReal value;
+    AttributeSelect without;
+    without.m_eType = AttributeType::Real;
+    AttributeSelect with;
+    with.m_eType = AttributeType::Real;
+    with.m_pValue = static_cast<AttributeBase*>(&value);
+    EXPECT_FALSE(with.boIsEqual(without, false, false));
+    EXPECT_FALSE(without.boIsEqual(with, false, false));
+    EXPECT_FALSE(with.boIsEqual(with, false, false));
+    with.m_pType = CellSetter::pType("IFCLENGTHMEASURE");
+    EXPECT_FALSE(with.boIsEqual(without, false, false));
+    EXPECT_TRUE(with.boIsEqual(with, false, false));
+}
+
+TEST(CompareCell, ListsOfReferencesMayHoldNulls) {
+    CompareReader reader;
+    Entity* p5 = reader.pEntity(5);
+    Entity* p6 = reader.pEntity(6);
+    Entity* p7 = reader.pEntity(7);
+    const auto vFill = [&](AttributeList& list, const std::vector<Entity*>& items) {
+        EntityList* pHead = nullptr;
+        for (Entity* pEntity : items)
+            vListAppend(pHead, pEntity, [&](std::size_t iBytes) { return reader.data.pool().pAllocate(iBytes); });
+        list.m_eItemType = AttributeType::Entity;
+        list.m_pItems = pHead;
+    };
+    const struct {
+        const char* sRule;
+        std::vector<Entity*> left;
+        std::vector<Entity*> right;
+        bool boEqual;
+    } rows[] = {
+        {"null and null", {nullptr}, {nullptr}, true},
+        {"null and a reference", {nullptr}, {p5}, false},
+        {"null where the other has one", {p5, nullptr}, {p6, p7}, false},
+        {"null in the same place", {nullptr, p5}, {nullptr, p6}, true},
+        {"other content behind a null", {nullptr, p5}, {nullptr, p7}, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sRule);
+        AttributeList left;
+        AttributeList right;
+        vFill(left, row.left);
+        vFill(right, row.right);
+        EXPECT_EQ(left.AttributeListValueBase::boIsEqual(right, false, false), row.boEqual);
+        EXPECT_EQ(right.AttributeListValueBase::boIsEqual(left, false, false), row.boEqual);
+    }
 }
 
 TEST(CompareCell, ListsInSelectsNeedOtherFlags) {

@@ -42,6 +42,7 @@ std::unique_ptr<def::SchemaPset> pMoveSchema(std::string_view enumerators) {
             Things : OPTIONAL LIST OF IfcThing; Rows : OPTIONAL LIST OF LIST OF REAL;
             SelectRows : OPTIONAL LIST OF LIST OF IfcValue; ThingRows : OPTIONAL LIST OF LIST OF IfcThing;
             Flags : OPTIONAL LIST OF BOOLEAN; SetRows : OPTIONAL LIST OF SET OF IfcThing; Named : OPTIONAL IfcReals;
+            RealSet : OPTIONAL SET OF REAL;
         END_ENTITY;)");
 }
 const def::SchemaPset& oldSchema() {
@@ -404,6 +405,7 @@ TEST(CopyList, ItemByItem) {
         {"none", "Reals", "()", "Reals", "(3.)", true, "List 1[]"},
         {"numbers are reals", "Numbers", "(1.)", "Reals", "(3.)", true, "List 1[1]"},
         {"array", "RealArray", "(1.,2.)", "RealArray", "$", true, "List 1[1, 2]"},
+        {"set", "RealSet", "(1.,2.)", "RealSet", "$", true, "List 1[1, 2]"},
         {"integers", "Ints", "(1,-2)", "Ints", "(3)", true, "List 3[1, -2]"},
         {"texts", "Texts", "('a','')", "Texts", "('bcd','e','f')", true, "List 5['a', '']"},
         {"binaries", "Blobs", "(\"0AB\",$)", "Blobs", "(\"0010203\",\"004\",\"005\")", true,
@@ -436,6 +438,7 @@ TEST(CopyList, ReferencesThatMapToNothingAreDropped) {
         {"none there", "Things", "()", "Things", "(#5)", true, "List 13 null"},
         {"over fewer", "Things", "(#5,#6)", "Things", "(#6)", true, "List 13[#5, #6]"},
         {"over more", "Things", "(#5)", "Things", "(#6,#6,#6)", true, "List 13[#5]"},
+        {"over none", "Things", "(#5)", "Things", "()", true, "List 13[#5]"},
         {"of another type", "Things", "(#7)", "Things", "$", true, "List 13[#7]"},
     });
     Move move;
@@ -464,6 +467,10 @@ TEST(CopyList, ItemTypesMustBeTheSame) {
                                                                                    {}, {}))
         << "no object to tell the item type";
     EXPECT_TRUE(list.m_boUndefined);
+    move.target.vRead("Reals", "(2.,3.)");
+    EXPECT_TRUE(move.source.cell<AttributeList>().AttributeListValueBase::copyTo(
+        move.target.cell<AttributeList>(), nullptr, move.target.reader.data, {}, {}));
+    EXPECT_EQ(move.target.sShow(), "List 1[1]") << "none needed where the list has one";
 }
 
 TEST(CopyList, BlockIsUsedAgainWhenItsCountIsLargeEnough) {

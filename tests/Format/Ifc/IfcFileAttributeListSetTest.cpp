@@ -296,6 +296,17 @@ TEST(AttributeListSet, TellsTextThatIsNotUtf8) {
     EXPECT_EQ(setter.sShow("Texts"), "$ List 5['a\xFF', 'b']") << "stored all the same";
 }
 
+TEST(AttributeListSet, AsksWhetherAssertionsAreWanted) {
+    CellSetter setter;
+    AssertTrail trail;
+    Assert::setEnabled(false);
+    EXPECT_TRUE(sets(std::vector<std::string>{"a\xFF", "b"})(setter, "Texts"));
+    EXPECT_EQ(setter.sShow("Texts"), "$ List 5['a\xFF', 'b']");
+    EXPECT_FALSE(sets(std::vector{1.0})(setter, "Flags"));
+    EXPECT_EQ(setter.sShow("Flags"), "$ List 0 null");
+    EXPECT_EQ(trail.raised(), Trail{});
+}
+
 TEST(AttributeListSet, LooksAtTheObject) {
     CellSetter setter;
     Pool& pool = setter.data.pool();
@@ -371,6 +382,8 @@ TEST(AttributeListPush, TakesWhatFitsTheItemType) {
                       {"double", pushes(1.5), each({"Reals", "Numbers", "NamedReals"}, "1[1.5]")},
                       {"integer", pushes(7LL), {{"Integers", "3[7]"}}},
                       {"string", pushes(std::string("a")), {{"Texts", "5['a']"}}},
+                      {"text", pushes<const char*>("a"), {{"Texts", "5['a']"}}},
+                      {"null text", pushes<const char*>(nullptr)},
                       {"bytes", pushes(Bytes{1, 2}), {{"Blobs", "7[Binary [01 02]]"}}},
                       {"select value",
                        pushes(IfcSelectBase(p5)),
@@ -427,6 +440,20 @@ TEST(AttributeListPush, MovesTheItemsToANewBlock) {
         EXPECT_EQ(setter.sShow(row.sAttribute), row.sCell);
         EXPECT_NE(list.m_pItems, pBlock) << "even where there was room";
     }
+}
+
+TEST(AttributeListPush, NeedsATypeOnlyForTheFirstItem) {
+    CellSetter setter;
+    const def::schema::Attribute none;
+    AssertTrail trail;
+    EXPECT_FALSE(setter.cell<AttributeList>("Reals").boPushBackValue(1.5, none, setter.data));
+    EXPECT_EQ(trail.raised(), Trail{g_sPush});
+    EXPECT_EQ(setter.sShow("Reals"), "$ List 0 null");
+
+    setter.vReadOne("Selects", "(#5)");
+    EXPECT_TRUE(setter.cell<AttributeList>("Selects").boPushBackValue(typed("IFCCOUNT", 1LL), none, setter.data));
+    EXPECT_EQ(setter.sShow("Selects"), "List 9[Select 13:(#5), Select 3:IFCCOUNT(Integer 1)]");
+    EXPECT_EQ(trail.raised(), Trail{});
 }
 
 TEST(AttributeListPush, LinksAnEntityBehindTheLast) {
@@ -526,6 +553,9 @@ TEST(AttributeListCreate, LeavesAListOfThatTypeAlone) {
     EXPECT_EQ(setter.sShow("Reals"), "List 1[1, 2]");
     list.vTypeListCreate({setter.pTypeOf("In")}, 5, pool);
     EXPECT_EQ(setter.sShow("Reals"), "List 1[1, 2]") << "a data type without a name says nothing";
+    const def::schema::Type unresolved("IfcUnresolved");
+    list.vTypeListCreate({&unresolved}, 5, pool);
+    EXPECT_EQ(setter.sShow("Reals"), "List 1[1, 2]") << "nor does a name without a data type";
     list.vTypeListCreate({CellSetter::pType("IFCCOUNT")}, 1, pool);
     EXPECT_EQ(setter.sShow("Reals"), "List 3[0]");
     list.vTypeListCreate({everythingSchema().pObjectFromName(ObjectName("IFCTHING"))}, 1, pool);

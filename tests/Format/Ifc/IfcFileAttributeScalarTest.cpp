@@ -202,12 +202,54 @@ TEST(AttributeEnumeration, PointsToTheTextOfTheSchema) {
     EXPECT_EQ(static_cast<const AttributeEnumeration*>(pCell)->m_value.load(), pEnum->declared[1].c_str());
 }
 
+TEST(AttributeEnumeration, NeedsAnEnumerationBehindTheTypeOrTheAttribute) {
+    const auto typeOf = [](const char* sName) { return cellSchema().pTypeFromName(def::schema::ObjectName(sName)); };
+    const auto* pColour = static_cast<const def::schema::DataTypeEnum*>(typeOf("IFCCOLOUR")->pDataType);
+    const auto* pShape = static_cast<const def::schema::DataTypeEnum*>(typeOf("IFCSHAPE")->pDataType);
+    const def::schema::Type unresolved("IfcUnresolved");
+    const struct {
+        const char* sRule;
+        const def::schema::ObjectBase* pType;
+        std::vector<const def::schema::ObjectBase*> types;   // the attribute's
+        const def::schema::DataTypeEnum* pEnum;
+    } rows[] = {
+        {"the type goes before the attribute", typeOf("IFCSHAPE"), {typeOf("IFCCOLOUR")}, pShape},
+        {"without a type the attribute's", nullptr, {typeOf("IFCCOLOUR")}, pColour},
+        {"neither", nullptr, {}, nullptr},
+        {"an attribute with a null type", nullptr, {nullptr}, nullptr},
+        {"a type without a data type", &unresolved, {typeOf("IFCCOLOUR")}, nullptr},
+        {"a type of another kind", typeOf("IFCLABEL"), {typeOf("IFCCOLOUR")}, nullptr},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sRule);
+        def::schema::Attribute attribute;
+        attribute.sName = "Value";
+        attribute.types = row.types;
+        EXPECT_EQ(AttributeEnumeration::pEnumOf(row.pType, attribute), row.pEnum);
+
+        StatementReader reader;
+        StepReadInfoData info(".ROUND.", StatementReader::g_iLine, reader.common);
+        AttributeBase::StepReadInfoAttribute token{&info, &reader.data, nullptr, &attribute, row.pType, 0, 7, 0};
+        const AttributeEnumeration cell(token);
+        const char* pText = cell.m_value;
+        EXPECT_EQ(pText ? std::string_view(pText) : "null", row.pEnum == pShape ? "ROUND" : "null");
+        reader.vExpectReports(nullptr, ".ROUND.",
+                              row.pEnum == pShape ? std::vector<Report>{}
+                                                  : std::vector<Report>{{"Error_NotValidEnumerationValue", "ROUND"}});
+    }
+}
+
 const ReadRow g_entityRows[] = {
     {"a number", "#1=IFCREFERENCE(#12);", "Entity #12"},
     {"what follows the digits is ignored", "#1=IFCREFERENCE(#12x);", "Entity #12"},
     {"no digits are 0", "#1=IFCREFERENCE(#x);", "Entity #0"},
     {"0 is a number like others", "#1=IFCREFERENCE(#0);", "Entity #0"},
     {"a sign", "#1=IFCREFERENCE(#+3);", "Entity #3"},
+    {"blanks in front", "#1=IFCREFERENCE(# 3);", "Entity #3"},
+    {"all of them, and a sign", "#1=IFCREFERENCE(# \t\n\v\f\r+3);", "Entity #3"},
+    {"the byte below a tab is none", "#1=IFCREFERENCE(#\b3);", "Entity #0"},
+    {"nor is the one above a carriage return", "#1=IFCREFERENCE(#\x0E" "3);", "Entity #0"},
+    {"blanks alone are 0", "#1=IFCREFERENCE(#  );", "Entity #0"},
     {"negative numbers stand at the end", "#1=IFCREFERENCE(#-1);", "Entity #4294967295"},
     {"the last of a chunk", "#1=IFCREFERENCE(#32767);", "Entity #32767"},
     {"the first of the next", "#1=IFCREFERENCE(#32768);", "Entity #32768"},

@@ -124,6 +124,35 @@ TEST(AttributeSelect, NestsToALimitedDepth) {
     }
 }
 
+// Each level leaves its last character out, so that without closing parentheses nothing is left of the innermost token.
+TEST(AttributeSelect, AnEatenUpTokenIsAnEmptyOne) {
+    constexpr std::size_t g_iLevels = std::string_view("IFCLABEL('x')").size();
+    std::string statement = "#1=IFCSELECT(";
+    std::string cells;
+    for (std::size_t i = 0; i < g_iLevels; ++i) {
+        statement += "IFCVALUE(";
+        cells += "Select 9:IFCVALUE(";
+    }
+    statement += "IFCLABEL('x'));";
+    cells += "Select 5:IFCLABEL(String '')" + std::string(g_iLevels, ')');
+    vExpectRead({"as many levels as the token has characters", statement, cells,
+                 {{"Error_ExpectedValidStringValueFor"}}});
+}
+
+// Without a schema no type has a name.
+TEST(AttributeSelect, WithoutASchemaAValueIsEmpty) {
+    StatementReader reader;
+    reader.data.vSchemaSet(nullptr);
+    const def::schema::Attribute& attribute =
+        *cellSchema().pEntityFromName(def::schema::ObjectName("IFCSELECT"))->allAttributes().front();
+    const std::string_view text = "IFCLABEL('x')";
+    StepReadInfoData info(text, StatementReader::g_iLine, reader.common);
+    AttributeBase::StepReadInfoAttribute token{&info, &reader.data, nullptr, &attribute, nullptr, 0, text.size(), 0};
+    const AttributeSelect cell(token);
+    EXPECT_EQ(reader.sCell(cell, attribute.types.front(), attribute), "Select 0:(null)");
+    reader.vExpectReports(nullptr, text, {});
+}
+
 // A type whose data type is missing can't have a cell; that of a kind outside the twelve is an inside fault.
 TEST(AttributeSelect, ATypeWithoutADataTypeIsFatal) {
     def::SchemaPset schema("FAULTY");

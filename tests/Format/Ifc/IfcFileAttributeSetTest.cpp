@@ -58,6 +58,16 @@ TEST(AttributeString, SetKeepsTheBlockForAShorterText) {
     }
 }
 
+TEST(AttributeString, SetWithoutAByteLeavesTheTextThatIsThere) {
+    CellSetter setter;
+    AssertTrail trail;
+    setter.vReadOne("St", "'abc'");
+    auto& cell = setter.cell<AttributeString>("St");
+    EXPECT_TRUE(cell.boValueSet("xyz", 0, setter.data.pool()));
+    EXPECT_EQ(setter.sShow("St"), "String 'abc'");
+    EXPECT_EQ(trail.raised(), g_nothing);
+}
+
 TEST(AttributeString, SetTakesAPartOfItsOwnText) {
     CellSetter setter;
     setter.vReadOne("St", "'abcdef'");
@@ -228,12 +238,14 @@ TEST(AttributeSelect, RefusesOtherTypes) {
     CellSetter setter;
     constexpr char g_sBefore[] = "IFCLABEL('x')";
     constexpr char g_sAfter[] = "Select 5:IFCLABEL(String 'x')";
+    const def::schema::Type unresolved("IfcUnresolved");
     vExpectStores(
         {
             {"nothing", g_sBefore, IfcSelectBase(), false, g_sAfter},
             {"a null reference", g_sBefore, IfcSelectBase(static_cast<Entity*>(nullptr)), false, g_sAfter},
             {"a text without a type", g_sBefore, IfcSelectBase(std::string("a")), false, g_sAfter},
             {"a value without a type", g_sBefore, IfcSelectBase(nullptr, 1.5), false, g_sAfter},
+            {"a value of a type without a data type", g_sBefore, IfcSelectBase(&unresolved, 1.5), false, g_sAfter},
             {"double for integer", g_sBefore, typed("IFCCOUNT", 1.5), false, g_sAfter},
             {"integer for real", g_sBefore, typed("IFCLENGTHMEASURE", 1LL), false, g_sAfter},
             {"integer for number", g_sBefore, typed("IFCNUMERIC", 1LL), false, g_sAfter},
@@ -306,6 +318,14 @@ TEST(AttributeSelect, ReusesTheCellOfTheSameTag) {
     EXPECT_EQ(setter.sShow("Se"), "Select 13:(#6)");
 }
 
+TEST(AttributeSelect, MakesACellWhereOnlyTheTagIsThere) {
+    CellSetter setter;
+    auto& cell = setter.cell<AttributeSelect>("Se");
+    cell.m_eType = AttributeType::Real;
+    EXPECT_TRUE(cell.boValueSet(typed("IFCLENGTHMEASURE", 1.5), setter.pTypeOf("Se"), setter.data.pool()));
+    EXPECT_EQ(setter.sShow("Se"), "$ Select 1:IFCLENGTHMEASURE(Real 1.5)");
+}
+
 TEST(AttributeSelect, RefusesTextWhereItIsMarkedAsGuid) {
     CellSetter setter;
     setter.vReadOne("Se", "IFCLABEL('x')");
@@ -316,6 +336,10 @@ TEST(AttributeSelect, RefusesTextWhereItIsMarkedAsGuid) {
     EXPECT_EQ(trail.raised(), Trail{g_sNotImplemented});
     cell.vTypeCreate({CellSetter::pType("IFCLABEL")}, setter.data.pool());
     EXPECT_EQ(trail.raised(), Trail{"oxa::ifc::AttributeSelect::vTypeCreate: Not implemented"});
+    EXPECT_EQ(setter.sShow("Se"), "? Select 5:IFCLABEL(String 'x')");
+    Assert::setEnabled(false);
+    EXPECT_FALSE(cell.boValueSet(typed("IFCLABEL", std::string("a")), setter.pTypeOf("Se"), setter.data.pool()));
+    EXPECT_EQ(trail.raised(), g_nothing) << "assertions are off";
     EXPECT_EQ(setter.sShow("Se"), "? Select 5:IFCLABEL(String 'x')");
 }
 
@@ -368,6 +392,9 @@ TEST(AttributeSelect, GivesEachKind) {
         {"IFCREALARRAY((1.,2.5))", true, "IfcRealArray 1.000000 2.500000"},
         {"IFCCOUNTS((1,-2))", true, "IfcCounts 1 -2"},
         {"IFCCOUNTS(())", true, "IfcCounts"},
+        {"IFCREALARRAY(())", true, "IfcRealArray"},
+        {"IFCINTEGERARRAY((1,2))", false, g_sFormer},   // an array of integers has no holder
+        {"IFCREALSET((1.,2.))", false, g_sFormer},      // nor has a set of anything but references
         {"IFCTHINGS((#5,#6,#5))", true, "IfcThings set of 2"},
         {"IFCTHINGS(())", true, "IfcThings set of 0"},
         {"IFCREALS((1.,2.))", false, g_sFormer},   // a list of reals has no holder
@@ -408,12 +435,23 @@ TEST(AttributeSelect, GivesWhatNoFileHolds) {
     EXPECT_TRUE(cell.boValueGet(value));
     EXPECT_EQ(sHeld(value, setter), "IfcLabel Guid 00000001-0002-0003-0405-060708090A0B");
 
+    const def::schema::Type unresolved("IfcUnresolved");
+    cell.m_pType = &unresolved;
+    EXPECT_FALSE(cell.boValueGet(value)) << "a value of a type without a data type";
     cell.m_pType = nullptr;
     EXPECT_FALSE(cell.boValueGet(value)) << "a value of no type";
     cell.m_pValue = nullptr;
     cell.m_pType = CellSetter::pType("IFCLABEL");
     EXPECT_FALSE(cell.boValueGet(value)) << "a type without a value";
     EXPECT_EQ(sHeld(value, setter), "IfcLabel Guid 00000001-0002-0003-0405-060708090A0B");
+
+    AttributeList list;
+    list.m_eItemType = AttributeType::Integer;
+    cell.m_pValue = &list;
+    cell.m_eType = AttributeType::List;
+    cell.m_pType = CellSetter::pType("IFCCOUNTS");
+    EXPECT_TRUE(cell.boValueGet(value)) << "a list without a block";
+    EXPECT_EQ(sHeld(value, setter), "IfcCounts");
 }
 
 struct CompanionRow {
@@ -457,6 +495,17 @@ TEST(AttributeSelect, ReadsOtherCellsToo) {
         EXPECT_EQ(setter.entity->boValueGet(AttributeName(row.sAttribute), value), row.boResult);
         EXPECT_EQ(sHeld(value, setter), row.sHeldAfter);
     }
+}
+
+TEST(AttributeSelect, ReadsCellsOfNoTypeAndNoText) {
+    CellSetter setter;
+    IfcSelectBase value(std::string("former"));
+    setter.vReadOne("In", "3");
+    EXPECT_FALSE(AttributeSelect::boValueGetFromCell(setter.cell<AttributeBase>("In"), def::schema::Attribute(), value))
+        << "an attribute without a type";
+    EXPECT_EQ(sHeld(value, setter), "text former");
+    EXPECT_TRUE(AttributeSelect::boValueGetFromCell(AttributeString(), setter.attribute("St"), value));
+    EXPECT_EQ(sHeld(value, setter), "IfcLabel string ") << "a null text is empty";
 }
 
 struct TypeRow {
@@ -506,6 +555,14 @@ TEST(AttributeSelect, TypeCreatePreparesTheCell) {
         }
 }
 
+TEST(AttributeSelect, TypeCreateNeedsADataType) {
+    CellSetter setter;
+    setter.vReadOne("Se", "IFCLABEL('x')");
+    const def::schema::Type unresolved("IfcUnresolved");
+    setter.cell<AttributeSelect>("Se").vTypeCreate({&unresolved}, setter.data.pool());
+    EXPECT_EQ(setter.sShow("Se"), "Select 5:IFCLABEL(String 'x')");
+}
+
 // The leak check of a sanitizer tells what is not freed, the heap itself what is freed and should not be.
 TEST(AttributeSelect, FreesWhatDoesNotLieInThePool) {
     const auto pHeap = []<class Cell>(std::type_identity<Cell>) {
@@ -550,6 +607,24 @@ TEST(AttributeSelect, FreesWhatDoesNotLieInThePool) {
     AttributeGuid guid;
     guid.m_boPooled = false;
     vEnd(AttributeType::String, "IFCLABEL", &guid, true);
+
+    unsigned char bytes[] = {7};
+    AttributeBinary pooledBinary;
+    pooledBinary.m_value = bytes;
+    vEnd(AttributeType::Binary, "IFCBLOB", &pooledBinary, true);
+    EXPECT_EQ(bytes[0], 7);
+
+    Pool pool;
+    for (const char* sType : {"IFCREALARRAY", "IFCREALS", "IFCTHINGS"}) {
+        auto* pList = pHeap(std::type_identity<AttributeList>());
+        pList->m_eItemType = AttributeType::Binary;
+        auto* pArray = Array<AttributeBinary>::pFromBytes(pool.pAllocate(Array<AttributeBinary>::iBlockSize(1)), 1);
+        pList->m_pItems = pArray;
+        (*pArray)[0].m_boPooled = false;
+        (*pArray)[0].m_value = static_cast<unsigned char*>(std::calloc(4, 1));
+        vEnd(AttributeType::List, sType, pList, false);
+    }
+    vEnd(AttributeType::Unknown, nullptr, pHeap(std::type_identity<AttributeReal>()), false);
 }
 
 }   // namespace

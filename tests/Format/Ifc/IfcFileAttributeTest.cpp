@@ -104,6 +104,15 @@ TEST(AttributeBase, AGuidIsKnownByTheFirstTypeOfTheAttribute) {
     EXPECT_EQ(AttributeBase::cellClass(&type, select), CellClass::String);
     EXPECT_EQ(AttributeBase::cellClass(&type, list), CellClass::String);
     EXPECT_EQ(AttributeBase::TypeFromSchemaAttribute(guid), AttributeType::String);
+
+    Attribute attribute;
+    EXPECT_EQ(AttributeBase::cellClass(&type, attribute), CellClass::String) << "an attribute without a type";
+    attribute.types = {nullptr};
+    EXPECT_EQ(AttributeBase::cellClass(&type, attribute), CellClass::String) << "one with a null type";
+    def::schema::Type other("IfcOther");
+    other.uNameHash = type.uNameHash;
+    attribute.types = {&other};
+    EXPECT_EQ(AttributeBase::cellClass(&type, attribute), CellClass::String) << "another name with the same hash";
 }
 
 // What is thrown, as "text" in quotes for a char const*, else the text of the oxa::exception.
@@ -148,6 +157,25 @@ TEST(AttributeBase, AnAttributeWithoutATypeIsAnInsideFault) {
     attribute.types = {&type};
     EXPECT_EQ(sThrown([&] { (void)AttributeBase::iAttributeSizeFromSchemaAttribute(type, attribute); }),
               "returning nullptr");
+    char cell[32] = {};
+    AttributeType eType = AttributeType::Unknown;
+    EXPECT_EQ(sThrown([&] { AttributeBase::vAttributeNew(type, attribute, cell, nullptr, &eType); }),
+              "returning nullptr");
+    EXPECT_EQ(eType, AttributeType::Unknown);
+}
+
+// What a parser asks of its token may lie behind the statement, which ends without a 0 byte.
+TEST(AttributeBase, BehindTheStatementStandZeros) {
+    StatementReader reader;
+    StepReadInfoData info(".T", 1, reader.common);
+    const Attribute& attribute = attributeOf("IfcBoolean", "Value");
+    AttributeBase::StepReadInfoAttribute token{&info, &reader.data, nullptr, &attribute, nullptr, 0, 3, 0};
+    EXPECT_EQ(token.cAt(1), 'T');
+    EXPECT_EQ(token.cAt(2), '\0');
+    EXPECT_EQ(token.cAt(3), '\0');
+    const AttributeBoolean cell(token);
+    EXPECT_EQ(cell.m_value, 1);
+    ASSERT_EQ(reader.errors.records().size(), 1U) << "the second point is missing";
 }
 
 const Report g_null = {"Error_InvalidNullAttribute", "Value", Errors::Error, Errors::Null};

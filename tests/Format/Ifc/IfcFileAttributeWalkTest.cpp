@@ -220,6 +220,56 @@ TEST(AttributeListWalk, AnswersForListsWithoutItems) {
     }
 }
 
+// As an item type that was settled before the first item came leaves a list.
+TEST(AttributeListWalk, AnswersForListsThatWereNeverFilled) {
+    const struct {
+        const char* sName;
+        AttributeType eItemType;
+        Walker walk;
+        const char* sOutcome;
+    } table[] = {
+        {"reals", AttributeType::Real, walks<double>(), "yes:"},
+        {"reals, as a point", AttributeType::Real, walks<math::_2d::Point>(), "no:"},
+        {"integers", AttributeType::Integer, walks<long long>(), "yes:"},
+        {"texts", AttributeType::String, walks<char*>(), "yes:"},
+        {"binaries", AttributeType::Binary, walks<Bytes>(), "yes:"},
+        {"binaries, asked for reals", AttributeType::Binary, walks<double>(), "yes:"},
+        {"selects", AttributeType::Select, walks<AttributeSelect>(), "yes:"},
+        {"selects, for what they hold", AttributeType::Select, walks<double>(), "yes:"},
+        {"rows", AttributeType::List, walks<std::vector<double>>(), "yes:"},
+        {"rows, as points", AttributeType::List, walks<math::_2d::Point>(), "yes:"},
+        {"entities", AttributeType::Entity, walks<Entity*>(), "yes:"},
+    };
+    CellSetter setter;
+    AssertTrail trail;
+    auto& list = setter.cell<AttributeList>("Reals");
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.sName);
+        list.m_eItemType = row.eItemType;
+        EXPECT_EQ(row.walk(setter, "Reals"), row.sOutcome);
+    }
+    EXPECT_EQ(trail.raised(), Trail{});
+}
+
+// The flag of the cell tells a GUID from a text, whatever the attribute says.
+TEST(AttributeListWalk, TellsGuidsInSelectsByTheirFlag) {
+    CellSetter setter;
+    setter.vReadOne("Selects", "(IFCLABEL('a'))");
+    const auto& list = setter.cell<AttributeList>("Selects");
+    const auto sWalkAsGuids = [&]<class T>(std::type_identity<T>) {
+        return sWalk<T>(setter, 0, [&](std::function<bool(T&)> function) {
+            return list.boForEach<T>(setter.attribute("Gu"), std::move(function));
+        });
+    };
+    EXPECT_EQ(sWalkAsGuids(std::type_identity<char*>()), "yes: a");
+    EXPECT_EQ(sWalkAsGuids(std::type_identity<Guid>()), "no:");
+
+    AttributeGuid guid;
+    (*list.pArray<AttributeSelect>())[0].m_pValue = &guid;
+    EXPECT_EQ(sWalkAsGuids(std::type_identity<char*>()), "no:");
+    EXPECT_EQ(sWalkAsGuids(std::type_identity<Guid>()), "yes: 0000000000000000000000");
+}
+
 TEST(AttributeListWalk, RefusesItemTypesThatItDoesNotKnow) {
     CellSetter setter;
     AssertTrail trail;
@@ -230,6 +280,9 @@ TEST(AttributeListWalk, RefusesItemTypesThatItDoesNotKnow) {
     EXPECT_EQ(trail.raised(), Trail{g_sUnknown}) << "a list of sets";
     EXPECT_EQ(sWalkList<std::vector<Entity*>>(setter, "SetRows"), "no:");
     EXPECT_EQ(trail.raised(), Trail{g_sUnknown});
+    Assert::setEnabled(false);
+    EXPECT_EQ(sWalkList<Entity*>(setter, "SetRows"), "no:");
+    EXPECT_EQ(trail.raised(), Trail{}) << "assertions are off";
 }
 
 TEST(AttributeListWalk, StopsWhereTheFunctionSaysSo) {
@@ -249,6 +302,8 @@ TEST(AttributeListWalk, StopsWhereTheFunctionSaysSo) {
         {"Things", "(#5,#6,#7)", sWalkList<Entity*>, "no: #5", "no: #5 #6", "no: #5 #6 #7"},
         {"Selects", "(IFCLABEL('a'),IFCREALS((1.,2.)),IFCLENGTHMEASURE(3.))", sWalkList<double>, "no: 1", "no: 1 2",
          "no: 1 2 3"},
+        {"Selects", "(#5,$,IFCLABEL('a'))", sWalkList<AttributeSelect>, "no: select 13", "no: select 13 select 0",
+         "no: select 13 select 0 select 5"},
         {"RealRows", "((1.,2.),(3.,4.),(5.,6.))", sWalkList<std::vector<double>>, "no: (1 2)", "no: (1 2) (3 4)",
          "no: (1 2) (3 4) (5 6)"},
         {"RealRows", "((1.,2.),(3.,4.),(5.,6.))", sWalkList<math::_2d::Point>, "no: < 1 2 >",
@@ -468,6 +523,42 @@ TEST(EntityWalk, MeetsEveryReference) {
         const std::string sWalked = sWalkCell<Entity*>(setter, row.sAttribute, true, true);
         EXPECT_EQ(sWalked.substr(sWalked.find(':') + 1), row.sMet) << "the walk with a function meets the same";
         EXPECT_EQ(trail.raised(), row.raised);
+    }
+}
+
+// What no file leaves behind.
+TEST(EntityWalk, MeetsNothingInCellsThatHoldNothing) {
+    CellSetter setter;
+    AttributeReal real;
+    const def::schema::Type unresolved("IfcUnresolved");
+    const struct {
+        const char* sName;
+        AttributeType eType;
+        const def::schema::Type* pType;
+        AttributeBase* pValue;
+    } table[] = {
+        {"a reference without a cell", AttributeType::Entity, nullptr, nullptr},
+        {"a value without a cell", AttributeType::Real, CellSetter::pType("IFCLENGTHMEASURE"), nullptr},
+        {"a value of no type", AttributeType::Real, nullptr, &real},
+        {"a value of a type without a data type", AttributeType::Real, &unresolved, &real},
+    };
+    const auto iMet = [](const AttributeBase& cell, CellClass eClass) {
+        int iCount = 0;
+        vForEachEntity(cell, eClass, [&iCount](Entity*) { ++iCount; });
+        return iCount;
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.sName);
+        AttributeSelect select;
+        select.m_eType = row.eType;
+        select.m_pType = row.pType;
+        select.m_pValue = row.pValue;
+        EXPECT_EQ(iMet(select, CellClass::Select), 0);
+    }
+    AttributeList list;
+    for (const AttributeType eType : {AttributeType::Select, AttributeType::Entity}) {
+        list.m_eItemType = eType;
+        EXPECT_EQ(iMet(list, CellClass::List), 0) << "a list without items";
     }
 }
 

@@ -327,6 +327,7 @@ TEST(WriteCell, WritesListsByTheirItems) {
         {"lists of lists", "IFCCUBE", "(((1),(2)),((3,4)))", "(((1),(2)),((3,4)))"},
         {"references", "IFCREFERENCESET", "(#5,#6,#5)", "(#5,#6,#5)"},
         {"no reference", "IFCREFERENCESET", "()", "()"},
+        {"no text", "IFCLABELLIST", "()", "()"},
         {"a reference to nothing gets a number", "IFCREFERENCESET", "(#5,#77)", "(#5,#4)"},
         {"items that no list holds", "IFCBOOLEANLIST", "(.T.,.F.)", "()"},
         {"item type 0: logicals", "IFCLOGICALLIST", "(.T.)", "()"},
@@ -425,6 +426,26 @@ TEST(WriteCell, WritesNothingForANullPointer) {
         cell.m_pValue = &value;
         EXPECT_EQ(writer.sText(cell, attributeOf("IFCSELECT")), "");
         EXPECT_EQ(writer.records(), std::vector<std::string>{sNoReference("")});
+        value.m_boUndefined = true;
+        CellWriter undefined(data);
+        EXPECT_EQ(undefined.sText(cell, attributeOf("IFCSELECT")), "$");
+        EXPECT_EQ(undefined.records(), std::vector<std::string>{sNull("")});
+    }
+    {
+        SCOPED_TRACE("select of a value without a type");
+        AttributeReal value;
+        AttributeSelect cell;
+        cell.m_eType = AttributeType::Real;
+        cell.m_pValue = &value;
+        CellWriter writer(data);
+        EXPECT_EQ(writer.sText(cell, attributeOf("IFCSELECT")), "");
+        EXPECT_TRUE(writer.records().empty());
+    }
+    {
+        SCOPED_TRACE("attribute without a type");
+        CellWriter writer(data);
+        EXPECT_EQ(writer.sText(AttributeReal{}, Attribute()), "");
+        EXPECT_TRUE(writer.records().empty());
     }
     {
         SCOPED_TRACE("text: two quotes");
@@ -442,6 +463,16 @@ TEST(WriteCell, WritesNothingForANullPointer) {
         SCOPED_TRACE("list: no item");
         CellWriter writer(data);
         EXPECT_EQ(writer.sText(AttributeList{}, attributeOf("IFCREALLIST")), "()");
+        EXPECT_TRUE(writer.records().empty());
+    }
+    for (const AttributeType eType : {AttributeType::Real, AttributeType::Integer, AttributeType::String,
+                                      AttributeType::Binary, AttributeType::Select, AttributeType::List,
+                                      AttributeType::Entity}) {
+        SCOPED_TRACE("list that was never filled, item type " + std::to_string(static_cast<int>(eType)));
+        AttributeList list;
+        list.m_eItemType = eType;
+        CellWriter writer(data);
+        EXPECT_EQ(writer.sText(list, attributeOf("IFCREALLIST")), "()");
         EXPECT_TRUE(writer.records().empty());
     }
     const CellRow rows[] = {
@@ -526,6 +557,9 @@ TEST(WriteCell, LeavesNullsOutOfAListOfReferences) {
         EXPECT_EQ(log.texts(),
                   std::vector<std::string>(row.iAssertions, "Skipping invalid reference in list"));
         EXPECT_TRUE(writer.records().empty());
+        Assert::setEnabled(false);
+        EXPECT_EQ(CellWriter(reader.data).sText(cell, attributeOf("IFCREFERENCESET")), row.sText);
+        EXPECT_EQ(log.texts().size(), row.iAssertions) << "assertions are off";
     }
 }
 

@@ -319,6 +319,10 @@ TEST(XmlTextSet, IllegalKindTakesNoText) {
                                                                        &setter.data));
     EXPECT_FALSE(setter.cell<AttributeBase>("Re").boValueAsXmlStringsGet(illegal, texts, setter.attribute("Re"),
                                                                         &setter.data));
+    const def::schema::Type unresolved("IfcUnresolved");
+    EXPECT_FALSE(setter.cell<AttributeBase>("Re").boValueAsXmlStringGet(unresolved, text, setter.attribute("Re"),
+                                                                       &setter.data))
+        << "nor has a type without a data type";
     EXPECT_EQ(text, "before");
     EXPECT_EQ(texts, Texts{"before"});
 }
@@ -517,6 +521,68 @@ TEST(XmlTextGet, ListsGiveATextAnItem) {
             EXPECT_EQ(trail.raised(), row.asserts);
         }
     }
+}
+
+// What no file leaves behind.
+TEST(XmlText, SelectsOfNoTypeHaveNone) {
+    CellSetter setter;
+    const def::schema::Type unresolved("IfcUnresolved");
+    AttributeReal value;
+    auto& cell = setter.cell<AttributeSelect>("Se");
+    const Attribute& attribute = setter.attribute("Se");
+    for (const def::schema::Type* pType : {static_cast<const def::schema::Type*>(nullptr), &unresolved}) {
+        SCOPED_TRACE(pType ? pType->sName : "none");
+        cell.m_eType = AttributeType::Real;
+        cell.m_pType = pType;
+        cell.m_pValue = static_cast<AttributeBase*>(&value);
+        std::string text = "before";
+        Texts texts{"before"};
+        EXPECT_FALSE(cell.boValueAsXmlStringGet(text, attribute, &setter.data));
+        EXPECT_FALSE(cell.boValueAsXmlStringsGet(texts, attribute, &setter.data));
+        EXPECT_FALSE(cell.boValueAsXmlStringSet("1", attribute, setter.data, {}));
+        EXPECT_FALSE(cell.boValueAsXmlStringSet("1", attribute, setter.data, {&unresolved}));
+        EXPECT_EQ(text, "before");
+        EXPECT_EQ(texts, Texts{"before"});
+        EXPECT_EQ(value.m_value, 0.0);
+    }
+    cell.m_pValue = static_cast<AttributeBase*>(nullptr);
+}
+
+TEST(XmlText, ListsThatWereNeverFilledHaveNoItems) {
+    CellSetter setter;
+    AssertTrail trail;
+    auto& list = setter.cell<AttributeList>("Selects");
+    const Attribute& attribute = setter.attribute("Selects");
+    for (const AttributeType eType :
+         {AttributeType::Real, AttributeType::Integer, AttributeType::String, AttributeType::Select}) {
+        SCOPED_TRACE(static_cast<int>(eType));
+        list.m_eItemType = eType;
+        Texts texts{"before"};
+        EXPECT_TRUE(list.boValueAsXmlStringsGet(texts, attribute, &setter.data));
+        EXPECT_EQ(texts, Texts{});
+    }
+    EXPECT_TRUE(list.boValueAsXmlStringsSet(*attribute.types.front(), {"1", "2"}, attribute, setter.data,
+                                            pathOf({"IfcCount", "IfcValue"})));
+    EXPECT_EQ(setter.sShow("Selects"), "$ List 9[Select 3:IFCCOUNT(Integer 1), Select 3:IFCCOUNT(Integer 1)]");
+
+    auto& texts = setter.cell<AttributeList>("Texts");
+    texts.vTypeListCreate(pathOf({"IfcLabel"}), 2, setter.data.pool());
+    Texts items{"before"};
+    EXPECT_TRUE(texts.boValueAsXmlStringsGet(items, setter.attribute("Texts"), &setter.data));
+    EXPECT_EQ(items, (Texts{"", ""})) << "places without a text";
+    EXPECT_EQ(trail.raised(), Trail{});
+}
+
+TEST(XmlText, AsksWhetherAssertionsAreWanted) {
+    CellSetter setter;
+    AssertTrail trail;
+    setter.vReadOne("Things", "(#5)");
+    Assert::setEnabled(false);
+    Texts texts{"before"};
+    EXPECT_TRUE(setter.cell<AttributeList>("Things")
+                    .boValueAsXmlStringsGet(texts, setter.attribute("Things"), &setter.data));
+    EXPECT_EQ(texts, Texts{});
+    EXPECT_EQ(trail.raised(), Trail{});
 }
 
 // --- both ways ----------------------------------------------------------------------------------------------------

@@ -105,6 +105,24 @@ TEST(DataReadLine, TakesStatementsApart) {
     }
 }
 
+// Beside other threads an entity is held while it is looked at, and let go again.
+TEST(DataReadLine, FinalizesBesideOtherThreadsToo) {
+    Data data;
+    data.vSchemaSet(SchemaLoader::pBuiltIn("IFC4"));
+    io::ReadError errors;
+    StepReadInfoDataCommon common(errors);
+    common.vUpdateSchemaCache(*data.pSchema());
+    common.m_boParallel = true;
+    const std::string sStatement = "#1=IFCPROJECT('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$,$);";
+    StepReadInfoData info(sStatement, 7, common);
+    std::vector<Entity*> result;
+    ASSERT_TRUE(data.boReadLine(info, result));
+    data.finalizeEntity(result[0], common, sStatement, 7);
+    EXPECT_THAT(data.entities(), ElementsAre(result[0]));
+    EXPECT_EQ(data.guidEntityMap().size(), 1U);
+    EXPECT_EQ(common.slotGet(data, 1).state, 0) << "nobody holds it";
+}
+
 TEST(DataReadLine, WithoutASchemaGivesUpInSilence) {
     Data data;
     io::ReadError errors;

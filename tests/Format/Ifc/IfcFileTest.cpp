@@ -250,5 +250,27 @@ TEST(FileSimple, FindsItsRoot) {
     }
 }
 
+TEST(FileSimple, WritesTheShortForm) {
+    FileSimple file(*SchemaLoader::pBuiltIn("IFC4"));
+    const auto sWritten = [&file](const Entity* pEntity) {
+        std::ostringstream out;
+        io::WriteError errors;
+        const bool boWritten = file.boWrite(pEntity, out, errors, true);
+        return (boWritten ? "yes: " : "no: ") + out.str();
+    };
+    const std::string sHead = "Ifc file simple;\nIFC4;\n";
+    EXPECT_EQ(sWritten(nullptr), "no: " + sHead + "*;\n") << "nothing there";
+
+    io::ReadError errors;
+    std::istringstream in(sHead + "*;\n#7=IFCAXIS2PLACEMENT2D(#8,$);#8=IFCCARTESIANPOINT((1.,2.));");
+    ASSERT_TRUE(file.boRead(in, {}, errors, {}, true));
+    const std::string sPoint = "#2=IFCCARTESIANPOINT((1.,2.));\n";
+    EXPECT_EQ(sWritten(nullptr), "yes: " + sHead + "*;\n#1=IFCAXIS2PLACEMENT2D(#2,$);\n" + sPoint);
+    EXPECT_EQ(sWritten(file.data().entities().back()), "yes: " + sHead + "2;\n" + sPoint) << "what the root reaches";
+
+    file.headerBase().vSchemaNameSet("");
+    EXPECT_EQ(sWritten(nullptr), "no: ") << "without the name of a schema";
+}
+
 }   // namespace
 }   // namespace oxa::ifc

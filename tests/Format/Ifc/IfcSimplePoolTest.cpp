@@ -73,6 +73,36 @@ TEST(SimplePool, ServesManyThreads) {
             ASSERT_EQ(std::string(pBytes, iBytes), std::string(iBytes, static_cast<char>(iThread + 1)));
 }
 
+// Small blocks, so that most requests find the block full and several threads open the next one at once.
+TEST(SimplePool, OpensOneBlockForThreadsThatMeet) {
+    constexpr std::size_t g_iThreads = 4;
+    constexpr std::size_t g_iRequests = 30'000;
+    memory::SimplePool<char, 64, 0> pool;
+    std::vector<std::vector<char*>> got(g_iThreads);
+    vOnThreads(g_iThreads, [&](std::size_t iThread) {
+        for (std::size_t i = 0; i < g_iRequests; ++i) {
+            auto* pBytes = static_cast<char*>(pool.pAllocate(20));
+            std::memset(pBytes, static_cast<int>(iThread + 1), 20);
+            got[iThread].push_back(pBytes);
+        }
+    });
+    for (std::size_t iThread = 0; iThread < g_iThreads; ++iThread)
+        for (const char* pBytes : got[iThread])
+            ASSERT_EQ(std::string(pBytes, 20), std::string(20, static_cast<char>(iThread + 1)));
+    // Three requests fill a block; one that several had opened would not be filled.
+    EXPECT_EQ(pool.iBytesReserved(), g_iThreads * g_iRequests / 3 * 64);
+}
+
+TEST(ZeroedBytes, AreThereEvenForNone) {
+    for (const std::size_t iBytes : {0, 1, 1024 * 1024 - 1, 1024 * 1024, 4 * 1024 * 1024}) {
+        SCOPED_TRACE(iBytes);
+        const memory::ZeroedBytes pBytes = memory::zeroedBytes(iBytes);
+        ASSERT_NE(pBytes, nullptr);
+        EXPECT_EQ(sZeroed(pBytes.get(), iBytes), "zeroed");
+        std::memset(pBytes.get(), 1, iBytes);
+    }
+}
+
 TEST(PoolArena, GivesZeroedMemoryOfThePool) {
     Pool pool;
     PoolArena arena(pool);

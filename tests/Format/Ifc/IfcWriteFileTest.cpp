@@ -11,6 +11,7 @@
 #include <numeric>
 #include <thread>
 
+#include "AssertLog.h"
 #include "SmallModel.h"
 
 namespace oxa::ifc::io {
@@ -225,6 +226,57 @@ TEST(WriteData, WritesWhatASeedQueues) {
     for (const bool boSingleThreaded : {true, false})
         EXPECT_THROW(static_cast<void>(WriteFile::boWrite(data, WriteFile::Seed{}, out, errors, boSingleThreaded)),
                      std::bad_function_call);
+}
+
+TEST(WriteData, PassesOverNullsInTheQueue) {
+    const ReadFileModel model = modelOf("#2=IFCPOINT((2.));#1=IFCPOINT((1.));");
+    const auto& data = model.file.data();
+    const WriteFile::Seed seed = [&data](StepWriteInfoCommon& info) {
+        info.m_queue.push_back(nullptr);
+        info.iEntityIdGet(data.pEntityFromId(2));
+        info.m_queue.push_back(nullptr);
+    };
+    for (const bool boSingleThreaded : {true, false}) {
+        const Written result = written([&](auto& out, auto& errors) {
+            return WriteFile::boWrite(data, seed, out, errors, boSingleThreaded);
+        });
+        EXPECT_TRUE(result.boResult);
+        EXPECT_EQ(result.text, "#2=IFCPOINT((2.));\n");
+    }
+}
+
+// A seed may write lines of its own, for instance comments.
+TEST(WriteData, PutsNoEmptyLineBetweenStatementsOfThreads) {
+    const ReadFileModel model = modelOf("#1=IFCPOINT((1.));");
+    const WriteFile::Seed seed = [&model](StepWriteInfoCommon& info) {
+        std::string sLine;
+        info.m_pWriter->iLineAdd(sLine, 0);
+        sLine = "/* a comment */";
+        info.m_pWriter->iLineAdd(sLine, 0);
+        info.iEntityIdGet(model.file.data().pEntityFromId(1));
+    };
+    const Written result = written([&](auto& out, auto& errors) {
+        return WriteFile::boWrite(model.file.data(), seed, out, errors, false);
+    });
+    EXPECT_TRUE(result.boResult);
+    EXPECT_THAT(linesOf(result.text), UnorderedElementsAreArray(Lines{"/* a comment */", "#1=IFCPOINT((1.));"}));
+}
+
+// A null among the members of a relationship has no number, on whatever thread.
+TEST(WriteData, LeavesNullMembersOut) {
+    ReadFileModel model = modelOf(g_sProject + "#2=IFCELEMENT('" + sGuidOf(1) + "',$,$,.GREEN.);#3=IFCRELLINK('" +
+                                  sGuidOf(2) + "',$,#1,(#2));");
+    Data& data = model.file.data();
+    Entity* pLink = data.pEntityFromId(3);
+    const auto [pAttribute, pCell] = pLink->pAttributeFromIndex(3);
+    const AssertLog log;
+    EXPECT_TRUE(static_cast<AttributeList*>(pCell)->boPushBackValue(static_cast<const Entity*>(nullptr), *pAttribute,
+                                                                   data));
+    for (const bool boSingleThreaded : {true, false}) {
+        const Written result = entityOf(data, pLink, boSingleThreaded);
+        EXPECT_THAT(linesOf(result.text), testing::Contains("#3=IFCRELLINK('" + sGuidOf(2) + "',$,#1,(#2));"));
+    }
+    EXPECT_EQ(log.texts(), std::vector<std::string>(2, "Skipping invalid reference in list"));
 }
 
 TEST(WriteData, WritesNothingWhereThereIsNothing) {

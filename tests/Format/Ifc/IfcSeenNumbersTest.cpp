@@ -1,0 +1,36 @@
+// The bits of the numbers that a walk has met.
+#include "Format/Ifc/IfcSeenNumbers.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+#include "OnThreads.h"
+
+namespace oxa::ifc {
+namespace {
+
+// On both sides of where a word, a page and a folder of the tree end.
+TEST(SeenNumbers, AnswerOnceForEachNumber) {
+    constexpr std::uint32_t g_numbers[] = {0,          1,          62,          63,          64,         32'767,
+                                           32'768,     16'777'215, 16'777'216,  16'777'217,  2147483647, 2147483648,
+                                           4294934527, 4294934528, 4294967294U, 4294967295U};
+    SeenNumbers seen;
+    for (const std::uint32_t iNumber : g_numbers) EXPECT_TRUE(seen.boMark(iNumber)) << iNumber;
+    for (const std::uint32_t iNumber : g_numbers) EXPECT_FALSE(seen.boMark(iNumber)) << iNumber;
+}
+
+// A page a number, so that the threads come together where one is made.
+TEST(SeenNumbers, AnswerOneOfManyThreads) {
+    constexpr std::size_t g_iThreads = 4;
+    constexpr std::uint32_t g_iPages = 4'000;
+    SeenNumbers seen;
+    std::vector<std::size_t> met(g_iThreads);
+    vOnThreads(g_iThreads, [&](std::size_t iThread) {
+        for (std::uint32_t i = 0; i < g_iPages; ++i) met[iThread] += seen.boMark(i * 32'768);
+    });
+    EXPECT_EQ(std::accumulate(met.begin(), met.end(), std::size_t{0}), g_iPages);
+}
+
+}   // namespace
+}   // namespace oxa::ifc
