@@ -224,6 +224,9 @@ TEST(ConvertVerb, OutThatCannotBeWrittenIsOneLineAndNoFile) {
 }
 
 TEST(ConvertVerb, WriteThatFailsHalfwayKeepsTheOldFile) {
+#ifdef OXA_COVERAGE
+    GTEST_SKIP() << "this build's counts meet the limit too";
+#endif
     const TestFolder folder;
     const std::string sIn = folder.sFile("in.ifc", sContent(sExample("house-ifc4.ifc")));
     rlimit before{};

@@ -446,6 +446,9 @@ TEST(ConvertXml, ExtractWritesTheSimpleFormOnly) {
 }
 
 TEST(ConvertXml, OutThatFailsHalfwayKeepsTheOldFile) {
+#ifdef OXA_COVERAGE
+    GTEST_SKIP() << "this build's counts meet the limit too";
+#endif
     const TestFolder folder;
     const std::string sOut = folder.sFile("out.ifcxml", "old");
     rlimit before{};

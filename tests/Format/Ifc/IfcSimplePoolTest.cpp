@@ -94,7 +94,8 @@ TEST(SimplePool, OpensOneBlockForThreadsThatMeet) {
 }
 
 TEST(ZeroedBytes, AreThereEvenForNone) {
-    for (const std::size_t iBytes : {0, 1, 1024 * 1024 - 1, 1024 * 1024, 4 * 1024 * 1024}) {
+    constexpr std::size_t g_iMegabyte = 1024 * 1024;   // from here on the system maps them
+    for (const std::size_t iBytes : {std::size_t{0}, std::size_t{1}, g_iMegabyte - 1, g_iMegabyte, 4 * g_iMegabyte}) {
         SCOPED_TRACE(iBytes);
         const memory::ZeroedBytes pBytes = memory::zeroedBytes(iBytes);
         ASSERT_NE(pBytes, nullptr);
