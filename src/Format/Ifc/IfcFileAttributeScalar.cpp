@@ -35,7 +35,12 @@ int iHexDigit(char c) noexcept {
 
 // The number behind "#" as atoi reads it: what follows the digits is ignored, no digits are 0. A number beyond
 // 32 bits becomes the largest one, so that it can't be taken for another instance.
-std::int32_t iReference(const char* first, const char* last) noexcept {
+std::int32_t iReference(const char* first, const char* last, std::string_view line) noexcept {
+    if (line.data() + line.size() - first >= 8) {
+        const details::Digits digits = details::digitsOf8(first);
+        if (digits.iCount > 0 && digits.iCount < 8 && digits.iCount <= last - first)
+            return static_cast<std::int32_t>(digits.uValue);
+    }
     while (first != last && (*first == ' ' || (*first >= '\t' && *first <= '\r'))) ++first;
     const bool boNegative = first != last && *first == '-';
     if (boNegative || (first != last && *first == '+')) ++first;
@@ -191,9 +196,9 @@ Entity* AttributeEntity::pEntityRead(const StepReadInfoAttribute& info) {
         vReport(info, "Error_ExpectedValidEntityValueFor");
         return nullptr;
     }
-    const std::int32_t iId = iReference(pText + 1, pText + info.m_iLength);
+    const std::int32_t iId = iReference(pText + 1, pText + info.m_iLength, info.m_pInfo->m_line);
     EntitySlot& slot = info.m_pInfo->m_pCommon->slotGet(*info.m_pData, static_cast<std::uint32_t>(iId));
-    slot.vReferencedSet();
+    slot.vReferencedSet(info.m_pInfo->m_pCommon->m_boParallel);
     return &slot.entity;
 }
 

@@ -24,7 +24,7 @@ void Data::vGuidUpdate() const {
         const Guid guid = guidOf(*pEntity);
         if (guid.boIsNull())
             stillPending.push_back(pEntity);
-        else if (!m_guidEntityMap.try_emplace(guid, pEntity).second && Assert::isEnabled())
+        else if (!m_guidEntityMap.boInsert(guid, pEntity) && Assert::isEnabled())
             Assert::addAssert("Format/Ifc/IfcFileDataSimple", "oxa::ifc::Data::vGuidUpdate",
                               "Guid already exist in m_guidEntityMap", __LINE__);
     }
@@ -33,8 +33,7 @@ void Data::vGuidUpdate() const {
 
 Entity* Data::pEntityFromGuid(const Guid& guid) const {
     if (!m_pendingGuid.empty()) vGuidUpdate();
-    const auto found = m_guidEntityMap.find(guid);
-    return found == m_guidEntityMap.end() ? nullptr : found->second;
+    return m_guidEntityMap.pFind(guid);
 }
 
 bool Data::boEntityDelete(Entity* pEntity) {
@@ -46,7 +45,7 @@ bool Data::boEntityDelete(Entity* pEntity) {
     m_entities.erase(place);
     if (pEntity->boIsCompatible(m_pRootSchema)) {
         if (!m_pendingGuid.empty()) vGuidUpdate();
-        if (const Guid guid = guidOf(*pEntity); !guid.boIsNull()) m_guidEntityMap.erase(guid);
+        if (const Guid guid = guidOf(*pEntity); !guid.boIsNull()) m_guidEntityMap.boErase(guid);
     }
     if (pEntity == pProject()) m_pProject.store(nullptr, std::memory_order_relaxed);
     return true;

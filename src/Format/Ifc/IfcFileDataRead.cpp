@@ -35,15 +35,23 @@ std::optional<StatementParts> statementParts(StepReadInfoData& info) {
         return std::nullopt;
     };
     if (line.empty() || line[0] != '#') return refuse("Error_ExpectedNumberSign");
-    // One digit at least stands between "#" and "=".
-    const std::size_t iEqual = line.size() > 2 ? line.find('=', 2) : std::string::npos;
-    if (iEqual == std::string::npos) return refuse("Error_ExpectedEqualOperator");
-    StatementParts parts{0, iEqual + 1, 0};
-    const char* pEqual = line.data() + iEqual;
-    // A malformed number has no key of its own.
-    if (details::pReadInteger(line.data() + 1, pEqual, 10, parts.iId) != pEqual)
-        return refuse("Error_ExpectedLeftParenthesis");
-    parts.iOpen = line.find('(', iEqual);
+    const char* const pNumber = line.data() + 1;
+    StatementParts parts{0, 0, 0};
+    if (line.size() > 8)
+        if (const details::Digits digits = details::digitsOf8(pNumber);
+            digits.iCount > 0 && digits.iCount < 8 && pNumber[digits.iCount] == '=')
+            parts = {static_cast<std::int32_t>(digits.uValue), digits.iCount + 2, 0};
+    if (!parts.iKeyword) {
+        // One digit at least stands between "#" and "=".
+        const std::size_t iEqual = line.size() > 2 ? line.find('=', 2) : std::string::npos;
+        if (iEqual == std::string::npos) return refuse("Error_ExpectedEqualOperator");
+        parts.iKeyword = iEqual + 1;
+        // A malformed number has no key of its own.
+        const char* pEqual = line.data() + iEqual;
+        if (details::pReadInteger(pNumber, pEqual, 10, parts.iId) != pEqual)
+            return refuse("Error_ExpectedLeftParenthesis");
+    }
+    parts.iOpen = line.find('(', parts.iKeyword);
     if (parts.iOpen == std::string::npos) return refuse("Error_InvalidEntity");
     return parts;
 }
@@ -88,7 +96,7 @@ bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadIn
     const def::schema::Entity* pType = pConcreteType(type, info);
     if (!pType) return false;
     EntitySlot& slot = info.m_pCommon->slotGet(*this, iId);
-    slot.vReferencedSet();
+    slot.vReferencedSet(info.m_pCommon->m_boParallel);
     Entity& entity = slot.entity;
 
     std::optional<EntitySlotLock> lock;
@@ -135,44 +143,41 @@ void Data::finalizeEntity(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDa
     if (pRootGuid->boIsNull())
         common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_UnexpectedNullGuid", std::string(line),
                              iLine);
-    else if (!m_guidEntityMap.try_emplace(*pRootGuid, pEntity).second)
+    else if (!m_guidEntityMap.boInsert(*pRootGuid, pEntity))
         common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_DuplicateGuids", std::string(line), iLine);
 }
 
 bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
-    const bool boComplete = boMissingReport(info);
-    vIdsSettle(info, boKeepIds);
-    PoolArena arena(*m_pPool);
-    // From here on every attribute of every entity is in place.
-    InverseBuilder builder(*m_pPool, &arena);
-    for (Entity* pEntity : m_entities) builder.vAdd(*pEntity);
-    builder.vFlush();
+    const bool boComplete = boNumbersSettle(info, boKeepIds);
+    {
+        PoolArena arena(*m_pPool);
+        // From here on every attribute of every entity is in place.
+        InverseBuilder builder(*m_pPool, &arena);
+        for (Entity* pEntity : m_entities) builder.vAdd(*pEntity);
+        builder.vFlush();
+    }
+    m_pPool->vTrim();
     vSortEntities();
     return boComplete;
 }
 
-// One report for each number that was named and never defined. Nobody knows any more which statement named it.
-bool Data::boMissingReport(ReadInfoCommon& info) {
+// One report for each number that was named and never defined: nobody knows any more which statement named it. The
+// others are kept, where that is asked for and no map is there yet. One look at each slot serves both.
+bool Data::boNumbersSettle(ReadInfoCommon& info, bool boKeepIds) {
+    const bool boSeed = boKeepIds && !m_pEntityIdMap;
+    if (boSeed) m_pEntityIdMap = std::make_unique<EntityIdMap>(0);
+    if (!boKeepIds) m_pEntityIdMap.reset();
     bool boComplete = true;
     info.vForEachSlot([&](std::uint32_t iId, EntitySlot& slot) {
-        if (!slot.boReferenced() || slot.entity.m_pSchemaEntity) return;
-        boComplete = false;
-        info.m_pError->add(nullptr, Errors::Error, Errors::Reference, "Error_MissingEntityWithId",
-                           std::to_string(iId), {}, 0);
+        if (slot.entity.m_pSchemaEntity) {
+            if (boSeed) m_pEntityIdMap->vSeed(slot, iId);
+        } else if (slot.boReferenced()) {
+            boComplete = false;
+            info.m_pError->add(nullptr, Errors::Error, Errors::Reference, "Error_MissingEntityWithId",
+                               std::to_string(iId), {}, 0);
+        }
     });
     return boComplete;
-}
-
-void Data::vIdsSettle(ReadInfoCommon& info, bool boKeepIds) {
-    if (!boKeepIds) {
-        m_pEntityIdMap.reset();
-        return;
-    }
-    if (m_pEntityIdMap) return;
-    m_pEntityIdMap = std::make_unique<EntityIdMap>(0);
-    info.vForEachSlot([this](std::uint32_t iId, EntitySlot& slot) {
-        if (slot.entity.m_pSchemaEntity) m_pEntityIdMap->vSeed(slot, iId);
-    });
 }
 
 }   // namespace oxa::ifc

@@ -13,7 +13,7 @@ namespace oxa::ifc {
 
 using def::schema::ObjectName;
 
-Data::Data() : m_guidEntityMap(8), m_pPool(std::make_shared<Pool>()) {}
+Data::Data() : m_pPool(std::make_shared<Pool>()) {}
 
 Data::Data(Data&& other) noexcept
     : m_pSchema(other.m_pSchema),
@@ -24,9 +24,7 @@ Data::Data(Data&& other) noexcept
       m_pEntityIdMap(std::move(other.m_pEntityIdMap)),
       m_pendingGuid(std::move(other.m_pendingGuid)),
       m_pPool(std::move(other.m_pPool)),
-      m_pProject(other.pProject()) {
-    other.m_guidEntityMap.clear();
-}
+      m_pProject(other.pProject()) {}
 
 Data& Data::operator=(Data&& other) noexcept {
     if (this == &other) return *this;
@@ -35,7 +33,6 @@ Data& Data::operator=(Data&& other) noexcept {
     m_entities = std::move(other.m_entities);
     m_boSorted = other.m_boSorted;
     m_guidEntityMap = std::move(other.m_guidEntityMap);
-    other.m_guidEntityMap.clear();
     m_pEntityIdMap = std::move(other.m_pEntityIdMap);
     m_pendingGuid = std::move(other.m_pendingGuid);
     m_pPool = std::move(other.m_pPool);

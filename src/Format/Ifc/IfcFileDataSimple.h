@@ -16,12 +16,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "Format/Ifc/IfcEntityIdMap.h"
 #include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/IfcGuidMap.h"
 #include "Format/Ifc/IfcSimplePool.h"
 #include "platform/Export.h"
 #include "platform/Id.h"
@@ -94,7 +94,7 @@ public:
     // Expires when the memory of the entities goes, which may be later than this object: a move hands it on.
     [[nodiscard]] std::weak_ptr<const Pool> poolLife() const noexcept { return m_pPool; }
     // Rooted entities by GlobalId, as far as they are known by now.
-    [[nodiscard]] const std::unordered_map<Guid, Entity*>& guidEntityMap() const noexcept { return m_guidEntityMap; }
+    [[nodiscard]] const GuidMap& guidEntityMap() const noexcept { return m_guidEntityMap; }
 
     // One entity statement (ISO 10303-21, 11.2), blanks and comments removed, ending in ";". Appends exactly one
     // element to "result": the entity, or null when the statement made none. True when it made one. Any number of
@@ -126,19 +126,18 @@ protected:
 private:
     bool boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
                      std::size_t iLength, std::vector<Entity*>& result);
-    // The concrete type that an abstract one is read as, after the report; null when there is none.
     // The GUID of a rooted entity, as far as its type has one in front. Under the lock of its slot.
     [[nodiscard]] static std::optional<Guid> rootGuid(const Entity& entity, const StepReadInfoDataCommon& common);
+    // The concrete type that an abstract one is read as, after the report; null when there is none.
     const def::schema::Entity* pConcreteType(const def::schema::Entity& type, StepReadInfoData& info) const;
-    bool boMissingReport(ReadInfoCommon& info);
-    void vIdsSettle(ReadInfoCommon& info, bool boKeepIds);
+    bool boNumbersSettle(ReadInfoCommon& info, bool boKeepIds);
     void vProjectOffer(Entity* pEntity);
 
     const def::SchemaPset* m_pSchema = nullptr;
     const def::schema::Entity* m_pRootSchema = nullptr;      // IFCROOT, or null
     mutable std::vector<Entity*> m_entities;                 // insertion order until sorted
     mutable bool m_boSorted = false;
-    mutable std::unordered_map<Guid, Entity*> m_guidEntityMap;
+    mutable GuidMap m_guidEntityMap;
     mutable std::unique_ptr<EntityIdMap> m_pEntityIdMap;     // null until needed
     mutable std::vector<Entity*> m_pendingGuid;              // rooted, from entityAdd, not yet in m_guidEntityMap
     std::shared_ptr<Pool> m_pPool;                           // nobody else owns it; see poolLife

@@ -6,8 +6,10 @@
 // Threads  any number at once. Nothing is allocated; the process locale has no say.
 #pragma once
 
+#include <bit>
 #include <charconv>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 
 #include "platform/Export.h"
@@ -23,6 +25,34 @@ namespace details {
                                               std::int32_t& value) noexcept {
     const auto [pEnd, error] = std::from_chars(first, last, value, base);
     return error == std::errc() ? pEnd : nullptr;
+}
+
+// The decimal digits at the front of 8 bytes: how many, and their value.
+struct Digits {
+    unsigned iCount;
+    std::uint32_t uValue;
+};
+
+// All at once instead of one after the other: how many digits a number has is hard to foresee for a processor.
+[[nodiscard]] inline Digits digitsOf8(char const* first) noexcept {
+    constexpr std::uint64_t ones = 0x0101010101010101u;
+    std::uint64_t bytes;
+    std::memcpy(&bytes, first, sizeof bytes);
+    if constexpr (std::endian::native == std::endian::big) {
+        std::uint64_t turned = 0;
+        for (int i = 0; i < 8; ++i, bytes >>= 8) turned = turned << 8 | (bytes & 0xFF);
+        bytes = turned;
+    }
+    bytes ^= ones * '0';
+    // The sum has the high bit of each byte from 10 on; what it carries over comes behind the first of those.
+    const std::uint64_t others = ((bytes + ones * 0x76) | bytes) & (ones * 0x80);
+    const auto iCount = static_cast<unsigned>(std::countr_zero(others)) / 8;
+    if (iCount == 0) return {0, 0};
+    bytes <<= 64 - 8 * iCount;   // zeros in front
+    bytes = (bytes * 10 + (bytes >> 8)) & 0x00FF00FF00FF00FFu;
+    bytes = (bytes * 100 + (bytes >> 16)) & 0x0000FFFF0000FFFFu;
+    bytes = (bytes * 10000 + (bytes >> 32)) & 0x00000000FFFFFFFFu;
+    return {iCount, static_cast<std::uint32_t>(bytes)};
 }
 
 }   // namespace details

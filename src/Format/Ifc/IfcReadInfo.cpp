@@ -33,15 +33,16 @@ EntitySlot& ReadInfoCommon::slotCreate(Data& data, std::size_t iChunk, std::size
 
 // The chunk, with its slots. The acquire load of a reader meets the release store here: it sees zeroed memory.
 ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) {
-    const auto vCreate = [&data](Chunk& chunk) {
-        auto* pSlots = static_cast<EntitySlot*>(data.pool().pAllocate(g_iChunkBytes));
-        chunk.pSlots.store(pSlots, std::memory_order_release);
+    const auto vCreate = [&data](Chunk& chunk, bool boDense) {
+        void* pSlots = boDense ? data.pool().pAllocatePiece(g_iChunkBytes) : data.pool().pAllocate(g_iChunkBytes);
+        chunk.pSlots.store(static_cast<EntitySlot*>(pSlots), std::memory_order_release);
     };
     if (iChunk < g_iFirstChunks) {
         Chunk& chunk = m_chunks[iChunk];
         if (!chunk.pSlots.load(std::memory_order_acquire)) {
             const std::lock_guard lock(m_chunkMutex);
-            if (!chunk.pSlots.load(std::memory_order_relaxed)) vCreate(chunk);
+            if (!chunk.pSlots.load(std::memory_order_relaxed))
+                vCreate(chunk, iChunk > 0 && m_chunks[iChunk - 1].boMostlyTouched());
         }
         return chunk;
     }
@@ -55,7 +56,7 @@ ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) 
     std::unique_ptr<Chunk>& pChunk = m_moreChunks[iMore];
     if (!pChunk) {
         auto pNew = std::make_unique<Chunk>();
-        vCreate(*pNew);
+        vCreate(*pNew, false);
         pChunk = std::move(pNew);
     }
     return *pChunk;

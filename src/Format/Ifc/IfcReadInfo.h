@@ -13,6 +13,7 @@
 
 #include <array>
 #include <atomic>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -39,9 +40,11 @@ struct EntitySlot {
     std::uint8_t state;        // who may touch "entity" right now, see EntitySlotLock
     std::uint8_t unused[6];
 
-    void vReferencedSet() noexcept {
+    // With others at work the line is left to who has it, unless it has to change; alone, a look would only be a wait
+    // for memory.
+    void vReferencedSet(bool boParallel = true) noexcept {
         std::atomic_ref flag(referenced);
-        if (!flag.load(std::memory_order_relaxed)) flag.store(1, std::memory_order_relaxed);
+        if (!boParallel || !flag.load(std::memory_order_relaxed)) flag.store(1, std::memory_order_relaxed);
     }
     [[nodiscard]] bool boReferenced() noexcept {
         return std::atomic_ref(referenced).load(std::memory_order_relaxed) != 0;
@@ -124,6 +127,13 @@ private:
         }
         [[nodiscard]] bool boTouched(std::size_t iPage) const noexcept {
             return pages[iPage / 64].load(std::memory_order_relaxed) >> iPage % 64 & 1U;
+        }
+        // Whoever numbers without gaps fills the next chunk, too.
+        [[nodiscard]] bool boMostlyTouched() const noexcept {
+            std::size_t iTouched = 0;
+            for (const auto& word : pages)
+                iTouched += static_cast<std::size_t>(std::popcount(word.load(std::memory_order_relaxed)));
+            return iTouched >= g_iPages * 3 / 4;
         }
     };
 

@@ -8,6 +8,7 @@
 //          touches the shared counter once for some hundred allocations.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -54,6 +55,30 @@ public:
         return std::align(8, iBytes, pBytes, iSpace);
     }
 
+    // The same for a large piece that its owner fills from its start to its end. Once the pool is large, pieces are cut
+    // from segments.
+    [[nodiscard]] void* pAllocatePiece(std::size_t iBytes) {
+        if (m_iReserved.load(std::memory_order_relaxed) < g_iSegmentsFrom || iBytes > g_iSegmentBytes)
+            return pAllocate(iBytes);
+        const std::lock_guard lock(m_largeMutex);
+        if (iBytes > m_iSegmentLeft) {
+            m_large.push_back(zeroedSegment());
+            m_iSegmentLeft = g_iSegmentBytes;
+            m_pSegment = m_large.back().get();
+            m_iReserved.fetch_add(g_iSegmentBytes, std::memory_order_relaxed);
+        }
+        void* pBytes = m_pSegment;
+        m_pSegment += iBytes;
+        m_iSegmentLeft -= iBytes;
+        return pBytes;
+    }
+
+    // Returns the unused end of the last segment to the system, until somebody needs it.
+    void vTrim() noexcept {
+        const std::lock_guard lock(m_largeMutex);
+        vGiveBack(m_pSegment, m_iSegmentLeft);
+    }
+
     // Bytes taken from the heap so far: blocks and large allocations.
     [[nodiscard]] std::size_t iBytesReserved() const noexcept { return m_iReserved.load(std::memory_order_relaxed); }
 
@@ -63,6 +88,9 @@ private:
         std::atomic<std::uint64_t> m_iUsed;
         ZeroedBytes m_pData;
     };
+
+    // A smaller pool would pay for a segment's unused end with a good part of its size.
+    static constexpr std::size_t g_iSegmentsFrom = 2 * g_iSegmentBytes;
 
     void* pAllocateLarge(std::size_t iBytes) {
         ZeroedBytes pBytes = zeroedBytes(iBytes);
@@ -85,7 +113,9 @@ private:
 
     std::atomic<Block*> m_pCurrent{nullptr};
     std::list<Block> m_blocks;                  // guarded by m_blockMutex
-    std::vector<ZeroedBytes> m_large;           // guarded by m_largeMutex
+    std::vector<ZeroedBytes> m_large;           // guarded by m_largeMutex, as the next two
+    char* m_pSegment = nullptr;                 // the free end of the last segment
+    std::size_t m_iSegmentLeft = 0;
     std::mutex m_blockMutex;
     std::mutex m_largeMutex;
     std::atomic<std::size_t> m_iReserved{0};
@@ -102,6 +132,7 @@ using Pool = memory::SimplePool<char, 16384, 0>;
 class PoolArena {
 public:
     explicit PoolArena(Pool& pool) noexcept : m_pPool(&pool) {}
+    ~PoolArena() { memory::vGiveBack(m_pNext, static_cast<std::size_t>(m_pPieceEnd - m_pNext)); }
     PoolArena(const PoolArena&) = delete;
     PoolArena& operator=(const PoolArena&) = delete;
 
@@ -116,19 +147,33 @@ public:
 private:
     static constexpr std::size_t g_iFirstPiece = 16 * 1024;
     static constexpr std::size_t g_iLargestPiece = 512 * 1024;
+    static constexpr std::size_t g_iWindow = 64 * 1024;
 
     void* pAllocateSlow(std::size_t iBytes) {
         // A large request goes past the arena, so that it does not throw half a piece away.
         if (iBytes >= m_iPiece / 4) return m_pPool->pAllocate(iBytes);
-        m_pNext = static_cast<char*>(m_pPool->pAllocate(m_iPiece));
-        m_pEnd = m_pNext + m_iPiece;
-        if (m_iPiece < g_iLargestPiece) m_iPiece *= 2;
+        if (iBytes > static_cast<std::size_t>(m_pPieceEnd - m_pNext) || !m_pNext) {
+            m_pNext = static_cast<char*>(m_pPool->pAllocatePiece(m_iPiece));
+            m_pEnd = m_pNext;
+            m_pPieceEnd = m_pNext + m_iPiece;
+            if (m_iPiece < g_iLargestPiece) m_iPiece *= 2;
+        }
+        vWindowOpen(iBytes);
         return pAllocate(iBytes);
+    }
+
+    // Pages of the piece are had from the system some at a time: few calls, and no page that nobody needs.
+    void vWindowOpen(std::size_t iBytes) noexcept {
+        const auto iWant = std::max(g_iWindow, iBytes);
+        char* pEnd = static_cast<std::size_t>(m_pPieceEnd - m_pNext) > 2 * iWant ? m_pNext + iWant : m_pPieceEnd;
+        memory::vPopulate(m_pEnd, static_cast<std::size_t>(pEnd - m_pEnd));
+        m_pEnd = pEnd;
     }
 
     Pool* m_pPool;
     char* m_pNext = nullptr;
-    char* m_pEnd = nullptr;
+    char* m_pEnd = nullptr;        // of the pages that are there
+    char* m_pPieceEnd = nullptr;
     std::size_t m_iPiece = g_iFirstPiece;
 };
 

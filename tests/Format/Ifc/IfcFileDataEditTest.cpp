@@ -96,7 +96,7 @@ TEST(EntityDelete, EntersPendingGuidsFirst) {
     ASSERT_THAT(data.guidEntityMap(), IsEmpty()) << "both are pending";
     EXPECT_TRUE(data.boEntityDelete(&removed));
     EXPECT_EQ(data.guidEntityMap().size(), 1U);
-    EXPECT_EQ(data.guidEntityMap().at(guidOf(2)), &other);
+    EXPECT_EQ(data.guidEntityMap().pFind(guidOf(2)), &other);
 }
 
 TEST(EntityDelete, LeavesTheMapAloneWithoutAGuid) {

@@ -184,7 +184,7 @@ TEST(LineReadThreadPool, KeepsTheOrderWithinABatch) {
     read.pool.reset();
     ASSERT_EQ(read.data().guidEntityMap().size(), 10U);
     for (std::uint32_t i = 1; i <= 10; ++i)
-        EXPECT_EQ(read.data().guidEntityMap().at(IfcGuid::fromIfcGuid(sGuidOf(i % 10)).value()),
+        EXPECT_EQ(read.data().guidEntityMap().pFind(IfcGuid::fromIfcGuid(sGuidOf(i % 10)).value()),
                   &read.common.slotGet(read.file.data(), i).entity);
     EXPECT_EQ(read.errors.records().size(), 90U);
 }

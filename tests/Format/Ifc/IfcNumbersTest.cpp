@@ -235,5 +235,40 @@ TEST(ToDouble, AgreesBitByBitWithTheGeneralAlgorithm) {
     EXPECT_GT(iNumbers, 500'000u);
 }
 
+struct DigitsRow {
+    const char* sText;   // 8 bytes
+    unsigned iCount;
+    std::uint32_t uValue;
+};
+
+const DigitsRow g_digitsRows[] = {
+    {"=1234567", 0, 0},   {"1=234567", 1, 1},         {"12/34567", 2, 12},         {"123:4567", 3, 123},
+    {"0012=345", 4, 12},  {"98765(12", 5, 98765},     {"999999),", 6, 999999},     {"1234567\xFF", 7, 1234567},
+    {"-1234567", 0, 0},   {"12345678", 8, 12345678},  {"99999999", 8, 99999999},   {"00000000", 8, 0},
+    {"7\xB0\xB1\xB2\xFF\xFF\xFF\xFF", 1, 7},
+};
+
+TEST(DigitsOf8, AreThoseAtTheFront) {
+    for (const DigitsRow& row : g_digitsRows) {
+        const Exact exact({row.sText, 8});
+        const details::Digits digits = details::digitsOf8(exact.first());
+        EXPECT_EQ(digits.iCount, row.iCount) << row.sText;
+        EXPECT_EQ(digits.uValue, row.uValue) << row.sText;
+    }
+}
+
+// Any byte behind any count of digits ends them, whatever follows.
+TEST(DigitsOf8, EndAtTheFirstOtherByte) {
+    for (unsigned iCount = 0; iCount < 8; ++iCount)
+        for (int iByte = 0; iByte < 256; ++iByte) {
+            if (iByte >= '0' && iByte <= '9') continue;
+            std::string text = std::string("13579135").substr(0, iCount) + static_cast<char>(iByte);
+            text.resize(8, iByte % 2 ? '\xFF' : '9');
+            const details::Digits digits = details::digitsOf8(Exact(text).first());
+            ASSERT_EQ(digits.iCount, iCount) << iByte;
+            ASSERT_EQ(digits.uValue, iCount ? static_cast<std::uint32_t>(std::stoul(text.substr(0, iCount))) : 0U) << iByte;
+        }
+}
+
 }   // namespace
 }   // namespace oxa::ifc

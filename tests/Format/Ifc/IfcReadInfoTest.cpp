@@ -32,6 +32,17 @@ TEST_F(EntityTable, GivesEachNumberItsPlace) {
     EXPECT_EQ(sZeroed(info.pChunkGet(data, 1), ReadInfoCommon::g_iChunkBytes), "zeroed");
 }
 
+// Behind a chunk that is in use all over, the next one is a piece of a segment.
+TEST_F(EntityTable, DenseNumbersShareSegments) {
+    static_cast<void>(data.pool().pAllocate(4 * ReadInfoCommon::g_iChunkBytes));
+    const std::size_t iBefore = data.pool().iBytesReserved();
+    for (std::uint32_t iId = 0; iId < 3 * 32768; iId += 100) info.slotGet(data, iId).vReferencedSet();
+    EXPECT_EQ(data.pool().iBytesReserved() - iBefore, 3 * ReadInfoCommon::g_iChunkBytes);
+    EXPECT_EQ(info.pChunkGet(data, 1) + 32768, info.pChunkGet(data, 2));
+    EXPECT_FALSE(info.slotGet(data, 70'001).boReferenced());
+    EXPECT_TRUE(info.slotGet(data, 70'000).boReferenced());
+}
+
 TEST_F(EntityTable, VisitsTouchedPagesInOrder) {
     for (const std::uint32_t iId : {40'000'000U, 5U, 70'000U, 32'768'000U}) info.slotGet(data, iId).vReferencedSet();
     std::vector<std::uint32_t> referenced;

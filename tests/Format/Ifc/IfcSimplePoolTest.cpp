@@ -104,6 +104,84 @@ TEST(ZeroedBytes, AreThereEvenForNone) {
     }
 }
 
+// Pieces are large allocations first; from 4 MiB on several share a segment of 2 MiB, which is no piece's own.
+TEST(SimplePool, CutsPiecesFromSegments) {
+    struct Row {
+        std::size_t iBytes;
+        std::size_t iReserved;   // by this request
+    };
+    constexpr std::size_t g_iMiB = 1024 * 1024;
+    Pool pool;
+    for (const Row& row : {Row{100, 16384}, Row{g_iMiB, g_iMiB}, Row{3 * g_iMiB, 3 * g_iMiB}, Row{g_iMiB, 2 * g_iMiB},
+                           Row{g_iMiB, 0}, Row{g_iMiB + 1, 2 * g_iMiB}, Row{g_iMiB - 1, 0}, Row{1, 2 * g_iMiB},
+                           Row{3 * g_iMiB, 3 * g_iMiB}, Row{2 * g_iMiB, 2 * g_iMiB}}) {
+        SCOPED_TRACE(row.iBytes);
+        const std::size_t iBefore = pool.iBytesReserved();
+        void* pBytes = pool.pAllocatePiece(row.iBytes);
+        EXPECT_EQ(pool.iBytesReserved() - iBefore, row.iReserved);
+        EXPECT_EQ(sZeroed(pBytes, row.iBytes), "zeroed");
+        std::memset(pBytes, 1, row.iBytes);
+    }
+}
+
+TEST(SimplePool, ATrimmedSegmentServesZeroesAgain) {
+    Pool pool;
+    static_cast<void>(pool.pAllocate(4 * 1024 * 1024));
+    auto* pFirst = static_cast<char*>(pool.pAllocatePiece(100'000));
+    std::memset(pFirst, 1, 100'000);
+    pool.vTrim();
+    EXPECT_EQ(std::string(pFirst, 100'000), std::string(100'000, '\1'));
+    void* pSecond = pool.pAllocatePiece(1'000'000);
+    EXPECT_EQ(pSecond, pFirst + 100'000);
+    EXPECT_EQ(sZeroed(pSecond, 1'000'000), "zeroed");
+    std::memset(pSecond, 2, 1'000'000);
+    EXPECT_EQ(std::string(pFirst, 100'000), std::string(100'000, '\1'));
+}
+
+struct PageRow {
+    std::size_t iOffset;
+    std::size_t iBytes;
+};
+
+// Only whole pages within the range go back; what stands around them stays, wherever the range begins and ends.
+TEST(ZeroedBytes, PagesComeAndGoWithinTheirRange) {
+    constexpr std::size_t g_iSize = 64 * 1024;
+    for (const PageRow& row : {PageRow{0, 0}, PageRow{0, g_iSize}, PageRow{1, 4095}, PageRow{1, 8191}, PageRow{1, 9000},
+                               PageRow{4096, 4096}, PageRow{5000, 30'000}, PageRow{g_iSize - 10, 10}}) {
+        SCOPED_TRACE(std::to_string(row.iOffset) + ", " + std::to_string(row.iBytes));
+        const memory::ZeroedBytes pBytes = memory::zeroedSegment();
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pBytes.get()) % 4096, 0U);
+        memory::vPopulate(pBytes.get() + row.iOffset, row.iBytes);
+        EXPECT_EQ(sZeroed(pBytes.get(), g_iSize), "zeroed");
+        std::memset(pBytes.get(), 1, g_iSize);
+        std::memset(pBytes.get() + row.iOffset, 0, row.iBytes);
+        memory::vGiveBack(pBytes.get() + row.iOffset, row.iBytes);
+        EXPECT_EQ(std::string(pBytes.get(), row.iOffset), std::string(row.iOffset, '\1'));
+        EXPECT_EQ(sZeroed(pBytes.get() + row.iOffset, row.iBytes), "zeroed");
+        const std::size_t iBehind = g_iSize - row.iOffset - row.iBytes;
+        EXPECT_EQ(std::string(pBytes.get() + g_iSize - iBehind, iBehind), std::string(iBehind, '\1'));
+    }
+}
+
+// Through all sizes of pieces, from blocks of the heap to segments.
+TEST(PoolArena, FillsPiecesToTheirEnd) {
+    Pool pool;
+    std::vector<std::pair<char*, std::size_t>> got;
+    {
+        PoolArena arena(pool);
+        for (std::size_t i = 0; i < 100'000; ++i) {
+            const std::size_t iBytes = 1 + i * 37 % 200;
+            auto* pBytes = static_cast<char*>(arena.pAllocate(iBytes));
+            ASSERT_EQ(sZeroed(pBytes, iBytes), "zeroed");
+            std::memset(pBytes, static_cast<int>(i % 255 + 1), iBytes);
+            got.emplace_back(pBytes, iBytes);
+        }
+    }
+    pool.vTrim();
+    for (std::size_t i = 0; i < got.size(); ++i)
+        ASSERT_EQ(std::string(got[i].first, got[i].second), std::string(got[i].second, static_cast<char>(i % 255 + 1)));
+}
+
 TEST(PoolArena, GivesZeroedMemoryOfThePool) {
     Pool pool;
     PoolArena arena(pool);
