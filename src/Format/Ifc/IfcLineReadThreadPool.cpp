@@ -1,5 +1,6 @@
 #include "Format/Ifc/IfcLineReadThreadPool.h"
 
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -12,11 +13,20 @@ namespace {
 
 constexpr std::size_t g_iBatchLines = 200;
 constexpr int g_iIntervalMs = 10;                     // between two calls of a thread's function, which waits itself
-constexpr std::size_t g_iBatchesPerWorker = 8;        // on their way at once
+constexpr std::size_t g_iBatchesPerWorker = 30;       // on their way at once
 constexpr std::chrono::milliseconds g_longestWait(20);
 constexpr std::size_t g_iKeptCapacity = 1024 * 1024;  // a text larger than that is not kept for reuse
 
+// For as long as the result lives: an assertion on this thread must not open anything that waits for a user.
+auto quietAssertions() {
+    return Assert::getRegisteredForCurrentThread().registerHandler([](const AssertInfo&) { Debugger::vBreak(); });
+}
+
 }   // namespace
+
+IfcLineReadThreadPool::Queue::~Queue() {
+    while (m_pFirst) m_pFirst = std::move(m_pFirst->m_pNext);   // one by one: a long chain must not end as deep as it is
+}
 
 void IfcLineReadThreadPool::Batch::vClear() {
     if (m_text.capacity() > g_iKeptCapacity) m_text = std::string();
@@ -26,31 +36,55 @@ void IfcLineReadThreadPool::Batch::vClear() {
     m_rooted.clear();
 }
 
-void IfcLineReadThreadPool::Queue::vPush(BatchPtr pBatch) {
+void IfcLineReadThreadPool::Queue::vPush(BatchPtr pBatch) noexcept {
     {
         const std::lock_guard lock(m_mutex);
-        m_batches.push_back(std::move(pBatch));
+        BatchPtr& pEnd = m_pLast ? m_pLast->m_pNext : m_pFirst;
+        pEnd = std::move(pBatch);
+        m_pLast = pEnd.get();
+        if (++m_iCount < m_iWakeAt) return;
     }
     m_changed.notify_one();
 }
 
-IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pFront() {
-    if (m_batches.empty()) return nullptr;
-    BatchPtr pBatch = std::move(m_batches.front());
-    m_batches.pop_front();
-    return pBatch;
+void IfcLineReadThreadPool::Queue::vPushFront(BatchPtr pBatches) noexcept {
+    if (!pBatches) return;
+    Batch* pLast = pBatches.get();
+    std::size_t iCount = 1;
+    for (; pLast->m_pNext; pLast = pLast->m_pNext.get()) ++iCount;
+    {
+        const std::lock_guard lock(m_mutex);
+        pLast->m_pNext = std::move(m_pFirst);
+        m_pFirst = std::move(pBatches);
+        if (!m_pLast) m_pLast = pLast;
+        m_iCount += iCount;
+    }
+    m_changed.notify_one();
 }
 
-IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pPop(const std::atomic<bool>& boActive) {
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [&] { return !m_batches.empty() || !boActive; });
-    return pFront();
+// The first iMost batches, in their order; null when there is none. Under the lock.
+IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pTake(std::size_t iMost) noexcept {
+    BatchPtr* pEnd = &m_pFirst;
+    for (std::size_t i = 0; i < iMost && *pEnd; ++i, --m_iCount) pEnd = &(*pEnd)->m_pNext;
+    BatchPtr pRest = std::move(*pEnd);
+    BatchPtr pTaken = std::move(m_pFirst);
+    m_pFirst = std::move(pRest);
+    if (!m_pFirst) m_pLast = nullptr;
+    return pTaken;
 }
 
-IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pPop(std::chrono::milliseconds longest) {
+IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pPop(std::size_t iMost,
+                                                                   const std::atomic<bool>& boActive) {
     std::unique_lock lock(m_mutex);
-    m_changed.wait_for(lock, longest, [this] { return !m_batches.empty(); });
-    return pFront();
+    if (!m_pFirst) m_changed.wait(lock, [&] { return m_iCount >= m_iWakeAt || !boActive; });
+    return pTake(boActive ? iMost : 1);
+}
+
+IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pPop(std::size_t iMost,
+                                                                   std::chrono::milliseconds longest) {
+    std::unique_lock lock(m_mutex);
+    if (longest.count() > 0) m_changed.wait_for(lock, longest, [this] { return m_pFirst != nullptr; });
+    return pTake(iMost);
 }
 
 void IfcLineReadThreadPool::Queue::vWake() {
@@ -88,7 +122,7 @@ std::size_t IfcLineReadThreadPool::iWorkerCount() noexcept {
 void IfcLineReadThreadPool::vStart() {
     const std::size_t iWorkers = m_boOneWorker ? 1 : iWorkerCount();
     Pool& pool = m_pFile->dataBase().pool();
-    for (std::size_t i = 0; i < iWorkers; ++i) m_threads.push_back(std::make_unique<StepReadThread>(pool));
+    for (std::size_t i = 0; i < iWorkers + 1; ++i) m_threads.push_back(std::make_unique<StepReadThread>(pool));
     m_workers = std::vector<util::ThreadedLoop>(iWorkers);
     constexpr util::ThreadedLoop::Options g_options{2, true};
     for (std::size_t i = 0; i < iWorkers; ++i)
@@ -97,7 +131,7 @@ void IfcLineReadThreadPool::vStart() {
     m_collector.perform({}, [this] { return finalizeLines(); }, g_iIntervalMs, g_options);
 }
 
-void IfcLineReadThreadPool::addLineToQueue(const std::string& line, unsigned iLine) {
+void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine) {
     if (!m_boWorkersActive || !m_boCollectorActive) {
         if (Assert::isEnabled())
             Assert::addAssert("Format/Ifc/IfcLineReadThreadPool",
@@ -120,13 +154,37 @@ void IfcLineReadThreadPool::vBatchQueue() {
 }
 
 // An empty batch for the next statements. The workers' work is the larger part: a scanner far ahead of them would hold
-// the file in memory twice. Batches that an exception has lost never come back, and then the wait ends by itself.
+// the file in memory twice, so it helps them. Batches that an exception has lost never come back, and then the wait
+// ends by itself.
 IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::pBatchNext() {
     const bool boMore = m_iBatches < g_iBatchesPerWorker * (m_workers.size() + 1);
-    BatchPtr pBatch = m_freeQueue.pPop(boMore ? std::chrono::milliseconds(0) : g_longestWait);
-    if (pBatch) return pBatch;
+    for (;;) {
+        if (BatchPtr pBatch = m_freeQueue.pPop(1, std::chrono::milliseconds(0))) return pBatch;
+        if (boMore || !boHelp()) break;
+    }
+    if (!boMore)
+        if (BatchPtr pBatch = m_freeQueue.pPop(1, g_longestWait)) return pBatch;
     ++m_iBatches;
     return std::make_unique<Batch>();
+}
+
+// Parses a batch on the scanner's thread, as a worker does it. False when none waits, or there is to be one worker only.
+bool IfcLineReadThreadPool::boHelp() {
+    if (m_boOneWorker || m_threads.empty()) return false;
+    BatchPtr pBatches = m_lineQueue.pPop(g_iBatchesShared, std::chrono::milliseconds(0));
+    if (!pBatches) return false;
+    bool boMemory = true;
+    util::ThreadedLoop::boGuarded([&] {
+        try {
+            const auto handler = quietAssertions();
+            vBatchesRead(std::move(pBatches), *m_threads.back());
+        } catch (const std::bad_alloc&) {
+            boMemory = false;
+        }
+        return true;
+    });
+    if (!boMemory) throw std::bad_alloc();   // this thread has a caller who can be told
+    return true;
 }
 
 void IfcLineReadThreadPool::vBatchRead(BatchPtr pBatch, StepReadThread& thread) {
@@ -139,25 +197,41 @@ void IfcLineReadThreadPool::vBatchRead(BatchPtr pBatch, StepReadThread& thread) 
     m_doneQueue.vPush(std::move(pBatch));
 }
 
+// One after the other. What is thrown loses the one in hand; those behind it go back to the queue.
+void IfcLineReadThreadPool::vBatchesRead(BatchPtr pBatches, StepReadThread& thread) {
+    struct Rest {
+        Queue& queue;
+        BatchPtr pBatches;
+        ~Rest() { queue.vPushFront(std::move(pBatches)); }
+    } rest{m_lineQueue, std::move(pBatches)};
+    while (BatchPtr pBatch = std::move(rest.pBatches)) {
+        rest.pBatches = std::move(pBatch->m_pNext);
+        vBatchRead(std::move(pBatch), thread);
+    }
+}
+
 // What is queued is parsed to the end, also after a fatal fault.
 bool IfcLineReadThreadPool::readLines(StepReadThread& thread) {
-    // An assertion on a worker must not open anything that waits for a user.
-    const auto handler = Assert::getRegisteredForCurrentThread().registerHandler(
-        [](const AssertInfo&) { Debugger::vBreak(); });
-    while (BatchPtr pBatch = m_lineQueue.pPop(m_boWorkersActive)) vBatchRead(std::move(pBatch), thread);
+    const auto handler = quietAssertions();
+    while (BatchPtr pBatches = m_lineQueue.pPop(g_iBatchesShared, m_boWorkersActive))
+        vBatchesRead(std::move(pBatches), thread);
     return m_boWorkersActive;
 }
 
-bool IfcLineReadThreadPool::finalizeLines() {
+void IfcLineReadThreadPool::vBatchFinalize(const Batch& batch) {
     Data& data = m_pFile->dataBase();
-    while (BatchPtr pBatch = m_doneQueue.pPop(m_boCollectorActive)) {
-        auto rooted = pBatch->m_rooted.begin();
-        for (std::size_t i = 0; i < pBatch->m_lines.size(); ++i) {
-            const QueuedLine& line = pBatch->m_lines[i];
-            const bool boRooted = rooted != pBatch->m_rooted.end() && rooted->iResult == i;
-            data.finalizeEntity(pBatch->m_entities[i], boRooted ? &rooted++->guid : nullptr, *m_pInfo,
-                                pBatch->text(line), line.m_iLine);
-        }
+    auto rooted = batch.m_rooted.begin();
+    for (std::size_t i = 0; i < batch.m_lines.size(); ++i) {
+        const QueuedLine& line = batch.m_lines[i];
+        const bool boRooted = rooted != batch.m_rooted.end() && rooted->iResult == i;
+        data.finalizeEntity(batch.m_entities[i], boRooted ? &rooted++->guid : nullptr, *m_pInfo, batch.text(line),
+                            line.m_iLine);
+    }
+}
+
+bool IfcLineReadThreadPool::finalizeLines() {
+    while (BatchPtr pBatch = m_doneQueue.pPop(1, m_boCollectorActive)) {
+        vBatchFinalize(*pBatch);
         pBatch->vClear();
         m_freeQueue.vPush(std::move(pBatch));
     }

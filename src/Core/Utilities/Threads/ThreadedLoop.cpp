@@ -70,13 +70,13 @@ bool ThreadedLoop::boWaitForStop(int iIntervalMs) {
                                     [this] { return m_pStop->m_boStop; });
 }
 
-bool ThreadedLoop::boGuardedCall() noexcept {
-    const auto report = [this](const std::string& sText) {
-        std::cerr << "Assert in ThreadedLoop(" + std::string(m_function.target_type().name()) + ")" + sText + "\n";
+bool ThreadedLoop::boGuarded(const std::function<bool()>& function) noexcept {
+    const auto report = [&function](const std::string& sText) {
+        std::cerr << "Assert in ThreadedLoop(" + std::string(function.target_type().name()) + ")" + sText + "\n";
         debuggerBreak();
     };
     try {
-        return m_function();
+        return function();
     } catch (const std::exception& fault) {
         report(std::string(": ") + fault.what());
     } catch (...) {

@@ -42,6 +42,9 @@ public:
     // True while the loop is alive.
     [[nodiscard]] bool boRunning() const noexcept { return m_boRunning.load(std::memory_order_relaxed); }
 
+    // Calls the function as the loop does, on the calling thread: what it throws is told and counts as false.
+    static bool boGuarded(const std::function<bool()>& function) noexcept;
+
     static void debuggerBreak();
 
 private:
@@ -54,7 +57,7 @@ private:
 
     void vLoop(const std::function<void()>& first, int iIntervalMs);
     [[nodiscard]] bool boWaitForStop(int iIntervalMs);
-    [[nodiscard]] bool boGuardedCall() noexcept;
+    [[nodiscard]] bool boGuardedCall() const noexcept { return boGuarded(m_function); }
     void vRunningSet(bool boRunning) noexcept { m_boRunning.store(boRunning, std::memory_order_relaxed); }
 
     std::unique_ptr<Stop> m_pStop;
