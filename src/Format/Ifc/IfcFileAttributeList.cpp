@@ -1,4 +1,5 @@
 // The parsing constructor of lists: which items an aggregate holds, and how its text becomes one block of them.
+#include <array>
 #include <new>
 
 #include "Format/Ifc/IfcFileAttribute.h"
@@ -63,16 +64,33 @@ struct AttributeListValueBase::Reader {
         return info.part(static_cast<std::size_t>(pBegin - pLine), static_cast<std::size_t>(pEnd - pBegin), nullptr);
     }
 
-    // Counts the items, makes the block and calls fill(place, begin, end) for each item.
+    // Calls item(begin, end) for each item.
+    template <class Item>
+    void vEach(Item&& item) const {
+        details::vForEachItem(info.m_pInfo->m_line.data(), first, last, item);
+    }
+
+    // Counts the items, makes the block and calls fill(place, begin, end) for each item. The places of the first items
+    // are remembered, which most lists have no more of: those are cut apart once.
     template <class T, class Fill>
     void vArray(Fill&& fill) {
+        struct Place {
+            const char* pBegin;
+            const char* pEnd;
+        };
+        std::array<Place, 16> known;   // as far as iCount says
         std::size_t iCount = 0;
-        details::vForEachItem(first, last, [&iCount](const char*, const char*) { ++iCount; });
+        vEach([&](const char* pBegin, const char* pEnd) {
+            if (iCount < known.size()) known[iCount] = {pBegin, pEnd};
+            ++iCount;
+        });
         auto* pArray = Array<T>::pFromBytes(info.pAllocate(Array<T>::iBlockSize(iCount)), iCount);
         list.m_pItems = pArray;
         auto* pItem = pArray->begin();
-        details::vForEachItem(first, last,
-                              [&](const char* pBegin, const char* pEnd) { fill(*pItem++, pBegin, pEnd); });
+        if (iCount <= known.size())
+            for (std::size_t i = 0; i < iCount; ++i) fill(*pItem++, known[i].pBegin, known[i].pEnd);
+        else
+            vEach([&](const char* pBegin, const char* pEnd) { fill(*pItem++, pBegin, pEnd); });
     }
 
     // Numbers: one report for the list, however many items are bad; those are 0.
@@ -109,7 +127,7 @@ struct AttributeListValueBase::Reader {
     void vEntities() {
         EntityList* pHead = nullptr;
         const auto allocate = [this](std::size_t iBytes) { return info.pAllocate(iBytes); };
-        details::vForEachItem(first, last, [&](const char* pBegin, const char* pEnd) {
+        vEach([&](const char* pBegin, const char* pEnd) {
             if (Entity* pEntity = AttributeEntity::pEntityRead(item(pBegin, pEnd)))
                 vListAppend(pHead, pEntity, allocate);
         });

@@ -6,7 +6,6 @@
 #include <memory>
 
 #include "Format/Ifc/IfcLineReadThreadPool.h"
-#include "Format/Ifc/IfcScanBytes.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa::ifc::io {
@@ -14,8 +13,8 @@ namespace oxa::ifc::io {
 namespace {
 
 // Sections and markers are found by plain substring search in a whole statement, quoted text included.
-bool boContains(const std::string& statement, std::string_view sWord) {
-    return statement.find(sWord) != std::string::npos;
+bool boContains(std::string_view statement, std::string_view sWord) {
+    return statement.find(sWord) != std::string_view::npos;
 }
 
 }   // namespace
@@ -47,7 +46,7 @@ ReadFile::~ReadFile() = default;
 // What is pending goes along with the buffer, unless it is blank or comment. Statements so span buffers while
 // most bytes are copied once, in large pieces.
 void ReadFile::vBeforeRefill(const char* pBuffer, unsigned iValid) {
-    if (m_boCopyOnRefill && m_iStart < iValid) m_statement.append(pBuffer + m_iStart, iValid - m_iStart);
+    if (m_boCopyOnRefill && m_iStart < iValid) m_statement.vAppend(pBuffer + m_iStart, iValid - m_iStart);
     m_iStart = 0;
 }
 
@@ -59,7 +58,7 @@ bool ReadFile::boScan(const SchemaFromName& schemaFromName, const ReadProgress& 
 
 ReadFile::Scan ReadFile::scan(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
     for (;;) {
-        if (m_iPosition >= m_iValid && !boReadNextBuffer()) return Scan::EndOfInput;
+        if (m_iPosition >= m_iValid && !boRefill()) return Scan::EndOfInput;
         // A fault found on a worker stops the scan too.
         if (m_info.m_pError->boFatal()) return Scan::EndOfInput;
         if (!boFindStatementByte()) continue;
@@ -79,52 +78,55 @@ ReadFile::Scan ReadFile::scan(const SchemaFromName& schemaFromName, const ReadPr
 // end lies behind the buffer's. Blanks, strings without escapes and the flags of a statement, nearly all of a file,
 // are dealt with on the way. False when the buffer holds no such byte any more.
 bool ReadFile::boFindStatementByte() {
-    const char* const pLast = m_pBuffer + m_iValid;
-    const char* p = m_pBuffer + m_iPosition;
+    const char* const pBytes = m_pBuffer;
+    unsigned i = m_iPosition;
     for (;;) {
         // Until a statement has its "#", that counts too. It mostly is its first byte.
-        p = m_boHasNumberSign ? details::pFindStatement(p, pLast) : details::pFindClass(p, pLast, details::Number);
-        if (p == pLast) break;
-        const char* pNext = p;
-        switch (*p) {
+        i = m_boHasNumberSign ? m_map.iFindStatement(i)
+                              : static_cast<unsigned>(
+                                    details::pFindClass(pBytes + i, pBytes + m_iValid, details::Number) - pBytes);
+        if (i == m_iValid) break;
+        unsigned iNext = i;
+        switch (pBytes[i]) {
         case '#':
             m_boHasNumberSign = true;
-            pNext = p + 1;
+            iNext = i + 1;
             break;
         case '=':
-            if (!m_boHasEqual) pNext = p + 1;
+            if (!m_boHasEqual) iNext = i + 1;
             m_boHasEqual = true;
             break;
-        case '\'': pNext = pStringSkip(p, pLast); break;
+        case '\'': iNext = iStringSkip(i); break;
         case ' ':
         case '\n':
-        case '\r': pNext = pBlankSkip(p, pLast); break;
+        case '\r': iNext = iBlankSkip(i); break;
         default: break;
         }
-        if (pNext == p) break;
-        p = pNext;
+        if (iNext == i) break;
+        i = iNext;
     }
-    m_iPosition = static_cast<unsigned>(p - m_pBuffer);
-    return p != pLast;
+    m_iPosition = i;
+    return i != m_iValid;
 }
 
 // Behind a string that ends in the buffer and holds neither escape nor line end; else where it was.
-const char* ReadFile::pStringSkip(const char* p, const char* pLast) noexcept {
-    const char* pEnd = details::pFindString(p + 1, pLast);
+unsigned ReadFile::iStringSkip(unsigned iQuote) const noexcept {
+    const unsigned iEnd = m_map.iFindString(iQuote + 1);
     // A doubled quote ends one string and begins the next: the same to a scanner.
-    return pEnd < pLast - 1 && *pEnd == '\'' ? pEnd + 1 : p;
+    return iEnd + 1 < m_iValid && m_pBuffer[iEnd] == '\'' ? iEnd + 1 : iQuote;
 }
 
 // Behind a run of blanks that ends in the buffer, which never reaches the statement; else where it was.
-const char* ReadFile::pBlankSkip(const char* p, const char* pLast) {
-    const char* pEnd = p;
+unsigned ReadFile::iBlankSkip(unsigned iBlank) {
+    unsigned iEnd = iBlank;
     unsigned iLines = 0;
-    for (; pEnd != pLast && (*pEnd == ' ' || *pEnd == '\n' || *pEnd == '\r'); ++pEnd) iLines += *pEnd == '\n';
-    if (pEnd == pLast) return p;
+    // The padding behind the buffer is none.
+    for (char c = m_pBuffer[iEnd]; c == ' ' || c == '\n' || c == '\r'; c = m_pBuffer[++iEnd]) iLines += c == '\n';
+    if (iEnd == m_iValid) return iBlank;
     m_iLine += iLines;
-    vPendingTake(static_cast<unsigned>(p - m_pBuffer));
-    m_iStart = static_cast<unsigned>(pEnd - m_pBuffer);
-    return pEnd;
+    vPendingTake(iBlank);
+    m_iStart = iEnd;
+    return iEnd;
 }
 
 ReadFile::Scan ReadFile::byteRead(bool& boAdvanced) {
@@ -135,16 +137,11 @@ ReadFile::Scan ReadFile::byteRead(bool& boAdvanced) {
         vBlankRun();
         boAdvanced = true;
         return Scan::Continue;
-    case '#': m_boHasNumberSign = true; return Scan::Continue;
     case '\'': readString(boAdvanced); return Scan::Continue;
     case '/': readComment(boAdvanced); return Scan::Continue;
-    case '=':
-        if (m_boHasEqual) {
-            vReport("Error_UnexpectedEqualOperator");   // usually a ";" is missing
-            return Scan::EndOfInput;
-        }
-        m_boHasEqual = true;
-        return Scan::Continue;
+    case '=':   // the second one
+        vReport("Error_UnexpectedEqualOperator");   // usually a ";" is missing
+        return Scan::EndOfInput;
     default: return Scan::EndOfInput;   // a backslash outside a string
     }
 }
@@ -156,10 +153,17 @@ bool ReadFile::boEndOfInput() {
     return false;
 }
 
+// The next buffer and its map. False at the end of the input.
+bool ReadFile::boRefill() {
+    const bool boMore = boReadNextBuffer();
+    m_map.vBuild(m_pBuffer, m_iValid);
+    return boMore;
+}
+
 // One byte on. False at the end of the input.
 bool ReadFile::boStep() {
     if (m_iPosition < m_iValid) ++m_iPosition;
-    return m_iPosition < m_iValid || boReadNextBuffer();
+    return m_iPosition < m_iValid || boRefill();
 }
 
 // Some bytes on without looking at them, as far as there are any.
@@ -170,7 +174,7 @@ void ReadFile::vSkip(unsigned iCount) {
 
 // Copies what is pending up to iEnd into the statement.
 void ReadFile::vPendingTake(unsigned iEnd) {
-    if (m_iStart < iEnd) m_statement.append(m_pBuffer + m_iStart, iEnd - m_iStart);
+    if (m_iStart < iEnd) m_statement.vAppend(m_pBuffer + m_iStart, iEnd - m_iStart);
     m_iStart = iEnd;
 }
 
@@ -209,11 +213,9 @@ void ReadFile::readString(bool& boAdvanced) {
 // Moves to the next byte that matters inside a string; false at the end of the input.
 bool ReadFile::boFindStringByte() {
     for (;;) {
-        const char* const pLast = m_pBuffer + m_iValid;
-        const char* p = details::pFindString(m_pBuffer + m_iPosition, pLast);
-        m_iPosition = static_cast<unsigned>(p - m_pBuffer);
-        if (p != pLast) return true;
-        if (!boReadNextBuffer()) return false;
+        m_iPosition = m_map.iFindString(m_iPosition);
+        if (m_iPosition != m_iValid) return true;
+        if (!boRefill()) return false;
     }
 }
 
@@ -247,7 +249,7 @@ void ReadFile::readComment(bool& boAdvanced) {
         return;
     }
     if (m_iPosition == 0)
-        m_statement.pop_back();   // the slash ended the buffer before and went along with its bytes
+        m_statement.vDropLast();   // the slash ended the buffer before and went along with its bytes
     else
         vPendingTake(iSlash);
     m_iStart = m_iPosition;
@@ -279,7 +281,7 @@ ReadFile::Scan ReadFile::statementEnd(const SchemaFromName& schemaFromName, cons
     if (eScan != Scan::Continue) return eScan;
     boStep();
     m_iStart = m_iPosition;
-    m_statement.clear();
+    m_statement.vClear();
     m_boHasNumberSign = m_boHasEqual = false;
     return Scan::Continue;
 }
@@ -287,24 +289,24 @@ ReadFile::Scan ReadFile::statementEnd(const SchemaFromName& schemaFromName, cons
 // Everything but entity statements; what no state has a use for is dropped without a word.
 ReadFile::Scan ReadFile::sectionStatement(const SchemaFromName& schemaFromName) {
     if (!m_boMarkerSeen) {
-        m_boMarkerSeen = boContains(m_statement, "ISO-10303-21");
+        m_boMarkerSeen = boContains(m_statement.text(), "ISO-10303-21");
         return Scan::Continue;
     }
     // The read ends with the DATA section: nothing behind it is looked at.
-    if (m_boInData) return boContains(m_statement, "ENDSEC") ? Scan::Finished : Scan::Continue;
+    if (m_boInData) return boContains(m_statement.text(), "ENDSEC") ? Scan::Finished : Scan::Continue;
     if (m_boInHeader) {
-        if (boContains(m_statement, "ENDSEC")) {
+        if (boContains(m_statement.text(), "ENDSEC")) {
             m_boInHeader = false;
             return schemaResolve(schemaFromName);
         }
-        m_pFile->headerBase().boReadLine(std::move(m_statement), *m_info.m_pError, m_iLine);
+        m_pFile->headerBase().boReadLine(std::string(m_statement.text()), *m_info.m_pError, m_iLine);
         return Scan::Continue;
     }
-    if (boContains(m_statement, "DATA"))
+    if (boContains(m_statement.text(), "DATA"))
         m_boInData = true;
-    else if (boContains(m_statement, "HEADER"))
+    else if (boContains(m_statement.text(), "HEADER"))
         m_boInHeader = true;
-    else if (boContains(m_statement, "END-ISO-10303-21"))
+    else if (boContains(m_statement.text(), "END-ISO-10303-21"))
         return Scan::Finished;
     return Scan::Continue;
 }
@@ -314,7 +316,8 @@ ReadFile::Scan ReadFile::schemaResolve(const SchemaFromName& schemaFromName) {
     const std::string sName = m_pFile->headerBase().sSchemaNameGet();
     const def::SchemaPset* pSchema = sName.empty() ? nullptr : SchemaLoader::pSchemaGet(schemaFromName, sName);
     if (!pSchema) {
-        m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Model, "Error_UnknownSchemaName", sName, m_statement,
+        m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Model, "Error_UnknownSchemaName", sName,
+                             std::string(m_statement.text()),
                              m_iLine);
         return Scan::Refused;
     }
@@ -325,12 +328,12 @@ ReadFile::Scan ReadFile::schemaResolve(const SchemaFromName& schemaFromName) {
 
 void ReadFile::vEntityStatement(const ReadProgress& progress) {
     if (m_pPool) {
-        m_pPool->addLineToQueue(m_statement, m_iLine);
+        m_pPool->addLineToQueue(m_statement.text(), m_iLine);
     } else {
         Data& data = m_pFile->dataBase();
-        StepReadInfoData info(m_statement, m_iLine, m_info, &m_thread);
+        StepReadInfoData info(m_statement.text(), m_iLine, m_info, &m_thread);
         data.boReadLine(info, m_entities);
-        data.finalizeEntity(m_entities.front(), m_info, m_statement, m_iLine);
+        data.finalizeEntity(m_entities.front(), m_info, m_statement.text(), m_iLine);
         m_entities.clear();
     }
     if (progress && ++m_iProgress >= g_iProgressStep) {
@@ -340,7 +343,7 @@ void ReadFile::vEntityStatement(const ReadProgress& progress) {
 }
 
 void ReadFile::vReport(const char* sKey) {
-    m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Syntax, sKey, m_statement, m_iLine);
+    m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Syntax, sKey, std::string(m_statement.text()), m_iLine);
 }
 
 }   // namespace oxa::ifc::io

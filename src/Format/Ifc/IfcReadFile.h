@@ -18,6 +18,8 @@
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcReadInfo.h"
+#include "Format/Ifc/IfcScanBytes.h"
+#include "Format/Ifc/IfcStatementBuffer.h"
 #include "platform/Export.h"
 #include "platform/Stream.h"
 
@@ -56,9 +58,10 @@ private:
     bool boCommentSkip();
     void vEscapeSkip();
     bool boFindStatementByte();
-    [[nodiscard]] static const char* pStringSkip(const char* p, const char* pLast) noexcept;
-    [[nodiscard]] const char* pBlankSkip(const char* p, const char* pLast);
+    [[nodiscard]] unsigned iStringSkip(unsigned iQuote) const noexcept;
+    [[nodiscard]] unsigned iBlankSkip(unsigned iBlank);
     bool boFindStringByte();
+    bool boRefill();
     bool boStep();
     void vSkip(unsigned iCount);
     void vPendingTake(unsigned iEnd);
@@ -67,7 +70,8 @@ private:
 
     FileBase* m_pFile;
     std::uint32_t m_iLine = 1;            // line feeds so far, from 1
-    std::string m_statement;              // what is assembled of the statement in hand
+    details::ScanMap<g_iBufferSize> m_map;   // of the buffer
+    StatementBuffer m_statement;          // what is assembled of the statement in hand
     std::uint32_t m_iStart = 0;           // first byte in the buffer that belongs to it and is not in m_statement
     bool m_boSimple;
     bool m_boCopyOnRefill = true;         // false inside blanks and comments

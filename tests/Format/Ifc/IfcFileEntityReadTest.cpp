@@ -212,7 +212,7 @@ TEST(ForEachItem, AgreesWithTheRuleByteByByte) {
         text.copy(pBytes.get(), text.size());
         Items items;
         details::vForEachItem(
-            pBytes.get(), pBytes.get() + text.size(),
+            pBytes.get(), pBytes.get(), pBytes.get() + text.size(),
             [&items](const char* first, const char* last) { items.emplace_back(first, last); });
         ASSERT_EQ(items, itemsByByte(text)) << text;
     }

@@ -10,11 +10,12 @@
 namespace oxa::ifc {
 namespace {
 
-// The items of a text in a buffer of exactly its size.
-std::vector<std::string> itemsOf(const std::string& sText) {
-    const std::vector<char> exact(sText.begin(), sText.end());
+// The items of a text at the end of a buffer of exactly its size and that of what stands in front.
+std::vector<std::string> itemsOf(const std::string& sText, std::size_t iInFront = 0) {
+    std::vector<char> exact(iInFront, ',');
+    exact.insert(exact.end(), sText.begin(), sText.end());
     std::vector<std::string> items;
-    details::vForEachItem(exact.data(), exact.data() + exact.size(),
+    details::vForEachItem(exact.data(), exact.data() + iInFront, exact.data() + exact.size(),
                           [&](const char* first, const char* last) { items.emplace_back(first, last); });
     return items;
 }
@@ -49,7 +50,7 @@ TEST(Parameters, AreCutAtTopLevelCommas) {
             const std::string sText = std::string(iBefore, 'x') + (iBefore ? "," : "") + row.sText;
             std::vector<std::string> expected = row.items;
             if (iBefore) expected.insert(expected.begin(), std::string(iBefore, 'x'));
-            ASSERT_EQ(itemsOf(sText), expected);
+            for (const std::size_t iInFront : {0, 7, 16, 40}) ASSERT_EQ(itemsOf(sText, iInFront), expected);
         }
     }
 }
@@ -81,23 +82,38 @@ TEST(Parameters, AreCutAsByteByByte) {
         const std::size_t iSpecial = random() % 12 + 1;   // one byte in so many
         for (char& c : sText)
             if (random() % iSpecial == 0) c = g_bytes[random() % g_bytes.size()];
-        ASSERT_EQ(itemsOf(sText), plainItemsOf(sText)) << sText;
+        ASSERT_EQ(itemsOf(sText, random() % 20), plainItemsOf(sText)) << sText;
     }
 }
 
-// Each byte value at each place of a buffer of exactly the size: only those of the span are found.
+struct SpanRow {
+    char cHigh;
+    const char* (*pFind)(const char*, const char*, const char*) noexcept;
+};
+
+const SpanRow g_spanRows[] = {
+    {',', details::pFindFromQuoteTo<','>},
+    {')', details::pFindFromQuoteTo<')'>},
+};
+
+// Each byte value at each place of a buffer of exactly the size, with and without bytes in front that would be found:
+// only those of the span are.
 TEST(Parameters, TheSpanIsExact) {
-    for (std::size_t iSize = 1; iSize <= 40; ++iSize)
-        for (std::size_t iPlace = 0; iPlace < iSize; ++iPlace) {
-            std::vector<char> text(iSize, '\x80');
-            for (int iByte = 0; iByte < 256; ++iByte) {
-                text[iPlace] = static_cast<char>(iByte);
-                const bool boInside = iByte >= '\'' && iByte <= ',';
-                ASSERT_EQ(details::pFindBetween(text.data(), text.data() + iSize, '\'', ',') - text.data(),
-                          static_cast<std::ptrdiff_t>(boInside ? iPlace : iSize))
-                    << iByte << " at " << iPlace << " of " << iSize;
-            }
-        }
+    for (const SpanRow& row : g_spanRows)
+        for (const std::size_t iInFront : {0, 5, 20})
+            for (std::size_t iSize = 1; iSize <= 40; ++iSize)
+                for (std::size_t iPlace = 0; iPlace < iSize; ++iPlace) {
+                    std::vector<char> text(iInFront, '\'');
+                    text.resize(iInFront + iSize, '\x80');
+                    const char* const pFirst = text.data() + iInFront;
+                    for (int iByte = 0; iByte < 256; ++iByte) {
+                        text[iInFront + iPlace] = static_cast<char>(iByte);
+                        const bool boInside = iByte >= '\'' && iByte <= row.cHigh;
+                        ASSERT_EQ(row.pFind(text.data(), pFirst, pFirst + iSize) - pFirst,
+                                  static_cast<std::ptrdiff_t>(boInside ? iPlace : iSize))
+                            << iByte << " at " << iPlace << " of " << iSize << ", " << iInFront << " in front";
+                    }
+                }
 }
 
 }   // namespace
