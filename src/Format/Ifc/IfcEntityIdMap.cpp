@@ -28,26 +28,27 @@ std::size_t EntityIdMap::Hash::operator()(const Entity* pEntity) const noexcept 
     return uHash;
 }
 
-std::optional<std::size_t> EntityIdMap::findSeeded(const Entity* pEntity) const noexcept {
-    const EntitySlot* pSlot = pAsSlot(pEntity);
-    const auto behind = m_byAddress.upper_bound(pSlot);
-    if (behind == m_byAddress.begin()) return std::nullopt;
+// The chunk that the entity is a defined slot of; null when there is none.
+const EntityIdMap::SeededChunk* EntityIdMap::pSeededChunk(const Entity* pEntity) const noexcept {
+    static_assert(sizeof(EntitySlot) == g_iSlotBytes);
+    const auto behind = m_byAddress.upper_bound(pAsSlot(pEntity));
+    if (behind == m_byAddress.begin()) return nullptr;
     const SeededChunk& chunk = std::prev(behind)->second;
-    const auto iBytes = reinterpret_cast<std::uintptr_t>(pSlot) - reinterpret_cast<std::uintptr_t>(chunk.pFirst);
-    const std::size_t iSlot = iBytes / sizeof(EntitySlot);
-    if (iSlot >= g_iSlots || iBytes % sizeof(EntitySlot) != 0 || !chunk.defined[iSlot]) return std::nullopt;
-    return chunk.iFirstId + iSlot;
+    return chunk.iSlotOf(pEntity) < g_iSlots ? &chunk : nullptr;
 }
 
 std::optional<std::size_t> EntityIdMap::find(const Entity* pEntity) const {
-    if (const auto iSeeded = findSeeded(pEntity)) return iSeeded;
+    if (const SeededChunk* pChunk = pSeededChunk(pEntity)) return pChunk->iFirstId + pChunk->iSlotOf(pEntity);
     const std::shared_lock lock(m_lock);
     const auto found = m_map.find(pEntity);
     return found == m_map.end() ? std::nullopt : std::optional(found->second);
 }
 
-EntityIdMap::Number EntityIdMap::number(const Entity* pEntity) {
-    if (const auto iSeeded = findSeeded(pEntity)) return {*iSeeded, false, true};
+EntityIdMap::Number EntityIdMap::numberFar(const Entity* pEntity, Near& near) {
+    if (const SeededChunk* pChunk = pSeededChunk(pEntity)) {
+        near.m_pChunk = pChunk;
+        return {pChunk->iFirstId + pChunk->iSlotOf(pEntity), false, true};
+    }
     {
         const std::shared_lock lock(m_lock);
         if (const auto found = m_map.find(pEntity); found != m_map.end()) return {found->second, false, false};
@@ -58,7 +59,8 @@ EntityIdMap::Number EntityIdMap::number(const Entity* pEntity) {
 }
 
 std::pair<std::size_t, bool> EntityIdMap::get(const Entity* pEntity) {
-    const Number dealt = number(pEntity);
+    Near near;
+    const Number dealt = number(pEntity, near);
     return {dealt.iId, dealt.boNew};
 }
 

@@ -8,6 +8,7 @@
 
 #include <bitset>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -23,7 +24,16 @@ class Entity;
 struct EntitySlot;
 
 class OXA_IFC_API EntityIdMap {
+    struct SeededChunk;
+
 public:
+    // Where a caller's last entity was found: the next one mostly stands near it. Lives no longer than the map, and
+    // belongs to one thread.
+    class Near {
+        friend class EntityIdMap;
+        const SeededChunk* m_pChunk = nullptr;
+    };
+
     // Empty, with room for that many entries beside seeded ones.
     explicit EntityIdMap(std::size_t iExpected);
     EntityIdMap(const EntityIdMap&) = delete;
@@ -38,7 +48,12 @@ public:
         bool boSeeded;   // it came with a file, so no other seeded entity has it
     };
     // As get, with where the number comes from.
-    [[nodiscard]] Number number(const Entity* pEntity);
+    [[nodiscard]] Number number(const Entity* pEntity, Near& near) {
+        if (near.m_pChunk)
+            if (const std::size_t iSlot = near.m_pChunk->iSlotOf(pEntity); iSlot < g_iSlots)
+                return {near.m_pChunk->iFirstId + iSlot, false, true};
+        return numberFar(pEntity, near);
+    }
     // The number; empty for an entity that has none. Deals none.
     [[nodiscard]] std::optional<std::size_t> find(const Entity* pEntity) const;
     // The entity that was seeded with that number; null when there is none.
@@ -49,12 +64,20 @@ public:
 
 private:
     static constexpr std::size_t g_iSlots = 32768;
+    static constexpr std::size_t g_iSlotBytes = 32;
 
     // The slots of one chunk of a table, by address; numbers run from iFirstId.
     struct SeededChunk {
         const EntitySlot* pFirst;
         std::size_t iFirstId;
         std::bitset<g_iSlots> defined;
+
+        // g_iSlots for an entity that is none of them.
+        [[nodiscard]] std::size_t iSlotOf(const Entity* pEntity) const noexcept {
+            const auto iBytes = reinterpret_cast<std::uintptr_t>(pEntity) - reinterpret_cast<std::uintptr_t>(pFirst);
+            const std::size_t iSlot = iBytes / g_iSlotBytes;
+            return iSlot < g_iSlots && iBytes % g_iSlotBytes == 0 && defined[iSlot] ? iSlot : g_iSlots;
+        }
     };
 
     struct Hash {
@@ -62,7 +85,8 @@ private:
         std::size_t operator()(const Entity* pEntity) const noexcept;
     };
 
-    [[nodiscard]] std::optional<std::size_t> findSeeded(const Entity* pEntity) const noexcept;
+    [[nodiscard]] const SeededChunk* pSeededChunk(const Entity* pEntity) const noexcept;
+    [[nodiscard]] Number numberFar(const Entity* pEntity, Near& near);
     SeededChunk& chunkOf(const EntitySlot& slot, std::size_t iId);
 
     std::map<const EntitySlot*, SeededChunk, std::less<>> m_byAddress;   // by pFirst; new ones come in any order

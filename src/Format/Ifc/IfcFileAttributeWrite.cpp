@@ -55,18 +55,29 @@ bool boWholeWritten(StepWriteInfo& info, double value) {
     return true;
 }
 
-// Numbers of up to nine decimals and 15 digits, most of the others. "value" is the double nearest to such a number
-// when that number, made a whole one by a power of ten and divided again, gives it back. Of its 16 digits the last
-// could still be another one: the number's distance from the double, which fma gives exactly, must be below half of
-// that digit.
+// A number of up to so many decimals and 15 digits. "size" is the double nearest to such a number when that number, made
+// a whole one by a power of ten and divided again, gives it back.
+struct Decimals {
+    double scale;      // 10 to the power of iCount, exactly
+    int iCount;
+    double largest;    // 10 to the power of 15 - iCount
+
+    [[nodiscard]] double scaled(double size) const noexcept { return std::nearbyint(size * scale); }
+    [[nodiscard]] bool boFits(double size) const noexcept { return size < largest && scaled(size) / scale == size; }
+};
+
+// Numbers of up to 15 digits, most of the others. Of the 16 digits that are asked for the last could still be another
+// one: the number's distance from the double, which fma gives exactly, must be below half of that digit.
 bool boDecimalWritten(StepWriteInfo& info, double value) {
-    constexpr double g_scale = 1e9;
-    constexpr int g_iDecimals = 9;
+    constexpr Decimals g_few{1e9, 9, 1e6};
+    constexpr Decimals g_many{1e13, 13, 1e2};
     constexpr int g_iDigits = 16;
     const double size = std::fabs(value);
-    if (!(size >= 1e-4 && size < 1e6)) return false;   // below, an exponent is written
-    const double scaled = std::nearbyint(size * g_scale);
-    if (scaled / g_scale != size) return false;
+    if (!(size >= 1e-4)) return false;   // below, an exponent is written
+    const bool boFew = g_few.boFits(size);
+    if (!boFew && !g_many.boFits(size)) return false;
+    const Decimals& decimals = boFew ? g_few : g_many;
+    const double scaled = decimals.scaled(size);
     const auto uScaled = static_cast<std::uint64_t>(scaled);
     char* const pBegin = info.m_number.data();
     char* const pEnd = std::to_chars(pBegin, pBegin + info.m_number.size(), uScaled).ptr;
@@ -75,10 +86,10 @@ bool boDecimalWritten(StepWriteInfo& info, double value) {
     constexpr std::array<double, g_iDigits> g_half = {0,       4.9e-16, 4.9e-15, 4.9e-14, 4.9e-13, 4.9e-12,
                                                       4.9e-11, 4.9e-10, 4.9e-9,  4.9e-8,  4.9e-7,  4.9e-6,
                                                       4.9e-5,  4.9e-4,  4.9e-3,  4.9e-2};
-    if (std::fabs(std::fma(size, g_scale, -scaled)) >= g_half[static_cast<std::size_t>(iDigits)]) return false;
+    if (std::fabs(std::fma(size, decimals.scale, -scaled)) >= g_half[static_cast<std::size_t>(iDigits)]) return false;
     std::string& line = info.m_line;
     if (value < 0) line.push_back('-');
-    const int iWhole = iDigits - g_iDecimals;   // digits in front of the point
+    const int iWhole = iDigits - decimals.iCount;   // digits in front of the point
     const std::string_view digits(pBegin, static_cast<std::size_t>(iDigits));
     const std::size_t iLast = digits.find_last_not_of('0');
     if (iWhole > 0) {

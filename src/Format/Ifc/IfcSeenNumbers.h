@@ -14,16 +14,30 @@
 namespace oxa::ifc {
 
 class SeenNumbers {
+    struct Page;
+
 public:
+    // Where a caller's last number was: the next one mostly is near it. Lives no longer than the numbers, and belongs
+    // to one thread.
+    class Near {
+        friend class SeenNumbers;
+        Page* m_pPage = nullptr;
+        std::uint32_t m_iPage = 0;
+    };
+
     SeenNumbers() = default;
     SeenNumbers(const SeenNumbers&) = delete;
     SeenNumbers& operator=(const SeenNumbers&) = delete;
 
     // True the first time for that number.
-    bool boMark(std::uint32_t iNumber) {
+    bool boMark(std::uint32_t iNumber, Near& near) {
         const std::uint32_t iBit = iNumber % g_iPageBits;
-        std::atomic<std::uint64_t>& word =
-            m_root.at(iNumber / (g_iPageBits * g_iPages)).at(iNumber / g_iPageBits % g_iPages).words[iBit / 64];
+        const std::uint32_t iPage = iNumber / g_iPageBits;
+        if (!near.m_pPage || near.m_iPage != iPage) {
+            near.m_pPage = &m_root.at(iPage / g_iPages).at(iPage % g_iPages);
+            near.m_iPage = iPage;
+        }
+        std::atomic<std::uint64_t>& word = near.m_pPage->words[iBit / 64];
         const std::uint64_t uMask = std::uint64_t{1} << iBit % 64;
         // Most questions are about numbers met before, and those need no exclusive hold of the cache line.
         if (word.load(std::memory_order_relaxed) & uMask) return false;

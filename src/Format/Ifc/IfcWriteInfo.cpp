@@ -8,20 +8,15 @@ namespace oxa::ifc {
 
 std::size_t WriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
     if (!pEntity) return 0;
-    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity);
-    if (boMark(pEntity, number)) m_queue.push_back(pEntity);
+    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, m_near.number);
+    if (boMark(pEntity, number, m_near)) m_queue.push_back(pEntity);
     return number.iId;
 }
 
 std::size_t WriteInfoCommon::iEntityIdMark(const Entity& entity) {
-    const EntityIdMap::Number number = m_pEntityIdMap->number(&entity);
-    boMark(&entity, number);
+    const EntityIdMap::Number number = m_pEntityIdMap->number(&entity, m_near.number);
+    boMark(&entity, number, m_near);
     return number.iId;
-}
-
-bool WriteInfoCommon::boMark(const Entity* pEntity, const EntityIdMap::Number& number) {
-    return number.boSeeded ? m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId))
-                           : m_seen.insert(pEntity).second;
 }
 
 std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
@@ -32,12 +27,13 @@ std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
     return iId;
 }
 
-std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity, std::vector<const Entity*>& found) {
+std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity, std::vector<const Entity*>& found,
+                                              WalkNear& near) {
     if (!pEntity) return 0;
-    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity);
+    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, near.number);
     std::unique_lock lock(m_mutex, std::defer_lock);
     if (!number.boSeeded) lock.lock();   // bits need no lock
-    if (boMark(pEntity, number)) found.push_back(pEntity);
+    if (boMark(pEntity, number, near)) found.push_back(pEntity);
     return number.iId;
 }
 
@@ -83,7 +79,7 @@ void StepWriteInfoCommon::vStop() {
 
 std::size_t StepWriteInfo::iEntityIdGet(const Entity* pEntity) {
     if (m_pCommon->m_boSingleThreaded) return m_pCommon->WriteInfoCommon::iEntityIdGet(pEntity);
-    return m_pCommon->iEntityIdGet(pEntity, m_found);
+    return m_pCommon->iEntityIdGet(pEntity, m_found, m_near);
 }
 
 void StepWriteInfo::vLineAdd() {

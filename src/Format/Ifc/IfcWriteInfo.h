@@ -31,6 +31,12 @@ class IfcLineWriterInterface;
 class WriteError;
 }   // namespace io
 
+// What a thread of a walk found last.
+struct WalkNear {
+    EntityIdMap::Near number;
+    SeenNumbers::Near seen;
+};
+
 // The part of a walk that does not care where its statements go.
 class OXA_IFC_API WriteInfoCommon {
 public:
@@ -49,8 +55,12 @@ public:
 
 protected:
     // True the first time.
-    bool boMark(const Entity* pEntity, const EntityIdMap::Number& number);
+    bool boMark(const Entity* pEntity, const EntityIdMap::Number& number, WalkNear& near) {
+        return number.boSeeded ? m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId), near.seen)
+                               : m_seen.insert(pEntity).second;
+    }
 
+    WalkNear m_near;                            // of the one thread, or of who holds the lock
     SeenNumbers m_seenSeeded;                   // entities whose number came with a file
     std::unordered_set<const Entity*> m_seen;   // all others
 };
@@ -64,7 +74,7 @@ public:
     // As the base, from any thread.
     std::size_t iEntityIdGet(const Entity* pEntity);
     // The number, for a composing thread: what this run meets for the first time is put into "found".
-    std::size_t iEntityIdGet(const Entity* pEntity, std::vector<const Entity*>& found);
+    std::size_t iEntityIdGet(const Entity* pEntity, std::vector<const Entity*>& found, WalkNear& near);
 
     // For a composing thread beside others. Queues "found", which is emptied, then waits for work and takes a share
     // of it. "boActive" is the thread's own, false at first. Calls "progress" for each entity taken, under the lock.
@@ -97,6 +107,7 @@ struct StepWriteInfo {
     std::string m_line;                       // the statement
     std::string m_block;                      // statements on their way to a writer that takes blocks
     std::vector<const Entity*> m_found;       // met for the first time, not queued yet; beside other threads only
+    WalkNear m_near;                          // beside other threads only
     std::string m_encoded;                    // scratch for encoded text
     std::array<char, 65> m_number;            // scratch for one number
     StepWriteInfoCommon* m_pCommon;

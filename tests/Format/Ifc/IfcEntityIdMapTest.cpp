@@ -44,13 +44,29 @@ TEST_F(SeededMap, NumbersOfSeededSlotsAreKept) {
 TEST_F(SeededMap, ADealtNumberMayBeOneThatTheFileHas) {
     for (const std::uint32_t iId : {2U, 3U}) map.vSeed(info.slotGet(data, iId), iId);
     Entity other;
-    const EntityIdMap::Number dealt = map.number(&other);
+    EntityIdMap::Near near;
+    const EntityIdMap::Number dealt = map.number(&other, near);
     EXPECT_EQ(dealt.iId, 3U);
     EXPECT_TRUE(dealt.boNew);
     EXPECT_FALSE(dealt.boSeeded);
-    EXPECT_TRUE(map.number(&info.slotGet(data, 3).entity).boSeeded);
-    EXPECT_EQ(map.number(&info.slotGet(data, 3).entity).iId, 3U);
+    EXPECT_TRUE(map.number(&info.slotGet(data, 3).entity, near).boSeeded);
+    EXPECT_EQ(map.number(&info.slotGet(data, 3).entity, near).iId, 3U);
     EXPECT_EQ(map.pSeededFromId(3), &info.slotGet(data, 3).entity);
+}
+
+// Wherever the last entity was found, the next one gets its own number.
+TEST_F(SeededMap, NumbersDoNotDependOnTheLastOne) {
+    for (const std::uint32_t iId : {1U, 32'767U, 32'768U, 100'000U, 50'000'000U}) map.vSeed(info.slotGet(data, iId), iId);
+    const Entity other;
+    EntityIdMap::Near near;
+    for (const std::uint32_t iLast : {1U, 32'767U, 32'768U, 100'000U, 50'000'000U})
+        for (const std::uint32_t iId : {1U, 32'767U, 32'768U, 100'000U, 50'000'000U}) {
+            EXPECT_EQ(map.number(&info.slotGet(data, iLast).entity, near).iId, iLast);
+            EXPECT_EQ(map.number(&info.slotGet(data, iId).entity, near).iId, iId);
+        }
+    // A slot that was not seeded is an entity like any other, also near one that was.
+    EXPECT_FALSE(map.number(&info.slotGet(data, 50'000'001).entity, near).boSeeded);
+    EXPECT_FALSE(map.number(&other, near).boSeeded);
 }
 
 // An address beside a slot's own, in front of a chunk or behind it, is no seeded entity.

@@ -168,14 +168,14 @@ TEST(WriteReal, PrintsAsTheCLibraryDoes) {
         check(static_cast<double>(static_cast<std::int64_t>(uBits % 20'000'000) - 10'000'000) /
               1000);   // coordinates
         check(std::ldexp(1.0, static_cast<int>(uBits % 140) - 70));
-        // Up to twelve decimals, and the doubles just beside such a number.
-        const double decimal = static_cast<double>(uBits >> (uBits % 64)) / std::pow(10., static_cast<double>(uBits % 13));
+        // Up to fifteen decimals, and the doubles just beside such a number.
+        const double decimal = static_cast<double>(uBits >> (uBits % 64)) / std::pow(10., static_cast<double>(uBits % 16));
         for (const double value : {decimal, std::nextafter(decimal, 0.), -std::nextafter(decimal, 1e300)}) check(value);
     }
     for (int i = -30; i < 30; ++i)
         for (const double factor : {1., 9.999999999999999, 1.000000000000001, 5., -1.})
             check(factor * std::pow(10., i));
-    for (const double limit : {1e15, 1e16, 9007199254740992.}) {
+    for (const double limit : {1e-4, 1e2, 1e6, 1e15, 1e16, 9007199254740992.}) {
         double below = limit;
         double above = limit;
         for (int i = 0; i < 50; ++i) {

@@ -16,8 +16,13 @@ TEST(SeenNumbers, AnswerOnceForEachNumber) {
                                            32'768,     16'777'215, 16'777'216,  16'777'217,  2147483647, 2147483648,
                                            4294934527, 4294934528, 4294967294U, 4294967295U};
     SeenNumbers seen;
-    for (const std::uint32_t iNumber : g_numbers) EXPECT_TRUE(seen.boMark(iNumber)) << iNumber;
-    for (const std::uint32_t iNumber : g_numbers) EXPECT_FALSE(seen.boMark(iNumber)) << iNumber;
+    SeenNumbers::Near near;
+    for (const std::uint32_t iNumber : g_numbers) EXPECT_TRUE(seen.boMark(iNumber, near)) << iNumber;
+    for (const std::uint32_t iNumber : g_numbers) EXPECT_FALSE(seen.boMark(iNumber, near)) << iNumber;
+    for (const std::uint32_t iNumber : g_numbers) {
+        SeenNumbers::Near fresh;
+        EXPECT_FALSE(seen.boMark(iNumber, fresh)) << iNumber;
+    }
 }
 
 // A page a number, so that the threads come together where one is made.
@@ -27,7 +32,8 @@ TEST(SeenNumbers, AnswerOneOfManyThreads) {
     SeenNumbers seen;
     std::vector<std::size_t> met(g_iThreads);
     vOnThreads(g_iThreads, [&](std::size_t iThread) {
-        for (std::uint32_t i = 0; i < g_iPages; ++i) met[iThread] += seen.boMark(i * 32'768);
+        SeenNumbers::Near near;
+        for (std::uint32_t i = 0; i < g_iPages; ++i) met[iThread] += seen.boMark(i * 32'768, near);
     });
     EXPECT_EQ(std::accumulate(met.begin(), met.end(), std::size_t{0}), g_iPages);
 }
