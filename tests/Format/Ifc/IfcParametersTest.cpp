@@ -50,7 +50,7 @@ TEST(Parameters, AreCutAtTopLevelCommas) {
             const std::string sText = std::string(iBefore, 'x') + (iBefore ? "," : "") + row.sText;
             std::vector<std::string> expected = row.items;
             if (iBefore) expected.insert(expected.begin(), std::string(iBefore, 'x'));
-            for (const std::size_t iInFront : {0, 7, 16, 40}) ASSERT_EQ(itemsOf(sText, iInFront), expected);
+            for (const std::size_t iInFront : {0U, 7U, 16U, 40U}) ASSERT_EQ(itemsOf(sText, iInFront), expected);
         }
     }
 }
@@ -100,7 +100,7 @@ const SpanRow g_spanRows[] = {
 // only those of the span are.
 TEST(Parameters, TheSpanIsExact) {
     for (const SpanRow& row : g_spanRows)
-        for (const std::size_t iInFront : {0, 5, 20})
+        for (const std::size_t iInFront : {0U, 5U, 20U})
             for (std::size_t iSize = 1; iSize <= 40; ++iSize)
                 for (std::size_t iPlace = 0; iPlace < iSize; ++iPlace) {
                     std::vector<char> text(iInFront, '\'');
