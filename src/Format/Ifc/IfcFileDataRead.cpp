@@ -156,6 +156,7 @@ bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
         for (Entity* pEntity : m_entities) builder.vAdd(*pEntity);
         builder.vFlush();
     }
+    info.vTrim();
     m_pPool->vTrim();
     vSortEntities();
     return boComplete;

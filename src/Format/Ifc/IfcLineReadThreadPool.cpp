@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t g_iBatchLines = 200;
 constexpr int g_iIntervalMs = 10;                     // between two calls of a thread's function, which waits itself
-constexpr std::size_t g_iBatchesPerWorker = 30;       // on their way at once
+constexpr std::size_t g_iBatchesPerWorker = 12;       // on their way at once
 constexpr std::chrono::milliseconds g_longestWait(20);
 constexpr std::size_t g_iKeptCapacity = 1024 * 1024;  // a text larger than that is not kept for reuse
 

@@ -2,7 +2,7 @@
 //
 //   scanner  --batches of 200-->  line workers: Data::boReadLine  --results-->  collector: Data::finalizeEntity
 //
-// Shares   a worker takes ten batches at once: statements name what stands near them, and where one worker's statements
+// Shares   a worker takes eight batches at once: statements name what stands near them, and where one worker's statements
 //          end and another's begin, two processors want the same memory.
 // Order    within a batch that of the file; batches finish in any order. Nothing in a read depends on the order,
 //          save which of two equal GUIDs and which of several projects comes first.
@@ -99,8 +99,8 @@ private:
         std::condition_variable m_changed;
     };
 
-    static constexpr std::size_t g_iBatchesShared = 10;      // taken by a worker at once
-    static constexpr std::size_t g_iBatchesCollected = 20;   // that wake the collector
+    static constexpr std::size_t g_iBatchesShared = 8;       // taken by a worker at once
+    static constexpr std::size_t g_iBatchesCollected = 8;    // that wake the collector
 
     void vStart();
     void vBatchQueue();

@@ -62,6 +62,11 @@ ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) 
     return *pChunk;
 }
 
+void ReadInfoCommon::vTrim() noexcept {
+    for (Chunk& chunk : m_chunks)
+        if (chunk.pSlots.load(std::memory_order_relaxed)) chunk.vTrim();
+}
+
 void StepReadInfoDataCommon::vUpdateSchemaCache(const def::schema::Schema& schema) {
     m_pRootSchema = schema.pEntityFromName(def::schema::ObjectName("IFCROOT"));
 }

@@ -95,6 +95,10 @@ struct ReadInfoCommon {
         return slotCreate(data, iChunk, iSlot);
     }
 
+    // Returns pages that nobody has touched to the system: those of a chunk that was expected to be full. Not while other
+    // threads ask for slots.
+    void vTrim() noexcept;
+
     // Calls visit(number, slot) for the slots of all pages touched so far, numbers ascending. Not while
     // other threads create chunks.
     template <class Visit>
@@ -127,6 +131,14 @@ private:
         }
         [[nodiscard]] bool boTouched(std::size_t iPage) const noexcept {
             return pages[iPage / 64].load(std::memory_order_relaxed) >> iPage % 64 & 1U;
+        }
+        // Its untouched pages, from the last touched one on.
+        void vTrim() noexcept {
+            EntitySlot* pFirst = pSlots.load(std::memory_order_acquire);
+            std::size_t iPage = g_iPages;
+            while (iPage > 0 && !boTouched(iPage - 1)) --iPage;
+            if (pFirst)
+                memory::vGiveBack(pFirst + iPage * g_iPageSlots, (g_iPages - iPage) * g_iPageSlots * sizeof(EntitySlot));
         }
         // Whoever numbers without gaps fills the next chunk, too.
         [[nodiscard]] bool boMostlyTouched() const noexcept {

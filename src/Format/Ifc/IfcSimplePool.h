@@ -63,6 +63,7 @@ public:
         const std::lock_guard lock(m_largeMutex);
         if (iBytes > m_iSegmentLeft) {
             m_large.push_back(zeroedSegment());
+            vGiveBack(m_pSegment, m_iSegmentLeft);   // the end of the old one
             m_iSegmentLeft = g_iSegmentBytes;
             m_pSegment = m_large.back().get();
             m_iReserved.fetch_add(g_iSegmentBytes, std::memory_order_relaxed);
@@ -146,7 +147,7 @@ public:
 
 private:
     static constexpr std::size_t g_iFirstPiece = 16 * 1024;
-    static constexpr std::size_t g_iLargestPiece = 512 * 1024;
+    static constexpr std::size_t g_iLargestPiece = 128 * 1024;
     static constexpr std::size_t g_iWindow = 64 * 1024;
 
     void* pAllocateSlow(std::size_t iBytes) {
