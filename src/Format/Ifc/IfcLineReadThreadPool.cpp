@@ -148,9 +148,9 @@ void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine
     m_pBatch = pBatchNext();
 }
 
-// Hands the batch on, also an empty one.
+// Hands the batch on, also an empty one. There is none when no memory was to be had for it.
 void IfcLineReadThreadPool::vBatchQueue() {
-    m_lineQueue.vPush(std::move(m_pBatch));
+    if (m_pBatch) m_lineQueue.vPush(std::move(m_pBatch));
 }
 
 // An empty batch for the next statements. The workers' work is the larger part: a scanner far ahead of them would hold
