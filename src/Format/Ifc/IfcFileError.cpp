@@ -1,5 +1,6 @@
 #include "Format/Ifc/IfcFileError.h"
 
+#include <algorithm>
 #include <ostream>
 #include <utility>
 
@@ -38,6 +39,18 @@ void Errors::vStore(ErrorRecord&& record) {
     const std::lock_guard lock(m_mutex);
     if (record.severity == Fatal) m_boFatal.store(true, std::memory_order_relaxed);
     m_records.push_back(std::move(record));
+}
+
+Errors::LostStatements Errors::lostStatements() const {
+    const std::lock_guard lock(m_mutex);
+    return m_lost;
+}
+
+void Errors::vLostAdd(std::size_t iCount, unsigned iFirstLine) {
+    if (iCount == 0) return;
+    const std::lock_guard lock(m_mutex);
+    m_lost.iFirstLine = m_lost.iCount == 0 ? iFirstLine : std::min(m_lost.iFirstLine, iFirstLine);
+    m_lost.iCount += iCount;
 }
 
 void Errors::vErrorsWrite(std::ostream& out) const {

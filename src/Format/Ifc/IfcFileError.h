@@ -8,6 +8,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
@@ -91,6 +92,16 @@ public:
     // True once a fatal record was added, and then for good.
     [[nodiscard]] bool boFatal() const noexcept { return m_boFatal.load(std::memory_order_relaxed); }
 
+    // Statements of a read that a fault inside, mostly memory that ran out, kept from the model. They have no record,
+    // and the read may still answer true: a model is whole only where none was lost.
+    struct LostStatements {
+        std::size_t iCount = 0;
+        unsigned iFirstLine = 0;   // the smallest line on which one of them ended, from 1; 0 where none was lost
+    };
+    [[nodiscard]] LostStatements lostStatements() const;
+    // Counts statements as lost; none is no loss. From any number of threads; allocates nothing.
+    void vLostAdd(std::size_t iCount, unsigned iFirstLine);
+
     // In the order of arrival.
     [[nodiscard]] const std::vector<ErrorRecord>& records() const noexcept { return m_records; }
 
@@ -117,7 +128,8 @@ private:
 
     std::atomic<bool> m_boFatal{false};   // read while others add
     std::vector<ErrorRecord> m_records;   // guarded by m_mutex while others add
-    std::mutex m_mutex;
+    LostStatements m_lost;                // likewise
+    mutable std::mutex m_mutex;
 };
 
 using ErrorRecord = Errors::ErrorRecord;
