@@ -20,9 +20,25 @@ struct State {
 constinit thread_local State g_state;
 constinit std::atomic<std::ptrdiff_t> g_iAlive{0};
 
+// Of AllocationFaultElsewhere.
+struct StateElsewhere {
+    std::atomic<bool> boArmed{false};
+    bool boAllLater = false;    // this and the next are written before boArmed
+    std::size_t iFaulty = 0;
+    std::atomic<std::size_t> iSeen{0};
+};
+constinit StateElsewhere g_elsewhere;
+constinit thread_local bool g_boElsewhereIsNotHere = false;
+
+bool boFailsElsewhere() noexcept {
+    if (!g_elsewhere.boArmed.load(std::memory_order_acquire) || g_boElsewhereIsNotHere) return false;
+    const std::size_t iThis = g_elsewhere.iSeen.fetch_add(1, std::memory_order_relaxed);
+    return g_elsewhere.boAllLater ? iThis >= g_elsewhere.iFaulty : iThis == g_elsewhere.iFaulty;
+}
+
 // Counts an allocation; true when it has to fail.
 bool boFails() noexcept {
-    if (!g_state.boArmed) return false;
+    if (!g_state.boArmed) return boFailsElsewhere();
     const std::size_t iThis = g_state.iSeen++;
     return g_state.boAllLater ? iThis >= g_state.iFaulty : iThis == g_state.iFaulty;
 }
@@ -39,6 +55,21 @@ AllocationFault::AllocationFault(std::size_t iAllocation, bool boAllLater) {
 AllocationFault::~AllocationFault() { g_state.boArmed = false; }
 
 std::size_t AllocationFault::iAllocations() noexcept { return g_state.iSeen; }
+
+AllocationFaultElsewhere::AllocationFaultElsewhere(std::size_t iAllocation, bool boAllLater) {
+    g_boElsewhereIsNotHere = true;
+    g_elsewhere.iFaulty = iAllocation;
+    g_elsewhere.boAllLater = boAllLater;
+    g_elsewhere.iSeen = 0;
+    g_elsewhere.boArmed.store(true, std::memory_order_release);
+}
+
+AllocationFaultElsewhere::~AllocationFaultElsewhere() {
+    g_elsewhere.boArmed = false;
+    g_boElsewhereIsNotHere = false;
+}
+
+std::size_t AllocationFaultElsewhere::iAllocations() noexcept { return g_elsewhere.iSeen; }
 
 std::ptrdiff_t AllocationFault::iAlive() noexcept { return g_iAlive.load(std::memory_order_relaxed); }
 

@@ -3,7 +3,7 @@
 // For      FaultInjectionTest, which replaces operator new and wraps malloc(), calloc() and mmap() for its program
 //          alone (AllocationFault.cpp and the options of the linker in CMakeLists.txt).
 // Usage    { const AllocationFault fault(3, false); ... } the fourth allocation in the scope fails
-// Threads  counts and breaks those of its own thread only.
+// Threads  counts and breaks those of its own thread only; AllocationFaultElsewhere those of all others.
 #pragma once
 
 #include <cstddef>
@@ -25,6 +25,18 @@ public:
     [[nodiscard]] static std::size_t iAllocations() noexcept;
     // Allocations of operator new that are alive, on all threads.
     [[nodiscard]] static std::ptrdiff_t iAlive() noexcept;
+};
+
+// The same for the allocations of all threads but the one that makes it, counted together.
+class AllocationFaultElsewhere {
+public:
+    AllocationFaultElsewhere(std::size_t iAllocation, bool boAllLater);
+    ~AllocationFaultElsewhere();
+    AllocationFaultElsewhere(const AllocationFaultElsewhere&) = delete;
+    AllocationFaultElsewhere& operator=(const AllocationFaultElsewhere&) = delete;
+
+    // In the last scope.
+    [[nodiscard]] static std::size_t iAllocations() noexcept;
 };
 
 }   // namespace oxa::ifc

@@ -2,10 +2,13 @@
 // no result is wrong without a word.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <new>
+#include <set>
 #include <sstream>
+#include <vector>
 
 #include "../Format/Ifc/AssertLog.h"
 #include "../Format/Ifc/ModelText.h"
@@ -13,6 +16,8 @@
 #include "Fixtures.h"
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileHeader.h"
+#include "Format/Ifc/IfcGuid.h"
+#include "Format/Ifc/IfcLineReadThreadPool.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
 #include "Format/Ifc/Xml/IfcXmlImport.h"
 #include "provider/SchemaLoader.h"
@@ -312,6 +317,122 @@ TEST_P(MemoryRunsOut, AtEachAllocation) {
 
 INSTANTIATE_TEST_SUITE_P(In, MemoryRunsOut, testing::ValuesIn(g_scenarios),
                          [](const auto& test) { return test.param.sName; });
+
+// Statements of one kind, each with a GlobalId, so that the collector has something to enter.
+std::string sRooted(std::size_t iNumber) {
+    const Guid guid{0x01020304U, 0, 0, {1, 2, 3, 4, 5, 6, static_cast<std::uint8_t>(iNumber >> 8),
+                                        static_cast<std::uint8_t>(iNumber)}};
+    return '#' + std::to_string(iNumber) + "=IFCWALL('" + IfcGuid::toIfcGuid(guid) + "',$,'a name',$,$,$,$,$,$);\n";
+}
+
+// Memory that runs out on a worker or on the collector: what is not in the model is counted as lost, and the rest is
+// whole. Nothing waits for a thread that has ended.
+TEST(MemoryRunsOut, OnAThreadOfTheReadLosesABatchAndTells) {
+    constexpr std::size_t g_iCount = 1700;
+    constexpr unsigned g_iFirstLine = 3;
+    std::string sText = "ISO-10303-21;HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;DATA;\n\n";
+    for (std::size_t i = 1; i <= g_iCount; ++i) sText += sRooted(i);
+    sText += "ENDSEC;END-ISO-10303-21;\n";
+    const auto run = [&](std::size_t iAllocation, bool boAllLater) {
+        std::istringstream in(sText);
+        File file;
+        io::ReadError errors;
+        {
+            const AllocationFaultElsewhere fault(iAllocation, boAllLater);
+            EXPECT_EQ(file.boRead(in, {}, errors, true, {}, false), !errors.boFatal());
+        }
+        const Errors::LostStatements lost = errors.lostStatements();
+        // Inside a value it is a fatal fault of the file, which ends the scan.
+        if (errors.boFatal()) return lost.iCount;
+        EXPECT_EQ(file.data().entities().size() + lost.iCount, g_iCount);
+        for (const ErrorRecord& record : errors.records()) ADD_FAILURE() << sRecordText(record);
+        EXPECT_EQ(file.data().guidEntityMap().size(), file.data().entities().size());
+        if (lost.iCount > 0) {
+            EXPECT_GE(lost.iFirstLine, g_iFirstLine);
+            EXPECT_LT(lost.iFirstLine, g_iFirstLine + g_iCount);
+        } else {
+            EXPECT_EQ(lost.iFirstLine, 0U);
+        }
+        return lost.iCount;
+    };
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(run(AllocationFault::g_iNever, false), 0U);
+    const std::size_t iAllocations = AllocationFaultElsewhere::iAllocations();
+    EXPECT_GT(iAllocations, 10U);
+    std::size_t iWithLoss = 0;
+    for (std::size_t i = 0; i < iAllocations && !testing::Test::HasFailure(); ++i) {
+        SCOPED_TRACE(std::to_string(i) + " of " + std::to_string(iAllocations));
+        if (run(i, false) > 0) ++iWithLoss;
+        run(i, true);
+    }
+    EXPECT_GT(iWithLoss, 0U);
+    testing::internal::GetCapturedStderr();
+}
+
+// Hands iCount statements to a pool while the allocation with that number fails on the scanner's thread. The caller hears
+// of it; a statement that could not be handed over is not in the model, and none is there twice. Returns how many
+// allocations there were.
+std::size_t iQueueStruck(std::size_t iCount, std::size_t iAllocation) {
+    File file;
+    io::ReadError errors;
+    StepReadInfoDataCommon common(errors);
+    const def::SchemaPset& schema = *SchemaLoader::pBuiltIn("IFC4");
+    file.vSchemaSet(schema);
+    common.vUpdateSchemaCache(schema);
+    std::vector<std::string> statements;
+    for (std::size_t i = 1; i <= iCount; ++i) {
+        statements.push_back(sRooted(i));
+        statements.back().pop_back();
+    }
+    std::vector<bool> taken(iCount, true);
+    std::size_t iAllocations = 0;
+    {
+        io::IfcLineReadThreadPool pool(common, file, false);
+        pool.addLineToQueue(statements[0], 1);   // starts the threads
+        const AllocationFault fault(iAllocation, false);
+        for (std::size_t i = 1; i < iCount; ++i) {
+            try {
+                pool.addLineToQueue(statements[i], static_cast<unsigned>(i + 1));
+            } catch (const std::bad_alloc&) {
+                taken[i] = false;
+            }
+        }
+        iAllocations = AllocationFault::iAllocations();
+    }
+    const auto iTaken = static_cast<std::size_t>(std::ranges::count(taken, true));
+    // Where the scanner helped, memory for a value is a fatal fault of the file.
+    if (!errors.boFatal()) {
+        EXPECT_EQ(iTaken, iAllocations > iAllocation ? iCount - 1 : iCount);
+    }
+    EXPECT_EQ(file.data().entities().size() + errors.lostStatements().iCount, iTaken);
+    file.data().boFinished(common, true);
+    std::set<std::string> found;
+    for (const Entity* pEntity : file.data().entities()) found.insert(pEntity->sWriteLine(file.data()));
+    EXPECT_EQ(found.size(), file.data().entities().size());
+    for (std::size_t i = 0; i < iCount; ++i) {
+        if (!taken[i]) {
+            EXPECT_FALSE(found.contains(statements[i]));
+        }
+        found.erase(statements[i]);
+    }
+    EXPECT_TRUE(errors.boFatal() || found.empty()) << *found.begin();
+    return iAllocations;
+}
+
+TEST(MemoryRunsOut, WhileAStatementIsQueued) {
+    testing::internal::CaptureStderr();
+    // Some batches; and so many that the scanner parses too.
+    for (const std::size_t iCount : {700U, 12'000U}) {
+        const std::size_t iAllocations = iQueueStruck(iCount, AllocationFault::g_iNever);
+        EXPECT_GT(iAllocations, 5U);
+        const std::size_t iStep = 1 + iAllocations / (iCount > 1000 ? 10 : 60);
+        for (std::size_t i = 0; i < iAllocations && !testing::Test::HasFailure(); i += iStep) {
+            SCOPED_TRACE(std::to_string(i) + " of " + std::to_string(iAllocations));
+            iQueueStruck(iCount, i);
+        }
+    }
+    testing::internal::GetCapturedStderr();
+}
 
 // The built-in schemas are kept for good once they are decoded: memory that ran out meanwhile must not be kept.
 TEST(MemoryRunsOut, ABuiltInSchemaIsDecodedOnceThereIsEnough) {

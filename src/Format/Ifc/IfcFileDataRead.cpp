@@ -75,7 +75,7 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
         return giveUp();
     }
     const std::size_t iClose = line.rfind(')');
-    if (iClose == std::string_view::npos || iClose <= parts->iOpen) return giveUp();
+    if (iClose == std::string_view::npos) return giveUp();   // one before the "(" would be part of number or keyword
     const auto iId = static_cast<unsigned>(parts->iId);   // a negative number lands far up in the table
     return boEntityAdd(iId, *pType, info, parts->iOpen, iClose - parts->iOpen + 1, result) || giveUp();
 }
@@ -104,6 +104,7 @@ bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadIn
     if (entity.m_pSchemaEntity) {
         info.m_pCommon->m_pError->add(nullptr, Errors::Error, Errors::Identifier, "Error_EntityIdReused",
                                       std::to_string(iId), info.sourceText(), info.m_iLine);
+        if (info.m_pRooted) info.m_pRooted->boNumberReused = true;
         // The later statement wins; what the earlier one holds stays behind in the pool.
         entity.m_pSchemaEntity = nullptr;
         entity.m_pAttributes = nullptr;
@@ -112,7 +113,7 @@ bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadIn
     entity.vAttributesRead(*this, *pType, info, iOffset, iLength);
     if (info.m_pRooted)
         if (const std::optional<Guid> guid = rootGuid(entity, *info.m_pCommon))
-            info.m_pRooted->push_back({result.size(), *guid});
+            info.m_pRooted->results.push_back({result.size(), *guid});
     result.push_back(&entity);
     vProjectOffer(&entity);
     return true;
@@ -128,23 +129,29 @@ std::optional<Guid> Data::rootGuid(const Entity& entity, const StepReadInfoDataC
 
 void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line, unsigned iLine) {
     if (!pEntity) return;
+    if (common.m_pRootSchema) m_guidEntityMap.vReserveOne();   // memory first: an entity is entered in both or in none
+    m_entities.push_back(pEntity);
     std::optional<EntitySlotLock> lock;
     if (common.m_boParallel) lock.emplace(EntitySlot::fromEntity(*pEntity));
-    const std::optional<Guid> guid = rootGuid(*pEntity, common);
-    finalizeEntity(pEntity, guid ? &*guid : nullptr, common, line, iLine);
+    if (const std::optional<Guid> guid = rootGuid(*pEntity, common)) vGuidEnter(*guid, pEntity, common, line, iLine);
     vProjectOffer(pEntity);
 }
 
 void Data::finalizeEntity(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common,
                           std::string_view line, unsigned iLine) {
     if (!pEntity) return;
+    if (pRootGuid) m_guidEntityMap.vReserveOne();
     m_entities.push_back(pEntity);
-    if (!pRootGuid) return;
-    if (pRootGuid->boIsNull())
-        common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_UnexpectedNullGuid", std::string(line),
-                             iLine);
-    else if (!m_guidEntityMap.boInsert(*pRootGuid, pEntity))
-        common.m_pError->add(nullptr, Errors::Error, Errors::Value, "Error_DuplicateGuids", std::string(line), iLine);
+    if (pRootGuid) vGuidEnter(*pRootGuid, pEntity, common, line, iLine);
+}
+
+// The map keeps the earlier of two.
+void Data::vGuidEnter(const Guid& guid, Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line,
+                      unsigned iLine) {
+    const char* sKey = guid.boIsNull()                              ? "Error_UnexpectedNullGuid"
+                       : m_guidEntityMap.boInsert(guid, pEntity) ? nullptr
+                                                                    : "Error_DuplicateGuids";
+    if (sKey) common.m_pError->add(nullptr, Errors::Error, Errors::Value, sKey, std::string(line), iLine);
 }
 
 bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {

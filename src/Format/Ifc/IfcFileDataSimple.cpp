@@ -132,7 +132,6 @@ Entity* Data::pEntityFromId(std::size_t iId) const {
 
 void Data::vDebugMessage(Data*, const char* text) {
     std::fputs(text, stderr);
-    std::fputc('\n', stderr);
     if (Assert::isEnabled())
         Assert::addAssert("Format/Ifc/IfcFileDataSimple", "oxa::ifc::Data::vDebugMessage", text, __LINE__);
 }

@@ -126,6 +126,8 @@ protected:
 private:
     bool boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
                      std::size_t iLength, std::vector<Entity*>& result);
+    void vGuidEnter(const Guid& guid, Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line,
+                    unsigned iLine);
     // The GUID of a rooted entity, as far as its type has one in front. Under the lock of its slot.
     [[nodiscard]] static std::optional<Guid> rootGuid(const Entity& entity, const StepReadInfoDataCommon& common);
     // The concrete type that an abstract one is read as, after the report; null when there is none.

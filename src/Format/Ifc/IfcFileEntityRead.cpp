@@ -86,7 +86,12 @@ void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, Step
             report(Errors::Fatal, Errors::Schema, "Error_UnknownAttributeType", cell.pAttribute->sName);
         }
     };
-    if (iLength > 2) details::vForEachItem(pLine, pLine + iStart + 1, pLine + iStart + iLength - 1, tokenRead);
+    try {
+        if (iLength > 2) details::vForEachItem(pLine, pLine + iStart + 1, pLine + iStart + iLength - 1, tokenRead);
+    } catch (...) {
+        vCellsUndefined(*pSize, iToken);   // whoever refers to the instance finds no value that the file does not have
+        throw;
+    }
     // What the statement leaves out stays undefined, mandatory attributes too, and nothing is said about it:
     // exporters shorten lists, and their files shall load.
     vCellsUndefined(*pSize, iToken);

@@ -50,7 +50,7 @@ Entity* GuidMap::pFind(const Guid& guid) const noexcept {
 }
 
 bool GuidMap::boInsert(const Guid& guid, Entity* pEntity) {
-    if (m_iSize >= m_table.size() / 4 * 3) vGrow();
+    vReserveOne();
     Entry& entry = m_table[iPlaceOf(guid)];
     if (entry.pEntity) return false;
     entry = {guid, pEntity};

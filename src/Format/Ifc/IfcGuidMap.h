@@ -34,6 +34,10 @@ public:
     [[nodiscard]] bool empty() const noexcept { return m_iSize == 0; }
     // The entity; null when nobody has that GUID.
     [[nodiscard]] Entity* pFind(const Guid& guid) const noexcept;
+    // Makes sure that the next boInsert throws nothing. Throws std::bad_alloc, and is then unchanged.
+    void vReserveOne() {
+        if (m_iSize >= m_table.size() / 4 * 3) vGrow();
+    }
     // False when the GUID is there already: the map keeps the earlier entity. pEntity is not null. Throws
     // std::bad_alloc, and is then unchanged.
     bool boInsert(const Guid& guid, Entity* pEntity);

@@ -1,9 +1,9 @@
 #include "Format/Ifc/IfcLineReadThreadPool.h"
 
 #include <new>
-#include <thread>
 #include <utility>
 
+#include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "platform/Assert.h"
 #include "platform/Utilities.h"
 
@@ -12,9 +12,7 @@ namespace oxa::ifc::io {
 namespace {
 
 constexpr std::size_t g_iBatchLines = 200;
-constexpr int g_iIntervalMs = 10;                     // between two calls of a thread's function, which waits itself
 constexpr std::size_t g_iBatchesPerWorker = 12;       // on their way at once
-constexpr std::chrono::milliseconds g_longestWait(20);
 constexpr std::size_t g_iKeptCapacity = 1024 * 1024;  // a text larger than that is not kept for reuse
 
 // For as long as the result lives: an assertion on this thread must not open anything that waits for a user.
@@ -33,7 +31,7 @@ void IfcLineReadThreadPool::Batch::vClear() {
     m_text.clear();
     m_lines.clear();
     m_entities.clear();
-    m_rooted.clear();
+    m_rooted.vClear();
 }
 
 void IfcLineReadThreadPool::Queue::vPush(BatchPtr pBatch) noexcept {
@@ -73,42 +71,38 @@ IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pTake(std::size_t 
     return pTaken;
 }
 
-IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pPop(std::size_t iMost,
-                                                                   const std::atomic<bool>& boActive) {
+IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pPop(std::size_t iMost) {
     std::unique_lock lock(m_mutex);
-    if (!m_pFirst) m_changed.wait(lock, [&] { return m_iCount >= m_iWakeAt || !boActive; });
-    return pTake(boActive ? iMost : 1);
+    if (!m_pFirst) m_changed.wait(lock, [this] { return m_iCount >= m_iWakeAt || m_boClosed; });
+    return pTake(m_boClosed ? 1 : iMost);
 }
 
-IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pPop(std::size_t iMost,
-                                                                   std::chrono::milliseconds longest) {
-    std::unique_lock lock(m_mutex);
-    if (longest.count() > 0) m_changed.wait_for(lock, longest, [this] { return m_pFirst != nullptr; });
+IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pTryPop(std::size_t iMost) {
+    const std::lock_guard lock(m_mutex);
     return pTake(iMost);
 }
 
-void IfcLineReadThreadPool::Queue::vWake() {
+void IfcLineReadThreadPool::Queue::vClose() {
     {
-        // Nobody is between a look at the flag and the wait any more.
         const std::lock_guard lock(m_mutex);
+        m_boClosed = true;
     }
     m_changed.notify_all();
 }
 
 IfcLineReadThreadPool::IfcLineReadThreadPool(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker)
-    : m_pBatch(std::make_unique<Batch>()), m_pInfo(&info), m_pFile(&file), m_boOneWorker(boOneWorker) {
+    : m_pInfo(&info), m_pFile(&file), m_boOneWorker(boOneWorker) {
     info.m_boParallel = true;
 }
 
 IfcLineReadThreadPool::~IfcLineReadThreadPool() {
+    m_boActive = false;
     vBatchQueue();
-    m_boWorkersActive = false;
-    m_lineQueue.vWake();
-    for (util::ThreadedLoop& worker : m_workers) worker.vStop();   // each drains the queue in its last call
-    m_boCollectorActive = false;
-    m_doneQueue.vWake();
-    m_collector.vStop();
-    // From here on every statement is in the model.
+    m_lineQueue.vClose();
+    for (std::thread& worker : m_workers) worker.join();
+    m_doneQueue.vClose();
+    if (m_collector.joinable()) m_collector.join();
+    // From here on every statement is in the model, or counted as lost.
 }
 
 std::size_t IfcLineReadThreadPool::iWorkerCount() noexcept {
@@ -119,20 +113,21 @@ std::size_t IfcLineReadThreadPool::iWorkerCount() noexcept {
     return g_iCount;
 }
 
+// A pool that could not start all its threads takes no statements.
 void IfcLineReadThreadPool::vStart() {
+    m_boActive = false;
     const std::size_t iWorkers = m_boOneWorker ? 1 : iWorkerCount();
     Pool& pool = m_pFile->dataBase().pool();
     for (std::size_t i = 0; i < iWorkers + 1; ++i) m_threads.push_back(std::make_unique<StepReadThread>(pool));
-    m_workers = std::vector<util::ThreadedLoop>(iWorkers);
-    constexpr util::ThreadedLoop::Options g_options{2, true};
+    m_workers.reserve(iWorkers);
     for (std::size_t i = 0; i < iWorkers; ++i)
-        m_workers[i].perform({}, [this, pThread = m_threads[i].get()] { return readLines(*pThread); }, g_iIntervalMs,
-                             g_options);
-    m_collector.perform({}, [this] { return finalizeLines(); }, g_iIntervalMs, g_options);
+        m_workers.emplace_back([this, pThread = m_threads[i].get()] { readLines(*pThread); });
+    m_collector = std::thread([this] { finalizeLines(); });
+    m_boActive = true;
 }
 
 void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine) {
-    if (!m_boWorkersActive || !m_boCollectorActive) {
+    if (!m_boActive) {
         if (Assert::isEnabled())
             Assert::addAssert("Format/Ifc/IfcLineReadThreadPool",
                               "oxa::ifc::io::IfcLineReadThreadPool::addLineToQueue", "Thread pool is not active",
@@ -140,102 +135,119 @@ void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine
         return;
     }
     if (m_workers.empty()) vStart();
+    if (!m_pBatch) m_pBatch = pBatchNext();
     Batch& batch = *m_pBatch;
-    batch.m_lines.push_back({batch.m_text.size(), line.size(), iLine});
+    // The entry comes last: one without its text would have the next statement for its own.
+    const std::size_t iBegin = batch.m_text.size();
     batch.m_text.append(line).push_back('\0');
-    if (batch.m_lines.size() < g_iBatchLines) return;
-    vBatchQueue();
-    m_pBatch = pBatchNext();
+    batch.m_lines.push_back({iBegin, line.size(), iLine});
+    if (batch.m_lines.size() >= g_iBatchLines) vBatchQueue();
 }
 
-// Hands the batch on, also an empty one. There is none when no memory was to be had for it.
+// Hands the batch in hand on, if there is one.
 void IfcLineReadThreadPool::vBatchQueue() {
     if (m_pBatch) m_lineQueue.vPush(std::move(m_pBatch));
 }
 
 // An empty batch for the next statements. The workers' work is the larger part: a scanner far ahead of them would hold
-// the file in memory twice, so it helps them. Batches that an exception has lost never come back, and then the wait
-// ends by itself.
+// the file in memory twice, so once all batches are made it helps them.
 IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::pBatchNext() {
-    const bool boMore = m_iBatches < g_iBatchesPerWorker * (m_workers.size() + 1);
     for (;;) {
-        if (BatchPtr pBatch = m_freeQueue.pPop(1, std::chrono::milliseconds(0))) return pBatch;
-        if (boMore || !boHelp()) break;
+        if (BatchPtr pBatch = m_freeQueue.pTryPop(1)) return pBatch;
+        if (m_iBatches < g_iBatchesPerWorker * (m_workers.size() + 1)) break;
+        if (!boHelp()) return m_freeQueue.pPop(1);   // all are in others' hands and come back
     }
-    if (!boMore)
-        if (BatchPtr pBatch = m_freeQueue.pPop(1, g_longestWait)) return pBatch;
+    BatchPtr pBatch = std::make_unique<Batch>();
+    pBatch->m_lines.reserve(g_iBatchLines);
+    pBatch->m_entities.reserve(g_iBatchLines);
     ++m_iBatches;
-    return std::make_unique<Batch>();
+    return pBatch;
 }
 
-// Parses a batch on the scanner's thread, as a worker does it. False when none waits, or there is to be one worker only.
+void IfcLineReadThreadPool::vBatchFree(BatchPtr pBatch) noexcept {
+    pBatch->vClear();
+    m_freeQueue.vPush(std::move(pBatch));
+}
+
+// Parses a share of batches on the scanner's thread, as a worker does it. False when none waits, or there is to be one
+// worker only.
 bool IfcLineReadThreadPool::boHelp() {
-    if (m_boOneWorker || m_threads.empty()) return false;
-    BatchPtr pBatches = m_lineQueue.pPop(g_iBatchesShared, std::chrono::milliseconds(0));
+    if (m_boOneWorker) return false;
+    BatchPtr pBatches = m_lineQueue.pTryPop(g_iBatchesShared);
     if (!pBatches) return false;
-    bool boMemory = true;
-    util::ThreadedLoop::boGuarded([&] {
-        try {
-            const auto handler = quietAssertions();
-            vBatchesRead(std::move(pBatches), *m_threads.back());
-        } catch (const std::bad_alloc&) {
-            boMemory = false;
-        }
-        return true;
-    });
-    if (!boMemory) throw std::bad_alloc();   // this thread has a caller who can be told
+    const auto handler = quietAssertions();
+    if (!boBatchesRead(std::move(pBatches), *m_threads.back()))
+        throw std::bad_alloc();   // this thread has a caller who can be told
     return true;
 }
 
-void IfcLineReadThreadPool::vBatchRead(BatchPtr pBatch, StepReadThread& thread) {
+void IfcLineReadThreadPool::vBatchRead(Batch& batch, StepReadThread& thread) {
     Data& data = m_pFile->dataBase();
-    for (const QueuedLine& line : pBatch->m_lines) {
-        StepReadInfoData info(pBatch->text(line), line.m_iLine, *m_pInfo, &thread);
-        info.m_pRooted = &pBatch->m_rooted;
-        data.boReadLine(info, pBatch->m_entities);
-    }
-    m_doneQueue.vPush(std::move(pBatch));
-}
-
-// One after the other. What is thrown loses the one in hand; those behind it go back to the queue.
-void IfcLineReadThreadPool::vBatchesRead(BatchPtr pBatches, StepReadThread& thread) {
-    struct Rest {
-        Queue& queue;
-        BatchPtr pBatches;
-        ~Rest() { queue.vPushFront(std::move(pBatches)); }
-    } rest{m_lineQueue, std::move(pBatches)};
-    while (BatchPtr pBatch = std::move(rest.pBatches)) {
-        rest.pBatches = std::move(pBatch->m_pNext);
-        vBatchRead(std::move(pBatch), thread);
+    for (const QueuedLine& line : batch.m_lines) {
+        StepReadInfoData info(batch.text(line), line.m_iLine, *m_pInfo, &thread);
+        info.m_pRooted = &batch.m_rooted;
+        data.boReadLine(info, batch.m_entities);
     }
 }
 
-// What is queued is parsed to the end, also after a fatal fault.
-bool IfcLineReadThreadPool::readLines(StepReadThread& thread) {
+// One batch after the other. What is thrown loses the one in hand, and no other. False when memory ran out; those behind
+// it are then back in the queue.
+bool IfcLineReadThreadPool::boBatchesRead(BatchPtr pBatches, StepReadThread& thread) {
+    bool boMemory = true;
+    while (BatchPtr pBatch = boMemory ? std::move(pBatches) : nullptr) {
+        pBatches = std::move(pBatch->m_pNext);
+        const bool boRead = util::ThreadedLoop::boGuarded([&] {
+            try {
+                vBatchRead(*pBatch, thread);
+            } catch (const std::bad_alloc&) {
+                boMemory = false;
+                throw;
+            }
+            return true;
+        });
+        if (boRead) {
+            m_doneQueue.vPush(std::move(pBatch));
+        } else {
+            m_pInfo->m_pError->vLostAdd(pBatch->m_lines.size(), pBatch->m_lines.front().m_iLine);
+            vBatchFree(std::move(pBatch));
+        }
+    }
+    m_lineQueue.vPushFront(std::move(pBatches));
+    return boMemory;
+}
+
+// A worker. What is queued is parsed to the end, also after a fatal fault.
+void IfcLineReadThreadPool::readLines(StepReadThread& thread) {
     const auto handler = quietAssertions();
-    while (BatchPtr pBatches = m_lineQueue.pPop(g_iBatchesShared, m_boWorkersActive))
-        vBatchesRead(std::move(pBatches), thread);
-    return m_boWorkersActive;
+    while (BatchPtr pBatches = m_lineQueue.pPop(g_iBatchesShared))
+        static_cast<void>(boBatchesRead(std::move(pBatches), thread));
 }
 
-void IfcLineReadThreadPool::vBatchFinalize(const Batch& batch) {
+// iNext is the statement in hand.
+void IfcLineReadThreadPool::vBatchFinalize(const Batch& batch, std::size_t& iNext) {
     Data& data = m_pFile->dataBase();
-    auto rooted = batch.m_rooted.begin();
-    for (std::size_t i = 0; i < batch.m_lines.size(); ++i) {
-        const QueuedLine& line = batch.m_lines[i];
-        const bool boRooted = rooted != batch.m_rooted.end() && rooted->iResult == i;
-        data.finalizeEntity(batch.m_entities[i], boRooted ? &rooted++->guid : nullptr, *m_pInfo, batch.text(line),
-                            line.m_iLine);
+    auto rooted = batch.m_rooted.results.begin();
+    for (; iNext < batch.m_lines.size(); ++iNext) {
+        const QueuedLine& line = batch.m_lines[iNext];
+        Entity* pEntity = batch.m_entities[iNext];
+        // A number that was used again: by now its slot holds the later statement, and that is what counts.
+        if (batch.m_rooted.boNumberReused) {
+            data.finalizeEntity(pEntity, *m_pInfo, batch.text(line), line.m_iLine);
+            continue;
+        }
+        const bool boRooted = rooted != batch.m_rooted.results.end() && rooted->iResult == iNext;
+        data.finalizeEntity(pEntity, boRooted ? &rooted++->guid : nullptr, *m_pInfo, batch.text(line), line.m_iLine);
     }
 }
 
-bool IfcLineReadThreadPool::finalizeLines() {
-    while (BatchPtr pBatch = m_doneQueue.pPop(1, m_boCollectorActive)) {
-        vBatchFinalize(*pBatch);
-        pBatch->vClear();
-        m_freeQueue.vPush(std::move(pBatch));
+// The collector.
+void IfcLineReadThreadPool::finalizeLines() {
+    while (BatchPtr pBatch = m_doneQueue.pPop(1)) {
+        std::size_t iNext = 0;
+        if (!util::ThreadedLoop::boGuarded([&] { return vBatchFinalize(*pBatch, iNext), true; }))
+            m_pInfo->m_pError->vLostAdd(pBatch->m_lines.size() - iNext, pBatch->m_lines[iNext].m_iLine);
+        vBatchFree(std::move(pBatch));
     }
-    return m_boCollectorActive;
 }
 
 }   // namespace oxa::ifc::io

@@ -10,13 +10,18 @@
 //          so few that they stay in the processor's cache; when all are on their way, the scanner has to wait.
 // Wakes    putting a thread to sleep and waking it costs as much as a batch: each sleeps until there is a share for it,
 //          and the scanner never does while there is something to parse: it then works as one of the workers.
+// Stops    each queue can be closed: who waits then takes what is left, and ends when there is nothing. The line queue is
+//          closed first; once its workers have ended, nothing can come to the done queue any more, and it is closed too.
+// Progress no state exists in which all sleep before that. A batch is in one of the queues or in somebody's hands, and
+//          whoever has it in hand is awake; a lost batch goes to the free queue like any other. The workers sleep over
+//          fewer than eight batches in the line queue, the collector over fewer than eight in the done queue. The scanner
+//          sleeps only when the free queue is empty and all batches are made, 24 or more. So more than eight lie in one
+//          of the other two queues, or somebody is awake who will put his there.
 // Threads  addLineToQueue and the destructor on the scanner's thread.
-// Errors   what boReadLine or finalizeEntity throws loses the batch (or its rest) and goes to the standard error
-//          stream; see ThreadedLoop.
+// Errors   what boReadLine throws loses the batch, what finalizeEntity throws the rest of it. The thread goes on with the
+//          next one; the exception goes to the standard error stream and the loss to Errors::lostStatements().
 #pragma once
 
-#include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -24,9 +29,9 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
-#include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcReadInfo.h"
 #include "platform/Export.h"
@@ -42,7 +47,8 @@ public:
     IfcLineReadThreadPool(const IfcLineReadThreadPool&) = delete;
     IfcLineReadThreadPool& operator=(const IfcLineReadThreadPool&) = delete;
 
-    // Copies the statement. Throws std::system_error when the first one finds no thread to be had.
+    // Copies the statement. Throws std::system_error when the first one finds no thread to be had, and std::bad_alloc
+    // without memory; the statement is lost then, and no other.
     void addLineToQueue(std::string_view line, unsigned iLine);
 
     // Half the hardware threads, less two where that half is above three, else two. Counted once a process.
@@ -61,7 +67,7 @@ private:
         std::string m_text;                 // the statements, one behind the other, a NUL behind each
         std::vector<QueuedLine> m_lines;
         std::vector<Entity*> m_entities;    // one for each line; null where the statement yielded none
-        std::vector<RootedResult> m_rooted; // those with a GUID, in their order
+        RootedResults m_rooted;             // what the map of GUIDs takes of them
 
         [[nodiscard]] std::string_view text(const QueuedLine& line) const noexcept {
             return std::string_view(m_text).substr(line.m_iBegin, line.m_iLength);
@@ -80,21 +86,22 @@ private:
         void vPush(BatchPtr pBatch) noexcept;
         // A chain of batches, which come first; null is no chain.
         void vPushFront(BatchPtr pBatches) noexcept;
-        // Waits for batches and takes a chain of up to iMost, of one when "boActive" has fallen: all are to have a part
-        // in the end. Null when the queue is empty then.
-        [[nodiscard]] BatchPtr pPop(std::size_t iMost, const std::atomic<bool>& boActive);
-        // Waits that long at most; null when none came.
-        [[nodiscard]] BatchPtr pPop(std::size_t iMost, std::chrono::milliseconds longest);
-        // To be called behind a fall of the flag that somebody may wait with.
-        void vWake();
+        // Waits for batches and takes a chain of up to iMost; of one when the queue is closed, so that all have a part in
+        // the end. Null when it is closed and empty.
+        [[nodiscard]] BatchPtr pPop(std::size_t iMost);
+        // A chain of up to iMost without a wait; null when there is none.
+        [[nodiscard]] BatchPtr pTryPop(std::size_t iMost);
+        // Nothing is pushed any more, and nobody waits.
+        void vClose();
 
     private:
         [[nodiscard]] BatchPtr pTake(std::size_t iMost) noexcept;
 
         const std::size_t m_iWakeAt;
-        BatchPtr m_pFirst;                // this and the next two are guarded by m_mutex
+        BatchPtr m_pFirst;                // guarded by m_mutex, as the next three
         Batch* m_pLast = nullptr;
         std::size_t m_iCount = 0;
+        bool m_boClosed = false;
         std::mutex m_mutex;
         std::condition_variable m_changed;
     };
@@ -105,26 +112,26 @@ private:
     void vStart();
     void vBatchQueue();
     [[nodiscard]] BatchPtr pBatchNext();
-    void vBatchRead(BatchPtr pBatch, StepReadThread& thread);
-    void vBatchesRead(BatchPtr pBatches, StepReadThread& thread);
-    bool boHelp();
-    bool readLines(StepReadThread& thread);
-    void vBatchFinalize(const Batch& batch);
-    bool finalizeLines();
+    void vBatchFree(BatchPtr pBatch) noexcept;
+    void vBatchRead(Batch& batch, StepReadThread& thread);
+    [[nodiscard]] bool boBatchesRead(BatchPtr pBatches, StepReadThread& thread);
+    [[nodiscard]] bool boHelp();
+    void readLines(StepReadThread& thread);
+    void vBatchFinalize(const Batch& batch, std::size_t& iNext);
+    void finalizeLines();
 
     Queue m_lineQueue{g_iBatchesShared};      // waiting for a worker
     Queue m_doneQueue{g_iBatchesCollected};   // parsed, waiting for the collector
     Queue m_freeQueue;                        // finalised, empty again
-    std::atomic<bool> m_boWorkersActive{true};
-    std::atomic<bool> m_boCollectorActive{true};
     std::vector<std::unique_ptr<StepReadThread>> m_threads;   // one a worker, one of the scanner
-    std::vector<util::ThreadedLoop> m_workers;                // empty until the first statement
-    util::ThreadedLoop m_collector;
-    BatchPtr m_pBatch;                                  // being filled; the scanner's
-    std::size_t m_iBatches = 1;                         // made so far; the scanner's
+    std::vector<std::thread> m_workers;                       // empty until the first statement
+    std::thread m_collector;
+    BatchPtr m_pBatch;                                  // being filled; the scanner's; null until there is a statement
+    std::size_t m_iBatches = 0;                         // made so far; the scanner's
     StepReadInfoDataCommon* m_pInfo;
     FileBase* m_pFile;
     bool m_boOneWorker;
+    bool m_boActive = true;   // false where a thread could not be had, and at the end; the scanner's
 };
 
 }   // namespace oxa::ifc::io

@@ -215,6 +215,16 @@ struct RootedResult {
     Guid guid;
 };
 
+struct RootedResults {
+    std::vector<RootedResult> results;   // in the order of the statements
+    bool boNumberReused = false;         // a statement filled a slot again: what was told of the slot may be of yesterday
+
+    void vClear() noexcept {
+        results.clear();
+        boNumberReused = false;
+    }
+};
+
 // One statement while it is parsed, on the stack of the thread that does it.
 struct StepReadInfoData {
     StepReadInfoData(std::string_view line, std::uint32_t iLine, StepReadInfoDataCommon& common,
@@ -225,7 +235,7 @@ struct StepReadInfoData {
     std::uint32_t m_iLine;                  // where the statement ends in the file, from 1
     StepReadInfoDataCommon* m_pCommon;
     StepReadThread* m_pThread;              // null: of a thread that keeps nothing
-    std::vector<RootedResult>* m_pRooted = nullptr;   // where a rooted instance is told, where that is of use
+    RootedResults* m_pRooted = nullptr;     // where a rooted instance is told, where that is of use
 
     // The text for reports, copied once however many there are.
     [[nodiscard]] const SourceText& sourceText() {

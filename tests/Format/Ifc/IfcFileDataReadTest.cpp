@@ -6,6 +6,7 @@
 #include "Format/Ifc/IfcReadInfo.h"
 #include "ReadResult.h"
 #include "SmallModel.h"
+#include "platform/Utilities.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa::ifc {
@@ -290,6 +291,33 @@ TEST(DataReadLine, TheFirstProjectIsTheProject) {
     EXPECT_EQ(result.file.data().pProject(), result.file.data().pEntityFromId(2));
 }
 
+// The instance stands in the list before it is asked for its type.
+TEST(DataFinalize, AnEntityWithoutASchemaIsEnteredAndThrows) {
+    StatementReader reader;
+    EXPECT_THROW(reader.data.finalizeEntity(reader.pEntity(5), reader.common, "#5=;", 1), oxa::exception);
+    ASSERT_EQ(reader.data.entities().size(), 1U);
+}
+
+TEST(DataFinalize, NothingIsNoEntity) {
+    StatementReader reader;
+    reader.data.finalizeEntity(nullptr, reader.common, "#5=;", 1);
+    EXPECT_TRUE(reader.data.entities().empty());
+    EXPECT_TRUE(reader.errors.records().empty());
+}
+
+// Where the place of the project is free, a project takes it.
+TEST(DataFinalize, OffersTheProject) {
+    ReadResult result(sIfc4File("#2=IFCPROJECT('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$,$);"));
+    Data& data = result.file.data();
+    Entity* const pProject = data.pProject();
+    ASSERT_TRUE(data.boEntityDelete(pProject));
+    ASSERT_EQ(data.pProject(), nullptr);
+    io::ReadError errors;
+    StepReadInfoDataCommon common(errors);
+    data.finalizeEntity(pProject, common, "#2=;", 1);
+    EXPECT_EQ(data.pProject(), pProject);
+}
+
 TEST(DataReadLine, NestedTypedValuesAreBounded) {
     const std::size_t iDepth = 100'000;
     std::string sValue;
@@ -330,6 +358,7 @@ const FinishRow g_finishRows[] = {
      {"2"}},
     {"an unknown type is missing", "#1=IFCAXIS2PLACEMENT2D(#2,$);#2=IFCNO();", {"2"}},
     {"number 0", "#1=IFCAXIS2PLACEMENT2D(#0,$);", {"0"}},
+    {"a negative number is told as the one of its slot", "#1=IFCAXIS2PLACEMENT2D(#-5,$);", {"4294967291"}},
     {"what is defined later is not", "#1=IFCAXIS2PLACEMENT2D(#2,$);#2=IFCCARTESIANPOINT((1.));", {}},
     {"a dropped statement is missing", "#1=IFCAXIS2PLACEMENT2D(#2,$);#2=IFCWALL(;", {"2"}},
     {"a reference beyond 32 bits is no other instance", "#1=IFCAXIS2PLACEMENT2D(#4294967297,$);", {"2147483647"}},

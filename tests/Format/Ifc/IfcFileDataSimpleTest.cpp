@@ -155,7 +155,7 @@ TEST(Data, ADebugMessageIsAnAssertion) {
         const AssertLog log(boEnabled);
         testing::internal::CaptureStderr();
         Data::vDebugMessage(nullptr, "odd");
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "odd\n");
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "odd");
         EXPECT_EQ(log.texts(), boEnabled ? std::vector<std::string>{"odd"} : std::vector<std::string>{});
     }
 }

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "AssertLog.h"
+#include "ReportKey.h"
 #include "SmallModel.h"
 
 namespace oxa::ifc::io {
@@ -220,43 +221,136 @@ TEST(LineReadThreadPool, SurvivesOneNumberInManyBatches) {
     }
 }
 
-// The second entity's reads throw: its attribute has no type. Nothing but a faulty schema does that.
+// Reading an IFCBAD throws: its attribute has no kind. Nothing but a faulty schema does that.
 const def::SchemaPset& throwingSchema() {
     static const std::unique_ptr<def::SchemaPset> pSchema = [] {
         static const def::schema::DataTypeBase g_illegal(static_cast<def::schema::DataKind>(99));
         auto pMade = pSchemaOf("ENTITY IfcPoint; Coordinates : LIST OF REAL; END_ENTITY;"
-                               "ENTITY IfcBad; Value : REAL; END_ENTITY;");
+                               "ENTITY IfcBad; Name : STRING; Value : REAL; Other : REAL; END_ENTITY;");
         auto* pType =
             const_cast<def::schema::Entity*>(pMade->pEntityFromName(def::schema::ObjectName("IFCBAD")));
-        pType->ownAttributes[0].types = {&g_illegal};
+        pType->ownAttributes[1].types = {&g_illegal};
         return pMade;
     }();
     return *pSchema;
 }
 
+// Which statements throw, and what is lost for it: the batch of 200 in which each stands, and no other.
+struct LossRow {
+    const char* sRule;
+    std::uint32_t iCount;
+    std::vector<std::uint32_t> bad;
+    std::size_t iLost;
+    unsigned iFirstLine;
+};
+
 TEST(LineReadThreadPool, LosesTheBatchOfAnExceptionAndGoesOn) {
-    testing::internal::CaptureStderr();
-    PoolRead read(false, throwingSchema());
-    for (std::uint32_t i = 1; i <= 600; ++i)
-        read.pool->addLineToQueue(i == 301 ? "#301=IFCBAD(1.);" : sPoint(i), i);
-    read.pool.reset();
-    const std::string sWritten = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(read.data().entities().size(), 400U);
-    EXPECT_TRUE(read.sStatement(200) == "=IFCPOINT((200.));" && read.sStatement(401) == "=IFCPOINT((401.));");
-    EXPECT_TRUE(read.errors.records().empty());
-    EXPECT_TRUE(sWritten.starts_with("Assert in ThreadedLoop(")) << sWritten;
-    EXPECT_EQ(std::ranges::count(sWritten, '\n'), 1) << sWritten;
+    const auto every = [](std::uint32_t iStep, std::uint32_t iEnd) {
+        std::vector<std::uint32_t> numbers;
+        for (std::uint32_t i = iStep; i <= iEnd; i += iStep) numbers.push_back(i);
+        return numbers;
+    };
+    const LossRow rows[] = {
+        {"nothing thrown, nothing lost", 600, {}, 0, 0},
+        {"in the middle", 600, {301}, 200, 1201},
+        {"twice in one batch is one loss", 600, {201, 400}, 200, 1201},
+        {"the first and the last of a batch", 600, {200, 401}, 400, 1001},
+        {"the rest that is no whole batch", 450, {450}, 50, 1401},
+        {"alone in the file", 1, {1}, 1, 1001},
+        {"more often than there are workers", 20'000, every(1000, 20'000), 4000, 1801},
+        {"in each batch", 10'000, every(200, 10'000), 10'000, 1001},
+    };
+    for (const LossRow& row : rows) {
+        for (const bool boOneWorker : {false, true}) {
+            SCOPED_TRACE(std::string(row.sRule) + (boOneWorker ? ", one worker" : ""));
+            testing::internal::CaptureStderr();
+            PoolRead read(boOneWorker, throwingSchema());
+            const std::set<std::uint32_t> bad(row.bad.begin(), row.bad.end());
+            // Statement i ends on line 1000 + i.
+            for (std::uint32_t i = 1; i <= row.iCount; ++i)
+                read.pool->addLineToQueue(bad.contains(i) ? '#' + std::to_string(i) + "=IFCBAD('a',1.,2.);" : sPoint(i),
+                                          1000 + i);
+            read.pool.reset();
+            const std::string sWritten = testing::internal::GetCapturedStderr();
+            std::set<std::uint32_t> lostBatches;
+            for (const std::uint32_t i : bad) lostBatches.insert((i - 1) / 200);
+            EXPECT_EQ(read.errors.lostStatements().iCount, row.iLost);
+            EXPECT_EQ(read.errors.lostStatements().iFirstLine, row.iFirstLine);
+            std::set<const Entity*> expected;
+            for (std::uint32_t i = 1; i <= row.iCount; ++i)
+                if (!lostBatches.contains((i - 1) / 200)) {
+                    ASSERT_EQ(read.sStatement(i), "=IFCPOINT((" + std::to_string(i) + ".));");
+                    expected.insert(&read.common.slotGet(read.file.data(), i).entity);
+                }
+            const auto& entities = read.data().entities();
+            EXPECT_EQ(entities.size(), row.iCount - row.iLost);
+            EXPECT_EQ(std::set<const Entity*>(entities.begin(), entities.end()), expected);
+            EXPECT_TRUE(read.errors.records().empty());
+            EXPECT_EQ(static_cast<std::size_t>(std::ranges::count(sWritten, '\n')), lostBatches.size()) << sWritten;
+            EXPECT_TRUE(lostBatches.empty() || sWritten.starts_with("Assert in ThreadedLoop(")) << sWritten;
+        }
+    }
 }
 
-TEST(LineReadThreadPool, EndsWhenExceptionsHaveEndedAllWorkers) {
+// Who refers to a statement that was not read to its end finds what was read, and nothing that the file does not have.
+TEST(LineReadThreadPool, AnExceptionLeavesNoFalseValues) {
     testing::internal::CaptureStderr();
-    {
-        PoolRead read(false, throwingSchema());
-        for (std::uint32_t i = 1; i <= 100'000; ++i) read.pool->addLineToQueue("#1=IFCBAD(1.);", i);
+    PoolRead read(false, throwingSchema());
+    read.pool->addLineToQueue("#7=IFCBAD('a',1.,2.);", 1);
+    read.pool.reset();
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(read.sStatement(7), "=IFCBAD('a',,$);");
+    EXPECT_EQ(read.errors.lostStatements().iCount, 1U);
+    EXPECT_TRUE(read.data().entities().empty());
+}
+
+// A batch is parsed whole and entered then: of a number used twice in it, both entries find the later statement.
+struct ReuseRow {
+    const char* sRule;
+    std::vector<std::string> statements;    // each on a line of its own, from 1
+    std::vector<std::string> reports;       // "line key", sorted
+    std::vector<std::size_t> known;         // of the GlobalIds 1 to 3
+};
+
+TEST(LineReadThreadPool, EntersWhatASlotHoldsWhenItsBatchIsParsed) {
+    const auto sElement = [](const char* sId, std::size_t iGuid) {
+        return '#' + std::string(sId) + "=IFCELEMENT(" + (iGuid ? '\'' + sGuidOf(iGuid) + '\'' : "$") + ",$,$,$);";
+    };
+    const std::string sPoint1 = "#1=IFCPOINT((1.));";
+    const ReuseRow rows[] = {
+        {"another GUID", {sElement("1", 1), sElement("1", 2)}, {"2 Error_DuplicateGuids", "2 Error_EntityIdReused"}, {2}},
+        {"the same GUID", {sElement("1", 1), sElement("1", 1)}, {"2 Error_DuplicateGuids", "2 Error_EntityIdReused"}, {1}},
+        {"no rooted type any more", {sElement("1", 1), sPoint1}, {"2 Error_EntityIdReused"}, {}},
+        {"a rooted type only now", {sPoint1, sElement("1", 2)}, {"2 Error_DuplicateGuids", "2 Error_EntityIdReused"}, {2}},
+        {"no GUID any more", {sElement("1", 1), sElement("1", 0)},
+         {"1 Error_UnexpectedNullGuid", "2 Error_EntityIdReused", "2 Error_InvalidNullAttribute",
+          "2 Error_UnexpectedNullGuid"}, {}},
+        {"a GUID only now", {sElement("1", 0), sElement("1", 2)},
+         {"1 Error_InvalidNullAttribute", "2 Error_DuplicateGuids", "2 Error_EntityIdReused"}, {2}},
+        {"three times", {sElement("1", 1), sElement("1", 2), sElement("1", 3)},
+         {"2 Error_DuplicateGuids", "2 Error_EntityIdReused", "3 Error_DuplicateGuids", "3 Error_EntityIdReused"}, {3}},
+        {"others stand between", {sElement("2", 3), sElement("1", 1), sPoint(7), sElement("1", 2)},
+         {"4 Error_DuplicateGuids", "4 Error_EntityIdReused"}, {2, 3}},
+        {"an unknown type is no reuse", {sElement("1", 1), "#1=IFCNO();"}, {"2 Error_UnknownEntityType"}, {1}},
+    };
+    for (const ReuseRow& row : rows) {
+        SCOPED_TRACE(row.sRule);
+        PoolRead read;
+        for (std::size_t i = 0; i < row.statements.size(); ++i)
+            read.pool->addLineToQueue(row.statements[i], static_cast<unsigned>(i + 1));
         read.pool.reset();
-        EXPECT_TRUE(read.data().entities().empty());
+        std::vector<std::string> reports;
+        for (const ErrorRecord& record : read.errors.records()) {
+            reports.push_back(std::to_string(record.lineNumber) + ' ' + sReportKey(record.description));
+            EXPECT_EQ(record.lineString, row.statements[record.lineNumber - 1]);
+        }
+        std::ranges::sort(reports);
+        EXPECT_EQ(reports, row.reports);
+        std::vector<std::size_t> known;
+        for (std::size_t i = 1; i <= 3; ++i)
+            if (read.data().guidEntityMap().pFind(*IfcGuid::fromIfcGuid(sGuidOf(i)))) known.push_back(i);
+        EXPECT_EQ(known, row.known);
     }
-    EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with("Assert in ThreadedLoop("));
 }
 
 // An attribute without a type is the schema's fault, and asserted. On a worker, only an attached debugger hears of it.

@@ -183,6 +183,36 @@ TEST(ReadFile, DoesNotMindWhereABufferEnds) {
     }
 }
 
+// \\X2\\ and \\X4\\ pass over their second backslash and over four or eight bytes, whatever they are: a quote there ends no
+// string, and the one right behind them does.
+TEST(ReadFile, PassesOverAQuoteInEachPlaceOfAnEscape) {
+    for (const auto& [sEscape, iSkip] : {std::pair("\\X2", 5U), std::pair("\\X4", 9U)})
+        for (std::size_t i = 0; i <= iSkip; ++i) {
+            std::string sPassed = "\\0000000000";
+            sPassed.resize(iSkip);
+            if (i < iSkip) sPassed[i] = '\'';
+            // A string that ended earlier would leave the last quote to open another one, which swallows the rest.
+            const std::string sStatement = "#1=IFCNO('" + (sEscape + sPassed) + "');";
+            SCOPED_TRACE(sStatement);
+            const ReadResult result(sIfc4File(sStatement + "\n#2=IFCDIRECTION((1.));\n"));
+            EXPECT_TRUE(result.boRead);
+            EXPECT_EQ(result.iEntities(), 1U);
+            EXPECT_THAT(result.rows(), ElementsAre("Error Value 5 Error_UnknownEntityType | " + sStatement));
+        }
+}
+
+// A digit short, and the quote that should end the string is passed over: all that follows belongs to it.
+TEST(ReadFile, AnEscapeThatIsADigitShortTakesTheQuoteAlong) {
+    for (const char* sEscape : {"\\X2\\00E", "\\X4\\0001F60"}) {
+        SCOPED_TRACE(sEscape);
+        const ReadResult result(
+            sIfc4File("#1=IFCNO('" + std::string(sEscape) + "');\n#2=IFCDIRECTION((1.));\n#3=IFCDIRECTION((1.));\n"));
+        EXPECT_FALSE(result.boRead);
+        EXPECT_EQ(result.iEntities(), 0U);
+        EXPECT_THAT(result.rows(), ElementsAre("Fatal Syntax 0 Error_InvalidFile | "));
+    }
+}
+
 // Bytes that a buffer boundary has already taken along are part of the text of a report.
 TEST(ReadFile, ReportsTheTextAssembledSoFar) {
     const std::string sHead = g_head + "DATA;";

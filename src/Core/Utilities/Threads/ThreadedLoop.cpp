@@ -1,9 +1,8 @@
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 
 #include <chrono>
-#include <exception>
+#include <cstdio>
 #include <iostream>
-#include <string>
 #include <utility>
 
 #include "platform/Assert.h"
@@ -70,19 +69,14 @@ bool ThreadedLoop::boWaitForStop(int iIntervalMs) {
                                     [this] { return m_pStop->m_boStop; });
 }
 
-bool ThreadedLoop::boGuarded(const std::function<bool()>& function) noexcept {
-    const auto report = [&function](const std::string& sText) {
-        std::cerr << "Assert in ThreadedLoop(" + std::string(function.target_type().name()) + ")" + sText + "\n";
-        debuggerBreak();
-    };
-    try {
-        return function();
-    } catch (const std::exception& fault) {
-        report(std::string(": ") + fault.what());
-    } catch (...) {
-        report({});
-    }
-    return false;
+void ThreadedLoop::vTell(const char* sType, const char* pText) noexcept {
+    // Lines of several threads shall not mix, so a line is one write. It is no longer than this: what has been thrown
+    // may be the news that there is no memory.
+    char line[2100];
+    std::snprintf(line, sizeof line, "Assert in ThreadedLoop(%.1000s)%s%.1000s\n", sType, pText ? ": " : "",
+                  pText ? pText : "");
+    std::cerr << line << std::flush;
+    debuggerBreak();
 }
 
 }   // namespace oxa::util

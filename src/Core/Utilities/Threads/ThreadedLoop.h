@@ -1,6 +1,7 @@
 // ThreadedLoop: a function that is called again and again on a thread of its own, until told to stop.
 //
-// For      background work that polls a queue: the line workers and the collector of a read.
+// For      background work that looks for something to do from time to time. A thread that can be woken when there is
+//          work has no use for the rhythm; it takes boGuarded() alone, as the threads of a read do.
 // Owner    perform() and vStop() belong to one thread, the owner's; the function runs on the loop's thread.
 // Errors   what the function throws never leaves the loop: it is written to the standard error stream, breaks into
 //          an attached debugger, and counts as an answer of false.
@@ -8,10 +9,13 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <type_traits>
+#include <typeinfo>
 
 #include "platform/Export.h"
 
@@ -42,8 +46,19 @@ public:
     // True while the loop is alive.
     [[nodiscard]] bool boRunning() const noexcept { return m_boRunning.load(std::memory_order_relaxed); }
 
-    // Calls the function as the loop does, on the calling thread: what it throws is told and counts as false.
-    static bool boGuarded(const std::function<bool()>& function) noexcept;
+    // Calls the function as the loop does, on the calling thread: what it throws is told and counts as false. Allocates
+    // nothing unless there is something to tell.
+    template <class Function>
+    static bool boGuarded(const Function& function) noexcept {
+        try {
+            return function();
+        } catch (const std::exception& fault) {
+            vTell(sTypeOf(function), fault.what());
+        } catch (...) {
+            vTell(sTypeOf(function), nullptr);
+        }
+        return false;
+    }
 
     static void debuggerBreak();
 
@@ -55,6 +70,15 @@ private:
         bool m_boStop = false;   // guarded by m_mutex
     };
 
+    template <class Function>
+    [[nodiscard]] static const char* sTypeOf(const Function& function) noexcept {
+        if constexpr (std::is_same_v<Function, std::function<bool()>>)
+            return function.target_type().name();
+        else
+            return typeid(function).name();
+    }
+    // One line for what a function of that type threw; pText null where it has none.
+    static void vTell(const char* sType, const char* pText) noexcept;
     void vLoop(const std::function<void()>& first, int iIntervalMs);
     [[nodiscard]] bool boWaitForStop(int iIntervalMs);
     [[nodiscard]] bool boGuardedCall() const noexcept { return boGuarded(m_function); }
