@@ -8,7 +8,6 @@
 //          touches the shared counter once for some hundred allocations.
 #pragma once
 
-#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -133,7 +132,7 @@ using Pool = memory::SimplePool<char, 16384, 0>;
 class PoolArena {
 public:
     explicit PoolArena(Pool& pool) noexcept : m_pPool(&pool) {}
-    ~PoolArena() { memory::vGiveBack(m_pNext, static_cast<std::size_t>(m_pPieceEnd - m_pNext)); }
+    ~PoolArena() { memory::vGiveBack(m_pNext, static_cast<std::size_t>(m_pEnd - m_pNext)); }
     PoolArena(const PoolArena&) = delete;
     PoolArena& operator=(const PoolArena&) = delete;
 
@@ -148,33 +147,20 @@ public:
 private:
     static constexpr std::size_t g_iFirstPiece = 16 * 1024;
     static constexpr std::size_t g_iLargestPiece = 128 * 1024;
-    static constexpr std::size_t g_iWindow = 64 * 1024;
 
     void* pAllocateSlow(std::size_t iBytes) {
         // A large request goes past the arena, so that it does not throw half a piece away.
         if (iBytes >= m_iPiece / 4) return m_pPool->pAllocate(iBytes);
-        if (iBytes > static_cast<std::size_t>(m_pPieceEnd - m_pNext) || !m_pNext) {
-            m_pNext = static_cast<char*>(m_pPool->pAllocatePiece(m_iPiece));
-            m_pEnd = m_pNext;
-            m_pPieceEnd = m_pNext + m_iPiece;
-            if (m_iPiece < g_iLargestPiece) m_iPiece *= 2;
-        }
-        vWindowOpen(iBytes);
+        m_pNext = static_cast<char*>(m_pPool->pAllocatePiece(m_iPiece));
+        m_pEnd = m_pNext + m_iPiece;
+        memory::vPopulate(m_pNext, m_iPiece);   // one call instead of a fault a page
+        if (m_iPiece < g_iLargestPiece) m_iPiece *= 2;
         return pAllocate(iBytes);
-    }
-
-    // Pages of the piece are had from the system some at a time: few calls, and no page that nobody needs.
-    void vWindowOpen(std::size_t iBytes) noexcept {
-        const auto iWant = std::max(g_iWindow, iBytes);
-        char* pEnd = static_cast<std::size_t>(m_pPieceEnd - m_pNext) > 2 * iWant ? m_pNext + iWant : m_pPieceEnd;
-        memory::vPopulate(m_pEnd, static_cast<std::size_t>(pEnd - m_pEnd));
-        m_pEnd = pEnd;
     }
 
     Pool* m_pPool;
     char* m_pNext = nullptr;
-    char* m_pEnd = nullptr;        // of the pages that are there
-    char* m_pPieceEnd = nullptr;
+    char* m_pEnd = nullptr;
     std::size_t m_iPiece = g_iFirstPiece;
 };
 
