@@ -36,6 +36,10 @@ TEST(ExpressFault, OfTheTextStopsTheReading) {
         {"SCHEMA S; ENTITY aVeryLongNameThatIsCutInTheMessageBecauseItIsTooLong "
          "aVeryLongNameThatIsCutInTheMessage123456;",
          "1:71 \";\" expected, \"aVeryLongNameThatIsCutInTheMessage123456\" found"},
+        {"SCHEMA S; ENTITY E aVeryLongNameThatIsCutInTheMessage1234567;",
+         "1:20 \";\" expected, \"aVeryLongNameThatIsCutInTheMessage123456\" found"},
+        {"SCHEMA S; ENTITY E aVeryLongNameThatIsCutInTheMessage12345;",
+         "1:20 \";\" expected, \"aVeryLongNameThatIsCutInTheMessage12345\" found"},
     };
     for (const Row& row : rows) vExpectFaults(row);
 }

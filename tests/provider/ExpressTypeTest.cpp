@@ -96,6 +96,24 @@ TEST(ExpressType, AnAggregateGivesItsElement) {
     EXPECT_EQ(loaded.type("T").pDataType->pElementGet(), nullptr);
 }
 
+// A width belongs to the attribute that has it, whatever base types the others have.
+TEST(ExpressType, AnAttributeKeepsItsWidth) {
+    const Loaded loaded("ENTITY E; A : STRING; B : STRING(22) FIXED; C : STRING(22); D : STRING; L : LIST OF STRING(5);"
+                        " F : BINARY(8); G : BINARY; H : INTEGER; I : INTEGER; END_ENTITY;");
+    const struct {
+        const char* sAttribute;
+        const char* sType;
+    } rows[] = {{"A", "STRING"},    {"B", "STRING(22) FIXED"}, {"C", "STRING(22)"}, {"D", "STRING"},
+                {"L", "LIST OF STRING(5)"}, {"F", "BINARY(8)"}, {"G", "BINARY"}, {"H", "INTEGER"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sAttribute);
+        EXPECT_EQ(sTypeText(loaded.attribute("E", row.sAttribute).types[0]), row.sType);
+    }
+    EXPECT_EQ(loaded.attribute("E", "A").types[0], loaded.attribute("E", "D").types[0]) << "one without is shared";
+    EXPECT_EQ(loaded.attribute("E", "H").types[0], loaded.attribute("E", "I").types[0]);
+    EXPECT_NE(loaded.attribute("E", "A").types[0], loaded.attribute("E", "G").types[0]);
+}
+
 TEST(ExpressType, ObjectsAreTypesAndEntitiesOnly) {
     const Loaded loaded("TYPE T = LIST OF REAL; END_TYPE; ENTITY E; A : LIST OF T; END_ENTITY;");
     ASSERT_EQ(loaded.schema().objects.size(), 2U);
