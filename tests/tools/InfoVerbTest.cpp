@@ -66,6 +66,17 @@ TEST(InfoVerb, JsonTellsAllOfASmallFile) {
     EXPECT_EQ(comparable(run.json()), expected);
 }
 
+// The same figures, whatever form the model came in.
+TEST(InfoVerb, CountsTheSameInIfcXml) {
+    const std::string sXml = runProgram({"convert", sExample("house-ifc4.ifc"), "-", "--format", "ifcxml"}).sOut;
+    const Json step = runProgram({"info", sExample("house-ifc4.ifc"), "--json"}).json();
+    const Json xml = runProgram({"info", "-", "--json"}, sXml).json();
+    EXPECT_GT(step["rooted"].get<int>(), 0);
+    for (const char* pKey : {"entities", "byType", "rooted"}) EXPECT_EQ(xml[pKey], step[pKey]) << pKey;
+    const std::string sRow = "GlobalIds             " + step["rooted"].dump() + "\n";
+    EXPECT_NE(runProgram({"info", "-"}, sXml).sOut.find(sRow), std::string::npos) << sRow;
+}
+
 TEST(InfoVerb, TypesStandByCountThenByKeyword) {
     const TestFolder folder;
     const std::string sPath = folder.sFile("a.ifc", sExchangeFile("IFC4", "#1=IFCDIRECTION((1.,0.));\n"
