@@ -242,6 +242,11 @@ TEST(ConvertXml, NumbersAreKeptOrDealtAnew) {
          {},
          {"\n#4294967295=IFCPROJECT("}},
     };
+        {"larger ones",
+         sDocument("<IfcProject id=\"i4294967296\" GlobalId=\"0TdSR4dSbLuwdbL5HLUvM0\"/>"
+                   "<IfcProject ref=\"i4294967296\"/>"),
+         {},
+         {"\n#4294967296=IFCPROJECT("}},
     for (const auto& row : rows) {
         SCOPED_TRACE(row.pRule);
         std::vector<std::string> words{"convert", "-", "-"};

@@ -37,15 +37,16 @@ private:
     std::string m_sText;
 };
 
-constexpr std::uint64_t g_iLargestNumber = std::numeric_limits<std::uint32_t>::max();   // of an instance
+constexpr std::uint64_t g_iLargestNumber = std::numeric_limits<std::int64_t>::max();   // of an instance
 
-// The number in the value of an "id" or "ref", as the import takes it: the digits from the first one on.
+// The number in the value of an "id" or "ref", as the import takes it: the digits from the first one on, and the largest
+// number for what is larger.
 std::uint64_t iNumberOf(std::string_view text) {
     std::uint64_t iNumber = 0;
     const std::size_t iDigit = text.find_first_of("0123456789");
     if (iDigit == std::string_view::npos) return 0;
     const auto result = std::from_chars(text.data() + iDigit, text.data() + text.size(), iNumber);
-    return result.ec == std::errc() ? iNumber : g_iLargestNumber + 1;
+    return result.ec == std::errc() ? std::min(iNumber, g_iLargestNumber) : g_iLargestNumber;
 }
 
 // Visits the elements below "top" in document order, without recursion: vVisit(element, depth), 1 for the
@@ -117,11 +118,10 @@ void XmlInput::vReferencesCheck(ifc::Errors& errors) const {
             const std::uint64_t iNumber = iNumberOf(ref->getValue());
             if (known.insert(iNumber).second)
                 errors.add(nullptr, ifc::Errors::Error, ifc::Errors::Reference, "Error_MissingEntityWithId",
-                           iNumber > g_iLargestNumber ? std::string(ref->getValue()) : std::to_string(iNumber),
+                           std::to_string(iNumber),
                            fmt::format("<{} ref=\"{}\"/>", element.getNodeName(), ref->getValue()), 0);
         } else if (const std::optional<const_Attr> id = element.AttributeNodeGet("id")) {
-            const std::uint64_t iNumber = iNumberOf(id->getValue());
-            if (iNumber <= g_iLargestNumber) known.insert(iNumber);
+            known.insert(iNumberOf(id->getValue()));
         }
     });
 }

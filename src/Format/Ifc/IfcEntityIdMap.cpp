@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <iterator>
+#include <limits>
 #include <mutex>
 
 #include "Format/Ifc/IfcReadInfo.h"
@@ -46,8 +47,9 @@ std::optional<std::size_t> EntityIdMap::find(const Entity* pEntity) const {
 
 EntityIdMap::Number EntityIdMap::numberFar(const Entity* pEntity, Near& near) {
     if (const SeededChunk* pChunk = pSeededChunk(pEntity)) {
-        near.m_pChunk = pChunk;
-        return {pChunk->iFirstId + pChunk->iSlotOf(pEntity), false, true};
+        const bool boDense = pChunk->iFirstId <= std::numeric_limits<std::uint32_t>::max();
+        if (boDense) near.m_pChunk = pChunk;
+        return {pChunk->iFirstId + pChunk->iSlotOf(pEntity), false, boDense};
     }
     {
         const std::shared_lock lock(m_lock);

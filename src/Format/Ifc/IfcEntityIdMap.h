@@ -45,7 +45,7 @@ public:
     struct Number {
         std::size_t iId;
         bool boNew;
-        bool boSeeded;   // it came with a file, so no other seeded entity has it
+        bool boSeeded;   // it came with a file and has 32 bits: no other seeded entity has it
     };
     // As get, with where the number comes from.
     [[nodiscard]] Number number(const Entity* pEntity, Near& near) {

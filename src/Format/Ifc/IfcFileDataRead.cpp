@@ -176,7 +176,7 @@ bool Data::boNumbersSettle(ReadInfoCommon& info, bool boKeepIds) {
     if (boSeed) m_pEntityIdMap = std::make_unique<EntityIdMap>(0);
     if (!boKeepIds) m_pEntityIdMap.reset();
     bool boComplete = true;
-    info.vForEachSlot([&](std::uint32_t iId, EntitySlot& slot) {
+    info.vForEachSlot([&](std::size_t iId, EntitySlot& slot) {
         if (slot.entity.m_pSchemaEntity) {
             if (boSeed) m_pEntityIdMap->vSeed(slot, iId);
         } else if (slot.boReferenced()) {

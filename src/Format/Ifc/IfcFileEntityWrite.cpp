@@ -9,10 +9,11 @@ namespace oxa::ifc {
 
 bool Entity::boCompose(StepWriteInfo& info) const {
     if (!m_pSchemaEntity) return false;   // a slot that no statement defined
-    info.m_iId = static_cast<std::uint32_t>(info.iEntityIdGet(this));
+    const std::size_t iId = info.iEntityIdGet(this);
+    info.m_iId = static_cast<std::uint32_t>(iId);
     std::string& line = info.m_line;
     char* const pNumber = info.m_number.data();
-    char* const pEnd = std::to_chars(pNumber, pNumber + info.m_number.size(), info.m_iId).ptr;
+    char* const pEnd = std::to_chars(pNumber, pNumber + info.m_number.size(), iId).ptr;
     line.assign(1, '#').append(pNumber, pEnd).push_back('=');
     line.append(m_pSchemaEntity->sNameUpper).push_back('(');
     if (m_pSchemaEntity->boAbstract)

@@ -16,6 +16,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <shared_mutex>
@@ -72,6 +73,7 @@ struct ReadInfoCommon {
     static constexpr std::size_t g_iSlotsPerChunk = 32768;
     static constexpr std::size_t g_iChunkBytes = g_iSlotsPerChunk * sizeof(EntitySlot);
     static constexpr std::size_t g_iFirstChunks = 1000;
+    static constexpr std::size_t g_iFarChunk = (std::size_t{1} << 32) / g_iSlotsPerChunk;   // from here on m_farChunks
 
     explicit ReadInfoCommon(io::ReadError& error) noexcept : m_pError(&error) {}
     ReadInfoCommon(const ReadInfoCommon&) = delete;
@@ -82,7 +84,7 @@ struct ReadInfoCommon {
     [[nodiscard]] EntitySlot* pChunkGet(Data& data, std::size_t iChunk);
 
     // The slot of a number; from here on vForEachSlot visits it.
-    [[nodiscard]] EntitySlot& slotGet(Data& data, std::uint32_t iId) {
+    [[nodiscard]] EntitySlot& slotGet(Data& data, std::size_t iId) {
         const std::size_t iChunk = iId >> 15;
         const std::size_t iSlot = iId & 0x7fffU;
         if (iChunk < g_iFirstChunks) {
@@ -106,6 +108,8 @@ struct ReadInfoCommon {
         for (std::size_t i = 0; i < g_iFirstChunks; ++i) vVisitChunk(m_chunks[i], i, visit);
         for (std::size_t i = 0; i < m_moreChunks.size(); ++i)
             if (m_moreChunks[i]) vVisitChunk(*m_moreChunks[i], g_iFirstChunks + i, visit);
+        for (const auto& [iChunk, pChunk] : m_farChunks)
+            if (pChunk) vVisitChunk(*pChunk, iChunk, visit);
     }
 
     io::ReadError* m_pError;
@@ -159,14 +163,15 @@ private:
         for (std::size_t iPage = 0; iPage < Chunk::g_iPages; ++iPage) {
             if (!chunk.boTouched(iPage)) continue;
             for (std::size_t i = iPage * Chunk::g_iPageSlots; i < (iPage + 1) * Chunk::g_iPageSlots; ++i)
-                visit(static_cast<std::uint32_t>(iChunk * g_iSlotsPerChunk + i), pSlots[i]);
+                visit(iChunk * g_iSlotsPerChunk + i, pSlots[i]);
         }
     }
 
     std::array<Chunk, g_iFirstChunks> m_chunks;             // numbers below 32,768,000
     std::mutex m_chunkMutex;                                // guards creation in m_chunks
-    std::vector<std::unique_ptr<Chunk>> m_moreChunks;       // the rest, at chunk number minus 1000
-    std::shared_mutex m_moreChunksLock;                     // guards m_moreChunks
+    std::vector<std::unique_ptr<Chunk>> m_moreChunks;       // numbers of 32 bits, at chunk number minus 1000
+    std::map<std::size_t, std::unique_ptr<Chunk>> m_farChunks;   // larger ones, which only ifcXML has, by chunk number
+    std::shared_mutex m_moreChunksLock;                     // guards both
 };
 
 // The same with what a STEP read knows of the schema, so that no thread searches for it.

@@ -28,7 +28,9 @@ TEST_F(EntityTable, GivesEachNumberItsPlace) {
     EXPECT_EQ(&info.slotGet(data, 32768), info.pChunkGet(data, 1));
     EXPECT_EQ(&info.slotGet(data, 32'768'000), info.pChunkGet(data, 1000));
     EXPECT_EQ(&info.slotGet(data, 0xFFFFFFFFU), info.pChunkGet(data, 131071) + 32767);
-    EXPECT_EQ(data.pool().iBytesReserved(), 4 * ReadInfoCommon::g_iChunkBytes);
+    EXPECT_EQ(&info.slotGet(data, 0x1'0000'0000), info.pChunkGet(data, 131072));
+    EXPECT_EQ(&info.slotGet(data, 0x1'0000'0001), info.pChunkGet(data, 131072) + 1) << "found again";
+    EXPECT_EQ(data.pool().iBytesReserved(), 5 * ReadInfoCommon::g_iChunkBytes);
     EXPECT_EQ(sZeroed(info.pChunkGet(data, 1), ReadInfoCommon::g_iChunkBytes), "zeroed");
 }
 
@@ -44,15 +46,18 @@ TEST_F(EntityTable, DenseNumbersShareSegments) {
 }
 
 TEST_F(EntityTable, VisitsTouchedPagesInOrder) {
-    for (const std::uint32_t iId : {40'000'000U, 5U, 70'000U, 32'768'000U}) info.slotGet(data, iId).vReferencedSet();
-    std::vector<std::uint32_t> referenced;
+    for (const std::size_t iId : {40'000'000UL, 5UL, 70'000UL, 32'768'000UL, 0xFFFF'FFFFUL, 0x7FFF'FFFF'FFFF'FFFFUL,
+                                  0x1'0000'0000UL})
+        info.slotGet(data, iId).vReferencedSet();
+    std::vector<std::size_t> referenced;
     std::size_t iVisited = 0;
-    info.vForEachSlot([&](std::uint32_t iId, EntitySlot& slot) {
+    info.vForEachSlot([&](std::size_t iId, EntitySlot& slot) {
         ++iVisited;
         if (slot.boReferenced()) referenced.push_back(iId);
     });
-    EXPECT_THAT(referenced, ElementsAre(5, 70'000, 32'768'000, 40'000'000));
-    EXPECT_EQ(iVisited, 4 * 128U);
+    EXPECT_THAT(referenced, ElementsAre(5, 70'000, 32'768'000, 40'000'000, 0xFFFF'FFFFUL, 0x1'0000'0000UL,
+                                        0x7FFF'FFFF'FFFF'FFFFUL));
+    EXPECT_EQ(iVisited, 7 * 128U);
 }
 
 TEST_F(EntityTable, ThreadsThatRaceForAChunkGetTheSame) {
@@ -71,7 +76,7 @@ TEST_F(EntityTable, ThreadsMarkSlotsTogether) {
             if (iId % 8 <= i) info.slotGet(data, iId).vReferencedSet();
     });
     std::size_t iReferenced = 0;
-    info.vForEachSlot([&](std::uint32_t, EntitySlot& slot) { iReferenced += slot.boReferenced(); });
+    info.vForEachSlot([&](std::size_t, EntitySlot& slot) { iReferenced += slot.boReferenced(); });
     EXPECT_EQ(iReferenced, 100'000U);
 }
 

@@ -146,7 +146,7 @@ public:
     std::string sEntity(const Entity* pEntity) {
         if (!pEntity) return "null";
         std::string sText = "#?";
-        common.vForEachSlot([&](std::uint32_t iId, const EntitySlot& slot) {
+        common.vForEachSlot([&](std::size_t iId, const EntitySlot& slot) {
             if (&slot.entity == pEntity) sText = '#' + std::to_string(iId);
         });
         return sText;

@@ -2,7 +2,6 @@
 #include "Format/Ifc/Xml/IfcXmlImport.h"
 
 #include <filesystem>
-#include <limits>
 #include <unordered_map>
 
 #include "Format/Ifc/IfcFile.h"
@@ -179,11 +178,7 @@ Entity* Import::entityNodeImport(const const_Element& element, const std::string
 
 Entity* Import::entityDefine(const const_Element& element, const std::string& typeName, long long iId,
                              Data& data, ReadInfoCommon& info) {
-    if (iId > std::numeric_limits<std::uint32_t>::max()) {
-        vMissingId();   // instance numbers have 32 bits: there is no slot for it
-        return nullptr;
-    }
-    EntitySlot& slot = info.slotGet(data, static_cast<std::uint32_t>(iId));
+    EntitySlot& slot = info.slotGet(data, static_cast<std::size_t>(iId));
     slot.vReferencedSet();
     // Known before it is read, so that what it nests may refer to it.
     idTable()[static_cast<std::uint64_t>(iId)] = {&slot.entity, data.poolLife()};
