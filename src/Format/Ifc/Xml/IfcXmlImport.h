@@ -18,7 +18,6 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "platform/Export.h"
 #include "schema/Schema.h"
@@ -88,8 +87,9 @@ private:
                      const def::schema::Attribute& attribute, Data& data, ReadInfoCommon& info);
     void vListRead(Entity& entity, const oxa::xml::const_Node& node, const def::schema::Attribute& attribute,
                    Data& data, ReadInfoCommon& info);
-    // The instances of all child elements, nulls included.
-    std::vector<Entity*> childrenImport(const oxa::xml::const_Node& node, Data& data, ReadInfoCommon& info);
+    // Calls visit(Entity*) for the instance of each child element, null included, before the next one is read.
+    template <class Visit>
+    void vForEachChild(const oxa::xml::const_Node& node, Data& data, ReadInfoCommon& info, Visit&& visit);
     // A relation that the document names at its other end.
     void vInverseRead(Entity& entity, const oxa::xml::const_Node& node,
                       const def::schema::AttributeInverse& inverse, Data& data, ReadInfoCommon& info);

@@ -37,14 +37,6 @@ AttributeBase* pCellOf(const Entity& entity, const Attribute& attribute) {
     return pFound == &attribute ? pCell : nullptr;
 }
 
-// What a list of selects did not take has no value: without the mark a STEP file would have nothing in its place.
-void vEmptyItemsMark(AttributeBase* pCell) {
-    auto* pList = static_cast<AttributeListValueBase*>(pCell);
-    if (!pList || pList->m_eItemType.load() != AttributeType::Select) return;
-    if (auto* pItems = pList->pArray<AttributeSelect>())
-        for (AttributeSelect& item : *pItems) item.m_boUndefined = !item.m_pValue.load();
-}
-
 void vValueFault() {
     if (Assert::isEnabled())
         Assert::addAssert("Format/Ifc/Xml/IfcXmlImport", "oxa::ifc::xml::Import::vAttributeRead",
@@ -101,6 +93,13 @@ void Import::vSelectRead(Entity& entity, const const_Node& node, const Attribute
     entity.boValueSet(AttributeName(attribute), value, data);
 }
 
+template <class Visit>
+void Import::vForEachChild(const const_Node& node, Data& data, ReadInfoCommon& info, Visit&& visit) {
+    for (std::optional<const_Node> child = node.FirstChildGet(); child; child = child->NextSiblingGet())
+        if (const std::optional<const_Element> element = const_Element::toWrapper(*child))
+            visit(entityNodeImport(*element, std::string(element->getNodeName()), data, info));
+}
+
 void Import::vListRead(Entity& entity, const const_Node& node, const Attribute& attribute, Data& data,
                        ReadInfoCommon& info) {
     if (!const_Element::toWrapper(node)) {
@@ -109,45 +108,36 @@ void Import::vListRead(Entity& entity, const const_Node& node, const Attribute& 
                                           data, attribute.types);
         return;
     }
-    const std::vector<Entity*> items = childrenImport(node, data, info);
+    std::vector<Entity*> items;
+    vForEachChild(node, data, info, [&items](Entity* pItem) { items.push_back(pItem); });
     const ObjectBase* pItemType = attribute.types.back();
     if (def::schema::pAsType(pItemType) && kindOf(pItemType) == DataKind::Select) {
         std::vector<IfcSelectBase> values;
         values.reserve(items.size());
         for (Entity* pItem : items) values.emplace_back(pItem);
         entity.boListValueSet(AttributeName(attribute), values, data);
-        vEmptyItemsMark(pCellOf(entity, attribute));
     } else {
         entity.boListValueSet(AttributeName(attribute), items, data);
     }
-}
-
-std::vector<Entity*> Import::childrenImport(const const_Node& node, Data& data, ReadInfoCommon& info) {
-    std::vector<Entity*> entities;
-    for (std::optional<const_Node> child = node.FirstChildGet(); child; child = child->NextSiblingGet())
-        if (const std::optional<const_Element> element = const_Element::toWrapper(*child))
-            entities.push_back(entityNodeImport(*element, std::string(element->getNodeName()), data, info));
-    return entities;
 }
 
 void Import::vInverseRead(Entity& entity, const const_Node& node,
                           const def::schema::AttributeInverse& inverse, Data& data, ReadInfoCommon& info) {
     const Attribute* pForward = inverse.pForAttribute;
     if (!pForward || !pForward->pOwner || pForward->types.empty()) return;
-    std::vector<Entity*> targets;
-    const std::optional<const_Element> element = const_Element::toWrapper(node);
-    if (element && (element->AttributeNodeGet("id") || element->AttributeNodeGet("ref")))
-        targets.push_back(entityNodeImport(*element, pForward->pOwner->sName, data, info));
-    else
-        targets = childrenImport(node, data, info);
     const AttributeName name(*pForward);
-    for (Entity* pTarget : targets) {
-        if (!pTarget) continue;   // a number that nobody knows
+    const auto vAdd = [&](Entity* pTarget) {
+        if (!pTarget) return;   // a number that nobody knows
         if (def::schema::boIsAggregate(kindOf(pForward->types.front())))
             pTarget->boValuePushBack(name, &entity, data);
         else
             pTarget->boValueSet<const Entity*>(name, &entity, data);   // a reference, or a select of some
-    }
+    };
+    const std::optional<const_Element> element = const_Element::toWrapper(node);
+    if (element && (element->AttributeNodeGet("id") || element->AttributeNodeGet("ref")))
+        vAdd(entityNodeImport(*element, pForward->pOwner->sName, data, info));
+    else
+        vForEachChild(node, data, info, vAdd);   // each related before the next one is read
 }
 
 }   // namespace oxa::ifc::xml

@@ -127,7 +127,7 @@ const FormRow g_listRows[] = {
     {"selects with values", "Selects", "(IFCLENGTHMEASURE(1.5),IFCLABEL('x'))", "2",
      "><Selects><IfcLengthMeasure-wrapper>1.500000</IfcLengthMeasure-wrapper><IfcLabel-wrapper>x</IfcLabel-wrapper>"
      "</Selects>",
-     "($,$)"},
+     "(,)"},
     {"no selects", "Selects", "()", "2", "><Selects/>", "()"},
     {"rows", "RealRows", "((1.),(2.))", "2", "", "$"},
     {"rows of instances", "ThingRows", "((#3))", "2", "", "$"},

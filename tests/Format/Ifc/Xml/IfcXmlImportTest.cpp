@@ -274,7 +274,12 @@ const ValueRow g_valueRows[] = {
      "(#1002)",
      {"Skipping invalid reference in list"}},
     {"selects, unknown ones as null",
-     "><Selects><IfcThing id='i1002'/><IfcThing ref='i1099'/></Selects></IfcEverything>", "Selects", "(#1002,$)"},
+     "><Selects><IfcThing id='i1002'/><IfcThing ref='i1099'/></Selects></IfcEverything>", "Selects", "(#1002,)"},
+    {"an unknown one in front",
+     "><Selects><IfcThing ref='i1099'/><IfcThing id='i1002'/></Selects></IfcEverything>", "Selects", "(,#1002)"},
+    {"values in a list of selects, which are no instances",
+     "><Selects><IfcLabel-wrapper>x</IfcLabel-wrapper><IfcLabel-wrapper>y</IfcLabel-wrapper></Selects></IfcEverything>",
+     "Selects", "(,)"},
     {"instances, unknown ones as null",
      "><Points><IfcPoint id='i1002'/>text<IfcPoint ref='i1099'/></Points></IfcEverything>",
      "Points",
@@ -323,6 +328,14 @@ const DataRow g_inverseRows[] = {
      "ref='i1003'/></LinkedBy>"
      "</IfcWall>",
      "#1001=IFCWALL($,$,$,$); #1003=IFCRELLINK($,$,$,(#1001,#1001));"},
+    {"one by one: each is related before the next one is read",
+     "<IfcRelLink id='i1003'/><IfcWall id='i1001'><LinkedBy><IfcRelLink ref='i1003'/><IfcRelLink id='i1004'><Related>"
+     "<IfcWall id='i1002'><LinkedBy ref='i1003'/></IfcWall></Related></IfcRelLink></LinkedBy></IfcWall>",
+     "#1001=IFCWALL($,$,$,$); #1002=IFCWALL($,$,$,$); #1003=IFCRELLINK($,$,$,(#1001,#1002)); "
+     "#1004=IFCRELLINK($,$,$,(#1002,#1001));"},
+    {"one by one: what an element nests may give the relation its value",
+     "<IfcWall id='i1001'><LinkedBy><IfcRelLink id='i1003'/><IfcRelLink id='i1003'/></LinkedBy></IfcWall>",
+     "#1001=IFCWALL($,$,$,$); #1003=IFCRELLINK($,$,$,(#1001)); #1003=IFCRELLINK($,$,$,(#1001));"},
     {"by the name of the forward attribute",
      "<IfcProject id='i1'><Relating><IfcRelLink id='i1003'/></Relating></IfcProject>",
      "#1=IFCPROJECT($,$,$,$); #1003=IFCRELLINK($,$,#1,$);"},
