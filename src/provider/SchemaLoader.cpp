@@ -3,6 +3,7 @@
 #include "provider/BuiltInSchemas.h"
 #include "provider/ExpressParser.h"
 #include "provider/GraphBuilder.h"
+#include "provider/XmlMapping.h"
 
 namespace oxa::ifc {
 
@@ -19,7 +20,10 @@ std::unique_ptr<def::SchemaPset> SchemaLoader::pSchemaFromExpress(std::string_vi
                                                                   std::vector<SchemaMessage>& messages) {
     def::express::SchemaDeclaration declaration;
     if (!def::express::ExpressParser(text, messages).boReadSchema(declaration)) return nullptr;
-    return def::express::GraphBuilder(declaration, messages).pBuild();
+    std::unique_ptr<def::SchemaPset> pSchema = def::express::GraphBuilder(declaration, messages).pBuild();
+    // Only the name in common with the published schema, and it stays without; pXmlDefaults tells.
+    if (pSchema) static_cast<void>(def::express::boXmlMappingAttach(*pSchema));
+    return pSchema;
 }
 
 }   // namespace oxa::ifc

@@ -143,10 +143,25 @@ Member* pOwn(std::vector<Member>& members, std::string_view name) {
     return itFound == members.end() ? nullptr : &*itFound;
 }
 
+schema::Attribute* pAttributeOf(const SchemaPset& schema, const AttributeRow& row) {
+    schema::Entity* pEntity = pEntityOf(schema.pObjectFromName(row.entity));
+    return pEntity ? pOwn(pEntity->ownAttributes, row.attribute) : nullptr;
+}
+
+schema::AttributeInverse* pInverseOf(const SchemaPset& schema, const InverseRow& row) {
+    schema::Entity* pEntity = pEntityOf(schema.pObjectFromName(row.entity));
+    return pEntity ? pOwn(pEntity->ownInverseAttributes, row.inverse) : nullptr;
+}
+
 }   // namespace
 
 bool boXmlMappingAttach(SchemaPset& schema) {
     if (schema.sName != "IFC4") return true;
+    // All or nothing: half of the records would leave relations out that no inverse element carries.
+    const bool boShaped =
+        std::ranges::all_of(g_attributes, [&](const AttributeRow& row) { return pAttributeOf(schema, row); }) &&
+        std::ranges::all_of(g_inverses, [&](const InverseRow& row) { return pInverseOf(schema, row); });
+    if (!boShaped) return false;
     schema.pXmlDefaults = &g_defaults;
     ListText listText;
     for (const schema::Schema::Record& record : schema.objects) {
@@ -155,18 +170,8 @@ bool boXmlMappingAttach(SchemaPset& schema) {
         for (schema::Attribute& attribute : pEntity->ownAttributes)
             if (listText.boMay(attribute.types.front())) attribute.pXml = &g_listAsText;
     }
-    for (const AttributeRow& row : g_attributes) {
-        schema::Entity* pEntity = pEntityOf(schema.pObjectFromName(row.entity));
-        schema::Attribute* pAttribute = pEntity ? pOwn(pEntity->ownAttributes, row.attribute) : nullptr;
-        if (!pAttribute) return false;
-        pAttribute->pXml = row.pRecord;
-    }
-    for (const InverseRow& row : g_inverses) {
-        schema::Entity* pEntity = pEntityOf(schema.pObjectFromName(row.entity));
-        schema::AttributeInverse* pInverse = pEntity ? pOwn(pEntity->ownInverseAttributes, row.inverse) : nullptr;
-        if (!pInverse) return false;
-        pInverse->pXmlInverse = row.pMode;
-    }
+    for (const AttributeRow& row : g_attributes) pAttributeOf(schema, row)->pXml = row.pRecord;
+    for (const InverseRow& row : g_inverses) pInverseOf(schema, row)->pXmlInverse = row.pMode;
     return true;
 }
 

@@ -1,6 +1,6 @@
-// XmlMapping: how ifcXML writes the attributes of a built-in schema.
+// XmlMapping: how ifcXML writes the attributes of a schema.
 //
-// For      BuiltInSchemas, which hangs the records on a graph that nobody else has seen yet.
+// For      BuiltInSchemas and SchemaLoader, which hang the records on a graph that nobody else has seen yet.
 // Owner    the records are constants of the program.
 // Threads  one at a time for one graph.
 #pragma once
@@ -11,7 +11,8 @@
 namespace oxa::ifc::def::express {
 
 // Sets pXmlDefaults, and pXml and pXmlInverse where an attribute is not written as the defaults say. Leaves a schema
-// without a published ifcXML configuration as it is. False when the schema lacks an attribute of the table.
+// without a published ifcXML configuration as it is. False, and nothing set, when a schema of the name of one that has a
+// configuration lacks an attribute of the table.
 [[nodiscard]] OXA_SCHEMA_API bool boXmlMappingAttach(SchemaPset& schema);
 
 }   // namespace oxa::ifc::def::express

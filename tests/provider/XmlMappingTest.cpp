@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <pugixml.hpp>
 #include <stdexcept>
@@ -160,6 +162,69 @@ TEST(XmlMapping, OtherSchemasHaveNone) {
     }
 }
 
+// EXPRESS text of a schema with the entities that the records speak of, but for what "sWithout" names.
+std::string sExpressOf(const std::string& sSchema, const std::string& sWithout) {
+    std::string sText = "SCHEMA " + sSchema + "; TYPE IfcCount = INTEGER; END_TYPE;\n";
+    vForEachEntity(ifc4(), [&](const Entity& entity) {
+        std::string sInverse;
+        sText += "ENTITY " + entity.sName + "; ";
+        for (const Attribute& attribute : entity.ownAttributes)
+            if (entity.sName + '.' + attribute.sName != sWithout)
+                sText += attribute.sName + " : OPTIONAL " +
+                         (attribute.inverses.empty() ? "LIST OF IfcCount" : attribute.inverses[0]->pOwner->sName) + "; ";
+        for (const AttributeInverse& inverse : entity.ownInverseAttributes)
+            if (entity.sName + '.' + inverse.sName != sWithout)
+                sInverse += inverse.sName + " : SET OF " + inverse.pForAttribute->pOwner->sName + " FOR " +
+                            inverse.sForAttribute + "; ";
+        sText += (sInverse.empty() ? "" : "INVERSE " + sInverse) + "END_ENTITY;\n";
+    });
+    return sText + "END_SCHEMA;\n";
+}
+
+struct OwnSchemaRow {
+    const char* sRule;
+    const char* sSchema;
+    const char* sWithout;
+    bool boMapped;
+};
+const OwnSchemaRow g_ownSchemas[] = {
+    {"IFC4 by name and shape", "IFC4", "", true},
+    {"names of schemas have no case", "Ifc4", "", true},
+    {"the shape alone", "IFC4X9", "", false},
+    {"without an attribute that no record speaks of", "IFC4", "IfcSite.RefLatitude", true},
+    {"without an inverse attribute that no record speaks of", "IFC4", "IfcObjectDefinition.Decomposes", true},
+    {"without the last attribute of the table", "IFC4", "IfcTextStyleFontModel.FontFamily", false},
+    {"without an inverse attribute of the table", "IFC4", "IfcGeometricRepresentationContext.HasCoordinateOperation",
+     false},
+};
+
+TEST(XmlMapping, ASchemaThatACallerBringsIsMappedWholeOrNotAtAll) {
+    for (const OwnSchemaRow& row : g_ownSchemas) {
+        SCOPED_TRACE(row.sRule);
+        std::vector<oxa::ifc::SchemaMessage> messages;
+        const auto pSchema = SchemaLoader::pSchemaFromExpress(sExpressOf(row.sSchema, row.sWithout), messages);
+        ASSERT_NE(pSchema, nullptr) << messages.front().sText;
+        EXPECT_TRUE(messages.empty());
+        ASSERT_EQ(pSchema->pXmlDefaults != nullptr, row.boMapped);
+        std::size_t iLeftOut = 0;
+        std::size_t iTexts = 0;
+        std::size_t iElements = 0;
+        vForEachEntity(*pSchema, [&](const Entity& entity) {
+            for (const Attribute& attribute : entity.ownAttributes) {
+                iLeftOut += !boWritten(attribute);
+                iTexts += attribute.pXml && attribute.pXml->boListAsText;
+            }
+            for (const AttributeInverse& inverse : entity.ownInverseAttributes) iElements += modeOf(inverse) != 0;
+        });
+        EXPECT_EQ(iLeftOut, row.boMapped ? 21U : 0U);
+        EXPECT_EQ(iElements, row.boMapped ? 23U : 0U);
+        EXPECT_EQ(iTexts > 100, row.boMapped);
+        if (row.boMapped) {
+            EXPECT_EQ(pSchema->pXmlDefaults->iModeEntity, 1U);
+        }
+    }
+}
+
 // --- against the published files ----------------------------------------------------------------------------------
 
 // The folder of the ifcXML files, beside the published EXPRESS texts: named by OXAIFC_SCHEMAS, or beside the source.
@@ -178,6 +243,30 @@ protected:
     }
     pugi::xml_document m_document;
 };
+
+// The same records as the built-in schema, one by one.
+TEST_F(PublishedXml, TheTextOfTheSchemaGivesTheSame) {
+    const std::filesystem::path path = folder().parent_path() / "IFC4_ADD2_TC1.exp";
+    if (!std::filesystem::exists(path)) GTEST_SKIP() << path << " is not at hand";
+    std::ifstream stream(path, std::ios::binary);
+    std::vector<oxa::ifc::SchemaMessage> messages;
+    const auto pSchema = SchemaLoader::pSchemaFromExpress(std::string(std::istreambuf_iterator<char>(stream), {}), messages);
+    ASSERT_NE(pSchema, nullptr);
+    EXPECT_EQ(pSchema->pXmlDefaults, ifc4().pXmlDefaults);
+    std::size_t iEntities = 0;
+    vForEachEntity(*pSchema, [&](const Entity& entity) {
+        SCOPED_TRACE(entity.sName);
+        const Entity& builtIn = entityOf(entity.sName);
+        ASSERT_EQ(entity.ownAttributes.size(), builtIn.ownAttributes.size());
+        for (std::size_t i = 0; i < entity.ownAttributes.size(); ++i)
+            EXPECT_EQ(entity.ownAttributes[i].pXml, builtIn.ownAttributes[i].pXml) << entity.ownAttributes[i].sName;
+        ASSERT_EQ(entity.ownInverseAttributes.size(), builtIn.ownInverseAttributes.size());
+        for (std::size_t i = 0; i < entity.ownInverseAttributes.size(); ++i)
+            EXPECT_EQ(entity.ownInverseAttributes[i].pXmlInverse, builtIn.ownInverseAttributes[i].pXmlInverse);
+        ++iEntities;
+    });
+    EXPECT_EQ(iEntities, 776U);
+}
 
 // "keep" and the form of each attribute and inverse attribute that the configuration speaks of, by "Entity.Name".
 struct Configured {
