@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "Format/Ifc/AssertLog.h"
+#include "ReportKey.h"
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
@@ -241,6 +242,74 @@ TEST_P(XmlRoundTrip, KeepsWhatTheFormsHold) {
         else
             EXPECT_EQ(count.iLost, 0U) << sForm << ": " << count.sFirstLost;
     }
+}
+
+// What can be reached from the project over any reference and any inverse list, found from the statements alone.
+std::set<const Entity*> reachable(const Data& data) {
+    std::set<const Entity*> found = {data.pProject()};
+    std::vector<const Entity*> open = {data.pProject()};
+    const auto vFind = [&](const Entity* pEntity) {
+        if (pEntity && pEntity->pSchemaEntity() && found.insert(pEntity).second) open.push_back(pEntity);
+    };
+    while (!open.empty()) {
+        const Entity* pEntity = open.back();
+        open.pop_back();
+        bool boText = false;   // inside of a text nothing is a reference
+        const std::string sLine = pEntity->sWriteLine(data);
+        for (std::size_t i = 1; i < sLine.size(); ++i) {
+            if (sLine[i] == '\'') boText = !boText;
+            if (sLine[i] == '#' && !boText) vFind(data.pEntityFromId(std::stoul(sLine.substr(i + 1, 20))));
+        }
+        for (unsigned i = 0; i < pEntity->schemaEntity().allInverseAttributes().size(); ++i)
+            for (const Entity* pReferrer : pEntity->entitiesInverseFromIndex(i)) vFind(pReferrer);
+    }
+    return found;
+}
+
+// Each instance is in the document, or named by a message that tells the truth about it.
+TEST_P(XmlRoundTrip, LosesNoInstanceInSilence) {
+    const ReadModel before(GetParam());
+    if (before.file.header().schema.schemaName != "IFC4") GTEST_SKIP() << "another schema";
+    const Data& data = before.file.data();
+    if (!data.pProject()) GTEST_SKIP() << "no project";
+    const AssertLog log;
+    xml::Export xmlExport;
+    io::WriteError report;
+    ASSERT_TRUE(xmlExport.boExportHeader(before.file.header()));
+    ASSERT_TRUE(xmlExport.boExportData(data, report, {}));
+    std::stringstream document;
+    ASSERT_TRUE(xmlExport.boSave(document));
+    const std::set<std::size_t> ids = idsOf(document.str());
+
+    std::map<const Entity*, const ErrorRecord*> told;
+    for (const ErrorRecord& record : report.records())
+        EXPECT_TRUE(told.emplace(record.entity, &record).second) << "told twice: " << record.description;
+    const std::set<const Entity*> connected = reachable(data);
+    std::map<std::string, std::size_t> counts;
+    for (const Entity* pEntity : data.entities()) {
+        const std::size_t iId = data.iIdFromEntity(*pEntity);
+        const std::string sName = '#' + std::to_string(iId) + ' ' + pEntity->schemaEntity().sName;
+        const auto record = told.find(pEntity);
+        ASSERT_NE(ids.contains(iId), record != told.end()) << sName;
+        if (record == told.end()) continue;
+        EXPECT_EQ(record->second->description.substr(0, sName.size() + 1), sName + ' ');
+        const std::string sKey = sReportKey(record->second->description);
+        EXPECT_EQ(sKey, connected.contains(pEntity) ? "Error_EntityWithoutForm" : "Error_EntityNotConnected") << sName;
+        ++counts[sKey];
+    }
+    for (const auto& [sKey, iCount] : counts) std::cout << sKey << ": " << iCount << '\n';
+
+    // And what is in the document comes back with what names it, as far as the forms go.
+    xml::Import xmlImport;
+    ASSERT_TRUE(xmlImport.boLoad(document));
+    File after;
+    ASSERT_TRUE(xmlImport.boImportHeader(after, {}) && xmlImport.boImportData(after.data()));
+    EXPECT_EQ(after.data().entities().size(), ids.size());
+    const Comparison comparison(data, after.data(), ids);
+    for (const auto& [sForm, count] : comparison.counts())
+        if (count.eWay != Way::Lost) {
+            EXPECT_EQ(count.iLost, 0U) << sForm << ": " << count.sFirstLost;
+        }
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, XmlRoundTrip, testing::ValuesIn(namesOrNone()), sTestName);

@@ -28,6 +28,8 @@ const KeyRow g_keyRows[] = {
     { "Error_EndOfCommentNotFound", false },
     { "Error_EntityIdReused", true },
     { "Error_EntityIsAbstract", false },
+    { "Error_EntityNotConnected", true },
+    { "Error_EntityWithoutForm", true },
     { "Error_ExpectedEqualOperator", false },
     { "Error_ExpectedLeftParenthesis", false },
     { "Error_ExpectedNumberSign", false },

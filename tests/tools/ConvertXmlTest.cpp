@@ -1,6 +1,7 @@
 // ifcXML in the program: what is written, what reads back, and what is said where that can't be.
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <sys/resource.h>
 
@@ -241,12 +242,12 @@ TEST(ConvertXml, NumbersAreKeptOrDealtAnew) {
          sDocument("<IfcProject id=\"i4294967295\" GlobalId=\"0TdSR4dSbLuwdbL5HLUvM0\"/>"),
          {},
          {"\n#4294967295=IFCPROJECT("}},
-    };
         {"larger ones",
          sDocument("<IfcProject id=\"i4294967296\" GlobalId=\"0TdSR4dSbLuwdbL5HLUvM0\"/>"
                    "<IfcProject ref=\"i4294967296\"/>"),
          {},
          {"\n#4294967296=IFCPROJECT("}},
+    };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.pRule);
         std::vector<std::string> words{"convert", "-", "-"};
@@ -262,14 +263,84 @@ TEST(ConvertXml, TellsWhatTheProjectDoesNotReach) {
     EXPECT_EQ(converted.iCode, 0);
     EXPECT_EQ(converted.sError,
               "left out, not connected with the project: 1 entity (ifcXML has no place for them)\n"
-              "           1  IFCMATERIAL\n");
+              "           1  IFCMATERIAL  #4\n");
     EXPECT_EQ(converted.sOut.find("IfcMaterial"), std::string::npos);
     const ProgramRun changed =
         runProgram({"set", "-", "#10", "Name", "b", "-", "--format", "ifcxml"}, sProjectFile());
     EXPECT_EQ(changed.iCode, 0);
     EXPECT_EQ(changed.sError,
-              "oxaifc: standard output: left out, not connected with the project: 1 entity, for which "
-              "ifcXML has no place\n");
+              "left out, not connected with the project: 1 entity (ifcXML has no place for them)\n"
+              "           1  IFCMATERIAL  #4\n");
+}
+
+// What an attribute names that the document has no place for stands there all the same, and its other end leads back.
+TEST(ConvertXml, WhatTheOtherEndCarriesComesBack) {
+    const std::string sData =
+        "#10=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',$,$,$,$,$,$,$,$);\n"
+        "#20=IFCRELASSOCIATESCLASSIFICATION('1CCJ9i1$jSdgYVC2yzHPtC',$,$,$,(#10),#21);\n"
+        "#21=IFCCLASSIFICATIONREFERENCE($,'21.1','Walls',#22,$,$);\n"
+        "#22=IFCCLASSIFICATION('s','1',$,'Elements',$,$,$);\n";
+    const ProgramRun there = runProgram({"convert", "-", "-", "--format", "ifcxml"}, sExchangeFile("IFC4", sData));
+    EXPECT_EQ(there.iCode, 0);
+    EXPECT_EQ(there.sError, "");
+    EXPECT_EQ(statements(runProgram({"convert", "-", "-"}, there.sOut).sOut), statements(sData));
+}
+
+TEST(ConvertXml, TellsWhatHasNoForm) {
+    std::string sPoints;
+    for (const char* pNumber : {"#50", "#51", "#52", "#57"}) sPoints += std::string(pNumber) + "=IFCCARTESIANPOINT((0.,0.,0.));\n";
+    const std::string sIn = sExchangeFile(
+        "IFC4",
+        "#10=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',$,$,$,$,$,$,(#20),$);\n"
+        "#20=IFCGEOMETRICREPRESENTATIONCONTEXT($,'Model',3,$,#21,$);\n#21=IFCAXIS2PLACEMENT3D(#22,$,$);\n"
+        "#22=IFCCARTESIANPOINT((0.,0.,0.));\n#23=IFCSHAPEREPRESENTATION(#20,'Body','AdvancedSurface',(#24));\n"
+        "#24=IFCBSPLINESURFACEWITHKNOTS(1,1,((#50,#51),(#52,#57)),.UNSPECIFIED.,.U.,.U.,.U.,(2,2),(2,2),(0.,1.),(0.,1.),"
+        ".UNSPECIFIED.);\n" +
+            sPoints + "#4=IFCMATERIAL('a',$,$);\n#6=IFCMATERIAL('b',$,$);\n#5=IFCACTORROLE(.USERDEFINED.,'c',$);\n");
+    constexpr const char* pLeftOut =
+        "left out, not connected with the project: 3 entities (ifcXML has no place for them)\n"
+        "           2  IFCMATERIAL  #4 #6\n"
+        "           1  IFCACTORROLE  #5\n"
+        "left out, connected with the project only by values that ifcXML has no form for: 4 entities\n"
+        "           4  IFCCARTESIANPOINT  #50-#52 #57\n";
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"convert", "-", "-", "--format", "ifcxml"},
+          std::vector<std::string>{"set", "-", "#10", "Name", "b", "-", "--format", "ifcxml"}}) {
+        const ProgramRun run = runProgram(words, sIn);
+        EXPECT_EQ(run.iCode, 1) << "something of the model is lost";
+        EXPECT_EQ(run.sError, pLeftOut);
+        EXPECT_NE(run.sOut.find("<IfcBSplineSurfaceWithKnots id=\"i24\""), std::string::npos);
+    }
+}
+
+// The schema of the file, as its users have it.
+TEST(ConvertXml, TextOfTheSchemaGivesTheSameDocument) {
+    const char* pFolder = std::getenv("OXAIFC_SCHEMAS");
+    const fs::path path = fs::path(pFolder ? pFolder : OXA_SOURCE_DIR "/../shared/schemas") / "IFC4_ADD2_TC1.exp";
+    if (!fs::exists(path)) GTEST_SKIP() << path << " is not at hand";
+    const std::string sIn = sExample("house-ifc4.ifc");
+    const std::vector<std::string> words = {"convert", sIn, "-", "--format", "ifcxml", "--single-threaded"};
+    std::vector<std::string> withText = words;
+    withText.insert(withText.end(), {"--schema-file", path.string()});
+    const ProgramRun builtIn = runProgram(words);
+    const ProgramRun own = runProgram(withText);
+    EXPECT_EQ(own.iCode, 0);
+    EXPECT_EQ(own.sError, "");
+    EXPECT_TRUE(own.sOut == builtIn.sOut);
+}
+
+TEST(ConvertXml, SchemaOfAnotherShapeIsTold) {
+    const TestFolder folder;
+    const std::string sSchema = folder.sFile(
+        "a.exp", "SCHEMA IFC4; TYPE IfcLabel = STRING; END_TYPE;\nENTITY IfcProject; Name : IfcLabel; END_ENTITY;\n"
+                 "END_SCHEMA;\n");
+    const ProgramRun run = runProgram({"convert", "-", "-", "--format", "ifcxml", "--schema-file", sSchema},
+                                      sExchangeFile("IFC4", "#10=IFCPROJECT('a');\n"));
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.sError,
+              "oxaifc: standard output: is written without the forms that are published for IFC4, whose shape the "
+              "schema of --schema-file does not have; other readers may not take it\n");
+    EXPECT_NE(run.sOut.find("<IfcProject id=\"i10\" Name=\"a\"/>"), std::string::npos);
 }
 
 struct BytesRow {

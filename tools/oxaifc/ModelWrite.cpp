@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <mutex>
 #include <utility>
 
@@ -22,6 +23,18 @@ namespace oxa::tool {
 namespace {
 
 constexpr std::size_t g_iMostTold = 10;   // errors of a write; a model can have one in each statement
+
+// "#1 #4-#9" of ascending numbers.
+std::string sNumbers(const std::vector<std::size_t>& numbers) {
+    std::string sText;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const std::size_t iFirst = i;
+        while (i + 1 < numbers.size() && numbers[i + 1] == numbers[i] + 1) ++i;
+        sText += fmt::format("{}#{}", sText.empty() ? "" : " ", numbers[iFirst]);
+        if (i > iFirst) sText += fmt::format("{}#{}", i == iFirst + 1 ? " " : "-", numbers[i]);
+    }
+    return sText;
+}
 
 void vSay(std::string_view text) { std::fputs(fmt::format("oxaifc: {}\n", text).c_str(), stderr); }
 
@@ -78,7 +91,8 @@ private:
 ModelWrite::ModelWrite(const WriteOptions& options)
     : m_options(options),
       m_boXml(options.sFormat.empty() ? boXmlName(options.sOut) : options.sFormat == "ifcxml"),
-      m_target(options.sOut), m_pErrors(ifc::io::WriteError::pAllocate()) {}
+      m_target(options.sOut), m_pErrors(ifc::io::WriteError::pAllocate()),
+      m_pLeftOut(ifc::io::WriteError::pAllocate()) {}
 
 ModelWrite::~ModelWrite() = default;
 
@@ -147,7 +161,7 @@ void ModelWrite::vXmlWrite(Model& model) {
             return fmt::format("writing {}: {} of {} entities", sPrintable(m_target.sName()),
                                sGrouped(iTaken), sGrouped(iAll));
         });
-        document.boExportData(model.data(), progress.function());
+        document.boExportData(model.data(), *m_pLeftOut, progress.function());
     } catch (const oxa::exception& error) {
         if (std::string_view(error.what()) != "returning nullptr") throw;
         throw Failure(
@@ -155,15 +169,56 @@ void ModelWrite::vXmlWrite(Model& model) {
                         "ifcXML can't hold; {} is not written (oxaifc check tells which)",
                         model.sName(), m_target.sName()));
     }
-    for (const ifc::Entity* pEntity : entities)
-        if (document.boExported(*pEntity))
-            m_written.push_back(static_cast<std::uint32_t>(model.data().iIdFromEntity(*pEntity)));
-    std::sort(m_written.begin(), m_written.end());
     document.boSave(m_target.stream());   // what fails is kept by the target
     m_target.vFinish();
     if (const std::size_t iDepth = document.iDepth(); iDepth > XmlOutput::g_iDepthLimit)
         vSay(fmt::format("{}: has elements nested {} deep; many readers take fewer, this one {}",
                          sPrintable(m_target.sName()), sGrouped(iDepth), sGrouped(XmlOutput::g_iDepthLimit)));
+    if (!model.data().pSchema()->pXmlDefaults)
+        vSay(fmt::format("{}: is written without the forms that are published for IFC4, whose shape the schema of "
+                         "--schema-file does not have; other readers may not take it",
+                         sPrintable(m_target.sName())));
+}
+
+std::size_t ModelWrite::iLeftOut(ifc::Errors::Category category) const {
+    const auto& records = m_pLeftOut->records();
+    return static_cast<std::size_t>(std::count_if(records.begin(), records.end(), [&](const auto& record) {
+        return record.category == category;
+    }));
+}
+
+std::string ModelWrite::sLeftOutRows(const Model& model, ifc::Errors::Category category) const {
+    std::map<std::string, std::vector<std::size_t>> byType;
+    for (const ifc::ErrorRecord& record : m_pLeftOut->records())
+        if (record.category == category)
+            byType[record.entity->pSchemaEntity()->sNameUpper].push_back(model.data().iIdFromEntity(*record.entity));
+    std::vector<std::pair<std::string, std::vector<std::size_t>>> byCount(byType.begin(), byType.end());
+    std::stable_sort(byCount.begin(), byCount.end(),
+                     [](const auto& a, const auto& b) { return a.second.size() > b.second.size(); });
+    std::string sText;
+    for (auto& [sKeyword, numbers] : byCount) {
+        std::sort(numbers.begin(), numbers.end());
+        sText += fmt::format("{:>12}  {}  {}\n", sGrouped(numbers.size()), sKeyword, sNumbers(numbers));
+    }
+    return sText;
+}
+
+void ModelWrite::vXmlLeftOutTell(const Model& model) const {
+    const struct {
+        ifc::Errors::Category category;
+        const char* pWhy;
+        const char* pNote;
+    } sorts[] = {
+        {ifc::Errors::Reference, "not connected with the project", " (ifcXML has no place for them)"},
+        {ifc::Errors::Value, "connected with the project only by values that ifcXML has no form for", ""},
+    };
+    for (const auto& sort : sorts)
+        if (const std::size_t iCount = iLeftOut(sort.category))
+            std::fputs(fmt::format("left out, {}: {}{}\n{}", sort.pWhy,
+                                   iCount == 1 ? "1 entity" : sGrouped(iCount) + " entities", sort.pNote,
+                                   sLeftOutRows(model, sort.category))
+                           .c_str(),
+                       stderr);
 }
 
 void ModelWrite::vExchangeWrite(Model& model, const ifc::Entity* pRoot) {
@@ -204,10 +259,7 @@ void ModelWrite::vSimpleWrite(Model& model, const ifc::Entity* pRoot) {
 void ModelWrite::vSameWrite(Model& model) {
     if (m_boXml) {
         vXmlWrite(model);
-        if (const std::size_t iLeftOut = model.data().entities().size() - m_written.size())
-            vSay(fmt::format(
-                "{}: left out, not connected with the project: {}, for which ifcXML has no place",
-                sPrintable(m_target.sName()), iLeftOut == 1 ? "1 entity" : sGrouped(iLeftOut) + " entities"));
+        vXmlLeftOutTell(model);
     } else if (model.pHeader())
         vExchangeWrite(model, nullptr);
     else
@@ -224,11 +276,12 @@ int ModelWrite::iTell(const Model& model) const {
     if (records.size() > g_iMostTold)
         vSay(fmt::format("{}: {} more", sPrintable(m_target.sName()),
                          sCounted(records.size() - g_iMostTold, "error")));
-    return records.empty() ? model.iExitCode() : g_iExitErrors;
+    return records.empty() && !iLeftOut(ifc::Errors::Value) ? model.iExitCode() : g_iExitErrors;
 }
 
 bool ModelWrite::boWritten(const Model& model, const ifc::Entity& entity) const {
-    return std::binary_search(m_written.begin(), m_written.end(), model.data().iIdFromEntity(entity));
+    const auto iNumber = static_cast<std::uint32_t>(model.data().iIdFromEntity(entity));
+    return std::binary_search(m_written.begin(), m_written.end(), iNumber);
 }
 
 }   // namespace oxa::tool

@@ -40,9 +40,8 @@ void vLeftOutWrite(const ModelWrite& write, const Model& model) {
     std::vector<std::pair<std::string, std::size_t>> byCount(counts.begin(), counts.end());
     std::stable_sort(byCount.begin(), byCount.end(),
                      [](const auto& a, const auto& b) { return a.second > b.second; });
-    std::string sText = fmt::format("left out, not connected with the project: {} ({})\n",
-                                    iAll == 1 ? "1 entity" : sGrouped(iAll) + " entities",
-                                    write.boXml() ? "ifcXML has no place for them" : "--all writes them");
+    std::string sText = fmt::format("left out, not connected with the project: {} (--all writes them)\n",
+                                    iAll == 1 ? "1 entity" : sGrouped(iAll) + " entities");
     for (const auto& [sKeyword, iCount] : byCount)
         sText += fmt::format("{:>12}  {}\n", sGrouped(iCount), sKeyword);
     std::fputs(sText.c_str(), stderr);
@@ -76,7 +75,10 @@ int iConvert(const ConvertOptions& options) {
         throw Failure(
             fmt::format("{}: has no IFCPROJECT to start from; --all writes every entity", model.sName()));
     write.vExchangeWrite(model, options.boAll ? nullptr : pProject);
-    vLeftOutWrite(write, model);
+    if (write.boXml())
+        write.vXmlLeftOutTell(model);
+    else
+        vLeftOutWrite(write, model);
     if (pSchema) vMoveTell(move, pSchema->sName);
     return std::max(write.iTell(model), move.boLossless() ? g_iExitFine : g_iExitErrors);
 }

@@ -46,8 +46,6 @@ private:
 // A document that is written.
 class XmlOutput : public ifc::xml::Export {
 public:
-    // True for an entity that stands in the document in full.
-    [[nodiscard]] bool boExported(const ifc::Entity& entity) const { return m_exported.contains(&entity); }
     // How many elements stand inside one another, the root included. XmlInput takes g_iDepthLimit at most.
     [[nodiscard]] std::size_t iDepth() const;
     static const std::size_t g_iDepthLimit;

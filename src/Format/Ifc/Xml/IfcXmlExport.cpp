@@ -78,12 +78,26 @@ bool Export::boExportHeader(const FileHeaderBase& header) {
 }
 
 bool Export::boExportData(const Data& data, std::function<void(unsigned int)> progress) {
+    Walk walk(data.entityIdMap(false));
+    return boExportWalk(data, walk, progress);
+}
+
+bool Export::boExportData(const Data& data, Errors& report, std::function<void(unsigned int)> progress) {
+    Walk walk(data.entityIdMap(false));
+    walk.m_boLeftOutNoted = true;
+    if (!boExportWalk(data, walk, progress)) return false;
+    vLeftOutReport(data, report);
+    return true;
+}
+
+bool Export::boExportWalk(const Data& data, Walk& walk, const std::function<void(unsigned int)>& progress) {
     if (data.pSchema()) m_pXmlDefaults = data.pSchema()->pXmlDefaults;
     if (!data.pProject()) return false;
-    Walk walk(data.entityIdMap(false));
     walk.iEntityIdGet(data.pProject());
     if (!m_pRootElement) return false;
-    while (!walk.m_queue.empty()) {
+    for (;;) {
+        if (walk.m_queue.empty()) vQueueLeftOut(walk);
+        if (walk.m_queue.empty()) return true;
         const Entity* pEntity = walk.m_queue.front();
         walk.m_queue.pop_front();
         ++walk.m_iDequeued;
@@ -91,7 +105,15 @@ bool Export::boExportData(const Data& data, std::function<void(unsigned int)> pr
         vExportEntity(*m_pRootElement, *pEntity, nullptr, {}, walk);
         vExportQueued(walk);
     }
-    return true;
+}
+
+// One of those that only attributes name which the mapping leaves out, if one is not in the document by now.
+void Export::vQueueLeftOut(Walk& walk) const {
+    while (!walk.m_leftOut.empty() && walk.m_queue.empty()) {
+        const Entity* pEntity = walk.m_leftOut.front();
+        walk.m_leftOut.pop_front();
+        if (!m_exported.contains(pEntity)) walk.iEntityIdGet(pEntity);
+    }
 }
 
 const std::vector<ExportCommon::Walk::Step>& ExportCommon::Walk::stepsOf(const def::schema::Entity& type) {

@@ -6,8 +6,8 @@
 //     one element an instance, in the order of the walk
 //   </ifcXML>
 //
-// The walk starts at the project and follows references and inverse relations; what nothing leads to is left out,
-// without a word. An instance stands in full where the walk meets it first, <IfcWall id="i12" ...>; all later places
+// The walk starts at the project and follows references and inverse relations. What nothing leads to is left out,
+// without a word unless a report is asked for. An instance stands in full where the walk meets it first, <IfcWall id="i12" ...>; all later places
 // have an empty element, <IfcWall ref="i12" xsi:nil="true"/>.
 //
 // Modes    How an attribute is written, its mapping record says, else the schema's defaults, else mode 2:
@@ -40,6 +40,7 @@ class AttributeListValueBase;
 class AttributeSelect;
 class Data;
 class Entity;
+class Errors;
 class FileHeaderBase;
 }   // namespace oxa::ifc
 
@@ -68,6 +69,7 @@ protected:
     // One attribute of an instance whose element is "parent".
     void vExportAttribute(oxa::xml::Element& parent, const def::schema::Attribute& attribute,
                           const AttributeBase& cell, Walk& walk);
+    void vLeftOutNote(const def::schema::Attribute& attribute, const AttributeBase& cell, Walk& walk) const;
     void vExportReference(oxa::xml::Element& parent, const def::schema::Attribute& attribute,
                           const Entity* pEntity, std::uint32_t mode, Walk& walk);
     void vExportScalar(oxa::xml::Element& parent, const def::schema::Attribute& attribute,
@@ -99,7 +101,18 @@ public:
     // throws    oxa::exception "returning nullptr" where the model refers to an instance that no statement defined
     bool boExportData(const Data& data, std::function<void(unsigned int)> progress);
 
+    // The same, and no instance is lost in silence. One that is named only by attributes which the mapping leaves out
+    // follows at the end of the document: the element of the inverse relation, which stands there, leads back. And
+    // "report" gets a record for each instance of the data that is not in the document, in the order of entities():
+    //
+    //   Error_EntityNotConnected  Reference  the project leads to it over no reference and no inverse relation
+    //   Error_EntityWithoutForm   Value      all that leads to it are values without a form here, as lists of lists
+    bool boExportData(const Data& data, Errors& report, std::function<void(unsigned int)> progress);
+
 private:
+    bool boExportWalk(const Data& data, Walk& walk, const std::function<void(unsigned int)>& progress);
+    void vQueueLeftOut(Walk& walk) const;
+    void vLeftOutReport(const Data& data, Errors& report) const;
     void vExportQueued(Walk& walk);
     void vExportInstance(Walk& walk);
     void vExportStep(Walk& walk);

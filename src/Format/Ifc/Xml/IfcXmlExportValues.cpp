@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcFileAttributeWalk.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
@@ -62,7 +63,7 @@ void ExportCommon::vExportAttribute(Element& parent, const Attribute& attribute,
         mapping = *attribute.pXml;
     else if (m_pXmlDefaults)
         mapping.mode = boEntity ? m_pXmlDefaults->iModeEntity : m_pXmlDefaults->iModeValue;
-    if (!mapping.boExported) return;
+    if (!mapping.boExported) return vLeftOutNote(attribute, cell, walk);
 
     if (boEntity)
         return vExportReference(parent, attribute, static_cast<const AttributeEntity&>(cell).m_value,
@@ -75,6 +76,15 @@ void ExportCommon::vExportAttribute(Element& parent, const Attribute& attribute,
         vExportList(parent, static_cast<const AttributeListValueBase&>(cell), attribute, mapping.mode, walk);
     else
         vExportScalar(parent, attribute, cell, mapping.mode);
+}
+
+// Nothing is written; but a walk that is to lose nothing comes back to what the attribute names.
+void ExportCommon::vLeftOutNote(const Attribute& attribute, const AttributeBase& cell, Walk& walk) const {
+    if (!walk.m_boLeftOutNoted) return;
+    vForEachEntity(cell, AttributeBase::cellClass(attribute.types.front(), attribute), [&](const Entity* pEntity) {
+        const bool boDefined = pEntity && pEntity->pSchemaEntity();
+        if (boDefined && !m_exported.contains(pEntity)) walk.m_leftOut.push_back(pEntity);
+    });
 }
 
 void ExportCommon::vExportReference(Element& parent, const Attribute& attribute, const Entity* pEntity,

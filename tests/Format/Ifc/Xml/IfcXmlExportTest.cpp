@@ -149,6 +149,143 @@ TEST(XmlExportData, WalksFromTheProject) {
     }
 }
 
+struct ReportRow {
+    const char* sRule;
+    std::vector<std::string> modes;
+    const char* sStatements;
+    const char* sElements;
+    std::vector<std::string> records;
+};
+const ReportRow g_reportRows[] = {
+    {"all is there", {}, "#1=IFCPROJECT('0000000000000000000001','p',$,$);", R"(<IfcProject id="i1" Name="p"/>)", {}},
+    {"named by what is left out",
+     {"IfcProject.Chain=-"},
+     "#1=IFCPROJECT('0000000000000000000001',$,$,#2);#2=IFCTHING('a',$);",
+     R"(<IfcProject id="i1"/><IfcThing id="i2" Label="a"/>)",
+     {}},
+    {"and what that names",
+     {"IfcProject.Chain=-", "IfcThing.Next=-"},
+     "#1=IFCPROJECT('0000000000000000000001',$,$,#4);#4=IFCTHING('a',#2);#2=IFCTHING('b',#3);#3=IFCTHING('c',#4);",
+     R"(<IfcProject id="i1"/><IfcThing id="i4" Label="a"/><IfcThing id="i2" Label="b"/><IfcThing id="i3" Label="c"/>)",
+     {}},
+    {"in selects and lists, each once, behind all that is reached otherwise",
+     {"IfcEverything.Se=-", "IfcEverything.Things=-", "IfcEverything.ThingSelects=-", "IfcEverything.Th=2"},
+     "#1=IFCPROJECT('0000000000000000000001',$,#2,$);"
+     "#2=IFCEVERYTHING($,$,$,$,$,$,$,$,$,$,#3,#4,$,$,$,$,$,$,$,$,(#4,#5),$,(#6,#3),$,$);"
+     "#3=IFCTHING('a',$);#4=IFCTHING('b',$);#5=IFCTHING('c',$);#6=IFCTHING('d',$);",
+     R"(<IfcProject id="i1" Holds="i2"/><IfcEverything id="i2" Th="i4"/><IfcThing id="i4" Label="b"/>)"
+     R"(<IfcThing id="i3" Label="a"/><IfcThing id="i5" Label="c"/><IfcThing id="i6" Label="d"/>)",
+     {}},
+    {"the other end leads back",
+     {"IfcRelLink.Relating=-", "IfcRelLink.Related=-", "IfcElement.LinkedBy=2"},
+     "#1=IFCPROJECT('0000000000000000000001',$,$,$);#2=IFCWALL('0000000000000000000002',$,$,$);"
+     "#3=IFCRELLINK('0000000000000000000003',$,#1,(#2));",
+     R"(<IfcProject id="i1"/><IfcRelLink id="i3"/>)"
+     R"(<IfcWall id="i2"><LinkedBy><IfcRelLink ref="i3" xsi:nil="true"/></LinkedBy></IfcWall>)",
+     {}},
+    {"an instance that no statement defined is none",
+     {"IfcProject.Chain=-"},
+     "#1=IFCPROJECT('0000000000000000000001',$,$,#2);",
+     R"(<IfcProject id="i1"/>)",
+     {}},
+    {"nothing leads to them",
+     {},
+     "#1=IFCPROJECT('0000000000000000000001',$,$,#2);#2=IFCTHING('a',$);#3=IFCTHING('b',#4);#4=IFCTHING('c',#2);",
+     R"(<IfcProject id="i1" Chain="i2"/><IfcThing id="i2" Label="a"/>)",
+     {"#3 Reference #3 IfcThing is not connected with the project and was left out.",
+      "#4 Reference #4 IfcThing is not connected with the project and was left out."}},
+    {"what leads to them has no form",
+     {},
+     "#1=IFCPROJECT('0000000000000000000001',$,#2,$);"
+     "#2=IFCEVERYTHING($,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,((#3)));#3=IFCTHING('a',#4);"
+     "#4=IFCSPECIAL('b',$);#5=IFCTHING('c',$);",
+     R"(<IfcProject id="i1" Holds="i2"/><IfcEverything id="i2"/>)",
+     {"#3 Value #3 IfcThing is connected with the project only by values that ifcXML has no form for; it was left out.",
+      "#5 Reference #5 IfcThing is not connected with the project and was left out.",
+      "#4 Value #4 IfcSpecial is connected with the project only by values that ifcXML has no form for; it was left "
+      "out."}},
+    {"a reference without a form",
+     {"IfcProject.Chain=0"},
+     "#1=IFCPROJECT('0000000000000000000001',$,$,#2);#2=IFCTHING('a',$);",
+     R"(<IfcProject id="i1"/>)",
+     {"#2 Value #2 IfcThing is connected with the project only by values that ifcXML has no form for; it was left "
+      "out."}},
+};
+
+TEST(XmlExportData, TellsWhatTheDocumentLacks) {
+    for (const ReportRow& row : g_reportRows) {
+        SCOPED_TRACE(row.sRule);
+        std::vector<std::string> modes = row.modes;
+        modes.emplace_back("IfcRoot.GlobalId=-");
+        const MappedSchema schema(modes);
+        const StepModel model(schema, row.sStatements);
+        const Data& data = model.file.data();
+        xml::Export xmlExport;
+        io::WriteError report;
+        ASSERT_TRUE(xmlExport.boExportData(data, report, {}));
+        EXPECT_EQ(sBody(sSaved(xmlExport)), row.sElements);
+        std::vector<std::string> records;
+        for (const ErrorRecord& record : report.records()) {
+            EXPECT_EQ(record.severity, Errors::Error);
+            EXPECT_EQ(record.lineString, "");
+            EXPECT_EQ(record.lineNumber, 0U);
+            const char* sCategory = record.category == Errors::Value       ? "Value"
+                                    : record.category == Errors::Reference ? "Reference"
+                                                                           : "another";
+            records.push_back('#' + std::to_string(data.iIdFromEntity(*record.entity)) + ' ' + sCategory + ' ' +
+                              record.description);
+        }
+        EXPECT_EQ(records, row.records);
+    }
+}
+
+TEST(XmlExportData, TellsNothingWithoutAProject) {
+    const MappedSchema schema;
+    const StepModel model(schema, "#2=IFCTHING('a',$);");
+    xml::Export xmlExport;
+    io::WriteError report;
+    EXPECT_FALSE(xmlExport.boExportData(model.file.data(), report, {}));
+    EXPECT_TRUE(report.records().empty());
+}
+
+TEST(XmlExportData, CountsWhatFollowsAtTheEnd) {
+    const MappedSchema schema({"IfcProject.Chain=-", "IfcThing.Next=2"});
+    const StepModel model(schema, "#1=IFCPROJECT('0000000000000000000001',$,$,#2);#2=IFCTHING('a',#3);"
+                                  "#3=IFCTHING('b',$);");
+    std::vector<unsigned> counts;
+    io::WriteError report;
+    ASSERT_TRUE(xml::Export().boExportData(model.file.data(), report,
+                                           [&](unsigned iCount) { counts.push_back(iCount); }));
+    EXPECT_THAT(counts, ElementsAre(1, 2, 3));
+}
+
+// As a caller may leave it behind who keeps the inverse lists himself.
+TEST(XmlExportData, PassesNullReferrersOver) {
+    const struct {
+        const char* sMode;
+        const char* sStatements;
+        const char* sElements;
+    } rows[] = {
+        {"IfcProject.Links=0", "#3=IFCRELLINK('0000000000000000000003',$,#1,());",
+         R"(<IfcProject id="i1"/><IfcRelLink id="i3"><Related/></IfcRelLink>)"},
+        {"IfcProject.Links=1", "#3=IFCRELLINK('0000000000000000000003',$,#1,());",
+         R"(<IfcProject id="i1"><Links id="i3"><Related/></Links></IfcProject>)"},
+        {"IfcProject.Links=2", "#3=IFCRELLINK('0000000000000000000003',$,#1,());",
+         R"(<IfcProject id="i1"><Links><IfcRelLink id="i3"><Related/></IfcRelLink></Links></IfcProject>)"},
+        {"IfcProject.Links=2", "", R"(<IfcProject id="i1"/>)"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sElements);
+        const MappedSchema schema({row.sMode, "IfcRoot.GlobalId=-", "IfcRelLink.Relating=-"});
+        StepModel model(schema, std::string("#1=IFCPROJECT('0000000000000000000001',$,$,$);") + row.sStatements);
+        Data& data = model.file.data();
+        data.pProject()->vEntityInverseAdd(data, nullptr, def::schema::AttributeName("Links"));
+        xml::Export xmlExport;
+        ASSERT_TRUE(xmlExport.boExportData(data, {}));
+        EXPECT_EQ(sBody(sSaved(xmlExport)), row.sElements);
+    }
+}
+
 TEST(XmlExportData, NeedsAProject) {
     const MappedSchema schema;
     const StepModel model(schema, "#2=IFCTHING('a',$);");

@@ -1,0 +1,54 @@
+// What a document lacks, instance by instance, and why.
+#include <unordered_set>
+
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/IfcWriteFile.h"
+#include "Format/Ifc/Xml/IfcXmlExport.h"
+
+namespace oxa::ifc::xml {
+
+namespace {
+
+class NoLines final : public io::IfcLineWriterInterface {
+public:
+    std::size_t iLineAdd(std::string&, unsigned) override { return 0; }
+    void vFinish() override {}
+};
+
+// What the project leads to: the instances that a STEP file of the model would hold, found the same way.
+std::unordered_set<const Entity*, Hash> connected(const Data& data) {
+    io::WriteError errors;   // of the values, which are told when a STEP file is written
+    NoLines nowhere;
+    StepWriteInfoCommon common(data.entityIdMap(false), errors, nowhere, true);
+    StepWriteInfo info(common);
+    std::unordered_set<const Entity*, Hash> found;
+    common.iEntityIdGet(data.pProject());
+    while (!common.m_queue.empty()) {
+        const Entity* pEntity = common.m_queue.front();
+        common.m_queue.pop_front();
+        found.insert(pEntity);
+        pEntity->vWrite(info);
+    }
+    return found;
+}
+
+}   // namespace
+
+void Export::vLeftOutReport(const Data& data, Errors& report) const {
+    std::vector<const Entity*> missing;
+    for (const Entity* pEntity : data.entities())
+        if (pEntity->pSchemaEntity() && !m_exported.contains(pEntity)) missing.push_back(pEntity);
+    if (missing.empty()) return;
+    const auto reached = connected(data);
+    for (const Entity* pEntity : missing) {
+        const std::string sInstance =
+            '#' + std::to_string(data.iIdFromEntity(*pEntity)) + ' ' + pEntity->schemaEntity().sName;
+        if (reached.contains(pEntity))
+            report.add(pEntity, Errors::Error, Errors::Value, "Error_EntityWithoutForm", sInstance, {}, 0);
+        else
+            report.add(pEntity, Errors::Error, Errors::Reference, "Error_EntityNotConnected", sInstance, {}, 0);
+    }
+}
+
+}   // namespace oxa::ifc::xml
