@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <new>
@@ -18,6 +19,7 @@
 #include "Format/Ifc/IfcFileHeader.h"
 #include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/IfcLineReadThreadPool.h"
+#include "Format/Ifc/IfcStepStrings.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
 #include "Format/Ifc/Xml/IfcXmlImport.h"
 #include "provider/SchemaLoader.h"
@@ -432,6 +434,23 @@ TEST(MemoryRunsOut, WhileAStatementIsQueued) {
         }
     }
     testing::internal::GetCapturedStderr();
+}
+
+// Scratch keeps its room from string to string: with room in the result, reading takes no memory at all.
+TEST(Allocations, ReadingAStringTakesNothingBeyondItsResult) {
+    const AssertLog log(false);
+    const char* const texts[] = {"plain text of some length, longer than any object keeps within itself",
+                                 "caf\\X\\E9 au lait, and quite a lot of text behind the first directive",
+                                 "\\X2\\20AC\\X0\\abcd\\S\\aefgh\\X4\\0001F600\\X0\\ijkl''mnop\\\\qrst"};
+    std::string out;
+    for (const char* pText : texts) {
+        SCOPED_TRACE(pText);
+        const std::size_t iLength = std::strlen(pText);
+        vIfcStrToUtf8(out, pText, iLength);
+        const AllocationFault fault(AllocationFault::g_iNever, false);
+        for (int i = 0; i < 3; ++i) vIfcStrToUtf8(out, pText, iLength);
+        EXPECT_EQ(AllocationFault::iAllocations(), 0U);
+    }
 }
 
 // The built-in schemas are kept for good once they are decoded: memory that ran out meanwhile must not be kept.

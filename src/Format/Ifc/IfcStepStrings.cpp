@@ -84,7 +84,7 @@ void StringReader::vAppendRun(std::size_t iEnd) {
     if (m_boPlain)
         m_out.append(m_pText + m_i, iEnd - m_i);
     else
-        m_pending.append(m_pText + m_i, m_pText + iEnd);
+        for (std::size_t i = m_i; i < iEnd; ++i) m_pending += static_cast<char32_t>(m_pText[i]);   // 7 bits each
     m_i = iEnd;
 }
 
