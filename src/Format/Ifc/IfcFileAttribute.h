@@ -395,8 +395,8 @@ public:
 
     static constexpr std::uint32_t g_iDepthLimit = 1000;
 
-    // Stores a caller's value; false when its type does not fit its holder. "pObject" is the schema object that
-    // an aggregate inside needs; it may be null.
+    // Stores a caller's value; false when its type does not fit its holder, and the type stays as it was. "pObject" is
+    // the schema object that an aggregate inside needs; it may be null.
     bool boValueSet(const types::IfcSelectBase& value, const def::schema::ObjectBase* pObject, Pool& pool);
     // False when there is no value, or one that IfcSelectBase can't hold.
     bool boValueGet(types::IfcSelectBase& value) const;
@@ -425,13 +425,14 @@ public:
 
 private:
     template <class Cell>
-    Cell& cellOf(AttributeType eType, const def::schema::Type* pType, Pool& pool);
+    Cell& cellOf(AttributeType eType, Pool& pool) const;
+    void vCellTake(AttributeBase& cell, AttributeType eType, const def::schema::Type* pType) noexcept;
+    bool boStored(AttributeBase& cell, AttributeType eType, const def::schema::Type* pType) noexcept;
     template <class Cell, class Value>
     bool boStore(AttributeType eType, const def::schema::Type* pType, const Value* pValue, Pool& pool);
     template <class Value>
     bool boStoreList(AttributeType eType, const def::schema::Type* pType, const Value* pValue, Pool& pool);
     bool boStoreText(const def::schema::Type* pType, const types::IfcSelectBase& value, Pool& pool);
-    bool boStored(AttributeBase& cell, const def::schema::Type* pType) noexcept;
 };
 
 class AttributeList;

@@ -60,10 +60,13 @@ constexpr bool boAppendable(AttributeType eType) noexcept {
 char* pTextCopy(std::string_view text, Pool& pool) {
     auto* pText = static_cast<char*>(pool.pAllocate(text.size() + 1));
     std::memcpy(pText, text.data(), text.size());
+    return pText;
+}
+
+void vUtf8Check(std::string_view text) {
     if (Assert::isEnabled() && !str::boIsValidUtf8(text))
         Assert::addAssert("Format/Ifc/IfcFileAttribute", "oxa::ifc::Array<char *>::boValueSet", "Not a valid string",
                           __LINE__);
-    return pText;
 }
 
 }   // namespace
@@ -136,7 +139,10 @@ struct ListSetter {
     bool boSet(const std::vector<std::string>& values) {
         if (!boIs(AttributeType::String)) return false;
         Array<char*>& array = arrayFor<char*>(values.size());
-        for (std::size_t i = 0; i < values.size(); ++i) array[i] = pTextCopy(values[i], pool);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            array[i] = pTextCopy(values[i], pool);
+            vUtf8Check(values[i]);
+        }
         return true;
     }
     bool boSet(const std::vector<Bytes>& values) {
@@ -168,7 +174,8 @@ struct ListSetter {
         Array<AttributeSelect>& array = arrayFor<AttributeSelect>(values.size(), &boNew);
         if (boNew) ::new (array.begin()) AttributeSelect;   // the others stay zero until they are filled
         for (std::size_t i = 0; i < values.size(); ++i) {
-            if (array[i].boValueSet(values[i], pElement, pool) && boNew) array[i].m_boPooled = true;
+            if (!array[i].boValueSet(values[i], pElement, pool)) continue;   // refused: it stays as it was
+            if (boNew) array[i].m_boPooled = true;
             array[i].vDefined();
         }
         return true;

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <new>
 #include <set>
+#include <type_traits>
 
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileEntity.h"
@@ -36,38 +37,42 @@ std::vector<T> vectorOf(const AttributeListValueBase& list) {
 
 }   // namespace
 
-// The nested cell of that kind: the present one, or a new one with a fresh header. A new one takes its type along at
-// once: were the former type kept while the value is refused, readers would take the cell for one of another class.
+// The nested cell of that kind: the present one, or a new one with a fresh header that is not the select's yet.
 template <class Cell>
-Cell& AttributeSelect::cellOf(AttributeType eType, const Type* pType, Pool& pool) {
-    if (m_eType.load() != eType || !m_pValue.load()) {
-        m_pValue = ::new (pool.pAllocate(sizeof(Cell))) Cell;
-        m_eType = eType;
-        m_pType = pType;
-    }
-    return *static_cast<Cell*>(m_pValue.load());
+Cell& AttributeSelect::cellOf(AttributeType eType, Pool& pool) const {
+    AttributeBase* pCell = m_pValue;
+    if (m_eType.load() != eType || !pCell) pCell = ::new (pool.pAllocate(sizeof(Cell))) Cell;
+    return *static_cast<Cell*>(pCell);
+}
+
+void AttributeSelect::vCellTake(AttributeBase& cell, AttributeType eType, const Type* pType) noexcept {
+    m_pValue = &cell;
+    m_eType = eType;
+    m_pType = pType;
+}
+
+// A value was stored in the cell, and only now cell, tag and type become the select's: what is refused leaves it as it
+// was, and readers never take a cell for one of another class.
+bool AttributeSelect::boStored(AttributeBase& cell, AttributeType eType, const Type* pType) noexcept {
+    vCellTake(cell, eType, pType);
+    cell.vDefined();
+    return true;
 }
 
 template <class Cell, class Value>
 bool AttributeSelect::boStore(AttributeType eType, const Type* pType, const Value* pValue, Pool& pool) {
     if (!pValue) return false;
-    Cell& cell = cellOf<Cell>(eType, pType, pool);
+    Cell& cell = cellOf<Cell>(eType, pool);
     cell.m_value = *pValue;
-    return boStored(cell, pType);
+    return boStored(cell, eType, pType);
 }
 
 // What the items are, the value's own type says: the object in hand is the select's.
 template <class Value>
 bool AttributeSelect::boStoreList(AttributeType eType, const Type* pType, const Value* pValue, Pool& pool) {
     if (!pValue) return false;
-    auto& list = cellOf<AttributeList>(eType, pType, pool);
-    return list.boValueSet(*pValue, pType, pool) && boStored(list, pType);
-}
-
-bool AttributeSelect::boStored(AttributeBase& cell, const Type* pType) noexcept {
-    m_pType = pType;
-    cell.vDefined();
-    return true;
+    auto& list = cellOf<AttributeList>(eType, pool);
+    return list.boValueSet(*pValue, pType, pool) && boStored(list, eType, pType);
 }
 
 bool AttributeSelect::boStoreText(const Type* pType, const IfcSelectBase& value, Pool& pool) {
@@ -76,8 +81,8 @@ bool AttributeSelect::boStoreText(const Type* pType, const IfcSelectBase& value,
     const auto* ppText = value.pValueGet<const char*>();
     if (!psText && !(ppText && *ppText)) return false;
     const std::string_view text = psText ? std::string_view(*psText) : std::string_view(*ppText);
-    auto& cell = cellOf<AttributeString>(AttributeType::String, pType, pool);
-    return cell.boValueSet(text.data(), text.size() + 1, pool) && boStored(cell, pType);
+    auto& cell = cellOf<AttributeString>(AttributeType::String, pool);
+    return cell.boValueSet(text.data(), text.size() + 1, pool) && boStored(cell, AttributeType::String, pType);
 }
 
 bool AttributeSelect::boValueSet(const IfcSelectBase& value, const ObjectBase* pObject, Pool& pool) {
@@ -101,9 +106,9 @@ bool AttributeSelect::boValueSet(const IfcSelectBase& value, const ObjectBase* p
     case DataKind::Enumeration: {
         const auto* ppText = value.pValueGet<const char*>();
         if (!ppText) return false;
-        auto& cell = cellOf<AttributeEnumeration>(AttributeType::Enumeration, pType, pool);
+        auto& cell = cellOf<AttributeEnumeration>(AttributeType::Enumeration, pool);
         const auto& type = static_cast<const def::schema::DataTypeEnum&>(*pType->pDataType);
-        return cell.boValueSet(*ppText, type, pool) && boStored(cell, pType);
+        return cell.boValueSet(*ppText, type, pool) && boStored(cell, AttributeType::Enumeration, pType);
     }
     case DataKind::Array:
         return pObject && boStoreList(AttributeType::Array, pType, value.pValueGet<std::vector<double>>(), pool);
@@ -181,34 +186,29 @@ bool AttributeSelect::boValueGetFromCell(const AttributeBase& cell, const def::s
 }
 
 void AttributeSelect::vTypeCreate(const std::vector<const ObjectBase*>& path, Pool& pool) {
-    constexpr char g_sTypeCreate[] = "oxa::ifc::AttributeSelect::vTypeCreate";
     if (path.size() != 1 || !path.front()) return;
-    if (def::schema::pAsEntity(path.front())) {
-        cellOf<AttributeEntity>(AttributeType::Entity, nullptr, pool);
-        m_pType = nullptr;
-        return;
-    }
+    if (def::schema::pAsEntity(path.front()))
+        return vCellTake(cellOf<AttributeEntity>(AttributeType::Entity, pool), AttributeType::Entity, nullptr);
     const Type* pType = def::schema::pAsType(path.front());
     if (!pType || !pType->pDataType) return;
+    const auto vPrepare = [&]<class Cell>(AttributeType eType, std::type_identity<Cell>) {
+        vCellTake(cellOf<Cell>(eType, pool), eType, pType);
+    };
+    const auto vRefuse = [] { boNotImplemented("oxa::ifc::AttributeSelect::vTypeCreate"); };
     switch (pType->pDataType->kind) {
-    case DataKind::Real: cellOf<AttributeReal>(AttributeType::Real, pType, pool); break;
-    case DataKind::Boolean: cellOf<AttributeBoolean>(AttributeType::Boolean, pType, pool); break;
-    case DataKind::Integer: cellOf<AttributeInteger>(AttributeType::Integer, pType, pool); break;
-    case DataKind::Number: cellOf<AttributeNumber>(AttributeType::Number, pType, pool); break;
-    case DataKind::Logical: cellOf<AttributeLogical>(AttributeType::Logical, pType, pool); break;
-    case DataKind::Select: cellOf<AttributeSelect>(AttributeType::Select, pType, pool); break;
+    case DataKind::Real: return vPrepare(AttributeType::Real, std::type_identity<AttributeReal>());
+    case DataKind::Boolean: return vPrepare(AttributeType::Boolean, std::type_identity<AttributeBoolean>());
+    case DataKind::Integer: return vPrepare(AttributeType::Integer, std::type_identity<AttributeInteger>());
+    case DataKind::Number: return vPrepare(AttributeType::Number, std::type_identity<AttributeNumber>());
+    case DataKind::Logical: return vPrepare(AttributeType::Logical, std::type_identity<AttributeLogical>());
+    case DataKind::Select: return vPrepare(AttributeType::Select, std::type_identity<AttributeSelect>());
     case DataKind::String:
-        if (m_boGuid) {
-            boNotImplemented(g_sTypeCreate);
-            return;
-        }
-        cellOf<AttributeString>(AttributeType::String, pType, pool);
-        break;
+        if (m_boGuid) return vRefuse();
+        return vPrepare(AttributeType::String, std::type_identity<AttributeString>());
     case DataKind::Binary:
-    case DataKind::Enumeration: boNotImplemented(g_sTypeCreate); return;
+    case DataKind::Enumeration: return vRefuse();
     default: return;
     }
-    m_pType = pType;
 }
 
 AttributeSelect::~AttributeSelect() {

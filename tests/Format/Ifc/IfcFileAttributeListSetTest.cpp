@@ -254,6 +254,39 @@ TEST(AttributeListSet, SkipsARowOfOtherItems) {
     EXPECT_EQ(trail.raised(), Trail{});
 }
 
+// What is refused stays as it was: undefined, another value, or untouched memory.
+TEST(AttributeListSet, LeavesARefusedSelectAsItWas) {
+    const IfcSelectBase taken = typed("IFCLABEL", std::string("z"));
+    const struct {
+        const char* sName;
+        const char* token;
+        std::vector<IfcSelectBase> values;
+        const char* sCell;
+    } cases[] = {
+        {"undefined", "(IFCLABEL('a'),$)", {taken, IfcSelectBase()},
+         "List 9[Select 5:IFCLABEL(String 'z'), $ Select 0:(null)]"},
+        {"derived", "(IFCLABEL('a'),*)", {taken, IfcSelectBase()},
+         "List 9[Select 5:IFCLABEL(String 'z'), * Select 0:(null)]"},
+        {"a value", "(IFCLABEL('a'),#5)", {taken, typed("IFCCOUNT", 1.5)},
+         "List 9[Select 5:IFCLABEL(String 'z'), Select 13:(#5)]"},
+        {"an enumerator in the first", "($,#5)", {typed<const char*>("IFCCOLOUR", "BLUE"), taken},
+         "List 9[$ Select 0:(null), Select 5:IFCLABEL(String 'z')]"},
+        {"a new block", "()", {IfcSelectBase(), IfcSelectBase(), taken},
+         "List 9[Select 0:(null), ~ Select 0:(null), Select 5:IFCLABEL(String 'z')]"},
+    };
+    CellSetter setter;
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.sName);
+        setter.vReadOne("Selects", row.token);
+        EXPECT_TRUE(sets(row.values)(setter, "Selects"));
+        EXPECT_EQ(setter.sShow("Selects"), row.sCell);
+    }
+    setter.vReadOne("Selects", "(IFCLABEL('a'),$)");
+    EXPECT_TRUE(setter.entity->boListValueSet(def::schema::AttributeName("Selects"),
+                                              std::vector<IfcSelectBase>{taken, IfcSelectBase()}, setter.data));
+    EXPECT_NE(setter.entity->sWriteLine(setter.data).find(",(IFCLABEL('z'),$),"), std::string::npos);
+}
+
 TEST(AttributeListSet, RebuildsAListOfEntitiesFromItsNodes) {
     CellSetter setter;
     const std::vector<Entity*> all = {setter.pEntity(5), setter.pEntity(6), setter.pEntity(7), setter.pEntity(8)};
@@ -440,6 +473,16 @@ TEST(AttributeListPush, MovesTheItemsToANewBlock) {
         EXPECT_EQ(setter.sShow(row.sAttribute), row.sCell);
         EXPECT_NE(list.m_pItems, pBlock) << "even where there was room";
     }
+}
+
+TEST(AttributeListPush, DoesNotLookAtTheText) {
+    CellSetter setter;
+    setter.vReadOne("Texts", "('a')");
+    AssertTrail trail;
+    EXPECT_TRUE(pushes(std::string("b\xFF"))(setter, "Texts"));
+    EXPECT_TRUE(pushes<const char*>("\xC3")(setter, "Texts"));
+    EXPECT_EQ(setter.sShow("Texts"), "List 5['a', 'b\xFF', '\xC3']");
+    EXPECT_EQ(trail.raised(), Trail{});
 }
 
 TEST(AttributeListPush, NeedsATypeOnlyForTheFirstItem) {

@@ -217,6 +217,9 @@ TEST(AttributeSelect, StoresEachKind) {
             {"string", nullptr, typed("IFCLABEL", std::string("a")), true, "$ Select 5:IFCLABEL(String 'a')"},
             {"string from a text", nullptr, typed<const char*>("IFCLABEL", "b"), true,
              "$ Select 5:IFCLABEL(String 'b')"},
+            {"an empty string", nullptr, typed("IFCLABEL", std::string()), true, "$ Select 5:IFCLABEL(String '')"},
+            {"string from an empty text", "IFCLABEL('x')", typed<const char*>("IFCLABEL", ""), true,
+             "Select 5:IFCLABEL(String '')"},
             {"logical", nullptr, typed("IFCANSWER", LogicalValue::Unknown), true,
              "$ Select 6:IFCANSWER(Logical unknown)"},
             {"enumeration", nullptr, typed<const char*>("IFCCOLOUR", "GREEN"), true,
@@ -267,19 +270,27 @@ TEST(AttributeSelect, RefusesOtherTypes) {
         setter);
 }
 
-// A new cell is of the new type at once, however long the old one was.
-TEST(AttributeSelect, LeavesAConsistentCellBehindARefusal) {
+// The type is set by what stores, and by nothing else.
+TEST(AttributeSelect, KeepsItsTypeBehindARefusal) {
     CellSetter setter;
     vExpectStores(
         {
+            {"no enumerator, over nothing", nullptr, typed<const char*>("IFCCOLOUR", "BLUE"), false,
+             "$ Select 0:(null)"},
             {"no enumerator, over a binary", "IFCBLOB(\"0AB\")", typed<const char*>("IFCCOLOUR", "BLUE"), false,
-             "Select 8:IFCCOLOUR(Enumeration null)"},
+             "Select 7:IFCBLOB(Binary [AB])"},
             {"no enumerator, over a string", "IFCLABEL('x')", typed<const char*>("IFCCOLOUR", "BLUE"), false,
+             "Select 5:IFCLABEL(String 'x')"},
+            {"no enumerator, over another", "IFCCOLOUR(.RED.)", typed<const char*>("IFCCOLOUR", "BLUE"), false,
              "Select 8:IFCCOLOUR(Enumeration null)"},
             {"a null enumerator", "IFCCOLOUR(.RED.)", typed<const char*>("IFCCOLOUR", nullptr), false,
              "Select 8:IFCCOLOUR(Enumeration null)"},
+            {"reals in a list of integers, over nothing", nullptr, typed("IFCCOUNTS", std::vector{1.5}), false,
+             "$ Select 0:(null)"},
             {"reals in a list of integers", "IFCINNER(IFCCOUNT(1))", typed("IFCCOUNTS", std::vector{1.5}), false,
-             "Select 11:IFCCOUNTS(List 3 null)"},
+             "Select 9:IFCINNER(Select 3:IFCCOUNT(Integer 1))"},
+            {"reals in an array of integers", "#5", typed("IFCINTEGERARRAY", std::vector{1.5}), false,
+             "Select 13:(#5)"},
             {"the same in one that is there", "IFCCOUNTS((1,2))", typed("IFCCOUNTS", std::vector{1.5}), false,
              "Select 11:IFCCOUNTS(List 3[1, 2])"},
         },
