@@ -235,7 +235,7 @@ private:
         if (!pDestination || !pTypeOf(*pDestination)) return source.boHasValue();
         std::size_t iLost = 0;
         const auto mapEntity = [&iLost](ifc::Entity* pEntity) {
-            if (pEntity->pSchemaEntity()) return pEntity;
+            if (!pEntity || pEntity->pSchemaEntity()) return pEntity;
             ++iLost;
             return static_cast<ifc::Entity*>(nullptr);
         };

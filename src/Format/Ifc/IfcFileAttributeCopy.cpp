@@ -47,9 +47,9 @@ const def::schema::DataTypeSelect* pSelectOf(const ObjectBase* pObject) noexcept
                : nullptr;
 }
 
-// A function gets no null to map.
+// A function is asked for a null, too: it may have something to put in its place.
 Entity* pMapped(Entity* pEntity, const AttributeBase::MapEntity& mapEntity) {
-    return pEntity && mapEntity ? mapEntity(pEntity) : pEntity;
+    return mapEntity ? mapEntity(pEntity) : pEntity;
 }
 
 bool boTakes(const def::schema::DataTypeSelect& select, const Entity& entity) {
