@@ -50,20 +50,30 @@ AttributeType typeOf(CellClass eClass, const ObjectBase* pObject) noexcept {
     return static_cast<AttributeType>(static_cast<int>(def::schema::pDataTypeOf(pObject)->kind) + 1);
 }
 
-template <class Cell>
+// Without a token: the default state, of which "Default" is all that is written.
+template <class Cell, class Default = Cell>
 void vConstruct(void* pCell, AttributeBase::StepReadInfoAttribute* pInfo) {
     if (pInfo)
         ::new (pCell) Cell(*pInfo);
     else
-        ::new (pCell) Cell;
+        ::new (pCell) Default;
 }
 
 using Construct = void (*)(void*, AttributeBase::StepReadInfoAttribute*);
+// Logical and enumeration cells get their header alone: their value stays what the memory holds.
 constexpr std::array<Construct, 12> g_construct{
-    vConstruct<AttributeReal>,        vConstruct<AttributeBoolean>, vConstruct<AttributeInteger>,
-    vConstruct<AttributeNumber>,      vConstruct<AttributeString>,  vConstruct<AttributeGuid>,
-    vConstruct<AttributeLogical>,     vConstruct<AttributeBinary>,  vConstruct<AttributeEnumeration>,
-    vConstruct<AttributeSelect>,      vConstruct<AttributeList>,    vConstruct<AttributeEntity>,
+    vConstruct<AttributeReal>,
+    vConstruct<AttributeBoolean>,
+    vConstruct<AttributeInteger>,
+    vConstruct<AttributeNumber>,
+    vConstruct<AttributeString>,
+    vConstruct<AttributeGuid>,
+    vConstruct<AttributeLogical, AttributeBase>,
+    vConstruct<AttributeBinary>,
+    vConstruct<AttributeEnumeration, AttributeBase>,
+    vConstruct<AttributeSelect>,
+    vConstruct<AttributeList>,
+    vConstruct<AttributeEntity>,
 };
 
 constexpr bool boCell(CellClass eClass) noexcept { return eClass < CellClass::Unresolved; }

@@ -78,6 +78,20 @@ TEST(AttributeBase, ACellWithoutATokenHasAValueOfZero) {
     }
 }
 
+// Of a logical and an enumeration the header alone is written, of all others the value too.
+TEST(AttributeBase, ACellWithoutATokenKeepsTheMemoryOfTwoClasses) {
+    for (const KindRow& row : g_kindRows) {
+        SCOPED_TRACE(row.sName);
+        const Attribute& attribute = attributeOf("IfcEveryKind", row.sName);
+        std::vector<unsigned char> bytes(row.iSize, 0x5A);
+        AttributeBase::vAttributeNew(*attribute.types.front(), attribute, bytes.data(), nullptr, nullptr);
+        const std::vector<unsigned char> header(bytes.begin(), bytes.begin() + 4);
+        EXPECT_EQ(header, (std::vector<unsigned char>{0, 0, 1, row.eClass == CellClass::Guid}));
+        const bool boKept = row.eClass == CellClass::Logical || row.eClass == CellClass::Enumeration;
+        EXPECT_EQ(bytes.back(), boKept ? 0x5A : 0);
+    }
+}
+
 TEST(AttributeBase, TheFlagsAreTheFirstFourBytes) {
     const auto bytes = [](const AttributeBase& cell) {
         std::array<int, 4> values{};
