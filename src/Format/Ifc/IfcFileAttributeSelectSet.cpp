@@ -9,6 +9,7 @@
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
 #include "platform/Assert.h"
+#include "platform/Utilities.h"
 
 namespace oxa::ifc {
 
@@ -166,7 +167,8 @@ bool AttributeSelect::boValueGet(IfcSelectBase& value) const {
 bool AttributeSelect::boValueGetFromCell(const AttributeBase& cell, const def::schema::Attribute& attribute,
                                          IfcSelectBase& value) {
     if (!cell.boHasValue()) return false;
-    const ObjectBase* pObject = attribute.types.empty() ? nullptr : attribute.types.front();
+    if (attribute.types.empty()) throw oxa::exception("returning nullptr");
+    const ObjectBase* pObject = attribute.types.front();
     const Type* pType = def::schema::pAsType(pObject);
     switch (cellClass(pObject, attribute)) {
     case CellClass::Entity: value.vEntitySet(static_cast<const AttributeEntity&>(cell).m_value); return true;

@@ -288,6 +288,7 @@ bool AttributeListValueBase::boForEach(const def::schema::Attribute& attribute,
 template <class T>
 bool AttributeBase::boForEach(const AttributeBase& cell, const def::schema::Attribute& attribute,
                               std::function<bool(T&)> function, bool boSingle, bool boList) {
+    if (!cell.boHasValue()) return false;
     if (attribute.types.empty()) throw oxa::exception("returning nullptr");
     return boWalkCell<T>(cellClass(attribute.types.front(), attribute), &cell, attribute, function, boSingle, boList);
 }

@@ -9,6 +9,7 @@
 
 #include "CellSetter.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
+#include "platform/Utilities.h"
 
 namespace oxa::ifc {
 namespace {
@@ -512,8 +513,12 @@ TEST(AttributeSelect, ReadsCellsOfNoTypeAndNoText) {
     CellSetter setter;
     IfcSelectBase value(std::string("former"));
     setter.vReadOne("In", "3");
-    EXPECT_FALSE(AttributeSelect::boValueGetFromCell(setter.cell<AttributeBase>("In"), def::schema::Attribute(), value))
+    EXPECT_THROW(AttributeSelect::boValueGetFromCell(setter.cell<AttributeBase>("In"), def::schema::Attribute(), value),
+                 oxa::exception)
         << "an attribute without a type";
+    setter.vReadOne("In", "$");
+    EXPECT_FALSE(AttributeSelect::boValueGetFromCell(setter.cell<AttributeBase>("In"), def::schema::Attribute(), value))
+        << "whose cell has no value";
     EXPECT_EQ(sHeld(value, setter), "text former");
     EXPECT_TRUE(AttributeSelect::boValueGetFromCell(AttributeString(), setter.attribute("St"), value));
     EXPECT_EQ(sHeld(value, setter), "IfcLabel string ") << "a null text is empty";

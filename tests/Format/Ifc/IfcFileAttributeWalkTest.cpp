@@ -472,6 +472,12 @@ TEST(AttributeWalk, NeedsATypeOfTheAttribute) {
     EXPECT_THROW(static_cast<void>(AttributeBase::boForEach<double>(
                      cell, attribute, [](double&) { return true; }, true, true)),
                  oxa::exception);
+    for (const bool boDerived : {false, true}) {   // the flags come first
+        AttributeReal without;
+        without.m_boDerived = boDerived;
+        without.m_boUndefined = !boDerived;
+        EXPECT_FALSE(AttributeBase::boForEach<double>(without, attribute, [](double&) { return true; }, true, true));
+    }
 }
 
 // --- every entity ----------------------------------------------------------------------------------------------

@@ -610,6 +610,8 @@ TEST(EntityValues, ThrowForAnAttributeWithoutAType) {
     EXPECT_TRUE(pEntity->boValueGet(AttributeName("First"), value));
     EXPECT_THROW(pEntity->boValueGet(second, value), oxa::exception);
     EXPECT_THROW(pEntity->boListValueGet(second, values), oxa::exception);
+    IfcSelectBase select;
+    EXPECT_THROW(pEntity->boValueGet(second, select), oxa::exception);
     EXPECT_THROW(pEntity->boValueSet(second, value, reader.data), oxa::exception);
     EXPECT_THROW(pEntity->boListValueSet(second, values, reader.data), oxa::exception);
     EXPECT_THROW(pEntity->boListValuePushBack(second, value, reader.data), oxa::exception);
