@@ -21,7 +21,9 @@ EntitySlotLock::~EntitySlotLock() {
 }
 
 EntitySlot* ReadInfoCommon::pChunkGet(Data& data, std::size_t iChunk) {
-    return chunkGet(data, iChunk).pSlots.load(std::memory_order_acquire);
+    Chunk& chunk = chunkGet(data, iChunk);
+    for (auto& word : chunk.pages) word.store(~std::uint64_t{0}, std::memory_order_relaxed);
+    return chunk.pSlots.load(std::memory_order_acquire);
 }
 
 EntitySlot& ReadInfoCommon::slotCreate(Data& data, std::size_t iChunk, std::size_t iSlot) {

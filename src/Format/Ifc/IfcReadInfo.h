@@ -79,8 +79,8 @@ struct ReadInfoCommon {
     ReadInfoCommon(const ReadInfoCommon&) = delete;
     ReadInfoCommon& operator=(const ReadInfoCommon&) = delete;
 
-    // Never null. Creates the chunk in the pool of "data" when it does not exist yet. A caller who marks
-    // or fills a slot goes through slotGet, which also notes the slot's page.
+    // Never null. Creates the chunk in the pool of "data" when it does not exist yet. Its caller may mark and fill any
+    // slot of it, so all of them are visited from here on; slotGet, for one number, notes the slot's page alone.
     [[nodiscard]] EntitySlot* pChunkGet(Data& data, std::size_t iChunk);
 
     // The slot of a number; from here on vForEachSlot visits it.

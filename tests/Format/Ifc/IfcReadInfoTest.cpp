@@ -60,6 +60,27 @@ TEST_F(EntityTable, VisitsTouchedPagesInOrder) {
     EXPECT_EQ(iVisited, 7 * 128U);
 }
 
+// Whoever has a chunk may use all of it without a word.
+TEST_F(EntityTable, VisitsAllOfAChunkThatSomebodyAskedFor) {
+    const auto* pType = SchemaLoader::pBuiltIn("IFC4")->pEntityFromName(def::schema::ObjectName("IFCDIRECTION"));
+    for (const std::size_t iChunk : {std::size_t{1}, std::size_t{1001}}) {
+        EntitySlot& slot = info.pChunkGet(data, iChunk)[30'000];
+        slot.vReferencedSet();
+        slot.entity.vSchemaEntitySet(data, *pType, true);
+    }
+    info.vTrim();
+    std::vector<std::uint32_t> defined;
+    std::size_t iVisited = 0;
+    info.vForEachSlot([&](std::uint32_t iId, EntitySlot& slot) {
+        ++iVisited;
+        if (slot.boReferenced() && slot.entity.pSchemaEntity()) defined.push_back(iId);
+    });
+    EXPECT_THAT(defined, ElementsAre(32'768 + 30'000, 1001 * 32'768 + 30'000));
+    EXPECT_EQ(iVisited, 2 * ReadInfoCommon::g_iSlotsPerChunk);
+    EXPECT_TRUE(data.boFinished(info, true));
+    EXPECT_EQ(data.pEntityFromId(62'768), &info.slotGet(data, 62'768).entity);
+}
+
 TEST_F(EntityTable, ThreadsThatRaceForAChunkGetTheSame) {
     for (const std::size_t iChunk : {std::size_t{5}, std::size_t{1005}}) {
         const std::size_t iBefore = data.pool().iBytesReserved();
