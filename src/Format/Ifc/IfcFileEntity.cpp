@@ -28,11 +28,12 @@ int iFind(const List& list, const AttributeName& name) noexcept {
 }
 
 // The position of an inverse attribute in the block of every type that has it: inverse attributes of supertypes
-// come first, so a subtype does not move it.
-std::size_t iPositionOf(const def::schema::AttributeInverse& inverse) {
-    const def::schema::Entity& owner = *inverse.pOwner;
-    const std::size_t iInherited = owner.allInverseAttributes().size() - owner.ownInverseAttributes.size();
-    return iInherited + static_cast<std::size_t>(&inverse - owner.ownInverseAttributes.data());
+// come first, so a subtype does not move it. A faulty graph may name an owner that does not have it, or none.
+std::size_t iPositionOf(const AttributeInverse& inverse) {
+    if (!inverse.pOwner) return DataSizeEntity::Feed::g_iNone;
+    const auto& all = inverse.pOwner->allInverseAttributes();
+    const auto found = std::ranges::find(all, &inverse);
+    return found == all.end() ? DataSizeEntity::Feed::g_iNone : static_cast<std::size_t>(found - all.begin());
 }
 
 std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& schema) {
@@ -51,7 +52,8 @@ std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& 
         pSize->cells.push_back({pAttribute, pSize->iSize, eClass});
         pSize->iSize += iSize;
     }
-    for (const def::schema::AttributeInverse* pInverse : schema.inverseTargets()) {
+    for (const AttributeInverse* pInverse : schema.inverseTargets()) {
+        if (!pInverse) continue;
         const auto fed = std::ranges::find(schema.allAttributes(), pInverse->sForAttribute, &Attribute::sName);
         const auto iCell = static_cast<std::size_t>(fed - schema.allAttributes().begin());
         pSize->feeds.push_back({fed == schema.allAttributes().end() ? DataSizeEntity::Feed::g_iNone : iCell,

@@ -40,8 +40,8 @@ struct DataSizeEntity {
         static constexpr std::size_t g_iNone = static_cast<std::size_t>(-1);
 
         std::size_t iCell;                    // the attribute; g_iNone where the schema names one that is not there
-        const def::schema::Entity* pOwner;    // its instances and those of its subtypes have the list
-        std::size_t iPosition;                // of the list in their inverse blocks
+        const def::schema::Entity* pOwner;    // its instances and those of its subtypes have the list; may be null
+        std::size_t iPosition;                // of the list in their inverse blocks; g_iNone where the owner has none
     };
 
     std::uint32_t iSize = 0;                  // bytes of the block: the sum of the cell sizes

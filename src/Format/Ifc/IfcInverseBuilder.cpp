@@ -6,6 +6,15 @@
 namespace oxa::ifc {
 
 void InverseBuilder::vAdd(Entity& entity) {
+    try {
+        vAnnounce(entity);
+    } catch (...) {
+        vFlush();   // what is on its way belongs to instances before the fault
+        throw;
+    }
+}
+
+void InverseBuilder::vAnnounce(Entity& entity) {
     const def::schema::Entity& schema = entity.schemaEntity();
     if (!schema.boHasInverse || schema.inverseTargets().empty()) return;
     const DataSizeEntity& size = Entity::getDataSize(schema);
@@ -16,6 +25,7 @@ void InverseBuilder::vAdd(Entity& entity) {
                                   "Not able to find attribute", __LINE__);
             continue;
         }
+        if (feed.iPosition == DataSizeEntity::Feed::g_iNone) continue;   // nobody has such a list
         const DataSizeEntity::Cell& place = size.cells[feed.iCell];
         const auto& cell = *reinterpret_cast<const AttributeBase*>(static_cast<const char*>(entity.m_pAttributes) +
                                                                    place.iOffset);
@@ -46,8 +56,8 @@ void InverseBuilder::vTargetLook() {
 }
 
 void InverseBuilder::vNodeEnter() {
-    const Entry entry = m_entries.pop();
     void* pBytes = m_pArena ? m_pArena->pAllocate(sizeof(EntityList)) : m_pool.pAllocate(sizeof(EntityList));
+    const Entry entry = m_entries.pop();
     auto* pNode = static_cast<EntityList*>(pBytes);
     pNode->value = entry.pSource;
     pNode->next = entry.pHead->load();

@@ -22,7 +22,7 @@ public:
     ~InverseBuilder() = default;
 
     // Puts "entity" in front of the inverse lists of its targets, at the latest with vFlush. Throws oxa::exception
-    // "returning nullptr" for an empty instance. The assertion "Not able to find attribute" tells of an inverse
+    // "returning nullptr" for an empty instance; whatever is thrown, earlier instances have been entered. The assertion "Not able to find attribute" tells of an inverse
     // attribute that names none of the type.
     void vAdd(Entity& entity);
     // Enters what is still on its way.
@@ -55,6 +55,7 @@ private:
         }
     };
 
+    void vAnnounce(Entity& entity);
     void vReference(const Reference& reference);
     void vTargetLook();
     void vNodeEnter();

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "AssertLog.h"
+#include "SmallModel.h"
 #include "StatementReader.h"
 #include "platform/Utilities.h"
 
@@ -186,6 +187,59 @@ TEST(InverseInit, AForwardAttributeThatIsMissingIsAsserted) {
     EXPECT_EQ(log.texts(), std::vector<std::string>{"Not able to find attribute"});
     EXPECT_TRUE(pUsed->entitiesInverseFromIndex(0).empty());
     EXPECT_EQ(pUsed->entitiesInverseFromIndex(1), std::vector<Entity*>{pUser}) << "the next one is served";
+}
+
+// A graph of a faulty provider: inverse attributes that no type has.
+TEST(InverseInit, WhatItsOwnerDoesNotListIsSkipped) {
+    const auto pSchema = pSchemaOf(R"(
+        ENTITY IfcTarget; Name : OPTIONAL STRING; INVERSE Users : SET OF IfcUser FOR Target; END_ENTITY;
+        ENTITY IfcSpecial SUBTYPE OF (IfcTarget); INVERSE Others : SET OF IfcUser FOR Target; END_ENTITY;
+        ENTITY IfcUser; Target : IfcTarget; END_ENTITY;)");
+    const auto* pTarget = pSchema->pEntityFromName(ObjectName("IFCTARGET"));
+    const auto* pUserType = pSchema->pEntityFromName(ObjectName("IFCUSER"));
+    const AttributeInverse copy = pTarget->ownInverseAttributes[0];
+    AttributeInverse ownerless = copy;
+    ownerless.pOwner = nullptr;
+    AttributeInverse elsewhere = copy;
+    elsewhere.pOwner = pUserType;
+    auto& inverses = const_cast<def::schema::Entity*>(pUserType)->ownAttributes[0].inverses;
+    inverses.insert(inverses.begin(), {&copy, &ownerless, nullptr, &elsewhere});
+    StatementReader reader(*pSchema);
+    Entity* pUser = reader.pRead("#1=IFCUSER(#2);");
+    Entity* pOther = reader.pRead("#3=IFCUSER(#4);");
+    Entity* pUsed = reader.pRead("#2=IFCTARGET($);");
+    Entity* pSpecial = reader.pRead("#4=IFCSPECIAL($);");
+    const AssertLog log;
+    pUser->vAttributeInverseInit(reader.data);
+    pOther->vAttributeInverseInit(reader.data);
+    EXPECT_TRUE(log.texts().empty());
+    EXPECT_EQ(pUsed->entitiesInverseFromIndex(0), std::vector<Entity*>{pUser}) << "the true one is served";
+    EXPECT_EQ(pSpecial->entitiesInverseFromIndex(0), std::vector<Entity*>{pOther});
+    EXPECT_EQ(pSpecial->entitiesInverseFromIndex(1), std::vector<Entity*>{pOther});
+}
+
+// An entity without a type stands among others: those before it are entered, and the fault passes on.
+TEST(InverseInit, WhatStandsBeforeAFaultIsEntered) {
+    for (const int iBefore : {1, 16, 17, 32, 33, 100}) {
+        SCOPED_TRACE(iBefore);
+        Data data;
+        data.vSchemaSet(&smallSchema());
+        Entity& project = *data.pEntityCreate(ObjectName("IFCPROJECT"));
+        const auto pLink = [&] {
+            Entity* pMade = data.pEntityCreate(ObjectName("IFCRELLINK"));
+            EXPECT_TRUE(pMade->boValueSet<const Entity*>(AttributeName("Relating"), &project, data));
+            return pMade;
+        };
+        std::vector<Entity*> links;
+        for (int i = 0; i < iBefore; ++i) links.insert(links.begin(), pLink());
+        Entity empty;
+        data.entityAdd(&empty);
+        pLink();
+        io::ReadError errors;
+        ReadInfoCommon info(errors);
+        EXPECT_THROW(data.boFinished(info, true), oxa::exception);
+        EXPECT_EQ(project.entitiesInverseFromIndex(0), links);
+    }
 }
 
 TEST(InverseInit, AnEmptyInstanceIsAnInsideFault) {
