@@ -16,6 +16,14 @@ Guid guidOf(const Entity& entity) {
     return entity.boValueGet(g_globalId, guid) ? guid : Guid{};
 }
 
+// In whatever schema its type is.
+bool boRooted(const Entity& entity) {
+    constexpr def::schema::ObjectName g_root("IFCROOT");
+    for (const def::schema::Entity* pType = entity.pSchemaEntity(); pType; pType = pType->pParent)
+        if (def::schema::ObjectName(*pType) == g_root) return true;
+    return false;
+}
+
 }   // namespace
 
 void Data::vGuidUpdate() const {
@@ -38,12 +46,17 @@ Entity* Data::pEntityFromGuid(const Guid& guid) const {
 
 bool Data::boEntityDelete(Entity* pEntity) {
     if (!pEntity) return false;
-    const def::schema::Entity& schema = pEntity->schemaEntity();
-    const auto [first, last] = range(def::schema::ObjectName(schema), false);
-    const auto place = std::find(first, last, pEntity);
-    if (place == last) return false;
+    const std::uint16_t iOrdinal = pEntity->schemaEntity().iTypeOrdinal;
+    if (!m_pSchema) return false;
+    vSortEntities();
+    // By the entity's own type: that need not be one of the present schema.
+    const auto run = std::ranges::equal_range(m_entities, iOrdinal, {}, [](const Entity* pOther) {
+        return pOther->schemaEntity().iTypeOrdinal;
+    });
+    const auto place = std::ranges::find(run, pEntity);
+    if (place == run.end()) return false;
     m_entities.erase(place);
-    if (pEntity->boIsCompatible(m_pRootSchema)) {
+    if (boRooted(*pEntity)) {
         if (!m_pendingGuid.empty()) vGuidUpdate();
         if (const Guid guid = guidOf(*pEntity); !guid.boIsNull()) m_guidEntityMap.boErase(guid);
     }

@@ -89,6 +89,31 @@ TEST(EntityDelete, LooksForExactlyItsType) {
     for (std::size_t i = 0; i < 50; ++i) EXPECT_EQ(begin[static_cast<std::ptrdiff_t>(i)], points[2 * i + 1]);
 }
 
+// The present schema need not be the one that an entity is of.
+TEST(EntityDelete, GoesByTheEntitysOwnType) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"lacks the type", "ENTITY IfcFirst; END_ENTITY;"},
+        {"has it elsewhere", "ENTITY IfcA; END_ENTITY; ENTITY IfcB; END_ENTITY; ENTITY IfcElement; END_ENTITY;"},
+    };
+    for (const auto& [sRule, sSchema] : rows) {
+        SCOPED_TRACE(sRule);
+        EditData data;
+        Entity& removed = data.made("IFCELEMENT", 1);
+        Entity& other = data.made("IFCELEMENT", 2);
+        Entity& point = data.made("IFCPOINT");
+        const auto pSchema = pSchemaOf(sSchema);
+        data.vSchemaSet(pSchema.get());
+        EXPECT_TRUE(data.boEntityDelete(&removed));
+        EXPECT_FALSE(data.boEntityDelete(&removed));
+        EXPECT_THAT(data.entities(), testing::UnorderedElementsAre(&other, &point));
+        EXPECT_EQ(data.pEntityFromGuid(guidOf(1)), nullptr);
+        EXPECT_EQ(data.pEntityFromGuid(guidOf(2)), &other);
+        data.vSchemaSet(nullptr);
+        EXPECT_FALSE(data.boEntityDelete(&other)) << "without a schema nothing is found";
+        EXPECT_EQ(data.entities().size(), 2U);
+    }
+}
+
 TEST(EntityDelete, EntersPendingGuidsFirst) {
     EditData data;
     Entity& removed = data.made("IFCELEMENT", 1);
