@@ -292,6 +292,30 @@ TEST(CompareCell, ListsOfReferencesMayHoldNulls) {
     }
 }
 
+// Only the references of the cells in hand are compared by identity; those of the instances behind them by content.
+TEST(CompareCell, SameEntityIsAskedOfTheFirstReferencesAlone) {
+    const auto pSchema = pSchemaOf(R"(
+        ENTITY IfcThing; Name : OPTIONAL STRING; END_ENTITY;
+        ENTITY IfcHolder; Thing : IfcThing; END_ENTITY;
+        ENTITY IfcTop; Holders : LIST OF IfcHolder; END_ENTITY;)");
+    StatementReader reader(*pSchema);
+    for (const char* sStatement : {"#1=IFCTHING('a');", "#2=IFCTHING('a');", "#3=IFCTHING('b');", "#4=IFCHOLDER(#1);",
+                                   "#5=IFCHOLDER(#2);", "#6=IFCHOLDER(#3);"})
+        ASSERT_NE(reader.pRead(sStatement), nullptr);
+    const Value first(*reader.pRead("#7=IFCTOP((#4));"));
+    const Value equal(*reader.pRead("#8=IFCTOP((#5));"));
+    const Value other(*reader.pRead("#9=IFCTOP((#6));"));
+    for (const bool boSameEntity : {false, true}) {
+        SCOPED_TRACE(boSameEntity);
+        EXPECT_TRUE(first.boEqual(equal, boSameEntity));
+        EXPECT_FALSE(first.boEqual(other, boSameEntity));
+    }
+    const Value holder(*reader.pEntity(4));
+    const Value sameContent(*reader.pEntity(5));
+    EXPECT_TRUE(holder.boEqual(sameContent, false));
+    EXPECT_FALSE(holder.boEqual(sameContent, true));
+}
+
 TEST(CompareCell, ListsInSelectsNeedOtherFlags) {
     vExpectRows({
         {"IFCSELECT", "IFCREALS((1.))", "IFCREALS((1.))", false},

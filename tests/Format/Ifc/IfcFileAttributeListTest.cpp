@@ -116,6 +116,43 @@ const ReadRow g_entityRows[] = {
 };
 TEST(AttributeList, ReferencesAreLinked) { vExpectReads(g_entityRows); }
 
+// Lists are cut apart once up to a private number of items, twice beyond: one item more must not be another list.
+TEST(AttributeList, EveryLengthIsRead) {
+    const struct {
+        const char* sKeyword;
+        const char* sItem;    // % becomes a number of two digits
+        const char* sOpen;
+        const char* sShown;
+    } rows[] = {
+        {"IFCREALLIST", "%", "List 1[", "%"},
+        {"IFCINTEGERARRAY", "%", "List 3[", "%"},
+        {"IFCLABELLIST", "'t%'", "List 5[", "'t%'"},
+        {"IFCBINARYLIST", "\"0%\"", "List 7[", "Binary [%]"},
+        {"IFCSELECTLIST", "IFCCOUNT(%)", "List 9[", "Select 3:IFCCOUNT(Integer %)"},
+        {"IFCTABLE", "(%.)", "List 11[", "List 1[%]"},
+        {"IFCREFERENCESET", "#%", "List 13[", "#%"},
+    };
+    const auto joined = [](std::string_view item, std::string_view separator, int iCount) {
+        std::string sText;
+        for (int i = 0; i < iCount; ++i) {
+            std::string sEach(item);
+            sEach.replace(sEach.find('%'), 1, std::to_string(10 + i));
+            sText.append(i ? separator : "").append(sEach);
+        }
+        return sText;
+    };
+    for (const auto& row : rows)
+        for (const int iCount : {1, 15, 16, 17, 18, 33}) {
+            SCOPED_TRACE(std::string(row.sKeyword) + ' ' + std::to_string(iCount));
+            StatementReader reader;
+            const Entity* pEntity =
+                reader.pRead("#1=" + std::string(row.sKeyword) + "((" + joined(row.sItem, ",", iCount) + "));");
+            ASSERT_NE(pEntity, nullptr);
+            EXPECT_EQ(reader.sCells(*pEntity), row.sOpen + joined(row.sShown, ", ", iCount) + ']');
+            EXPECT_TRUE(reader.errors.records().empty());
+        }
+}
+
 const ReadRow g_refusedRows[] = {
     {"boolean", "#1=IFCBOOLEANLIST((.T.,x));", "List 0 null", {g_notImplemented}},
     {"logical", "#1=IFCLOGICALLIST((.T.,x));", "List 0 null", {g_notImplemented}},

@@ -530,6 +530,52 @@ TEST(WriteCell, TakesTheEnumerationOfASelectFromTheSelectedType) {
     EXPECT_EQ(writer.records(), std::vector<std::string>{sNotEnumerator("ROUND", "IFCCOLOUR(.ROUND.")});
 }
 
+// A comma stands before each text that is not the first one's: by address, so that texts of one block have none.
+TEST(WriteCell, SetsTheCommaOfTextsByTheirAddress) {
+    char a[] = "a";
+    char alike[] = "a";
+    char b[] = "b";
+    const struct {
+        const char* sRule;
+        std::vector<char*> texts;
+        const char* sText;
+    } rows[] = {
+        {"two texts", {a, b}, "('a','b')"},
+        {"equal texts in two blocks", {a, alike}, "('a','a')"},
+        {"two of one block", {a, a}, "('a''a')"},
+        {"the first one's block again", {a, b, a, b}, "('a','b''a','b')"},
+        {"nulls, as an import prepares them", {nullptr, nullptr}, "('''')"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sRule);
+        Data data;
+        AttributeList list;
+        list.m_eItemType = AttributeType::String;
+        auto* pArray = Array<char*>::pFromBytes(data.pool().pAllocate(Array<char*>::iBlockSize(row.texts.size())),
+                                                row.texts.size());
+        for (std::size_t i = 0; i < row.texts.size(); ++i) (*pArray)[i] = row.texts[i];
+        list.m_pItems = pArray;
+        EXPECT_EQ(CellWriter(data).sText(list, attributeOf("IFCLABELLIST")), row.sText);
+    }
+}
+
+// Number 0 is a number like others in an attribute, and none in a list.
+TEST(WriteCell, LeavesNumberZeroOutOfAListAlone) {
+    StatementReader reader;
+    for (const char* sThing : {"#0=IFCTHING($);", "#1=IFCTHING($);", "#2=IFCTHING($);"})
+        ASSERT_NE(reader.pRead(sThing), nullptr);
+    const Entity* pList = reader.pRead("#3=IFCREFERENCESET((#0,#1,#0,#2));");
+    const Entity* pOne = reader.pRead("#4=IFCREFERENCE(#0);");
+    const Entity* pNone = reader.pRead("#5=IFCREFERENCESET((#0));");
+    reader.data.boFinished(reader.common, true);
+    const AssertLog log;
+    EXPECT_EQ(pList->sWriteLine(reader.data), "#3=IFCREFERENCESET((#1,#2));");
+    EXPECT_EQ(log.texts(), std::vector<std::string>(2, "Skipping invalid reference in list"));
+    EXPECT_EQ(pNone->sWriteLine(reader.data), "#5=IFCREFERENCESET(());");
+    EXPECT_EQ(pOne->sWriteLine(reader.data), "#4=IFCREFERENCE(#0);");
+    EXPECT_EQ(log.texts().size(), 3U);
+}
+
 TEST(WriteCell, LeavesNullsOutOfAListOfReferences) {
     StatementReader reader;
     for (const char* sThing : {"#5=IFCTHING($);", "#6=IFCTHING($);"})

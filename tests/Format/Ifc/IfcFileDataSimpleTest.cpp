@@ -14,6 +14,7 @@
 namespace oxa::ifc {
 namespace {
 
+using def::schema::AttributeName;
 using def::schema::ObjectName;
 using testing::UnorderedElementsAre;
 
@@ -137,6 +138,53 @@ TEST(Data, AMoveTakesAllButTheSchema) {
     same = std::move(static_cast<Data&>(other));
     EXPECT_THAT(other.entities(), UnorderedElementsAre(pProject, pWall));
     EXPECT_NE(other.pEntityCreate(ObjectName("IFCDOOR")), nullptr);
+}
+
+// Everything that a container knows, after a construction and after an assignment over another model.
+TEST(Data, AMoveKeepsEveryAnswer) {
+    const AttributeName globalId("GlobalId");
+    const auto guidOf = [](std::uint32_t i) { return Guid{i, 2, 3, {}}; };
+    for (const bool boAssign : {false, true})
+        for (const bool boSorted : {false, true}) {
+            SCOPED_TRACE(std::string(boAssign ? "assignment" : "construction") + (boSorted ? ", sorted" : ""));
+            Ifc4Data source;
+            Entity* pWall = source.pEntityCreate(ObjectName("IFCWALL"));
+            Entity* pDoor = source.pEntityCreate(ObjectName("IFCDOOR"));
+            Entity* pProject = source.pEntityCreate(ObjectName("IFCPROJECT"));
+            Entity* pPending = source.pEntityCreate(ObjectName("IFCWALL"));
+            pWall->boValueSet(globalId, guidOf(1), source);
+            EXPECT_EQ(source.pEntityFromGuid(guidOf(1)), pWall);
+            EXPECT_EQ(source.iIdFromEntity(*pDoor), 1U);
+            EXPECT_EQ(source.iIdFromEntity(*pWall), 2U);
+            if (boSorted) static_cast<void>(source.entities());
+
+            Ifc4Data former;
+            former.pEntityCreate(ObjectName("IFCPROJECT"))->boValueSet(globalId, guidOf(9), former);
+            EXPECT_NE(former.pEntityFromGuid(guidOf(9)), nullptr);
+            former.pEntityCreate(ObjectName("IFCSLAB"));   // pending
+            static_cast<void>(former.entityIdMap(false));
+            if (!boSorted) static_cast<void>(former.entities());
+            former.vSchemaSet(SchemaLoader::pBuiltIn("IFC2X3"));
+            Data target = boAssign ? Data(std::move(former)) : Data(std::move(source));
+            if (boAssign) target = std::move(static_cast<Data&>(source));
+
+            EXPECT_EQ(target.pSchema(), SchemaLoader::pBuiltIn("IFC4"));
+            EXPECT_EQ(target.pProject(), pProject);
+            EXPECT_EQ(iCount(target, "IFCWALL", false), 2);
+            EXPECT_EQ(iCount(target, "IFCBUILDINGELEMENT", true), 3);
+            EXPECT_EQ(iCount(target, "IFCPROJECT", false), 1);
+            EXPECT_EQ(target.iIdFromEntity(*pDoor), 1U);
+            EXPECT_EQ(target.iIdFromEntity(*pWall), 2U);
+            EXPECT_EQ(target.iIdFromEntity(*pProject), 3U);
+            EXPECT_EQ(target.pEntityFromGuid(guidOf(1)), pWall);
+            EXPECT_EQ(target.pEntityFromGuid(guidOf(9)), nullptr);
+            pPending->boValueSet(globalId, guidOf(2), target);
+            EXPECT_EQ(target.pEntityFromGuid(guidOf(2)), pPending) << "it was pending";
+            Entity* pNew = target.pEntityCreate(ObjectName("IFCROOF"));
+            pNew->boValueSet(globalId, guidOf(3), target);
+            EXPECT_EQ(target.pEntityFromGuid(guidOf(3)), pNew) << "of the schema's root";
+            EXPECT_EQ(target.guidEntityMap().size(), 3U);
+        }
 }
 
 TEST(Data, ANullSchemaTakesTheSchemaAway) {
