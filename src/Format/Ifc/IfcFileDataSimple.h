@@ -37,6 +37,12 @@ namespace io {
 class WriteError;
 }
 
+// What a removal did; see Data::entitiesRemove.
+struct EntityRemoval {
+    std::vector<Entity*> removed;      // those asked for, in their order, then the relationships that went with them
+    std::vector<Entity*> incomplete;   // that stay and now lack a mandatory value, or items of one
+};
+
 class OXA_IFC_API Data {
 public:
     using iterator = std::vector<Entity*>::const_iterator;
@@ -67,10 +73,27 @@ public:
     // nullptr" for one without a schema while there is no project.
     void entityAdd(Entity* pEntity);
 
-    // Takes an entity out of the list and the GUID map; its memory, its number and references to it stay, and keeping
-    // those right is the caller's task. False for null and for an entity that is not here. Throws oxa::exception
-    // "returning nullptr" for one without a schema.
+    // Takes an entity out of the list and the GUID map, and does nothing else: its memory, its number and the references
+    // and inverse lists that name it stay, so a write that reaches it over one of them still writes it. Keeping those
+    // right is the caller's task; entitiesRemove does it. False for null and for an entity that is not here. Throws
+    // oxa::exception "returning nullptr" for one without a schema.
     bool boEntityDelete(Entity* pEntity);
+    // Takes entities out of the model and out of everything in it that names them. Null and what is not here is passed
+    // over, and so is what stands twice.
+    //   reference in an attribute or a select    becomes undefined
+    //   item of a list                           is taken out; an optional list that is left empty becomes undefined
+    //   inverse list                             loses its entries of them
+    //   relationship                             goes as well where a mandatory end of it has nothing left, or fewer items
+    //                                            than the schema asks for; and so on from there
+    // A relationship is what the schema shows as one, whatever its name: a type with mandatory attributes that inverse
+    // attributes are declared FOR, while neither it nor a supertype has inverse attributes. Its ends are the attributes
+    // of that type and its subtypes, those of supertypes (an owner history) are not. Other entities never go: an opening
+    // stays without its door, and one that needs what is gone (a project its last context) is told as incomplete. What
+    // only the removed named stays as well: a placement, a property set, parts. Removed entities stay usable for who
+    // holds them, keep their numbers, and name what they named. One pass over the model, however many are removed.
+    EntityRemoval entitiesRemove(const std::vector<Entity*>& entities);
+    // The same for one; false for null and for an entity that is not here.
+    bool boEntityRemove(Entity* pEntity);
     // Takes every entity without a schema out of the list.
     void deleteIncompleteEntities();
     // The rooted entity with that GlobalId, or null. Entities that a caller made are found once their GlobalId is set.
@@ -124,6 +147,8 @@ protected:
     void vGuidUpdate() const;
 
 private:
+    class Remover;   // the work of entitiesRemove
+
     bool boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
                      std::size_t iLength, std::vector<Entity*>& result);
     void vGuidEnter(const Guid& guid, Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line,

@@ -149,4 +149,31 @@ bool boListRemove(ForwardListHead<T>*& pHead, T value) {
     return false;
 }
 
+// Removes every node whose value "boGone(value)" answers true for; true when there was one. The tail becomes the last
+// node that is left.
+template <class T, class Gone>
+bool boListRemoveIf(ForwardListHead<T>*& pHead, Gone&& boGone) {
+    using Node = ForwardListNode<T>;
+    Node* pLast = nullptr;   // of those that stay
+    bool boAny = false;
+    for (Node* pNode = pHead; pNode; pNode = pNode->next) {
+        const T value = pNode->value;
+        if (boGone(value)) {
+            boAny = true;
+            continue;
+        }
+        // Values move to the front: the head, larger than the others, always is the first node.
+        pLast = pLast ? pLast->next.load() : pHead;
+        pLast->value = value;
+    }
+    if (!boAny) return false;
+    if (pLast) {
+        pLast->next = nullptr;
+        pHead->tail = pLast;
+    } else {
+        pHead = nullptr;
+    }
+    return true;
+}
+
 }   // namespace oxa::ifc

@@ -107,6 +107,39 @@ TEST_F(ListTest, RemovesTheFirstOfAKind) {
     }
 }
 
+TEST_F(ListTest, RemovesAllThatAFunctionNames) {
+    struct Row {
+        std::vector<int> before;
+        int iBelow;   // what is smaller goes
+        std::vector<int> after;
+    };
+    for (const Row& row :
+         {Row{{}, 9, {}}, Row{{1}, 1, {1}}, Row{{1}, 2, {}}, Row{{1, 2, 3}, 1, {1, 2, 3}}, Row{{1, 2, 3}, 2, {2, 3}},
+          Row{{3, 1, 2}, 2, {3, 2}}, Row{{3, 2, 1}, 2, {3, 2}}, Row{{1, 1, 1, 5, 1, 6, 1}, 2, {5, 6}},
+          Row{{1, 2, 3}, 4, {}}, Row{{1, 5}, 2, {5}}, Row{{5, 1}, 2, {5}}}) {
+        for (const bool boTail : {true, false}) {
+            pHead = nullptr;
+            vListAssign(pHead, row.before.begin(), row.before.end(), allocate);
+            if (pHead && !boTail) pHead->tail = nullptr;
+            std::vector<int> asked;
+            EXPECT_EQ(boListRemoveIf(pHead,
+                                     [&](int iItem) {
+                                         asked.push_back(iItem);
+                                         return iItem < row.iBelow;
+                                     }),
+                      row.after.size() != row.before.size());
+            EXPECT_EQ(asked, row.before) << "each is asked for once, in order";
+            EXPECT_EQ(items(), row.after);
+            EXPECT_EQ(pHead == nullptr, row.after.empty());
+            if (!pHead) continue;
+            vAppend(7);
+            std::vector<int> expected = row.after;
+            expected.push_back(7);
+            EXPECT_EQ(items(), expected);
+        }
+    }
+}
+
 // Any order of operations leaves what it leaves in a vector.
 TEST_F(ListTest, BehavesAsAVectorDoes) {
     std::mt19937 random(1);
