@@ -17,7 +17,7 @@ namespace oxa::ifc {
 
 namespace {
 
-using Json = inja::json;   // objects are ordered by key
+using Json = nlohmann::json;   // objects are ordered by key
 
 void vAssert(const std::string& sText, int iLine) {
     if (Assert::isEnabled())
@@ -25,7 +25,7 @@ void vAssert(const std::string& sText, int iLine) {
 }
 
 // The text of a key in the language of the user.
-Json localized(inja::Arguments& args) {
+Json localized(std::vector<const Json*>& args) {
     if (args.size() == 1) return localize("Ifc", args.front()->get<std::string>());
     vAssert("localize function takes 1 argument (the localize id)", __LINE__);
     return "";
@@ -61,12 +61,7 @@ Json reportData(const std::vector<ErrorRecord>& records, std::string sFileName) 
 
 bool Errors::writeReport(std::string_view templateText, std::ostream& out, std::string fileName) const {
     try {
-        inja::FunctionStorage functions;
-        functions.add_callback("localize", 0, localized);   // inja's "any number" leaves none out
-        functions.add_callback("localize", -1, localized);
-        const Json data = reportData(m_records, std::move(fileName));
-        const report::ReportTemplate reportTemplate(templateText, "./", functions);
-        reportTemplate.vRender(data, out);
+        report::vRender(templateText, "./", localized, reportData(m_records, std::move(fileName)), out);
         return true;
     } catch (const std::exception& error) {
         vAssert(std::string("Exception thrown when rendering template file: ") + error.what(), __LINE__);

@@ -124,6 +124,28 @@ const TemplateRow g_templateRows[] = {
      "{{ round(2.66, 1) }} {{ capitalize(\"aBC\") }} {{ range(3) }} {{ first([4, 5]) }} {{ last([4, 5]) }} "
      "{{ max([1, 3, 2]) }} {{ min([2, 1, 3]) }}",
      "3 ab 2.5 -2 12 1024 0.5 true false true 0 3 2.7 Abc [0,1,2] 4 5 3 1"},
+    {"the smallest integer",
+     "{{ (0 - 9223372036854775807 - 1) % -1 }} {{ divisibleBy(0 - 9223372036854775807 - 1, -1) }}", "0 true"},
+    {"operators in their order",
+     "{{ 1 + 2 * 3 - 4 }} {{ 2 ^ 3 ^ 2 }} {{ (1 + 2) * (3 - 5) * 2 }} {{ not false and not (not true) }} "
+     "{{ 1 < 2 and \"a\" in [\"a\"] or 3 == 4 }} {{ 8 / 2 / 2 }} {{ 7 % 4 % 2 }}",
+     "3 512 -12 true true 2.0 1"},
+    {"a pipeline", "{{ \"aBc\" | upper | lower | capitalize | replace(\"A\", filename) | length }}", "3"},
+    {"functions in every argument of functions",
+     "{{ at(range(at([5, 4], first(range(3)))), length(upper(\"ab\" + filename)) - 2) }} "
+     "{{ max(range(4)) + length(\"ab\" + filename) }}",
+     "1 6"},
+    {"what is not needed is not looked for",
+     "{{ true or nonsense }} {{ false and nonsense }} {{ default(nonsense, 1) + 1 }} "
+     "{{ default(1, nonsense) }} {% if false %}a{% else if true %}b{% else if nonsense %}c{% endif %}",
+     "true false 2 1 b"},
+    {"ifs in the branches of ifs",
+     "{% for i in range(6) %}{% if i == 0 %}{% if true %}a{% else if true %}b{% endif %}{% else if i < 3 %}"
+     "{% if i == 1 %}c{% else if i == 2 %}d{% else %}e{% endif %}{% else if i == 3 %}f{% else %}"
+     "{% if i == 4 %}g{% else if i == 5 %}h{% endif %}i{% endif %} {% endfor %}",
+     "a c d f gi hi "},
+    {"no branch", "{% if false %}a{% else if false %}b{% endif %}.", "."},
+    {"an else if behind an else", "{% if false %}a{% else %}b{% else if true %}c{% endif %}", "bc"},
     {"a part of a function's result", "{{ first(categories).description }}", "A"},
     {"a part of a variable in parentheses", "{% set c = first(categories) %}{{ (c).description }}", "A"},
     {"an empty text in capitals", "[{{ capitalize(\"\") }}]", "[]"},
@@ -299,22 +321,74 @@ TEST(ErrorReport, FaultGivesFalseAndNothingWorse) {
     }
 }
 
-// As deep as is allowed.
-TEST(ErrorReport, WhatNestsWithinReasonIsRendered) {
-    constexpr std::size_t iDeep = 64;
+// Each with so many repetitions, and with one more.
+struct LimitRow {
+    const char* sRule;
+    std::string sBefore;
+    std::string_view sRepeatedBefore;
+    std::string sInside;
+    std::string_view sRepeatedBehind;
+    std::string sBehind;
+    std::size_t iMost;
+};
+const LimitRow g_limitRows[] = {
+    {"parentheses", "{{ ", "(", "1", ")", " }}", 100},
+    {"calls", "{{ ", "upper(", "\"a\"", ")", " }}", 100},
+    {"calls in the second argument", "{{ ", "at([0],", "0", ")", " }}", 100},
+    {"powers, which begin on the right", "{{ 1", "^1", "", "", " }}", 100},
+    {"lists in lists", "{{ ", "[", "", "]", " }}", 100},
+    {"objects in objects", "{{ ", "{\"a\":", "1", "} ", " }}", 100},
+    {"parts of a name", "{% set a", ".a", " = 1 %}{{ a }}", "", "", 100},
+    {"ifs", "", "{% if true %}", "x", "{% endif %}", "", 100},
+    {"ifs in their else", "", "{% if false %}{% else %}", "x", "{% endif %}", "", 100},
+    {"loops", "", "{% for i in [1] %}", "x", "{% endfor %}", "", 100},
+    {"a sum", "{{ 1", "+1", "", "", " }}", 8000},
+    {"a condition", "{% if false", " or false", " %}{% endif %}", "", "", 7998},
+    {"a pipeline", "{{ filename ", "| upper ", "", "", " }}", 8000},
+    {"else ifs", "{% if false %}", "{% else if false %}", "{% else %}x{% endif %}", "", "", 7998},
+    {"a sum in the last else if of many", "{% if false %}" + sRepeated("{% else if false %}", 4000) + "{{ 1",
+     "+1", " }}{% endif %}", "", "", 3999},
+    {"digits of an index, which fills a list", "{% set a = [] %}{% set a.", "9", " = 1 %}{{ length(a) }}", "",
+     "", 6},
+    {"rounds of a variable into itself", "{% set a = 1 %}{% for i in [1", ",1",
+     "] %}{% set b.b = a %}{% set a = b %}{% endfor %}{{ length(a) }}", "", "", 100},
+};
+
+TEST(ErrorReport, LimitsAreForDepthAndNotForLength) {
+    for (const LimitRow& row : g_limitRows) {
+        const auto sTemplate = [&row](std::size_t iTimes) {
+            return row.sBefore + sRepeated(row.sRepeatedBefore, iTimes) + row.sInside +
+                   sRepeated(row.sRepeatedBehind, iTimes) + row.sBehind;
+        };
+        SCOPED_TRACE(row.sRule);
+        const Rendered result = rendered(Errors(), sTemplate(row.iMost));
+        EXPECT_TRUE(result.boOk) << (result.assertions.empty() ? "" : result.assertions.front());
+        EXPECT_FALSE(rendered(Errors(), sTemplate(row.iMost + 1)).boOk);
+    }
+}
+
+TEST(ErrorReport, LongFlatFormsAreRendered) {
     const struct {
         const char* sRule;
         std::string sTemplate;
         std::string sText;
     } rows[] = {
-        {"parentheses", "{{ " + sRepeated("(", iDeep) + "1" + sRepeated(")", iDeep) + " }}", "1"},
-        {"calls", "{{ " + sRepeated("upper(", iDeep) + "\"a\"" + sRepeated(")", iDeep) + " }}", "A"},
-        {"a sum", "{{ 1" + sRepeated("+1", iDeep) + " }}", "65"},
-        {"a list in lists", "{{ " + sRepeated("[", iDeep) + sRepeated("]", iDeep) + " }}",
-         sRepeated("[", iDeep) + sRepeated("]", iDeep)},
-        {"ifs", sRepeated("{% if true %}", iDeep) + "x" + sRepeated("{% endif %}", iDeep), "x"},
+        {"a sum", "{{ 1" + sRepeated("+1", 5000) + " }}", "5001"},
+        {"texts put together", "{{ \"\"" + sRepeated("+\"a\"+filename", 2000) + " }}", sRepeated("ax", 2000)},
+        {"a condition", "{{ false" + sRepeated(" or 1 == 2 and true", 2000) + " or true }}", "true"},
+        {"else ifs", "{% if false %}" + sRepeated("{% else if 1 == 2 %}a", 5000) + "{% else %}b{% endif %}",
+         "b"},
+        {"the last else if", "{% if false %}" + sRepeated("{% else if false %}", 5000) +
+                                 "{% else if true %}a{% else %}b{% endif %}",
+         "a"},
+        {"ifs in each other", sRepeated("{% if true %}", 70) + "x" + sRepeated("{% endif %}", 70), "x"},
         {"many one after the other", sRepeated("{% if true %}({{ (1) }}){% endif %}", 1000),
          sRepeated("(1)", 1000)},
+        {"parentheses one after the other", "{{ 0" + sRepeated("+(1)", 1000) + " }}", "1000"},
+        {"lists one after the other", "{{ [" + sRepeated("[],{},", 1000) + "1] }}",
+         "[" + sRepeated("[],{},", 1000) + "1]"},
+        {"a long range", "{{ length(range(1500000)) }}", "1500000"},
+        {"the longest range", "{{ length(range(4000000)) }}", "4000000"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sRule);
@@ -322,6 +396,17 @@ TEST(ErrorReport, WhatNestsWithinReasonIsRendered) {
         EXPECT_TRUE(result.boOk) << (result.assertions.empty() ? "" : result.assertions.front());
         EXPECT_EQ(result.sText, row.sText);
     }
+    EXPECT_FALSE(rendered(Errors(), "{{ length(range(4000001)) }}").boOk);
+}
+
+// What is wrong behind something long is told, and the long thing taken down, as well.
+TEST(ErrorReport, FaultBehindALongFormIsAFault) {
+    for (const char* pBehind :
+         {" ] }}", " + }}", " + nonsense(1) }}", " }}{% endfor %}", " }}{% if true %}"}) {
+        SCOPED_TRACE(pBehind);
+        vExpectFailure(Errors(), "{{ 1" + sRepeated("+1", 7990) + pBehind, "");
+    }
+    vExpectFailure(Errors(), "{% if false %}" + sRepeated("{% else if false %}", 7990), "");
 }
 
 // Records are bytes of a file: a text that is none in UTF-8 has no JSON.
@@ -407,6 +492,10 @@ TEST(ErrorReport, EndlessTemplatesEnd) {
     folder.vFile("sub/around", "{% include \"../sub/around\" %}");
     folder.vFile("blocks", "{% block a %}{% block b %}{% endblock %}{% endblock %}");
     folder.vFile("levels", "{% block a %}{{ super(0) }}{% endblock %}");
+    const std::string sDeepSuper = sRepeated("at([0],", 90) + "super()" + sRepeated(")", 90);
+    const std::string sDeep = "{% extends \"blocks\" %}{% block b %}{% block a %}{{ " + sDeepSuper +
+                              " }}{% endblock %}{% endblock %}";
+    vExpectFailure(Errors(), sDeep, "");
     for (const char* pTemplate :
          {"{% include \"self\" %}", "{% include \"ping\" %}", "{% extends \"parent\" %}",
           "{% include \"growing\" %}", "{% include \"sub/around\" %}",
@@ -414,6 +503,42 @@ TEST(ErrorReport, EndlessTemplatesEnd) {
           "{% extends \"levels\" %}{% block a %}{{ super() }}{% endblock %}"}) {
         SCOPED_TRACE(pTemplate);
         vExpectFailure(Errors(), pTemplate, "");
+    }
+}
+
+TEST(ErrorReport, IncludesHaveLimits) {
+    const Folder folder;
+    for (int i = 1; i <= 101; ++i)
+        folder.vFile("deep" + std::to_string(i),
+                     i == 101 ? "." : "{% include \"deep" + std::to_string(i + 1) + "\" %}");
+    std::string sAll;
+    for (int i = 1; i <= 257; ++i) {
+        folder.vFile("wide" + std::to_string(i), ".");
+        if (i > 1) sAll += "{% include \"wide" + std::to_string(i) + "\" %}";
+    }
+    folder.vFile("down", "{% if n > 0 %}{% set n = n - 1 %}{% include \"down\" %}{% endif %}");
+    folder.vFile("large", std::string(16u << 20, '.'));
+    folder.vFile("larger", std::string((16u << 20) + 1, '.'));
+    EXPECT_EQ(rendered(Errors(), "{% include \"deep2\" %}").sText, ".");
+    vExpectFailure(Errors(), "{% include \"deep1\" %}", "");
+    EXPECT_EQ(rendered(Errors(), sAll).sText, sRepeated(".", 256));
+    vExpectFailure(Errors(), sAll + "{% include \"wide1\" %}", "");
+    EXPECT_TRUE(rendered(Errors(), "{% set n = 99 %}{% include \"down\" %}").boOk);
+    EXPECT_FALSE(rendered(Errors(), "{% set n = 100 %}{% include \"down\" %}").boOk);
+    EXPECT_EQ(rendered(Errors(), "{% include \"large\" %}").sText.size(), 16u << 20);
+    vExpectFailure(Errors(), "{% include \"larger\" %}", "");
+}
+
+// What a parent template renders ends the one that extends it, in a branch too.
+TEST(ErrorReport, ParentInABranchEndsTheTemplate) {
+    const Folder folder;
+    folder.vFile("p", "p");
+    for (const char* pTemplate :
+         {"{% if true %}{% extends \"p\" %}x{% endif %}y",
+          "{% if false %}{% else if true %}{% extends \"p\" %}{% else %}x{% endif %}y",
+          "{% if false %}{% else %}{% extends \"p\" %}{% else if true %}x{% endif %}y"}) {
+        SCOPED_TRACE(pTemplate);
+        EXPECT_EQ(rendered(Errors(), pTemplate).sText, "p");
     }
 }
 
