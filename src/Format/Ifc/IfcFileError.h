@@ -10,7 +10,9 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -24,13 +26,12 @@ namespace oxa::ifc {
 
 class Entity;
 
-// The source text of a record: set or not, as an optional string is, but shared by all records of one statement. A
-// statement of a hostile file can hold as many faults as bytes, and a copy for each would be its square.
-class SourceText {
+// A text of many records: set or not, as an optional string is, but shared by its copies.
+class SharedText {
 public:
-    SourceText() noexcept = default;
-    SourceText(std::string sText) : m_pText(std::make_shared<const std::string>(std::move(sText))) {}
-    SourceText(const char* sText) : SourceText(std::string(sText)) {}
+    SharedText() noexcept = default;
+    SharedText(std::string sText) : m_pText(std::make_shared<const std::string>(std::move(sText))) {}
+    SharedText(const char* sText) : SharedText(std::string(sText)) {}
 
     [[nodiscard]] bool has_value() const noexcept { return m_pText != nullptr; }
     explicit operator bool() const noexcept { return has_value(); }
@@ -39,13 +40,17 @@ public:
     [[nodiscard]] const std::string* operator->() const noexcept { return m_pText.get(); }
     [[nodiscard]] std::string value_or(std::string sElse) const { return m_pText ? *m_pText : std::move(sElse); }
 
-    friend bool operator==(const SourceText& text, std::string_view sOther) noexcept {
+    friend bool operator==(const SharedText& text, std::string_view sOther) noexcept {
         return text.m_pText && *text.m_pText == sOther;
     }
 
 private:
     std::shared_ptr<const std::string> m_pText;
 };
+
+// The source text of a record, one for all records of a statement: a statement of a hostile file can hold as many
+// faults as bytes, and a copy for each would be its square.
+using SourceText = SharedText;
 
 // Grows only: whoever uses one object for two reads has the records of both in it.
 class OXA_IFC_API Errors {
@@ -74,6 +79,17 @@ public:
         std::string description;                 // localised, with its argument in place
         SourceText lineString;                   // the source text that the problem belongs to
         std::uint32_t lineNumber = 0;            // from 1; 0 where there is no line
+
+        // What the description was made of, for who counts, groups or filters: messages have a language, keys have
+        // none.
+        std::uint32_t argumentBegin = 0;   // in the description
+        std::uint32_t argumentLength = 0;
+        SharedText key{};                  // as it was given to add(): "Error_UnknownEntityType"; one for all of it
+
+        // The argument, where its text has a place for one; good as long as the description.
+        [[nodiscard]] std::string_view argument() const noexcept {
+            return std::string_view(description).substr(argumentBegin, argumentLength);
+        }
     };
 
     Errors();
@@ -124,11 +140,12 @@ public:
     bool writeReport(std::string_view templateText, std::ostream& out, std::string fileName) const;
 
 private:
-    void vStore(ErrorRecord&& record);
+    void vStore(ErrorRecord&& record, std::string_view key);
 
     std::atomic<bool> m_boFatal{false};   // read while others add
     std::vector<ErrorRecord> m_records;   // guarded by m_mutex while others add
     LostStatements m_lost;                // likewise
+    std::map<std::string, SharedText, std::less<>> m_keys;   // likewise
     mutable std::mutex m_mutex;
 };
 

@@ -86,7 +86,14 @@ const ArgumentRow g_argumentRows[] = {
     {"side by side", "%1%1", "ab", "abab"},
     {"not expanded again", "<%1> <%1>", "%1", "<%1> <%1>"},
     {"nor in part", "<%1>1", "%", "<%>1"},
+    {"nor behind other text", "<%1> <%1>", "abc%1", "<abc%1> <abc%1>"},
+    {"nor at its begin", "%1%1", "%1abc", "%1abc%1abc"},
+    {"a long one", "%1, %1", "abc%1%1%1%1%1%1%1def", "abc%1%1%1%1%1%1%1def, abc%1%1%1%1%1%1%1def"},
+    {"one longer than the text", "a%1b%1", "0123456789", "a0123456789b0123456789"},
+    {"one of a character", "%1%1%1", "%", "%%%"},
     {"empty", "<%1>", "", "<>"},
+    {"empty, side by side", "%1%1", "", ""},
+    {"empty, in three places", "%1%1 %1.", "", " ."},
     {"without a place it is lost", "nothing", "wall", "nothing"},
     {"other signs are text", "100% %2 %", "wall", "100% %2 %"},
 };
@@ -99,6 +106,54 @@ TEST(Errors, ArgumentStandsForEveryPlace) {
         errors.add(nullptr, Errors::Error, Errors::Value, row.sText, row.sArgument, "", 1);
         EXPECT_EQ(errors.records().at(0).description, row.sExpected);
     }
+}
+
+struct KeyRow {
+    const char* sRule;
+    std::string_view sKey;
+    std::string_view sArgument;
+    std::string_view sExpected;   // as argument()
+};
+const KeyRow g_keyRows[] = {
+    {"the argument", "Error_UnknownSchemaName", "IFC9", "IFC9"},
+    {"the argument of another", "Error_MissingEntityWithId", "4711", "4711"},
+    {"a long one", "Error_UnknownSchemaName", "0123456789012345678901234567890123456789",
+     "0123456789012345678901234567890123456789"},
+    {"an empty one", "Error_UnknownSchemaName", "", ""},
+    {"at the begin of the text", "%1 is none", "a", "a"},
+    {"at its end", "none is %1", "a", "a"},
+    {"in several places", "<%1> <%1>", "abc%1", "abc%1"},
+    {"none where the text has no place for it", "Error_InvalidFile", "a", ""},
+    {"a key that nobody knows", "no such key", "a", ""},
+};
+
+TEST(Errors, RecordTellsItsKeyAndItsArgument) {
+    for (const KeyRow& row : g_keyRows) {
+        SCOPED_TRACE(row.sRule);
+        Errors errors;
+        errors.add(nullptr, Errors::Error, Errors::Value, row.sKey, row.sArgument, "#1=A();", 1);
+        errors.add(nullptr, Errors::Error, Errors::Value, row.sKey, "#1=A();", 1);
+        ErrorRecord copy = errors.records().at(0);
+        EXPECT_EQ(copy.key, row.sKey);
+        EXPECT_EQ(copy.argument(), row.sExpected);
+        EXPECT_EQ(errors.records().at(1).key, row.sKey);
+        EXPECT_EQ(errors.records().at(1).argument(), "");
+    }
+}
+
+TEST(Errors, KeyOutlivesTheListAndIsOneForAll) {
+    ErrorRecord record;
+    EXPECT_FALSE(record.key);
+    EXPECT_EQ(record.argument(), "");
+    {
+        Errors errors;
+        for (const char* sKey : {"Error_InvalidFile", "Error_InvalidEntity", "Error_InvalidFile"})
+            errors.add(nullptr, Errors::Error, Errors::Value, std::string(sKey), "", 1);
+        record = errors.records().at(2);
+        EXPECT_EQ(&*errors.records().at(0).key, &*record.key);
+        EXPECT_EQ(errors.records().at(1).key, "Error_InvalidEntity");
+    }
+    EXPECT_EQ(record.key, "Error_InvalidFile");
 }
 
 TEST(Errors, WithoutArgumentThePlaceStays) {
