@@ -181,5 +181,15 @@ TEST(Budget, NumbersMayBeSpreadOverAllThirtyTwoBits) {
     }
 }
 
+// Each line feed ends a statement that is none, and nobody hears of it: it must not be kept either.
+TEST(Budget, HeaderTextOfLineFeeds) {
+    const std::string sText = "HEADER;\n" + std::string(g_iMega, '\n') + "ENDSEC;\n";
+    Cost cost;
+    const bool boParsed = inChildProcess<bool>(
+        60, cost, [&sText] { return ifc::FileHeader::parseFromString(sText).has_value(); });
+    vExpectWithin(cost, sText.size(), 100, 20);
+    EXPECT_TRUE(boParsed);
+}
+
 }   // namespace
 }   // namespace oxa::ifc

@@ -280,7 +280,6 @@ std::string FileHeader::sSchemaNameGet() const { return schema.schemaName; }
 
 std::optional<FileHeader> FileHeader::parseFromString(std::string_view text) {
     FileHeader header;
-    io::ReadError errors;
     StatementScanner scanner;
     std::string& buffer = scanner.buffer();
     unsigned int iStatement = 0;
@@ -290,13 +289,14 @@ std::optional<FileHeader> FileHeader::parseFromString(std::string_view text) {
         if (iStatement == 0 && buffer != g_headerBegin) return std::nullopt;
         if (iStatement != 0) {
             if (buffer == g_headerEnd) break;
+            io::ReadError errors;   // of this statement alone: nobody hears of them
             header.boReadLine(std::move(buffer), errors, iStatement);
+            if (errors.boFatal()) return std::nullopt;
         }
         buffer.clear();
         ++iStatement;
     }
     if (!buffer.empty() && buffer != g_headerEnd) return std::nullopt;
-    if (errors.boFatal()) return std::nullopt;
     return header;
 }
 
