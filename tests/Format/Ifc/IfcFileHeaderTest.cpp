@@ -1,5 +1,6 @@
 #include "Format/Ifc/IfcFileHeader.h"
 
+#include <chrono>
 #include <cstddef>
 #include <iterator>
 #include <limits>
@@ -358,7 +359,17 @@ TEST(FileHeader, ViewDefinitionStandsFirstAndOnce) {
 TEST(FileHeader, NewFileHasTimeAndNames) {
     const AssertLog log;
     FileHeader header;
+    header.name.timeStamp = "2001-01-01T00:00:00";
+    const auto secondsNow = [] {
+        return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    };
+    const auto before = secondsNow();
     header.name.vInit("house.ifc", "Jo", "Office", "Modeller");
+    const auto after = secondsNow();
+    const auto created = header.getCreatedTimestamp();
+    ASSERT_FALSE(created.boIsNull()) << header.name.timeStamp;
+    EXPECT_GE(created.time(), before);
+    EXPECT_LE(created.time(), after);
     EXPECT_EQ(header.name.name, "house.ifc");
     EXPECT_EQ(header.name.author, Texts{"Jo"});
     EXPECT_EQ(header.name.organization, Texts{"Office"});

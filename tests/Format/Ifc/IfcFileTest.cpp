@@ -229,23 +229,37 @@ TEST(FileSimple, FindsItsRoot) {
         bool boRoot;
         bool boDefined;
         std::vector<std::string> rows;
+        const char* sMissing = "";
     };
     const Row g_rows[] = {
         {"*;", false, false, {}},
         {"7;", true, true, {}},
-        {"8;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}},
+        {"8;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}, "8"},
         {"-3;", true, true, {}},
         // 7 in the lower 32 bits
-        {"4294967303;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}},
+        {"4294967303;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}, "2147483647"},
+        {"4294967293;", true, true, {}},    // -3, as a number without sign
+        {"2147483648;", true, true, {}},    // the smallest number with a sign
+        {"-2147483648;", true, true, {}},   // the same
+        {"2147483646;", true, true, {}},
+        {"2147483647;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}, "2147483647"},
+        {"-2147483649;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}, "2147483647"},
+        {"4294967295;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}, "?"},
+        {"4294967296;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}, "2147483647"},
     };
     for (const Row& row : g_rows) {
         SCOPED_TRACE(row.sRoot);
         FileSimple file(*SchemaLoader::pBuiltIn("IFC4"));
         io::ReadError errors;
         std::istringstream in("Ifc file simple;\nIFC4;\n" + std::string(row.sRoot) +
-                              "\n#7=IFCDIRECTION((1.));#-3=IFCDIRECTION((1.));");
+                              "\n#7=IFCDIRECTION((1.));#-3=IFCDIRECTION((1.));#2147483646=IFCDIRECTION((1.));"
+                              "#-2147483648=IFCDIRECTION((1.));");
         EXPECT_TRUE(file.boRead(in, {}, errors, {}, true));
         EXPECT_EQ(rowsOf(errors), row.rows);
+        // Beyond 32 bits the largest signed number stands for it.
+        if (!row.rows.empty()) {
+            EXPECT_EQ(errors.records()[0].argument(), row.sMissing);
+        }
         ASSERT_EQ(file.pRootEntity() != nullptr, row.boRoot);
         if (row.boRoot) {
             EXPECT_EQ(file.pRootEntity()->pSchemaEntity() != nullptr, row.boDefined);
