@@ -1,18 +1,21 @@
 """Recipe for Conan 2: the libraries and the program, with the dependencies that vcpkg.json names too."""
+import os
 import re
 
 from conan import ConanFile
 from conan.tools.cmake import CMake, CMakeDeps, CMakeToolchain, cmake_layout
-from conan.tools.files import load
+from conan.tools.files import copy, load
 
 
 class OxaIfc(ConanFile):
     name = "oxaifc"
+    license = "Apache-2.0"
     description = "Holds an IFC building model in memory and moves it to and from STEP files"
     settings = "os", "compiler", "build_type", "arch"
     options = {"shared": [True, False], "fPIC": [True, False]}
     default_options = {"shared": False, "fPIC": True}
-    exports_sources = "CMakeLists.txt", "cmake/*", "src/*", "schemas/*", "tools/*"
+    exports_sources = ("CMakeLists.txt", "LICENSE", "README.md", "CHANGELOG.md", "cmake/*", "src/*", "schemas/*",
+                       "tools/*")
 
     def set_version(self):
         text = load(self, "CMakeLists.txt")
@@ -59,6 +62,7 @@ class OxaIfc(ConanFile):
 
     def package(self):
         CMake(self).install()
+        copy(self, "LICENSE", self.source_folder, os.path.join(self.package_folder, "licenses"))
 
     def package_info(self):
         # The package brings its own CMake configuration, with the same targets as an installation by hand.

@@ -7,11 +7,12 @@ set(oxaLibraries Platform SchemaPset OxaIfc)
 
 # What a user of the libraries may have to find besides them, a row a target:
 #   target | how CMake finds it | pkg-config module | link flags, where there is no such module
+# A module that is missing is a reason for find_package to find nothing, not an end of the user's configuration.
 set(oxaUserNeeds
   "Threads::Threads|find_dependency(Threads)||-pthread"
-  "PkgConfig::pugixml|find_dependency(PkgConfig)\npkg_check_modules(pugixml REQUIRED IMPORTED_TARGET pugixml)|pugixml|"
-  "PkgConfig::stringencoders|find_dependency(PkgConfig)\npkg_check_modules(stringencoders REQUIRED IMPORTED_TARGET stringencoders)|stringencoders|"
-  "PkgConfig::uuid|find_dependency(PkgConfig)\npkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)|uuid|")
+  "PkgConfig::pugixml|oxaifc_find_module(pugixml)|pugixml|"
+  "PkgConfig::stringencoders|oxaifc_find_module(stringencoders)|stringencoders|"
+  "PkgConfig::uuid|oxaifc_find_module(uuid)|uuid|")
 
 # oxa_is_header_only(<variable> <target>): whether linking the target adds nothing to a link line.
 function(oxa_is_header_only variable target)
@@ -105,6 +106,9 @@ foreach(header IN LISTS OXA_PUBLIC_HEADERS)
   install(FILES "${PROJECT_SOURCE_DIR}/src/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/oxaifc/${folder}"
     COMPONENT OxaIfc_Development)
 endforeach()
+
+install(FILES LICENSE README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/oxaifc"
+  COMPONENT OxaIfc_Runtime)
 
 # The package for CMake.
 

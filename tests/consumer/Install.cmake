@@ -2,3 +2,8 @@
 file(REMOVE_RECURSE "${PREFIX}")
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${PREFIX}
   OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+foreach(file LICENSE README.md CHANGELOG.md)
+  if(NOT EXISTS "${PREFIX}/share/doc/oxaifc/${file}")
+    message(FATAL_ERROR "${file} is not installed")
+  endif()
+endforeach()
