@@ -18,8 +18,8 @@ struct VerbRow {
 };
 // clang-format off
 const VerbRow g_verbs[] = {
-    {"info", "Usage: oxaifc info [OPTIONS] FILE\n", true, true, {}},
-    {"check", "Usage: oxaifc check [OPTIONS] FILE\n", true, true, {}},
+    {"info", "Usage: oxaifc info [OPTIONS] FILE...\n", true, true, {}},
+    {"check", "Usage: oxaifc check [OPTIONS] FILE...\n", true, true, {}},
     {"show", "Usage: oxaifc show [OPTIONS] FILE WHAT\n", true, true, {"#1"}},
     {"convert", "Usage: oxaifc convert [OPTIONS] IN OUT\n", true, false, {"-"}},
     {"extract", "Usage: oxaifc extract [OPTIONS] IN WHAT OUT\n", true, false, {"#1", "-"}},
@@ -53,6 +53,30 @@ TEST(Call, EveryVerbTellsItsOptions) {
     }
 }
 
+TEST(Call, HelpIsAWordToo) {
+    EXPECT_EQ(runProgram({"help"}).sOut, runProgram({"--help"}).sOut);
+    for (const VerbRow& row : g_verbs) {
+        SCOPED_TRACE(row.pVerb);
+        const ProgramRun run = runProgram({"help", row.pVerb});
+        EXPECT_EQ(run.iCode, 0);
+        EXPECT_EQ(run.sError, "");
+        EXPECT_EQ(run.sOut, runProgram({row.pVerb, "--help"}).sOut);
+    }
+    EXPECT_NE(runProgram({"help"}).sOut.find("oxaifc help VERB tells what a verb takes."), std::string::npos);
+}
+
+TEST(Call, LanguageIsThatOfTheErrors) {
+    const std::string sFile = sExchangeFile("IFC4", "#1=IFCTEAPOT();\n");
+    const std::string sEnglish = "The schema has no entity type of this name; the statement was skipped.";
+    const std::string sGerman = "Das Schema kennt keinen Entit\xc3\xa4tstyp dieses Namens; die Anweisung wurde "
+                                "\xc3\xbc" "bergangen.";
+    EXPECT_EQ(runProgram({"check", "-", "--json"}, sFile).json()[0]["message"], sEnglish);
+    EXPECT_EQ(runProgram({"check", "-", "--json", "--lang", "en"}, sFile).json()[0]["message"], sEnglish);
+    EXPECT_EQ(runProgram({"check", "-", "--json", "--lang", "de"}, sFile).json()[0]["message"], sGerman);
+    for (const VerbRow& row : g_verbs)
+        EXPECT_NE(runProgram({row.pVerb, "--help"}).sOut.find("--lang"), std::string::npos) << row.pVerb;
+}
+
 TEST(Call, VersionIsToldEverywhere) {
     const ProgramRun run = runProgram({"--version"});
     EXPECT_EQ(run.iCode, 0);
@@ -82,7 +106,24 @@ const FailRow g_wrongCalls[] = {
      "there is no verb a b; there are: info, check, show, diff, convert, extract, set, header, schema"},
     {"info without a file", {"info"}, "info: FILE is required"},
     {"check without a file", {"check"}, "check: FILE is required"},
-    {"two files", {"info", "a.ifc", "b.ifc"}, "info: The following argument was not expected: b.ifc"},
+    {"two files where one is taken",
+     {"show", "a.ifc", "12", "b.ifc"},
+     "show: The following argument was not expected: b.ifc"},
+    {"a number that the shell took for a comment",
+     {"show", "a.ifc"},
+     "show: WHAT is required; a shell takes # for a comment, so write 12 or '#12'"},
+    {"the same with more behind it",
+     {"extract", "a.ifc"},
+     "extract: WHAT is required; a shell takes # for a comment, so write 12 or '#12'"},
+    {"the same with a value",
+     {"set", "a.ifc"},
+     "set: WHAT is required; a shell takes # for a comment, so write 12 or '#12'"},
+    {"help for a verb that does not exist", {"help", "chek"}, "there is no verb chek; did you mean check?"},
+    {"help for two", {"help", "check", "info"}, "help: takes one VERB at most"},
+    {"a language that there is not", {"check", "a.ifc", "--lang", "fr"}, "check: --lang: fr not in {en,de}"},
+    {"a report of two files",
+     {"check", "a.ifc", "b.ifc", "--html", "-"},
+     "check: a report is about one FILE"},
     {"an unknown option",
      {"check", "a.ifc", "--fast"},
      "check: The following argument was not expected: --fast"},
@@ -132,12 +173,16 @@ const FileRow g_unreadable[] = {
     {"a folder", "", "is a folder, not a file"},
     {"without a byte", "empty.ifc", "is empty"},
     {"a ZIP archive", "house.ifczip", "is a ZIP archive; unpack it and name the file inside"},
+    {"gzip", "house.ifc.gz", "is compressed with gzip; unpack it (gunzip) and name the file that comes out"},
+    {"a program", "house.elf", "is a program, not a text"},
 };
 
 TEST(Call, UnreadableFileGivesOneLineAndTwo) {
     const TestFolder folder;
     folder.sFile("empty.ifc", "");
     folder.sFile("house.ifczip", std::string_view("PK\x03\x04\x14\0\0\0", 8));
+    folder.sFile("house.ifc.gz", std::string_view("\x1f\x8b\x08\0\0\0\0\0", 8));
+    folder.sFile("house.elf", std::string_view("\x7f" "ELF\x02\x01\x01\0", 8));
     for (const FileRow& row : g_unreadable)
         for (const VerbRow& verb : g_verbs) {
             SCOPED_TRACE(std::string(row.pRule) + ", " + verb.pVerb);

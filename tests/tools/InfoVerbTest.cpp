@@ -20,6 +20,10 @@ std::vector<std::string> keys(const Json& object) {
 Json comparable(Json value) {
     EXPECT_GE(value["seconds"].get<double>(), 0.0);
     value.erase("seconds");
+    EXPECT_EQ(keys(value["memory"]), (std::vector<std::string>{"model", "process"}));
+    EXPECT_GT(value["memory"]["model"], 0);
+    EXPECT_GT(value["memory"]["process"], value["memory"]["model"]);
+    value.erase("memory");
     return value;
 }
 
@@ -27,7 +31,8 @@ TEST(InfoVerb, JsonHasItsKeysInOrder) {
     const Json value = runProgram({"info", "--json", sExample("house-ifc4.ifc")}).json();
     EXPECT_EQ(keys(value),
               (std::vector<std::string>{"file", "schema", "header", "entities", "byType", "rooted",
-                                        "inverses", "errors", "fatal", "ok", "seconds", "bytes"}));
+                                        "inverses", "missingReferences", "errors", "fatal", "ok", "seconds",
+                                        "bytes", "memory"}));
     EXPECT_EQ(keys(value["header"]),
               (std::vector<std::string>{"description", "implementationLevel", "name", "timeStamp", "author",
                                         "organization", "preprocessorVersion", "originatingSystem",
@@ -58,6 +63,7 @@ TEST(InfoVerb, JsonTellsAllOfASmallFile) {
         {"byType", {{"IFCCARTESIANPOINT", 2}, {"IFCPOLYLINE", 1}}},
         {"rooted", 0},
         {"inverses", 0},
+        {"missingReferences", 0},
         {"errors", 0},
         {"fatal", 0},
         {"ok", true},
@@ -136,6 +142,37 @@ TEST(InfoVerb, ErrorsOfTheTextGiveOne) {
         vExpectResult(row, runProgram({"info", sPath, "--json", "--single-threaded"}));
         vExpectResult(row, runProgram({"info", "-", "--json"}, row.sText));
     }
+}
+
+TEST(InfoVerb, MissingReferencesAreCountedByNumber) {
+    const Json value = runProgram({"info", "-", "--json"},
+                                  sExchangeFile("IFC4", "#3=IFCPOLYLINE((#1,#2,#1));\n#4=IFCTEAPOT();\n"))
+                           .json();
+    EXPECT_EQ(value["missingReferences"], 2);
+    EXPECT_EQ(value["errors"], 3);
+}
+
+// Only a read of an exchange structure makes a map of them.
+TEST(InfoVerb, GlobalIdsAreCountedInEveryForm) {
+    const std::string sData = "#1=IFCWALL('3qt5KnRY9OSu4BNT4B7kwi',$,$,$,$,$,$,$,$);\n"
+                              "#2=IFCSLAB('0qltlX545U7f6hmhHOJBDu',$,$,$,$,$,$,$,$);\n#3=IFCMATERIAL('a',$,$);\n";
+    EXPECT_EQ(runProgram({"info", "-", "--json"}, sExchangeFile("IFC4", sData)).json()["rooted"], 2);
+    EXPECT_EQ(runProgram({"info", "-", "--json"}, "Ifc file simple;\nIFC4;\n*;\n" + sData).json()["rooted"], 2);
+    const ProgramRun xml = runProgram({"convert", sExample("house-ifc4.ifc"), "-", "--format", "ifcxml"});
+    const Json house = runProgram({"info", sExample("house-ifc4.ifc"), "--json"}).json();
+    const Json there = runProgram({"info", "-", "--json"}, xml.sOut).json();
+    EXPECT_EQ(there["rooted"], 95);
+    EXPECT_EQ(house["rooted"], 95);
+    const ProgramRun text = runProgram({"info", "-"}, xml.sOut);
+    EXPECT_NE(text.sOut.find("GlobalIds             " + there["rooted"].dump() + "\n"), std::string::npos) << text.sOut;
+}
+
+TEST(InfoVerb, EndThatIsMissingIsToldWithItsReason) {
+    const ProgramRun run = runProgram({"info", "-"}, "Dear Sir or Madam,\n");
+    EXPECT_NE(run.sOut.find("read                  not to the end: The file begins with \"Dear Sir or Madam,\", not "
+                            "with ISO-10303-21;.\n"),
+              std::string::npos)
+        << run.sOut;
 }
 
 TEST(InfoVerb, StandardInputIsCalledMinus) {

@@ -30,7 +30,12 @@ struct SelectRow {
 const SelectRow g_selections[] = {
     {"a number", {"#70"}, {70}},
     {"a number with zeros", {"#0070"}, {70}},
+    {"a number without its sign", {"70"}, {70}},
+    {"the same with zeros", {"0070"}, {70}},
     {"a GlobalId", {g_pWallGuid}, {70}},
+    {"a GlobalId as it is shown", {"F4DC5531-6E22-5873-810B-5DD10B1EEEAC"}, {70}},
+    {"in small letters and braces", {"{f4dc5531-6e22-5873-810b-5dd10b1eeeac}"}, {70}},
+    {"without strokes", {"F4DC55316E225873810B5DD10B1EEEAC"}, {70}},
     {"a type", {"IfcWall"}, {70}},
     {"a type in any case", {"ifcWALL"}, {70}},
     {"a type, not its subtypes", {"IfcBuildingElement"}, {}},
@@ -101,6 +106,12 @@ TEST(ShowVerb, TextHasALineForEachFact) {
               "standard input: no ifcdoor; --subtypes shows those of its subtypes too\n");
 }
 
+TEST(ShowVerb, TypeWithoutInstancesNamesThoseOfItsSubtypes) {
+    EXPECT_EQ(runProgram({"show", "-", "IfcBuildingElement"}, sWallFile()).sOut,
+              "standard input: no IfcBuildingElement, but 1 IfcSlab, 1 IfcWall; --subtypes shows those too\n");
+    EXPECT_EQ(runProgram({"show", "-", "IfcDoor", "--subtypes"}, sWallFile()).sOut, "standard input: no IfcDoor\n");
+}
+
 struct FailRow {
     const char* pWhat;
     const char* pError;
@@ -115,7 +126,15 @@ const FailRow g_failures[] = {
      "IfcWal is no number as #12, no GlobalId and no entity of IFC4; did you mean IfcWall, IfcWallType, "
      "IfcWallStandardCase, IfcWallElementedCase?"},
     {"IfcLabel", "IfcLabel is no number as #12, no GlobalId and no entity of IFC4"},
-    {"70", "70 is no number as #12, no GlobalId and no entity of IFC4"},
+    {"7", "standard input: there is no #7"},
+    {"99999999999999999999", "standard input: there is no #99999999999999999999"},
+    {"7x", "7x is no number as #12, no GlobalId and no entity of IFC4"},
+    {"F4DC5531-6E22-5873-810B-5DD10B1EEEAD",
+     "standard input: there is no GlobalId F4DC5531-6E22-5873-810B-5DD10B1EEEAD"},
+    {"F4DC5531-6E22-5873-810B-5DD10B1EEEA", "F4DC5531-6E22-5873-810B-5DD10B1EEEA is no number as #12, no GlobalId"},
+    {"F4DC55316-E22-5873-810B-5DD10B1EEEAC", "F4DC55316-E22-5873-810B-5DD10B1EEEAC is no number as #12, no GlobalId"},
+    {"F4DC55316E225873810B5DD10B1EEEACA", "F4DC55316E225873810B5DD10B1EEEACA is no number as #12, no GlobalId"},
+    {"G4DC55316E225873810B5DD10B1EEEAC", "G4DC55316E225873810B5DD10B1EEEAC is no number as #12, no GlobalId"},
 };
 
 TEST(ShowVerb, UnknownWhatIsOneLine) {

@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 
 #include "oxaifc/Failure.h"
+#include "oxaifc/FirstBytes.h"
 
 namespace oxa::tool {
 
@@ -19,6 +20,7 @@ class Input::Buffer final : public std::streambuf {
 public:
     explicit Buffer(std::FILE* pFile) : m_pFile(pFile), m_bytes(g_iSize) {
         std::setvbuf(pFile, nullptr, _IONBF, 0);
+        m_boSeekable = std::fgetpos(pFile, &m_begin) == 0;
     }
     ~Buffer() override {
         if (m_pFile != stdin) std::fclose(m_pFile);
@@ -34,6 +36,14 @@ public:
 
     void vReadToEnd() {
         while (underflow() != traits_type::eof()) setg(eback(), egptr(), egptr());
+    }
+
+    bool boRestart() {
+        if (!m_boSeekable || std::fsetpos(m_pFile, &m_begin) != 0) return false;
+        setg(m_bytes.data(), m_bytes.data(), m_bytes.data());
+        m_iRead = 0;
+        m_boEnd = false;
+        return true;
     }
 
 protected:
@@ -58,6 +68,8 @@ private:
     std::uint64_t m_iRead = 0;
     int m_iError = 0;
     bool m_boEnd = false;
+    std::fpos_t m_begin{};   // standard input may come with some of it taken
+    bool m_boSeekable = false;
 };
 
 namespace {
@@ -90,7 +102,7 @@ Input::Input(const std::string& sPath)
     m_pBuffer->sgetc();
     if (m_pBuffer->iError()) vFail(m_sName, std::strerror(m_pBuffer->iError()));
     if (m_pBuffer->waiting().empty()) vFail(m_sName, "is empty");
-    if (boBeginsWith("PK\x03\x04")) vFail(m_sName, "is a ZIP archive; unpack it and name the file inside");
+    if (const std::string sForm = sForeignForm(m_pBuffer->waiting()); !sForm.empty()) vFail(m_sName, sForm);
 }
 
 Input::~Input() = default;
@@ -107,6 +119,12 @@ std::uint64_t Input::iFinish() {
     m_pBuffer->vReadToEnd();
     if (m_pBuffer->iError()) vFail(m_sName, std::strerror(m_pBuffer->iError()));
     return m_pBuffer->iRead();
+}
+
+bool Input::boRestart() {
+    if (!m_pBuffer->boRestart()) return false;
+    m_stream.clear();
+    return true;
 }
 
 }   // namespace oxa::tool

@@ -1,7 +1,8 @@
 // Input: the bytes of one file, or of standard input, as a stream.
 //
-// For      Model and whoever reads a text. Nothing is read twice and nothing is kept: any size, pipes too.
-// Errors   Failure, for what is no file to be read: missing, a folder, without a byte, a ZIP archive.
+// For      Model and whoever reads a text. Nothing is kept: any size, pipes too.
+// Errors   Failure, for what is no file to be read: missing, a folder, without a byte, in a form that is no text here
+//          (FirstBytes.h).
 // Threads  one.
 #pragma once
 
@@ -35,6 +36,9 @@ public:
 
     // Reads what the user left, and throws Failure if the system could not read on, here or before. The size.
     std::uint64_t iFinish();
+
+    // Goes back to where it began. False, and nothing is changed, where that can't be: a pipe, a device.
+    [[nodiscard]] bool boRestart();
 
 private:
     class Buffer;

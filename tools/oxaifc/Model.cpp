@@ -1,21 +1,35 @@
 #include "oxaifc/Model.h"
 
+#include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 
 #include "Format/Ifc/IfcReadFile.h"
 #include "oxaifc/Failure.h"
+#include "oxaifc/FirstBytes.h"
 #include "oxaifc/Input.h"
 #include "oxaifc/Output.h"
 #include "oxaifc/Progress.h"
+#include "oxaifc/ReadDiagnosis.h"
 #include "oxaifc/XmlDocument.h"
+#include "platform/Localization.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa::tool {
 
 void ModelOptions::vDeclare(CLI::App& command, const char* pFileName) {
     command.add_option(pFileName, sPath, "the file to read; - for standard input")->required()->type_name("");
+    vDeclareRead(command);
+}
+
+void ModelOptions::vDeclareSeveral(CLI::App& command, std::vector<std::string>& paths) {
+    command.add_option("FILE", paths, "the files to read; - for standard input")->required()->type_name("");
+    vDeclareRead(command);
+}
+
+void ModelOptions::vDeclareRead(CLI::App& command) {
     command
         .add_option(
             "--schema-file", schemaPaths,
@@ -31,15 +45,18 @@ Model::Model(const ModelOptions& options, bool boKeepIds)
     Input input(options.sPath);
     m_sName = input.sName();
     m_noSchema.vFinish();
+    if (boBeginsAsHtml(input.firstBytes())) throw Failure(fmt::format("{}: is a page of the web (HTML)", m_sName));
     m_boXml = boBeginsAsXml(input.firstBytes()) || boXmlName(options.sPath);
     if (m_boXml) {
         vXmlRead(input, boKeepIds);
         return;
     }
-    if (input.boBeginsWith("Ifc file simple"))
+    const bool boSimple = input.boBeginsWith("Ifc file simple");
+    if (boSimple)
         m_pFile = std::make_unique<ifc::FileSimple>(m_noSchema);
     else
         m_pFile = std::make_unique<ifc::File>();
+    ReadDiagnosis diagnosis = boSimple ? ReadDiagnosis() : foreignBegin(input.firstBytes());
 
     // The position that the read tells ends at 4 GiB; the input's own count does not.
     Progress progress([&input](unsigned) {
@@ -52,6 +69,7 @@ Model::Model(const ModelOptions& options, bool boKeepIds)
     m_boOk = boRead(input.stream(), boKeepIds, options.boSingleThreaded, progress.function());
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     m_iBytes = input.iFinish();
+    if (!m_boOk) vDiagnose(input, std::move(diagnosis));
 }
 
 Model::~Model() = default;
@@ -62,6 +80,32 @@ bool Model::boRead(std::istream& stream, bool boKeepIds, bool boSingleThreaded, 
                              boSingleThreaded);
     return boReadSimple(dynamic_cast<ifc::FileSimple&>(*m_pFile), stream, boKeepIds, boSingleThreaded,
                         std::move(progress));
+}
+
+// A read that had other errors before the end says nothing at all about a missing end.
+void Model::vDiagnose(Input& input, ReadDiagnosis diagnosis) {
+    const auto& records = m_pErrors->records();
+    const auto boVague = [](const ifc::ErrorRecord& record) {
+        if (record.severity != ifc::Errors::Fatal) return false;
+        for (const char* pKey : {"Error_InvalidFile", "Error_InvalidEndOfFile", "Error_EndOfCommentNotFound",
+                                 "Error_UnexpectedEqualOperator"})
+            if (record.description == oxa::localize("Ifc", pKey)) return true;
+        return false;
+    };
+    const auto itVague = std::find_if(records.begin(), records.end(), boVague);
+    if (itVague == records.end() && m_pErrors->boFatal()) return;
+    if (diagnosis.sText.empty() && input.boRestart()) diagnosis = readDiagnosis(input.stream());
+    if (diagnosis.sText.empty()) return;
+    ifc::ErrorRecord record;
+    record.severity = ifc::Errors::Fatal;
+    record.description = std::move(diagnosis.sText);
+    if (!diagnosis.sSource.empty()) record.lineString = std::move(diagnosis.sSource);
+    record.lineNumber = diagnosis.iLine;
+    m_diagnosed.assign(records.begin(), records.end());
+    if (itVague == records.end())
+        m_diagnosed.push_back(std::move(record));
+    else
+        m_diagnosed[static_cast<std::size_t>(itVague - records.begin())] = std::move(record);
 }
 
 void Model::vXmlRead(Input& input, bool boKeepIds) {

@@ -29,9 +29,15 @@ struct ModelOptions {
 
     // Adds them to a verb, the file under this name. This object must live until the command line is parsed.
     void vDeclare(CLI::App& command, const char* pFileName = "FILE");
+    // The same for a verb that takes any number of files; which of them sPath is, the verb says for each read.
+    void vDeclareSeveral(CLI::App& command, std::vector<std::string>& paths);
+
+private:
+    void vDeclareRead(CLI::App& command);
 };
 
 class Input;
+struct ReadDiagnosis;
 
 class Model {
 public:
@@ -51,8 +57,9 @@ public:
     // The schema's own name; as the file spells it where no schema is known by that; empty where it tells none.
     [[nodiscard]] std::string sSchemaName() const { return m_pFile->headerBase().sSchemaNameGet(); }
 
+    // What the read reported. Where it says only that the end was not found, the record says why instead.
     [[nodiscard]] const std::vector<ifc::ErrorRecord>& errors() const noexcept {
-        return m_pErrors->records();
+        return m_diagnosed.empty() ? m_pErrors->records() : m_diagnosed;
     }
     // True for ifcXML: what is not understood there is passed over, and errors() does not tell it.
     [[nodiscard]] bool boXml() const noexcept { return m_boXml; }
@@ -74,10 +81,12 @@ private:
     bool boReadSimple(ifc::FileSimple& file, std::istream& stream, bool boKeepIds, bool boSingleThreaded,
                       ifc::ReadProgress progress);
     void vXmlRead(Input& input, bool boKeepIds);
+    void vDiagnose(Input& input, ReadDiagnosis diagnosis);
 
     SchemaSource m_schemas;
     ifc::def::SchemaPset m_noSchema{""};   // what a simple file is born with
     std::unique_ptr<ifc::io::ReadError> m_pErrors;
+    std::vector<ifc::ErrorRecord> m_diagnosed;   // empty where the read's own records say all
     std::unique_ptr<ifc::FileBase> m_pFile;
     std::string m_sName;
     bool m_boIdsKept;

@@ -1,7 +1,9 @@
 #include "oxaifc/Output.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "oxaifc/Failure.h"
@@ -11,11 +13,24 @@ namespace oxa::tool {
 
 namespace {
 
+// https://no-color.org: any value but an empty one.
+bool boColoursWanted() {
+    const char* pNoColor = std::getenv("NO_COLOR");
+    const char* pTerminal = std::getenv("TERM");
+    return !(pNoColor && *pNoColor) && !(pTerminal && std::string_view(pTerminal) == "dumb");
+}
+
 std::string sDump(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 }   // namespace
 
-Output::Output() : m_boTerminal(boIsTerminal(stdout)) {}
+Output::Output() : m_boTerminal(boIsTerminal(stdout)), m_boTinted(m_boTerminal && boColoursWanted()) {}
+
+std::string Output::sTinted(Tint eTint, std::string_view text) const {
+    if (!m_boTinted) return std::string(text);
+    constexpr std::array codes{31, 32, 33, 1};   // SGR, ECMA-48
+    return fmt::format("\x1b[{}m{}\x1b[0m", codes.at(static_cast<std::size_t>(eTint)), text);
+}
 
 void Output::vJson(const Json& value) {
     vPrint("{}\n", value.dump(2, ' ', false, Json::error_handler_t::replace));

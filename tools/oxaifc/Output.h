@@ -15,6 +15,9 @@ namespace oxa::tool {
 
 using Json = nlohmann::ordered_json;   // keys stay in the order in which they were entered
 
+// How a word stands out on a terminal.
+enum class Tint { Red, Green, Yellow, Bold };
+
 class Output {
 public:
     // printf with fmt's placeholders. Text of a file goes through sPrintable first.
@@ -36,6 +39,8 @@ public:
     // False once nobody reads any more, so that a long output may end early.
     [[nodiscard]] bool boWanted() const noexcept { return m_boWanted; }
     [[nodiscard]] bool boTerminal() const noexcept { return m_boTerminal; }
+    // The text in a colour, on a terminal whose user wants them (NO_COLOR, TERM); else as it is.
+    [[nodiscard]] std::string sTinted(Tint eTint, std::string_view text) const;
 
     Output();
 
@@ -45,6 +50,7 @@ private:
     fmt::memory_buffer m_buffer;
     bool m_boWanted = true;
     bool m_boTerminal;
+    bool m_boTinted;
     bool m_boFirstItem = true;
 };
 

@@ -1,8 +1,11 @@
 #include "oxaifc/Selection.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstdint>
 #include <optional>
+#include <string_view>
 
 #include <fmt/format.h>
 
@@ -18,15 +21,48 @@ namespace schema = ifc::def::schema;
 
 namespace {
 
+// A GUID of 32 hexadecimal digits, with or without the strokes and braces.
+std::optional<Guid> guidFromHexadecimal(std::string_view text) {
+    if (text.size() > 2 && text.front() == '{' && text.back() == '}') text = text.substr(1, text.size() - 2);
+    std::array<std::uint8_t, 16> bytes{};
+    std::size_t iDigits = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '-' && text.size() == 36 && (i == 8 || i == 13 || i == 18 || i == 23)) continue;
+        std::uint8_t iDigit = 0;
+        const char* pDigit = text.data() + i;
+        if (iDigits == 32 || std::from_chars(pDigit, pDigit + 1, iDigit, 16).ptr == pDigit) return std::nullopt;
+        std::uint8_t& byte = bytes.at(iDigits++ / 2);
+        byte = static_cast<std::uint8_t>(byte << 4 | iDigit);
+    }
+    if (iDigits != 32) return std::nullopt;
+    Guid guid;
+    const auto iOf = [&bytes](std::size_t iFirst, std::size_t iCount) {
+        std::uint32_t iValue = 0;
+        for (std::size_t i = iFirst; i < iFirst + iCount; ++i) iValue = iValue << 8 | bytes.at(i);
+        return iValue;
+    };
+    guid.Data1 = iOf(0, 4);
+    guid.Data2 = static_cast<std::uint16_t>(iOf(4, 2));
+    guid.Data3 = static_cast<std::uint16_t>(iOf(6, 2));
+    std::copy(bytes.begin() + 8, bytes.end(), guid.Data4);
+    return guid;
+}
+
+std::optional<Guid> guidFromText(const std::string& sText) {
+    return sText.size() == ifc::IfcGuid::Length ? ifc::IfcGuid::fromIfcGuid(sText) : guidFromHexadecimal(sText);
+}
+
 // The entity of a number or a GlobalId; null when the word is neither. Failure when the file has none of that name.
 ifc::Entity* pEntitySelected(const Model& model, const std::string& sWhat) {
-    if (sWhat.starts_with('#')) {
-        ifc::Entity* pEntity = pEntityFromNumber(model, sWhat);
-        if (!pEntity) throw Failure(fmt::format("{}: there is no {}", model.sName(), sWhat));
+    const std::optional<Guid> guid = guidFromText(sWhat);
+    const bool boNumber =
+        !guid && !sWhat.empty() && sWhat.find_first_not_of("0123456789") == std::string::npos;
+    if (boNumber || sWhat.starts_with('#')) {
+        const std::string sNumber = boNumber ? "#" + sWhat : sWhat;
+        ifc::Entity* pEntity = pEntityFromNumber(model, sNumber);
+        if (!pEntity) throw Failure(fmt::format("{}: there is no {}", model.sName(), sNumber));
         return pEntity;
     }
-    if (sWhat.size() != ifc::IfcGuid::Length) return nullptr;
-    const std::optional<Guid> guid = ifc::IfcGuid::fromIfcGuid(sWhat);
     if (!guid) return nullptr;
     ifc::Entity* pEntity = pEntityFromGlobalId(model, *guid);
     if (!pEntity) throw Failure(fmt::format("{}: there is no GlobalId {}", model.sName(), sWhat));

@@ -1,6 +1,7 @@
 // Selection: the entities that a word of the command line stands for.
 //
-// For      verbs with a WHAT: a number as "#12", a GlobalId of 22 characters, and, in entitiesSelected, a type.
+// For      verbs with a WHAT: a number as "#12" or "12", a GlobalId of 22 characters or in hexadecimal digits, and, in
+//          entitiesSelected, a type.
 // Errors   Failure, with what may have been meant.
 #pragma once
 

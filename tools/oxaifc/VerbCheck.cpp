@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -14,6 +15,7 @@
 #include "oxaifc/Output.h"
 #include "oxaifc/Records.h"
 #include "oxaifc/Report.h"
+#include "oxaifc/Several.h"
 #include "oxaifc/Verb.h"
 
 namespace oxa::tool {
@@ -25,8 +27,11 @@ using ifc::Errors;
 constexpr std::size_t g_iShortText = 300;   // bytes of a source text on a terminal
 
 struct CheckOptions : ModelOptions {
+    std::vector<std::string> paths;
     bool boJson = false;
     ReportOptions report;
+
+    [[nodiscard]] bool boSeveral() const noexcept { return paths.size() > 1; }
 };
 
 // "IFCWALL #12": the number and the keyword of the statement, or what the entity itself tells of them.
@@ -58,7 +63,7 @@ Json recordJson(const ifc::ErrorRecord& record) {
 void vRecordWrite(const ifc::ErrorRecord& record, const Model& model, Output& output) {
     const std::string sOf = sEntity(record, model);
     const std::string_view text = sourceText(record);
-    output.vPrint("{}", severityWord(record));
+    output.vPrint("{}", output.sTinted(Tint::Red, severityWord(record)));
     if (record.lineNumber) output.vPrint(" line {}", record.lineNumber);
     if (!sOf.empty()) output.vPrint(" {}", sPrintable(sOf));
     output.vPrint(": {}\n", sPrintable(record.description));
@@ -89,18 +94,21 @@ void vCountsWrite(const Model& model, Output& output) {
 }
 
 void vRecordsWrite(const CheckOptions& options, const Model& model, Output& output) {
-    if (options.boJson) output.vJsonBegin();
+    if (options.boSeveral() && !options.boJson && !model.errors().empty())
+        output.vPrint("{}\n", output.sTinted(Tint::Bold, sPrintable(model.sName()) + ":"));
     for (const ifc::ErrorRecord* pRecord : recordsByLine(model.errors())) {
         if (!output.boWanted()) break;
-        if (options.boJson)
-            output.vJsonItem(recordJson(*pRecord));
-        else
+        if (options.boJson) {
+            Json record = recordJson(*pRecord);
+            if (options.boSeveral()) record["file"] = options.sPath;
+            output.vJsonItem(record);
+        } else {
             vRecordWrite(*pRecord, model, output);
+        }
     }
-    if (options.boJson) output.vJsonEnd();
 }
 
-int iCheck(const CheckOptions& options, Output& output) {
+int iCheckOne(const CheckOptions& options, Output& output) {
     const bool boReport = options.report.boWanted();
     if (options.boJson && options.report.boToOutput())
         throw Failure("check: --json and a report can't both go to standard output; name a file: --html OUT");
@@ -116,12 +124,24 @@ int iCheck(const CheckOptions& options, Output& output) {
     return model.iExitCode();
 }
 
+int iCheck(CheckOptions& options, Output& output) {
+    if (options.boSeveral() && options.report.boWanted()) throw Failure("check: a report is about one FILE");
+    if (options.boJson) output.vJsonBegin();
+    const int iCode = iForEachFile(options.paths, [&](const std::string& sPath) {
+        options.sPath = sPath;
+        return iCheckOne(options, output);
+    });
+    if (options.boJson) output.vJsonEnd();
+    return iCode;
+}
+
 }   // namespace
 
 VerbRun verbCheck(CLI::App& command) {
     const auto pOptions = std::make_shared<CheckOptions>();
-    pOptions->vDeclare(command);
-    command.add_flag("--json", pOptions->boJson, "print a JSON array with one object a record");
+    pOptions->vDeclareSeveral(command, pOptions->paths);
+    command.add_flag("--json", pOptions->boJson,
+                     "print a JSON array with one object a record; of several files each names its own");
     command
         .add_option("--html", pOptions->report.sOut,
                     "write a page about the errors to this file instead of the list; - for standard output")

@@ -94,10 +94,12 @@ std::string sValue(const std::optional<std::string>& sText) {
 void vTextWrite(const ModelDiff& diff, Output& output) {
     if (diff.sSchemaOld != diff.sSchemaNew)
         output.vPrint("schema   {} -> {}\n", sPrintable(diff.sSchemaOld), sPrintable(diff.sSchemaNew));
-    for (const DiffEntity& entity : diff.removed) output.vPrint("removed  {}\n", sEntity(entity));
-    for (const DiffEntity& entity : diff.added) output.vPrint("added    {}\n", sEntity(entity));
+    for (const DiffEntity& entity : diff.removed)
+        output.vPrint("{}  {}\n", output.sTinted(Tint::Red, "removed"), sEntity(entity));
+    for (const DiffEntity& entity : diff.added)
+        output.vPrint("{}    {}\n", output.sTinted(Tint::Green, "added"), sEntity(entity));
     for (const DiffChange& change : diff.changed) {
-        output.vPrint("changed  {}\n", sEntity(change.after));
+        output.vPrint("{}  {}\n", output.sTinted(Tint::Yellow, "changed"), sEntity(change.after));
         for (const DiffValue& value : change.values)
             output.vPrint("         {}: {} -> {}{}\n", value.sAttribute, sValue(value.sOld),
                           sValue(value.sNew), value.boMore ? "\n         and more of this attribute" : "");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -14,6 +15,7 @@
 #include "oxaifc/HeaderRows.h"
 #include "oxaifc/Model.h"
 #include "oxaifc/Output.h"
+#include "oxaifc/Several.h"
 #include "oxaifc/System.h"
 #include "oxaifc/Verb.h"
 
@@ -24,6 +26,7 @@ namespace {
 using ifc::Errors;
 
 struct InfoOptions : ModelOptions {
+    std::vector<std::string> paths;
     bool boJson = false;
 };
 
@@ -40,6 +43,7 @@ struct Figures {
     std::size_t iErrors = 0;
     std::size_t iFatal = 0;
     std::size_t iMissing = 0;   // numbers that are named and never defined
+    std::size_t iGlobalIds = 0;
 };
 
 std::vector<TypeCount> byType(const std::vector<ifc::Entity*>& entities) {
@@ -64,10 +68,17 @@ std::size_t iInverses(const std::vector<ifc::Entity*>& entities) {
     return iCount;
 }
 
-// An import of ifcXML leaves the map to the first look-up, which enters what waits.
-std::size_t iGlobalIds(const ifc::Data& data) {
-    static_cast<void>(data.pEntityFromGuid(Guid{}));
-    return data.guidEntityMap().size();
+// An import of ifcXML and a read of the simple form make no map of them.
+std::size_t iGlobalIds(const Model& model) {
+    if (const std::size_t iCount = model.data().guidEntityMap().size()) return iCount;
+    std::set<Guid> guids;
+    const auto [first, last] = model.data().range(ifc::def::schema::ObjectName("IFCROOT"), true);
+    for (auto it = first; it != last; ++it) {
+        Guid guid;
+        if ((*it)->boValueGet(ifc::def::schema::AttributeName("GlobalId"), guid) && !guid.boIsNull())
+            guids.insert(guid);
+    }
+    return guids.size();
 }
 
 Figures figures(const Model& model) {
@@ -76,6 +87,7 @@ Figures figures(const Model& model) {
     result.byType = byType(entities);
     result.iEntities = entities.size();
     result.iInverses = iInverses(entities);
+    result.iGlobalIds = iGlobalIds(model);
     for (const ifc::ErrorRecord& record : model.errors()) {
         ++(record.severity == Errors::Fatal ? result.iFatal : result.iErrors);
         if (record.category == Errors::Reference) ++result.iMissing;
@@ -93,22 +105,29 @@ Json rootJson(const ifc::FileHeaderSimple& head) {
     return root;
 }
 
-void vJsonWrite(const Model& model, const std::string& sPath, const Figures& all, Output& output) {
+Json figuresJson(const Model& model, const std::string& sPath, const Figures& all) {
     Json types = Json::object();
     for (const TypeCount& type : all.byType) types[type.sKeyword] = type.iCount;
-    output.vJson(
-        {{"file", sPath},
+    return {{"file", sPath},
          {"schema", model.sSchemaName()},
          {"header", model.pHeader() ? headerJson(*model.pHeader()) : rootJson(*model.pHeaderSimple())},
          {"entities", all.iEntities},
          {"byType", std::move(types)},
-         {"rooted", iGlobalIds(model.data())},
+         {"rooted", all.iGlobalIds},
          {"inverses", all.iInverses},
+         {"missingReferences", all.iMissing},
          {"errors", all.iErrors},
          {"fatal", all.iFatal},
          {"ok", model.boOk()},
          {"seconds", model.seconds()},
-         {"bytes", model.iBytes()}});
+         {"bytes", model.iBytes()},
+         {"memory", {{"model", model.data().pool().iBytesReserved()}, {"process", iPeakMemory()}}}};
+}
+
+std::string sNotToTheEnd(const Model& model) {
+    for (const ifc::ErrorRecord& record : model.errors())
+        if (record.severity == Errors::Fatal) return "not to the end: " + record.description;
+    return "not to the end";
 }
 
 void vTextWrite(const Model& model, const Figures& all, Output& output) {
@@ -128,12 +147,12 @@ void vTextWrite(const Model& model, const Figures& all, Output& output) {
     vRow("entities", sGrouped(all.iEntities));
     for (const TypeCount& type : all.byType)
         output.vPrint("{:>20}  {}\n", sGrouped(type.iCount), type.sKeyword);
-    vRow("GlobalIds", sGrouped(iGlobalIds(model.data())));
+    vRow("GlobalIds", sGrouped(all.iGlobalIds));
     vRow("inverse entries", sGrouped(all.iInverses));
     vRow("missing references", sGrouped(all.iMissing));
     // What an import of ifcXML passes over, nobody counts.
     if (!model.boXml()) vRow("errors", fmt::format("{}, fatal {}", sGrouped(all.iErrors), sGrouped(all.iFatal)));
-    vRow("read", model.boOk() ? "to the end" : "not to the end");
+    vRow("read", model.boOk() ? "to the end" : sNotToTheEnd(model));
     vRow("time", fmt::format("{:.3f} s", model.seconds()));
     constexpr double g_mebibyte = 1024.0 * 1024.0;
     vRow("memory", fmt::format("{:.1f} MiB for the model, {:.1f} MiB at most for the process",
@@ -141,22 +160,34 @@ void vTextWrite(const Model& model, const Figures& all, Output& output) {
                                static_cast<double>(iPeakMemory()) / g_mebibyte));
 }
 
-int iInfo(const InfoOptions& options, Output& output) {
-    const Model model(options, false);
-    const Figures all = figures(model);
-    if (options.boJson)
-        vJsonWrite(model, options.sPath, all, output);
-    else
-        vTextWrite(model, all, output);
-    return model.iExitCode();
+int iInfo(InfoOptions& options, Output& output) {
+    const bool boSeveral = options.paths.size() > 1;
+    bool boFirst = true;
+    if (options.boJson && boSeveral) output.vJsonBegin();
+    const int iCode = iForEachFile(options.paths, [&](const std::string& sPath) {
+        options.sPath = sPath;
+        const Model model(options, false);
+        const Figures all = figures(model);
+        if (!options.boJson) {
+            if (!std::exchange(boFirst, false)) output.vPrint("\n");
+            vTextWrite(model, all, output);
+        } else if (boSeveral) {
+            output.vJsonItem(figuresJson(model, sPath, all));
+        } else {
+            output.vJson(figuresJson(model, sPath, all));
+        }
+        return model.iExitCode();
+    });
+    if (options.boJson && boSeveral) output.vJsonEnd();
+    return iCode;
 }
 
 }   // namespace
 
 VerbRun verbInfo(CLI::App& command) {
     const auto pOptions = std::make_shared<InfoOptions>();
-    pOptions->vDeclare(command);
-    command.add_flag("--json", pOptions->boJson, "print one JSON object");
+    pOptions->vDeclareSeveral(command, pOptions->paths);
+    command.add_flag("--json", pOptions->boJson, "print one JSON object; of several files an array of them");
     return [pOptions](Output& output) { return iInfo(*pOptions, output); };
 }
 

@@ -1,5 +1,6 @@
 // VerbShow: "oxaifc show": entities with their attributes, values and referrers.
 
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -71,11 +72,25 @@ Json entityJson(const ifc::Entity& entity, const Model& model) {
 }
 
 void vEntityWrite(const ifc::Entity& entity, const Model& model, Output& output) {
-    output.vPrint("{}\n", sPrintable(entity.sWriteLine(model.data())));
+    output.vPrint("{}\n", output.sTinted(Tint::Bold, sPrintable(entity.sWriteLine(model.data()))));
     for (const AttributeFacts& facts : attributes(entity, model))
         output.vPrint("  {} : {} = {}\n", facts.sName, facts.sType, sPrintable(facts.sValue));
     for (const InverseFacts& facts : inverses(entity, model))
         output.vPrint("  {} <- #{}\n", facts.sName, fmt::join(facts.numbers, ", #"));
+}
+
+// What to say of a type that the model does not use: "no IfcWall", and of which of its subtypes there are some.
+std::string sNothing(Model& model, const ShowOptions& options) {
+    std::string sText = fmt::format("{}: no {}", sPrintable(model.sName()), sPrintable(options.sWhat));
+    if (options.boSubtypes) return sText;
+    std::map<std::string, std::size_t> counts;
+    for (const ifc::Entity* pEntity : entitiesSelected(model, options.sWhat, true))
+        ++counts[pEntity->schemaEntity().sName];
+    if (counts.empty()) return sText + "; --subtypes shows those of its subtypes too";
+    std::string sTypes;
+    for (const auto& [sType, iCount] : counts)
+        sTypes += fmt::format("{}{} {}", sTypes.empty() ? "" : ", ", sGrouped(iCount), sType);
+    return fmt::format("{}, but {}; --subtypes shows those too", sText, sTypes);
 }
 
 int iShow(const ShowOptions& options, Output& output) {
@@ -92,17 +107,19 @@ int iShow(const ShowOptions& options, Output& output) {
     if (options.boJson)
         output.vJsonEnd();
     else if (entities.empty())
-        output.vPrint("{}: no {}{}\n", sPrintable(model.sName()), sPrintable(options.sWhat),
-                      options.boSubtypes ? "" : "; --subtypes shows those of its subtypes too");
+        output.vPrint("{}\n", sNothing(model, options));
     return model.iExitCode();
 }
 
 }   // namespace
 
+constexpr const char* g_pWhatHelp =
+    "a number as 12 or '#12', a GlobalId (22 characters or hexadecimal), or a type in any case";
+
 VerbRun verbShow(CLI::App& command) {
     const auto pOptions = std::make_shared<ShowOptions>();
     pOptions->vDeclare(command);
-    command.add_option("WHAT", pOptions->sWhat, "a number as #12, a GlobalId, or a type in any case")
+    command.add_option("WHAT", pOptions->sWhat, g_pWhatHelp)
         ->required()
         ->type_name("");
     command.add_flag("--subtypes", pOptions->boSubtypes, "with a type: its subtypes too");

@@ -1,9 +1,10 @@
 // oxaifc: the front door for everyone who has an IFC file and a question.
 //
-//   oxaifc VERB ...     "oxaifc --help" tells the verbs, "oxaifc VERB --help" what each takes
+//   oxaifc VERB ...     "oxaifc help" tells the verbs, "oxaifc help VERB" what each takes
 //   exit code           0 fine, 1 the file has errors, 2 unreadable or wrong usage
 //   standard error      one line a failure; progress when it is a terminal
 
+#include <algorithm>
 #include <cstdio>
 #include <new>
 #include <sstream>
@@ -19,19 +20,21 @@
 #include "oxaifc/Output.h"
 #include "oxaifc/System.h"
 #include "oxaifc/Verb.h"
+#include "platform/Localization.h"
 
 namespace oxa::tool {
 namespace {
 
 constexpr const char* g_pVersion = "oxaifc " OXA_VERSION;
-constexpr const char* g_pFooter = "Exit code: 0 fine, 1 the file has errors, 2 unreadable or wrong usage.";
+constexpr const char* g_pFooter = "oxaifc help VERB tells what a verb takes. Exit code: 0 fine, 1 the file has errors, "
+                                  "2 unreadable or wrong usage.";
 
 struct Command {
     CLI::App* pApp;
     VerbRun run;
 };
 
-std::vector<Command> declareAll(CLI::App& app) {
+std::vector<Command> declareAll(CLI::App& app, std::string& sLanguage) {
     app.set_version_flag("--version", g_pVersion, "print the version and exit");
     app.set_help_flag("-h,--help", "print this help and exit");
     app.footer(g_pFooter);
@@ -42,22 +45,35 @@ std::vector<Command> declareAll(CLI::App& app) {
         CLI::App* pApp = app.add_subcommand(verb.pName, verb.pSummary);
         pApp->group("Verbs");
         pApp->set_version_flag("--version", g_pVersion, "print the version and exit");
+        pApp->add_option("--lang", sLanguage, "language of what is told of a file's errors")
+            ->check(CLI::IsMember({"en", "de"}))
+            ->type_name("X");
         commands.push_back({pApp, verb.pDeclare(*pApp)});
     }
     return commands;
 }
 
 // CLI11 takes a word that is no verb for a superfluous argument; this says what is meant.
-void vVerbCheck(int iCount, char** ppWords) {
+void vVerbCheck(const std::vector<std::string>& words) {
     std::vector<std::string_view> names;
     for (const Verb& verb : verbs()) names.push_back(verb.pName);
-    if (iCount < 2) throw Failure(fmt::format("a verb is missing; there are: {}", fmt::join(names, ", ")));
-    const std::string_view word = ppWords[1];
+    if (words.empty()) throw Failure(fmt::format("a verb is missing; there are: {}", fmt::join(names, ", ")));
+    const std::string_view word = words.front();
     if (word.starts_with('-')) return;
     for (const std::string_view name : names)
         if (name == word) return;
     throw Failure(
         fmt::format("there is no verb {}; {}", sPrintable(word), sNearText(word, names, "there are: ")));
+}
+
+// "help VERB" is "VERB --help", and "help" alone tells the verbs.
+std::vector<std::string> wordsOf(int iCount, char** ppWords) {
+    std::vector<std::string> words(ppWords + std::min(iCount, 1), ppWords + iCount);
+    if (words.empty() || words.front() != "help") return words;
+    words.erase(words.begin());
+    if (words.size() > 1) throw Failure("help: takes one VERB at most");
+    words.emplace_back("--help");
+    return words;
 }
 
 // The end of a parse that is none of a run: help and version go to the output, a wrong call becomes a Failure.
@@ -70,18 +86,25 @@ int iParseEnd(const CLI::App& app, const CLI::ParseError& error, Output& output)
     }
     const auto parsed = app.get_subcommands();
     const std::string sVerb = parsed.empty() ? "" : parsed.front()->get_name() + ": ";
-    throw Failure(fmt::format("{}{}", sVerb, sPrintable(error.what())));
+    std::string sText = sPrintable(error.what());
+    // A shell hands on nothing of a line from a word that begins so.
+    if (sText == "WHAT is required") sText += "; a shell takes # for a comment, so write 12 or '#12'";
+    throw Failure(sVerb + sText);
 }
 
 int iRun(int iCount, char** ppWords, Output& output) {
-    vVerbCheck(iCount, ppWords);
+    std::vector<std::string> words = wordsOf(iCount, ppWords);
+    vVerbCheck(words);
     CLI::App app("Reads, checks, explains and rewrites building models in IFC (ISO 16739).", "oxaifc");
-    const std::vector<Command> commands = declareAll(app);
+    std::string sLanguage;
+    const std::vector<Command> commands = declareAll(app, sLanguage);
     try {
-        app.parse(iCount, ppWords);
+        std::reverse(words.begin(), words.end());   // as CLI11 takes them
+        app.parse(std::move(words));
     } catch (const CLI::ParseError& error) {
         return iParseEnd(app, error, output);
     }
+    if (sLanguage == "de") oxa::setLanguage(oxa::Language::German);
     for (const Command& command : commands)
         if (command.pApp->parsed()) return command.run(output);
     return g_iExitFailure;
