@@ -55,7 +55,7 @@ TEST(ExtractVerb, WritesTheSimpleFormWithTheNumbersOfTheFile) {
 
 TEST(ExtractVerb, EveryVerbReadsWhatItWrites) {
     const TestFolder folder;
-    const std::string sOut = (folder.path() / "out.ifc").string();
+    const std::string sOut = (folder.path() / "out.txt").string();
     EXPECT_EQ(runProgram({"extract", sExample("house-ifc4.ifc"), "#306", sOut}).iCode, 0);
     const Json info = runProgram({"info", sOut, "--json"}).json();
     EXPECT_EQ(info["schema"], "IFC4");
@@ -67,6 +67,22 @@ TEST(ExtractVerb, EveryVerbReadsWhatItWrites) {
     const ProgramRun back = runProgram({"convert", sOut, "-"});
     EXPECT_EQ(back.iCode, 0);
     EXPECT_EQ(statements(back.sOut), statements(sContent(sOut)));
+}
+
+// The name says what is in it: ".ifc" is a STEP file, with the header of the one it came from.
+TEST(ExtractVerb, WritesAStepFileUnderSuchAName) {
+    const TestFolder folder;
+    const std::string sText = "#20=IFCPOLYLINE((#7,#5));\n#7=IFCCARTESIANPOINT((0.,1.));\n"
+                              "#5=IFCCARTESIANPOINT((0.,0.));\n";
+    for (const char* pName : {"a.ifc", "a.STP", "a.step", "a.p21"}) {
+        const std::string sOut = (folder.path() / pName).string();
+        EXPECT_EQ(runProgram({"extract", "--single-threaded", "-", "20", sOut}, sModel()).iCode, 0);
+        EXPECT_EQ(statements(sContent(sOut)), statements(sText));
+        EXPECT_TRUE(sContent(sOut).starts_with("ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('d'),'2;1');\n"));
+    }
+    EXPECT_TRUE(runProgram({"extract", "-", "20", "-", "--format", "step"}, sModel()).sOut.starts_with("ISO-10303-21;"));
+    EXPECT_TRUE(
+        runProgram({"extract", "-", "20", "-", "--format", "simple"}, sModel()).sOut.starts_with("Ifc file simple;"));
 }
 
 struct FailRow {

@@ -58,14 +58,9 @@ void WriteOptions::vDeclareOut(CLI::App& command) {
         "it was). An IN with errors is not replaced by itself, nor is one in ifcXML, which is read in part.");
 }
 
-void WriteOptions::vDeclareFormat(CLI::App& command) {
-    command
-        .add_option(
-            "--format", sFormat,
-            "step or ifcxml; without it ifcxml where OUT ends in .ifcxml or .xml. ifcXML is for IFC4, holds "
-            "what is connected with the project, and less of that than STEP")
-        ->check(CLI::IsMember({"step", "ifcxml"}))
-        ->type_name("X");
+void WriteOptions::vDeclareFormat(CLI::App& command, std::vector<FileForm> written) {
+    forms = std::move(written);
+    vFormatDeclare(command, sFormat, forms);
 }
 
 // Statements as they are composed, to the stream, with a list of their numbers.
@@ -90,7 +85,7 @@ private:
 
 ModelWrite::ModelWrite(const WriteOptions& options)
     : m_options(options),
-      m_boXml(options.sFormat.empty() ? boXmlName(options.sOut) : options.sFormat == "ifcxml"),
+      m_eForm(fileForm(options.sOut, options.sFormat, options.forms)),
       m_target(options.sOut), m_pErrors(ifc::io::WriteError::pAllocate()),
       m_pLeftOut(ifc::io::WriteError::pAllocate()) {}
 
@@ -222,7 +217,7 @@ void ModelWrite::vXmlLeftOutTell(const Model& model) const {
 }
 
 void ModelWrite::vExchangeWrite(Model& model, const ifc::Entity* pRoot) {
-    if (m_boXml) return vXmlWrite(model);
+    if (boXml()) return vXmlWrite(model);
     vCheck(model);
     ifc::FileHeader header;
     if (const ifc::FileHeader* pHeader = model.pHeader()) {
@@ -257,10 +252,10 @@ void ModelWrite::vSimpleWrite(Model& model, const ifc::Entity* pRoot) {
 }
 
 void ModelWrite::vSameWrite(Model& model) {
-    if (m_boXml) {
+    if (boXml()) {
         vXmlWrite(model);
         vXmlLeftOutTell(model);
-    } else if (model.pHeader())
+    } else if (m_eForm == FileForm::Step || (m_eForm == FileForm::Open && model.pHeader()))
         vExchangeWrite(model, nullptr);
     else
         vSimpleWrite(model, nullptr);

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Format/Ifc/IfcFileError.h"
+#include "oxaifc/FileForm.h"
 #include "oxaifc/Model.h"
 #include "oxaifc/Target.h"
 
@@ -20,14 +21,15 @@ namespace oxa::tool {
 // What every verb with an OUT takes.
 struct WriteOptions : ModelOptions {
     std::string sOut;      // "-" is standard output
-    std::string sFormat;   // "step" or "ifcxml"; empty: OUT's name decides
+    std::string sFormat;   // the form's word; empty: OUT's name decides
+    std::vector<FileForm> forms;   // that the verb writes
 
     // Adds IN, FILE's name here, and the options of a read.
     void vDeclareIn(CLI::App& command) { vDeclare(command, "IN"); }
     // Adds OUT, which comes last on the command line, and what help says of all these verbs.
     void vDeclareOut(CLI::App& command);
-    // Adds --format, for a verb that writes either format.
-    void vDeclareFormat(CLI::App& command);
+    // Adds --format, for a verb that writes these forms.
+    void vDeclareFormat(CLI::App& command, std::vector<FileForm> written);
 };
 
 class ModelWrite {
@@ -37,15 +39,17 @@ public:
     ~ModelWrite();
 
     // True where OUT becomes ifcXML: the project and what it reaches, of schema IFC4.
-    [[nodiscard]] bool boXml() const noexcept { return m_boXml; }
+    [[nodiscard]] bool boXml() const noexcept { return m_eForm == FileForm::IfcXml; }
+    // What the name of OUT or --format asks for.
+    [[nodiscard]] FileForm form() const noexcept { return m_eForm; }
 
     // Each writes one file, with the numbers of the model. "pRoot" and what it reaches over references and
     // inverse lists, or everything for null. Nothing at all to write is no failure.
     void vExchangeWrite(Model& model,
                         const ifc::Entity* pRoot);   // ISO 10303-21; ifcXML, from the project on
     void vSimpleWrite(Model& model, const ifc::Entity* pRoot);     // the simple text form
-    // Everything, in the form that was read; ifcXML where OUT is to be that, with a word about what it leaves
-    // out.
+    // Everything, in the form that OUT is to have, else in the one that was read; for ifcXML with a word about what
+    // it leaves out.
     void vSameWrite(Model& model);
 
     // Tells on standard error what ifcXML left out, each entity by its number.
@@ -66,7 +70,7 @@ private:
     [[nodiscard]] std::string sLeftOutRows(const Model& model, ifc::Errors::Category category) const;
 
     const WriteOptions& m_options;
-    bool m_boXml;
+    FileForm m_eForm;
     Target m_target;
     std::unique_ptr<ifc::io::WriteError> m_pErrors;
     std::unique_ptr<ifc::io::WriteError> m_pLeftOut;   // a record for each entity that ifcXML lacks

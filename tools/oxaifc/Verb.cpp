@@ -10,7 +10,7 @@ constexpr Verb g_verbs[] = {
     {"show", "Entities with their attributes, values and referrers", verbShow},
     {"diff", "How two models differ: by GlobalId, then by content", verbDiff},
     {"convert", "Reads a file and writes what its project reaches", verbConvert},
-    {"extract", "Writes one entity and what it reaches, in the simple text form", verbExtract},
+    {"extract", "Writes one entity and what it reaches", verbExtract},
     {"set", "Changes one attribute and writes the file again", verbSet},
     {"header", "The header of a file, told or changed; the data stay as they are", verbHeader},
     {"schema", "What a schema says of its entities and types", verbSchema},

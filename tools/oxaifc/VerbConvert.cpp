@@ -89,7 +89,7 @@ VerbRun verbConvert(CLI::App& command) {
     const auto pOptions = std::make_shared<ConvertOptions>();
     pOptions->vDeclareIn(command);
     pOptions->vDeclareOut(command);
-    pOptions->vDeclareFormat(command);
+    pOptions->vDeclareFormat(command, {FileForm::Step, FileForm::IfcXml});
     command.add_flag("--renumber", pOptions->boRenumber, "number the entities anew, from 1");
     command.add_flag("--all", pOptions->boAll, "every entity, also what is not connected with the project");
     command

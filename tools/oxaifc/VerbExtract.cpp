@@ -1,4 +1,4 @@
-// VerbExtract: "oxaifc extract": one entity and what it reaches, as a file of the simple text form.
+// VerbExtract: "oxaifc extract": one entity and what it reaches, as a STEP file or in the simple text form.
 
 #include <memory>
 #include <string>
@@ -9,6 +9,7 @@
 #include "oxaifc/ModelWrite.h"
 #include "oxaifc/Selection.h"
 #include "oxaifc/Verb.h"
+#include "oxaifc/XmlDocument.h"
 
 namespace oxa::tool {
 
@@ -19,12 +20,16 @@ struct ExtractOptions : WriteOptions {
 };
 
 int iExtract(const ExtractOptions& options) {
-    ModelWrite write(options);
-    if (write.boXml())
+    if (options.sFormat.empty() && boXmlName(options.sOut))
         throw Failure("extract: OUT has the simple text form, so it can't be named as ifcXML; oxaifc convert "
                       "writes that");
+    ModelWrite write(options);
     Model model(options, true);
-    write.vSimpleWrite(model, &entitySelected(model, options.sWhat));
+    const ifc::Entity& entity = entitySelected(model, options.sWhat);
+    if (write.form() == FileForm::Step)
+        write.vExchangeWrite(model, &entity);
+    else
+        write.vSimpleWrite(model, &entity);
     return write.iTell(model);
 }
 
@@ -33,8 +38,11 @@ int iExtract(const ExtractOptions& options) {
 VerbRun verbExtract(CLI::App& command) {
     const auto pOptions = std::make_shared<ExtractOptions>();
     pOptions->vDeclareIn(command);
-    command.add_option("WHAT", pOptions->sWhat, "a number as #12, or a GlobalId")->required()->type_name("");
+    command.add_option("WHAT", pOptions->sWhat, "a number as 12 or '#12', or a GlobalId")
+        ->required()
+        ->type_name("");
     pOptions->vDeclareOut(command);
+    pOptions->vDeclareFormat(command, {FileForm::Step, FileForm::Simple});
     return [pOptions](Output&) { return iExtract(*pOptions); };
 }
 

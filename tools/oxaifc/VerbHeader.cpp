@@ -14,6 +14,7 @@
 
 #include "Format/Ifc/IfcStepStrings.h"
 #include "oxaifc/Failure.h"
+#include "oxaifc/FileForm.h"
 #include "oxaifc/HeaderRows.h"
 #include "oxaifc/HeaderSection.h"
 #include "oxaifc/NearNames.h"
@@ -29,6 +30,7 @@ namespace {
 struct HeaderOptions {
     std::string sPath;
     std::string sOut;
+    std::string sFormat;
     std::vector<std::string> settings;   // "field=value"
     bool boJson = false;
 };
@@ -145,6 +147,7 @@ int iTell(const HeaderOptions& options, Output& output) {
 
 int iChange(const HeaderOptions& options) {
     const std::vector<HeaderSection::Change> all = changes(options.settings);
+    (void)fileForm(options.sOut, options.sFormat, {FileForm::Step});   // refuses a name of another form
     Target target(options.sOut);
     Input input(options.sPath);
     const HeaderSection section(input);
@@ -182,6 +185,7 @@ VerbRun verbHeader(CLI::App& command) {
         .add_option("OUT", pOptions->sOut,
                     "with --set: the file to write, which may be FILE; - for standard output")
         ->type_name("");
+    vFormatDeclare(command, pOptions->sFormat, {FileForm::Step});
     command.footer("Without --set the header is printed. With it, all but the new values is copied byte for "
                    "byte, and OUT is "
                    "replaced as a whole or not at all. Exit code: 0 fine, 1 the header has errors (OUT is "

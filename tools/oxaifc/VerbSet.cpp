@@ -33,7 +33,9 @@ int iSet(const SetOptions& options) {
 VerbRun verbSet(CLI::App& command) {
     const auto pOptions = std::make_shared<SetOptions>();
     pOptions->vDeclareIn(command);
-    command.add_option("WHAT", pOptions->sWhat, "a number as #12, or a GlobalId")->required()->type_name("");
+    command.add_option("WHAT", pOptions->sWhat, "a number as 12 or '#12', or a GlobalId")
+        ->required()
+        ->type_name("");
     command.add_option("ATTRIBUTE", pOptions->sAttribute, "its name, in any case")->required()->type_name("");
     command
         .add_option(
@@ -43,7 +45,7 @@ VerbRun verbSet(CLI::App& command) {
         ->required()
         ->type_name("");
     pOptions->vDeclareOut(command);
-    pOptions->vDeclareFormat(command);
+    pOptions->vDeclareFormat(command, {FileForm::Step, FileForm::Simple, FileForm::IfcXml});
     return [pOptions](Output&) { return iSet(*pOptions); };
 }
 
