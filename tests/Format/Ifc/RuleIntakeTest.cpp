@@ -196,6 +196,35 @@ TEST(CompletionRules, AnyGraphAndAFaultInIt) {
     }
 }
 
+// A read that failed leaves its instances to the next one's completion; numbers that were dealt before a read stay, and
+// the file's are then none of the model's.
+TEST(CompletionRules, WhatIsThereBeforeARead) {
+    for (const bool boSingleThreaded : {true, false}) {
+        File file;
+        io::ReadError errors, second;
+        const auto boRead = [&](const std::string& sText, io::ReadError& of) {
+            std::istringstream in(sText);
+            return file.boRead(in, schemaIs(ruleSchema()), of, true, {}, boSingleThreaded);
+        };
+        const auto iReferrers = [&] {
+            std::size_t iFound = 0;
+            for (const Entity* pEntity : file.data().entities()) iFound += pEntity->entitiesInverseFromIndex(0).size();
+            return iFound;
+        };
+        EXPECT_FALSE(boRead(g_sHead + "#1=IFCITEM('a');#2=IFCITEM('b',$,#1);", errors));
+        EXPECT_EQ(iReferrers(), 0U);
+        for (const Entity* pEntity : file.data().entities()) EXPECT_LE(file.data().iIdFromEntity(*pEntity), 2U);
+        EXPECT_FALSE(boRead(sRuleFile("#7=IFCITEM('c',$,#8);"), errors)) << "a fatal report is one for good";
+        EXPECT_EQ(reports(errors), Texts{"Fatal Syntax 0 Error_InvalidFile | "});
+        EXPECT_TRUE(boRead(sRuleFile("#7=IFCITEM('c',$,#8);"), second));
+        EXPECT_EQ(reports(second), Texts{sMissing("8")});
+        EXPECT_EQ(iReferrers(), 1U);
+        EXPECT_EQ(file.data().entities().size(), 3U);
+        EXPECT_EQ(file.data().pEntityFromId(7), nullptr);
+        for (const Entity* pEntity : file.data().entities()) EXPECT_LE(file.data().iIdFromEntity(*pEntity), 3U);
+    }
+}
+
 // ---- The simple form.
 
 struct SimpleRow {
