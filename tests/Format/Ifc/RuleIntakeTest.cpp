@@ -6,10 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <map>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "RuleModel.h"
@@ -24,6 +26,61 @@ std::string sTold(int iLine, const std::string& sKey, const std::string& sText) 
 }
 std::string sTwice(int iLine, const std::string& sText) { return sTold(iLine, "DuplicateGuids", sText); }
 std::string sNull(int iLine, const std::string& sText) { return sTold(iLine, "UnexpectedNullGuid", sText); }
+
+// What becomes of a statement by the steps in which it is taken apart: the key of a report, "dropped" without one, or the
+// number and type of what it makes.
+std::string sTakenApart(const std::string& sStatement) {
+    if (sStatement.empty() || sStatement[0] != '#') return "Error_ExpectedNumberSign";
+    const std::size_t iEqual = sStatement.size() > 2 ? sStatement.find('=', 2) : std::string::npos;
+    if (iEqual == std::string::npos) return "Error_ExpectedEqualOperator";
+    std::int32_t iId = 0;
+    const char* pEqual = sStatement.data() + iEqual;
+    const auto [pEnd, error] = std::from_chars(sStatement.data() + 1, pEqual, iId);
+    if (error != std::errc{} || pEnd != pEqual) return "Error_ExpectedLeftParenthesis";
+    const std::size_t iOpen = sStatement.find('(', iEqual);
+    if (iOpen == std::string::npos) return "Error_InvalidEntity";
+    const std::string sType = sStatement.substr(iEqual + 1, iOpen - iEqual - 1);
+    if (sType != "IFCITEM" && sType != "IFCWALL" && sType != "IFCROOT") return "Error_UnknownEntityType";
+    const std::size_t iClose = sStatement.rfind(')');
+    if (iClose == std::string::npos || iClose < iOpen) return "dropped";
+    if (sType == "IFCROOT") return "Error_EntityIsAbstract";
+    return '#' + std::to_string(static_cast<std::uint32_t>(iId)) + ' ' + sType;
+}
+
+// All statements of these parts, one behind the other.
+TEST(IntakeRules, AnyStatement) {
+    const std::vector<Texts> parts = {
+        {"#", "", "##", " #"},
+        {"5", "", "-1", "-0", "007", "+5", "5 ", "5x", "--5", "2147483647", "2147483648", "-2147483648", "32768000", "("},
+        {"=", "", "==", "=5="},
+        {"IFCITEM", "", "ifcitem", "IFCROOT", "IFCLABEL", "IFCWALL\t", "IFC)ITEM"},
+        {"(", "", "(("},
+        {"", "*", "')'"},
+        {")", "", ")abc"},
+        {";", ""}};
+    std::vector<std::size_t> chosen(parts.size());
+    const auto boNext = [&] {
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            if (++chosen[i] < parts[i].size()) return true;
+            chosen[i] = 0;
+        }
+        return false;
+    };
+    std::map<std::string, std::size_t> found;   // how often
+    do {
+        std::string sStatement;
+        for (std::size_t i = 0; i < parts.size(); ++i) sStatement += parts[i][chosen[i]];
+        StatementReader reader(ruleSchema());
+        const Entity* pEntity = reader.pRead(sStatement);
+        const auto& records = reader.errors.records();
+        const std::string sFound = pEntity ? reader.sEntity(pEntity) + ' ' + pEntity->schemaEntity().sNameUpper
+                                   : records.empty() ? "dropped" : records.front().key.value_or("?");
+        ASSERT_EQ(sFound, sTakenApart(sStatement)) << sStatement;
+        ASSERT_TRUE(pEntity || records.size() <= 1) << sStatement;
+        ++found[sFound];
+    } while (boNext());
+    EXPECT_EQ(found.size(), 14U);   // four faults of form, two of the type, dropped, seven numbers
+}
 
 // A generator of its own, so that each run makes the same files.
 class Dice {
