@@ -389,9 +389,8 @@ std::size_t iQueueStruck(std::size_t iCount, std::size_t iAllocation) {
     std::size_t iAllocations = 0;
     {
         io::IfcLineReadThreadPool pool(common, file, false);
-        pool.addLineToQueue(statements[0], 1);   // starts the threads
         const AllocationFault fault(iAllocation, false);
-        for (std::size_t i = 1; i < iCount; ++i) {
+        for (std::size_t i = 0; i < iCount; ++i) {   // the first one starts the threads
             try {
                 pool.addLineToQueue(statements[i], static_cast<unsigned>(i + 1));
             } catch (const std::bad_alloc&) {

@@ -1,4 +1,5 @@
 // The reading side of the container: from entity statements to entities, and the completion of a read.
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <string>
@@ -165,6 +166,10 @@ bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
     }
     info.vTrim();
     m_pPool->vTrim();
+    // A second read has put its entities behind those of the first, which are in order.
+    m_boSorted = m_boSorted && std::ranges::is_sorted(m_entities, {}, [](const Entity* pEntity) {
+        return pEntity->schemaEntity().iTypeOrdinal;
+    });
     vSortEntities();
     return boComplete;
 }

@@ -90,6 +90,11 @@ void IfcLineReadThreadPool::Queue::vClose() {
     m_changed.notify_all();
 }
 
+void IfcLineReadThreadPool::Queue::vOpen() {
+    const std::lock_guard lock(m_mutex);
+    m_boClosed = false;
+}
+
 IfcLineReadThreadPool::IfcLineReadThreadPool(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker)
     : m_pInfo(&info), m_pFile(&file), m_boOneWorker(boOneWorker) {
     info.m_boParallel = true;
@@ -98,8 +103,7 @@ IfcLineReadThreadPool::IfcLineReadThreadPool(StepReadInfoDataCommon& info, FileB
 IfcLineReadThreadPool::~IfcLineReadThreadPool() {
     m_boActive = false;
     vBatchQueue();
-    m_lineQueue.vClose();
-    for (std::thread& worker : m_workers) worker.join();
+    vWorkersEnd();
     m_doneQueue.vClose();
     if (m_collector.joinable()) m_collector.join();
     // From here on every statement is in the model, or counted as lost.
@@ -113,17 +117,29 @@ std::size_t IfcLineReadThreadPool::iWorkerCount() noexcept {
     return g_iCount;
 }
 
-// A pool that could not start all its threads takes no statements.
+// All threads or none: the next statement tries again.
 void IfcLineReadThreadPool::vStart() {
-    m_boActive = false;
     const std::size_t iWorkers = m_boOneWorker ? 1 : iWorkerCount();
     Pool& pool = m_pFile->dataBase().pool();
-    for (std::size_t i = 0; i < iWorkers + 1; ++i) m_threads.push_back(std::make_unique<StepReadThread>(pool));
-    m_workers.reserve(iWorkers);
-    for (std::size_t i = 0; i < iWorkers; ++i)
-        m_workers.emplace_back([this, pThread = m_threads[i].get()] { readLines(*pThread); });
-    m_collector = std::thread([this] { finalizeLines(); });
-    m_boActive = true;
+    try {
+        for (std::size_t i = 0; i < iWorkers + 1; ++i) m_threads.push_back(std::make_unique<StepReadThread>(pool));
+        m_workers.reserve(iWorkers);
+        for (std::size_t i = 0; i < iWorkers; ++i)
+            m_workers.emplace_back([this, pThread = m_threads[i].get()] { readLines(*pThread); });
+        m_collector = std::thread([this] { finalizeLines(); });
+    } catch (...) {
+        vWorkersEnd();
+        m_lineQueue.vOpen();
+        throw;
+    }
+}
+
+// What is queued is parsed first.
+void IfcLineReadThreadPool::vWorkersEnd() {
+    m_lineQueue.vClose();
+    for (std::thread& worker : m_workers) worker.join();
+    m_workers.clear();
+    m_threads.clear();
 }
 
 void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine) {

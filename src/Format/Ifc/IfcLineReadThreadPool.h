@@ -93,6 +93,8 @@ private:
         [[nodiscard]] BatchPtr pTryPop(std::size_t iMost);
         // Nothing is pushed any more, and nobody waits.
         void vClose();
+        // Takes that back. Nobody waits.
+        void vOpen();
 
     private:
         [[nodiscard]] BatchPtr pTake(std::size_t iMost) noexcept;
@@ -110,6 +112,7 @@ private:
     static constexpr std::size_t g_iBatchesCollected = 8;    // that wake the collector
 
     void vStart();
+    void vWorkersEnd();
     void vBatchQueue();
     [[nodiscard]] BatchPtr pBatchNext();
     void vBatchFree(BatchPtr pBatch) noexcept;
@@ -131,7 +134,7 @@ private:
     StepReadInfoDataCommon* m_pInfo;
     FileBase* m_pFile;
     bool m_boOneWorker;
-    bool m_boActive = true;   // false where a thread could not be had, and at the end; the scanner's
+    bool m_boActive = true;   // false at the end; the scanner's
 };
 
 }   // namespace oxa::ifc::io

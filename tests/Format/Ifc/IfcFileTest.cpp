@@ -147,6 +147,22 @@ TEST(File, ASecondReadGoesOnFillingTheSameData) {
         }
 }
 
+// Two runs of one type, one of each read, are one.
+TEST(File, ASecondReadIsInTheOrderOfTypesToo) {
+    for (const bool boSingleThreaded : {true, false}) {
+        SCOPED_TRACE(boSingleThreaded);
+        const std::string sText = sIfc4File("#1=IFCDIRECTION((1.));#2=IFCCARTESIANPOINT((1.));#3=IFCDIRECTION((1.));");
+        File file;
+        io::ReadError errors;
+        for (const std::ptrdiff_t iRead : {1, 2, 3}) {
+            std::istringstream in(sText);
+            EXPECT_TRUE(file.boRead(in, {}, errors, true, {}, boSingleThreaded));
+            const auto [first, last] = file.data().range(def::schema::ObjectName("IFCDIRECTION"), false);
+            EXPECT_EQ(last - first, 2 * iRead);
+        }
+    }
+}
+
 struct SimpleRow {
     const char* sRule;
     const char* sText;
@@ -244,7 +260,7 @@ TEST(FileSimple, FindsItsRoot) {
         {"2147483646;", true, true, {}},
         {"2147483647;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}, "2147483647"},
         {"-2147483649;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}, "2147483647"},
-        {"4294967295;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}, "?"},
+        {"4294967295;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}, "4294967295"},
         {"4294967296;", true, false, {"Error Reference 0 Error_MissingEntityWithId | "}, "2147483647"},
     };
     for (const Row& row : g_rows) {
