@@ -70,9 +70,13 @@ TEST(Call, LanguageIsThatOfTheErrors) {
     const std::string sEnglish = "The schema has no entity type of this name; the statement was skipped.";
     const std::string sGerman = "Das Schema kennt keinen Entit\xc3\xa4tstyp dieses Namens; die Anweisung wurde "
                                 "\xc3\xbc" "bergangen.";
-    EXPECT_EQ(runProgram({"check", "-", "--json"}, sFile).json()[0]["message"], sEnglish);
-    EXPECT_EQ(runProgram({"check", "-", "--json", "--lang", "en"}, sFile).json()[0]["message"], sEnglish);
-    EXPECT_EQ(runProgram({"check", "-", "--json", "--lang", "de"}, sFile).json()[0]["message"], sGerman);
+    const auto message = [&sFile](std::vector<std::string> words) {
+        words.insert(words.begin(), {"check", "-", "--json"});
+        return runProgram(words, sFile).json()["records"][0]["message"];
+    };
+    EXPECT_EQ(message({}), sEnglish);
+    EXPECT_EQ(message({"--lang", "en"}), sEnglish);
+    EXPECT_EQ(message({"--lang", "de"}), sGerman);
     for (const VerbRow& row : g_verbs)
         EXPECT_NE(runProgram({row.pVerb, "--help"}).sOut.find("--lang"), std::string::npos) << row.pVerb;
 }

@@ -438,7 +438,7 @@ TEST(ConvertXml, ReferenceThatTheDocumentDoesNotDefineBeforeIsAnError) {
                             "</IfcPolyline><IfcCartesianPoint id=\"i2\"/><IfcProject ref=\"i5\"/>");
     const ProgramRun run = runProgram({"check", "-", "--json"}, sText);
     EXPECT_EQ(run.iCode, 1);
-    const Json records = run.json();
+    const Json records = run.json()["records"];
     ASSERT_EQ(records.size(), 2U) << run.sOut;
     EXPECT_EQ(records[0]["message"], "The instance #2 is referred to, but not defined.");
     EXPECT_EQ(records[0]["category"], "reference");

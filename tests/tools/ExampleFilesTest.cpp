@@ -40,9 +40,11 @@ TEST(ExampleFiles, AreWithoutAnError) {
         const std::string sPath = sExample(row.pName);
         const ProgramRun text = runProgram({"check", sPath});
         EXPECT_EQ(text.iCode, 0);
-        EXPECT_EQ(text.sOut, sPath + ": no errors\n");
+        EXPECT_EQ(text.sOut, sPath + ": read without loss\n");
         EXPECT_EQ(text.sError, "");
-        EXPECT_EQ(runProgram({"check", sPath, "--json"}).sOut, "[]\n");
+        EXPECT_EQ(runProgram({"check", sPath, "--json"}).sOut,
+                  "{\"records\":[]\n,\"groups\":[],\n\"files\":[{\"file\":\"" + sPath +
+                      "\",\"ok\":true,\"errors\":0,\"lostStatements\":0,\"firstLostLine\":0}]}\n");
     }
 }
 

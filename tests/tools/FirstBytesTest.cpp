@@ -106,7 +106,7 @@ TEST(FirstBytes, TextsThatAreNoModelAreToldByTheirBegin) {
         SCOPED_TRACE(row.pRule);
         const ProgramRun run = runProgram({"check", "-", "--json"}, row.sText);
         EXPECT_EQ(run.iCode, 1);
-        const Json value = run.json();
+        const Json value = run.json()["records"];
         ASSERT_EQ(value.size(), 1U) << run.sOut;
         EXPECT_EQ(value[0]["message"],
                   std::string("The file begins with ") + row.pBegin + ", not with ISO-10303-21;.");

@@ -90,7 +90,7 @@ TEST(ReadDiagnosis, FaultThatEndsAReadIsToldWithItsPlace) {
             SCOPED_TRACE(row.pRule);
             const ProgramRun run = runProgram({"check", "--json", pThreads, "-"}, sFile(row));
             EXPECT_EQ(run.iCode, 1);
-            const Json value = run.json();
+            const Json value = run.json()["records"];
             ASSERT_GE(value.size(), 1U) << run.sOut;
             const Json& last = value.back();   // what the values are worth is told before
             EXPECT_EQ(last["message"], row.sMessage);
@@ -106,7 +106,7 @@ TEST(ReadDiagnosis, LinesOfOneHundredThousandInstancesAreCounted) {
     std::string sData;
     for (int i = 1; i <= 100000; ++i) sData += "#" + std::to_string(i) + "=IFCMATERIAL('\\X2\\00FC\\X0\\ ''',$,$);\r\n";
     const FaultRow row{"", sData + "#100001=IFCMATERIAL('a,$,$);\r\n", false, "", 0, ""};
-    const Json value = runProgram({"check", "-", "--json"}, sFile(row)).json();
+    const Json value = runProgram({"check", "-", "--json"}, sFile(row)).json()["records"];
     ASSERT_EQ(value.size(), 1U);
     EXPECT_EQ(value[0]["line"], 100008);
     EXPECT_NE(value[0]["message"].get<std::string>().find(sLast("100000", sData.size() - 2)), std::string::npos)
@@ -116,7 +116,7 @@ TEST(ReadDiagnosis, LinesOfOneHundredThousandInstancesAreCounted) {
 // With errors before it, the read itself says nothing of an end that is missing.
 TEST(ReadDiagnosis, EndThatIsMissingIsToldBesideOtherErrors) {
     const FaultRow row{"", "#1=IFCTEAPOT();\n#2=IFCDIRECTION((1", true, "", 0, ""};
-    const Json value = runProgram({"check", "-", "--json"}, sFile(row)).json();
+    const Json value = runProgram({"check", "-", "--json"}, sFile(row)).json()["records"];
     ASSERT_EQ(value.size(), 2U);
     EXPECT_EQ(value[0]["category"], "value");
     EXPECT_EQ(value[1]["message"], "The file is cut off in line 9" + sLast("1", 15) + ".");
@@ -129,18 +129,18 @@ TEST(ReadDiagnosis, EndThatIsMissingIsToldBesideOtherErrors) {
 TEST(ReadDiagnosis, FaultsThatTheReadTellsStay) {
     const Json second =
         runProgram({"check", "-", "--json"}, sExchangeFile("IFC4", "#1=IFCDIRECTION((1.))\n#2=IFCDIRECTION((1.));\n"))
-            .json();
+            .json()["records"];
     ASSERT_EQ(second.size(), 1U);
     EXPECT_EQ(second[0]["line"], 9);
     EXPECT_NE(second[0]["message"].get<std::string>().find("second \"=\""), std::string::npos) << second;
-    const Json unknown = runProgram({"check", "-", "--json"}, sExchangeFile("IFC99", "")).json();
+    const Json unknown = runProgram({"check", "-", "--json"}, sExchangeFile("IFC99", "")).json()["records"];
     ASSERT_EQ(unknown.size(), 1U);
     EXPECT_EQ(unknown[0]["message"], "The schema \"IFC99\" is not known; reading was stopped.");
 }
 
 TEST(ReadDiagnosis, SpeaksTheLanguageOfTheUser) {
     const FaultRow row{"", "#1=IFCDIRECTION((1.));\n#2=", true, "", 0, ""};
-    EXPECT_EQ(runProgram({"check", "-", "--json", "--lang", "de"}, sFile(row)).json()[0]["message"],
+    EXPECT_EQ(runProgram({"check", "-", "--json", "--lang", "de"}, sFile(row)).json()["records"][0]["message"],
               "Die Datei bricht in Zeile 9 ab; die letzte vollst\xc3\xa4ndige Instanz ist #1, sie endet bei Byte " +
                   std::to_string(g_iData + 22) + ".");
 }
@@ -170,14 +170,14 @@ TEST(ReadDiagnosis, PipeIsReadOnce) {
     for (int i = 1; i <= 20000; ++i) sData += "#" + std::to_string(i) + "=IFCDIRECTION((1.));\n";
     const ProgramRun fine = runWithPipe(sExchangeFile("IFC4", sData));
     EXPECT_EQ(fine.iCode, 0);
-    EXPECT_EQ(fine.json(), Json::array());
+    EXPECT_EQ(fine.json()["records"], Json::array());
     const ProgramRun cut = runWithPipe(sFile({"", "#1=IFCDIR", true, "", 0, ""}));
     EXPECT_EQ(cut.iCode, 1);
-    EXPECT_EQ(cut.json()[0]["message"],
+    EXPECT_EQ(cut.json()["records"][0]["message"],
               "This is no complete IFC file: the end of its data section, ENDSEC, was not found.");
     const ProgramRun letter = runWithPipe("Dear Sir or Madam,\n");
     EXPECT_EQ(letter.iCode, 1);
-    EXPECT_EQ(letter.json()[0]["message"],
+    EXPECT_EQ(letter.json()["records"][0]["message"],
               "The file begins with \"Dear Sir or Madam,\", not with ISO-10303-21;.");
 }
 

@@ -85,7 +85,7 @@ struct VerdictRow {
 TEST(ReportPage, VerdictFitsTheRead) {
     const VerdictRow rows[] = {
         {"nothing wrong", sExchangeFile("IFC4", "#1=IFCMATERIAL('a',$,$);\n"), 0,
-         "<p class=\"verdict ok\" id=\"verdict\">No errors</p>", 0},
+         "<p class=\"verdict ok\" id=\"verdict\">Read without loss</p>", 0},
         {"an error", sExchangeFile("IFC4", "#1=IFCTEAPOT();\n"), 1,
          "<p class=\"verdict error\" id=\"verdict\">1 error</p>", 1},
         {"given up", sExchangeFile("IFC99", ""), 1,
@@ -101,6 +101,46 @@ TEST(ReportPage, VerdictFitsTheRead) {
         EXPECT_TRUE(boHolds(sText, row.pVerdict)) << sText.substr(sText.find("<body>"), 400);
         EXPECT_EQ(iCount(sText, "<li "), row.iRows);
         EXPECT_EQ(boHolds(sText, "<form "), row.iRows > 0);
+    }
+}
+
+TEST(ReportPage, MostFrequentGroupComesFirst) {
+    std::string sData = "#1=IFCPOLYLINE((#2,#77,#78));\n#2=IFCTEAPOT();\n#3=IFCPOLYLINE((#4));\n#4=IFCTEAPOT();\n"
+                        "#5=IFCMATERIAL($,$,$);\n#6=IFCMATERIALLAYER($,$,$,$,$,$,$);\n#7=IFCTEAPOT();\n"
+                        "#8=IFCMATERIAL($,$,$);\n#9=IFCTEAPOT();\n";
+    const std::string sText = sPage(sExchangeFile("IFC4", sData));
+    const std::vector<std::string> titles = {
+        "<b>The schema has no entity type of this name; the statement was skipped.</b> "
+        "<span class=\"count\">4 times</span>",
+        "<b>The mandatory attribute ... has no value.</b> <span class=\"count\">3 times</span>",
+        "<b>The instance #... is referred to, but not defined.</b> <span class=\"count\">2 times</span>"};
+    std::size_t iBefore = 0;
+    for (const std::string& sTitle : titles) {
+        const std::size_t i = sText.find(sTitle);
+        ASSERT_NE(i, std::string::npos) << sTitle << sText.substr(sText.find("<details"));
+        EXPECT_GT(i, iBefore);
+        iBefore = i;
+    }
+    EXPECT_TRUE(boHolds(sText, "<p class=\"note\">and 2 missing references to what was skipped for that</p>"));
+    EXPECT_EQ(iCount(sText, "to what was skipped for that"), 1U);
+    EXPECT_TRUE(boHolds(sText, "<code>#5=IFCMATERIAL($,$,$);</code><span class=\"message\">The mandatory attribute "
+                               "Name has no value.</span>"));
+    EXPECT_TRUE(boHolds(sText, "<code>#2=IFCTEAPOT();</code></li>"));
+    EXPECT_TRUE(boHolds(sText, "<span class=\"message\">The instance #77 is referred to, but not defined.</span>"));
+    EXPECT_FALSE(boHolds(sText, "#4 is referred"));
+    EXPECT_TRUE(boHolds(sText, ">9 of 11 errors are listed. oxaifc check --all prints all of them.<"));
+    EXPECT_TRUE(boHolds(sText, ">11 errors</p>"));
+}
+
+// One message, told by a statement each, and nothing else: a thousand rows of it.
+TEST(ReportPage, AThousandRowsOfOneMessage) {
+    for (const int iCount : {1000, 1001}) {
+        std::string sData;
+        for (int i = 1; i <= iCount; ++i) sData += "#" + std::to_string(i) + "=IFCTEAPOT();\n";
+        const std::string sText = sPage(sExchangeFile("IFC4", sData));
+        EXPECT_EQ(::oxa::test::iCount(sText, "<li "), 1000U);
+        EXPECT_EQ(boHolds(sText, "<p class=\"note\">1 more not listed</p>"), iCount == 1001);
+        EXPECT_EQ(boHolds(sText, "id=\"hidden\""), iCount == 1001);
     }
 }
 
@@ -211,7 +251,7 @@ TEST(ReportPage, FileIsReplacedAsAWhole) {
     EXPECT_TRUE(sContent(sOut).ends_with("</html>\n"));
     EXPECT_EQ(filesIn(folder.path()), (std::vector<std::string>{"in.ifc", "out.html"}));
     const ProgramRun json = runProgram({"check", sIn, "--html", sOut, "--json"});
-    EXPECT_EQ(json.json().size(), 3U);
+    EXPECT_EQ(json.json()["records"].size(), 3U);
     EXPECT_EQ(sContent(sOut), runProgram({"check", sIn, "--html", "-"}).sOut);
 }
 

@@ -34,14 +34,21 @@ TEST(SeveralFiles, CheckTellsEachAndTheWorstCode) {
     EXPECT_EQ(all.sOut, both.sOut);
 }
 
-TEST(SeveralFiles, JsonOfCheckIsOneArray) {
+TEST(SeveralFiles, JsonOfCheckIsOneObject) {
     const Files files;
     const ProgramRun run = runProgram({"check", "--json", files.sWrong, files.sFine, files.sWrong});
     EXPECT_EQ(run.iCode, 1);
-    const Json value = run.json();
-    ASSERT_EQ(value.size(), 2U) << run.sOut;
-    for (const Json& record : value) EXPECT_EQ(record["file"], files.sWrong);
-    EXPECT_FALSE(runProgram({"check", "--json", files.sWrong}).json()[0].contains("file"));
+    const Json all = run.json();
+    for (const char* pPart : {"records", "groups"}) {
+        ASSERT_EQ(all[pPart].size(), 2U) << run.sOut;
+        for (const Json& item : all[pPart]) EXPECT_EQ(item["file"], files.sWrong);
+    }
+    ASSERT_EQ(all["files"].size(), 3U);
+    EXPECT_EQ(all["files"][0]["file"], files.sWrong);
+    EXPECT_EQ(all["files"][0]["errors"], 1);
+    EXPECT_EQ(all["files"][1]["file"], files.sFine);
+    EXPECT_EQ(all["files"][1]["errors"], 0);
+    EXPECT_FALSE(runProgram({"check", "--json", files.sWrong}).json()["records"][0].contains("file"));
 }
 
 TEST(SeveralFiles, InfoTellsEach) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -70,6 +71,8 @@ Model::Model(const ModelOptions& options, bool boKeepIds)
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     m_iBytes = input.iFinish();
     if (!m_boOk) vDiagnose(input, std::move(diagnosis));
+    if (const std::string sText = sLost(); !sText.empty())
+        std::fputs(fmt::format("oxaifc: {}: {}\n", sPrintable(m_sName), sText).c_str(), stderr);
 }
 
 Model::~Model() = default;
@@ -89,7 +92,7 @@ void Model::vDiagnose(Input& input, ReadDiagnosis diagnosis) {
         if (record.severity != ifc::Errors::Fatal) return false;
         for (const char* pKey : {"Error_InvalidFile", "Error_InvalidEndOfFile", "Error_EndOfCommentNotFound",
                                  "Error_UnexpectedEqualOperator"})
-            if (record.description == oxa::localize("Ifc", pKey)) return true;
+            if (record.key == pKey) return true;
         return false;
     };
     const auto itVague = std::find_if(records.begin(), records.end(), boVague);
@@ -101,6 +104,7 @@ void Model::vDiagnose(Input& input, ReadDiagnosis diagnosis) {
     record.description = std::move(diagnosis.sText);
     if (!diagnosis.sSource.empty()) record.lineString = std::move(diagnosis.sSource);
     record.lineNumber = diagnosis.iLine;
+    record.key = itVague == records.end() ? ifc::SharedText("Error_InvalidFile") : itVague->key;
     m_diagnosed.assign(records.begin(), records.end());
     if (itVague == records.end())
         m_diagnosed.push_back(std::move(record));
@@ -156,6 +160,20 @@ const ifc::FileHeaderSimple* Model::pHeaderSimple() const noexcept {
     return pFile ? &pFile->header() : nullptr;
 }
 
-int Model::iExitCode() const noexcept { return m_boOk && errors().empty() ? g_iExitFine : g_iExitErrors; }
+std::string Model::sLost() const {
+    const ifc::Errors::LostStatements lost = lostStatements();
+    if (lost.iCount == 0) return {};
+    return fmt::format("{} {} lost (the first at line {}): no memory or a fault inside",
+                       sCounted(lost.iCount, "statement"), lost.iCount == 1 ? "was" : "were", lost.iFirstLine);
+}
+
+std::string_view Model::noErrors() const noexcept {
+    if (m_boXml) return "read; what the import of ifcXML passes over, it does not tell";
+    return m_boOk ? "read without loss" : "not read to the end";
+}
+
+int Model::iExitCode() const {
+    return m_boOk && errors().empty() && lostStatements().iCount == 0 ? g_iExitFine : g_iExitErrors;
+}
 
 }   // namespace oxa::tool

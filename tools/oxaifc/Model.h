@@ -63,12 +63,18 @@ public:
     }
     // True for ifcXML: what is not understood there is passed over, and errors() does not tell it.
     [[nodiscard]] bool boXml() const noexcept { return m_boXml; }
+    // Statements that a fault inside kept from the model, which no error tells: "3 statements were lost (the first
+    // at line 12): no memory or a fault inside". Empty where none was. It is told on standard error too.
+    [[nodiscard]] std::string sLost() const;
+    [[nodiscard]] ifc::Errors::LostStatements lostStatements() const { return m_pErrors->lostStatements(); }
+    // What to say of a read without errors: "read without loss" where that is known.
+    [[nodiscard]] std::string_view noErrors() const noexcept;
     // The result of the read.
     [[nodiscard]] bool boOk() const noexcept { return m_boOk; }
     // Whether the entities have the numbers of the file.
     [[nodiscard]] bool boIdsKept() const noexcept { return m_boIdsKept; }
     // The exit code for a verb that has done its work.
-    [[nodiscard]] int iExitCode() const noexcept;
+    [[nodiscard]] int iExitCode() const;
     // How long the read took, opening aside.
     [[nodiscard]] double seconds() const noexcept { return m_seconds; }
     // The size of the file.

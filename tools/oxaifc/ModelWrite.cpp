@@ -102,6 +102,8 @@ void ModelWrite::vCheck(const Model& model) const {
             fmt::format("{}: is ifcXML, which is read in part; what was passed over would be lost, so name "
                         "another OUT",
                         model.sName()));
+    if (model.lostStatements().iCount && m_target.boIs(m_options.sPath))
+        throw Failure(fmt::format("{}: {}, so name another OUT", model.sName(), model.sLost()));
     if (!model.errors().empty() && m_target.boIs(m_options.sPath))
         throw Failure(fmt::format("{}: has {}; what could not be read would be lost, so name another OUT",
                                   model.sName(), sCounted(model.errors().size(), "error")));

@@ -72,7 +72,7 @@ std::unique_ptr<ifc::Errors> templateErrors(const Model& model) {
         }
         before = text;
         // A text that is no key is its own message.
-        pErrors->add(nullptr, pRecord->severity, pRecord->category,
+        pErrors->add(nullptr, pRecord->severity, pRecord->category, "%1",
                      str::Converter::to_utf8(pRecord->description), utf8, pRecord->lineNumber);
     }
     return pErrors;

@@ -1,6 +1,9 @@
 #include "oxaifc/ReportPage.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstddef>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -18,72 +21,89 @@ namespace oxa::tool {
 namespace {
 
 using ifc::Errors;
-using Records = std::vector<const ifc::ErrorRecord*>;
 
-// The records of one text.
-struct Message {
-    std::string sHtml;
+// Groups have names whose order is theirs.
+std::string sGroupName(std::size_t iGroup) { return fmt::format("{:09}", iGroup); }
+
+struct PageGroup {
+    std::string sTitle;       // as HTML
     bool boFatal = false;
-    std::size_t iRecords = 0;
+    bool boOneText = false;   // all records say the same
     std::size_t iShown = 0;
 };
 
-// The messages of all records, and which of the records are drawn.
+// The groups of all records, and which of the records are drawn.
 class RowChoice {
 public:
-    explicit RowChoice(const Records& records) : m_records(records), m_shown(records.size(), false) {
-        // By the text of the page, which two long ones of a file may share.
-        std::unordered_map<std::string, std::size_t> places;
-        for (const ifc::ErrorRecord* pRecord : records) {
-            const auto [it, boNew] = places.try_emplace(sHtml(pRecord->description), m_messages.size());
-            if (boNew) m_messages.push_back({it->first});
-            m_messageOf.push_back(it->second);
-            Message& message = m_messages[it->second];
-            ++message.iRecords;
-            message.boFatal = message.boFatal || pRecord->severity == Errors::Fatal;
+    explicit RowChoice(const std::vector<RecordGroup>& groups) : m_pageGroups(groups.size()) {
+        std::unordered_map<std::string_view, std::size_t> messages;
+        for (std::size_t i = 0; i < groups.size(); ++i) {
+            const std::string sTitle = groups[i].sTitle();
+            m_pageGroups[i].sTitle = sHtml(sTitle);
+            m_pageGroups[i].boOneText = sTitle == groups[i].records.front()->description;
+            for (const ifc::ErrorRecord* pRecord : groups[i].records) {
+                const auto iMessage = messages.try_emplace(pRecord->description, messages.size()).first->second;
+                m_rows.push_back({pRecord, i, iMessage});
+                m_pageGroups[i].boFatal = m_pageGroups[i].boFatal || pRecord->severity == Errors::Fatal;
+            }
         }
-        // What gives a file up is never left out for what does not; after it comes a little of many messages,
-        // then more of those that are told often.
-        for (std::size_t i = 0; i < records.size(); ++i)
-            if (records[i]->severity == Errors::Fatal) vShow(i, g_iMostRowsOfMessage, g_iMostRows);
-        for (std::size_t i = 0; i < records.size(); ++i) vShow(i, g_iLeastRowsOfMessage, g_iMostRows / 2);
-        for (std::size_t i = 0; i < records.size(); ++i) vShow(i, g_iMostRowsOfMessage, g_iMostRows);
+        m_shownOfMessage.resize(messages.size());
+        // What gives a file up is never left out for what does not; after it comes a little of every group, then
+        // more of those that are told often.
+        for (Row& row : m_rows)
+            if (row.pRecord->severity == Errors::Fatal) vShow(row, g_iMostRows, g_iMostRows);
+        for (Row& row : m_rows) vShow(row, g_iLeastRowsOfGroup, g_iMostRows / 2);
+        for (Row& row : m_rows) vShow(row, g_iMostRowsOfMessage, g_iMostRows);
+        for (Row& row : m_rows) vShow(row, g_iMostRows, g_iMostRows);
     }
 
-    [[nodiscard]] const std::vector<Message>& messages() const noexcept { return m_messages; }
+    [[nodiscard]] const std::vector<PageGroup>& groups() const noexcept { return m_pageGroups; }
     [[nodiscard]] std::size_t iShown() const noexcept { return m_iShown; }
+    // Of which no record is drawn.
+    [[nodiscard]] std::size_t iHiddenMessages() const {
+        return static_cast<std::size_t>(std::count(m_shownOfMessage.begin(), m_shownOfMessage.end(), 0U));
+    }
 
-    // Those that are drawn, in the order of the file, under the texts of their messages.
+    // Those that are drawn. The text of each is the name of its group, by which the template puts groups in order;
+    // its source text is what stands in its row.
     [[nodiscard]] std::unique_ptr<Errors> pErrors() const {
         auto pErrors = std::make_unique<Errors>();
-        std::string_view before;
-        ifc::SourceText html;   // of the record before: those of one statement share it
-        for (std::size_t i = 0; i < m_records.size(); ++i) {
-            if (!m_shown[i]) continue;
-            const ifc::ErrorRecord& record = *m_records[i];
-            const std::string_view text = sourceText(record);
-            if (!html || text.data() != before.data()) html = sHtml(text);
-            before = text;
+        for (const Row& row : m_rows) {
+            if (!row.boShown) continue;
+            const ifc::ErrorRecord& record = *row.pRecord;
+            std::string sRow = "<code>" + sHtml(sourceText(record)) + "</code>";
+            if (!m_pageGroups[row.iGroup].boOneText)
+                sRow += "<span class=\"message\">" + sHtml(record.description) + "</span>";
             // A text that is no key is its own message.
-            pErrors->add(nullptr, record.severity, record.category, m_messages[m_messageOf[i]].sHtml, html,
+            pErrors->add(nullptr, record.severity, record.category, sGroupName(row.iGroup), std::move(sRow),
                          record.lineNumber);
         }
         return pErrors;
     }
 
 private:
-    void vShow(std::size_t i, std::size_t iMostOfMessage, std::size_t iMost) {
-        Message& message = m_messages[m_messageOf[i]];
-        if (m_shown[i] || m_iShown >= iMost || message.iShown >= iMostOfMessage) return;
-        m_shown[i] = true;
-        ++message.iShown;
+    struct Row {
+        const ifc::ErrorRecord* pRecord;
+        std::size_t iGroup;
+        std::size_t iMessage;
+        bool boShown = false;
+    };
+
+    void vShow(Row& row, std::size_t iMostOfGroup, std::size_t iMost) {
+        PageGroup& group = m_pageGroups[row.iGroup];
+        std::size_t& iShownOfMessage = m_shownOfMessage[row.iMessage];
+        if (row.boShown || m_iShown >= iMost || group.iShown >= iMostOfGroup ||
+            iShownOfMessage >= g_iMostRowsOfMessage)
+            return;
+        row.boShown = true;
+        ++iShownOfMessage;
+        ++group.iShown;
         ++m_iShown;
     }
 
-    const Records& m_records;
-    std::vector<Message> m_messages;
-    std::vector<std::size_t> m_messageOf;   // by record
-    std::vector<bool> m_shown;              // by record
+    std::vector<PageGroup> m_pageGroups;
+    std::vector<Row> m_rows;
+    std::vector<std::size_t> m_shownOfMessage;
     std::size_t m_iShown = 0;
 };
 
@@ -97,8 +117,12 @@ std::string sVerdict(const Model& model, const RecordCounts& counts) {
         sText.append(sText.empty() ? "" : ", ");
         sText.append(sCounted(iAll, i == Errors::Fatal ? "fatal error" : "error"));
     }
-    if (sText.empty()) sText = "No errors";
-    return model.boOk() ? sText : sText + ": not read to the end";
+    const std::string sLost = model.sLost();
+    if (!sLost.empty()) return sText.append(sText.empty() ? "" : ", ").append(sLost);
+    if (!sText.empty()) return model.boOk() ? sText : sText + ": not read to the end";
+    sText = model.noErrors();
+    sText.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(sText.front())));
+    return sText;
 }
 
 Json facts(const Model& model) {
@@ -126,28 +150,32 @@ Json countRows(const RecordCounts& counts) {
     return rows;
 }
 
-// What the template says of each message, by its text.
-void vMessagesAdd(Json& page, const RowChoice& choice) {
-    page["severities"] = page["totals"] = page["more"] = Json::object();
-    std::size_t iHiddenMessages = 0;
+// What the template says of each group, by its name.
+void vGroupsAdd(Json& page, const std::vector<RecordGroup>& groups, const RowChoice& choice) {
+    page["severities"] = page["titles"] = page["totals"] = page["more"] = page["following"] = Json::object();
     std::size_t iRecords = 0;
-    for (const Message& message : choice.messages()) {
-        iRecords += message.iRecords;
-        if (!message.iShown) {
-            ++iHiddenMessages;
-            continue;
-        }
-        page["severities"][message.sHtml] = g_severities[message.boFatal ? Errors::Fatal : Errors::Error];
-        page["totals"][message.sHtml] = sCounted(message.iRecords, "time");
-        if (message.iRecords > message.iShown)
-            page["more"][message.sHtml] =
-                fmt::format("{} more not listed", sGrouped(message.iRecords - message.iShown));
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const RecordGroup& group = groups[i];
+        const PageGroup& pageGroup = choice.groups()[i];
+        const std::string sName = sGroupName(i);
+        iRecords += group.records.size() + group.following.size();
+        if (!pageGroup.iShown) continue;
+        page["severities"][sName] = g_severities[pageGroup.boFatal ? Errors::Fatal : Errors::Error];
+        page["titles"][sName] = pageGroup.sTitle;
+        page["totals"][sName] = sCounted(group.records.size(), "time");
+        if (group.records.size() > pageGroup.iShown)
+            page["more"][sName] =
+                fmt::format("{} more not listed", sGrouped(group.records.size() - pageGroup.iShown));
+        if (!group.following.empty())
+            page["following"][sName] = fmt::format("and {} to what was skipped for that",
+                                                   sCounted(group.following.size(), "missing reference"));
     }
     page["iRecords"] = iRecords;
     page["iHidden"] = iRecords - choice.iShown();
+    const std::size_t iHiddenMessages = choice.iHiddenMessages();
     const std::string sHiddenMessages =
         iHiddenMessages ? fmt::format(", {} not at all", sCounted(iHiddenMessages, "message")) : "";
-    page["hidden"] = fmt::format("{} of {} are listed{}. oxaifc check prints all of them.",
+    page["hidden"] = fmt::format("{} of {} are listed{}. oxaifc check --all prints all of them.",
                                  sGrouped(choice.iShown()), sCounted(iRecords, "error"), sHiddenMessages);
 }
 
@@ -169,10 +197,10 @@ std::string sHtml(std::string_view text) {
 }
 
 ReportPage reportPage(const Model& model) {
-    const Records records = recordsByLine(model.errors());
-    const RowChoice choice(records);
+    const std::vector<RecordGroup> groups = recordGroups(model.errors());
+    const RowChoice choice(groups);
     const RecordCounts counts = recordCounts(model.errors());
-    const bool boFine = records.empty() && model.boOk();
+    const bool boFine = groups.empty() && model.boOk() && model.sLost().empty();
     Json page = {{"verdict", sVerdict(model, counts)},
                  {"state", boFine         ? "ok"
                            : model.boOk() ? "error"
@@ -180,7 +208,7 @@ ReportPage reportPage(const Model& model) {
                  {"facts", facts(model)},
                  {"counts", countRows(counts)},
                  {"program", "oxaifc " OXA_VERSION}};
-    vMessagesAdd(page, choice);
+    vGroupsAdd(page, groups, choice);
     // As a value of the template's language, which takes JSON in plain ASCII as it is.
     return {choice.pErrors(),
             fmt::format("{{% set page = {} %}}{}", page.dump(-1, ' ', true), sReportPageText())};
