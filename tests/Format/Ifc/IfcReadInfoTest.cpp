@@ -69,9 +69,9 @@ TEST_F(EntityTable, VisitsAllOfAChunkThatSomebodyAskedFor) {
         slot.entity.vSchemaEntitySet(data, *pType, true);
     }
     info.vTrim();
-    std::vector<std::uint32_t> defined;
+    std::vector<std::size_t> defined;
     std::size_t iVisited = 0;
-    info.vForEachSlot([&](std::uint32_t iId, EntitySlot& slot) {
+    info.vForEachSlot([&](std::size_t iId, EntitySlot& slot) {
         ++iVisited;
         if (slot.boReferenced() && slot.entity.pSchemaEntity()) defined.push_back(iId);
     });
