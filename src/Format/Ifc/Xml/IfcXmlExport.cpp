@@ -107,12 +107,12 @@ bool Export::boExportWalk(const Data& data, Walk& walk, const std::function<void
     }
 }
 
-// One of those that only attributes name which the mapping leaves out, if one is not in the document by now.
-void Export::vQueueLeftOut(Walk& walk) const {
+// The first of those that only attributes name which the mapping leaves out. What the walk has met by now is not queued
+// again; nor is what the first one leads to, as long as the others wait.
+void Export::vQueueLeftOut(Walk& walk) {
     while (!walk.m_leftOut.empty() && walk.m_queue.empty()) {
-        const Entity* pEntity = walk.m_leftOut.front();
+        walk.iEntityIdGet(walk.m_leftOut.front());
         walk.m_leftOut.pop_front();
-        if (!m_exported.contains(pEntity)) walk.iEntityIdGet(pEntity);
     }
 }
 

@@ -111,7 +111,7 @@ public:
 
 private:
     bool boExportWalk(const Data& data, Walk& walk, const std::function<void(unsigned int)>& progress);
-    void vQueueLeftOut(Walk& walk) const;
+    static void vQueueLeftOut(Walk& walk);
     void vLeftOutReport(const Data& data, Errors& report) const;
     void vExportQueued(Walk& walk);
     void vExportInstance(Walk& walk);

@@ -103,8 +103,7 @@ void vReport(ReadInfoCommon& info, const char* sKey) {
 const AttributeInverse* pInverseForAttribute(const def::schema::Entity& type,
                                              std::string_view sForAttribute) {
     for (const AttributeInverse& inverse : type.ownInverseAttributes)
-        if (inverse.sForAttribute == sForAttribute)
-            return type.pAttributeInverseFromName(inverse.sName, true);
+        if (inverse.sForAttribute == sForAttribute) return &inverse;
     return nullptr;
 }
 

@@ -80,6 +80,24 @@ const WalkRow g_walkRows[] = {
      {},
      "#1=IFCPROJECT('0000000000000000000001',$,$,$);#2=IFCTHING('a',$);#3=IFCTHING('b',#2);",
      R"(<IfcProject id="i1"/>)"},
+    {"what is left out leads nowhere",
+     {"IfcProject.Chain=-", "IfcProject.Holds=2", "IfcEverything.Things=-"},
+     "#1=IFCPROJECT('0000000000000000000001',$,#3,#2);#2=IFCTHING('a',$);"
+     "#3=IFCEVERYTHING($,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,(#4),$,$,$,$);#4=IFCTHING('b',$);",
+     R"(<IfcProject id="i1" Holds="i3"/><IfcEverything id="i3"/>)"},
+    {"derived values are absent",
+     {"IfcProject.Chain=2", "IfcProject.Holds=1"},
+     "#1=IFCPROJECT('0000000000000000000001',*,#2,*);"
+     "#2=IFCEVERYTHING(*,*,*,*,*,*,*,*,*,*,*,*,*,*,*,*,*,*,*,*,*,*,*,*,*);",
+     R"(<IfcProject id="i1"><Holds id="i2"/></IfcProject>)"},
+    {"the first place in the document has the whole",
+     {"IfcProject.Holds=1", "IfcThing.Next=1"},
+     "#1=IFCPROJECT('0000000000000000000001',$,#2,$);"
+     "#2=IFCEVERYTHING($,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,(#4,#5),$,$,$,$);"
+     "#4=IFCTHING('a',#6);#5=IFCTHING('b',#6);#6=IFCTHING('c',$);",
+     R"(<IfcProject id="i1"><Holds id="i2"><Things><IfcThing id="i4" xsi:type="IfcThing" Label="a">)"
+     R"(<Next id="i6" xsi:type="IfcThing" Label="c"/></IfcThing><IfcThing id="i5" xsi:type="IfcThing" Label="b">)"
+     R"(<Next ref="i6" xsi:nil="true" xsi:type="IfcThing"/></IfcThing></Things></Holds></IfcProject>)"},
     {"a reference by id leads on",
      {},
      "#1=IFCPROJECT('0000000000000000000001',$,$,#3);#2=IFCTHING('a',$);#3=IFCTHING('b',#2);",
@@ -117,6 +135,10 @@ const WalkRow g_walkRows[] = {
      "#4=IFCRELLINK('0000000000000000000004',$,#1,());",
      R"(<IfcProject id="i1"><Links><IfcRelLink id="i4"><Related/></IfcRelLink><IfcRelLink id="i3"><Related/>)"
      R"(</IfcRelLink></Links></IfcProject>)"},
+    {"any other mode is as that",
+     {"IfcProject.Links=3", "IfcRelLink.Relating=-"},
+     "#1=IFCPROJECT('0000000000000000000001',$,$,$);#3=IFCRELLINK('0000000000000000000003',$,#1,());",
+     R"(<IfcProject id="i1"><Links><IfcRelLink id="i3"><Related/></IfcRelLink></Links></IfcProject>)"},
     {"no element around no relation",
      {"IfcProject.Links=7"},
      "#1=IFCPROJECT('0000000000000000000001',$,$,$);",
@@ -175,6 +197,14 @@ const ReportRow g_reportRows[] = {
      "#3=IFCTHING('a',$);#4=IFCTHING('b',$);#5=IFCTHING('c',$);#6=IFCTHING('d',$);",
      R"(<IfcProject id="i1" Holds="i2"/><IfcEverything id="i2" Th="i4"/><IfcThing id="i4" Label="b"/>)"
      R"(<IfcThing id="i3" Label="a"/><IfcThing id="i5" Label="c"/><IfcThing id="i6" Label="d"/>)",
+     {}},
+    {"one inside of another has no element of its own",
+     {"IfcEverything.Things=-", "IfcThing.Next=1"},
+     "#1=IFCPROJECT('0000000000000000000001',$,#2,$);"
+     "#2=IFCEVERYTHING($,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,$,(#4,#5,#6),$,$,$,$);"
+     "#4=IFCTHING('b',#5);#5=IFCTHING('c',$);#6=IFCTHING('d',$);",
+     R"(<IfcProject id="i1" Holds="i2"/><IfcEverything id="i2"/><IfcThing id="i4" Label="b">)"
+     R"(<Next id="i5" xsi:type="IfcThing" Label="c"/></IfcThing><IfcThing id="i6" Label="d"/>)",
      {}},
     {"the other end leads back",
      {"IfcRelLink.Relating=-", "IfcRelLink.Related=-", "IfcElement.LinkedBy=2"},

@@ -113,6 +113,7 @@ TEST(XmlImportHeader, FillsTheFields) {
     file.header().name.author = {"x", "y"};
     file.header().name.organization = {"o"};
     file.header().name.authorization = "before";
+    file.header().description.descriptions = {"before", "that"};
     ASSERT_TRUE(xmlImport.boImportHeader(file, schema.function()));
     const FileHeader::Name& name = file.header().name;
     EXPECT_EQ(name.name, "n");
@@ -171,6 +172,9 @@ const DataRow g_dataRows[] = {
     {"number 0 for no digit", "<IfcThing id='i'/>", "#0=IFCTHING($,$);"},
     {"a name of any case", "<IfcTHING id='i1001'/>", "#1001=IFCTHING($,$);"},
     {"a name with other letters in front", "<ifcThing id='i1001'/>", ""},
+    {"a name of the schema with other letters in front", "<Ifelse id='i1001'/>", ""},
+    {"an attribute that a supertype has too, of another type", "<IfcTwice id='i1001' Label='1.5'/>",
+     "#1001=IFCTWICE($,$,$);"},
     {"a header", "<header><IfcThing id='i1001'/></header>", ""},
     {"a container", "<uos><IfcThing id='i1001'/></uos>", ""},
     {"an unknown type", "<IfcUnknown id='i1001'/>", ""},

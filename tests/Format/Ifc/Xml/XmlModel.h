@@ -89,6 +89,8 @@ private:
         ENTITY IfcPoint; Coordinates : OPTIONAL LIST OF IfcLengthMeasure; END_ENTITY;
         ENTITY IfcThing; Label : OPTIONAL IfcLabel; Next : OPTIONAL IfcThing; END_ENTITY;
         ENTITY IfcSpecial SUBTYPE OF (IfcThing); END_ENTITY;
+        ENTITY IfcTwice SUBTYPE OF (IfcThing); Label : OPTIONAL IfcLengthMeasure; END_ENTITY;
+        ENTITY Ifelse; END_ENTITY;
         ENTITY IfcEverything;
             Bo : OPTIONAL IfcFlag; Re : OPTIONAL IfcLengthMeasure; Pl : OPTIONAL REAL; Nu : OPTIONAL IfcNumeric;
             In : OPTIONAL IfcCount; Lo : OPTIONAL IfcAnswer; St : OPTIONAL IfcLabel; Gu : OPTIONAL IfcGloballyUniqueId;
