@@ -59,6 +59,7 @@ TEST(XmlBase64, DecodesWhatADocumentMayMakeOfIt) {
         { "cut", "Zm9vY", ""sv },
         { "padding alone", "====", ""sv },
         { "three of it", "Z===", ""sv },
+        { "three of it behind a whole group", "Zm9vZ===", ""sv },
         { "padding in the middle", "Zg==Zm9v", ""sv },
         { "padding in the middle of a group", "Zg=v", ""sv },
     };

@@ -94,6 +94,8 @@ TEST(ExpressType, AnAggregateGivesItsElement) {
     EXPECT_EQ(pDataTypeOf(pInner)->pElementGet(), &loaded.type("T"));
     EXPECT_EQ(loaded.type("M").pDataType->pElementGet(), &loaded.entity("E"));
     EXPECT_EQ(loaded.type("T").pDataType->pElementGet(), nullptr);
+    const Loaded simple("TYPE R = LIST OF REAL; END_TYPE;");
+    EXPECT_EQ(simple.type("R").pDataType->pElementGet()->sName, "") << "the name is the aggregate's";
 }
 
 // A width belongs to the attribute that has it, whatever base types the others have.

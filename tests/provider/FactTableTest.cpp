@@ -76,6 +76,7 @@ TEST(FactTable, WithABaseHoldsTheDifferences) {
     const Loaded other(sNew);
     EXPECT_EQ(sFactTable(other.schema(), "NEW", &base.schema()), sDifferences);
     EXPECT_EQ(sFactTableBase(sDifferences), "TEST");
+    EXPECT_EQ(sFactTableBase("schema S\nentity E\nbase T\n"), "") << "it stands behind the name or nowhere";
     const auto pSchema = pGraph({g_sTable, sDifferences});
     ASSERT_NE(pSchema, nullptr);
     EXPECT_EQ(pSchema->sName, "NEW");

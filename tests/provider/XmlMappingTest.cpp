@@ -14,6 +14,7 @@
 #include <string>
 
 #include "ExpressTestSupport.h"
+#include "provider/XmlMapping.h"
 #include "schema/XmlSchema.h"
 
 namespace {
@@ -206,6 +207,7 @@ TEST(XmlMapping, ASchemaThatACallerBringsIsMappedWholeOrNotAtAll) {
         ASSERT_NE(pSchema, nullptr) << messages.front().sText;
         EXPECT_TRUE(messages.empty());
         ASSERT_EQ(pSchema->pXmlDefaults != nullptr, row.boMapped);
+        EXPECT_EQ(oxa::ifc::def::express::boXmlMappingAttach(*pSchema), row.boMapped || pSchema->sName != "IFC4");
         std::size_t iLeftOut = 0;
         std::size_t iTexts = 0;
         std::size_t iElements = 0;
