@@ -11,8 +11,8 @@
 namespace oxa::ifc::def::express {
 
 // Sets pXmlDefaults, and pXml and pXmlInverse where an attribute is not written as the defaults say. Leaves a schema
-// without a published ifcXML configuration as it is. False, and nothing set, when a schema of the name of one that has a
-// configuration lacks an attribute of the table.
+// without a published ifcXML configuration as it is. False, and nothing set, when a schema of the name of one that
+// has a configuration lacks an attribute of the table.
 [[nodiscard]] OXA_SCHEMA_API bool boXmlMappingAttach(SchemaPset& schema);
 
 }   // namespace oxa::ifc::def::express

@@ -7,8 +7,8 @@
 //   </ifcXML>
 //
 // The walk starts at the project and follows references and inverse relations. What nothing leads to is left out,
-// without a word unless a report is asked for. An instance stands in full where the walk meets it first, <IfcWall id="i12" ...>; all later places
-// have an empty element, <IfcWall ref="i12" xsi:nil="true"/>.
+// without a word unless a report is asked for. An instance stands in full where the walk meets it first,
+// <IfcWall id="i12" ...>; all later places have an empty element, <IfcWall ref="i12" xsi:nil="true"/>.
 //
 // Modes    How an attribute is written, its mapping record says, else the schema's defaults, else mode 2:
 //            1  a reference is a nested element        2  a value is an XML attribute, a reference one with the id
