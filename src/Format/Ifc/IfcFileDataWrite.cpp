@@ -25,9 +25,11 @@ void Data::vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progr
     };
     try {
         if (!info.m_boSingleThreaded) {
-            vSortEntities();   // before any other thread reads the list
-            for (unsigned i = 0; i < iExtraThreads() && m_entities.size() > std::size_t{10} * i; ++i)
+            for (unsigned i = 0; i < iExtraThreads(); ++i) {
+                vSortEntities();   // before any other thread reads the list; none is started: as it was
+                if (m_entities.size() <= std::size_t{10} * i) break;
                 threads.emplace_back([this, &info] { (*this)(info, {}); });
+            }
         }
         (*this)(info, std::move(progress));
     } catch (...) {
@@ -40,7 +42,7 @@ void Data::vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progr
 }
 
 void Data::operator()(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const {
-    StepWriteInfo statement(info);
+    StepWriteInfo statement(info, StepWriteInfo::Pass::InBatches);
     if (info.m_boSingleThreaded) {
         while (!info.m_queue.empty()) {
             const Entity* pEntity = info.m_queue.front();

@@ -79,13 +79,14 @@ void StepWriteInfoCommon::vStop() {
 
 std::size_t StepWriteInfo::iEntityIdGet(const Entity* pEntity) {
     if (m_pCommon->m_boSingleThreaded) return m_pCommon->WriteInfoCommon::iEntityIdGet(pEntity);
+    if (m_ePass == Pass::AtOnce) return m_pCommon->iEntityIdGet(pEntity);
     return m_pCommon->iEntityIdGet(pEntity, m_found, m_near);
 }
 
 void StepWriteInfo::vLineAdd() {
     io::IfcLineWriterInterface& writer = *m_pCommon->m_pWriter;
     const std::size_t iBlock = writer.iBlockSize();
-    if (iBlock == 0) {
+    if (iBlock == 0 || m_ePass == Pass::AtOnce) {
         writer.iLineAdd(m_line, m_iId);
         return;
     }

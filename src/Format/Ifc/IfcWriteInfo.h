@@ -95,7 +95,14 @@ public:
 
 // One composing thread: its strings keep their capacity from statement to statement.
 struct StepWriteInfo {
-    explicit StepWriteInfo(StepWriteInfoCommon& common) noexcept : m_pCommon(&common) {}
+    // What becomes of the entities that a statement names, and of the statement.
+    enum class Pass : std::uint8_t {
+        AtOnce,      // the ones go to the queue, the other to the writer, at once: nothing is lost with this object
+        InBatches,   // both wait here for a while; for a thread of a walk, which hands them on in the end
+    };
+
+    explicit StepWriteInfo(StepWriteInfoCommon& common, Pass ePass = Pass::AtOnce) noexcept
+        : m_pCommon(&common), m_ePass(ePass) {}
 
     // The number of an entity, which is queued when this run meets it for the first time; 0 for null.
     std::size_t iEntityIdGet(const Entity* pEntity);
@@ -112,6 +119,7 @@ struct StepWriteInfo {
     std::array<char, 65> m_number;            // scratch for one number
     StepWriteInfoCommon* m_pCommon;
     std::uint32_t m_iId = 0;                  // of the statement
+    Pass m_ePass;
 };
 
 }   // namespace oxa::ifc

@@ -5,82 +5,18 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <filesystem>
 #include <functional>
-#include <future>
 #include <numeric>
 #include <thread>
 
 #include "AssertLog.h"
-#include "SmallModel.h"
+#include "WrittenText.h"
 
 namespace oxa::ifc::io {
 namespace {
 
 using testing::ElementsAre;
 using testing::UnorderedElementsAreArray;
-
-using Lines = std::vector<std::string>;
-
-Lines linesOf(const std::string& text) {
-    Lines lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
-}
-
-ReadFileModel modelOf(std::string_view statements, bool boKeepIds = true) {
-    return ReadFileModel(sFileOf(statements), true, schemaIs(smallSchema()), boKeepIds);
-}
-
-struct Written {
-    bool boResult = false;
-    std::string text;
-    std::multiset<std::string> records;
-};
-
-// One of the ways to write, into a text.
-template <class Write>
-Written written(Write&& write) {
-    std::ostringstream out;
-    WriteError errors;
-    Written result;
-    result.boResult = write(out, errors);
-    result.text = out.str();
-    result.records = recordTexts(errors);
-    return result;
-}
-Written fileOf(const File& file, bool boSingleThreaded = true, WriteProgress progress = {}) {
-    return written(
-        [&](auto& out, auto& errors) { return file.boWrite(out, errors, progress, boSingleThreaded); });
-}
-Written dataOf(const Data& data, bool boSingleThreaded = true) {
-    return written([&](auto& out, auto& errors) { return data.boWrite(out, errors, boSingleThreaded); });
-}
-Written entityOf(const Data& data, const Entity* pEntity, bool boSingleThreaded = true) {
-    return written(
-        [&](auto& out, auto& errors) { return data.boWrite(pEntity, out, errors, boSingleThreaded); });
-}
-
-// Keeps what it gets, and which threads brought it.
-struct RecordingWriter : IfcLineWriterInterface {
-    std::vector<std::pair<std::string, unsigned>> m_lines;   // guarded by m_mutex
-    std::set<std::thread::id> m_threads;                     // guarded by m_mutex
-    std::mutex m_mutex;
-    std::atomic<int> m_iFinished{0};
-
-    std::size_t iLineAdd(std::string& line, unsigned iId) override {
-        const std::lock_guard lock(m_mutex);
-        EXPECT_EQ(m_iFinished, 0);
-        m_lines.emplace_back(line, iId);
-        m_threads.insert(std::this_thread::get_id());
-        line = "whatever";   // the caller may rely on nothing
-        return m_lines.size();
-    }
-    void vFinish() override { ++m_iFinished; }
-};
-
-const std::string g_sProject = "#1=IFCPROJECT('" + sGuidOf(0) + "',$,$);";
 
 TEST(WriteFile, WritesNothingWithoutAProject) {
     const ReadFileModel model = modelOf("#2=IFCPOINT((1.));\n");
@@ -375,70 +311,6 @@ TEST(WriteProgress, RisesOnTheCallersThread) {
         calls.push_back(iCount);
     });
     EXPECT_TRUE(calls.empty() || calls.back() <= 901U);
-}
-
-TEST(WriteThreads, AreAsManyAsModelAndMachineAllow) {
-    const auto iThreads = [] {
-        std::size_t iCount = 0;
-        std::error_code error;
-        for ([[maybe_unused]] const auto& entry :
-             std::filesystem::directory_iterator("/proc/self/task", error))
-            ++iCount;
-        return iCount;
-    };
-    std::thread([] {}).join();   // a race detector starts a thread of its own beside the first one
-    const std::size_t iBefore = iThreads();
-    if (iBefore == 0) GTEST_SKIP() << "no /proc to count threads in";
-    const unsigned iHardware = std::thread::hardware_concurrency();
-    const std::size_t iLimit = iHardware == 3 ? 0 : iHardware == 4 ? 1 : 2;
-    const struct {
-        std::size_t iEntities;
-        std::size_t iExtra;
-    } rows[] = {{1, 1}, {5, 1}, {10, 1}, {11, 2}, {1000, 2}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.iEntities);
-        std::string statements = g_sProject;
-        for (std::size_t i = 2; i <= row.iEntities; ++i)
-            statements += '#' + std::to_string(i) + "=IFCPOINT((1.));";
-        const ReadFileModel model = modelOf(statements);
-        const Data& data = model.file.data();
-        {
-            RecordingWriter writer;
-            WriteError errors;
-            StepWriteInfoCommon info(data.entityIdMap(false), errors, writer, true);
-            info.iEntityIdGet(data.pProject());
-            std::size_t iDuring = 0;
-            data.vWrite(info, [&](unsigned) { iDuring = iThreads(); });
-            EXPECT_EQ(iDuring, iBefore) << "single-threaded";
-            EXPECT_EQ(writer.m_iFinished, 1);
-        }
-        {
-            RecordingWriter writer;
-            WriteError errors;
-            StepWriteInfoCommon info(data.entityIdMap(false), errors, writer, false);
-            const std::size_t iExpected = iBefore + std::min(iLimit, row.iExtra);
-            // While the queue is locked, all composing threads are there and wait for it.
-            std::promise<void> locked;
-            std::size_t iDuring = 0;
-            std::thread helper([&] {
-                const std::lock_guard lock(info.m_mutex);
-                locked.set_value();
-                const auto count = [&] { return iThreads() - 1; };   // this one aside
-                for (int i = 0; i < 10'000 && count() < iExpected; ++i)
-                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-                std::this_thread::sleep_for(std::chrono::milliseconds(5));   // for one too many
-                iDuring = count();
-                static_cast<WriteInfoCommon&>(info).iEntityIdGet(data.pProject());
-                info.m_changed.notify_all();
-            });
-            locked.get_future().wait();
-            data.vWrite(info, {});
-            helper.join();
-            EXPECT_EQ(iDuring, iExpected);
-            EXPECT_EQ(writer.m_lines.size(), 1U);
-            EXPECT_EQ(writer.m_iFinished, 1);
-        }
-    }
 }
 
 TEST(WriteThreads, GiveTheSameLines) {
