@@ -3,7 +3,7 @@
 // Timed     the write of all entities of a model that was read before, to a stream that keeps nothing, so that no
 //           disk is measured.
 // Rows      a plain fwrite of the written bytes to /dev/null and the plain byte-wise splitter over them as
-//           reference points; the write on one thread and on several.
+//           reference points; the write on one thread and on several, as the walk comes and by number.
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -12,6 +12,7 @@
 
 #include "BenchModel.h"
 #include "BenchTable.h"
+#include "Format/Ifc/IfcWriteFile.h"
 
 using namespace oxa::bench;
 
@@ -36,6 +37,11 @@ int main(int argc, char** argv) {
         NullStream out;
         data.boWrite(out, errors, boSingleThreaded);
     };
+    const auto writeByNumber = [&](bool boSingleThreaded) {
+        NullStream out;
+        io::WriteFile::boWrite(data, nullptr, out, errors,
+                               {.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number});
+    };
     std::size_t iSink = 0;
     std::vector<Row> rows{
         {"fwrite to /dev/null",
@@ -49,6 +55,8 @@ int main(int argc, char** argv) {
         {"plain splitter", [&] { iSink += iPlainSplit(text); }, {}, {}},
         {"write", [&] { write(true); }, {}, {}},
         {"write, threaded", [&] { write(false); }, {}, {}},
+        {"write by number", [&] { writeByNumber(true); }, {}, {}},
+        {"write by number, threaded", [&] { writeByNumber(false); }, {}, {}},
     };
     vRunRounds(rows, argc > 2 ? std::atoi(argv[2]) : 7);
     vPrintRates(rows, static_cast<double>(text.size()), rows[1]);

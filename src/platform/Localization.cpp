@@ -124,6 +124,10 @@ constexpr std::array g_ifc{
     Row{"Error_NotValidEnumerationValue",
         "\"%1\" is no value of the enumeration.",
         "„%1“ ist kein Wert der Aufzählung."},
+    Row{"Error_NumberWrittenTwice",
+        "The instance number #%1 is written twice: an instance of the file has it, and this one got it, too.",
+        "Die Instanznummer #%1 wird zweimal geschrieben: Eine Instanz der Datei hat sie, und diese hat sie auch "
+        "bekommen."},
     Row{"Error_TooFewAttributesFor",
         "There are too few parameters for %1.",
         "Für %1 sind zu wenige Parameter angegeben."},

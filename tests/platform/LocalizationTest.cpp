@@ -55,6 +55,7 @@ const KeyRow g_keyRows[] = {
     { "Error_MissingEntityWithId", true },
     { "Error_MissingSemicolon", false },
     { "Error_NotValidEnumerationValue", true },
+    { "Error_NumberWrittenTwice", true },
     { "Error_TooFewAttributesFor", true },
     { "Error_TooManyAttributesFor", true },
     { "Error_UnexpectedEqualOperator", false },

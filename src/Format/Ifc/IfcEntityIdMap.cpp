@@ -1,5 +1,6 @@
 #include "Format/Ifc/IfcEntityIdMap.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <iterator>
 #include <limits>
@@ -45,18 +46,21 @@ std::optional<std::size_t> EntityIdMap::find(const Entity* pEntity) const {
     return found == m_map.end() ? std::nullopt : std::optional(found->second);
 }
 
-EntityIdMap::Number EntityIdMap::numberFar(const Entity* pEntity, Near& near) {
+std::optional<EntityIdMap::Number> EntityIdMap::knownFar(const Entity* pEntity, Near& near) const {
     if (const SeededChunk* pChunk = pSeededChunk(pEntity)) {
         const bool boDense = pChunk->iFirstId <= std::numeric_limits<std::uint32_t>::max();
         if (boDense) near.m_pChunk = pChunk;
-        return {pChunk->iFirstId + pChunk->iSlotOf(pEntity), false, boDense};
+        return Number{pChunk->iFirstId + pChunk->iSlotOf(pEntity), false, boDense};
     }
-    {
-        const std::shared_lock lock(m_lock);
-        if (const auto found = m_map.find(pEntity); found != m_map.end()) return {found->second, false, false};
-    }
+    const std::shared_lock lock(m_lock);
+    const auto found = m_map.find(pEntity);
+    return found == m_map.end() ? std::nullopt : std::optional(Number{found->second, false, false});
+}
+
+EntityIdMap::Number EntityIdMap::numberFar(const Entity* pEntity, Near& near) {
+    if (const std::optional<Number> number = knownFar(pEntity, near)) return *number;
     const std::unique_lock lock(m_lock);
-    const auto [entry, boNew] = m_map.try_emplace(pEntity, m_iSeeded + m_map.size() + 1);
+    const auto [entry, boNew] = m_map.try_emplace(pEntity, m_iAbove + m_iSeeded + m_map.size() + 1);
     return {entry->second, boNew, false};
 }
 
@@ -87,6 +91,34 @@ void EntityIdMap::vSeed(const EntitySlot& slot, std::size_t iId) {
     if (chunk.defined[iId % g_iSlots]) return;
     chunk.defined.set(iId % g_iSlots);
     ++m_iSeeded;
+}
+
+std::size_t EntityIdMap::iHighest() const {
+    std::size_t iHighest = 0;
+    for (const auto& [pFirst, chunk] : m_byAddress) {
+        if (chunk.iFirstId + g_iSlots <= iHighest) continue;
+        std::size_t iSlot = g_iSlots;
+        while (iSlot > 0 && !chunk.defined[iSlot - 1]) --iSlot;
+        if (iSlot > 0) iHighest = std::max(iHighest, chunk.iFirstId + iSlot - 1);
+    }
+    const std::shared_lock lock(m_lock);
+    for (const auto& [pEntity, iId] : m_map) iHighest = std::max(iHighest, iId);
+    return iHighest;
+}
+
+void EntityIdMap::vDealAbove() {
+    // May wrap around, where the only number is 0; the sum with the count does too.
+    m_iAbove = iHighest() - size();
+}
+
+std::vector<const Entity*> EntityIdMap::seededOf(const SeenNumbers& seen) const {
+    std::vector<const Entity*> entities;
+    const SeededChunk* pChunk = nullptr;
+    seen.vForEach([&](std::uint32_t iId) {
+        if (!pChunk || pChunk->iFirstId != iId - iId % g_iSlots) pChunk = m_byNumber.at(iId - iId % g_iSlots);
+        entities.push_back(&pChunk->pFirst[iId % g_iSlots].entity);
+    });
+    return entities;
 }
 
 std::size_t EntityIdMap::size() const {

@@ -15,7 +15,9 @@
 #include <shared_mutex>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
+#include "Format/Ifc/IfcSeenNumbers.h"
 #include "platform/Export.h"
 
 namespace oxa::ifc {
@@ -54,6 +56,13 @@ public:
                 return {near.m_pChunk->iFirstId + iSlot, false, true};
         return numberFar(pEntity, near);
     }
+    // The same; empty for an entity that has no number. Deals none.
+    [[nodiscard]] std::optional<Number> known(const Entity* pEntity, Near& near) const {
+        if (near.m_pChunk)
+            if (const std::size_t iSlot = near.m_pChunk->iSlotOf(pEntity); iSlot < g_iSlots)
+                return Number{near.m_pChunk->iFirstId + iSlot, false, true};
+        return knownFar(pEntity, near);
+    }
     // The number; empty for an entity that has none. Deals none.
     [[nodiscard]] std::optional<std::size_t> find(const Entity* pEntity) const;
     // The entity that was seeded with that number; null when there is none.
@@ -61,6 +70,13 @@ public:
     // Enters a defined slot of an entity table under its number.
     void vSeed(const EntitySlot& slot, std::size_t iId);
     [[nodiscard]] std::size_t size() const;
+
+    // From here on numbers are dealt above the highest that any entity has, in place of the rule at get. One thread.
+    void vDealAbove();
+    // The highest number of any entity; 0 where there is none.
+    [[nodiscard]] std::size_t iHighest() const;
+    // The entities that were seeded with the numbers that "seen" has, ascending. It has no other numbers.
+    [[nodiscard]] std::vector<const Entity*> seededOf(const SeenNumbers& seen) const;
 
 private:
     static constexpr std::size_t g_iSlots = 32768;
@@ -87,12 +103,14 @@ private:
 
     [[nodiscard]] const SeededChunk* pSeededChunk(const Entity* pEntity) const noexcept;
     [[nodiscard]] Number numberFar(const Entity* pEntity, Near& near);
+    [[nodiscard]] std::optional<Number> knownFar(const Entity* pEntity, Near& near) const;
     SeededChunk& chunkOf(const EntitySlot& slot, std::size_t iId);
 
     std::map<const EntitySlot*, SeededChunk, std::less<>> m_byAddress;   // by pFirst; new ones come in any order
     std::unordered_map<std::size_t, SeededChunk*> m_byNumber;             // by iFirstId
     SeededChunk* m_pLastSeeded = nullptr;                                 // numbers are seeded in their order
     std::size_t m_iSeeded = 0;
+    std::size_t m_iAbove = 0;   // what dealt numbers are above the count of entries
     std::unordered_map<const Entity*, std::size_t, Hash> m_map;   // the rest; guarded by m_lock
     mutable std::shared_mutex m_lock;
 };

@@ -15,6 +15,7 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileHeader.h"
 #include "Format/Ifc/IfcFileHeaderSimple.h"
+#include "Format/Ifc/IfcWriteOptions.h"
 #include "platform/Export.h"
 #include "schema/Schema.h"
 
@@ -32,9 +33,6 @@ class WriteError;
 using SchemaFromName = std::function<def::SchemaPset*(const std::string&)>;
 // Position in the stream, in bytes; for the first entity statement and for every further 1000.
 using ReadProgress = std::function<void(unsigned)>;
-
-// Entities taken from the queue so far.
-using WriteProgress = std::function<void(unsigned)>;
 
 // What reading and writing need of both kinds of file.
 class OXA_IFC_API FileBase {
@@ -65,6 +63,7 @@ public:
     // The data lines of all that the project reaches. Without a project: only ends the writer, false.
     bool boWrite(io::IfcLineWriterInterface& writer, io::WriteError& errors, WriteProgress progress,
                  bool boSingleThreaded) const;
+    bool boWrite(io::IfcLineWriterInterface& writer, io::WriteError& errors, const WriteOptions& options) const;
     [[nodiscard]] File& file() const noexcept { return m_file; }
 
 private:
@@ -97,7 +96,8 @@ public:
     //
     // schemaFromName  handed to the schema loader with the name in the header.
     // error           collects everything; whatever the result, what was read up to a fault stays in the model.
-    // boKeepIds       keep the file's instance numbers for a later write; false deals new ones.
+    // boKeepIds       keep the file's instance numbers for a later write; false deals new ones. Who keeps them and adds
+    //                 entities calls Data::boNumbersAbove first: else these can get numbers that others have.
     // progress        may be empty.
     // boSingleThreaded  parse on the calling thread.
     // returns         true when the input reached a proper end and no fatal fault was met. Bad input never throws.
@@ -107,6 +107,8 @@ public:
     // Writes the file: all that the project reaches over references and inverse lists. False, with nothing written,
     // without a project. Reports are in "errors", also fatal ones; the stream's own state tells whether it took all.
     bool boWrite(std::ostream& out, io::WriteError& errors, WriteProgress progress, bool boSingleThreaded) const;
+    // The same statements in an order, or with a check.
+    bool boWrite(std::ostream& out, io::WriteError& errors, const WriteOptions& options) const;
 
 private:
     FileHeader m_header;
@@ -132,6 +134,8 @@ public:
     // Writes "pEntity" and what it reaches, or the whole data for null. False without a schema name in the header and
     // when there is nothing to write.
     bool boWrite(const Entity* pEntity, std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const;
+    // The same statements in an order, or with a check.
+    bool boWrite(const Entity* pEntity, std::ostream& out, io::WriteError& errors, const WriteOptions& options) const;
 
     // Finds the slot of the root that the header names; called when the data end.
     void vEntityRootInit(ReadInfoCommon& info);

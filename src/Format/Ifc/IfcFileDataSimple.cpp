@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <limits>
 #include <new>
 
 #include "platform/Assert.h"
@@ -120,6 +121,13 @@ void Data::vSortEntities() const {
 EntityIdMap& Data::entityIdMap(bool boRebuild) const {
     if (!m_pEntityIdMap || boRebuild) m_pEntityIdMap = std::make_unique<EntityIdMap>(m_entities.size());
     return *m_pEntityIdMap;
+}
+
+bool Data::boNumbersAbove() const {
+    EntityIdMap& numbers = entityIdMap(false);
+    if (numbers.iHighest() >= std::numeric_limits<std::uint32_t>::max()) return false;
+    numbers.vDealAbove();
+    return true;
 }
 
 std::size_t Data::iIdFromEntity(const Entity& entity) const {

@@ -33,6 +33,7 @@ struct ReadInfoCommon;
 struct StepReadInfoData;
 struct StepReadInfoDataCommon;
 class StepWriteInfoCommon;
+struct WriteOptions;
 namespace io {
 class WriteError;
 }
@@ -106,6 +107,11 @@ public:
 
     // The numbers of the entities; see EntityIdMap. With boRebuild an old map is dropped.
     [[nodiscard]] EntityIdMap& entityIdMap(bool boRebuild) const;
+    // From here on entities without a number get numbers above all that the model has: the highest and 1 first. To be
+    // called between a read that kept numbers and the first look at the number of a new entity, a write included;
+    // without it new numbers count entities, and a file has them already where its own have gaps. False, with nothing
+    // changed, where no number is left above (4,294,967,295 is the last).
+    bool boNumbersAbove() const;
     // The entity's number; a new one is dealt if it has none.
     [[nodiscard]] std::size_t iIdFromEntity(const Entity& entity) const;
     // The entity of a kept number; null when no numbers were kept or the number is unknown.
@@ -135,6 +141,8 @@ public:
     // Runs a walk whose queue holds its seeds to the end, then tells the line writer so. "progress" gets the running
     // count on the caller's thread, under the walk's lock: it must not call back into it.
     void vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const;
+    // The same in an order, or with a check; whether on several threads is what "info" says.
+    void vWriteWith(StepWriteInfoCommon& info, const WriteOptions& options) const;
     // The loop of one composing thread of such a walk.
     void operator()(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const;
     // Diagnostic hook: writes the text to the standard error stream and raises it as an assertion.
@@ -157,6 +165,10 @@ private:
     [[nodiscard]] static std::optional<Guid> rootGuid(const Entity& entity, const StepReadInfoDataCommon& common);
     // The concrete type that an abstract one is read as, after the report; null when there is none.
     const def::schema::Entity* pConcreteType(const def::schema::Entity& type, StepReadInfoData& info) const;
+    bool boReachNumbered(StepWriteInfoCommon& info) const;
+    void vReachOthers(StepWriteInfoCommon& info) const;
+    void vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options) const;
+    void vNumbersTwiceTell(StepWriteInfoCommon& info) const;
     bool boNumbersSettle(ReadInfoCommon& info, bool boKeepIds);
     void vProjectOffer(Entity* pEntity);
 

@@ -1,22 +1,12 @@
 // The writing side of the container: the walk over the model, on one thread or up to three.
-#include <algorithm>
 #include <thread>
 #include <vector>
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcWriteFile.h"
+#include "Format/Ifc/IfcWriteThreads.h"
 
 namespace oxa::ifc {
-
-namespace {
-
-// At most two threads beside the caller's, and none that the machine has no room for; a machine that reports fewer
-// than three threads wraps around and gets both.
-unsigned iExtraThreads() noexcept {
-    return std::min(2U, std::thread::hardware_concurrency() - 3U);
-}
-
-}   // namespace
 
 void Data::vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const {
     std::vector<std::thread> threads;
@@ -25,7 +15,7 @@ void Data::vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progr
     };
     try {
         if (!info.m_boSingleThreaded) {
-            for (unsigned i = 0; i < iExtraThreads(); ++i) {
+            for (unsigned i = 0; i < iExtraWriteThreads(); ++i) {
                 vSortEntities();   // before any other thread reads the list; none is started: as it was
                 if (m_entities.size() <= std::size_t{10} * i) break;
                 threads.emplace_back([this, &info] { (*this)(info, {}); });
@@ -72,29 +62,53 @@ bool Data::boWrite(const Entity* pEntity, std::ostream& out, io::WriteError& err
 
 bool FileData::boWrite(io::IfcLineWriterInterface& writer, io::WriteError& errors,
                        std::function<void(unsigned)> progress, bool boSingleThreaded) const {
+    return boWrite(writer, errors, {.boSingleThreaded = boSingleThreaded, .progress = std::move(progress)});
+}
+
+bool FileData::boWrite(io::IfcLineWriterInterface& writer, io::WriteError& errors, const WriteOptions& options) const {
     if (!pProject()) {
         writer.vFinish();
         return false;
     }
-    StepWriteInfoCommon info(entityIdMap(false), errors, writer, boSingleThreaded);
+    StepWriteInfoCommon info(entityIdMap(false), errors, writer, options.boSingleThreaded);
     info.iEntityIdGet(pProject());
-    vWrite(info, std::move(progress));
+    vWriteWith(info, options);
     return true;
 }
 
 bool File::boWrite(std::ostream& out, io::WriteError& errors, WriteProgress progress, bool boSingleThreaded) const {
-    return m_data.pProject() && io::WriteFile::boWrite(*this, out, errors, std::move(progress), boSingleThreaded);
+    return boWrite(out, errors, {.boSingleThreaded = boSingleThreaded, .progress = std::move(progress)});
 }
+
+bool File::boWrite(std::ostream& out, io::WriteError& errors, const WriteOptions& options) const {
+    return m_data.pProject() && io::WriteFile::boWrite(*this, out, errors, options);
+}
+
+namespace {
+
+// What the head says of its extent, and the head itself.
+bool boHeadWrite(FileHeaderSimple& header, const Data& data, const Entity* pEntity, std::ostream& out,
+                 io::WriteError& errors) {
+    if (pEntity)
+        header.exportInfo = static_cast<std::uint64_t>(data.iIdFromEntity(*pEntity));
+    else
+        header.exportInfo = FileHeaderSimple::WholeData;
+    return header.boWrite(out, errors);
+}
+
+}   // namespace
 
 bool FileSimple::boWrite(const Entity* pEntity, std::ostream& out, io::WriteError& errors,
                          bool boSingleThreaded) const {
-    if (pEntity)
-        m_header.exportInfo = static_cast<std::uint64_t>(m_data.iIdFromEntity(*pEntity));
-    else
-        m_header.exportInfo = FileHeaderSimple::WholeData;
-    if (!m_header.boWrite(out, errors)) return false;
+    if (!boHeadWrite(m_header, m_data, pEntity, out, errors)) return false;
     return pEntity ? m_data.boWrite(pEntity, out, errors, boSingleThreaded)
                    : m_data.boWrite(out, errors, boSingleThreaded);
+}
+
+bool FileSimple::boWrite(const Entity* pEntity, std::ostream& out, io::WriteError& errors,
+                         const WriteOptions& options) const {
+    return boHeadWrite(m_header, m_data, pEntity, out, errors) &&
+           io::WriteFile::boWrite(m_data, pEntity, out, errors, options);
 }
 
 }   // namespace oxa::ifc

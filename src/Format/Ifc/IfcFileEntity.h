@@ -203,6 +203,9 @@ private:
     const DataSizeEntity* pBlocksAllocate(const def::schema::Entity& schema, Allocate&& alloc);
     // Fills an empty instance; a filled one stays as it is.
     void vFill(Data& data, const def::schema::Entity& schema, bool boInit);
+    // Calls visit(const Entity&) for each entity that the statement leads to; see IfcFileEntityNamed.h.
+    template <class Visit>
+    void vForEachNamedEntity(Visit&& visit) const;
     // The statement in info.m_line; false, with no text, for an empty instance.
     bool boCompose(StepWriteInfo& info) const;
     // Brings cells iFirst and following to the undefined state. Throws the text "illegal type".

@@ -30,7 +30,7 @@ bool Entity::boCompose(StepWriteInfo& info) const {
         }
     }
     // Who refers to this instance is written too: a relationship hangs on its members by nothing else.
-    if (m_ppAttributesInverse)
+    if (m_ppAttributesInverse && info.m_ePass != StepWriteInfo::Pass::Numbers)
         for (std::size_t i = 0, n = m_pSchemaEntity->allInverseAttributes().size(); i < n; ++i)
             if (const EntityList* pReferrers = pInverseEntries()[i])
                 for (const Entity* pReferrer : *pReferrers) info.iEntityIdGet(pReferrer);

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <atomic>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -44,6 +45,29 @@ public:
         return !(word.fetch_or(uMask, std::memory_order_relaxed) & uMask);
     }
 
+    // Whether the number was marked.
+    [[nodiscard]] bool boMarked(std::uint32_t iNumber) const {
+        const std::uint32_t iPage = iNumber / g_iPageBits;
+        const Branch<Page, g_iPages>* pFolder = m_root.pAt(iPage / g_iPages);
+        const Page* pPage = pFolder ? pFolder->pAt(iPage % g_iPages) : nullptr;
+        if (!pPage) return false;
+        const std::uint32_t iBit = iNumber % g_iPageBits;
+        return pPage->words[iBit / 64].load(std::memory_order_relaxed) >> iBit % 64 & 1U;
+    }
+
+    // Calls visit(number) for each number that was marked, ascending. Not while others mark.
+    template <class Visit>
+    void vForEach(Visit&& visit) const {
+        for (std::uint32_t iPage = 0; iPage < g_iFolders * g_iPages; ++iPage) {
+            const Branch<Page, g_iPages>* pFolder = m_root.pAt(iPage / g_iPages);
+            const Page* pPage = pFolder ? pFolder->pAt(iPage % g_iPages) : nullptr;
+            if (!pPage) continue;
+            for (std::uint32_t i = 0; i < g_iPageBits / 64; ++i)
+                for (std::uint64_t uWord = pPage->words[i].load(std::memory_order_relaxed); uWord; uWord &= uWord - 1)
+                    visit(iPage * g_iPageBits + i * 64 + static_cast<std::uint32_t>(std::countr_zero(uWord)));
+        }
+    }
+
 private:
     static constexpr std::uint32_t g_iPageBits = 1U << 15;
     static constexpr std::uint32_t g_iPages = 1U << 9;
@@ -72,6 +96,7 @@ private:
                 pItem = pFresh.release();
             return *pItem;
         }
+        [[nodiscard]] const Item* pAt(std::size_t i) const { return m_items[i].load(std::memory_order_acquire); }
 
     private:
         std::array<std::atomic<Item*>, N> m_items{};

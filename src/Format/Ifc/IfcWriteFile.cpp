@@ -116,17 +116,40 @@ private:
     std::thread m_consumer;
 };
 
-// The same interface for both ways, chosen once a write.
-class SingleWriter {
+// Texts of one thread at a time to the stream, as they come.
+class BlockLineWriter final : public IfcLineWriterInterface {
 public:
-    explicit SingleWriter(std::ostream& out) : m_writer(out) {}
+    explicit BlockLineWriter(std::ostream& out) : m_buffer(out) {}
+
+    std::size_t iLineAdd(std::string& block, unsigned) override {
+        m_buffer.vWrite(block);
+        m_buffer.vWrite('\n');
+        return ++m_iBlocks;
+    }
+    void vFinish() override {}
+    [[nodiscard]] std::size_t iBlockSize() const noexcept override { return stream::StreamWriteBuffer::g_iBufferSize; }
+    void vBufferFlush() { m_buffer.vBufferFlush(); }
+
+private:
+    stream::StreamWriteBuffer m_buffer;
+    std::size_t m_iBlocks = 0;
+};
+
+// The same interface for all ways, chosen once a write: without a thread of its own.
+template <class LineWriter>
+class DirectWriter {
+public:
+    explicit DirectWriter(std::ostream& out) : m_writer(out) {}
     IfcLineWriterInterface& writer() noexcept { return m_writer; }
     void vEnd() { m_writer.vBufferFlush(); }
     void vAbandon() noexcept {}
 
 private:
-    IfcSingleThreadedLineWriter m_writer;
+    LineWriter m_writer;
 };
+
+using SingleWriter = DirectWriter<IfcSingleThreadedLineWriter>;
+using OrderedWriter = DirectWriter<BlockLineWriter>;
 
 // Runs one step of a write. Its exceptions go on, once no thread is left that they would take down.
 template <class Writer, class Step>
@@ -139,51 +162,84 @@ void vGuarded(Writer& writer, Step&& step) {
     }
 }
 
-template <class Writer>
-bool boWriteSeeded(const Data& data, const WriteFile::Seed& seed, std::ostream& out, WriteError& errors,
-                   bool boSingleThreaded) {
-    Writer writer(out);
-    std::unique_ptr<StepWriteInfoCommon> pInfo;
-    vGuarded(writer, [&] {
-        pInfo = std::make_unique<StepWriteInfoCommon>(data.entityIdMap(false), errors, writer.writer(),
-                                                      boSingleThreaded);
-        seed(*pInfo);
-    });
-    {
-        const std::lock_guard lock(pInfo->m_mutex);
-        if (pInfo->m_queue.empty()) return false;
-    }
-    vGuarded(writer, [&] { data.vWrite(*pInfo, {}); });
-    writer.vEnd();
-    return true;
-}
+struct SeededWrite {
+    const Data& data;
+    const WriteFile::Seed& seed;
+    std::ostream& out;
+    WriteError& errors;
+    const WriteOptions& options;
 
-template <class Writer>
-void vWriteProject(const FileData& data, std::ostream& out, WriteError& errors, WriteFile::Progress progress,
-                   bool boSingleThreaded) {
-    Writer writer(out);
-    vGuarded(writer, [&] { data.boWrite(writer.writer(), errors, std::move(progress), boSingleThreaded); });
-    writer.vEnd();
+    template <class Writer>
+    bool boRun() const {
+        Writer writer(out);
+        std::unique_ptr<StepWriteInfoCommon> pInfo;
+        vGuarded(writer, [&] {
+            pInfo = std::make_unique<StepWriteInfoCommon>(data.entityIdMap(false), errors, writer.writer(),
+                                                          options.boSingleThreaded);
+            seed(*pInfo);
+        });
+        {
+            const std::lock_guard lock(pInfo->m_mutex);
+            if (pInfo->m_queue.empty()) return false;
+        }
+        vGuarded(writer, [&] { data.vWriteWith(*pInfo, options); });
+        writer.vEnd();
+        return true;
+    }
+};
+
+struct ProjectWrite {
+    const FileData& data;
+    std::ostream& out;
+    WriteError& errors;
+    const WriteOptions& options;
+
+    template <class Writer>
+    bool boRun() const {
+        Writer writer(out);
+        vGuarded(writer, [&] { data.boWrite(writer.writer(), errors, options); });
+        writer.vEnd();
+        return true;
+    }
+};
+
+template <class Write>
+bool boRun(const Write& write) {
+    if (write.options.eOrder != WriteOrder::Any) return write.template boRun<OrderedWriter>();
+    return write.options.boSingleThreaded ? write.template boRun<SingleWriter>()
+                                          : write.template boRun<ThreadedWriter>();
 }
 
 }   // namespace
 
 bool WriteFile::boWrite(const File& file, std::ostream& out, WriteError& errors, Progress progress,
                         bool boSingleThreaded) {
+    return boWrite(file, out, errors, {.boSingleThreaded = boSingleThreaded, .progress = std::move(progress)});
+}
+
+bool WriteFile::boWrite(const File& file, std::ostream& out, WriteError& errors, const WriteOptions& options) {
     out << "ISO-10303-21;" << std::endl;
     file.header().boWrite(out, errors);
     out << "DATA;" << std::endl;
-    if (boSingleThreaded)
-        vWriteProject<SingleWriter>(file.data(), out, errors, std::move(progress), true);
-    else
-        vWriteProject<ThreadedWriter>(file.data(), out, errors, std::move(progress), false);
+    boRun(ProjectWrite{file.data(), out, errors, options});
     out << "ENDSEC;" << std::endl << "END-ISO-10303-21;" << std::endl;
     return true;
 }
 
 bool WriteFile::boWrite(const Data& data, Seed seed, std::ostream& out, WriteError& errors, bool boSingleThreaded) {
-    return boSingleThreaded ? boWriteSeeded<SingleWriter>(data, seed, out, errors, true)
-                            : boWriteSeeded<ThreadedWriter>(data, seed, out, errors, false);
+    return boRun(SeededWrite{data, seed, out, errors, {.boSingleThreaded = boSingleThreaded}});
+}
+
+bool WriteFile::boWrite(const Data& data, const Entity* pEntity, std::ostream& out, WriteError& errors,
+                        const WriteOptions& options) {
+    if (!pEntity && data.entities().empty()) return false;
+    const Seed seed = [&](StepWriteInfoCommon& info) {
+        if (pEntity)
+            info.iEntityIdGet(pEntity);
+        else
+            for (const Entity* pOne : data.entities()) info.iEntityIdGet(pOne);
+    };
+    return boRun(SeededWrite{data, seed, out, errors, options});
 }
 
 bool WriteFile::boWrite(const Data& data, std::ostream& out, WriteError& errors, bool boSingleThreaded) {

@@ -108,12 +108,16 @@ public:
     // A whole file: frame, header, and all that the project reaches. Always true.
     static bool boWrite(const File& file, std::ostream& out, WriteError& errors, Progress progress,
                         bool boSingleThreaded);
+    static bool boWrite(const File& file, std::ostream& out, WriteError& errors, const WriteOptions& options);
     // Data lines without any frame: of all entities; of one and what it reaches; of what "seed" queues. False when
     // nothing was queued. With boSingleThreaded false that ends the process, since the consumer is running by then.
     static bool boWrite(const Data& data, std::ostream& out, WriteError& errors, bool boSingleThreaded);
     static bool boWrite(const Data& data, const Entity* pEntity, std::ostream& out, WriteError& errors,
                         bool boSingleThreaded);
     static bool boWrite(const Data& data, Seed seed, std::ostream& out, WriteError& errors, bool boSingleThreaded);
+    // Of one entity and what it reaches, or of all for null. False when there is nothing to write.
+    static bool boWrite(const Data& data, const Entity* pEntity, std::ostream& out, WriteError& errors,
+                        const WriteOptions& options);
 };
 
 }   // namespace oxa::ifc::io

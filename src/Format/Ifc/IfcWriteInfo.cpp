@@ -1,6 +1,8 @@
 #include "Format/Ifc/IfcWriteInfo.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include "Format/Ifc/IfcWriteFile.h"
 
@@ -19,6 +21,49 @@ std::size_t WriteInfoCommon::iEntityIdMark(const Entity& entity) {
     return number.iId;
 }
 
+bool WriteInfoCommon::boMet(const Entity& entity) const {
+    EntityIdMap::Near near;
+    const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(&entity, near);
+    if (known && known->boSeeded) return m_seenSeeded.boMarked(static_cast<std::uint32_t>(known->iId));
+    return m_seen.contains(&entity);
+}
+
+std::vector<const Entity*> WriteInfoCommon::metUnseeded() const {
+    std::vector<std::pair<std::size_t, const Entity*>> numbered;
+    for (const Entity* pEntity : m_seen) numbered.emplace_back(m_pEntityIdMap->get(pEntity).first, pEntity);
+    std::ranges::sort(numbered);
+    std::vector<const Entity*> entities;
+    for (const auto& [iId, pEntity] : numbered) entities.push_back(pEntity);
+    return entities;
+}
+
+std::vector<const Entity*> WriteInfoCommon::metByNumber() const {
+    std::vector<const Entity*> seeded = m_pEntityIdMap->seededOf(m_seenSeeded);
+    if (m_seen.empty()) return seeded;
+    const std::vector<const Entity*> others = metUnseeded();
+    std::vector<const Entity*> entities;
+    entities.reserve(seeded.size() + others.size());
+    std::ranges::merge(seeded, others, std::back_inserter(entities), {},
+                       [this](const Entity* pEntity) { return m_pEntityIdMap->get(pEntity).first; },
+                       [this](const Entity* pEntity) { return m_pEntityIdMap->get(pEntity).first; });
+    return entities;
+}
+
+std::vector<const Entity*> WriteInfoCommon::metByFile(std::span<const std::uint32_t> numbers) const {
+    std::vector<const Entity*> entities;
+    SeenNumbers placed;
+    SeenNumbers::Near near;
+    for (const std::uint32_t iNumber : numbers)
+        if (m_seenSeeded.boMarked(iNumber) && placed.boMark(iNumber, near))
+            entities.push_back(m_pEntityIdMap->pSeededFromId(iNumber));
+    EntityIdMap::Near nearNumber;
+    for (const Entity* pEntity : metByNumber()) {
+        const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, nearNumber);
+        if (!number.boSeeded || !placed.boMarked(static_cast<std::uint32_t>(number.iId))) entities.push_back(pEntity);
+    }
+    return entities;
+}
+
 std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
     if (m_boSingleThreaded) return WriteInfoCommon::iEntityIdGet(pEntity);
     const std::lock_guard lock(m_mutex);
@@ -35,6 +80,15 @@ std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity, std::vector
     if (!number.boSeeded) lock.lock();   // bits need no lock
     if (boMark(pEntity, number, near)) found.push_back(pEntity);
     return number.iId;
+}
+
+bool StepWriteInfoCommon::boMeet(const Entity& entity, std::vector<const Entity*>& found, WalkNear& near) {
+    const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(&entity, near.number);
+    if (!known) return false;
+    std::unique_lock lock(m_mutex, std::defer_lock);
+    if (!known->boSeeded) lock.lock();
+    if (boMark(&entity, *known, near)) found.push_back(&entity);
+    return true;
 }
 
 bool StepWriteInfoCommon::boTake(std::vector<const Entity*>& found, std::vector<const Entity*>& share, bool& boActive,
@@ -78,6 +132,7 @@ void StepWriteInfoCommon::vStop() {
 }
 
 std::size_t StepWriteInfo::iEntityIdGet(const Entity* pEntity) {
+    if (m_ePass == Pass::Numbers) return pEntity ? m_pCommon->m_pEntityIdMap->number(pEntity, m_near.number).iId : 0;
     if (m_pCommon->m_boSingleThreaded) return m_pCommon->WriteInfoCommon::iEntityIdGet(pEntity);
     if (m_ePass == Pass::AtOnce) return m_pCommon->iEntityIdGet(pEntity);
     return m_pCommon->iEntityIdGet(pEntity, m_found, m_near);
@@ -92,7 +147,7 @@ void StepWriteInfo::vLineAdd() {
     }
     if (!m_block.empty()) m_block.push_back('\n');
     m_block.append(m_line);
-    if (m_block.size() >= iBlock) vBlockAdd();
+    if (m_block.size() >= iBlock && m_ePass == Pass::InBatches) vBlockAdd();
 }
 
 void StepWriteInfo::vBlockAdd() {

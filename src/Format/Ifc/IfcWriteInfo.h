@@ -15,6 +15,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <span>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -48,6 +49,15 @@ public:
     std::size_t iEntityIdGet(const Entity* pEntity);
     // The number of an entity that is composed right now: this run has met it, and need not queue it. One thread.
     std::size_t iEntityIdMark(const Entity& entity);
+    // Whether this run has met the entity. Once its threads have ended.
+    [[nodiscard]] bool boMet(const Entity& entity) const;
+    // All that this run has met, empty instances included. By number, and of two with one number first the one that
+    // the file gave it to; in the order of a list of numbers, with the others behind it by number. Once its threads
+    // have ended.
+    [[nodiscard]] std::vector<const Entity*> metByNumber() const;
+    [[nodiscard]] std::vector<const Entity*> metByFile(std::span<const std::uint32_t> numbers) const;
+    // Those of them whose numbers came with no file, by number.
+    [[nodiscard]] std::vector<const Entity*> metUnseeded() const;
 
     EntityIdMap* m_pEntityIdMap;              // the numbers of the Data; shared with later runs
     std::deque<const Entity*> m_queue;        // waiting to be composed
@@ -75,6 +85,8 @@ public:
     std::size_t iEntityIdGet(const Entity* pEntity);
     // The number, for a composing thread: what this run meets for the first time is put into "found".
     std::size_t iEntityIdGet(const Entity* pEntity, std::vector<const Entity*>& found, WalkNear& near);
+    // The same for an entity that has a number; false, and nothing done, for one that has none.
+    bool boMeet(const Entity& entity, std::vector<const Entity*>& found, WalkNear& near);
 
     // For a composing thread beside others. Queues "found", which is emptied, then waits for work and takes a share
     // of it. "boActive" is the thread's own, false at first. Calls "progress" for each entity taken, under the lock.
@@ -99,6 +111,7 @@ struct StepWriteInfo {
     enum class Pass : std::uint8_t {
         AtOnce,      // the ones go to the queue, the other to the writer, at once: nothing is lost with this object
         InBatches,   // both wait here for a while; for a thread of a walk, which hands them on in the end
+        Numbers,     // the walk is over: entities are asked for their numbers only
     };
 
     explicit StepWriteInfo(StepWriteInfoCommon& common, Pass ePass = Pass::AtOnce) noexcept

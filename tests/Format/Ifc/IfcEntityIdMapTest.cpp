@@ -54,6 +54,59 @@ TEST_F(SeededMap, ADealtNumberMayBeOneThatTheFileHas) {
     EXPECT_EQ(map.pSeededFromId(3), &info.slotGet(data, 3).entity);
 }
 
+TEST_F(SeededMap, DealsAboveTheHighestWhereToldSo) {
+    const Entity first;
+    const Entity second;
+    EXPECT_EQ(map.iHighest(), 0U);
+    for (const std::uint32_t iId : {9U, 2U, 40'000U, 33'000U}) map.vSeed(info.slotGet(data, iId), iId);
+    EXPECT_EQ(map.iHighest(), 40'000U);
+    EXPECT_EQ(map.get(&first).first, 5U);
+    map.vDealAbove();
+    EXPECT_EQ(map.iHighest(), 40'000U);
+    EXPECT_EQ(map.get(&first).first, 5U) << "who has a number keeps it";
+    EXPECT_EQ(map.get(&second).first, 40'001U);
+    EXPECT_EQ(map.iHighest(), 40'001U);
+    EXPECT_EQ(map.size(), 6U);
+    EXPECT_EQ(map.find(&second), 40'001U);
+}
+
+TEST_F(SeededMap, AnswersWithoutDealing) {
+    map.vSeed(info.slotGet(data, 7), 7);
+    map.vSeed(info.slotGet(data, 8), 8);
+    const Entity other;
+    EntityIdMap::Near near;
+    EXPECT_FALSE(map.known(&other, near));
+    EXPECT_EQ(map.size(), 2U);
+    for (int i = 0; i < 2; ++i)   // far, then near
+        for (const std::uint32_t iId : {7U, 8U}) {
+            const auto known = map.known(&info.slotGet(data, iId).entity, near);
+            ASSERT_TRUE(known);
+            EXPECT_EQ(known->iId, iId);
+            EXPECT_TRUE(known->boSeeded);
+            EXPECT_FALSE(known->boNew);
+        }
+    EXPECT_FALSE(map.known(&info.slotGet(data, 9).entity, near)) << "near, but not defined";
+    static_cast<void>(map.get(&other));
+    const auto known = map.known(&other, near);
+    ASSERT_TRUE(known);
+    EXPECT_EQ(known->iId, 3U);
+    EXPECT_FALSE(known->boSeeded);
+}
+
+TEST_F(SeededMap, GivesSeededEntitiesByTheirNumbers) {
+    SeenNumbers seen;
+    SeenNumbers::Near near;
+    EXPECT_TRUE(map.seededOf(seen).empty());
+    std::vector<const Entity*> expected;
+    for (const std::uint32_t iId : {0U, 1U, 32'767U, 32'768U, 100'000U, 50'000'000U}) {
+        map.vSeed(info.slotGet(data, iId), iId);
+        if (iId == 1) continue;   // not seen
+        seen.boMark(iId, near);
+        expected.push_back(&info.slotGet(data, iId).entity);
+    }
+    EXPECT_EQ(map.seededOf(seen), expected);
+}
+
 // Wherever the last entity was found, the next one gets its own number.
 TEST_F(SeededMap, NumbersDoNotDependOnTheLastOne) {
     for (const std::uint32_t iId : {1U, 32'767U, 32'768U, 100'000U, 50'000'000U}) map.vSeed(info.slotGet(data, iId), iId);

@@ -17,7 +17,16 @@ TEST(SeenNumbers, AnswerOnceForEachNumber) {
                                            4294934527, 4294934528, 4294967294U, 4294967295U};
     SeenNumbers seen;
     SeenNumbers::Near near;
-    for (const std::uint32_t iNumber : g_numbers) EXPECT_TRUE(seen.boMark(iNumber, near)) << iNumber;
+    for (const std::uint32_t iNumber : g_numbers) {
+        EXPECT_FALSE(seen.boMarked(iNumber)) << iNumber;
+        EXPECT_TRUE(seen.boMark(iNumber, near)) << iNumber;
+        EXPECT_TRUE(seen.boMarked(iNumber)) << iNumber;
+    }
+    EXPECT_FALSE(seen.boMarked(2));
+    EXPECT_FALSE(seen.boMarked(65));
+    std::vector<std::uint32_t> visited;
+    seen.vForEach([&visited](std::uint32_t iNumber) { visited.push_back(iNumber); });
+    EXPECT_EQ(visited, std::vector<std::uint32_t>(std::begin(g_numbers), std::end(g_numbers)));
     for (const std::uint32_t iNumber : g_numbers) EXPECT_FALSE(seen.boMark(iNumber, near)) << iNumber;
     for (const std::uint32_t iNumber : g_numbers) {
         SeenNumbers::Near fresh;

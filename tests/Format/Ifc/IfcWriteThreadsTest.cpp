@@ -103,12 +103,17 @@ TEST(WriteThreads, AreNoneInASingleThreadedWrite) {
     std::thread([] {}).join();
     const std::size_t iBefore = iThreadsNow();
     const ReadFileModel model(sSmallFile(30), true, schemaIs(smallSchema()));
-    std::size_t iCalls = 0;
-    fileOf(model.file, true, [&](unsigned) {
-        EXPECT_EQ(iThreadsNow(), iBefore);
-        ++iCalls;
-    });
-    EXPECT_EQ(iCalls, 91U);
+    for (const WriteOrder eOrder : {WriteOrder::Any, WriteOrder::Number}) {
+        std::size_t iCalls = 0;
+        fileOf(model.file, {.boSingleThreaded = true,
+                            .progress =
+                                [&](unsigned) {
+                                    EXPECT_EQ(iThreadsNow(), iBefore);
+                                    ++iCalls;
+                                },
+                            .eOrder = eOrder});
+        EXPECT_EQ(iCalls, eOrder == WriteOrder::Any ? 91U : 1U);
+    }
 }
 
 // Sorting looks at the type of each entity, which is an inside fault where there is none.
@@ -238,15 +243,29 @@ TEST(WriteThreads, EndWhenProgressThrows) {
     };
     const ReadFileModel model(sSmallFile(700), true, schemaIs(smallSchema()));
     const Data& data = model.file.data();
-    WaitingWriter writer;
-    WriteError errors;
-    StepWriteInfoCommon info(data.entityIdMap(false), errors, writer, false);
-    for (const Entity* pEntity : data.entities()) info.iEntityIdGet(pEntity);
-    const auto progress = [&writer](unsigned) {
-        writer.m_thrown.set_value();
-        throw std::runtime_error("enough");
-    };
-    EXPECT_THROW(data.vWrite(info, progress), std::runtime_error);
+    for (const WriteOrder eOrder : {WriteOrder::Any, WriteOrder::Number}) {
+        WaitingWriter writer;
+        if (eOrder != WriteOrder::Any) writer.m_thrown.set_value();   // lines come in turn: nobody may wait
+        WriteError errors;
+        StepWriteInfoCommon info(data.entityIdMap(false), errors, writer, false);
+        for (const Entity* pEntity : data.entities()) info.iEntityIdGet(pEntity);
+        bool boThrown = false;
+        const auto progress = [&](unsigned) {
+            if (eOrder == WriteOrder::Any) writer.m_thrown.set_value();
+            boThrown = true;
+            throw std::runtime_error("enough");
+        };
+        if (eOrder == WriteOrder::Any) {
+            EXPECT_THROW(data.vWrite(info, progress), std::runtime_error);
+        } else {
+            try {
+                data.vWriteWith(info, {.progress = progress, .eOrder = eOrder});
+                EXPECT_FALSE(boThrown) << "the caller's thread may find nothing to do";
+            } catch (const std::runtime_error&) {
+                EXPECT_TRUE(boThrown);
+            }
+        }
+    }
 }
 
 TEST(WriteThreads, CountWhatTheyTakeWithoutProgressToo) {
@@ -276,12 +295,15 @@ TEST(WriteThreads, WriteNothingBehindAFaultOfTheStream) {
         }
     };
     const ReadFileModel model(sSmallFile(3000), true, schemaIs(smallSchema()));
-    for (const bool boSingleThreaded : {true, false}) {
+    for (const WriteOptions& options :
+         {WriteOptions{}, WriteOptions{.boSingleThreaded = true}, WriteOptions{.eOrder = WriteOrder::Number},
+          WriteOptions{.boSingleThreaded = true, .eOrder = WriteOrder::Number}}) {
         Stumbling bytes;
         std::ostream out(&bytes);
         out.exceptions(std::ios::badbit);
         WriteError errors;
-        EXPECT_THROW(static_cast<void>(model.file.data().boWrite(out, errors, boSingleThreaded)), std::runtime_error);
+        EXPECT_THROW(static_cast<void>(WriteFile::boWrite(model.file.data(), nullptr, out, errors, options)),
+                     std::runtime_error);
         EXPECT_EQ(bytes.m_iBehind, 0);
     }
 }
@@ -299,11 +321,12 @@ TEST(WriteFile, FlushesEachLineOfTheFrame) {
     const std::string sHead = "ISO-10303-21;\n";
     const std::string sData = sHead + model.file.header().writeToString() + "DATA;\n";
     const std::string sEnd = sData + g_sProject + "\nENDSEC;\n";
-    for (const bool boSingleThreaded : {true, false}) {
+    for (const WriteOptions& options :
+         {WriteOptions{}, WriteOptions{.boSingleThreaded = true}, WriteOptions{.eOrder = WriteOrder::Number}}) {
         Flushed bytes;
         std::ostream out(&bytes);
         WriteError errors;
-        EXPECT_TRUE(model.file.boWrite(out, errors, {}, boSingleThreaded));
+        EXPECT_TRUE(model.file.boWrite(out, errors, options));
         for (const std::string& sText : {sHead, sData, sEnd, sEnd + "END-ISO-10303-21;\n"})
             EXPECT_EQ(std::ranges::count(bytes.m_texts, sText), 1) << sText;
     }

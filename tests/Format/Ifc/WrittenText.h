@@ -61,6 +61,15 @@ inline Written entityOf(const Data& data, const Entity* pEntity, bool boSingleTh
         [&](auto& out, auto& errors) { return data.boWrite(pEntity, out, errors, boSingleThreaded); });
 }
 
+// A whole file, with options.
+inline Written fileOf(const File& file, const WriteOptions& options) {
+    return written([&](auto& out, auto& errors) { return file.boWrite(out, errors, options); });
+}
+// The statements of one entity and what it reaches, or of all for null, with options.
+inline Written dataOf(const Data& data, const WriteOptions& options, const Entity* pEntity = nullptr) {
+    return written([&](auto& out, auto& errors) { return WriteFile::boWrite(data, pEntity, out, errors, options); });
+}
+
 // Keeps what it gets, and which threads brought it.
 struct RecordingWriter : IfcLineWriterInterface {
     std::vector<std::pair<std::string, unsigned>> m_lines;   // guarded by m_mutex
