@@ -89,7 +89,7 @@ std::vector<MoveRow> moveRows() {
          "0);\n",
          {"#1=IFCOWNERHISTORY(#10,#12,$,.MODIFIED.,$,$,$,0);", "#2=IFCOWNERHISTORY(#10,#12,$,$,$,$,$,0);"},
          "values that have no place in IFC2X3:\n           1  IFCOWNERHISTORY.ChangeAction\n"
-         "oxaifc: standard output: The mandatory attribute ChangeAction has no value.\n"},
+         "oxaifc: standard output: #2 IfcOwnerHistory: The mandatory attribute ChangeAction has no value.\n"},
         {"a type of a select's value that is gone",
          "IFC4",
          "IFC2X3",
@@ -141,7 +141,7 @@ std::vector<MoveRow> moveRows() {
          "#1=IFCSITE('2cp60asVrO3R4Q9IgcHKIk',$,$,$,$,$,$,$,.ELEMENT.,$,$,$,$,$);\n",
          {"#1=IFCSITE('2cp60asVrO3R4Q9IgcHKIk',$,$,$,$,$,$,$,.ELEMENT.,$,$,$,$,$);"},
          "mandatory in IFC2X3 and without a value:\n           1  IFCSITE.OwnerHistory\n"
-         "oxaifc: standard output: The mandatory attribute OwnerHistory has no value.\n"},
+         "oxaifc: standard output: #1 IfcSite: The mandatory attribute OwnerHistory has no value.\n"},
         {"the project itself",
          "IFC4",
          "IFC4X3_ADD2",

@@ -14,6 +14,7 @@
 #include "oxaifc/Output.h"
 #include "oxaifc/Progress.h"
 #include "oxaifc/ReadDiagnosis.h"
+#include "oxaifc/StatementScan.h"
 #include "oxaifc/XmlDocument.h"
 #include "platform/Localization.h"
 #include "provider/SchemaLoader.h"
@@ -67,7 +68,13 @@ Model::Model(const ModelOptions& options, bool boKeepIds)
                            iAll ? fmt::format("{} %", iRead * 100 / iAll) : sGrouped(iRead) + " bytes");
     });
     const auto start = std::chrono::steady_clock::now();
-    m_boOk = boRead(input.stream(), boKeepIds, options.boSingleThreaded, progress.function());
+    if (options.boStatementOrder) {
+        StatementScan scan(input.stream());
+        m_boOk = boRead(scan.stream(), boKeepIds, options.boSingleThreaded, progress.function());
+        m_statementNumbers = std::move(scan.numbers());
+    } else {
+        m_boOk = boRead(input.stream(), boKeepIds, options.boSingleThreaded, progress.function());
+    }
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     m_iBytes = input.iFinish();
     if (!m_boOk) vDiagnose(input, std::move(diagnosis));

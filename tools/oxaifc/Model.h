@@ -26,6 +26,7 @@ struct ModelOptions {
     std::string sPath;   // "-" is standard input
     std::vector<std::string> schemaPaths;
     bool boSingleThreaded = false;
+    bool boStatementOrder = false;   // note in which order statements stand
 
     // Adds them to a verb, the file under this name. This object must live until the command line is parsed.
     void vDeclare(CLI::App& command, const char* pFileName = "FILE");
@@ -73,6 +74,8 @@ public:
     [[nodiscard]] bool boOk() const noexcept { return m_boOk; }
     // Whether the entities have the numbers of the file.
     [[nodiscard]] bool boIdsKept() const noexcept { return m_boIdsKept; }
+    // The numbers of the file's statements as they stand, where that was asked for; of ifcXML none.
+    [[nodiscard]] const std::vector<std::uint32_t>& statementNumbers() const noexcept { return m_statementNumbers; }
     // The exit code for a verb that has done its work.
     [[nodiscard]] int iExitCode() const;
     // How long the read took, opening aside.
@@ -98,6 +101,7 @@ private:
     bool m_boIdsKept;
     bool m_boXml;
     bool m_boOk = false;
+    std::vector<std::uint32_t> m_statementNumbers;
     double m_seconds = 0;
     std::uint64_t m_iBytes = 0;
 };

@@ -1,9 +1,13 @@
 #include "oxaifc/ModelWrite.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <map>
 #include <mutex>
+#include <optional>
+#include <set>
+#include <string_view>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -38,6 +42,48 @@ std::string sNumbers(const std::vector<std::size_t>& numbers) {
 
 void vSay(std::string_view text) { std::fputs(fmt::format("oxaifc: {}\n", text).c_str(), stderr); }
 
+// Whose statement a record belongs to: "#12=IFCWALL('...". Nobody's: no number.
+struct Instance {
+    std::optional<std::uint32_t> iId;
+    std::string_view keyword;
+};
+Instance instanceOf(const ifc::ErrorRecord& record) {
+    const std::string_view text = record.lineString ? std::string_view(*record.lineString) : std::string_view();
+    const std::size_t iEqual = text.find('=');
+    std::int64_t iId = 0;
+    const char* const pEnd = text.data() + std::min(iEqual, text.size());
+    if (!text.starts_with('#') || iEqual == std::string_view::npos ||
+        std::from_chars(text.data() + 1, pEnd, iId).ptr != pEnd)
+        return {};
+    return {static_cast<std::uint32_t>(iId), text.substr(iEqual + 1, text.find('(', iEqual) - iEqual - 1)};
+}
+
+// The texts of the read, with the numbers that their instances have now.
+std::set<std::pair<std::uint32_t, std::string_view>> toldWhileReading(const Model& model) {
+    std::set<std::pair<std::uint32_t, std::string_view>> told;
+    const ifc::EntityIdMap& numbers = model.data().entityIdMap(false);
+    for (const ifc::ErrorRecord& record : model.errors()) {
+        std::optional<std::uint32_t> iId;
+        if (record.entity) {
+            if (const std::optional<std::size_t> iNumber = numbers.find(record.entity))
+                iId = static_cast<std::uint32_t>(*iNumber);
+        } else if (model.boIdsKept()) {
+            iId = instanceOf(record).iId;
+        }
+        if (iId) told.emplace(*iId, record.description);
+    }
+    return told;
+}
+
+// "#12 IfcWall: what is wrong".
+std::string sTold(const ifc::ErrorRecord& record, const Model& model) {
+    const Instance instance = instanceOf(record);
+    if (!instance.iId) return record.description;
+    const auto* pType = model.data().pEntitySchemaFromName(ifc::def::schema::ObjectName(instance.keyword));
+    return fmt::format("#{} {}: {}", *instance.iId, pType ? pType->sName : std::string(instance.keyword),
+                       record.description);
+}
+
 const ifc::ErrorRecord* pFirstFatal(const Model& model) {
     const auto& records = model.errors();
     const auto itFatal = std::find_if(records.begin(), records.end(), [](const ifc::ErrorRecord& record) {
@@ -52,6 +98,19 @@ void WriteOptions::vDeclareOut(CLI::App& command) {
     command.add_option("OUT", sOut, "the file to write, which may be IN; - for standard output")
         ->required()
         ->type_name("");
+    command
+        .add_option_function<std::string>(
+            "--order",
+            [this](const std::string& sName) {
+                eOrder = sName == "any"    ? ifc::WriteOrder::Any
+                         : sName == "file" ? ifc::WriteOrder::File
+                                           : ifc::WriteOrder::Number;
+                boStatementOrder = eOrder == ifc::WriteOrder::File;
+            },
+            "how the statements of STEP stand: number (without this option), as their numbers rise; file, as in IN, "
+            "with new ones behind; any, as they come")
+        ->check(CLI::IsMember({"number", "file", "any"}))
+        ->type_name("X");
     command.footer(
         "OUT is replaced as a whole or not at all. Exit code: 0 fine, 1 the read or the write had errors "
         "(OUT is written, and they are told), 2 unreadable, not to be written or wrong usage (OUT is as "
@@ -63,24 +122,23 @@ void WriteOptions::vDeclareFormat(CLI::App& command, std::vector<FileForm> writt
     vFormatDeclare(command, sFormat, forms);
 }
 
-// Statements as they are composed, to the stream, with a list of their numbers.
+// Statements as they are composed, to the stream.
 class ModelWrite::Statements final : public ifc::io::IfcLineWriterInterface {
 public:
-    Statements(std::ostream& out, std::vector<std::uint32_t>& numbers) : m_out(out), m_numbers(numbers) {}
+    explicit Statements(std::ostream& out) : m_out(out) {}
 
-    std::size_t iLineAdd(std::string& line, unsigned iId) override {
+    std::size_t iLineAdd(std::string& lines, unsigned) override {
         const std::lock_guard lock(m_mutex);
-        m_out.write(line.data(), static_cast<std::streamsize>(line.size()));
-        m_out.put('\n');
-        m_numbers.push_back(iId);
-        return m_numbers.size();
+        lines.push_back('\n');
+        m_out.write(lines.data(), static_cast<std::streamsize>(lines.size()));
+        return 0;
     }
     void vFinish() override {}
+    [[nodiscard]] std::size_t iBlockSize() const noexcept override { return 32768; }
 
 private:
     std::mutex m_mutex;
-    std::ostream& m_out;                     // guarded by m_mutex
-    std::vector<std::uint32_t>& m_numbers;   // guarded by m_mutex
+    std::ostream& m_out;   // guarded by m_mutex
 };
 
 ModelWrite::ModelWrite(const WriteOptions& options)
@@ -117,7 +175,7 @@ void ModelWrite::vStatementsWrite(Model& model, const ifc::Entity* pRoot) {
     const bool boGuard = model.boIdsKept() && !model.errors().empty();
     const std::size_t iBefore = boGuard ? data.iIdFromEntity(before) : 0;
     {
-        Statements writer(m_target.stream(), m_written);
+        Statements writer(m_target.stream());
         const auto pInfo = std::make_unique<ifc::StepWriteInfoCommon>(data.entityIdMap(false), *m_pErrors,
                                                                       writer, m_options.boSingleThreaded);
         if (pRoot)
@@ -129,7 +187,13 @@ void ModelWrite::vStatementsWrite(Model& model, const ifc::Entity* pRoot) {
                                sGrouped(iTaken), sGrouped(iAll));
         });
         // A walk without a first entity would never end.
-        if (pRoot || !data.entities().empty()) data.vWrite(*pInfo, progress.function());
+        if (pRoot || !data.entities().empty())
+            data.vWriteWith(*pInfo, {.progress = progress.function(),
+                                     .eOrder = m_options.eOrder,
+                                     .fileNumbers = model.statementNumbers(),
+                                     .boTellNumbersTwice = true});
+        for (const ifc::Entity* pEntity : data.entities())
+            if (pInfo->boMet(*pEntity)) m_written.push_back(static_cast<std::uint32_t>(data.iIdFromEntity(*pEntity)));
     }
     std::sort(m_written.begin(), m_written.end());
     const std::size_t iBehind = boGuard ? data.iIdFromEntity(behind) : 0;
@@ -267,13 +331,20 @@ int ModelWrite::iTell(const Model& model) const {
     if (!model.errors().empty())
         vSay(fmt::format("{}: {} while reading; oxaifc check tells them", sPrintable(model.sName()),
                          sCounted(model.errors().size(), "error")));
-    const auto& records = m_pErrors->records();
-    for (std::size_t i = 0; i < std::min(records.size(), g_iMostTold); ++i)
-        vSay(fmt::format("{}: {}", sPrintable(m_target.sName()), sPrintable(records[i].description)));
-    if (records.size() > g_iMostTold)
-        vSay(fmt::format("{}: {} more", sPrintable(m_target.sName()),
-                         sCounted(records.size() - g_iMostTold, "error")));
-    return records.empty() && !iLeftOut(ifc::Errors::Value) ? model.iExitCode() : g_iExitErrors;
+    if (m_pErrors->records().empty()) return iLeftOut(ifc::Errors::Value) ? g_iExitErrors : model.iExitCode();
+    const auto told = toldWhileReading(model);
+    std::vector<std::pair<std::optional<std::uint32_t>, const ifc::ErrorRecord*>> news;
+    for (const ifc::ErrorRecord& record : m_pErrors->records()) {
+        const std::optional<std::uint32_t> iId = instanceOf(record).iId;
+        if (!iId || !told.contains({*iId, record.description})) news.emplace_back(iId, &record);
+    }
+    // Threads report in any order.
+    std::stable_sort(news.begin(), news.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (std::size_t i = 0; i < std::min(news.size(), g_iMostTold); ++i)
+        vSay(fmt::format("{}: {}", sPrintable(m_target.sName()), sPrintable(sTold(*news[i].second, model))));
+    if (news.size() > g_iMostTold)
+        vSay(fmt::format("{}: {} more", sPrintable(m_target.sName()), sCounted(news.size() - g_iMostTold, "error")));
+    return g_iExitErrors;
 }
 
 bool ModelWrite::boWritten(const Model& model, const ifc::Entity& entity) const {

@@ -23,6 +23,7 @@ struct WriteOptions : ModelOptions {
     std::string sOut;      // "-" is standard output
     std::string sFormat;   // the form's word; empty: OUT's name decides
     std::vector<FileForm> forms;   // that the verb writes
+    ifc::WriteOrder eOrder = ifc::WriteOrder::Number;
 
     // Adds IN, FILE's name here, and the options of a read.
     void vDeclareIn(CLI::App& command) { vDeclare(command, "IN"); }
@@ -43,8 +44,8 @@ public:
     // What the name of OUT or --format asks for.
     [[nodiscard]] FileForm form() const noexcept { return m_eForm; }
 
-    // Each writes one file, with the numbers of the model. "pRoot" and what it reaches over references and
-    // inverse lists, or everything for null. Nothing at all to write is no failure.
+    // Each writes one file, with the numbers of the model and in the order that was asked for. "pRoot" and what it
+    // reaches over references and inverse lists, or everything for null. Nothing at all to write is no failure.
     void vExchangeWrite(Model& model,
                         const ifc::Entity* pRoot);   // ISO 10303-21; ifcXML, from the project on
     void vSimpleWrite(Model& model, const ifc::Entity* pRoot);     // the simple text form
@@ -54,7 +55,8 @@ public:
 
     // Tells on standard error what ifcXML left out, each entity by its number.
     void vXmlLeftOutTell(const Model& model) const;
-    // Tells the errors of the read and the write on standard error. The exit code of the verb.
+    // Tells the errors of the read and the write on standard error, those of the write with their instances, and
+    // without those that the read told of the same instance. The exit code of the verb.
     int iTell(const Model& model) const;
     // True for an entity with a statement in OUT; not for ifcXML.
     [[nodiscard]] bool boWritten(const Model& model, const ifc::Entity& entity) const;

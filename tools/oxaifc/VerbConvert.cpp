@@ -68,7 +68,10 @@ int iConvert(const ConvertOptions& options) {
     ModelWrite write(options);
     if (options.boAll && write.boXml())
         throw Failure("convert: ifcXML holds what the project reaches, so --all and ifcXML don't go together");
-    Model model(options, !options.boRenumber);
+    // New numbers follow the walk, and the walk the inverse lists, whose order several reading threads don't keep.
+    ModelOptions read = options;
+    read.boSingleThreaded = read.boSingleThreaded || options.boRenumber;
+    Model model(read, !options.boRenumber);
     const SchemaMove move = pSchema ? schemaMove(model.file(), *pSchema) : SchemaMove();
     const ifc::Entity* pProject = model.data().pProject();
     if (!pProject && !options.boAll && !write.boXml() && model.boOk())
