@@ -88,9 +88,14 @@ private:
 
 ProgramRun runProgram(const std::vector<std::string>& words, std::string_view standardInput,
                       OutputKind eOutput) {
+    return runProgramAt(OXAIFC_PROGRAM, words, standardInput, eOutput);
+}
+
+ProgramRun runProgramAt(const std::string& sProgram, const std::vector<std::string>& words,
+                        std::string_view standardInput, OutputKind eOutput) {
     const TestFolder folder;
     const Streams streams(folder, standardInput, eOutput);
-    std::vector<std::string> all{OXAIFC_PROGRAM};
+    std::vector<std::string> all{sProgram};
     all.insert(all.end(), words.begin(), words.end());
     std::vector<char*> pointers;
     for (std::string& sWord : all) pointers.push_back(sWord.data());
@@ -98,7 +103,7 @@ ProgramRun runProgram(const std::vector<std::string>& words, std::string_view st
 
     ProgramRun run;
     pid_t iProcess = 0;
-    if (posix_spawn(&iProcess, OXAIFC_PROGRAM, streams.pActions(), nullptr, pointers.data(), environ) != 0)
+    if (posix_spawn(&iProcess, sProgram.c_str(), streams.pActions(), nullptr, pointers.data(), environ) != 0)
         return run;
     if (eOutput == OutputKind::Terminal) run.sOut = streams.sOut();
     int iStatus = 0;

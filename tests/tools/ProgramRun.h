@@ -36,6 +36,10 @@ struct ProgramRun {
                                     std::string_view standardInput = {},
                                     OutputKind eOutput = OutputKind::File);
 
+// The same for another program, by its path.
+[[nodiscard]] ProgramRun runProgramAt(const std::string& sProgram, const std::vector<std::string>& words,
+                                      std::string_view standardInput = {}, OutputKind eOutput = OutputKind::File);
+
 // A folder of its own for one test, removed with all that is in it.
 class TestFolder {
 public:
