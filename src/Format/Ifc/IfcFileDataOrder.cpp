@@ -89,7 +89,8 @@ public:
 
 private:
     static constexpr std::size_t g_iShare = 256;   // some ten thousand bytes of text
-    static constexpr std::size_t g_iAhead = 16;    // texts that may wait for one that is late
+    // Texts that may wait for one that is late, some megabytes: on a busy machine a thread may rest for long.
+    static constexpr std::size_t g_iAhead = 128;
 
     struct Text {
         std::string block;

@@ -486,6 +486,16 @@ TEST(StringPool, IsAStackThatSwapsTexts) {
     EXPECT_EQ(pool.take(text), ThreadStringPool::Take::Finished);
 }
 
+TEST(StringPool, GivesTheOnlyTextToWhoWaits) {
+    ThreadStringPool pool;
+    std::string text = "one";
+    EXPECT_EQ(pool.iLineAdd(text, 1), 1U);
+    EXPECT_TRUE(pool.boTakeWait(text));
+    EXPECT_EQ(text, "one");
+    pool.vFinish();
+    EXPECT_FALSE(pool.boTakeWait(text));
+}
+
 TEST(StringPool, HasAProducerWaitWhenItIsFull) {
     ThreadStringPool pool;
     std::string text;

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 
 #include "AssertLog.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
@@ -205,6 +207,32 @@ TEST(WriteOrder, WritesStatementByStatementWhereTheWriterWantsThat) {
     }
 }
 
+// Who is far ahead waits for who is late: its text has no place yet.
+TEST(WriteOrder, HoldsBackWhatComesTooEarly) {
+    struct SlowWriter final : IfcLineWriterInterface {
+        std::string m_text;
+        std::size_t iLineAdd(std::string& lines, unsigned) override {
+            if (m_text.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(500));
+            m_text.append(lines).push_back('\n');
+            return 0;
+        }
+        void vFinish() override {}
+        [[nodiscard]] std::size_t iBlockSize() const noexcept override { return 1000; }
+    };
+    constexpr int g_iPoints = 256 * 160;
+    std::string statements;
+    for (int i = 1; i <= g_iPoints; ++i) statements += '#' + std::to_string(i) + "=IFCPOINT((1.));\n";
+    const ReadFileModel model = modelOf(statements);
+    for (const bool boSingleThreaded : g_threads) {
+        SlowWriter writer;
+        WriteError errors;
+        StepWriteInfoCommon info(model.file.data().entityIdMap(false), errors, writer, boSingleThreaded);
+        for (const Entity* pEntity : model.file.data().entities()) info.iEntityIdGet(pEntity);
+        model.file.data().vWriteWith(info, {.eOrder = WriteOrder::Number});
+        EXPECT_TRUE(writer.m_text == statements) << writer.m_text.size() << " bytes of " << statements.size();
+    }
+}
+
 TEST(WriteOrder, TellsHowFarItIs) {
     const ReadFileModel model(sSmallFile(700), true, schemaIs(smallSchema()));
     for (const bool boSingleThreaded : g_threads) {
@@ -285,6 +313,7 @@ TEST(WriteNumbers, ANewOneMayBeOneThatTheFileHas) {
     static_cast<void>(data.pEntityCreate(ObjectName("IFCPOINT")));
     Lines lines = linesOf(dataOf(data).text);
     EXPECT_THAT(lines, ElementsAre("#1=IFCPOINT((1.));", "#3=IFCPOINT((3.));", "#3=IFCPOINT($);"));
+    constexpr std::uint32_t g_numbers[] = {1, 3};
     const Lines told = {"Error Identifier 3 Error_NumberWrittenTwice | #3=IFCPOINT($);"};
     for (const WriteOrder eOrder : {WriteOrder::Any, WriteOrder::Number, WriteOrder::File})
         for (const bool boSingleThreaded : g_threads)
@@ -294,6 +323,7 @@ TEST(WriteNumbers, ANewOneMayBeOneThatTheFileHas) {
                 EXPECT_TRUE(WriteFile::boWrite(data, nullptr, out, errors,
                                                {.boSingleThreaded = boSingleThreaded,
                                                 .eOrder = eOrder,
+                                                .fileNumbers = g_numbers,
                                                 .boTellNumbersTwice = boTell}));
                 if (eOrder != WriteOrder::Any) {
                     EXPECT_EQ(linesOf(out.str()), lines) << "the file's own first";

@@ -203,6 +203,8 @@ TEST(WriteThreads, WriteEntitiesWithoutNumbersOnce) {
     for (int i = 0; i < 20; ++i) {
         static_cast<void>(model.file.data().entityIdMap(true));
         EXPECT_EQ(numbersOf(linesOf(fileOf(model.file, false).text)), numbersUpTo(1 + 3 * g_iGroups));
+        EXPECT_EQ(numbersOf(linesOf(fileOf(model.file, {.eOrder = WriteOrder::Number}).text)),
+                  numbersUpTo(1 + 3 * g_iGroups));
     }
 }
 
@@ -305,6 +307,23 @@ TEST(WriteThreads, WriteNothingBehindAFaultOfTheStream) {
         EXPECT_THROW(static_cast<void>(WriteFile::boWrite(model.file.data(), nullptr, out, errors, options)),
                      std::runtime_error);
         EXPECT_EQ(bytes.m_iBehind, 0);
+    }
+}
+
+// What is in a buffer until the end of the write can fail there, too.
+TEST(WriteThreads, TellAFaultOfTheLastBytes) {
+    struct Full final : std::streambuf {
+        std::streamsize xsputn(const char*, std::streamsize) override { throw std::runtime_error("disk full"); }
+    };
+    const ReadFileModel model = modelOf("#1=IFCPOINT((1.));");
+    for (const WriteOptions& options :
+         {WriteOptions{}, WriteOptions{.boSingleThreaded = true}, WriteOptions{.eOrder = WriteOrder::Number}}) {
+        Full bytes;
+        std::ostream out(&bytes);
+        out.exceptions(std::ios::badbit);
+        WriteError errors;
+        EXPECT_THROW(static_cast<void>(WriteFile::boWrite(model.file.data(), nullptr, out, errors, options)),
+                     std::runtime_error);
     }
 }
 
