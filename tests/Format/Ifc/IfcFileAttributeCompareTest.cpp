@@ -292,6 +292,17 @@ TEST(CompareCell, ListsOfReferencesMayHoldNulls) {
     }
 }
 
+// The same bytes as items of another type are another list.
+TEST(CompareCell, ListsOfOtherItemTypesAreUnequal) {
+    CompareReader reader;
+    const Value left = reader.value("IFCREALLIST", "(1.,2.)");
+    const Value right = reader.value("IFCREALLIST", "(1.,2.)");
+    EXPECT_TRUE(left.boEqual(right, false));
+    static_cast<AttributeList*>(right.pCell)->m_eItemType = AttributeType::Integer;
+    EXPECT_FALSE(left.boEqual(right, false));
+    EXPECT_FALSE(right.boEqual(left, false));
+}
+
 // Only the references of the cells in hand are compared by identity; those of the instances behind them by content.
 TEST(CompareCell, SameEntityIsAskedOfTheFirstReferencesAlone) {
     const auto pSchema = pSchemaOf(R"(

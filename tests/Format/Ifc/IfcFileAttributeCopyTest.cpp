@@ -276,6 +276,24 @@ TEST(CopyReference, WithoutAMapTheInstanceItself) {
     EXPECT_EQ(move.target.sShow(), "$ Entity null");
 }
 
+// The value behind the flag is none, whatever the target has become.
+TEST(CopyReference, AnUndefinedOneIsNotMapped) {
+    for (const char* sTo : {"Th", "Ch"}) {
+        SCOPED_TRACE(sTo);
+        Move move;
+        move.source.vRead("Th", "#5");
+        move.target.vRead(sTo, "$");
+        move.source.pCell->m_boUndefined = true;
+        move.mapEntity = [](Entity* pEntity) {
+            ADD_FAILURE() << "nothing is to be mapped";
+            return pEntity;
+        };
+        EXPECT_TRUE(move.boCopy());
+        EXPECT_TRUE(move.target.pCell->m_boUndefined);
+        EXPECT_FALSE(move.target.pCell->boHasValue());
+    }
+}
+
 // A map may have an instance for what was none.
 TEST(CopyReference, AMapIsAskedForNullToo) {
     const struct {
@@ -439,6 +457,7 @@ TEST(CopyList, ItemByItem) {
         {"set", "RealSet", "(1.,2.)", "RealSet", "$", true, "List 1[1, 2]"},
         {"integers", "Ints", "(1,-2)", "Ints", "(3)", true, "List 3[1, -2]"},
         {"texts", "Texts", "('a','')", "Texts", "('bcd','e','f')", true, "List 5['a', '']"},
+        {"texts side by side", "Texts", "('ab','','cde','f')", "Texts", "$", true, "List 5['ab', '', 'cde', 'f']"},
         {"binaries", "Blobs", "(\"0AB\",$)", "Blobs", "(\"0010203\",\"004\",\"005\")", true,
          "List 7[Binary [AB], $ Binary [04]]"},
         {"binaries into a new block", "Blobs", "(\"0AB\",*)", "Blobs", "$", true, "List 7[Binary [AB], * Binary null]"},
@@ -540,6 +559,16 @@ TEST(CopyList, SourceWithoutABlockIsRefused) {
         EXPECT_EQ(move.target.sShow(), row.sShown);
         EXPECT_EQ(trail.raised(), Trail{});
     }
+}
+
+// Only a list that was never filled takes its item type from the schema.
+TEST(CopyList, ABlockWithoutAnItemTypeIsRefused) {
+    Move move;
+    move.source.vRead("Reals", "(1.,2.)");
+    move.target.vRead("Reals", "(3.)");
+    move.target.cell<AttributeList>().m_eItemType = AttributeType::Unknown;
+    EXPECT_FALSE(move.boCopy());
+    EXPECT_EQ(move.target.sShow(), "$ List 0 not null");
 }
 
 TEST(CopyList, GuidsAndNullTexts) {

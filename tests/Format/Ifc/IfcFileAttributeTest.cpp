@@ -179,6 +179,16 @@ TEST(AttributeBase, AnAttributeWithoutATypeIsAnInsideFault) {
 }
 
 // What a parser asks of its token may lie behind the statement, which ends without a 0 byte.
+// It has no bytes either: what stands in its place is the next cell's, or the inverse block.
+TEST(AttributeBase, AnAttributeWithoutATypeLeavesTheMemoryAlone) {
+    const std::array<unsigned char, 8> before{9, 9, 9, 9, 9, 9, 9, 9};
+    std::array<unsigned char, 8> bytes = before;
+    AttributeBase::vAttributeUndefined(CellClass::Unresolved, bytes.data());
+    EXPECT_EQ(bytes, before);
+    AttributeBase::vAttributeUndefined(CellClass::Logical, bytes.data());
+    EXPECT_EQ(bytes, (std::array<unsigned char, 8>{0, 1, 1, 0, 9, 9, 9, 9})) << "the header, and no more";
+}
+
 TEST(AttributeBase, BehindTheStatementStandZeros) {
     StatementReader reader;
     StepReadInfoData info(".T", 1, reader.common);

@@ -561,6 +561,21 @@ TEST(EntityWalk, MeetsNothingInCellsThatHoldNothing) {
         select.m_pValue = row.pValue;
         EXPECT_EQ(iMet(select, CellClass::Select), 0);
     }
+    for (const bool boDerived : {false, true}) {   // a value behind the flag of the nested cell
+        AttributeEntity reference;
+        reference.m_value = setter.pEntity(5);
+        reference.m_boDerived = boDerived;
+        reference.m_boUndefined = !boDerived;
+        AttributeSelect select;
+        select.m_eType = AttributeType::Entity;
+        select.m_pValue = &reference;
+        EXPECT_EQ(iMet(select, CellClass::Select), 0);
+        reference.vDefined();
+        EXPECT_EQ(iMet(select, CellClass::Select), 1);
+    }
+    setter.vReadOne("Selects", "(#5,#6)");   // and behind the flag of an item
+    (*setter.cell<AttributeList>("Selects").pArray<AttributeSelect>())[0].m_boUndefined = true;
+    EXPECT_EQ(iMet(setter.cell<AttributeList>("Selects"), CellClass::List), 1);
     AttributeList list;
     for (const AttributeType eType : {AttributeType::Select, AttributeType::Entity}) {
         list.m_eItemType = eType;

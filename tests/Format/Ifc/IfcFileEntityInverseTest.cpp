@@ -110,6 +110,7 @@ const BuildRow g_buildRows[] = {
     {"a target of a type that no reference should have", "#1=IFCOTHER($);#2=IFCUSER(#1);", 1, "OtherChoosers",
      "none"},
     {"null", "#1=IFCTARGET($);#2=IFCUSER($);#3=IFCOWNER($);#4=IFCCHOOSER($);", 1, "Users", "none"},
+    {"a token that is no reference", "#1=IFCTARGET($);#2=IFCUSER(5);", 1, "Users", "none"},
     {"derived", "#1=IFCTARGET($);#2=IFCUSER(*);", 1, "Users", "none"},
     {"a list of lists is not walked",
      "#1=IFCTARGET($);#2=IFCTABLE(((#1),(#1)));",
@@ -214,6 +215,7 @@ TEST(InverseInit, WhatItsOwnerDoesNotListIsSkipped) {
     pOther->vAttributeInverseInit(reader.data);
     EXPECT_TRUE(log.texts().empty());
     EXPECT_EQ(pUsed->entitiesInverseFromIndex(0), std::vector<Entity*>{pUser}) << "the true one is served";
+    EXPECT_EQ(reader.sCells(*pUsed), "$ String null") << "and nothing beside the lists is written";
     EXPECT_EQ(pSpecial->entitiesInverseFromIndex(0), std::vector<Entity*>{pOther});
     EXPECT_EQ(pSpecial->entitiesInverseFromIndex(1), std::vector<Entity*>{pOther});
 }
