@@ -130,6 +130,8 @@ const TemplateRow g_templateRows[] = {
      "{{ 1 + 2 * 3 - 4 }} {{ 2 ^ 3 ^ 2 }} {{ (1 + 2) * (3 - 5) * 2 }} {{ not false and not (not true) }} "
      "{{ 1 < 2 and \"a\" in [\"a\"] or 3 == 4 }} {{ 8 / 2 / 2 }} {{ 7 % 4 % 2 }}",
      "3 512 -12 true true 2.0 1"},
+    {"a power of nothing is an integer", "{{ 2 ^ 0 }} {{ 2.0 ^ 0 }}", "1 1.0"},
+    {"a pipeline in a condition", "{% if filename | length == 1 %}a{% endif %}", "a"},
     {"a pipeline", "{{ \"aBc\" | upper | lower | capitalize | replace(\"A\", filename) | length }}", "3"},
     {"functions in every argument of functions",
      "{{ at(range(at([5, 4], first(range(3)))), length(upper(\"ab\" + filename)) - 2) }} "
@@ -477,6 +479,16 @@ TEST(ErrorReport, FilesAreIncludedFromTheWorkingFolder) {
                        "{% extends \"page\" %}{% block title %}{{ super() }}+{{ filename }}{% endblock %}")
                   .sText,
               "<none+x>");
+    EXPECT_EQ(
+        rendered(Errors(),
+                 "{% extends \"page\" %}{% block title %}{{ super(1) }}+{{ filename }}{% endblock %}")
+            .sText,
+        "<none+x>");
+    // A name that is known already leads to that file, wherever it stands.
+    folder.vFile("known", "k");
+    folder.vFile("sub/asks", "{% include \"known\" %}");
+    EXPECT_EQ(rendered(Errors(), "{% include \"known\" %}{% include \"sub/asks\" %}").sText, "kk");
+    vExpectFailure(Errors(), "{% include \"sub/asks\" %}", "");
     vExpectFailure(Errors(), "a{% include \"mod\" %}", "a");
     vExpectFailure(Errors(), "a{% include \"deep\" %}", "");
     vExpectFailure(Errors(), "a{% include \"sub\" %}", "");
