@@ -1,6 +1,7 @@
 // What every call of the program has in common: help, version, wrong calls, files that can't be read.
 
 #include <fstream>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -151,6 +152,12 @@ const FailRow g_wrongCalls[] = {
     {"an entity that does not exist",
      {"schema", "IFC4", "IfcPers0n"},
      "IFC4 has no entity or type IfcPers0n; did you mean IfcPerson?"},
+    {"a part of names, the nearest five",
+     {"schema", "IFC4", "Wall"},
+     "IFC4 has no entity or type Wall; did you mean IfcWall, IfcWallType, IfcCurtainWall, IfcWallTypeEnum, "
+     "IfcCurtainWallType?"},
+    {"three letters", {"schema", "IFC4", "Fan"}, "IFC4 has no entity or type Fan; did you mean IfcFan, IfcFanType, IfcFanTypeEnum?"},
+    {"two letters are part of too many", {"schema", "IFC4", "Fa"}, "IFC4 has no entity or type Fa"},
     {"an entity that nothing comes near", {"schema", "IFC4", "Qqqqqq"}, "IFC4 has no entity or type Qqqqqq"},
 };
 
@@ -215,6 +222,27 @@ TEST(Call, EmptyStandardInputIsUnreadable) {
         words.insert(words.end(), verb.behind.begin(), verb.behind.end());
         if (verb.pVerb == std::string_view("schema")) words = {verb.pVerb, "--file", "-"};
         vExpectFailure(runProgram(words), "standard input: is empty");
+    }
+}
+
+TEST(Call, FaultOfTheSystemIsToldInItsWords) {
+    if (!std::filesystem::exists("/proc/self/mem")) GTEST_SKIP() << "no file that can't be read at its begin";
+    for (const char* pVerb : {"info", "check", "header"})
+        vExpectFailure(runProgram({pVerb, "/proc/self/mem"}), "/proc/self/mem: Input/output error");
+}
+
+TEST(Call, OutputThatCannotBeWrittenIsOneLine) {
+    const std::string sHouse = sExample("house-ifc4.ifc");
+    const std::pair<std::vector<std::string>, const char*> calls[] = {
+        {{"info", sHouse}, "oxaifc: can't write the output: No space left on device\n"},
+        {{"schema", "IFC4", "--all"}, "oxaifc: can't write the output: No space left on device\n"},
+        {{"convert", sHouse, "-"}, "oxaifc: can't write standard output: No space left on device\n"},
+    };
+    for (const auto& [words, pError] : calls) {
+        SCOPED_TRACE(words.front());
+        const ProgramRun run = runProgram(words, {}, OutputKind::FullDisk);
+        EXPECT_EQ(run.iCode, 2);
+        EXPECT_EQ(run.sError, pError);
     }
 }
 

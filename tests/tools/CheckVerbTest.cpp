@@ -278,6 +278,33 @@ TEST(CheckVerb, TextOfTheFileCannotSteerATerminal) {
     EXPECT_NE(run.sOut.find("\n    #1=IFCMATERIAL($,'a?[2Jb c?2Jd',$);\n"), std::string::npos) << run.sOut;
 }
 
+TEST(CheckVerb, TwoErrorsAreSeveral) {
+    EXPECT_NE(runProgram({"check", "-"}, sExchangeFile("IFC4", "#4=IFCPOLYLINE((#5,#6));\n")).sOut.find(
+                  "standard input: 2 errors: 2 reference\n"),
+              std::string::npos);
+}
+
+TEST(CheckVerb, ShortTextEndsBetweenCharacters) {
+    const auto sOf = [](const std::string& sText) {
+        return runProgram({"check", "-"}, sExchangeFile("IFC4", "#1=IFCMATERIAL($,'" + sText + "',$);\n"),
+                          OutputKind::Terminal)
+            .sOut;
+    };
+    // 23 bytes stand around the text.
+    const std::string sMost(277, 'x');
+    EXPECT_NE(sOf(sMost).find("'" + sMost + "',$);"), std::string::npos);
+    EXPECT_NE(sOf(sMost + 'x').find(")... (301 bytes)"), std::string::npos);
+    std::string sUmlauts = "a";
+    for (int i = 0; i < 140; ++i) sUmlauts += "\xc3\xbc";
+    EXPECT_NE(sOf(sUmlauts + "\xc3\xbc").find("'" + sUmlauts + "... ("), std::string::npos);
+}
+
+TEST(CheckVerb, ControlCharactersAreShownAsOne) {
+    const ProgramRun run =
+        runProgram({"check", "-"}, sExchangeFile("IFC4", "#1=IFCMATERIAL($,'a\x7f\xc2\xa0z',$);\n"));
+    EXPECT_NE(run.sOut.find("'a?\xc2\xa0z'"), std::string::npos) << run.sOut;
+}
+
 TEST(CheckVerb, BytesOutsideUtf8StayValidJson) {
     const ProgramRun run =
         runProgram({"check", "-", "--json"}, sExchangeFile("IFC4", "#1=IFCMATERIAL($,'\xe4\xff',$);\n"));

@@ -446,6 +446,18 @@ TEST(ConvertXml, ReferenceThatTheDocumentDoesNotDefineBeforeIsAnError) {
     EXPECT_EQ(records[1]["message"], "The instance #9 is referred to, but not defined.");
 }
 
+// A number may have more than 32 bits; one of more than 63 is none.
+TEST(ConvertXml, LargeNumbersAreFoundAgain) {
+    const std::string sText = sDocument(
+        g_sProjectElement + "<IfcCartesianPoint id=\"i4294967296\"/><IfcPolyline id=\"i1\"><Points>"
+                            "<IfcCartesianPoint ref=\"i4294967296\"/></Points></IfcPolyline>"
+                            "<IfcPolyline id=\"i3\"><Points>"
+                            "<IfcCartesianPoint ref=\"i99999999999999999999\"/></Points></IfcPolyline>");
+    const Json records = runProgram({"check", "-", "--json"}, sText).json()["records"];
+    ASSERT_EQ(records.size(), 1U) << records;
+    EXPECT_EQ(records[0]["text"], "<IfcCartesianPoint ref=\"i99999999999999999999\"/>");
+}
+
 struct UnwrittenRow {
     const char* pRule;
     std::string sIn;

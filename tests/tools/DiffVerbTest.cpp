@@ -422,6 +422,74 @@ TEST(DiffVerb, LongWaysEnd) {
     EXPECT_TRUE(all[0].starts_with("~ #50001 HasProperties.HasProperties.")) << all[0];
 }
 
+// Sixty references on the way are still told one by one.
+TEST(DiffVerb, WaysOfSixtyReferencesAreTold) {
+    const auto chain = [](const char* pLast) {
+        Statements statements{{99, "IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,$,$,$,#1,$,$,$)"},
+                              {98, "IFCAXIS2PLACEMENT3D(#97,$,$)"},
+                              {97, std::string("IFCCARTESIANPOINT((") + pLast + ",0.))"}};
+        for (int i = 1; i < 60; ++i) statements[i] = "IFCLOCALPLACEMENT(#" + std::to_string(i + 1) + ",$)";
+        statements[60] = "IFCLOCALPLACEMENT($,#98)";
+        return sFile(statements);
+    };
+    std::string sPath = "ObjectPlacement";
+    for (int i = 1; i < 60; ++i) sPath += ".PlacementRelTo";
+    EXPECT_EQ(told(diff(chain("1."), chain("2.")), true),
+              std::vector<std::string>{"~ #99 " + sPath + ".RelativePlacement.Location.Coordinates: (1.,0.) -> (2.,0.)"});
+}
+
+TEST(DiffVerb, ListsStandInTheOrderOfNumbers) {
+    const auto wall = [](int i, const char* pName) {
+        const std::string sNumber = std::to_string(1000 + i);
+        return "IFCWALL('2cp60asVrO3R4Q9Igc" + sNumber + "',$," + pName + ",$,$,$,$,$,$)";
+    };
+    Statements before, after;
+    for (int i = 1; i <= 60; ++i) before[i] = wall(i, "'removed'");
+    for (int i = 61; i <= 120; ++i) before[i] = wall(i, "'old'"), after[i] = wall(i, "'new'");
+    for (int i = 121; i <= 180; ++i) after[i] = wall(i, "'added'");
+    const Json value = diff(sFile(before), sFile(after)).json();
+    int iNumber = 0;
+    for (const char* pList : {"removed", "changed", "added"})
+        for (const Json& entity : value[pList]) EXPECT_EQ(entity["number"], ++iNumber) << pList;
+    EXPECT_EQ(iNumber, 180);
+}
+
+// Of equal ones those with the lowest numbers are taken for the same, wherever they stand in the file.
+TEST(DiffVerb, SurplusIsThatOfTheHighestNumbers) {
+    const std::string sThree = sExchangeFile(
+        "IFC4", "#9=IFCMATERIAL('a',$,$);\n#3=IFCMATERIAL('a',$,$);\n#7=IFCMATERIAL('a',$,$);\n");
+    const std::string sOne = sExchangeFile("IFC4", "#1=IFCMATERIAL('a',$,$);\n");
+    EXPECT_EQ(told(diff(sThree, sOne)),
+              (std::vector<std::string>{"- #7 IFCMATERIAL('a',$,$)", "- #9 IFCMATERIAL('a',$,$)"}));
+    EXPECT_EQ(told(diff(sOne, sThree)),
+              (std::vector<std::string>{"+ #7 IFCMATERIAL('a',$,$)", "+ #9 IFCMATERIAL('a',$,$)"}));
+}
+
+// What refers to a changed shape is told with that; what refers to something else than before is told itself.
+TEST(DiffVerb, ReferrersAreToldWhereTheyThemselvesChanged) {
+    Statements before = base();
+    before[62] = "IFCPRESENTATIONLAYERASSIGNMENT('L',$,(#51,#54),$)";
+    before[63] = "IFCSTYLEDITEM(#42,(#61),'p')";
+    const auto aboutBoth = [](const std::vector<std::string>& all) {
+        return std::count_if(all.begin(), all.end(),
+                             [](const std::string& sLine) { return sLine.find(" #6") != std::string::npos; });
+    };
+    Statements shape = before;
+    shape[52] = "IFCEXTRUDEDAREASOLID(#53,$,#54,2600.)";
+    const std::vector<std::string> one = told(diff(sFile(before), sFile(shape)));
+    EXPECT_EQ(one, std::vector<std::string>{"~ #20 Representation.Representations[1].Items.Depth: 2500. -> 2600."});
+    Statements other = before;
+    other[63] = "IFCSTYLEDITEM(#47,(#61),'p')";
+    EXPECT_EQ(told(diff(sFile(before), sFile(other))).size(), 2U);
+    Statements added = before;
+    added[22] = "IFCWALL('3X5rmEjoXQ$f8Sn8KSdx0i',$,'Wall C',$,$,#81,$,$,$)";
+    added[81] = "IFCLOCALPLACEMENT($,#82)";
+    added[82] = "IFCAXIS2PLACEMENT3D(#83,$,$)";
+    added[83] = "IFCCARTESIANPOINT((9.,9.,9.))";
+    added[63] = "IFCSTYLEDITEM(#83,(#61),'p')";
+    EXPECT_EQ(aboutBoth(told(diff(sFile(before), sFile(added)))), 2);
+}
+
 TEST(DiffVerb, OneAttributeHasAHundredDifferencesAtMost) {
     Statements before{{9000, "IFCPROPERTYSET('1XxWclp6bOHAdQixVqmAPd',$,'P',$,())"}};
     Statements after = before;
@@ -454,6 +522,48 @@ TEST(DiffVerb, LongTextsAreCutAroundTheDifference) {
                              "... -> ..." + std::string(50, 'x') + "'\n"),
               std::string::npos)
         << text.sOut;
+}
+
+TEST(DiffVerb, TextsOfAHundredBytesStayWhole) {
+    const auto sNames = [](const std::string& sOld, const std::string& sNew) {
+        const auto sWall = [](const std::string& sName) {
+            return sFile({{1, "IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,'" + sName + "',$,$,$,$,$,$)"}});
+        };
+        const std::string sOut = diff(sWall(sOld), sWall(sNew), {}).sOut;
+        const std::size_t iName = std::min(sOut.find("Name: "), sOut.size());
+        return sOut.substr(iName, sOut.find('\n', iName) - iName);
+    };
+    const std::string sMost(97, 'x');   // and two quotes, and the letter that differs
+    EXPECT_EQ(sNames(sMost + 'a', sMost + 'b'), "Name: '" + sMost + "a' -> '" + sMost + "b'");
+    EXPECT_EQ(sNames(sMost + "xa", sMost + "xb"),
+              "Name: ..." + std::string(50, 'x') + "a' -> ..." + std::string(50, 'x') + "b'");
+    // No half characters at either end.
+    const auto sUmlauts = [](int iCount) {
+        std::string sText;
+        while (iCount--) sText += "\xc3\xbc";
+        return sText;
+    };
+    const std::string sOther = "\xc3\xa4";
+    EXPECT_EQ(sNames(sUmlauts(200), sUmlauts(100) + sOther + sUmlauts(99)),
+              "Name: ..." + sUmlauts(50) + "... -> ..." + sUmlauts(25) + sOther + sUmlauts(24) + "...");
+    EXPECT_EQ(sNames(sUmlauts(101), sOther + sUmlauts(100)),
+              "Name: '" + sUmlauts(50) + "... -> '" + sOther + sUmlauts(49) + "...");
+}
+
+TEST(DiffVerb, ValuesAreToldAsInAFile) {
+    const auto sValues = [](const char* pOld, const char* pNew) {
+        const auto sOf = [](const std::string& sValue) {
+            return sFile({{1, "IFCPROPERTYSET('1XxWclp6bOHAdQixVqmAPd',$,'P',$,(#2))"},
+                          {2, "IFCPROPERTYSINGLEVALUE('a',$," + sValue + ",$)"}});
+        };
+        return told(diff(sOf(pOld), sOf(pNew)));
+    };
+    const std::string sWhere = "~ #1 HasProperties.NominalValue: ";
+    EXPECT_EQ(sValues("IFCLOGICAL(.U.)", "IFCLOGICAL(.T.)"),
+              std::vector<std::string>{sWhere + "IFCLOGICAL(.U.) -> IFCLOGICAL(.T.)"});
+    EXPECT_EQ(sValues("IFCREAL(1.E-20)", "IFCREAL(2.5E30)"),
+              std::vector<std::string>{sWhere + "IFCREAL(1.E-20) -> IFCREAL(2.5E+30)"});
+    EXPECT_EQ(sValues("IFCLABEL('it''s')", "$"), std::vector<std::string>{sWhere + "IFCLABEL('it''s') -> $"});
 }
 
 TEST(DiffVerb, TextForPeople) {

@@ -167,6 +167,57 @@ TEST(InfoVerb, GlobalIdsAreCountedInEveryForm) {
     EXPECT_NE(text.sOut.find("GlobalIds             " + there["rooted"].dump() + "\n"), std::string::npos) << text.sOut;
 }
 
+// A null GUID is none.
+TEST(InfoVerb, NullGlobalIdsAreNotCounted) {
+    EXPECT_EQ(runProgram({"info", "-", "--json"},
+                         "Ifc file simple;\nIFC4;\n*;\n#1=IFCWALL('0000000000000000000000',$,$,$,$,$,$,$,$);\n"
+                         "#2=IFCWALL('3qt5KnRY9OSu4BNT4B7kwi',$,$,$,$,$,$,$,$);\n")
+                  .json()["rooted"],
+              1);
+}
+
+TEST(InfoVerb, InverseEntriesAreThoseOfAllLists) {
+    const Json value =
+        runProgram({"info", "-", "--json"},
+                   sExchangeFile("IFC4", "#1=IFCWALL('3qt5KnRY9OSu4BNT4B7kwi',$,$,$,$,$,$,$,$);\n"
+                                         "#2=IFCSLAB('0qltlX545U7f6hmhHOJBDu',$,$,$,$,$,$,$,$);\n"
+                                         "#3=IFCSLAB('2cp60asVrO3R4Q9IgcHKIk',$,$,$,$,$,$,$,$);\n"
+                                         "#4=IFCRELAGGREGATES('00MPTWCfrN7ReR2sdMzhiQ',$,$,$,#1,(#2,#3));\n"))
+            .json();
+    EXPECT_EQ(value["inverses"], 3);
+}
+
+// What stands behind the end, and what does not fit into one piece of it.
+TEST(InfoVerb, SizeIsThatOfTheWholeFile) {
+    std::string sData;
+    for (int i = 1; i <= 30000; ++i) sData += "#" + std::to_string(i) + "=IFCDIRECTION((1.));\n";
+    const std::string sText = sExchangeFile("IFC4", sData) + std::string(600000, ' ');
+    const TestFolder folder;
+    for (const std::string& sPath : {folder.sFile("a.ifc", sText), std::string("-")}) {
+        const Json value = runProgram({"info", sPath, "--json"}, sText).json();
+        EXPECT_EQ(value["bytes"], sText.size());
+        EXPECT_EQ(value["entities"], 30000);
+    }
+    const ProgramRun text = runProgram({"info", "-"}, sText);
+    EXPECT_NE(text.sOut.find("entities              30,000\n"), std::string::npos) << text.sOut;
+}
+
+TEST(InfoVerb, NumbersOfThreeDigitsHaveNoComma) {
+    std::string sData;
+    for (int i = 1; i <= 100; ++i) sData += "#" + std::to_string(i) + "=IFCDIRECTION((1.));\n";
+    EXPECT_NE(runProgram({"info", "-"}, sExchangeFile("IFC4", sData)).sOut.find("entities              100\n"),
+              std::string::npos);
+}
+
+TEST(InfoVerb, FurtherFaultsOfAnExpressFileAreCounted) {
+    const TestFolder folder;
+    const std::string sPath = folder.sFile("bad.exp", "SCHEMA A;\nENTITY B SUBTYPE OF (C); END_ENTITY;\n"
+                                                      "ENTITY D SUBTYPE OF (E); END_ENTITY;\nEND_SCHEMA;\n");
+    const ProgramRun run = runProgram({"info", "-", "--schema-file", sPath}, sExchangeFile("A", ""));
+    EXPECT_EQ(run.iCode, 2);
+    EXPECT_TRUE(run.sError.ends_with(" (and 1 more)\n")) << run.sError;
+}
+
 TEST(InfoVerb, EndThatIsMissingIsToldWithItsReason) {
     const ProgramRun run = runProgram({"info", "-"}, "Dear Sir or Madam,\n");
     EXPECT_NE(run.sOut.find("read                  not to the end: The file begins with \"Dear Sir or Madam,\", not "

@@ -36,6 +36,9 @@ public:
             posix_spawn_file_actions_addopen(&m_actions, 1, m_out.c_str(), O_WRONLY | O_CREAT, 0600);
             break;
         case OutputKind::ClosedPipe: vClosedPipe(); break;
+        case OutputKind::FullDisk:
+            posix_spawn_file_actions_addopen(&m_actions, 1, "/dev/full", O_WRONLY, 0);
+            break;
         case OutputKind::Terminal: vTerminal(); break;
         }
     }

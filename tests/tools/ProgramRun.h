@@ -19,6 +19,7 @@ using Json = nlohmann::ordered_json;
 enum class OutputKind {
     File,         // what it writes is kept
     ClosedPipe,   // nobody reads
+    FullDisk,     // takes nothing
     Terminal,     // what it writes is kept
 };
 

@@ -56,6 +56,8 @@ std::vector<FaultRow> faultRows() {
          sOpenText(9, sLast("1", 27)), 9, "#2=IFCMATERIAL('a\n''b"},
         {"a quote behind a shift is none", sFirst + "#2=IFCMATERIAL('\\S\\'',$,$);\n", true,
          sCut(10, sLast("2", 28 + 27)), 10, ""},
+        {"nor in an escape of four digits", sFirst + "#2=IFCMATERIAL('\\X2\\000'\\X0\\',$,$);\n", true,
+         sCut(10, sLast("2", 28 + 35)), 10, ""},
         {"nor in an escape of eight digits", sFirst + "#2=IFCMATERIAL('\\X4\\0000000'\\X0\\',$,$);\n", true,
          sCut(10, sLast("2", 28 + 39)), 10, ""},
         {"a text at once", "#1=IFCMATERIAL('a", true, sOpenText(8, g_none), 8, "#1=IFCMATERIAL('a"},
@@ -74,6 +76,8 @@ std::vector<FaultRow> faultRows() {
         {"a backslash", sFirst + "#2=IFCDIRECTION(\\);\n", false,
          "A backslash stands outside of a text in line 9; reading was stopped there" + sLast("1", 27) + ".", 9,
          "#2=IFCDIRECTION(\\"},
+        {"the same, and two ends", sFirst + "END-ISO-10303-21;\nEND-ISO-10303-21;\n", true,
+         "The end of the data section, ENDSEC, is missing in front of line 9" + sLast("1", 27) + ".", 9, ""},
         {"the keyword of the end is missing", sFirst + "END-ISO-10303-21;\n", true,
          "The end of the data section, ENDSEC, is missing in front of line 9" + sLast("1", 27) + ".", 9, ""},
     };

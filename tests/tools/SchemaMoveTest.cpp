@@ -213,6 +213,40 @@ TEST(SchemaMove, SampleKeepsItsEntitiesNumbersAndRelations) {
     }
 }
 
+// Schemas of the user's own may say anything under the names of others.
+TEST(SchemaMove, NamesWithAnotherMeaningAreLost) {
+    const TestFolder folder;
+    const std::string sExpress = folder.sFile(
+        "tiny.exp",
+        "SCHEMA TINY;\nTYPE IfcIdentifier = STRING; END_TYPE;\nTYPE IfcLabel = REAL; END_TYPE;\n"
+        "TYPE IfcText = STRING; END_TYPE;\nTYPE IfcGloballyUniqueId = STRING(22) FIXED; END_TYPE;\n"
+        "TYPE IfcValue = SELECT(IfcLabel, IfcText, IfcGloballyUniqueId); END_TYPE;\n"
+        "TYPE IfcNullStyle = ENUMERATION OF (NULL, OTHER); END_TYPE;\n"
+        "TYPE IfcPresentationStyleSelect = SELECT(IfcNullStyle); END_TYPE;\n"
+        "ENTITY IfcPropertySingleValue; Name : IfcIdentifier; NominalValue : OPTIONAL IfcValue; END_ENTITY;\n"
+        "ENTITY IfcPresentationStyleAssignment; Styles : SET [1:?] OF IfcPresentationStyleSelect; END_ENTITY;\n"
+        "ENTITY Thing; END_ENTITY;\nENTITY IfcMaterial SUBTYPE OF (Thing); Name : IfcText; END_ENTITY;\n"
+        "ENTITY IfcCartesianPoint SUBTYPE OF (Thing); Coordinates : LIST [1:3] OF REAL; END_ENTITY;\n"
+        "ENTITY IfcPolyline; Points : LIST [2:?] OF Thing; END_ENTITY;\nEND_SCHEMA;\n");
+    const ProgramRun run = runProgram(
+        {"convert", "--all", "--single-threaded", "--schema-file", sExpress, "--schema", "IFC4", "-", "-"},
+        sExchangeFile("TINY", "#1=IFCPROPERTYSINGLEVALUE('a',IFCLABEL(1.5));\n"
+                              "#2=IFCPROPERTYSINGLEVALUE('b',IFCTEXT('t'));\n"
+                              "#3=IFCPROPERTYSINGLEVALUE('c',IFCGLOBALLYUNIQUEID('3qt5KnRY9OSu4BNT4B7kwi'));\n"
+                              "#4=IFCPRESENTATIONSTYLEASSIGNMENT((IFCNULLSTYLE(.OTHER.),IFCNULLSTYLE(.NULL.)));\n"
+                              "#5=IFCMATERIAL('m');\n#6=IFCCARTESIANPOINT((1.,2.));\n"
+                              "#7=IFCPOLYLINE((#6,#5,#6));\n"));
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_EQ(statements(run.sOut),
+              (std::multiset<std::string>{
+                  "#1=IFCPROPERTYSINGLEVALUE('a',$,$,$);", "#2=IFCPROPERTYSINGLEVALUE('b',$,IFCTEXT('t'),$);",
+                  "#3=IFCPROPERTYSINGLEVALUE('c',$,$,$);", "#4=IFCPRESENTATIONSTYLEASSIGNMENT((IFCNULLSTYLE(.NULL.)));",
+                  "#5=IFCMATERIAL('m',$,$);", "#6=IFCCARTESIANPOINT((1.,2.));", "#7=IFCPOLYLINE((#6,#6));"}));
+    EXPECT_EQ(run.sError, "values that have no place in IFC4:\n           1  IFCPOLYLINE.Points\n"
+                          "           1  IFCPRESENTATIONSTYLEASSIGNMENT.Styles\n"
+                          "           2  IFCPROPERTYSINGLEVALUE.NominalValue\n");
+}
+
 TEST(SchemaMove, SameSchemaIsNoMove) {
     const ProgramRun plain = runProgram({"convert", "--single-threaded", sExample("house-ifc4.ifc"), "-"});
     const ProgramRun run =

@@ -29,7 +29,10 @@ std::string sModel() {
                                  "#13=IFCCARTESIANPOINT((0.,0.));\n"
                                  "#14=IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.);\n"
                                  "#15=IFCPERSON('e',$,$,$,$,$,$,$);\n"
-                                 "#16=IFCCARTESIANPOINTLIST3D(((0.,0.,0.),(1.,0.,0.)));\n");
+                                 "#16=IFCCARTESIANPOINTLIST3D(((0.,0.,0.),(1.,0.,0.)));\n"
+                                 "#17=IFCSTYLEDITEM($,(#11),$);\n"
+                                 "#18=IFCPRESENTATIONSTYLEASSIGNMENT((IFCNULLSTYLE(.NULL.)));\n"
+                                 "#19=IFCTEXTSTYLETEXTMODEL($,$,$,$,$,$,$);\n");
 }
 
 struct SetRow {
@@ -56,6 +59,9 @@ const SetRow g_sets[] = {
      "#6=IFCBUILDING('0e_8SiFPnIEh3pPRu4cB6E',$,'g',$,$,$,$,$,.ELEMENT.,$,$,$);"},
     {"a GlobalId", "#6", "GlobalId", "2cp60asVrO3R4Q9IgcHKIk",
      "#6=IFCBUILDING('2cp60asVrO3R4Q9IgcHKIk',$,$,$,$,$,$,$,.ELEMENT.,$,$,$);"},
+    {"the GlobalId that it has", "#6", "GlobalId", "0e_8SiFPnIEh3pPRu4cB6E",
+     "#6=IFCBUILDING('0e_8SiFPnIEh3pPRu4cB6E',$,$,$,$,$,$,$,.ELEMENT.,$,$,$);"},
+    {"references in selects of entities", "#17", "Styles", "(#11,#18)", "#17=IFCSTYLEDITEM($,(#11,#18),$);"},
     {"a real", "#6", "ElevationOfTerrain", "2.5",
      "#6=IFCBUILDING('0e_8SiFPnIEh3pPRu4cB6E',$,$,$,$,$,$,$,.ELEMENT.,$,2.5,$);"},
     {"a whole number for a real", "#6", "ElevationOfTerrain", "-3",
@@ -168,6 +174,13 @@ const RefuseRow g_refusals[] = {
      "IfcBuilding.CompositionType: .PART. is no enumerator of IfcElementCompositionEnum; they are: COMPLEX, "
      "ELEMENT, "
      "PARTIAL"},
+    {"an enumerator with half its points", "#6", "CompositionType", "XCOMPLEX.",
+     "IfcBuilding.CompositionType: XCOMPLEX. is no enumerator of IfcElementCompositionEnum; they are: COMPLEX, "
+     "ELEMENT, PARTIAL"},
+    {"a select of a few types", "#19", "TextIndent", "5",
+     "IfcTextStyleTextModel.TextIndent: 5 has no type of IfcSizeSelect in front, as in "
+     "IFCDESCRIPTIVEMEASURE(value); there are: IFCDESCRIPTIVEMEASURE, IFCLENGTHMEASURE, "
+     "IFCNORMALISEDRATIOMEASURE, IFCPOSITIVELENGTHMEASURE, IFCPOSITIVERATIOMEASURE, IFCRATIOMEASURE"},
     {"no number of an entity", "#5", "OwnerHistory", "me",
      "IfcRelDefinesByProperties.OwnerHistory: me is no IfcOwnerHistory, which is named by a number as #12"},
     {"a reference to nothing", "#5", "OwnerHistory", "#99",
