@@ -189,10 +189,6 @@ private:
     }
 
     void vTypesChange() {
-        // The model knows its project by itself.
-        ifc::Entity* pProject = m_data.pProject();
-        for (const Moved& moved : m_moved)
-            if (moved.pEntity == pProject && !moved.pMove->pNew) m_data.boEntityDelete(pProject);
         for (const Moved& moved : m_moved) moved.pEntity->unsafeSetSchemaEntity(nullptr);
         m_data.deleteIncompleteEntities();
         std::erase_if(m_moved, [](const Moved& moved) { return !moved.pMove->pNew; });
