@@ -1,6 +1,5 @@
 #include "Format/Ifc/IfcReadFile.h"
 
-#include <algorithm>
 #include <cstring>
 #include <istream>
 #include <memory>
@@ -43,8 +42,8 @@ ReadFile::ReadFile(FileBase& file, std::istream& stream, ReadError& error, bool 
 
 ReadFile::~ReadFile() = default;
 
-// What is pending goes along with the buffer, unless it is blank or comment. Statements so span buffers while
-// most bytes are copied once, in large pieces.
+// What is pending goes along with the buffer, unless it is comment. Statements so span buffers while most bytes are
+// copied once, in large pieces.
 void ReadFile::vBeforeRefill(const char* pBuffer, unsigned iValid) {
     if (m_boCopyOnRefill && m_iStart < iValid) m_statement.vAppend(pBuffer + m_iStart, iValid - m_iStart);
     m_iStart = 0;
@@ -113,17 +112,15 @@ bool ReadFile::boFindStatementByte() {
 unsigned ReadFile::iStringSkip(unsigned iQuote) const noexcept {
     const unsigned iEnd = m_map.iFindString(iQuote + 1);
     // A doubled quote ends one string and begins the next: the same to a scanner.
-    return iEnd + 1 < m_iValid && m_pBuffer[iEnd] == '\'' ? iEnd + 1 : iQuote;
+    return m_pBuffer[iEnd] == '\'' ? iEnd + 1 : iQuote;
 }
 
-// Behind a run of blanks that ends in the buffer, which never reaches the statement; else where it was.
+// Behind a run of blanks, or behind as much of it as the buffer holds. Outside strings they never reach the
+// statement, not even inside a word. A tab is none.
 unsigned ReadFile::iBlankSkip(unsigned iBlank) {
     unsigned iEnd = iBlank;
-    unsigned iLines = 0;
     // The padding behind the buffer is none.
-    for (char c = m_pBuffer[iEnd]; c == ' ' || c == '\n' || c == '\r'; c = m_pBuffer[++iEnd]) iLines += c == '\n';
-    if (iEnd == m_iValid) return iBlank;
-    m_iLine += iLines;
+    for (char c = m_pBuffer[iEnd]; c == ' ' || c == '\n' || c == '\r'; c = m_pBuffer[++iEnd]) m_iLine += c == '\n';
     vPendingTake(iBlank);
     m_iStart = iEnd;
     return iEnd;
@@ -131,12 +128,6 @@ unsigned ReadFile::iBlankSkip(unsigned iBlank) {
 
 ReadFile::Scan ReadFile::byteRead(bool& boAdvanced) {
     switch (m_pBuffer[m_iPosition]) {
-    case '\n':
-    case '\r':
-    case ' ':
-        vBlankRun();
-        boAdvanced = true;
-        return Scan::Continue;
     case '\'': readString(boAdvanced); return Scan::Continue;
     case '/': readComment(boAdvanced); return Scan::Continue;
     case '=':   // the second one
@@ -162,8 +153,7 @@ bool ReadFile::boRefill() {
 
 // One byte on. False at the end of the input.
 bool ReadFile::boStep() {
-    if (m_iPosition < m_iValid) ++m_iPosition;
-    return m_iPosition < m_iValid || boRefill();
+    return ++m_iPosition < m_iValid || boRefill();
 }
 
 // Some bytes on without looking at them, as far as there are any.
@@ -176,22 +166,6 @@ void ReadFile::vSkip(unsigned iCount) {
 void ReadFile::vPendingTake(unsigned iEnd) {
     if (m_iStart < iEnd) m_statement.vAppend(m_pBuffer + m_iStart, iEnd - m_iStart);
     m_iStart = iEnd;
-}
-
-// Blanks outside strings never reach the statement, not even inside a word. A tab is none.
-void ReadFile::vBlankRun() {
-    if (m_pBuffer[m_iPosition] == '\n') ++m_iLine;
-    vPendingTake(m_iPosition);
-    m_boCopyOnRefill = false;
-    while (boStep()) {
-        const char c = m_pBuffer[m_iPosition];
-        if (c == '\n')
-            ++m_iLine;
-        else if (c != ' ' && c != '\r')
-            break;
-    }
-    m_boCopyOnRefill = true;
-    m_iStart = m_iPosition;
 }
 
 // Finds the closing quote. Escapes are passed over as far as a quote or a line end may stand inside of them;
@@ -252,11 +226,10 @@ void ReadFile::readComment(bool& boAdvanced) {
         m_statement.vDropLast();   // the slash ended the buffer before and went along with its bytes
     else
         vPendingTake(iSlash);
-    m_iStart = m_iPosition;
     m_boCopyOnRefill = false;
     if (!boCommentSkip()) vReport("Error_EndOfCommentNotFound");
     m_boCopyOnRefill = true;
-    m_iStart = std::min(m_iPosition + 1, m_iValid);
+    m_iStart = m_iPosition + 1;
 }
 
 // From the "*" behind the slash to the slash that closes the comment; false at the end of the input.
@@ -280,7 +253,6 @@ ReadFile::Scan ReadFile::statementEnd(const SchemaFromName& schemaFromName, cons
         eScan = sectionStatement(schemaFromName);
     if (eScan != Scan::Continue) return eScan;
     boStep();
-    m_iStart = m_iPosition;
     m_statement.vClear();
     m_boHasNumberSign = m_boHasEqual = false;
     return Scan::Continue;

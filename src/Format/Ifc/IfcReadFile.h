@@ -50,9 +50,8 @@ private:
     Scan schemaResolve(const SchemaFromName& schemaFromName);
     void vEntityStatement(const ReadProgress& progress);
 
-    // On entry the position is on the blank, the slash, the quote. With boAdvanced set on return it already is on
-    // the next byte to look at.
-    void vBlankRun();
+    // On entry the position is on the slash, the quote. With boAdvanced set on return it already is on the next
+    // byte to look at.
     void readComment(bool& boAdvanced);
     void readString(bool& boAdvanced);
     bool boCommentSkip();
@@ -74,7 +73,7 @@ private:
     StatementBuffer m_statement;          // what is assembled of the statement in hand
     std::uint32_t m_iStart = 0;           // first byte in the buffer that belongs to it and is not in m_statement
     bool m_boSimple;
-    bool m_boCopyOnRefill = true;         // false inside blanks and comments
+    bool m_boCopyOnRefill = true;         // false inside comments
     StepReadInfoDataCommon m_info;
     StepReadThread m_thread;
 
