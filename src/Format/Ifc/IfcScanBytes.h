@@ -94,12 +94,12 @@ class ScanMap {
 public:
     // Up to 64 bytes from the last one on may be looked at: the buffer is padded.
     void vBuild(const char* pBytes, unsigned iCount) noexcept {
-        for (unsigned i = 0; i <= iCount; i += 64) m_words[i / 64] = scanWord(pBytes + i);
-        // No bit of the padding counts but the first.
+        for (unsigned i = 0; i < iCount; i += 64) m_words[i / 64] = scanWord(pBytes + i);
+        // Every search ends here, whatever the padding holds.
         ScanWord& last = m_words[iCount / 64];
         const std::uint64_t uEnd = std::uint64_t{1} << iCount % 64;
-        last.uStatement = (last.uStatement & (uEnd - 1)) | uEnd;
-        last.uString = (last.uString & (uEnd - 1)) | uEnd;
+        last.uStatement |= uEnd;
+        last.uString |= uEnd;
     }
 
     // The next byte at or behind iFrom that the main loop acts on, the number sign aside; the count when there is none.
