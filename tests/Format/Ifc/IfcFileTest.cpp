@@ -132,6 +132,14 @@ TEST(File, ASecondReadMayDropTheNumbersOfTheFirst) {
     EXPECT_EQ(result.file.data().pEntityFromId(8), nullptr);
 }
 
+// Before it has a schema, a read changes nothing.
+TEST(File, ARefusedReadLeavesTheNumbersOfTheFormer) {
+    ReadResult result(sIfc4File("#7=IFCDIRECTION((1.));"));
+    std::istringstream in("ISO-10303-21;HEADER;FILE_SCHEMA(('IFC99'));ENDSEC;DATA;ENDSEC;");
+    EXPECT_FALSE(result.file.boRead(in, {}, result.errors, false, {}, true));
+    EXPECT_NE(result.file.data().pEntityFromId(7), nullptr);
+}
+
 TEST(File, ASecondReadGoesOnFillingTheSameData) {
     ReadResult result(sIfc4File("#1=IFCDIRECTION((1.));"));
     std::istringstream in(sIfc4File("#2=IFCDIRECTION((1.));"));
@@ -203,7 +211,19 @@ TEST(FileSimple, ReadsTheShortForm) {
         EXPECT_EQ(file.boRead(in, {}, errors, {}, true), row.boRead);
         EXPECT_EQ(file.data().entities().size(), row.iEntities);
         EXPECT_EQ(rowsOf(errors), row.rows);
+        EXPECT_EQ(file.data().pEntityFromId(1), nullptr) << "numbers are never kept";
     }
+}
+
+TEST(FileSimple, NamesTheSchemaThatItDoesNotKnow) {
+    FileSimple file(*SchemaLoader::pBuiltIn("IFC4"));
+    io::ReadError errors;
+    std::istringstream in("Ifc file simple;\nIFC99;\n*;\n");
+    EXPECT_FALSE(file.boRead(in, {}, errors, {}, true));
+    std::string sExpected = localize("Ifc", "Error_UnknownSchemaName");
+    sExpected.replace(sExpected.find("%1"), 2, "IFC99");
+    ASSERT_EQ(errors.records().size(), 1U);
+    EXPECT_EQ(errors.records()[0].description, sExpected);
 }
 
 TEST(FileSimple, IsBornWithItsSchema) {

@@ -112,6 +112,21 @@ const ScanRow g_scanRows[] = {
      false, 0, {"Fatal Syntax 5 Error_UnexpectedNewlineInString | ", "Fatal Syntax 6 Error_UnexpectedNewlineInString | "}},
     {"a fatal fault of a statement ends the scan", sIfc4File("#1=;\n#2=;\n"), false, 0,
      {"Fatal Syntax 5 Error_InvalidEntity | #1=;"}},
+    {"and nothing is completed: no word of a missing instance",
+     sIfc4File("#1=IFCAXIS2PLACEMENT2D(#9,$);\n#2=;\n" + g_point), false, 1,
+     {"Fatal Syntax 6 Error_InvalidEntity | #2=;"}},
+    {"a slash that does not follow the star closes nothing", sIfc4File("/* a * b/ c=d=e; */" + g_point), true, 1, {}},
+    {"the marker of another part", "ISO-10303-28;HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;DATA;" + g_point + "ENDSEC;",
+     false, 0, {"Fatal Syntax 0 Error_InvalidFile | "}},
+    {"a marker without its first letter", "SO-10303-21;HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;DATA;ENDSEC;", false, 0,
+     {"Fatal Syntax 0 Error_InvalidFile | "}},
+    {"HEADE begins no header", "ISO-10303-21;HEADE;FILE_SCHEMA(('IFC4'));HEADER;ENDSEC;", false, 0,
+     {"Fatal Model 1 Error_UnknownSchemaName | ENDSEC;"}},
+    {"ENDSE ends no header", "ISO-10303-21;HEADER;ENDSE;FILE_SCHEMA(('IFC4'));ENDSEC;DATA;" + g_point + "ENDSEC;",
+     true, 1, {"Error Header 1 Error_HeaderTypeNotImplemented | ENDSE;"}},
+    {"DAT begins no data", g_head + "DAT;" + g_point + "DATA;ENDSEC;", true, 0, {}},
+    {"ENDSE ends no data", g_head + "DATA;ENDSE;" + g_point + "ENDSEC;", true, 1, {}},
+    {"END-ISO-10303-2 is no end mark", g_head + "END-ISO-10303-2;DATA;" + g_point + "ENDSEC;", true, 1, {}},
 };
 
 TEST(ReadFile, ScansByTheRules) {
@@ -183,10 +198,11 @@ TEST(ReadFile, DoesNotMindWhereABufferEnds) {
     }
 }
 
-// \\X2\\ and \\X4\\ pass over their second backslash and over four or eight bytes, whatever they are: a quote there ends no
-// string, and the one right behind them does.
+// \\S\\, \\X\\, \\X2\\ and \\X4\\ pass over their second backslash and over one, four or eight bytes, whatever they
+// are: a quote there ends no string, and the one right behind them does.
 TEST(ReadFile, PassesOverAQuoteInEachPlaceOfAnEscape) {
-    for (const auto& [sEscape, iSkip] : {std::pair("\\X2", 5U), std::pair("\\X4", 9U)})
+    for (const auto& [sEscape, iSkip] : {std::pair("\\S", 2U), std::pair("\\X", 2U), std::pair("\\X2", 5U),
+                                         std::pair("\\X4", 9U)})
         for (std::size_t i = 0; i <= iSkip; ++i) {
             std::string sPassed = "\\0000000000";
             sPassed.resize(iSkip);
