@@ -132,6 +132,21 @@ TEST(EntityDelete, LeavesTheMapAloneWithoutAGuid) {
     EXPECT_EQ(data.guidEntityMap().size(), 1U);
 }
 
+// A GlobalId of a type that is not rooted is an attribute like any other.
+TEST(EntityDelete, LeavesTheMapAloneForATypeThatIsNotRooted) {
+    const auto pSchema = pSchemaOf("TYPE IfcGloballyUniqueId = STRING(22) FIXED; END_TYPE;"
+                                   "ENTITY IfcRoot; GlobalId : IfcGloballyUniqueId; END_ENTITY;"
+                                   "ENTITY IfcLoose; GlobalId : IfcGloballyUniqueId; END_ENTITY;");
+    Data data;
+    data.vSchemaSet(pSchema.get());
+    Entity* const pRoot = data.pEntityCreate(ObjectName("IFCROOT"));
+    Entity* const pLoose = data.pEntityCreate(ObjectName("IFCLOOSE"));
+    for (Entity* pEntity : {pRoot, pLoose}) EXPECT_TRUE(pEntity->boValueSet(g_globalId, guidOf(1), data));
+    EXPECT_EQ(data.pEntityFromGuid(guidOf(1)), pRoot);
+    EXPECT_TRUE(data.boEntityDelete(pLoose));
+    EXPECT_EQ(data.pEntityFromGuid(guidOf(1)), pRoot);
+}
+
 TEST(EntityDelete, ForgetsTheProject) {
     EditData data;
     Entity& project = data.made("IFCPROJECT", 1);

@@ -122,6 +122,7 @@ TEST(DataReadLine, FinalizesBesideOtherThreadsToo) {
     EXPECT_THAT(data.entities(), ElementsAre(result[0]));
     EXPECT_EQ(data.guidEntityMap().size(), 1U);
     EXPECT_EQ(common.slotGet(data, 1).state, 0) << "nobody holds it";
+    EXPECT_TRUE(common.slotGet(data, 1).boReferenced()) << "defined, and so not missing";
 }
 
 TEST(DataReadLine, WithoutASchemaGivesUpInSilence) {

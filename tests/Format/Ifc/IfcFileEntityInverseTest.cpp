@@ -131,6 +131,23 @@ TEST(InverseInit, AnnouncesEachToItsTargets) {
     }
 }
 
+// References wait in short queues while memory is on its way. With more than those hold the order is still that of
+// reading.
+TEST(InverseInit, KeepsTheOrderOfManyReferences) {
+    for (const std::size_t iUsers : {15U, 16U, 17U, 32U, 33U, 100U}) {
+        SCOPED_TRACE(iUsers);
+        std::string sStatements = "#1=IFCTARGET($);";
+        std::string sExpected;
+        for (std::size_t i = 2; i < iUsers + 2; ++i) {
+            const std::string sNumber = '#' + std::to_string(i);
+            sStatements += sNumber + "=IFCUSER(#1);";
+            sExpected = sNumber + (sExpected.empty() ? "" : " ") + sExpected;
+        }
+        Model model(sStatements);
+        EXPECT_EQ(model.sInverse(*model.pEntity(1), "Users"), sExpected);
+    }
+}
+
 TEST(InverseInit, SkipsATargetWhoseStatementIsMissing) {
     const AssertLog log;
     Model model("#1=IFCTARGET($);#2=IFCOWNER((#1,#5,#1));#3=IFCUSER(#5);");
@@ -138,6 +155,15 @@ TEST(InverseInit, SkipsATargetWhoseStatementIsMissing) {
     EXPECT_EQ(model.sInverse(*model.pEntity(1), "Owners"), "#2 #2");
     EXPECT_EQ(model.pEntity(5)->unsafeAttributesInverseRaw(), nullptr);
     EXPECT_TRUE(log.texts().empty());
+}
+
+TEST(InverseInit, PassesOverANullItem) {
+    Model model("#1=IFCTARGET($);#2=IFCOWNER($);");
+    Entity& owner = *model.pEntity(2);
+    const std::vector<const Entity*> parts = {nullptr, model.pEntity(1)};
+    ASSERT_TRUE(owner.boListValueSet(AttributeName("Parts"), parts, model.data));
+    owner.vAttributeInverseInit(model.data);
+    EXPECT_EQ(model.sInverse(*model.pEntity(1), "Owners"), "#2");
 }
 
 TEST(InverseInit, LeavesTheTailOpen) {

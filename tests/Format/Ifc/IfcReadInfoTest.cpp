@@ -47,7 +47,7 @@ TEST_F(EntityTable, DenseNumbersShareSegments) {
 
 TEST_F(EntityTable, VisitsTouchedPagesInOrder) {
     for (const std::size_t iId : {40'000'000UL, 5UL, 70'000UL, 32'768'000UL, 0xFFFF'FFFFUL, 0x7FFF'FFFF'FFFF'FFFFUL,
-                                  0x1'0000'0000UL})
+                                  0x1'0000'0000UL, 32'767'999UL})
         info.slotGet(data, iId).vReferencedSet();
     std::vector<std::size_t> referenced;
     std::size_t iVisited = 0;
@@ -55,9 +55,9 @@ TEST_F(EntityTable, VisitsTouchedPagesInOrder) {
         ++iVisited;
         if (slot.boReferenced()) referenced.push_back(iId);
     });
-    EXPECT_THAT(referenced, ElementsAre(5, 70'000, 32'768'000, 40'000'000, 0xFFFF'FFFFUL, 0x1'0000'0000UL,
-                                        0x7FFF'FFFF'FFFF'FFFFUL));
-    EXPECT_EQ(iVisited, 7 * 128U);
+    EXPECT_THAT(referenced, ElementsAre(5, 70'000, 32'767'999, 32'768'000, 40'000'000, 0xFFFF'FFFFUL,
+                                        0x1'0000'0000UL, 0x7FFF'FFFF'FFFF'FFFFUL));
+    EXPECT_EQ(iVisited, 8 * 128U);
 }
 
 // Whoever has a chunk may use all of it without a word.
@@ -82,12 +82,16 @@ TEST_F(EntityTable, VisitsAllOfAChunkThatSomebodyAskedFor) {
 }
 
 TEST_F(EntityTable, ThreadsThatRaceForAChunkGetTheSame) {
-    for (const std::size_t iChunk : {std::size_t{5}, std::size_t{1005}}) {
+    // Many chunks in a row: threads that met at one meet again at the next.
+    constexpr std::size_t g_iChunks = 200;
+    for (const std::size_t iFirst : {std::size_t{5}, std::size_t{1005}}) {
         const std::size_t iBefore = data.pool().iBytesReserved();
-        std::vector<EntitySlot*> got(8);
-        vOnThreads(8, [&](std::size_t i) { got[i] = info.pChunkGet(data, iChunk); });
+        std::vector<std::vector<EntitySlot*>> got(8);
+        vOnThreads(8, [&](std::size_t i) {
+            for (std::size_t k = 0; k < g_iChunks; ++k) got[i].push_back(info.pChunkGet(data, iFirst + k));
+        });
         EXPECT_THAT(got, Each(got[0]));
-        EXPECT_EQ(data.pool().iBytesReserved() - iBefore, ReadInfoCommon::g_iChunkBytes);
+        EXPECT_EQ(data.pool().iBytesReserved() - iBefore, g_iChunks * ReadInfoCommon::g_iChunkBytes);
     }
 }
 
@@ -125,8 +129,27 @@ TEST(StepReadThread, FindsTheTypesThatTheSchemaHas) {
                     ASSERT_EQ(thread.pEntityFromKeyword(*pSchema, record.key),
                               pSchema->pEntityFromName(def::schema::ObjectName(record.key)))
                         << record.key << " in " << pSchema->sName;
+    // The same keyword of one schema right after the other.
+    for (const def::schema::Schema::Record& record : schemas[0]->objects)
+        for (const def::SchemaPset* pSchema : schemas)
+            ASSERT_EQ(thread.pEntityFromKeyword(*pSchema, record.key),
+                      pSchema->pEntityFromName(def::schema::ObjectName(record.key)))
+                << record.key << " in " << pSchema->sName;
     for (const char* sKeyword : {"", "X", "IFCWAL", "IFCWALLL", "IfcWall", "IFCLABEL", " IFCWALL"})
         EXPECT_EQ(thread.pEntityFromKeyword(*schemas[0], sKeyword), nullptr) << sKeyword;
+}
+
+// What it remembers of one search never answers for another, in whatever order they come.
+TEST(StepReadInfoData, FindsTheNextParenthesis) {
+    io::ReadError errors;
+    StepReadInfoDataCommon common(errors);
+    const std::string_view line = "a(bc(d)e";
+    for (std::size_t iFirst = 0; iFirst <= line.size(); ++iFirst)
+        for (std::size_t iSecond = 0; iSecond <= line.size(); ++iSecond) {
+            StepReadInfoData info(line, 1, common);
+            EXPECT_EQ(info.iParenthesisFind(iFirst), line.find('(', iFirst)) << iFirst;
+            EXPECT_EQ(info.iParenthesisFind(iSecond), line.find('(', iSecond)) << iSecond << " after " << iFirst;
+        }
 }
 
 }   // namespace
