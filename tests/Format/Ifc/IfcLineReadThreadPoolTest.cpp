@@ -370,5 +370,35 @@ TEST(LineReadThreadPool, KeepsAssertionsOfWorkersFromTheUser) {
     EXPECT_EQ(log.texts().size(), 1U);
 }
 
+// Nor of one on the scanner's thread while it parses, as it does when it is far ahead of the workers.
+TEST(LineReadThreadPool, KeepsAssertionsOfAHelpingScannerFromTheUser) {
+    constexpr std::uint32_t g_iCount = 20'000;
+    const auto sElement = [](std::uint32_t i) {
+        return '#' + std::to_string(i) + "=IFCELEMENT('" + sGuidOf(i) + "','\xFF',$,$);";
+    };
+    const AssertLog log;
+    StatementReader here(smallSchema());
+    here.pRead(sElement(1));
+    ASSERT_EQ(log.texts().size(), 1U) << "no text of a STEP file";
+
+    PoolRead read;
+    for (std::uint32_t i = 1; i <= g_iCount; ++i) read.pool->addLineToQueue(sElement(i), i);
+    read.pool.reset();
+    EXPECT_EQ(read.data().entities().size(), g_iCount);
+    EXPECT_EQ(log.texts().size(), 1U);
+}
+
+// One worker takes one statement after the other, and nobody else does.
+TEST(LineReadThreadPool, OneWorkerKeepsTheOrderOfTheFile) {
+    constexpr std::uint32_t g_iCount = 20'000;
+    PoolRead read(true);
+    for (std::uint32_t i = 1; i <= g_iCount; ++i) read.pool->addLineToQueue(sPoint(i), i);
+    read.pool.reset();
+    const auto& entities = read.data().entities();
+    ASSERT_EQ(entities.size(), g_iCount);
+    for (std::uint32_t i = 1; i <= g_iCount; ++i)
+        ASSERT_EQ(entities[i - 1], &read.common.slotGet(read.file.data(), i).entity) << i;
+}
+
 }   // namespace
 }   // namespace oxa::ifc::io
