@@ -178,6 +178,21 @@ TEST(StreamReadBuffer, AStreamAskedToThrowAtItsEndDoes) {
     EXPECT_EQ(reader.m_iValid, 0U);
 }
 
+// Tells of a fault by a count, as no stream should.
+class NegativeBytes : public std::streambuf {
+protected:
+    std::streamsize xsgetn(char*, std::streamsize) override { return -1; }
+};
+
+TEST(StreamReadBuffer, ANegativeCountIsTheEnd) {
+    NegativeBytes bytes;
+    std::istream in(&bytes);
+    Reader reader(in);
+    EXPECT_FALSE(reader.boReadNextBuffer());
+    EXPECT_EQ(reader.m_iValid, 0U);
+    EXPECT_EQ(in.rdstate(), std::ios_base::eofbit);
+}
+
 // Claims to deliver without touching the bytes, so that 4 GiB pass at once.
 class EndlessBytes : public std::streambuf {
 protected:
@@ -272,6 +287,16 @@ TEST(StreamWriteBuffer, TellsOfAStreamThatFails) {
     EXPECT_TRUE(buffer.boGood());
     buffer.vBufferFlush();
     EXPECT_FALSE(buffer.boGood());
+}
+
+TEST(StreamWriteBuffer, IsGoodOnlyWhileItsStreamIs) {
+    for (const auto state : {std::ios_base::failbit, std::ios_base::badbit, std::ios_base::eofbit}) {
+        std::ostringstream out;
+        StreamWriteBuffer buffer(out);
+        EXPECT_TRUE(buffer.boGood());
+        out.setstate(state);
+        EXPECT_FALSE(buffer.boGood()) << state;
+    }
 }
 
 TEST(StreamWriteBuffer, ThrowsOnFlushAndNeverAtItsEnd) {
