@@ -370,6 +370,31 @@ TEST(MemoryRunsOut, OnAThreadOfTheReadLosesABatchAndTells) {
     testing::internal::GetCapturedStderr();
 }
 
+// An entity is entered in the list and in the map of GUIDs, or in neither.
+TEST(MemoryRunsOut, WhileAnEntityIsEntered) {
+    std::string sText = "ISO-10303-21;HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;DATA;";
+    for (std::size_t i = 1; i <= 100; ++i) sText += sRooted(i);
+    sText += "ENDSEC;";
+    const auto iRun = [&](std::size_t iAllocation) {
+        std::istringstream in(sText);
+        File file;
+        io::ReadError errors;
+        try {
+            const AllocationFault fault(iAllocation, false);
+            file.boRead(in, {}, errors, true, {}, true);
+        } catch (const std::bad_alloc&) {
+        }
+        EXPECT_EQ(file.data().guidEntityMap().size(), file.data().entities().size());
+        return AllocationFault::iAllocations();
+    };
+    const std::size_t iAllocations = iRun(AllocationFault::g_iNever);
+    EXPECT_GT(iAllocations, 10U);
+    for (std::size_t i = 0; i < iAllocations; ++i) {
+        SCOPED_TRACE(std::to_string(i) + " of " + std::to_string(iAllocations));
+        iRun(i);
+    }
+}
+
 // Hands iCount statements to a pool while the allocation with that number fails on the scanner's thread. The caller hears
 // of it; a statement that could not be handed over is not in the model, and none is there twice. Returns how many
 // allocations there were.
