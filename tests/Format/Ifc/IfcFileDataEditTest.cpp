@@ -133,10 +133,12 @@ TEST(EntityDelete, LeavesTheMapAloneWithoutAGuid) {
 }
 
 // A GlobalId of a type that is not rooted is an attribute like any other.
+const char* const g_looseGlobalId = "TYPE IfcGloballyUniqueId = STRING(22) FIXED; END_TYPE;"
+                                    "ENTITY IfcRoot; GlobalId : IfcGloballyUniqueId; END_ENTITY;"
+                                    "ENTITY IfcLoose; GlobalId : IfcGloballyUniqueId; END_ENTITY;";
+
 TEST(EntityDelete, LeavesTheMapAloneForATypeThatIsNotRooted) {
-    const auto pSchema = pSchemaOf("TYPE IfcGloballyUniqueId = STRING(22) FIXED; END_TYPE;"
-                                   "ENTITY IfcRoot; GlobalId : IfcGloballyUniqueId; END_ENTITY;"
-                                   "ENTITY IfcLoose; GlobalId : IfcGloballyUniqueId; END_ENTITY;");
+    const auto pSchema = pSchemaOf(g_looseGlobalId);
     Data data;
     data.vSchemaSet(pSchema.get());
     Entity* const pRoot = data.pEntityCreate(ObjectName("IFCROOT"));
@@ -145,6 +147,15 @@ TEST(EntityDelete, LeavesTheMapAloneForATypeThatIsNotRooted) {
     EXPECT_EQ(data.pEntityFromGuid(guidOf(1)), pRoot);
     EXPECT_TRUE(data.boEntityDelete(pLoose));
     EXPECT_EQ(data.pEntityFromGuid(guidOf(1)), pRoot);
+}
+
+TEST(GuidUpdate, EntersNoTypeThatIsNotRooted) {
+    const auto pSchema = pSchemaOf(g_looseGlobalId);
+    Data data;
+    data.vSchemaSet(pSchema.get());
+    Entity* const pLoose = data.pEntityCreate(ObjectName("IFCLOOSE"));
+    EXPECT_TRUE(pLoose->boValueSet(g_globalId, guidOf(1), data));
+    EXPECT_EQ(data.pEntityFromGuid(guidOf(1)), nullptr);
 }
 
 TEST(EntityDelete, ForgetsTheProject) {
