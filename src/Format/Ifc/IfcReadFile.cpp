@@ -119,8 +119,10 @@ unsigned ReadFile::iStringSkip(unsigned iQuote) const noexcept {
 // statement, not even inside a word. A tab is none.
 unsigned ReadFile::iBlankSkip(unsigned iBlank) {
     unsigned iEnd = iBlank;
+    unsigned iLines = 0;
     // The padding behind the buffer is none.
-    for (char c = m_pBuffer[iEnd]; c == ' ' || c == '\n' || c == '\r'; c = m_pBuffer[++iEnd]) m_iLine += c == '\n';
+    for (char c = m_pBuffer[iEnd]; c == ' ' || c == '\n' || c == '\r'; c = m_pBuffer[++iEnd]) iLines += c == '\n';
+    m_iLine += iLines;
     vPendingTake(iBlank);
     m_iStart = iEnd;
     return iEnd;
@@ -244,7 +246,7 @@ bool ReadFile::boCommentSkip() {
     return false;
 }
 
-ReadFile::Scan ReadFile::statementEnd(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
+inline ReadFile::Scan ReadFile::statementEnd(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
     vPendingTake(m_iPosition + 1);
     Scan eScan = Scan::Continue;
     if (m_boInData && m_boHasNumberSign)
