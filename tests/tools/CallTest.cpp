@@ -78,6 +78,7 @@ TEST(Call, LanguageIsThatOfTheErrors) {
     EXPECT_EQ(message({}), sEnglish);
     EXPECT_EQ(message({"--lang", "en"}), sEnglish);
     EXPECT_EQ(message({"--lang", "de"}), sGerman);
+    EXPECT_EQ(runProgram({"--lang", "de", "check", "-", "--json"}, sFile).json()["records"][0]["message"], sGerman);
     for (const VerbRow& row : g_verbs)
         EXPECT_NE(runProgram({row.pVerb, "--help"}).sOut.find("--lang"), std::string::npos) << row.pVerb;
 }

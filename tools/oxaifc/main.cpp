@@ -34,8 +34,16 @@ struct Command {
     VerbRun run;
 };
 
-std::vector<Command> declareAll(CLI::App& app, std::string& sLanguage) {
+// In front of the verb and behind it.
+void vCommonDeclare(CLI::App& app, std::string& sLanguage) {
     app.set_version_flag("--version", g_pVersion, "print the version and exit");
+    app.add_option("--lang", sLanguage, "language of what is told of a file's errors")
+        ->check(CLI::IsMember({"en", "de"}))
+        ->type_name("X");
+}
+
+std::vector<Command> declareAll(CLI::App& app, std::string& sLanguage) {
+    vCommonDeclare(app, sLanguage);
     app.set_help_flag("-h,--help", "print this help and exit");
     app.footer(g_pFooter);
     app.require_subcommand(1);
@@ -44,10 +52,7 @@ std::vector<Command> declareAll(CLI::App& app, std::string& sLanguage) {
     for (const Verb& verb : verbs()) {
         CLI::App* pApp = app.add_subcommand(verb.pName, verb.pSummary);
         pApp->group("Verbs");
-        pApp->set_version_flag("--version", g_pVersion, "print the version and exit");
-        pApp->add_option("--lang", sLanguage, "language of what is told of a file's errors")
-            ->check(CLI::IsMember({"en", "de"}))
-            ->type_name("X");
+        vCommonDeclare(*pApp, sLanguage);
         commands.push_back({pApp, verb.pDeclare(*pApp)});
     }
     return commands;
