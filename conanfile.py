@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Recipe for Conan 2: the libraries and the program, with the dependencies that vcpkg.json names too."""
 import os
 import re

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // BenchMemory: what a piece of work does to the resident memory of a process of its own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // BenchModel: what the benchmarks read from, write to, and measure against.
 #pragma once
 

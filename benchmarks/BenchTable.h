@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // BenchTable: what every benchmark here shares: rounds over rows, medians, one table.
 //
 // Why      machines are shared and noisy, so figures are ratios within one run: each round runs every row once,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ModelBench [LARGEST_MB [ROUNDS]]: what reading, writing and ifcXML cost from 1 MB up to that size.
 //
 // Models    generated ones of three mixes (ModelGenerator.h), so that every machine has the same.

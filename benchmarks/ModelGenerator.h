@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ModelGenerator: models of any size for the benchmarks, the same ones on every machine.
 //
 // Shape    an IFC4 exchange structure: project, units, a storey, then elements until the size is reached. What an

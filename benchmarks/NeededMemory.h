@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NeededMemory: what the values of a model take by the sizes of their cells, lists and slots, without what any
 // allocator or table adds. The measure for the memory of a read.
 #pragma once

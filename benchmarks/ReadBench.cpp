@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ReadBench FILE [ROUNDS]: how fast a file is read, against what the machine can do with the same bytes.
 //
 // Timed     from the first byte in memory to the finished model; opening the file and freeing the model are not.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // WriteBench FILE [ROUNDS]: how fast a model is written, against what the machine can do with the same bytes.
 //
 // Timed     the write of all entities of a model that was read before, to a stream that keeps nothing, so that no

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # OxaDependencies: the third-party libraries, each found once, each behind one target name.
 # docs/dependencies.md says what each is for.
 

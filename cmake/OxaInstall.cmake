@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # OxaInstall: what "cmake --install" puts where, and how find_package(OxaIfc CONFIG) and pkg-config find it.
 
 include(CMakePackageConfigHelpers)

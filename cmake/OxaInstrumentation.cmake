@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # OxaInstrumentation: compiler cache, sanitizers and coverage, for everything in this build alike. What is
 # installed carries none of it in its interface.
 

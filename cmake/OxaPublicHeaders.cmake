@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # OxaPublicHeaders: the headers that are installed, relative to src/: those that callers include, listed here, and
 # all that these include in turn. Each compiles on its own (tests/consumer).
 

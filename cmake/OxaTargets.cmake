@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # OxaTargets: the few helpers with which every folder declares its targets.
 
 include(GNUInstallDirs)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // AddProperty IN SET NAME VALUE OUT: gives all walls a new property set with one property, a text, and writes the file
 // back with the instance numbers that it had.
 #include <fstream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ChangeProperty IN NAME VALUE OUT: gives every single-valued property of that name a new text, and writes the file
 // back with the instance numbers that it had.
 #include <fstream>

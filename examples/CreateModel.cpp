@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CreateModel OUT: makes a small model from nothing, a project with one site and one building, and writes it.
 #include <fstream>
 #include <iostream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // StoreyTree FILE: reads a model and prints its spatial tree, from the project down to what stands in a storey.
 #include <fstream>
 #include <iostream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ExpressText: a schema in EXPRESS (ISO 10303-11), long form.
 
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz: what the fuzz targets share.
 //
 // For      the targets of this folder: each defines vRun() and nothing else. FuzzEntry.cpp hands it the inputs of

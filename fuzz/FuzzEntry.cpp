@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FuzzEntry: hands the inputs of libFuzzer, or of Replay.cpp, to the target.
 
 #include "Fuzz.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GuidCodec: 16 bytes as a GUID, and any bytes as the text of one.
 
 #include <cstring>

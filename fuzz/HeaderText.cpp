@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // HeaderText: the HEADER section alone, as text.
 
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Replay: a fuzz target as a plain program that any compiler builds.
 //
 // Usage    StepFileReplay PATH...    files, and all files of folders; a path that is missing is an error

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ReportTemplate: any bytes as the template of a report.
 
 #include "Format/Ifc/IfcFileError.h"

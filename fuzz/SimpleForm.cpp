@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SimpleForm: the simple text form of a fragment is read and written.
 
 #include "Format/Ifc/IfcFile.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // StepFile: a whole exchange structure (ISO 10303-21) is read, written, and what was written is read again.
 
 #include <sstream>

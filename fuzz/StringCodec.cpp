@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // StringCodec: any bytes as the inside of a STEP string, and any bytes as a text to be put into one.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XmlDocument: an ifcXML document is imported; the model that it gives is written and exported.
 
 #include "Format/Ifc/IfcFile.h"

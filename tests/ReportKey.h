@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ReportKey: from a finished message back to the key that it was made of.
 #pragma once
 

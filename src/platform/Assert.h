@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Assert: the service that hears of a caller's mistake.
 //
 // For      telling the developer of the host application; an assertion never stops the program.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // DateTime: points in time and their ISO 8601 texts.
 //
 // For      the time stamp of a file header.

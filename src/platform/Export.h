@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Export: which symbols leave the shared libraries.
 //
 // For      class and function declarations of the three libraries; everything unmarked stays hidden.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Id: the GUID of 128 bits.
 //
 // For      the identity of rooted entities, as it is kept in memory.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Localization: message texts by key, in the language of the user.
 //
 // For      the reports of reading and writing, and the templates that show them.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Object: what a property grid of a host application asks of an object that it shows.
 //
 // For      FileHeader, whose fields a host shows; a host's own objects.

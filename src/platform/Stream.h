@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stream: byte streams through a buffer of 16,384 bytes.
 //
 // For      the file scanner, which derives from the read buffer, and the line writers.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // String: between UTF-8 and UTF-32, checks, and texts for display.
 //
 // For      the string codec, the writer's checks, messages that quote a file, ifcXML's real numbers.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Utilities: the exception of inside faults, and the debugger's breakpoint.
 //
 // Threads  any number at once; no state.

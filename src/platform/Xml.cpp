@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tree is pugixml's. Its writer is not used: it gives tab, line end and control characters in ways that don't
 // come back, and it indents without end.
 #include "platform/Xml.h"

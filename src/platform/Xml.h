@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Xml: documents as a tree of elements (XML 1.0), made and saved, or parsed and walked.
 //
 // For      the ifcXML export and import.

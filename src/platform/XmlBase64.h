@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XmlBase64: bytes as the text that XML has for them (RFC 4648, clause 4; XML Schema, base64Binary).
 //
 // For      the binary values of ifcXML.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XmlText: what may stand in a document, and how it is written there (XML 1.0, 2.2, 2.3 and 4.1).
 //
 // For      Xml.cpp alone.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // BuiltInSchemas: the published schemas that the library carries.
 //
 // For      SchemaLoader.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # EmbedTables: makes one C++ source of the fact tables, with string literals short enough for any compiler.
 # Run by the build:  cmake -DOUTPUT=<file> "-DTABLES=<file>;<file>" -P EmbedTables.cmake
 # A table's name is its file's name without the extension.

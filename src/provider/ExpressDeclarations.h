@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ExpressDeclarations: what a schema text declares, as read and not yet resolved.
 //
 // For      the readers of this folder, which fill it, and GraphBuilder, which reads it.

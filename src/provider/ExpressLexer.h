@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ExpressLexer: EXPRESS text as tokens (ISO 10303-11, clause 7).
 //
 // For      ExpressParser and, for the type of an attribute, FactTable.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ExpressParser: EXPRESS long form (ISO 10303-11) to declarations.
 //
 // For      SchemaLoader; FactTable reads the type of an attribute with it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FactTable: the facts of a schema as lines of text, the format of schemas/ (see the README there).
 //
 // For      BuiltInSchemas, which reads tables, and the program oxa-schema-compiler, which writes them.

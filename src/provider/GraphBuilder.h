@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GraphBuilder: from declarations to the finished schema graph.
 //
 // For      SchemaLoader. One builder builds one graph.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // oxa-schema-compiler: makes a fact table of a published EXPRESS text, for schemas/.
 //
 // Usage    oxa-schema-compiler NAME TEXT.exp [BASENAME BASETEXT.exp] > schemas/NAME.facts

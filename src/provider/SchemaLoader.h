@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SchemaLoader: from a schema's name, or from EXPRESS text, to a schema graph.
 //
 // For      the library, and callers that bring a schema of their own.

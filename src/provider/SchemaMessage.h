@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SchemaMessage: why a text gave no schema.
 //
 // For      callers of SchemaLoader, and all of this folder.

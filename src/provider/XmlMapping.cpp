@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The published ifcXML configuration of IFC4 ADD2, as the few facts in which it departs from its own rule.
 //
 // The rule (ISO 10303-28, concrete-attribute="attribute-content", no keys): a value of a simple type is an XML

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XmlMapping: how ifcXML writes the attributes of a schema.
 //
 // For      BuiltInSchemas and SchemaLoader, which hang the records on a graph that nobody else has seen yet.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Schema: the object graph that says what every line of a file means.
 //
 // For      the provider, which builds a graph, and the library, which reads it. Library users meet it when

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SchemaCache: a value that is built once, on first use, and read without a lock from then on.
 //
 // For      the caches of schema::Entity.

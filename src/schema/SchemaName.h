@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SchemaName: names as look-up keys, each a text with its 32-bit hash.
 //
 // For      everyone who asks a schema for an object or an entity for an attribute.

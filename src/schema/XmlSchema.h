@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XmlSchema: how ifcXML writes the attributes of a schema (ISO 10303-28, the published configuration of a schema).
 //
 // For      the provider, which hangs these records on a schema graph; the ifcXML export; the text form of lists.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Install: installs the build in BUILD under PREFIX, and nothing left there from before.
 file(REMOVE_RECURSE "${PREFIX}")
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${PREFIX}

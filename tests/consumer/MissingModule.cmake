@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # MissingModule: configures the project in SOURCE in a new folder BUILD, where pkg-config finds nothing.
 file(REMOVE_RECURSE "${BUILD}")
 set(ENV{PKG_CONFIG_LIBDIR} "${BUILD}/none")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # PkgConfig: compiles SOURCE with CXX and what PKG_CONFIG says of the module in LIB, and runs the result, PROGRAM.
 set(ENV{PKG_CONFIG_PATH} "${LIB}/pkgconfig")
 execute_process(COMMAND ${PKG_CONFIG} --cflags --libs OxaIfc

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // InstructionRun SCENARIO: one piece of work on a fixed input, for a count of its instructions.
 //
 // The counter collects inside vMeasured alone: what prepares a scenario does not count. See check.sh.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # check.sh PROGRAM FIGURES: fails when a hot path has become more than 3 % dearer than its recorded figure.
 #
 # Why      time on shared machines says little below some percent; the count of instructions is the same every time.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ModelFiles: where the real files lie that these tests read, if they are there at all.
 #pragma once
 

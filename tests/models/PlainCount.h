@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PlainCount: what a STEP file holds, counted one byte after the other: slow, and obviously right.
 //
 // For      the tests that hold the reader against the text itself. Shares no line of code with the library.

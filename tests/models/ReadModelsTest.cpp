@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Real files of many exporters, read whole and held against a plain count of their text.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Removal of entities from a real file: what is written afterwards names nothing that is gone.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Real files, read, written and read again: what a file says survives, save for what the format or the file itself
 // loses (docs/format-losses.md).
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Real files, read on several threads: the model and the reports of a single-threaded read.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Real files as ifcXML and back: what the forms of ifcXML hold survives; what they don't is counted and printed.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The built-in schemas by name, and the loader's hook.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ENTITY declarations: heads, explicit and redeclared attributes, chains of type objects, ordinals.
 #include "ExpressTestSupport.h"
 

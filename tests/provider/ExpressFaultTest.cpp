@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Faults: no schema, and a message with the line and column where the fault stands.
 #include "ExpressTestSupport.h"
 

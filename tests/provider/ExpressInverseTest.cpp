@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // INVERSE attributes and the relations that follow from them.
 #include "ExpressTestSupport.h"
 

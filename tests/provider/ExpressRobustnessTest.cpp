@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any bytes give a schema or messages, in bounded time and stack: never a crash, never a hang.
 #include <algorithm>
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SELECT types: members, compatibility, and whether all of them are entities.
 #include "ExpressTestSupport.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What no graph holds: remarks, functions, procedures, rules, constants, WHERE and UNIQUE clauses.
 #include "ExpressTestSupport.h"
 

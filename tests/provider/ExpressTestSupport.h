@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ExpressTestSupport: one line from EXPRESS text to what a test looks at.
 #pragma once
 

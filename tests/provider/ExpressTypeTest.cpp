@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TYPE declarations: base types, other types, enumerations, aggregates.
 #include <gmock/gmock.h>
 

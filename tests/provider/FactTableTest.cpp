@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fact tables: what is written reads back as the same schema; faults have their place.
 #include "provider/FactTable.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PublishedText: the facts of a published EXPRESS text, by a reader of its own that shares no code with the
 // provider: slow, made of string searches, and right only for the regular form of these texts.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every built-in schema against the published EXPRESS text, where the texts are at hand: in the folder that
 // the environment variable OXAIFC_SCHEMAS names, or beside the source tree.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How ifcXML writes the attributes of IFC4: well-known ones, what hangs together, and everything against the published
 // configuration and XSD where these are at hand (see folder).
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // AllocationFault: makes allocations fail, one after the other.
 //
 // For      FaultInjectionTest, which replaces operator new and wraps malloc(), calloc() and mmap() for its program

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One good file, cut off at every byte, and with every byte in turn replaced by each of those that mean something.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Budgets: what the most unreasonable files may cost. docs/robustness.md has the figures.
 //
 // Sizes  a tenth, save with OXA_FULL_BUDGETS=1 in the environment. Under a sanitizer a hundredth, and nothing is

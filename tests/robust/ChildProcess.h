@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ChildProcess: what a piece of work costs, measured in a process of its own.
 //
 // For      the budgets: a peak of memory is one of a whole process.

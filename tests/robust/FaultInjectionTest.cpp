@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory that runs out: each allocation in turn fails, alone or with all behind it. Nothing crashes, nothing leaks, and
 // no result is wrong without a word.
 #include <gtest/gtest.h>

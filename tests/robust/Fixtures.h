@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fixtures: the files that the tests of this folder break.
 //
 // For      every test that takes a good file and does harm to it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GeneratedStream: a stream of any length that nobody has to store.
 //
 // For      tests of huge inputs: it delivers pieces of text, each so many times.

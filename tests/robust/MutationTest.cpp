@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // 20,000 changed files from a fixed seed: each is read, and written where it could be read; of some, the threaded read
 // is held against the single-threaded one.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Streams that break: each call of a stream's buffer in turn fails, by its answer or by an exception.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The schema graph as everyone reads it: look-ups, caches, selects, type texts. Graphs are made by hand.
 #include "schema/Schema.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names as look-up keys: the hash, and the order of names.
 #include "schema/SchemaName.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What every call of the program has in common: help, version, wrong calls, files that can't be read.
 
 #include <fstream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "oxaifc check": the records of a read, as JSON and as text.
 
 #include <algorithm>

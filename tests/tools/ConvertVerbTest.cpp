@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "oxaifc convert", and what it has in common with all verbs that write a file.
 
 #include <algorithm>

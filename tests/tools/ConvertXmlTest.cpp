@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ifcXML in the program: what is written, what reads back, and what is said where that can't be.
 
 #include <algorithm>

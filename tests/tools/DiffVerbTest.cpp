@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "oxaifc diff": every change made to a model is told, and nothing else.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sample files of the project: what each holds, to the last figure.
 
 #include <fstream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The example programs, run as their first comments say.
 
 #include <algorithm>

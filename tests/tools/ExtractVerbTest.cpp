@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "oxaifc extract": an entity and what it reaches, in the simple form, which the other verbs read.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The form of a written file: by the end of its name or by --format, and never under a wrong name.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the first bytes of a file say: the files that can't be read, and those that can in spite of what comes first.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "oxaifc header": the header of a file, as text and as JSON, and changed in place.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "oxaifc info": the figures of a file, as JSON and as text.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ProgramRun: one run of the built program oxaifc, and small files for it.
 //
 // For      the tests of this folder.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is told of an exchange structure without an end: where a text or a comment was opened, the last whole instance.
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "oxaifc check --html": the page about the errors of a file; and "--template", what a user's template makes of
 // them.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "oxaifc convert --schema": what reaches another schema, and what is told of the rest.
 
 #include <set>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "oxaifc schema": entities and types of built-in schemas and of EXPRESS files.
 
 #include <gtest/gtest.h>

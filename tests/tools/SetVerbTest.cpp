@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "oxaifc set": every kind of value, and every reason to refuse one.
 
 #include <algorithm>

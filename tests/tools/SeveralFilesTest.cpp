@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Verbs that take several files, and what the colours of a terminal are.
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "oxaifc show": what it tells of entities, and how they are named.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "--order": how the statements of a written file stand, the same each time.
 
 #include <algorithm>

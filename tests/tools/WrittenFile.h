@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // WrittenFile: what tests of verbs with an OUT look at.
 #pragma once
 

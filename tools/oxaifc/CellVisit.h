@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CellVisit: the values of a cell in the order of its text, told one by one.
 //
 // For      what hashes, shows or gathers values and wants them apart from how they lie in memory.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ContentText: a value as people read it, without the numbers of a file.
 //
 // For      telling two models apart. Shaped like a statement of ISO 10303-21, with text as it is and real numbers as

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # EmbedText: makes a C++ source of a text file, a function that gives the text.
 # Run by the build:  cmake -DINPUT=<file> -DOUTPUT=<file> -DHEADER=<header> -DFUNCTION=<name> -P EmbedText.cmake
 

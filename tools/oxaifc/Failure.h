@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Failure: why a verb can't do what was asked, in one line.
 //
 // For      everything that ends the program with exit code 2: a wrong call, a file that can't be read.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FileForm: the form that a written file gets, by the end of its name or by --format.
 //
 // For      verbs with an OUT: nothing is written under a name that says otherwise.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FirstBytes: what a file is that can't be read, by the way it begins.
 //
 // For      Input, which refuses such a file before anybody reads it, and Model.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // HeaderRows: the header of a file as verbs tell it: as a property grid shows it, or as JSON.
 #pragma once
 

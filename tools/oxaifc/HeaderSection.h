@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // HeaderSection: the HEADER section of an exchange structure (ISO 10303-21, clause 8) as it stands in a file.
 //
 // For      the verb "header", which reads no more of a file than this and changes no byte but those of a value.

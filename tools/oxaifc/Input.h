@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Input: the bytes of one file, or of standard input, as a stream.
 //
 // For      Model and whoever reads a text. Nothing is kept: any size, pipes too.

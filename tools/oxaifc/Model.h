@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Model: a file that a verb was called with, read.
 //
 // For      verbs with a FILE: ModelOptions gives them the options of a read, Model reads.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ModelContent: what the entities of a model stand for, apart from their numbers.
 //
 // For      comparing two models: equal content has equal hashes, in any model of any schema.

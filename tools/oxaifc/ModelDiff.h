@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ModelDiff: how two models differ, in terms of what they say and not of their numbers.
 //
 // Matching    entities with a GlobalId by that; where several have the same one, those of equal content first, then

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ModelWrite: writes what a verb read, or a part of it, to its OUT.
 //
 // For      verbs with an OUT. All of them tell what went wrong in the same words and with the same exit codes.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NearNames: what somebody may have meant who wrote a name that does not exist.
 #pragma once
 

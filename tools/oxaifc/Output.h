@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Output: standard output, buffered, as text or JSON.
 //
 // For      verbs. A reader who goes away early ("| head") is no failure: what follows is dropped.

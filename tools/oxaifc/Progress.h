@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Progress: how far a read or a write is, on standard error when that is a terminal.
 //
 // Threads  one, the caller's of the read or the write.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ReadDiagnosis: why an exchange structure was not read to its end, where the read itself can't say more than that.
 //
 // For      Model, after a read that failed; it looks at the bytes a second time.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records: the errors of a read, as the program tells them.
 //
 // For      the verb "check" and its pages.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Report: the errors of a read as a document, by a template.
 //
 // For      the verb "check": its page in HTML, or whatever a template of the user makes of the errors.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ReportPage: the page in HTML about the errors of one file.
 //
 // For      Report. The page is one file: it asks for no other and works without a server.

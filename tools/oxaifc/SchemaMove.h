@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SchemaMove: brings a model to another schema.
 //
 // Entities    become the type of the same name, else the nearest supertype that the other schema has and that is not

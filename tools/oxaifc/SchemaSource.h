@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SchemaSource: where the schemas of a call come from: the built-in ones, and EXPRESS files named by the user.
 //
 // For      Model and the verb "schema".

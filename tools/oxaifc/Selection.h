@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Selection: the entities that a word of the command line stands for.
 //
 // For      verbs with a WHAT: a number as "#12" or "12", a GlobalId of 22 characters or in hexadecimal digits, and, in

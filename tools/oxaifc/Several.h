@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Several: one verb for a number of files, one after another.
 //
 // For      verbs that take them; a file that can't be read is told, and does not keep the others from their turn.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // StatementScan: a stream that hands on what another one reads, and notes which statements come, in which order.
 //
 // For      a write that is to keep the order of its IN, which the model does not know: it is sorted by type.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // System: the few questions that each operating system answers in its own way.
 #pragma once
 

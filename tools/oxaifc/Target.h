@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Target: a file that a verb writes, whole or not at all.
 //
 // For      verbs with an OUT. The text goes to a new file in the same folder, which takes the name in the end:

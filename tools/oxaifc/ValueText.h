@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ValueText: from a word of the command line to the value of an attribute.
 //
 //   text           as it is, or between quotes, '' for one of them: where it is "$" or has a "," in a list

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Verb: the sub-commands of the program.
 //
 // A verb is a function that declares its options at "command" and gives back what to do once they are parsed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VerbCheck: "oxaifc check": the error list of a read by its groups, as text, as JSON or as a report.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VerbConvert: "oxaifc convert": a model read and written again.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VerbDiff: "oxaifc diff": what one model has and says otherwise than another.
 
 #include <cstdio>

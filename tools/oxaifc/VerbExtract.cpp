@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VerbExtract: "oxaifc extract": one entity and what it reaches, as a STEP file or in the simple text form.
 
 #include <memory>

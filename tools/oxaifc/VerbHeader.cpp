@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VerbHeader: "oxaifc header": the header of a file told, or changed and all else copied byte for byte.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VerbInfo: "oxaifc info": what a file holds, in figures.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VerbSchema: "oxaifc schema": what a schema says of its entities and types.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VerbSet: "oxaifc set": one attribute of one entity changed, all else written as it was read.
 
 #include <memory>

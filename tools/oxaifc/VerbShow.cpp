@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VerbShow: "oxaifc show": entities with their attributes, values and referrers.
 
 #include <map>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XmlDocument: ifcXML documents, as far as the library's import and export leave something to tell.
 //
 // For      Model (XmlInput) and ModelWrite (XmlOutput).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // oxaifc: the front door for everyone who has an IFC file and a question.
 //
 //   oxaifc VERB ...     "oxaifc help" tells the verbs, "oxaifc help VERB" what each takes

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcArray: values of fixed size as callers see them: arrays, points, vectors and the three-valued logical.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcEntityIdMap: from an entity to its instance number, and back.
 //
 // For      Data and the writers. A read with kept numbers seeds it; otherwise numbers are dealt on demand.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The file objects: they tie a header and a container together and hand the work to the scanner.
 #include "Format/Ifc/IfcFile.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcFile: a model with its header, as a caller holds it.
 //
 // File        a full exchange structure (ISO 10303-21): FileHeader and FileData. Gets its schema from its header.

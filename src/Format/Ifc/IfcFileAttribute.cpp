@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What all cells share: which class of cell an attribute gets, how one is made, and what "$" and "*" do.
 #include "Format/Ifc/IfcFileAttribute.h"
 

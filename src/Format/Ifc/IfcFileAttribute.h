@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcFileAttribute: the cells in which attribute values lie.
 //
 // A cell is a small plain record without virtual table and without a type of its own: the schema object that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Comparison of cells and of instances, references followed as deep as they go.
 //
 // The three forms of a value are not compared alike. Where a value stands decides what its flags do:

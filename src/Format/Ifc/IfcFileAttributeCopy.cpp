@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Copying values into the cells of other instances, of another model and another schema if need be.
 //
 // Every copy takes the flags along first and is done when the source has no value. What a copy refuses is told by its

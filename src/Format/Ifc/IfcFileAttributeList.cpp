@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The parsing constructor of lists: which items an aggregate holds, and how its text becomes one block of them.
 #include <array>
 #include <new>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Setting list cells from a caller's values, appending to them, and preparing them for an import.
 //
 // Which item type takes which value is in the overloads of ListSetter: one for each family of values. What none

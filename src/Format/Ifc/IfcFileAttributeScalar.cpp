@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The parsing constructors of the cells that hold one plain value.
 //
 // They validate little, and what they do not look at is part of their contract: files of many exporters read.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Setting the cells of one plain value that own memory beside the cell. The other scalars are written directly.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The parsing constructor of select values: "#5", or a type's keyword and a value in parentheses.
 #include <cstring>
 #include <new>

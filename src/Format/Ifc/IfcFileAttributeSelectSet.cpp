@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Select cells from and to a caller's value, and their preparation for an import.
 #include <cstdlib>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Walking the values of a cell as a caller's type, one implementation for all types.
 //
 // What a type is read from stands in the overloads of boExtract; what it is in a list, in ItemOf.

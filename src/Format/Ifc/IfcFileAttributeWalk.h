@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcFileAttributeWalk: every entity that a cell refers to, without a std::function on the way.
 //
 // For      building inverse relations, which looks at each reference of a model once.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of cells in a STEP file (ISO 10303-21, 6.4), to the byte.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text that ifcXML has for values (ISO 10303-28), from cells and back.
 //
 // Not the text of a STEP file: no quotes save those of a GUID, "true" and not ".T.", base64 and not hexadecimal.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What keeps the container right when callers make and remove entities: list, GUID map, look-up by GUID.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The write in an order: first which entities, then their statements, one after the other.
 //
 // Reach      the walk of a write without its text, over numbered entities; on several threads, since which entities it

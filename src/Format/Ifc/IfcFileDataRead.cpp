@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The reading side of the container: from entity statements to entities, and the completion of a read.
 #include <algorithm>
 #include <charconv>

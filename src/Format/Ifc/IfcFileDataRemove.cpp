@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Removal of entities from a container, with everything that names them.
 //
 // First it is settled what goes, by counting, while nothing is changed: one pass over the model notes who names the

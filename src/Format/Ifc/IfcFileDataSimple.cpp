@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The container: its life, its schema, its list of entities and their order, their numbers.
 #include "Format/Ifc/IfcFileDataSimple.h"
 

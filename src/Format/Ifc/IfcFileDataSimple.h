@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcFileDataSimple: the container of one model: its entities, their order, their maps and their memory.
 //
 // For      every caller who looks for entities, makes or removes them.

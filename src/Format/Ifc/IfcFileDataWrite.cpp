@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The writing side of the container: the walk over the model, on one thread or up to three.
 #include <thread>
 #include <vector>

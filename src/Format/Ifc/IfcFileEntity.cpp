@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The instance object: its blocks, its attributes by name and by position.
 #include "Format/Ifc/IfcFileEntity.h"
 

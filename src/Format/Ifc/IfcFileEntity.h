@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcFileEntity: one instance of a model, "#n=NAME(...)" in a file.
 //
 // No IFC class exists in the system: an instance is three pointers, of which the first says, through the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcFileEntityBlocks: taking an instance's two blocks from memory.
 //
 // For      the units of Entity, which differ in where the memory comes from: the pool, or a thread's share of it.

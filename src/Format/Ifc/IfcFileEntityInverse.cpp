@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Inverse relations: who refers to an instance, kept in its inverse block.
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcFileEntityNamed: the entities that the statement of an instance leads to, without the statement.
 //
 // For      a write that has to know all of them beforehand: it is the walk of a write without its text.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From the parameter list of a statement to the cells of an instance: the innermost loop of reading a file.
 #include <exception>
 #include <new>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Typed access: values by attribute name and caller's type, one implementation a family.
 //
 // What a type of value needs beside the family's shape is in one trait: how it is walked, and where it is stored.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The statement of an instance: "#12=IFCWALL('...',$,#3);".
 #include <charconv>
 

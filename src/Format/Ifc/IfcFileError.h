@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Errors: what was wrong with a file, in the order in which it was found.
 //
 // For      everything that reads or writes a model: a problem is one record here, and the work goes on.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Errors::writeReport: the records as the data of a template.
 
 #include "Format/Ifc/IfcFileError.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FileHeader: the HEADER section of an ISO 10303-21 file (clause 8), in its three records.
 //
 // For      File, the scanner and the writer; the ifcXML export and import, which use the fields; library

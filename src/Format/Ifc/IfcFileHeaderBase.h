@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FileHeaderBase: the head of a file, of whichever form the file is.
 //
 // For      FileBase and the readers and writers, which need its text and the schema name in it and no more.

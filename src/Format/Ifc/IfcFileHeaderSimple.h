@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FileHeaderSimple: the three lines at the top of the simple text form, which holds a fragment of a model.
 //
 //   Ifc file simple;

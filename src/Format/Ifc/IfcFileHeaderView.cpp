@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FileHeader as the objects of a property grid: the tree, the labels and the values.
 
 #include "Format/Ifc/IfcFileHeader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcGuid: the 22 characters of a GlobalId, and the GUID of 128 bits that they stand for.
 //
 // For      the attribute cells of GlobalId, the GUID map of Data, the ifcXML export, library users.

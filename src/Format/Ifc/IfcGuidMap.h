@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcGuidMap: from a GlobalId to the entity that has it.
 //
 // For      Data; callers look at it through Data::guidEntityMap and Data::pEntityFromGuid.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcInverseBuilder: announces instances to everything that they refer to.
 //
 // For      the completion of a read, which does it for each instance of a model, and single new instances.

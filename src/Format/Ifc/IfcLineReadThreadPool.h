@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcLineReadThreadPool: parses entity statements on several threads while the scanner goes on reading.
 //
 //   scanner  --batches of 200-->  line workers: Data::boReadLine  --results-->  collector: Data::finalizeEntity

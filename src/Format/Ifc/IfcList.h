@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcList: the two shapes in which a list lies in pool memory.
 //
 //   Array<T>                 offset 0  uint64 count, offset 8  the items in a row (room for one at least)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers: from the text of a token to its value.
 //
 // For      the parsers of attribute cells, the string codec, the ifcXML import.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcParameters: cutting a parameter list, or a list inside of one, at its commas.
 //
 // For      the parsers of statements and of aggregates (ISO 10303-21, 11.2 and 6.4.5), inside of this folder.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcReadFile: the scanner: from a byte stream to statements, each sent to its consumer.
 //
 // Deliberately more forgiving and simpler than the grammar of ISO 10303-21: it knows statement ends, strings,

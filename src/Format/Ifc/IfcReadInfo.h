@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcReadInfo: what travels with a read: the entity table, the schema cache, and the statement in hand.
 //
 // The entity table gives each instance number n a fixed place, chunk n >> 15, slot n & 0x7fff, so that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcReferenceTaker: takes references out of cells.
 //
 // For      removal of entities, which looks at each reference of a model and takes some of them away.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The functions of a report template that inja's own can't be trusted with: the same results wherever those
 // have one, and an exception where they end the process or read memory that is not theirs.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What inja does not survive, and what is done about it.
 //
 // inja trusts its templates. What nests without end overflows its stack, a file that includes itself too; "1

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // vRender: a template text of inja, and the files that it includes, rendered so that it can fail and nothing
 // worse.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcScanBytes: where in a buffer the bytes stand that mean something to the statement scanner.
 //
 // For      ReadFile, inside this folder.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcSeenNumbers: which instance numbers a walk has met, a bit a number.
 //
 // For      the writers: a model's numbers are mostly dense, and then a bit is far less than an entry of a set.

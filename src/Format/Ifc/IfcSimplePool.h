@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcSimplePool: memory for the many small things of one model, which all die together.
 //
 // For      entities, attribute blocks, texts, lists and list nodes of one Data.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcStatementBuffer: the text of the statement that the scanner assembles from the pieces between its blanks.
 //
 // For      ReadFile, inside this folder.

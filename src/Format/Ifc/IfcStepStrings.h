@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // StepStrings: between UTF-8 and the 7-bit text of a STEP string (ISO 10303-21, clause 6.4.3).
 //
 // For      the string cells, their writers, and the header. Library users who handle STEP text of their own.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TextScan: how far a text runs without a byte that means something in a STEP string.
 //
 // For      the string codec. Inside of this folder only.

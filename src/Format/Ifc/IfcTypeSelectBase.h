@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcTypeSelectBase: a value of a select attribute as callers hold it, apart from any model's memory.
 //
 // For      handing a typed value, IFCLABEL('x') or a reference, in and out of AttributeSelect.

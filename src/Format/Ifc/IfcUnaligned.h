@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcUnaligned: a field that may stand at any byte address.
 //
 // For      the fields of cells, arrays and list nodes, which are packed into pool memory without padding.

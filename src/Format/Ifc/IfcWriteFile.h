@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcWriteFile: the frame of an exchange structure (ISO 10303-21), and the way statements reach a stream.
 //
 // Callers  File::boWrite, FileSimple::boWrite, Data::boWrite, and library users with seeds of their own.

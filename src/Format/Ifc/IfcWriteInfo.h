@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcWriteInfo: what travels with a write: the queue of a walk over the model, and the statement in hand.
 //
 // A write is a graph walk: each composed statement asks for the numbers of the entities that it names, and that

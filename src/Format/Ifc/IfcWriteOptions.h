@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcWriteOptions: how a model is written, beyond what its statements say.
 //
 // For      File::boWrite, FileSimple::boWrite, Data::vWriteWith.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcWriteThreads: how many threads compose beside the caller's.
 //
 // For      the writes of Data.

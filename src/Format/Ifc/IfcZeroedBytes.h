@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ZeroedBytes: zero-filled memory for the blocks of a pool.
 //
 // For      SimplePool. A large block costs only the pages of it that are touched: instance numbers may lie far apart,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // AssertLog: collects the texts of the assertions that a test raises.
 //
 // For      tests that expect an assertion, or none. While one lives, no assertion reaches anybody else,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // BaseTypes: the start of the small schemas that these tests write: a defined type for each base type of EXPRESS.
 #pragma once
 

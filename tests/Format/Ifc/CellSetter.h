@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CellSetter: one instance with a cell of every class, to set, to walk and to look at.
 //
 // For      the tests of setters, walkers and typed access.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files that are broken, huge or odd: a read ends, reports, and does not depend on where its buffers end.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FullHeader: a header that tells its fields apart.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Instance numbers: those that a file brought, and those dealt on demand.
 #include "Format/Ifc/IfcEntityIdMap.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Comparison of cells: what makes two values of one attribute equal, place by place.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Copy: what reaches a cell of another model with another schema, and what is told when nothing does.
 #include <gtest/gtest.h>
 

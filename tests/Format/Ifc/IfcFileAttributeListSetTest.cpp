@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Setting and extending lists: which item type takes which value, what becomes of the block, and what is refused.
 #include "Format/Ifc/IfcFileAttribute.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The cell of an aggregate: how its text becomes items, and what is wrong with items.
 #include "Format/Ifc/IfcFileAttribute.h"
 

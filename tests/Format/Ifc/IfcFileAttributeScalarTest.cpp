@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The cells of one plain value: what each accepts of a token, and what it holds after one that it does not accept.
 #include "Format/Ifc/IfcFileAttribute.h"
 

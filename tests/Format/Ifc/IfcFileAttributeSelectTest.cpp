@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The cell of a select: a reference, or a value behind the name of its type.
 #include "Format/Ifc/IfcFileAttribute.h"
 

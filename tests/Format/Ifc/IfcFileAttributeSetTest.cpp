@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Setting the cells of one value: what is stored, where it lies, and what is refused. Selects take and give the
 // caller's value, and are prepared for an import.
 #include "Format/Ifc/IfcFileAttribute.h"

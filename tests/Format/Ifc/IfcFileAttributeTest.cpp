@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What all cells share: class and size by the schema, the default state, null and derived, the copied flags.
 #include "Format/Ifc/IfcFileAttribute.h"
 

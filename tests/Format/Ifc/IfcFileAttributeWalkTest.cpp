@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Walking the values of cells: which types of value are met in which cells, in which order, and where a walk ends.
 #include "Format/Ifc/IfcFileAttributeWalk.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of cells in a file (ISO 10303-21, 6.4), to the byte, and what is reported of those that have no good one.
 #include "Format/Ifc/IfcFileAttribute.h"
 

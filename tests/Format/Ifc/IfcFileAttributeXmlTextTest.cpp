@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of values in ifcXML, into cells and out of them, as one text or as one an item.
 #include "Format/Ifc/IfcFileAttribute.h"
 

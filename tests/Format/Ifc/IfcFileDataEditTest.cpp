@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What keeps list, GUID map and project right when callers make and remove entities.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

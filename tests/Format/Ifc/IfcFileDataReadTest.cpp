@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Intake of entity statements and the completion of a read.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

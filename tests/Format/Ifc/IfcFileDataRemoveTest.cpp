@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Removal of entities with everything that names them: what goes, what changes, and what is told.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

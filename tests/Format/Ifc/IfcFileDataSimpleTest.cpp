@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The container: creation, order, ranges, moves, numbers.
 #include "Format/Ifc/IfcFileDataSimple.h"
 

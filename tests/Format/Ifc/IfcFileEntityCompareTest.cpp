@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Comparison of instances, along all their references, however many there are and wherever they lead.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Inverse relations: what a read builds, and what the operations on them do to the lists.
 #include "Format/Ifc/IfcFileEntity.h"
 

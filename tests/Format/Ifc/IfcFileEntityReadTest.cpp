@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From a parameter list to cells: the splitting, too many and too few parameters, and what a schema may lack.
 #include "Format/Ifc/IfcFileEntity.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The instance: its packed block, its attributes by name and by position, its states.
 #include "Format/Ifc/IfcFileEntity.h"
 

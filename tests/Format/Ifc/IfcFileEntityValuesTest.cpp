@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values by attribute name: what each type of value is read from, where it is stored, and what is left alone.
 #include "Format/Ifc/IfcFileEntity.h"
 

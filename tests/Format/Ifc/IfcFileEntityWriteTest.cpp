@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The statement of an instance, within a write and for display.
 #include <gtest/gtest.h>
 

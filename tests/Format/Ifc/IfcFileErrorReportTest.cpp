@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Errors::writeReport: the data that a template sees, and templates that fail.
 
 #include <cstdint>

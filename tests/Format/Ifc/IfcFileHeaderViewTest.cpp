@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FileHeader in a property grid: ids, labels, values and the tree.
 
 #include "Format/Ifc/IfcFileHeader.h"

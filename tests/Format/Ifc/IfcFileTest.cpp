@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The file objects: what they hand on, the simple form, progress.
 #include "Format/Ifc/IfcFile.h"
 

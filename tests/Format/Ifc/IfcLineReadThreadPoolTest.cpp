@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Parsing on several threads: every statement once, whatever their count, and the model of a single-threaded read.
 #include "Format/Ifc/IfcLineReadThreadPool.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lists in pool memory: rows of items, and chains.
 #include "Format/Ifc/IfcList.h"
 

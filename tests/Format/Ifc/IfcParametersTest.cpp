@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Cutting a parameter list at its commas.
 #include "Format/Ifc/IfcParameters.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scanner: which bytes become statements, where sections begin and end, and what is said of faults.
 #include "Format/Ifc/IfcReadFile.h"
 

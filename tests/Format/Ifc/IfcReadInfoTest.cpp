@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The entity table: each number its place, whoever asks first.
 #include "Format/Ifc/IfcReadInfo.h"
 

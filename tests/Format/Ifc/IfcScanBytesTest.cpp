@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The search for the bytes that mean something to the scanner.
 #include "Format/Ifc/IfcScanBytes.h"
 

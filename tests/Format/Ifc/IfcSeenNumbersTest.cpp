@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bits of the numbers that a walk has met.
 #include "Format/Ifc/IfcSeenNumbers.h"
 

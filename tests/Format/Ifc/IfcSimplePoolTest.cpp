@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The pool of a model and the arenas of its threads.
 #include "Format/Ifc/IfcSimplePool.h"
 

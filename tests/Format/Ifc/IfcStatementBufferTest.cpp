@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of a statement, put together from its pieces.
 #include "Format/Ifc/IfcStatementBuffer.h"
 

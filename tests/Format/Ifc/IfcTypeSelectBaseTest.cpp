@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The caller's value of a select: what it holds, who owns it, and what is told when it is released.
 #include "Format/Ifc/IfcTypeSelectBase.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a write puts into a stream: which statements, in which order, with which numbers, and how they get there.
 #include "Format/Ifc/IfcWriteFile.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes in an order, numbers that new entities get beside those of a file, and how a number written twice is told.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

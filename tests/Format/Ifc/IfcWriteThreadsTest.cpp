@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes on several threads: how many there are, and what none of them may lose, double or wait for.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ModelText: what a model and the reports on it say, as text to be compared.
 //
 // For      the tests that hold one read or write against another.

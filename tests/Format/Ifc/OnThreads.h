@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OnThreads: one piece of work on several threads at once.
 //
 // For      the tests of what many threads may use together.

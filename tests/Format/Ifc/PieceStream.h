@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PieceStream: a stream that delivers a text in pieces of a few bytes.
 //
 // For      tests of readers: every buffer that is filled from it ends where the piece does.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ReadResult: a text, read as a file, and what came of it in a form that a table row can hold.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Intake and completion against their rules written down plainly: any batch, any graph, any place of the entity table;
 // and the simple form.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // RuleModel: a small schema, files of it, and what came of reading them as text.
 //
 // For      the tests that write down the rules of reading, one row a rule, for the caller's thread and for workers.

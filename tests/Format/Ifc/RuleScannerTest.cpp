@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scanner at the ends of its buffer: comments, strings, directives and faults say the same wherever it ends.
 //
 // The rows of the DATA section are read on the caller's thread and by workers, and once more for each of their bytes as

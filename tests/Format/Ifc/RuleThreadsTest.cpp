@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A threaded read that ends early, and the loop that calls a function on a thread of its own.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SmallModel: a schema with everything that a walk over a model meets, and files of it.
 //
 // For      the tests of whole reads and writes.

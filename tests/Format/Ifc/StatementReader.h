@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // StatementReader: from one statement of a STEP file to the text of its cells and of what was reported.
 //
 // For      the tests of the cell parsers and of the entity, whose rows are a statement and two texts.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A file read on several threads gives the model and the reports of a single-threaded read.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // WrittenText: a small model, written in one of the ways that there are, as a text.
 //
 // For      the tests of writes.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Consumer: reads a model of two entities with nothing but the installed library.
 #include <iostream>
 #include <sstream>

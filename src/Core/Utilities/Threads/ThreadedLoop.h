@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ThreadedLoop: a function that is called again and again on a thread of its own, until told to stop.
 //
 // For      background work that looks for something to do from time to time. A thread that can be woken when there is

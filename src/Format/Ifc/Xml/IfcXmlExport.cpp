@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The frame of a document, and the walk over the model.
 #include "Format/Ifc/Xml/IfcXmlExport.h"
 

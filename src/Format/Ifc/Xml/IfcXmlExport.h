@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcXmlExport: a model as an ifcXML document (ISO 10303-28, the configuration published for IFC4 ADD2).
 //
 //   <ifcXML xmlns="..." id="ifcXML4">

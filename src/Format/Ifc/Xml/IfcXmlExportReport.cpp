@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a document lacks, instance by instance, and why.
 #include <unordered_set>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the value of one attribute becomes: an XML attribute, an element, or elements of instances.
 //
 // Not all values have a form. A list of anything but reals, texts, selects and instances is left out, and so are

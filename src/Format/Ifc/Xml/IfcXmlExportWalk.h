@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcXmlExportWalk: the state of one walk over a model.
 //
 // Nested instances are kept on stacks of our own: a chain of references may be as long as the model.

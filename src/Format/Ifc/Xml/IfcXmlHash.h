@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcXmlHash: the hash of the tables that an ifcXML document needs: FNV-1a of 64 bits over eight bytes, low byte first.
 #pragma once
 

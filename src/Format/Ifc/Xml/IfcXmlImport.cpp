@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The frame of a document, and from elements to instances.
 #include "Format/Ifc/Xml/IfcXmlImport.h"
 

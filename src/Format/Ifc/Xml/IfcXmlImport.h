@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcXmlImport: from an ifcXML document to a model.
 //
 // Reads what IfcXmlExport writes, and is no general reader of ifcXML: what else a document holds is passed over,

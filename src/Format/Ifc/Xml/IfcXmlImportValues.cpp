@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From one XML attribute or child element to a cell. The form that is found decides, not a mapping record.
 //
 // Reading a nested instance may change the one that is being read, where a document gives a number twice. So cells are

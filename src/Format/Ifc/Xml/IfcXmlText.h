@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IfcXmlText: small texts of an ifcXML document taken apart.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What each kind of value becomes in a document, and what comes back of it.
 #include <gtest/gtest.h>
 

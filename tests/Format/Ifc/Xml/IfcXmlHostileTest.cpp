@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Documents that mean no good: whatever comes, the process goes on, and what is imported can be used.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From documents to models: the frame, the elements, the numbers.
 #include "Format/Ifc/Xml/IfcXmlImport.h"
 

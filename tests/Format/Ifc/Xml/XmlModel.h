@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XmlModel: a schema with every form that ifcXML has, its mapping records, and models of it to and from documents.
 //
 // For      the tests of the ifcXML export and import.
