@@ -51,11 +51,10 @@ bool Data::boEntityDelete(Entity* pEntity) {
     if (!m_pSchema) return false;
     vSortEntities();
     // By the entity's own type: that need not be one of the present schema.
-    const auto run = std::ranges::equal_range(m_entities, iOrdinal, {}, [](const Entity* pOther) {
-        return pOther->schemaEntity().iTypeOrdinal;
-    });
-    const auto place = std::ranges::find(run, pEntity);
-    if (place == run.end()) return false;
+    const auto ordinal = [](const Entity* pOther) { return pOther->schemaEntity().iTypeOrdinal; };
+    const auto last = std::ranges::upper_bound(m_entities, iOrdinal, {}, ordinal);
+    const auto place = std::find(std::ranges::lower_bound(m_entities, iOrdinal, {}, ordinal), last, pEntity);
+    if (place == last) return false;
     m_entities.erase(place);
     if (boRooted(*pEntity)) {
         if (!m_pendingGuid.empty()) vGuidUpdate();
