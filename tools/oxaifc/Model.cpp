@@ -169,10 +169,26 @@ const ifc::FileHeaderSimple* Model::pHeaderSimple() const noexcept {
 }
 
 std::string Model::sLost() const {
-    const ifc::Errors::LostStatements lost = lostStatements();
-    if (lost.iCount == 0) return {};
-    return fmt::format("{} {} lost (the first at line {}): no memory or a fault inside",
-                       sCounted(lost.iCount, "statement"), lost.iCount == 1 ? "was" : "were", lost.iFirstLine);
+    const ifc::Errors::LostStatements lost = m_pErrors->lostStatements();
+    const ifc::Errors::LostStatements passed = m_pErrors->passedOver();
+    std::string sText;
+    if (lost.iCount)
+        sText = fmt::format("{} {} lost (the first at line {}): no memory or a fault inside",
+                            sCounted(lost.iCount, "statement"), lost.iCount == 1 ? "was" : "were", lost.iFirstLine);
+    if (passed.iCount)
+        sText += fmt::format("{}{} passed over (the first at line {}): what is read are statements #12=KEYWORD(...); "
+                             "of the first DATA section",
+                             sText.empty() ? "" : "; ",
+                             passed.iCount == 1 ? "1 place was" : sGrouped(passed.iCount) + " places were",
+                             passed.iFirstLine);
+    return sText;
+}
+
+ifc::Errors::LostStatements Model::lostStatements() const {
+    const ifc::Errors::LostStatements lost = m_pErrors->lostStatements();
+    const ifc::Errors::LostStatements passed = m_pErrors->passedOver();
+    if (!lost.iCount || !passed.iCount) return lost.iCount ? lost : passed;
+    return {lost.iCount + passed.iCount, std::min(lost.iFirstLine, passed.iFirstLine)};
 }
 
 std::string_view Model::noErrors() const noexcept {

@@ -65,10 +65,12 @@ public:
     }
     // True for ifcXML: what is not understood there is passed over, and errors() does not tell it.
     [[nodiscard]] bool boXml() const noexcept { return m_boXml; }
-    // Statements that a fault inside kept from the model, which no error tells: "3 statements were lost (the first
-    // at line 12): no memory or a fault inside". Empty where none was. It is told on standard error too.
+    // What the model lacks and no error tells, by a fault inside or since the reading passes it over: "3 statements
+    // were lost (the first at line 12): no memory or a fault inside". Empty where it is whole. It is told on standard
+    // error too.
     [[nodiscard]] std::string sLost() const;
-    [[nodiscard]] ifc::Errors::LostStatements lostStatements() const { return m_pErrors->lostStatements(); }
+    // The same, counted.
+    [[nodiscard]] ifc::Errors::LostStatements lostStatements() const;
     // What to say of a read without errors: "read without loss" where that is known.
     [[nodiscard]] std::string_view noErrors() const noexcept;
     // The result of the read.

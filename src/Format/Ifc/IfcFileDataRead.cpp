@@ -65,7 +65,9 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
         result.push_back(nullptr);
         return false;
     };
+    const auto passOver = [&info] { info.m_pCommon->m_pError->vPassedOverAdd(info.m_iLine); };
     const std::optional<StatementParts> parts = statementParts(info);
+    if (parts && !m_pSchema) passOver();
     if (!parts || !m_pSchema) return giveUp();
 
     const std::string_view line = info.m_line;
@@ -77,6 +79,8 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
         return giveUp();
     }
     const std::size_t iClose = line.rfind(')');
+    // A text that ends with ");" has lost nothing; a tab is the one blank that comes up to here.
+    if (iClose + 2 != line.size() && line.find_first_not_of("\t;", iClose + 1) != std::string_view::npos) passOver();
     if (iClose == std::string_view::npos) return giveUp();   // one before the "(" would be part of number or keyword
     const auto iId = static_cast<unsigned>(parts->iId);   // a negative number lands far up in the table
     return boEntityAdd(iId, *pType, info, parts->iOpen, iClose - parts->iOpen + 1, result) || giveUp();

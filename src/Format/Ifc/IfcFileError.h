@@ -119,6 +119,14 @@ public:
     // Counts statements as lost; none is no loss. From any number of threads; allocates nothing.
     void vLostAdd(std::size_t iCount, unsigned iFirstLine);
 
+    // Places of a file that the rules of reading pass over without a record, as LostStatements, and like those no part
+    // of the model: in the DATA section a statement without "#" or without ")", and text between its last ")" and its
+    // ";"; statements of other sections than HEADER and the first DATA, and those of a file that names no schema. What
+    // stands behind the DATA section is one place, and seen where it begins in bytes that the read has taken already.
+    [[nodiscard]] LostStatements passedOver() const;
+    // Counts one. From any number of threads; allocates nothing.
+    void vPassedOverAdd(unsigned iLine);
+
     // In the order of arrival.
     [[nodiscard]] const std::vector<ErrorRecord>& records() const noexcept { return m_records; }
 
@@ -146,6 +154,7 @@ private:
     std::atomic<bool> m_boFatal{false};   // read while others add
     std::vector<ErrorRecord> m_records;   // guarded by m_mutex while others add
     LostStatements m_lost;                // likewise
+    LostStatements m_passedOver;          // likewise
     std::map<std::string, SharedText, std::less<>> m_keys;   // likewise
     mutable std::mutex m_mutex;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Format/Ifc/IfcReadFile.h"
 
+#include <algorithm>
 #include <cstring>
 #include <istream>
 #include <memory>
@@ -15,6 +16,16 @@ namespace {
 // Sections and markers are found by plain substring search in a whole statement, quoted text included.
 bool boContains(std::string_view statement, std::string_view sWord) {
     return statement.find(sWord) != std::string_view::npos;
+}
+
+// Blanks, comments and ends of statements taken off the front.
+std::string_view behindBlanks(std::string_view text) {
+    for (;;) {
+        text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n;"), text.size()));
+        if (!text.starts_with("/*")) return text;
+        const std::size_t iEnd = text.find("*/", 2);
+        text.remove_prefix(iEnd == std::string_view::npos ? text.size() : iEnd + 2);
+    }
 }
 
 }   // namespace
@@ -261,14 +272,20 @@ inline ReadFile::Scan ReadFile::statementEnd(const SchemaFromName& schemaFromNam
     return Scan::Continue;
 }
 
-// Everything but entity statements; what no state has a use for is dropped without a word.
+// Everything but entity statements; what no state has a use for is counted and dropped.
 ReadFile::Scan ReadFile::sectionStatement(const SchemaFromName& schemaFromName) {
     if (!m_boMarkerSeen) {
         m_boMarkerSeen = boContains(m_statement.text(), "ISO-10303-21");
         return Scan::Continue;
     }
-    // The read ends with the DATA section: nothing behind it is looked at.
-    if (m_boInData) return boContains(m_statement.text(), "ENDSEC") ? Scan::Finished : Scan::Continue;
+    if (m_boInData) {
+        if (!boContains(m_statement.text(), "ENDSEC")) {
+            vPassOver();
+            return Scan::Continue;
+        }
+        if (!m_boSimple) vLookBehind();
+        return Scan::Finished;
+    }
     if (m_boInHeader) {
         if (boContains(m_statement.text(), "ENDSEC")) {
             m_boInHeader = false;
@@ -283,7 +300,30 @@ ReadFile::Scan ReadFile::sectionStatement(const SchemaFromName& schemaFromName) 
         m_boInHeader = true;
     else if (boContains(m_statement.text(), "END-ISO-10303-21"))
         return Scan::Finished;
+    else if (!boContains(m_statement.text(), "ENDSEC"))
+        vPassOver();
     return Scan::Continue;
+}
+
+void ReadFile::vPassOver() {
+    if (m_statement.text().find_first_not_of("\t;") != std::string_view::npos)
+        m_info.m_pError->vPassedOverAdd(m_iLine);
+}
+
+// The read ends with the DATA section and takes no further byte. Those that it has taken tell whether another section
+// follows, or another file.
+void ReadFile::vLookBehind() {
+    static constexpr std::string_view g_sEnd = "END-ISO-10303-21";
+    const std::string_view all(m_pBuffer + m_iPosition, m_iValid - m_iPosition);
+    std::string_view rest = behindBlanks(all);
+    if (rest.starts_with(g_sEnd)) {
+        rest = behindBlanks(rest.substr(g_sEnd.size()));
+        if (!rest.starts_with("ISO-10303-21")) return;
+    } else if (g_sEnd.starts_with(rest)) {   // as far as the bytes go
+        return;
+    }
+    const auto iLines = std::count(all.begin(), all.end() - static_cast<std::ptrdiff_t>(rest.size()), '\n');
+    m_info.m_pError->vPassedOverAdd(m_iLine + static_cast<unsigned>(iLines));
 }
 
 // The schema is known before the first entity statement; without one there is nothing to read.

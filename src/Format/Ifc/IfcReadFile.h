@@ -67,6 +67,8 @@ private:
     void vPendingTake(unsigned iEnd);
     void vBeforeRefill(const char* pBuffer, unsigned iValid) override;
     void vReport(const char* sKey);
+    void vPassOver();
+    void vLookBehind();
 
     FileBase* m_pFile;
     std::uint32_t m_iLine = 1;            // line feeds so far, from 1

@@ -1,0 +1,107 @@
+// What the program says of files that only seem to be read whole, and of those that are not.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tools/ProgramRun.h"
+#include "tools/WrittenFile.h"
+
+namespace oxa::test {
+
+namespace {
+
+const std::string g_sProject = "#1=IFCPROJECT('0YvctVUKr0kugbFTf53O9L',$,$,$,$,$,$,$,$);\n";   // line 8
+const std::string g_sMaterial = "#2=IFCMATERIAL('a',$,$);\n";
+
+// Text that the rules of reading pass over without an error.
+struct PassedOver {
+    const char* sRule;
+    std::string sFile;
+    std::size_t iPlaces;
+    unsigned iLine;
+};
+std::vector<PassedOver> passedOver() {
+    const auto data = [](const std::string& sData) { return sExchangeFile("IFC4", g_sProject + sData); };
+    return {
+        {"no closing parenthesis", data("#2=IFCMATERIAL('a',$,$;\n"), 1, 9},
+        {"no number", data(g_sMaterial + "garbage here;\n"), 1, 10},
+        {"several, the first counts", data("IFCMATERIAL('b',$,$);\n" + g_sMaterial + "&SCOPE;\nENDSCOPE;\n"), 3, 9},
+        {"text behind a parameter list", data("#2=IFCMATERIAL('a',$,$),#1;\n"), 1, 9},
+        {"a second section of data", data("ENDSEC;\nDATA;\n" + g_sMaterial), 1, 10},
+        {"a second file", data("") + data(""), 1, 11},
+    };
+}
+std::string sTold(const PassedOver& row) {
+    return (row.iPlaces == 1 ? "1 place was" : std::to_string(row.iPlaces) + " places were") +
+           " passed over (the first at line " + std::to_string(row.iLine) +
+           "): what is read are statements #12=KEYWORD(...); of the first DATA section";
+}
+
+TEST(RuleProgram, CheckCallsNoFileWholeThatWasPassedOverInPart) {
+    const TestFolder folder;
+    for (const PassedOver& row : passedOver()) {
+        SCOPED_TRACE(row.sRule);
+        const std::string sPath = folder.sFile("a.ifc", row.sFile);
+        for (const auto& words : {std::vector<std::string>{"check", sPath},
+                                  std::vector<std::string>{"check", sPath, "--single-threaded"}}) {
+            const ProgramRun run = runProgram(words);
+            EXPECT_EQ(run.iCode, 1);
+            EXPECT_EQ(run.sOut, sPath + ": " + sTold(row) + "\n");
+            EXPECT_EQ(run.sError, "oxaifc: " + sPath + ": " + sTold(row) + "\n");
+        }
+        const ProgramRun json = runProgram({"check", "--json", sPath});
+        const Json file = {{"file", sPath}, {"ok", true}, {"errors", 0}, {"lostStatements", row.iPlaces},
+                           {"firstLostLine", row.iLine}};
+        EXPECT_EQ(json.json()["files"][0], file);
+    }
+}
+
+TEST(RuleProgram, FileThatWasPassedOverInPartIsNotReplaced) {
+    const TestFolder folder;
+    for (const PassedOver& row : passedOver()) {
+        SCOPED_TRACE(row.sRule);
+        const std::string sIn = folder.sFile("a.ifc", row.sFile);
+        const std::string sOut = (folder.path() / "b.ifc").string();
+        const std::string sSaid = "oxaifc: " + sIn + ": " + sTold(row);
+        for (const auto& words : {std::vector<std::string>{"convert", "--all", sIn, sIn},
+                                  std::vector<std::string>{"set", sIn, "1", "Name", "x", sIn}}) {
+            const ProgramRun run = runProgram(words);
+            EXPECT_EQ(run.iCode, 2);
+            EXPECT_EQ(run.sError, sSaid + "\n" + sSaid + ", so name another OUT\n");
+            EXPECT_EQ(sContent(sIn), row.sFile);
+        }
+        const ProgramRun other = runProgram({"convert", "--all", sIn, sOut});
+        EXPECT_EQ(other.iCode, 1);
+        EXPECT_EQ(other.sError, sSaid + "\n");
+        EXPECT_TRUE(statements(sContent(sOut)).contains(g_sProject.substr(0, g_sProject.size() - 1)));
+    }
+}
+
+// What stands around a file is no part of it, nor are blanks.
+TEST(RuleProgram, WholeFileIsCalledWhole) {
+    const TestFolder folder;
+    const std::string sWhole = sExchangeFile("IFC4", g_sProject);
+    const struct {
+        const char* sRule;
+        std::string sFile;
+    } rows[] = {
+        {"as it is", sWhole},
+        {"a letter around it", "Dear A.,\nsee below;\n" + sWhole + "Yours, B.;\n#3=IFCMATERIAL('a',$,$);\n"},
+        {"empty statements, tabs and comments",
+         sExchangeFile("IFC4", ";\t;\n/* garbage; */" + g_sProject + "#2=IFCMATERIAL('a',$,$)\t;\n")},
+        {"no end behind the data", sWhole.substr(0, sWhole.find("END-ISO"))},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sRule);
+        const std::string sPath = folder.sFile("a.ifc", row.sFile);
+        const ProgramRun run = runProgram({"check", sPath});
+        EXPECT_EQ(run.iCode, 0);
+        EXPECT_EQ(run.sOut, sPath + ": read without loss\n");
+        EXPECT_EQ(run.sError, "");
+    }
+}
+
+}   // namespace
+
+}   // namespace oxa::test
