@@ -102,6 +102,39 @@ TEST(RuleProgram, WholeFileIsCalledWhole) {
     }
 }
 
+// An open quote turns all that follows inside out; the line told is that where it began, also in a header.
+TEST(RuleProgram, OpenQuoteIsToldByItsLine) {
+    const std::string sWhole = sExchangeFile("IFC4", g_sProject + g_sMaterial);
+    const std::string sNone = "there is no whole instance before that";
+    const std::string sFirst =
+        "the last whole instance is #1, which ends at byte " + std::to_string(sWhole.find(g_sMaterial) - 1);
+    const struct {
+        const char* sRule;
+        const char* sText;
+        const char* sBecomes;
+        unsigned iLine;
+        std::string sBefore;
+    } rows[] = {
+        {"of FILE_DESCRIPTION", "('d')", "('d)", 3, sNone},
+        {"of FILE_NAME", "'z')", "'z)", 4, sNone},
+        {"of FILE_SCHEMA", "'IFC4'", "'IFC4", 5, sNone},
+        {"of an instance", "IFCMATERIAL('a'", "IFCMATERIAL('a", 9, sFirst},
+        {"an apostrophe", "IFCMATERIAL('a'", "IFCMATERIAL('O'Neill'", 9, sFirst},
+    };
+    const TestFolder folder;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sRule);
+        std::string sFile = sWhole;
+        sFile.replace(sFile.find(row.sText), std::string(row.sText).size(), row.sBecomes);
+        const ProgramRun run = runProgram({"check", "--json", folder.sFile("a.ifc", sFile)});
+        EXPECT_EQ(run.iCode, 1);
+        const Json record = run.json()["records"][0];
+        EXPECT_EQ(record["line"], row.iLine);
+        EXPECT_EQ(record["message"], "The text that begins in line " + std::to_string(row.iLine) +
+                                         " with a single quote has no end; " + row.sBefore + ".");
+    }
+}
+
 }   // namespace
 
 }   // namespace oxa::test

@@ -140,19 +140,30 @@ private:
         if (c == '\'') m_state = State::Between;
     }
 
-    // A line within a text that begins as an instance does: "#12 =".
+    // A line within a text that begins as an instance does, "#12 =", or as the statements of a header.
     void vBeginWatch(char c) {
         const bool boDigit = c >= '0' && c <= '9';
-        if (c == '\n')
+        if (c == '\n') {
             m_eBegin = Begin::Line;
-        else if (m_eBegin == Begin::Line && c == '#')
-            m_eBegin = Begin::Sign;
-        else if ((m_eBegin == Begin::Sign || m_eBegin == Begin::Digits) && boDigit)
-            m_eBegin = Begin::Digits;
-        else if (m_eBegin == Begin::Digits && c == '=' && !m_brokenText.iLine)
-            m_brokenText = {m_iOpened, m_sSource.substr(0, m_sSource.find('\n'))};
-        else if (c != ' ')
+            m_iHeaderWord = 0;
+        } else if ((m_eBegin == Begin::Line || m_eBegin == Begin::Word) && c == g_sHeaderWord[m_iHeaderWord]) {
+            m_eBegin = Begin::Word;
+            if (++m_iHeaderWord < g_sHeaderWord.size()) return;
             m_eBegin = Begin::Nothing;
+            vBroken();
+        } else if (m_eBegin == Begin::Line && c == '#') {
+            m_eBegin = Begin::Sign;
+        } else if ((m_eBegin == Begin::Sign || m_eBegin == Begin::Digits) && boDigit) {
+            m_eBegin = Begin::Digits;
+        } else if (m_eBegin == Begin::Digits && c == '=') {
+            vBroken();
+        } else if (c != ' ') {
+            m_eBegin = Begin::Nothing;
+        }
+    }
+
+    void vBroken() {
+        if (!m_brokenText.iLine) m_brokenText = {m_iOpened, m_sSource.substr(0, m_sSource.find('\n'))};
     }
 
     [[nodiscard]] ReadDiagnosis of(const Sentence& sentence, unsigned iLine, const std::string& sSource) const {
@@ -161,7 +172,8 @@ private:
         return {sentence.sWith(iLine, sBefore), sSource, iLine};
     }
 
-    enum class Begin { Nothing, Line, Sign, Digits };
+    enum class Begin { Nothing, Line, Sign, Digits, Word };
+    static constexpr std::string_view g_sHeaderWord = "FILE_";
 
     std::uint64_t m_iBytes = 0;
     unsigned m_iLine = 1;
@@ -171,6 +183,7 @@ private:
     unsigned m_iSkip = 0;
     unsigned m_iEscape = 0;
     Begin m_eBegin = Begin::Nothing;
+    std::size_t m_iHeaderWord = 0;   // bytes of the word so far
     BrokenText m_brokenText;   // the first
     std::string m_sSource;     // of the statement, from its begin on
     bool m_boEqual = false;
