@@ -78,6 +78,38 @@ TEST(RuleProgram, FileThatWasPassedOverInPartIsNotReplaced) {
     }
 }
 
+// A file is itself under any name, as standard input too.
+TEST(RuleProgram, FileWithErrorsIsNotReplacedByWhatStandardInputSays) {
+    const TestFolder folder;
+    const std::string sText = sExchangeFile("IFC4", g_sProject + "#2=IFCNOTHING();\n");
+    const std::string sPath = folder.sFile("a.ifc", sText);
+    const std::string sOther = folder.sFile("b.ifc", "old");
+    const std::string sSaid =
+        "oxaifc: standard input: has 1 error; what could not be read would be lost, so name another OUT\n";
+    const auto run = [&](const std::string& sInput, const std::string& sOut) {
+        return runProgramAt("/bin/sh", {"-c", sInput, OXAIFC_PROGRAM, sPath, sOut});
+    };
+    const ProgramRun same = run("\"$0\" convert - \"$2\" < \"$1\"", sPath);
+    EXPECT_EQ(same.iCode, 2);
+    EXPECT_EQ(same.sError, sSaid);
+    EXPECT_EQ(sContent(sPath), sText);
+    for (const char* sInput : {"\"$0\" convert - \"$2\" < \"$1\"", "cat \"$1\" | \"$0\" convert - \"$2\""}) {
+        folder.sFile("b.ifc", "old");
+        EXPECT_EQ(run(sInput, sOther).iCode, 1);
+        EXPECT_EQ(statements(sContent(sOther)).size(), 1U);
+    }
+}
+
+TEST(RuleProgram, TemplateIsNotReplacedByItsReport) {
+    const TestFolder folder;
+    const std::string sPath = folder.sFile("a.ifc", sExchangeFile("IFC4", g_sProject));
+    const std::string sTemplate = folder.sFile("t.txt", "{{ filename }}");
+    const ProgramRun run = runProgram({"check", sPath, "--template", sTemplate, "--html", sTemplate});
+    EXPECT_EQ(run.iCode, 2);
+    EXPECT_EQ(run.sError, "oxaifc: " + sTemplate + ": is the template; name another\n");
+    EXPECT_EQ(sContent(sTemplate), "{{ filename }}");
+}
+
 // What stands around a file is no part of it, nor are blanks.
 TEST(RuleProgram, WholeFileIsCalledWhole) {
     const TestFolder folder;

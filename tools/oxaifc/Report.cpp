@@ -85,7 +85,9 @@ Report::Report(const ReportOptions& options, const std::string& sPath)
     : m_sTemplateName(options.sTemplate), m_sTemplate(sTemplateText(options.sTemplate)),
       m_target(options.sOut.empty() ? "-" : options.sOut) {
     if (m_target.boIs(sPath))
-        throw Failure(fmt::format("{}: is the file to be checked; name another", sPath));
+        throw Failure(fmt::format("{}: is the file to be checked; name another", options.sOut));
+    if (!options.sTemplate.empty() && m_target.boIs(options.sTemplate))
+        throw Failure(fmt::format("{}: is the template; name another", options.sOut));
 }
 
 void Report::vRender(const ifc::Errors& errors, const std::string& sTemplate, const std::string& sFileName) {

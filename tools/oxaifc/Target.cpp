@@ -147,7 +147,9 @@ void Target::vFinish() {
 
 bool Target::boIs(const std::string& sPath) const {
     std::error_code error;
-    return !m_sPath.empty() && sPath != "-" && fs::equivalent(m_sPath, sPath, error) && !error;
+    // A shell may have made a file standard input; a system without this name answers with an error.
+    const fs::path path = sPath == "-" ? "/dev/stdin" : sPath;
+    return !m_sPath.empty() && fs::equivalent(m_sPath, path, error) && !error;
 }
 
 }   // namespace oxa::tool

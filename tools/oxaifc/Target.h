@@ -30,7 +30,7 @@ public:
 
     // How messages call it.
     [[nodiscard]] const std::string& sName() const noexcept { return m_sName; }
-    // True when this is the file of that path, under whatever name.
+    // True when this is the file of that path, under whatever name; "-" is the one that standard input comes from.
     [[nodiscard]] bool boIs(const std::string& sPath) const;
 
 private:
