@@ -23,11 +23,16 @@ struct PassedOver {
 };
 std::vector<PassedOver> passedOver() {
     const auto data = [](const std::string& sData) { return sExchangeFile("IFC4", g_sProject + sData); };
+    const auto sLonger = [&data](const std::string& sField) {
+        std::string sText = data("");
+        return sText.insert(sText.find(sField) + sField.size(), ",'surplus'");
+    };
     return {
         {"no closing parenthesis", data("#2=IFCMATERIAL('a',$,$;\n"), 1, 9},
         {"no number", data(g_sMaterial + "garbage here;\n"), 1, 10},
         {"several, the first counts", data("IFCMATERIAL('b',$,$);\n" + g_sMaterial + "&SCOPE;\nENDSCOPE;\n"), 3, 9},
         {"text behind a parameter list", data("#2=IFCMATERIAL('a',$,$),#1;\n"), 1, 9},
+        {"a field that FILE_NAME has not", sLonger("'z'"), 1, 4},
         {"a second section of data", data("ENDSEC;\nDATA;\n" + g_sMaterial), 1, 10},
         {"a second file", data("") + data(""), 1, 11},
     };
@@ -35,7 +40,8 @@ std::vector<PassedOver> passedOver() {
 std::string sTold(const PassedOver& row) {
     return (row.iPlaces == 1 ? "1 place was" : std::to_string(row.iPlaces) + " places were") +
            " passed over (the first at line " + std::to_string(row.iLine) +
-           "): what is read are statements #12=KEYWORD(...); of the first DATA section";
+           "): what is read are the fields of the header and the statements #12=KEYWORD(...); of the first DATA "
+           "section";
 }
 
 TEST(RuleProgram, CheckCallsNoFileWholeThatWasPassedOverInPart) {

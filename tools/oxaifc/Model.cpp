@@ -176,8 +176,8 @@ std::string Model::sLost() const {
         sText = fmt::format("{} {} lost (the first at line {}): no memory or a fault inside",
                             sCounted(lost.iCount, "statement"), lost.iCount == 1 ? "was" : "were", lost.iFirstLine);
     if (passed.iCount)
-        sText += fmt::format("{}{} passed over (the first at line {}): what is read are statements #12=KEYWORD(...); "
-                             "of the first DATA section",
+        sText += fmt::format("{}{} passed over (the first at line {}): what is read are the fields of the header and "
+                             "the statements #12=KEYWORD(...); of the first DATA section",
                              sText.empty() ? "" : "; ",
                              passed.iCount == 1 ? "1 place was" : sGrouped(passed.iCount) + " places were",
                              passed.iFirstLine);

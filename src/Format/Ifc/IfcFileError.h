@@ -121,8 +121,10 @@ public:
 
     // Places of a file that the rules of reading pass over without a record, as LostStatements, and like those no part
     // of the model: in the DATA section a statement without "#" or without ")", and text between its last ")" and its
-    // ";"; statements of other sections than HEADER and the first DATA, and those of a file that names no schema. What
-    // stands behind the DATA section is one place, and seen where it begins in bytes that the read has taken already.
+    // ";"; in the header a statement with more fields than it has (ISO 10303-21, 8.2); statements of other sections
+    // than HEADER and the first DATA, and those of a file that names no schema. What stands behind the DATA section is
+    // one place, and seen where it begins in bytes that the read has taken already; so is what the simple form has
+    // behind its last ";" or behind a backslash.
     [[nodiscard]] LostStatements passedOver() const;
     // Counts one. From any number of threads; allocates nothing.
     void vPassedOverAdd(unsigned iLine);

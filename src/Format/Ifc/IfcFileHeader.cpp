@@ -253,12 +253,19 @@ bool FileHeader::boReadLine(std::string&& line, io::ReadError& errors, unsigned 
         iLength = iSemicolon > iStart ? iSemicolon - iStart : 0;
         return true;
     };
+    // A field behind the last one that the statement has is no part of the header.
+    const auto vTake = [&](auto& statement, std::size_t iFields) {
+        vSplit(sParameters(line, iStart, iLength), [&](std::size_t iField, std::string_view) {
+            if (iField == iFields) errors.vPassedOverAdd(lineNumber);
+        });
+        statement.boInit(std::move(line), iStart, iLength);
+    };
     if (boFind("FILE_DESCRIPTION"))
-        description.boInit(std::move(line), iStart, iLength);
+        vTake(description, 2);
     else if (boFind("FILE_NAME"))
-        name.boInit(std::move(line), iStart, iLength);
+        vTake(name, 7);
     else if (boFind("FILE_SCHEMA"))
-        schema.boInit(std::move(line), iStart, iLength);
+        vTake(schema, 1);
     else
         errors.add(nullptr, Errors::Error, Errors::Header, "Error_HeaderTypeNotImplemented", std::move(line),
                    lineNumber);

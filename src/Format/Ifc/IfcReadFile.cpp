@@ -152,7 +152,13 @@ ReadFile::Scan ReadFile::byteRead(bool& boAdvanced) {
 }
 
 bool ReadFile::boEndOfInput() {
-    if (m_boSimple) return !m_info.m_pError->boFatal();   // the simple form needs no ENDSEC
+    if (m_boSimple) {   // which needs no ENDSEC
+        if (m_info.m_pError->boFatal()) return false;
+        // A statement without ";" and what stands behind a backslash are not in the model.
+        if (m_iPosition < m_iValid) m_statement.vAppend(m_pBuffer + m_iPosition, 1);
+        vPassOver();
+        return true;
+    }
     if (m_info.m_pError->records().empty())
         m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Syntax, "Error_InvalidFile", {}, 0);
     return false;
@@ -306,7 +312,8 @@ ReadFile::Scan ReadFile::sectionStatement(const SchemaFromName& schemaFromName) 
 }
 
 void ReadFile::vPassOver() {
-    if (m_statement.text().find_first_not_of("\t;") != std::string_view::npos)
+    using namespace std::string_view_literals;
+    if (m_statement.text().find_first_not_of("\t;\0"sv) != std::string_view::npos)
         m_info.m_pError->vPassedOverAdd(m_iLine);
 }
 
