@@ -28,7 +28,7 @@ IfcLineReadThreadPool::Queue::~Queue() {
 }
 
 void IfcLineReadThreadPool::Batch::vClear() {
-    if (m_text.capacity() > g_iKeptCapacity) m_text = std::string();
+    if (m_text.capacity() > g_iKeptCapacity) std::string().swap(m_text);   // an assignment would keep the memory
     m_text.clear();
     m_lines.clear();
     m_entities.clear();
