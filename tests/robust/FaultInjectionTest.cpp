@@ -96,8 +96,9 @@ private:
 // Whatever struck the write, the model can be written again.
 class WriteScenario : public Scenario {
 public:
-    WriteScenario() : m_model(g_sSmallFile, true, {}) {}
-    void vRun() override { m_boWritten = m_model.file.boWrite(m_out, m_errors, {}, true); }
+    explicit WriteScenario(WriteOptions options = {.boSingleThreaded = true})
+        : m_model(g_sSmallFile, true, {}), m_options(std::move(options)) {}
+    void vRun() override { m_boWritten = m_model.file.boWrite(m_out, m_errors, m_options); }
     std::string sResult() override {
         BlockStream again;
         io::WriteError errors;
@@ -119,9 +120,16 @@ private:
     }
 
     ReadFileModel m_model;
+    WriteOptions m_options;
     BlockStream m_out;
     io::WriteError m_errors;
     bool m_boWritten = false;
+};
+
+// Threads beside the caller's don't change the text; one that is not to be had is not missed.
+class OrderedWriteScenario : public WriteScenario {
+public:
+    OrderedWriteScenario() : WriteScenario({.eOrder = WriteOrder::Number}) {}
 };
 
 // Memory runs out on the caller's thread, while others work. What they did by then is open, so only survival counts.
@@ -259,6 +267,7 @@ const ScenarioRow g_scenarios[] = {
     {"FaultyRead", pMake<ReadScenario<g_sFaultyFile>>, false},
     {"SimpleRead", pMake<SimpleReadScenario>},
     {"Write", pMake<WriteScenario>},
+    {"OrderedWrite", pMake<OrderedWriteScenario>},
     {"Threaded", pMake<ThreadedScenario>, false},
     {"Header", pMake<HeaderScenario>},
     {"TypedSet", pMake<SetScenario>},

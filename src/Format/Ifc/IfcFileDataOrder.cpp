@@ -12,7 +12,6 @@
 #include <exception>
 #include <mutex>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -48,8 +47,8 @@ void vOnAll(unsigned iExtra, Step&& step, Stop&& stop) {
     std::vector<std::thread> threads;
     try {
         for (unsigned i = 0; i < iExtra; ++i) threads.emplace_back(guarded, false);
-    } catch (const std::system_error&) {
-        // Fewer threads do the same work.
+    } catch (const std::exception&) {
+        // No thread was to be had, or no memory for one. Fewer do the same work.
     }
     guarded(true);
     for (std::thread& thread : threads) thread.join();
