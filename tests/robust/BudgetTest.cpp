@@ -5,15 +5,18 @@
 //        measured, since its own memory is most of it.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <iomanip>
 #include <iostream>
+#include <thread>
 
 #include "ChildProcess.h"
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "GeneratedStream.h"
+#include "provider/SchemaLoader.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define OXA_SANITIZED 1
@@ -180,6 +183,36 @@ TEST(Budget, NumbersMayBeSpreadOverAllThirtyTwoBits) {
         EXPECT_EQ(outcome.iEntities, row.iEntities);
         EXPECT_EQ(outcome.iReports, row.iReports);
     }
+}
+
+// Takes everything, and its time: whoever composes is faster.
+class SlowSink : public std::streambuf {
+    std::streamsize xsputn(const char*, std::streamsize iCount) override {
+        std::this_thread::sleep_for(std::chrono::microseconds(20));
+        return iCount;
+    }
+    int_type overflow(int_type iByte) override { return traits_type::not_eof(iByte); }
+};
+
+// Texts that wait for their turn, or for the stream, must not become a second model.
+TEST(Budget, OrderedWriteOfLongStatements) {
+    const std::size_t iEntities = 80'000 / iDivisor();
+    const std::string sName(16'000, 'x');
+    const std::size_t iModelBytes = iEntities * sName.size();
+    Cost cost;
+    const bool boWritten = inChildProcess<bool>(60, cost, [&] {
+        FileSimple file(*SchemaLoader::pBuiltIn("IFC4"));
+        Data& data = file.data();
+        for (std::size_t i = 0; i < iEntities; ++i)
+            data.pEntityCreate(def::schema::ObjectName("IFCMATERIAL"))
+                ->boValueSet(def::schema::AttributeName("Name"), sName, data);
+        SlowSink sink;
+        std::ostream out(&sink);
+        io::WriteError errors;
+        return file.boWrite(nullptr, out, errors, {.eOrder = WriteOrder::Number});
+    });
+    vExpectWithin(cost, iModelBytes, 70 + iModelBytes / g_iMega, 20);
+    EXPECT_TRUE(boWritten);
 }
 
 // Each line feed ends a statement that is none, and nobody hears of it: it must not be kept either.

@@ -89,8 +89,11 @@ public:
 
 private:
     static constexpr std::size_t g_iShare = 256;   // some ten thousand bytes of text
-    // Texts that may wait for one that is late, some megabytes: on a busy machine a thread may rest for long.
+    // Texts that may wait for one that is late, or for the stream, as long as they are not that large: on a busy machine
+    // a thread may rest for long, and one share of long statements may be as large as many others.
     static constexpr std::size_t g_iAhead = 128;
+    static constexpr std::size_t g_iAheadBytes = 16 * 1024 * 1024;
+    static constexpr std::size_t g_iKeptCapacity = 128 * 1024;   // a larger text is not kept for reuse
 
     struct Text {
         std::string block;
@@ -113,25 +116,36 @@ private:
     // Leaves the text for whoever comes to its turn, which may be this thread. False as above.
     bool boHandOver(std::size_t iShare, StepWriteInfo& statement) {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [&] { return m_boStopped || iShare < m_iTurn + g_iAhead; });
+        // The text at its turn never waits, whatever the others hold: they wait for it.
+        m_changed.wait(lock, [&] {
+            return m_boStopped || iShare == m_iTurn || (iShare < m_iTurn + g_iAhead && m_iBytes < g_iAheadBytes);
+        });
         if (m_boStopped) return false;
         Text& text = m_texts[iShare % g_iAhead];
         text.block.swap(statement.m_block);
         text.iId = statement.m_iId;
         text.boReady = true;
         statement.m_block.clear();
-        if (m_boWriting) return true;
+        m_iBytes += text.block.size();
+        if (!m_boWriting) vReadyWrite(lock);
+        return true;
+    }
+
+    // Hands on what is ready, from the turn on. Lets go of the lock for each text.
+    void vReadyWrite(std::unique_lock<std::mutex>& lock) {
         m_boWriting = true;
         for (Text* pText = &m_texts[m_iTurn % g_iAhead]; pText->boReady; pText = &m_texts[m_iTurn % g_iAhead]) {
             lock.unlock();
-            if (!pText->block.empty()) m_info.m_pWriter->iLineAdd(pText->block, pText->iId);
+            const std::size_t iBytes = pText->block.size();
+            if (iBytes) m_info.m_pWriter->iLineAdd(pText->block, pText->iId);
+            if (pText->block.capacity() > g_iKeptCapacity) std::string().swap(pText->block);
             lock.lock();
             pText->boReady = false;
+            m_iBytes -= iBytes;
             ++m_iTurn;
             m_changed.notify_all();
         }
         m_boWriting = false;
-        return true;
     }
 
     StepWriteInfoCommon& m_info;
@@ -142,6 +156,7 @@ private:
     std::condition_variable m_changed;
     std::array<Text, g_iAhead> m_texts;    // of the shares from m_iTurn on; guarded by m_mutex, but the one at its turn
     std::size_t m_iTurn = 0;               // the share whose text comes next; guarded by m_mutex
+    std::size_t m_iBytes = 0;              // of the texts that are ready; guarded by m_mutex
     bool m_boWriting = false;              // a thread is handing texts on; guarded by m_mutex
     bool m_boStopped = false;              // guarded by m_mutex
 };
