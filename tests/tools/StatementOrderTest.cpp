@@ -73,6 +73,19 @@ TEST(StatementOrder, IsAsAskedFor) {
         }
 }
 
+// A reader takes no quote in an escape for the end of a text. What such a text is worth is told.
+TEST(StatementOrder, IsThatOfAReaderWhereATextHasAFault) {
+    const std::string sRest = "#3=IFCMATERIAL('b',$,$);\n#1=IFCMATERIAL('c',$,$);\n";
+    for (const char* pEscape : {"\\S\\'", "\\X2\\00E'\\X0\\", "\\'"}) {
+        SCOPED_TRACE(pEscape);
+        const ProgramRun run =
+            runProgram({"convert", "--all", "--order", "file", "-", "-"},
+                       sExchangeFile("IFC4", "#4=IFCMATERIAL('" + std::string(pEscape) + "',$,$);\n" + sRest));
+        EXPECT_EQ(run.iCode, 1);
+        EXPECT_EQ(run.sOut, sExchangeFile("IFC4", "#4=IFCMATERIAL('',$,$);\n" + sRest));
+    }
+}
+
 // Longer than what is read at once, so that statements, texts and comments are cut apart.
 TEST(StatementOrder, DoesNotDependOnWhereBuffersEnd) {
     std::string sData;

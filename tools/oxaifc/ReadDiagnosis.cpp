@@ -8,6 +8,7 @@
 
 #include "oxaifc/FirstBytes.h"
 #include "oxaifc/Output.h"
+#include "oxaifc/TextScan.h"
 #include "platform/Localization.h"
 
 namespace oxa::tool {
@@ -118,26 +119,10 @@ private:
         m_boEqual = false;
     }
 
-    // How much of an escape is still to be passed over, and whether another statement begins in the text.
     void vTextTake(char c) {
         vKeep(c);
         vBeginWatch(c);
-        if (m_iSkip) {
-            --m_iSkip;
-            return;
-        }
-        switch (std::exchange(m_iEscape, 0)) {
-        case 1:   // behind the backslash
-            if (c == 'S') m_iSkip = 2;
-            if (c == 'X') m_iEscape = 2;
-            return;
-        case 2:   // behind the X
-            m_iSkip = c == '0' || c == '\\' ? 1 : c == '2' ? 5 : c == '4' ? 9 : 0;
-            return;
-        default: break;
-        }
-        if (c == '\\') m_iEscape = 1;
-        if (c == '\'') m_state = State::Between;
+        if (m_text.boCloses(c)) m_state = State::Between;
     }
 
     // A line within a text that begins as an instance does, "#12 =", or as the statements of a header.
@@ -180,8 +165,7 @@ private:
     State m_state = State::Between;
     char m_before = '\0';     // 0 where it can't open or close a comment
     unsigned m_iOpened = 0;   // the line in which the text or comment began
-    unsigned m_iSkip = 0;
-    unsigned m_iEscape = 0;
+    TextScan m_text;
     Begin m_eBegin = Begin::Nothing;
     std::size_t m_iHeaderWord = 0;   // bytes of the word so far
     BrokenText m_brokenText;   // the first

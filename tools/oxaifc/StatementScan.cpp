@@ -24,7 +24,7 @@ void StatementScan::Buffer::vByte(char c) {
     const char cLast = std::exchange(m_cLast, c);
     switch (m_eState) {
     case State::String:
-        if (c == '\'') m_eState = State::Text;
+        if (m_text.boCloses(c)) m_eState = State::Text;
         return;
     case State::Comment:
         if (c == '/' && cLast == '*') {

@@ -12,6 +12,8 @@
 #include <streambuf>
 #include <vector>
 
+#include "oxaifc/TextScan.h"
+
 namespace oxa::tool {
 
 class StatementScan {
@@ -45,6 +47,7 @@ private:
         std::vector<char> m_bytes;
         State m_eState = State::Start;
         State m_eBehindComment = State::Start;
+        TextScan m_text;
         char m_cLast = 0;
         bool m_boNegative = false;
         bool m_boDigits = false;
