@@ -32,8 +32,8 @@ TEST(InfoVerb, JsonHasItsKeysInOrder) {
     const Json value = runProgram({"info", "--json", sExample("house-ifc4.ifc")}).json();
     EXPECT_EQ(keys(value),
               (std::vector<std::string>{"file", "schema", "header", "entities", "byType", "rooted",
-                                        "inverses", "missingReferences", "errors", "fatal", "ok", "seconds",
-                                        "bytes", "memory"}));
+                                        "inverses", "missingReferences", "errors", "fatal", "ok",
+                                        "lostStatements", "seconds", "bytes", "memory"}));
     EXPECT_EQ(keys(value["header"]),
               (std::vector<std::string>{"description", "implementationLevel", "name", "timeStamp", "author",
                                         "organization", "preprocessorVersion", "originatingSystem",
@@ -68,6 +68,7 @@ TEST(InfoVerb, JsonTellsAllOfASmallFile) {
         {"errors", 0},
         {"fatal", 0},
         {"ok", true},
+        {"lostStatements", 0},
         {"bytes", sText.size()},
     };
     EXPECT_EQ(comparable(run.json()), expected);

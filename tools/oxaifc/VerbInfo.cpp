@@ -120,12 +120,14 @@ Json figuresJson(const Model& model, const std::string& sPath, const Figures& al
          {"errors", all.iErrors},
          {"fatal", all.iFatal},
          {"ok", model.boOk()},
+         {"lostStatements", model.lostStatements().iCount},
          {"seconds", model.seconds()},
          {"bytes", model.iBytes()},
          {"memory", {{"model", model.data().pool().iBytesReserved()}, {"process", iPeakMemory()}}}};
 }
 
-std::string sNotToTheEnd(const Model& model) {
+std::string sRead(const Model& model) {
+    if (model.boOk()) return model.sLost().empty() ? "to the end" : "to the end; " + model.sLost();
     for (const ifc::ErrorRecord& record : model.errors())
         if (record.severity == Errors::Fatal) return "not to the end: " + record.description;
     return "not to the end";
@@ -153,7 +155,7 @@ void vTextWrite(const Model& model, const Figures& all, Output& output) {
     vRow("missing references", sGrouped(all.iMissing));
     // What an import of ifcXML passes over, nobody counts.
     if (!model.boXml()) vRow("errors", fmt::format("{}, fatal {}", sGrouped(all.iErrors), sGrouped(all.iFatal)));
-    vRow("read", model.boOk() ? "to the end" : sNotToTheEnd(model));
+    vRow("read", sRead(model));
     vRow("time", fmt::format("{:.3f} s", model.seconds()));
     constexpr double g_mebibyte = 1024.0 * 1024.0;
     vRow("memory", fmt::format("{:.1f} MiB for the model, {:.1f} MiB at most for the process",
