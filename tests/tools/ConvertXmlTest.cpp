@@ -523,14 +523,14 @@ TEST(ConvertXml, WhatCanNotBeWrittenIsOneLineAndNoFile) {
     }
 }
 
-TEST(ConvertXml, ExtractWritesTheSimpleFormOnly) {
+TEST(ConvertXml, ExtractWritesNone) {
     const TestFolder folder;
     const ProgramRun run =
         runProgram({"extract", "-", "#10", (folder.path() / "a.xml").string()}, sProjectFile());
     EXPECT_EQ(run.iCode, 2);
     EXPECT_EQ(run.sError,
-              "oxaifc: extract: OUT has the simple text form, so it can't be named as ifcXML; oxaifc convert "
-              "writes that\n");
+              "oxaifc: extract: writes a STEP file or the simple text form, so OUT can't be named as ifcXML; oxaifc "
+              "convert writes that\n");
     EXPECT_TRUE(filesIn(folder.path()).empty());
 }
 

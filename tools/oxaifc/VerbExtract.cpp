@@ -22,8 +22,8 @@ struct ExtractOptions : WriteOptions {
 
 int iExtract(const ExtractOptions& options) {
     if (options.sFormat.empty() && boXmlName(options.sOut))
-        throw Failure("extract: OUT has the simple text form, so it can't be named as ifcXML; oxaifc convert "
-                      "writes that");
+        throw Failure("extract: writes a STEP file or the simple text form, so OUT can't be named as ifcXML; oxaifc "
+                      "convert writes that");
     ModelWrite write(options);
     Model model(options, true);
     const ifc::Entity& entity = entitySelected(model, options.sWhat);
