@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a document lacks, instance by instance, and why.
-#include <unordered_set>
+#include <string>
+#include <vector>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileError.h"
@@ -17,21 +18,15 @@ public:
     void vFinish() override {}
 };
 
-// What the project leads to: the instances that a STEP file of the model would hold, found the same way.
-std::unordered_set<const Entity*, Hash> connected(const Data& data) {
-    io::WriteError errors;   // of the values, which are told when a STEP file is written
-    NoLines nowhere;
-    StepWriteInfoCommon common(data.entityIdMap(false), errors, nowhere, true);
+// Meets what the project leads to: the instances that a STEP file of the model would hold, found the same way.
+void vMeetConnected(StepWriteInfoCommon& common, const Data& data) {
     StepWriteInfo info(common);
-    std::unordered_set<const Entity*, Hash> found;
     common.iEntityIdGet(data.pProject());
     while (!common.m_queue.empty()) {
         const Entity* pEntity = common.m_queue.front();
         common.m_queue.pop_front();
-        found.insert(pEntity);
         pEntity->vWrite(info);
     }
-    return found;
 }
 
 }   // namespace
@@ -41,11 +36,14 @@ void Export::vLeftOutReport(const Data& data, Errors& report) const {
     for (const Entity* pEntity : data.entities())
         if (pEntity->pSchemaEntity() && !m_exported.contains(pEntity)) missing.push_back(pEntity);
     if (missing.empty()) return;
-    const auto reached = connected(data);
+    io::WriteError errors;   // of the values, which are told when a STEP file is written
+    NoLines nowhere;
+    StepWriteInfoCommon connected(data.entityIdMap(false), errors, nowhere, true);
+    vMeetConnected(connected, data);
     for (const Entity* pEntity : missing) {
         const std::string sInstance =
             '#' + std::to_string(data.iIdFromEntity(*pEntity)) + ' ' + pEntity->schemaEntity().sName;
-        if (reached.contains(pEntity))
+        if (connected.boMet(*pEntity))
             report.add(pEntity, Errors::Error, Errors::Value, "Error_EntityWithoutForm", sInstance, {}, 0);
         else
             report.add(pEntity, Errors::Error, Errors::Reference, "Error_EntityNotConnected", sInstance, {}, 0);
