@@ -17,7 +17,6 @@
 #include "oxaifc/ReadDiagnosis.h"
 #include "oxaifc/StatementScan.h"
 #include "oxaifc/XmlDocument.h"
-#include "platform/Localization.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa::tool {

@@ -36,7 +36,7 @@ std::size_t iFewestItems(const ObjectBase* pObject) {
     if (pAggregate->kind != DataKind::Array) return static_cast<std::size_t>(iLow);
     long long iHigh = 0;   // an array has all its items
     if (low.ptr == pEnd || std::from_chars(low.ptr + 1, pEnd, iHigh).ec != std::errc()) return 0;
-    return iHigh < iLow ? 0 : static_cast<std::size_t>(iHigh - iLow + 1);
+    return iHigh < iLow ? 0 : static_cast<std::size_t>(iHigh - iLow) + 1;
 }
 
 // Whether a cell of that type can hold a reference at all.

@@ -223,7 +223,7 @@ struct RootedResult {
 
 struct RootedResults {
     std::vector<RootedResult> results;   // in the order of the statements
-    bool boNumberReused = false;         // a statement filled a slot again: what was told of the slot may be of yesterday
+    bool boNumberReused = false;         // a statement filled a slot again: what was told of that slot may no longer hold
 
     void vClear() noexcept {
         results.clear();
