@@ -523,6 +523,20 @@ TEST(ConvertXml, WhatCanNotBeWrittenIsOneLineAndNoFile) {
     }
 }
 
+// Two numbers that agree in their lower 32 bits are two entities.
+TEST(ConvertXml, LargeNumbersAreNotTakenForSmallOnes) {
+    const std::string sText = sDocument(R"(<IfcProject id="i1" GlobalId="0TdSR4dSbLuwdbL5HLUvM0"/>)"
+                                        R"(<IfcMaterial id="i4294967297"/>)");
+    const ProgramRun run = runProgram({"convert", "-", "-"}, sText);
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.sError, "left out, not connected with the project: 1 entity (--all writes them)\n"
+                          "           1  IFCMATERIAL\n");
+    const ProgramRun all = runProgram({"convert", "--all", "-", "-"}, sText);
+    EXPECT_EQ(all.iCode, 1);
+    EXPECT_EQ(all.sError, "oxaifc: standard output: #4294967297 IfcMaterial: The mandatory attribute Name has no value.\n");
+    EXPECT_NE(all.sOut.find("#4294967297=IFCMATERIAL("), std::string::npos) << all.sOut;
+}
+
 TEST(ConvertXml, ExtractWritesNone) {
     const TestFolder folder;
     const ProgramRun run =

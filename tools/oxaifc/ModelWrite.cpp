@@ -45,7 +45,7 @@ void vSay(std::string_view text) { std::fputs(fmt::format("oxaifc: {}\n", text).
 
 // Whose statement a record belongs to: "#12=IFCWALL('...". Nobody's: no number.
 struct Instance {
-    std::optional<std::uint32_t> iId;
+    std::optional<std::uint64_t> iId;
     std::string_view keyword;
 };
 Instance instanceOf(const ifc::ErrorRecord& record) {
@@ -56,18 +56,19 @@ Instance instanceOf(const ifc::ErrorRecord& record) {
     if (!text.starts_with('#') || iEqual == std::string_view::npos ||
         std::from_chars(text.data() + 1, pEnd, iId).ptr != pEnd)
         return {};
-    return {static_cast<std::uint32_t>(iId), text.substr(iEqual + 1, text.find('(', iEqual) - iEqual - 1)};
+    // A negative one is the large one with its 32 bits, as in the library.
+    const std::uint64_t iNumber = iId < 0 ? static_cast<std::uint32_t>(iId) : static_cast<std::uint64_t>(iId);
+    return {iNumber, text.substr(iEqual + 1, text.find('(', iEqual) - iEqual - 1)};
 }
 
 // The texts of the read, with the numbers that their instances have now.
-std::set<std::pair<std::uint32_t, std::string_view>> toldWhileReading(const Model& model) {
-    std::set<std::pair<std::uint32_t, std::string_view>> told;
+std::set<std::pair<std::uint64_t, std::string_view>> toldWhileReading(const Model& model) {
+    std::set<std::pair<std::uint64_t, std::string_view>> told;
     const ifc::EntityIdMap& numbers = model.data().entityIdMap(false);
     for (const ifc::ErrorRecord& record : model.errors()) {
-        std::optional<std::uint32_t> iId;
+        std::optional<std::uint64_t> iId;
         if (record.entity) {
-            if (const std::optional<std::size_t> iNumber = numbers.find(record.entity))
-                iId = static_cast<std::uint32_t>(*iNumber);
+            iId = numbers.find(record.entity);
         } else if (model.boIdsKept()) {
             iId = instanceOf(record).iId;
         }
@@ -194,7 +195,7 @@ void ModelWrite::vStatementsWrite(Model& model, const ifc::Entity* pRoot) {
                                      .fileNumbers = model.statementNumbers(),
                                      .boTellNumbersTwice = true});
         for (const ifc::Entity* pEntity : data.entities())
-            if (pInfo->boMet(*pEntity)) m_written.push_back(static_cast<std::uint32_t>(data.iIdFromEntity(*pEntity)));
+            if (pInfo->boMet(*pEntity)) m_written.push_back(data.iIdFromEntity(*pEntity));
     }
     std::sort(m_written.begin(), m_written.end());
     const std::size_t iBehind = boGuard ? data.iIdFromEntity(behind) : 0;
@@ -334,9 +335,9 @@ int ModelWrite::iTell(const Model& model) const {
                          sCounted(model.errors().size(), "error")));
     if (m_pErrors->records().empty()) return iLeftOut(ifc::Errors::Value) ? g_iExitErrors : model.iExitCode();
     const auto told = toldWhileReading(model);
-    std::vector<std::pair<std::optional<std::uint32_t>, const ifc::ErrorRecord*>> news;
+    std::vector<std::pair<std::optional<std::uint64_t>, const ifc::ErrorRecord*>> news;
     for (const ifc::ErrorRecord& record : m_pErrors->records()) {
-        const std::optional<std::uint32_t> iId = instanceOf(record).iId;
+        const std::optional<std::uint64_t> iId = instanceOf(record).iId;
         if (!iId || !told.contains({*iId, record.description})) news.emplace_back(iId, &record);
     }
     // Threads report in any order.
@@ -349,8 +350,7 @@ int ModelWrite::iTell(const Model& model) const {
 }
 
 bool ModelWrite::boWritten(const Model& model, const ifc::Entity& entity) const {
-    const auto iNumber = static_cast<std::uint32_t>(model.data().iIdFromEntity(entity));
-    return std::binary_search(m_written.begin(), m_written.end(), iNumber);
+    return std::binary_search(m_written.begin(), m_written.end(), model.data().iIdFromEntity(entity));
 }
 
 }   // namespace oxa::tool

@@ -77,7 +77,7 @@ private:
     Target m_target;
     std::unique_ptr<ifc::io::WriteError> m_pErrors;
     std::unique_ptr<ifc::io::WriteError> m_pLeftOut;   // a record for each entity that ifcXML lacks
-    std::vector<std::uint32_t> m_written;   // numbers, ascending
+    std::vector<std::size_t> m_written;   // numbers, ascending
 };
 
 }   // namespace oxa::tool
