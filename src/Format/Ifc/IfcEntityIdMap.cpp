@@ -108,7 +108,7 @@ std::size_t EntityIdMap::iHighest() const {
 }
 
 void EntityIdMap::vDealAbove() {
-    // May wrap around, where the only number is 0; the sum with the count does too.
+    // Where the only number is 0 this wraps around, and the sum with the count wraps back.
     m_iAbove = iHighest() - size();
 }
 

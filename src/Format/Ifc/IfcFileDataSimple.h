@@ -91,7 +91,7 @@ public:
     // attributes are declared FOR, while neither it nor a supertype has inverse attributes. Its ends are the attributes
     // of that type and its subtypes, those of supertypes (an owner history) are not. Other entities never go: an opening
     // stays without its door, and one that needs what is gone (a project its last context) is told as incomplete. What
-    // only the removed named stays as well: a placement, a property set, parts. Removed entities stay usable for who
+    // only the removed named stays as well: a placement, a property set, parts. Removed entities stay usable for whoever
     // holds them, keep their numbers, and name what they named. One pass over the model, however many are removed.
     EntityRemoval entitiesRemove(const std::vector<Entity*>& entities);
     // The same for one; false for null and for an entity that is not here.

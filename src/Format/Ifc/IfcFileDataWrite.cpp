@@ -17,7 +17,7 @@ void Data::vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progr
     try {
         if (!info.m_boSingleThreaded) {
             for (unsigned i = 0; i < iExtraWriteThreads(); ++i) {
-                vSortEntities();   // before any other thread reads the list; none is started: as it was
+                vSortEntities();   // before any other thread reads the list; without one it stays as it is
                 if (m_entities.size() <= std::size_t{10} * i) break;
                 threads.emplace_back([this, &info] { (*this)(info, {}); });
             }

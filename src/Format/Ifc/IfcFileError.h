@@ -81,8 +81,8 @@ public:
         SourceText lineString;                   // the source text that the problem belongs to
         std::uint32_t lineNumber = 0;            // from 1; 0 where there is no line
 
-        // What the description was made of, for who counts, groups or filters: messages have a language, keys have
-        // none.
+        // What the description was made of, for whoever counts, groups or filters: messages have a language, keys
+        // have none.
         std::uint32_t argumentBegin = 0;   // in the description
         std::uint32_t argumentLength = 0;
         SharedText key{};                  // as it was given to add(): "Error_UnknownEntityType"; one for all of it

@@ -55,7 +55,7 @@ ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) 
         if (iMore < m_moreChunks.size() && m_moreChunks[iMore]) return *m_moreChunks[iMore];
     }
     const std::unique_lock lock(m_moreChunksLock);
-    // A place for each chunk of 32 bits is 1 MiB; one for each of 64 bits would be more than there is.
+    // A table of all chunks of 32-bit numbers takes 1 MiB; one of 64-bit numbers would fit into no memory.
     if (iChunk < g_iFarChunk && iMore >= m_moreChunks.size()) m_moreChunks.resize(iMore + 1);
     std::unique_ptr<Chunk>& pChunk = iChunk < g_iFarChunk ? m_moreChunks[iMore] : m_farChunks[iChunk];
     if (!pChunk) {

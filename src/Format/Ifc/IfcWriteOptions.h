@@ -14,7 +14,8 @@ namespace oxa::ifc {
 // Entities taken from the queue so far, or statements composed so far where an order is asked for.
 using WriteProgress = std::function<void(unsigned)>;
 
-// The order in which statements stand. It means nothing to a reader (ISO 10303-21, 11.2), but does to who compares files.
+// The order in which statements stand. It means nothing to a reader (ISO 10303-21, 11.2), but it does to whoever compares
+// files.
 enum class WriteOrder {
     Any,      // of the walk; on several threads another one with every write
     Number,   // of instance numbers, ascending: the same bytes for any number of threads
