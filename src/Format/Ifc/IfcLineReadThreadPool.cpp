@@ -111,11 +111,13 @@ IfcLineReadThreadPool::~IfcLineReadThreadPool() {
 }
 
 std::size_t IfcLineReadThreadPool::iWorkerCount() noexcept {
-    static const std::size_t g_iCount = [] {
-        const std::size_t iHalf = std::thread::hardware_concurrency() / 2;
-        return iHalf > 3 ? iHalf - 2 : std::size_t{2};
-    }();
+    static const std::size_t g_iCount = iWorkersOf(std::thread::hardware_concurrency());
     return g_iCount;
+}
+
+std::size_t IfcLineReadThreadPool::iWorkersOf(unsigned iHardwareThreads) noexcept {
+    const std::size_t iHalf = iHardwareThreads / 2;
+    return iHalf > 3 ? iHalf - 2 : std::size_t{2};
 }
 
 // All threads or none: the next statement tries again.

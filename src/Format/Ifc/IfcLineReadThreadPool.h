@@ -52,8 +52,10 @@ public:
     // without memory; the statement is lost then, and no other.
     void addLineToQueue(std::string_view line, unsigned iLine);
 
-    // Half the hardware threads, less two where that half is above three, else two. Counted once a process.
+    // The workers of this machine. Counted once a process.
     [[nodiscard]] static std::size_t iWorkerCount() noexcept;
+    // Half the hardware threads, less two where that half is above three, else two; 0 threads: not known.
+    [[nodiscard]] static std::size_t iWorkersOf(unsigned iHardwareThreads) noexcept;
 
 private:
     struct QueuedLine {
