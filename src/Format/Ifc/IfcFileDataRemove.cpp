@@ -32,9 +32,9 @@ std::size_t iFewestItems(const ObjectBase* pObject) {
     if (!bounds.starts_with('[')) return 0;
     const char* const pEnd = bounds.data() + bounds.size();
     const auto low = std::from_chars(bounds.data() + 1, pEnd, iLow);
-    if (low.ec != std::errc() || iLow < 0) return 0;
-    if (pAggregate->kind != DataKind::Array) return static_cast<std::size_t>(iLow);
-    long long iHigh = 0;   // an array has all its items
+    if (low.ec != std::errc()) return 0;
+    if (pAggregate->kind != DataKind::Array) return iLow < 0 ? 0 : static_cast<std::size_t>(iLow);
+    long long iHigh = 0;   // an array has all its items, and indices from any number on
     if (low.ptr == pEnd || std::from_chars(low.ptr + 1, pEnd, iHigh).ec != std::errc()) return 0;
     return iHigh < iLow ? 0 : static_cast<std::size_t>(iHigh - iLow) + 1;
 }
@@ -201,7 +201,7 @@ private:
             AttributeBase& cell = cellOf(*referrer.pEntity, end);
             const auto [left, boNew] = m_left.try_emplace(&cell, 0);
             if (boNew) left->second = iCountOf(cell, end.eClass);
-            if (left->second) --left->second;
+            --left->second;   // its references are counted, each of them goes once
             if (left->second < std::max(end.iFewest, std::size_t{1})) vGoes(*referrer.pEntity);
         }
     }

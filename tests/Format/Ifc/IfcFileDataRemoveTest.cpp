@@ -8,6 +8,7 @@
 #include <regex>
 
 #include "AssertLog.h"
+#include "Format/Ifc/IfcReferenceTaker.h"
 #include "ModelText.h"
 #include "SmallModel.h"
 #include "provider/SchemaLoader.h"
@@ -260,10 +261,18 @@ const def::SchemaPset& linkSchema() {
         TYPE IfcValue = SELECT (IfcLabel, IfcThings, IfcInner, IfcThing); END_TYPE;
         ENTITY IfcThing; Name : OPTIONAL IfcLabel;
             INVERSE Pairs : SET OF IfcPair FOR Things; Trios : SET OF IfcTrio FOR Things;
-                Loose : SET OF IfcLoose FOR Things; Chains : SET OF IfcChain FOR Thing; END_ENTITY;
+                Loose : SET OF IfcLoose FOR Things; Chains : SET OF IfcChain FOR Thing;
+                Shifts : SET OF IfcShift FOR Things; Backwards : SET OF IfcBackwards FOR Things;
+                Below : SET OF IfcBelow FOR Things; Notes : SET OF IfcNote FOR Things;
+                Bundles : SET OF IfcBundle FOR Things; END_ENTITY;
         ENTITY IfcPair; Things : SET [2:?] OF IfcThing; Partner : OPTIONAL IfcPair; END_ENTITY;
         ENTITY IfcTrio; Things : ARRAY [1:3] OF IfcThing; END_ENTITY;
         ENTITY IfcLoose; Things : OPTIONAL SET [2:?] OF IfcThing; END_ENTITY;
+        ENTITY IfcShift; Things : ARRAY [-1:1] OF IfcThing; END_ENTITY;
+        ENTITY IfcBackwards; Things : ARRAY [3:1] OF IfcThing; END_ENTITY;
+        ENTITY IfcBelow; Things : SET [-1:?] OF IfcThing; END_ENTITY;
+        ENTITY IfcNote; Things : OPTIONAL SET OF IfcThing; Author : IfcThing; END_ENTITY;
+        ENTITY IfcBundle; Things : SET [1:?] OF IfcValue; END_ENTITY;
         ENTITY IfcChain; Thing : IfcThing; Before : OPTIONAL IfcChain; END_ENTITY;
         ENTITY IfcFollower SUBTYPE OF (IfcChain); After : IfcChain; END_ENTITY;
         ENTITY IfcHolder; Thing : OPTIONAL IfcThing; Value : OPTIONAL IfcValue; Values : OPTIONAL LIST OF IfcValue;
@@ -285,6 +294,16 @@ const LinkRow g_linkRows[] = {
     {"fewer than the schema asks for", "#5=IFCPAIR((#1,#2),$);#6=IFCPAIR((#1,#2,#3),$);", {1}, {5},
      {{6, "((#2,#3),$);"}}, {}},
     {"an array has all its items or is none", "#5=IFCTRIO((#1,#2,#3));", {3}, {5}, {}, {}},
+    {"from whatever index on", "#5=IFCSHIFT((#1,#2,#3));", {3}, {5}, {}, {}},
+    {"bounds that say nothing", "#5=IFCBACKWARDS((#1,#2));#6=IFCBELOW((#1,#2));", {1}, {},
+     {{5, "((#2));"}, {6, "((#2));"}}, {}},
+    {"but that one is left", "#5=IFCBACKWARDS((#1));#6=IFCBELOW((#1));", {1}, {5, 6}, {}, {}},
+    {"an item that holds several stays with one of them", "#5=IFCBUNDLE((IFCTHINGS((#1,#2))));", {1}, {},
+     {{5, "((IFCTHINGS((#2))));"}}, {}},
+    {"an item that holds none counts, too", "#5=IFCBUNDLE((IFCLABEL('a'),#1));", {1}, {}, {{5, "((IFCLABEL('a')));"}}, {}},
+    {"an optional end makes no relationship", "#5=IFCNOTE((#2),#1);", {1}, {}, {{5, "((#2),$);"}}, {5}},
+    {"what nobody defined is named on", "#5=IFCPAIR((#1,#99,#2),$);#6=IFCCHAIN(#99,$);#7=IFCHOLDER(#99,$,$,$,(#2));", {1}, {},
+     {{5, "((#8,#2),$);"}}, {}},   // a number is dealt where one is written
     {"an item that stands twice counts twice", "#5=IFCPAIR((#1,#2,#1),$);", {1}, {5}, {}, {}},
     {"an optional list keeps what it has left, and is told", "#5=IFCLOOSE((#1,#2,#3));", {1, 2}, {},
      {{5, "((#3));"}}, {5}},
@@ -327,6 +346,81 @@ TEST(EntitiesRemove, LooksIntoEveryShapeOfValue) {
         const AssertLog rows;   // a list of lists is not walked when inverse lists are built
         model.vExpectWhole(gone);
     }
+}
+
+// Nobody's statement, and no item of a list: neither is there to be removed, or counted.
+TEST(EntitiesRemove, CountsNothingThatIsNoInstance) {
+    Data data;
+    data.vSchemaSet(&linkSchema());
+    Entity* pThing = data.pEntityCreate(ObjectName("IFCTHING"));
+    Entity* pOther = data.pEntityCreate(ObjectName("IFCTHING"));
+    Entity* pPair = data.pEntityCreate(ObjectName("IFCPAIR"));
+    EXPECT_TRUE(pPair->boListValueSet(AttributeName("Things"), std::vector<Entity*>{pThing, nullptr, pOther}, data));
+    Entity* pEmpty = data.pEntityCreate(ObjectName("IFCTHING"));
+    pEmpty->unsafeSetSchemaEntity(nullptr);
+    EXPECT_FALSE(data.boEntityRemove(pEmpty));
+    EXPECT_THAT(data.entitiesRemove({pThing}).removed, ElementsAre(pThing, pPair)) << "one is left of two, not two of three";
+}
+
+// What the taker leaves behind in a cell.
+TEST(ReferenceTaker, LeavesNothingBehind) {
+    Entity gone, stays;
+    std::vector<const Entity*> asked;
+    const auto boGone = [&](Entity* pEntity) {
+        asked.push_back(pEntity);
+        return pEntity == &gone;
+    };
+    ReferenceTaker taker(boGone);
+    const auto& type = *linkSchema().pTypeFromName(ObjectName("IFCINNER"));
+
+    AttributeEntity reference;
+    reference.m_value = &gone;
+    AttributeEntity held;
+    held.m_value = &gone;
+    AttributeSelect inner;
+    inner.m_pValue = &held;
+    inner.m_eType = AttributeType::Entity;
+    AttributeSelect select;
+    select.m_pValue = &inner;
+    select.m_eType = AttributeType::Select;
+    select.m_pType = &type;
+
+    for (bool AttributeBase::*pFlag : {&AttributeBase::m_boUndefined, &AttributeBase::m_boDerived})
+        for (AttributeBase* pCell : {static_cast<AttributeBase*>(&reference), static_cast<AttributeBase*>(&select),
+                                     static_cast<AttributeBase*>(&inner), static_cast<AttributeBase*>(&held)}) {
+            pCell->*pFlag = true;
+            if (pCell == &reference)
+                EXPECT_FALSE(taker.boCell(reference, CellClass::Entity));
+            else
+                EXPECT_FALSE(taker.boCell(select, CellClass::Select));
+            EXPECT_THAT(asked, IsEmpty()) << "a value that stays behind its flag is none";
+            pCell->*pFlag = false;
+        }
+
+    EXPECT_TRUE(taker.boCell(reference, CellClass::Entity));
+    EXPECT_FALSE(reference.boHasValue());
+    EXPECT_EQ(reference.m_value, nullptr);
+    reference.vDefined();
+    EXPECT_FALSE(taker.boCell(reference, CellClass::Entity)) << "the answer is for this cell";
+    EXPECT_TRUE(taker.boCell(select, CellClass::Select));
+    EXPECT_FALSE(select.boHasValue());
+    EXPECT_EQ(select.m_pValue.load(), nullptr);
+    EXPECT_EQ(select.m_eType.load(), AttributeType::Unknown);
+    EXPECT_EQ(select.m_pType.load(), nullptr);
+
+    // One whose type is not known is left alone.
+    select.vDefined();
+    select.m_pValue = &inner;
+    select.m_eType = AttributeType::Select;
+    EXPECT_FALSE(taker.boCell(select, CellClass::Select));
+    EXPECT_EQ(select.m_pValue.load(), &inner);
+    EXPECT_THAT(asked, ElementsAre(&gone, &gone));
+
+    held.m_value = &stays;
+    select.m_pType = &type;
+    EXPECT_FALSE(taker.boCell(select, CellClass::Select));
+    EXPECT_EQ(select.m_pValue.load(), &inner);
+    EXPECT_THAT(asked, ElementsAre(&gone, &gone, &stays));
 }
 
 // A number that stands twice in a file: the list has its instance twice, and its references count once.
