@@ -34,6 +34,16 @@ protected:
 
 using Lines = std::vector<std::string>;
 
+const bool g_boEnabledAtStart = Assert::isEnabled();   // before any test
+
+TEST_F(AssertService, IsOnInDebugBuildsAlone) {
+#if defined(NDEBUG)
+    EXPECT_FALSE(g_boEnabledAtStart);
+#else
+    EXPECT_TRUE(g_boEnabledAtStart);
+#endif
+}
+
 TEST_F(AssertService, IsSwitched) {
     Assert::setEnabled(true);
     EXPECT_TRUE(Assert::isEnabled());
@@ -60,6 +70,7 @@ TEST_F(AssertService, WritesOneLineWithoutAHandler) {
     const Row rows[] = {
         { "the text as it is", "no schema", "Assert in Class::vCall (unit, line 7): no schema\n" },
         { "no text", "", "Assert in Class::vCall (unit, line 7): \n" },
+        { "the last of the controls, the first that is none", "a\x1F!", "Assert in Class::vCall (unit, line 7): a !\n" },
         { "no further line", "a\r\nb", "Assert in Class::vCall (unit, line 7): a  b\n" },
         { "no terminal control", "\x1B[2J\x7F", "Assert in Class::vCall (unit, line 7):  [2J \n" },
         { "UTF-8 stays", "T\u00FCr", "Assert in Class::vCall (unit, line 7): T\u00FCr\n" },
@@ -71,6 +82,18 @@ TEST_F(AssertService, WritesOneLineWithoutAHandler) {
         vAssert(row.text);
         EXPECT_EQ(testing::internal::GetCapturedStderr(), row.sLine);
     }
+}
+
+TEST_F(AssertService, AHandlerStandsInPlaceOfTheLine) {
+    Assert::setHandler(appendTo(m_log, "global"));
+    testing::internal::CaptureStderr();
+    vAssert("1");
+    {
+        const auto own = Assert::getRegisteredForCurrentThread().registerHandler(appendTo(m_log, "own"));
+        vAssert("2");
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(m_log, (Lines{ "global 1", "own 2" }));
 }
 
 TEST_F(AssertService, AnEmptyHandlerRestoresTheDefault) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <unordered_set>
@@ -57,13 +58,26 @@ TEST(Guid, ComparesFieldsInOrder) {
 // RFC 4122, 4.4: version and variant have fixed bits, the rest is random.
 TEST(Guid, GeneratedOnesAreRandomVersion4) {
     std::unordered_set<Guid> all;
+    std::array<std::uint8_t, sizeof(Guid)> setBits{}, clearBits{};   // in any of them
     for (int i = 0; i < 1000; ++i) {
         const Guid guid = Guid::generate();
         ASSERT_EQ(guid.Data3 >> 12, 4);
         ASSERT_EQ(guid.Data4[0] >> 6, 2);
         all.insert(guid);
+        std::array<std::uint8_t, sizeof(Guid)> bytes;
+        std::memcpy(bytes.data(), &guid, sizeof guid);
+        for (std::size_t iByte = 0; iByte < bytes.size(); ++iByte) {
+            setBits[iByte] = static_cast<std::uint8_t>(setBits[iByte] | bytes[iByte]);
+            clearBits[iByte] = static_cast<std::uint8_t>(clearBits[iByte] | ~bytes[iByte]);
+        }
     }
     EXPECT_EQ(all.size(), 1000U);
+    // Each bit takes both values, but for the six that are fixed.
+    Guid fixedSet, fixedClear;
+    std::memcpy(&fixedSet, setBits.data(), sizeof fixedSet);
+    std::memcpy(&fixedClear, clearBits.data(), sizeof fixedClear);
+    EXPECT_EQ(fixedSet.toString(), "FFFFFFFF-FFFF-4FFF-BFFF-FFFFFFFFFFFF");
+    EXPECT_EQ(fixedClear.toString(), "FFFFFFFF-FFFF-BFFF-7FFF-FFFFFFFFFFFF");
 }
 
 TEST(Guid, GenerateReplacesTheValue) {

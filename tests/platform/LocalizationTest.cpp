@@ -18,6 +18,10 @@ protected:
     void TearDown() override { setLanguage(Language::English); }
 };
 
+const Language g_languageAtStart = language();   // before any test
+
+TEST_F(Localization, StartsInEnglish) { EXPECT_EQ(g_languageAtStart, Language::English); }
+
 struct KeyRow {
     const char* sKey;
     bool boArgument;

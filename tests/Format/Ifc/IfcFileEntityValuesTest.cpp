@@ -127,6 +127,14 @@ void vExpectFamily(const std::vector<FamilyRow>& rows, const std::vector<ReadTar
     EXPECT_EQ(trail.raised(), Trail{});
 }
 
+TEST(EntityValueGet, NoTextIsAnEmptyOne) {
+    CellSetter setter;
+    auto& cell = setter.cell<AttributeString>("St");
+    cell.m_value = static_cast<char*>(nullptr);
+    cell.vDefined();
+    EXPECT_EQ(gets(std::string("former"))(setter, "St"), "yes ");
+}
+
 TEST(EntityValueGet, ReadsTheNaturalKindAlone) {
     Entity* pFormer = nullptr;
     vExpectFamily(
@@ -384,6 +392,13 @@ TEST(EntityValueSet, StoresTheNaturalKindAlone) {
              {{"Se", "Select 11:IFCREALS(List 1[1.5])"}}},
             {"IfcSelectBase, empty", sets(IfcSelectBase())},
         });
+}
+
+TEST(EntityValueSet, StoresTheEndOfATextToo) {
+    CellSetter setter;
+    EXPECT_TRUE(sets<const char*>("it's")(setter, "St"));
+    EXPECT_TRUE(sets<const char*>("GREEN")(setter, "En")) << "stands right behind it in memory";
+    EXPECT_EQ(setter.sShow("St"), "String 'it's'");
 }
 
 TEST(EntityValueSet, RefusesTheNullGuid) {

@@ -313,6 +313,7 @@ const WriteRow g_writeRows[] = {
      "\U0001F600\u20AC"
      "a",
      "\\X4\\0001F600000020AC\\X0\\a"},
+    {"eight stay for eight", "\U0001F600\U00010000", "\\X4\\0001F60000010000\\X0\\"},
     {"eight stay for Latin-1 and controls", "\U0001F600\u00E9\n", "\\X4\\0001F600000000E90000000A\\X0\\"},
     {"four, eight, four", "\u20AC\U0001F600\u20AC", "\\X2\\20AC\\X0\\\\X4\\0001F600000020AC\\X0\\"},
 };
