@@ -179,6 +179,23 @@ TEST(CheckVerb, GroupsStandMostFrequentFirstAndWithWhatFollows) {
     EXPECT_EQ(all.sOut.find("--all"), std::string::npos);
 }
 
+// Of several faults of one number, the first has the references to it; a line without "=" has no number.
+TEST(CheckVerb, ReferencesFollowTheFirstFaultOfTheirNumber) {
+    const ProgramRun run = runProgram({"check", "-"}, sExchangeFile("IFC4", "#1=IFCPOLYLINE((#5));\n#5=IFCCUP();\n"
+                                                                            "#5=IFCPRODUCT($,$,$,$,$,$,$);\n"));
+    vExpectOrder(run.sOut, {"error line 9 IFCCUP #5: ", "    #5=IFCCUP();\nand 1 missing reference to what was skipped",
+                            "error line 10 IFCPRODUCT #5: "});
+    const ProgramRun cut = runProgram({"check", "-"}, sExchangeFile("IFC4", "#1=IFCPOLYLINE((#5));\n#5IFCCUP();\n"));
+    vExpectOrder(cut.sOut, {"fatal line 9 #5: ", "    #5IFCCUP();\nerror: The instance #5 is referred to"});
+}
+
+// Where lines are the same the texts tell the order, on any number of threads.
+TEST(CheckVerb, StatementsOfOneLineStandByTheirTexts) {
+    const ProgramRun run = runProgram({"check", "-", "--all"},
+                                      sExchangeFile("IFC4", "#3=IFCCUP();#1=IFCTEAPOT();#2=IFCSAUCER();\n"));
+    vExpectOrder(run.sOut, {"line 8 IFCTEAPOT #1", "line 8 IFCSAUCER #2", "line 8 IFCCUP #3"});
+}
+
 TEST(CheckVerb, TenOfAGroupAreTold) {
     for (const int iUnknown : {10, 11, 12345}) {
         SCOPED_TRACE(iUnknown);

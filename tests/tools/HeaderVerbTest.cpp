@@ -152,6 +152,29 @@ TEST(HeaderVerb, ChangedSampleIsReadAsBefore) {
     EXPECT_EQ(after["header"]["author"], Json::array({"x"}));
 }
 
+struct TornRow {
+    const char* pRule;
+    std::string sBefore;
+    std::string sAfter;
+};
+const TornRow g_torn[] = {
+    {"a parameter that is not there", "HEADER;FILE_NAME(,'',(''),(''),'','','');ENDSEC;",
+     "HEADER;FILE_NAME('x','',(''),(''),'','','');ENDSEC;"},
+    {"behind a statement that lacks its end", "HEADER;FILE_DESCRIPTION(('a','2;1';FILE_NAME($,,(''),(''),'','',);ENDSEC;",
+     "HEADER;FILE_DESCRIPTION(('a','2;1';FILE_NAME('x',,(''),(''),'','',);ENDSEC;"},
+    {"strokes", "HEADER;FILE_NAME('/'/*/'*/,'/',('/'),(''),'','','//');ENDSEC;",
+     "HEADER;FILE_NAME('x'/*/'*/,'/',('/'),(''),'','','//');ENDSEC;"},
+};
+
+TEST(HeaderVerb, ValueIsSetInATornHeaderToo) {
+    for (const TornRow& row : g_torn) {
+        SCOPED_TRACE(row.pRule);
+        const ProgramRun run = runProgram({"header", "-", "--set", "name=x", "-"}, row.sBefore);
+        EXPECT_EQ(run.iCode, 0);
+        EXPECT_EQ(run.sOut, row.sAfter);
+    }
+}
+
 // Of what the library does not know nothing is lost, but it is told.
 TEST(HeaderVerb, UnknownStatementIsKeptAndGivesOne) {
     std::string sText = g_header;
@@ -215,6 +238,10 @@ const RefuseRow g_refusals[] = {
      "FILE: has FILE_SCHEMA twice"},
     {"too few parameters", "HEADER;FILE_NAME('n');ENDSEC;", g_setName,
      "FILE: FILE_NAME has 1 parameter instead of 7"},
+    {"parameters behind the end",
+     "HEADER;FILE_NAME('n','',(''),(''),'','',''))('q');ENDSEC;",
+     g_setName,
+     "FILE: FILE_NAME has 8 parameters instead of 7"},
     {"too many parameters",
      "HEADER;FILE_SCHEMA(('IFC4'),);ENDSEC;",
      {"--set", "schema=IFC2X3", "OUT"},

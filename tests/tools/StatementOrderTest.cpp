@@ -95,6 +95,18 @@ TEST(StatementOrder, DoesNotDependOnWhereBuffersEnd) {
               sExchangeFile("IFC4", sData));
 }
 
+TEST(StatementOrder, NoStatementsAreInAnyOrder) {
+    for (const char* pOrder : {"number", "file", "any"})
+        for (const bool boSingleThreaded : {false, true}) {
+            SCOPED_TRACE(testing::Message() << pOrder << ' ' << boSingleThreaded);
+            std::vector<std::string> words{"convert", "--all", "--order", pOrder, "-", "-"};
+            if (boSingleThreaded) words.emplace_back("--single-threaded");
+            const ProgramRun run = runProgram(words, sExchangeFile("IFC4", ""));
+            EXPECT_EQ(run.iCode, 0) << run.sError;
+            EXPECT_EQ(run.sOut, sExchangeFile("IFC4", ""));
+        }
+}
+
 TEST(StatementOrder, AnyHasTheSameStatements) {
     const std::string sData = sJoined({g_p10, g_p300, g_p4, g_p7});
     const ProgramRun run = runProgram({"convert", "--all", "--order", "any", "-", "-"}, sExchangeFile("IFC4", sData));

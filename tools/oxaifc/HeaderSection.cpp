@@ -25,7 +25,6 @@ public:
     // True at the ";" of a statement, which the caller takes before the next byte.
     bool boEnds(char c, std::size_t iAt) {
         const char before = std::exchange(m_before, c);
-        if (c == '\n') ++m_iLine;
         if (m_state == State::Comment) {
             if (before == '*' && c == '/') vState(State::Between);
             return false;
@@ -51,8 +50,6 @@ public:
     }
 
     [[nodiscard]] const std::string& sText() const noexcept { return m_sText; }
-    // From 1.
-    [[nodiscard]] unsigned iLine() const noexcept { return m_iLine; }
 
     // The statement that ended; the next one begins.
     Statement statement() {
@@ -69,10 +66,10 @@ private:
         m_state = state;
         m_before = '\0';
     }
-    // A stroke may be the begin of a comment, and is nothing else in a parameter.
+    // A stroke may be the begin of a comment, and is nothing else in a parameter; in a string a quote is behind it.
     void vTake(char c, std::size_t iAt) {
         m_sText += c;
-        if (c == '/' && m_state == State::Between) return;
+        if (c == '/') return;
         if (m_span.iEnd == 0) m_span.iBegin = iAt;
         m_span.iEnd = iAt + 1;
     }
@@ -85,7 +82,6 @@ private:
     char m_before = '\0';   // 0 where it can't open or close a comment
     std::size_t m_iDepth = 0;
     Span m_span{};   // of the parameter so far; its end is 0 until it begins
-    unsigned m_iLine = 1;
     std::string m_sText;
     Statement m_statement;
 };
@@ -110,7 +106,7 @@ HeaderSection::HeaderSection(Input& input) : m_sName(input.sName()) {
             continue;
         }
         if (statement.sKeyword == "ENDSEC") return;
-        m_header.boReadLine(std::move(sText), m_errors, scanner.iLine());
+        m_header.boReadLine(std::move(sText), m_errors, 0);   // only the count of errors is told, not their lines
         m_statements.push_back(std::move(statement));
     }
     throw Failure(fmt::format("{}: {}", m_sName,

@@ -423,6 +423,21 @@ TEST(ReferenceTaker, LeavesNothingBehind) {
     EXPECT_THAT(asked, ElementsAre(&gone, &gone, &stays));
 }
 
+TEST(ReferenceTaker, PassesOverItemsBehindTheirFlags) {
+    RemoveModel model("#1=IFCTHING('1');#2=IFCTHING('2');#5=IFCHOLDER($,$,(#1,#2),((#1),(#2)),(#2));", linkSchema());
+    Entity& holder = *model.data.pEntityFromId(5);
+    auto& values = static_cast<AttributeList&>(*holder.pAttributeFromIndex(2).second);
+    auto& rows = static_cast<AttributeList&>(*holder.pAttributeFromIndex(3).second);
+    (*values.pArray<AttributeSelect>())[0].m_boUndefined = true;
+    (*rows.pArray<AttributeList>())[0].m_boUndefined = true;
+    const auto boGone = [&](const Entity* pEntity) { return pEntity == model.data.pEntityFromId(1); };
+    ReferenceTaker taker(boGone);
+    EXPECT_FALSE(taker.boCell(values, CellClass::List));
+    EXPECT_FALSE(taker.boCell(rows, CellClass::List));
+    EXPECT_EQ(values.pArray<AttributeSelect>()->size(), 2U);
+    EXPECT_EQ(rows.pArray<AttributeList>()->size(), 2U);
+}
+
 // A number that stands twice in a file: the list has its instance twice, and its references count once.
 TEST(EntitiesRemove, CountsAnInstanceOnce) {
     RemoveModel model("#1=IFCTHING('1');#2=IFCTHING('2');#3=IFCTHING('3');"
