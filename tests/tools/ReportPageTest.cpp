@@ -70,9 +70,14 @@ TEST(ReportPage, TellsTheFileItsVerdictAndItsErrors) {
           "class=\"error\">error</span><code>#2=IFCMATERIAL($,&#39;x&#39;,$);</code>",
           "<span class=\"line\">no line</span><span class=\"error\">error</span><code></code>"})
         EXPECT_TRUE(boHolds(sText, pPart)) << pPart;
+    EXPECT_EQ(iCount(sText, "<dt>Schema</dt>"), 1U);
     EXPECT_EQ(iCount(sText, "<details"), 2U);
     EXPECT_EQ(iCount(sText, "<li "), 3U);
     EXPECT_FALSE(boHolds(sText, "not listed"));
+
+    std::string sWithoutAuthorisation = g_threeErrors;
+    sWithoutAuthorisation.replace(sWithoutAuthorisation.find("'z'"), 3, "''");
+    EXPECT_FALSE(boHolds(sPage(sWithoutAuthorisation), "<dt>Authorisation</dt>"));
 }
 
 struct VerdictRow {
@@ -241,6 +246,22 @@ TEST(ReportPage, VeryManyErrorsStayUsable) {
     EXPECT_LT(sText.size(), 4000000U);
 }
 
+// Six groups of 1106 to 1101 records: twenty of each come first, then a thousand of one after the other, up to 5000.
+TEST(ReportPage, RowsAreSharedOutAmongGroups) {
+    std::string sData;
+    int iId = 0;
+    int iCount = 1106;
+    for (const char* pStatement : {"IFCTEAPOT()", "IFCMATERIAL($,$,$)", "IFCMATERIAL(5,$,$)", "IFCCARTESIANPOINT((x))",
+                                   "IFCMATERIAL('a',$,$,$)", "IFCPRODUCT($,$,$,$,$,$,$)"}) {
+        for (int i = 0; i < iCount; ++i) sData += "#" + std::to_string(++iId) + "=" + pStatement + ";\n";
+        --iCount;
+    }
+    const std::string sText = sPage(sExchangeFile("IFC4", sData));
+    EXPECT_EQ(::oxa::test::iCount(sText, "<li "), 5000U);
+    for (const char* pMore : {">106 more", ">105 more", ">104 more", ">103 more", ">122 more", ">1,081 more"})
+        EXPECT_EQ(::oxa::test::iCount(sText, pMore), 1U) << pMore;
+}
+
 TEST(ReportPage, FileIsReplacedAsAWhole) {
     const TestFolder folder;
     const std::string sIn = folder.sFile("in.ifc", g_threeErrors);
@@ -305,6 +326,21 @@ TEST(ReportTemplate, BytesOutsideUtf8AreLatin1) {
     const ProgramRun run = runProgram({"check", "-", "--template", folder.sFile("t", "{{ dumpJson }}")},
                                       sExchangeFile("IFC4", "#1=IFCMATERIAL($,'\xe4',$);\n"));
     EXPECT_TRUE(boHolds(run.sOut, "#1=IFCMATERIAL($,'\xc3\xa4',$);")) << run.sError;
+    const ProgramRun message =
+        runProgram({"check", "-", "--template", folder.sFile("t", "{{ dumpJson }}")}, sExchangeFile("IFC\xe4", ""));
+    EXPECT_TRUE(boHolds(message.sOut, "IFC\xc3\xa4")) << message.sError;
+    EXPECT_TRUE(boHolds(message.sOut, "\"severity\":\"fatal\"")) << message.sOut;
+    const ProgramRun name = runProgram({"check", folder.sFile("\xe4.ifc", sExchangeFile("IFC4", "")), "--template",
+                                        folder.sFile("t", "{{ filename }}")});
+    EXPECT_TRUE(name.sOut.ends_with("/\xc3\xa4.ifc")) << name.sOut << name.sError;
+}
+
+TEST(ReportTemplate, LongTextsAreWhole) {
+    const TestFolder folder;
+    const std::string sStatement = "#1=IFCMATERIAL($,'" + std::string(5000, 'x') + "',$);";
+    const ProgramRun run = runProgram({"check", "-", "--template", folder.sFile("t", "{{ dumpJson }}")},
+                                      sExchangeFile("IFC4", sStatement + '\n'));
+    EXPECT_TRUE(boHolds(run.sOut, sStatement)) << run.sError;
 }
 
 struct FaultRow {
