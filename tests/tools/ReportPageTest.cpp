@@ -153,6 +153,7 @@ TEST(ReportPage, AThousandRowsOfOneMessage) {
 TEST(ReportPage, FatalMessagesComeFirst) {
     const std::string sText = sPage(sExchangeFile("IFC4", "#1=IFCTEAPOT();\nIFCPOLYLINE(#2);\n"));
     EXPECT_LT(sText.find("<li data-severity=\"fatal\">"), sText.find("<li data-severity=\"error\">"));
+    EXPECT_LT(sText.find("<th scope=\"row\">fatal: syntax</th>"), sText.find("<th scope=\"row\">error: value</th>"));
 }
 
 // A page names no other address, so that it is whole wherever it goes.

@@ -236,10 +236,8 @@ private:
             ++iLost;
             return static_cast<ifc::Entity*>(nullptr);
         };
-        if (!boCopy(source, attribute, *pTarget, *pDestination, mapEntity)) {
-            pTarget->m_boDerived = false;
-            pTarget->m_boUndefined = true;
-        }
+        // Only a value is refused once the flags are copied: the target is not derived.
+        if (!boCopy(source, attribute, *pTarget, *pDestination, mapEntity)) pTarget->m_boUndefined = true;
         iLost += Settle(m_target, m_data.pool()).iCell(*pTarget, pTypeOf(*pDestination));
         if (source.boHasValue() && !pTarget->boHasValue() && !iLost) iLost = 1;
         return iLost;
