@@ -63,6 +63,29 @@ TEST(RuleProgram, CheckCallsNoFileWholeThatWasPassedOverInPart) {
     }
 }
 
+TEST(RuleProgram, InfoCallsNoFileWholeThatWasPassedOverInPart) {
+    for (const PassedOver& row : passedOver()) {
+        SCOPED_TRACE(row.sRule);
+        const ProgramRun run = runProgram({"info", "-"}, row.sFile);
+        EXPECT_EQ(run.iCode, 1);
+        EXPECT_NE(run.sOut.find("read                  to the end; " + sTold(row) + "\n"), std::string::npos) << run.sOut;
+        EXPECT_EQ(runProgram({"info", "-", "--json"}, row.sFile).json()["lostStatements"], row.iPlaces);
+    }
+}
+
+// It is the same in each read, and told.
+TEST(RuleProgram, DiffComparesTheRestOfWhatWasPassedOverInPart) {
+    const TestFolder folder;
+    for (const PassedOver& row : passedOver()) {
+        SCOPED_TRACE(row.sRule);
+        const std::string sPath = folder.sFile("a.ifc", row.sFile);
+        const ProgramRun run = runProgram({"diff", sPath, sPath});
+        EXPECT_EQ(run.iCode, 0);
+        EXPECT_EQ(run.sOut, "no difference\n");
+        EXPECT_EQ(run.sError.find("oxaifc: " + sPath + ": " + sTold(row) + "\n"), 0U) << run.sError;
+    }
+}
+
 TEST(RuleProgram, FileThatWasPassedOverInPartIsNotReplaced) {
     const TestFolder folder;
     for (const PassedOver& row : passedOver()) {

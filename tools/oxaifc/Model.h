@@ -71,6 +71,8 @@ public:
     [[nodiscard]] std::string sLost() const;
     // The same, counted.
     [[nodiscard]] ifc::Errors::LostStatements lostStatements() const;
+    // Whether some of that was a fault inside: another read of the file may have another result.
+    [[nodiscard]] bool boFaultInside() const { return m_pErrors->lostStatements().iCount > 0; }
     // What to say of a read without errors: "read without loss" where that is known.
     [[nodiscard]] std::string_view noErrors() const noexcept;
     // The result of the read.

@@ -32,8 +32,8 @@ void vCheck(const Model& model) {
             throw Failure(
                 fmt::format("{}: not read to the end: {}", model.sName(), sPrintable(record.description)));
     if (!model.boOk() && model.errors().empty()) throw Failure(model.sName() + ": not read to the end");
-    // Which statements they were nobody knows: a difference and none would both be guesses.
-    if (model.lostStatements().iCount)
+    // Which statements were lost nobody knows: a difference and none would both be guesses.
+    if (model.boFaultInside())
         throw Failure(fmt::format("{}: has lost statements in the read, so it can't be compared", model.sName()));
     if (!model.errors().empty())
         std::fputs(fmt::format("oxaifc: {}: {} while reading; what could not be read is not compared\n",
