@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the program says of files that only seem to be read whole, and of those that are not.
 #include <gtest/gtest.h>
 

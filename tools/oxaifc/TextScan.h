@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TextScan: the bytes of one text of an exchange structure, up to the quote that closes it.
 //
 // For      ReadDiagnosis and StatementScan, which take a file byte by byte as the reader does.

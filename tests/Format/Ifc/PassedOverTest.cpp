@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the rules of reading pass over without a record is counted, so that nobody calls the model whole.
 #include <gtest/gtest.h>
 

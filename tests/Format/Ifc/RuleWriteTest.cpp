@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is written of a model that a caller has changed, and of one with faults, on the caller's thread and on several.
 #include <gtest/gtest.h>
 
