@@ -117,6 +117,20 @@ std::vector<MoveRow> moveRows() {
           "#3=IFCPROPERTYSET('0e_8SiFPnIEh3pPRu4cB6E',#9,$,$,(#4));",
           "#4=IFCPROPERTYSINGLEVALUE('a',$,$,$);"},
          ""},
+        {"from a list in a select to a reference",
+         "IFC4",
+         "IFC2X3",
+         "#1=IFCRELDEFINESBYPROPERTIES('1CCJ9i1$jSdgYVC2yzHPtC',#9,$,$,(#2),IFCPROPERTYSETDEFINITIONSET((#3,#5)));\n"
+         "#2=IFCWALL('2cp60asVrO3R4Q9IgcHKIk',#9,$,$,$,$,$,$,$);\n"
+         "#3=IFCPROPERTYSET('0e_8SiFPnIEh3pPRu4cB6E',#9,$,$,(#4));\n#4=IFCPROPERTYSINGLEVALUE('a',$,$,$);\n"
+         "#5=IFCPROPERTYSET('3X5rmEjoXQ$f8Sn8KSdx0i',#9,$,$,(#4));\n",
+         {"#1=IFCRELDEFINESBYPROPERTIES('1CCJ9i1$jSdgYVC2yzHPtC',#9,$,$,(#2),$);",
+          "#2=IFCWALL('2cp60asVrO3R4Q9IgcHKIk',#9,$,$,$,$,$,$);",
+          "#3=IFCPROPERTYSET('0e_8SiFPnIEh3pPRu4cB6E',#9,$,$,(#4));", "#4=IFCPROPERTYSINGLEVALUE('a',$,$,$);",
+          "#5=IFCPROPERTYSET('3X5rmEjoXQ$f8Sn8KSdx0i',#9,$,$,(#4));"},
+         "values that have no place in IFC2X3:\n           1  IFCRELDEFINESBYPROPERTIES.RelatingPropertyDefinition\n"
+         "oxaifc: standard output: #1 IfcRelDefinesByProperties: The mandatory attribute RelatingPropertyDefinition has no "
+         "value.\n"},
         {"from a reference to a select",
          "IFC2X3",
          "IFC4",
