@@ -6,10 +6,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <chrono>
 #include <filesystem>
 #include <future>
 #include <numeric>
 #include <stdexcept>
+#include <utility>
 
 #include "WrittenText.h"
 #include "platform/Utilities.h"
@@ -231,6 +234,87 @@ TEST(WriteThreads, WriteCreatedEntitiesOnce) {
 }
 
 // While the others wait with their first line, the caller's thread gets work in any case.
+// The work of a walk over entities that name nothing.
+struct Walk {
+    const std::array<Entity, 6> entities = {};
+    EntityIdMap numbers{0};
+    RecordingWriter writer;
+    WriteError errors;
+    StepWriteInfoCommon info{numbers, errors, writer, false};
+    std::atomic<std::size_t> iTaken{0};
+
+    std::int32_t iAtWork() {
+        const std::lock_guard lock(info.m_mutex);
+        return info.m_iActive;
+    }
+    // Who is not at work any more waits then.
+    void vUntilAtWork(std::int32_t iThreads) {
+        while (iAtWork() > iThreads) std::this_thread::yield();
+    }
+};
+
+// One of its threads.
+struct Taker {
+    Walk& walk;
+    std::vector<const Entity*> share = {};
+    bool boActive = false;
+
+    bool boTake(std::vector<const Entity*> found) {
+        const bool boMore = walk.info.boTake(found, share, boActive, {});
+        walk.iTaken += share.size();
+        return boMore;
+    }
+};
+
+// A thread that had nothing to do and has again counts as before: while it is at work the walk goes on.
+TEST(WriteThreads, EndWithTheLastThatIsAtWork) {
+    Walk walk;
+    const auto& entities = walk.entities;
+    walk.info.m_queue.push_back(&entities[0]);
+    Taker own{walk};
+    EXPECT_TRUE(own.boTake({}));
+    std::promise<void> first, second;
+    std::thread thread([&] {
+        Taker other{walk};
+        EXPECT_TRUE(other.boTake({}));
+        first.set_value();
+        EXPECT_TRUE(other.boTake({})) << "after a rest";
+        const std::int32_t iAtWork = walk.iAtWork();
+        second.set_value();
+        walk.vUntilAtWork(iAtWork - 1);
+        for (std::vector<const Entity*> found{&entities[5]}; other.boTake(std::exchange(found, {}));) {}
+    });
+    EXPECT_TRUE(own.boTake({&entities[1], &entities[2]}));
+    first.get_future().wait();
+    walk.vUntilAtWork(1);
+    EXPECT_TRUE(own.boTake({&entities[3], &entities[4]}));
+    second.get_future().wait();
+    while (own.boTake({})) {}
+    thread.join();
+    EXPECT_EQ(walk.iTaken, entities.size());
+}
+
+TEST(WriteThreads, EndWhereTheyWaitWhenTheWalkIsStopped) {
+    Walk walk;
+    walk.info.m_queue.push_back(&walk.entities[0]);
+    Taker own{walk};
+    EXPECT_TRUE(own.boTake({}));
+    std::promise<void> first;
+    std::future<bool> last = std::async(std::launch::async, [&] {
+        Taker other{walk};
+        EXPECT_TRUE(other.boTake({}));
+        first.set_value();
+        return other.boTake({});
+    });
+    EXPECT_TRUE(own.boTake({&walk.entities[1], &walk.entities[2]}));
+    first.get_future().wait();
+    walk.vUntilAtWork(1);
+    walk.info.vStop();
+    EXPECT_EQ(last.wait_for(std::chrono::seconds(20)), std::future_status::ready) << "nobody woke it";
+    walk.info.m_changed.notify_all();
+    EXPECT_FALSE(last.get());
+}
+
 TEST(WriteThreads, EndWhenProgressThrows) {
     const Hardware hardware(8);
     struct WaitingWriter final : IfcLineWriterInterface {
