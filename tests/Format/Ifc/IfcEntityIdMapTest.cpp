@@ -55,6 +55,25 @@ TEST_F(SeededMap, ADealtNumberMayBeOneThatTheFileHas) {
     EXPECT_EQ(map.pSeededFromId(3), &info.slotGet(data, 3).entity);
 }
 
+// Bits stand for numbers of 32 bits; a larger one, which a document can have, is looked up by its entity.
+TEST_F(SeededMap, IsSeededUpTo32Bits) {
+    constexpr std::size_t g_iBehind = std::size_t{1} << 32;
+    const EntitySlot& last = info.slotGet(data, 65'535);
+    const EntitySlot& behind = info.slotGet(data, 9);
+    map.vSeed(last, g_iBehind - 1);
+    map.vSeed(behind, g_iBehind + 9);
+    EntityIdMap::Near near;
+    for (int i = 0; i < 2; ++i) {
+        const EntityIdMap::Number small = map.number(&last.entity, near);
+        EXPECT_EQ(small.iId, g_iBehind - 1);
+        EXPECT_TRUE(small.boSeeded);
+        const EntityIdMap::Number large = map.number(&behind.entity, near);
+        EXPECT_EQ(large.iId, g_iBehind + 9);
+        EXPECT_FALSE(large.boSeeded);
+        EXPECT_FALSE(large.boNew);
+    }
+}
+
 TEST_F(SeededMap, DealsAboveTheHighestWhereToldSo) {
     const Entity first;
     const Entity second;

@@ -285,6 +285,15 @@ TEST(WriteOrder, WritesNothingWhereThereIsNothing) {
             EXPECT_FALSE(none.boResult);
             EXPECT_EQ(none.text, "");
         }
+    // A walk from nothing ends, where it is in an order.
+    for (const bool boSingleThreaded : g_threads) {
+        RecordingWriter writer;
+        WriteError errors;
+        StepWriteInfoCommon info(empty.entityIdMap(false), errors, writer, boSingleThreaded);
+        empty.vWriteWith(info, {.eOrder = WriteOrder::Number});
+        EXPECT_TRUE(writer.m_lines.empty());
+        EXPECT_EQ(writer.m_iFinished, 1);
+    }
 }
 
 TEST(WriteOrder, IsOneOfTheSimpleFormToo) {
