@@ -132,6 +132,19 @@ TEST(WriteOrder, KeepsTheStatementsOfTheWalk) {
     }
 }
 
+TEST(WriteOrder, FollowsNoValueThatStaysBehindItsFlag) {
+    ReadFileModel model = modelOf("#1=IFCPOINT((1.));#2=IFCELEMENT('" + sGuidOf(1) + "',$,#1,$);");
+    const Data& data = model.file.data();
+    const Entity* pElement = data.pEntityFromId(2);
+    pElement->pAttributeFromIndex(2).second->m_boUndefined = true;
+    for (const WriteOrder eOrder : {WriteOrder::Any, WriteOrder::Number}) {
+        std::ostringstream out;
+        WriteError errors;
+        WriteFile::boWrite(data, pElement, out, errors, {.boSingleThreaded = true, .eOrder = eOrder});
+        EXPECT_THAT(linesOf(out.str()), ElementsAre("#2=IFCELEMENT('" + sGuidOf(1) + "',$,$,$);"));
+    }
+}
+
 TEST(WriteOrder, GivesTheSameBytesForAnyNumberOfThreads) {
     const ReadFileModel model(sSmallFile(1500), true, schemaIs(smallSchema()));
     Lines expected = dataLines(fileOf(model.file));
@@ -349,6 +362,15 @@ TEST(WriteNumbers, ANewOneMayBeOneThatTheFileHas) {
 
 // Only what is written counts: each of the two, and neither alone.
 TEST(WriteNumbers, AreToldWhereBothAreWritten) {
+    ReadFileModel undefined = modelOf(g_sProject + "#3=IFCPOINT((3.));#4=IFCPROPERTY('a',#9,(),$);");
+    {
+        std::ostringstream out;
+        WriteError errors;
+        WriteFile::boWrite(undefined.file.data(), nullptr, out, errors,
+                           {.eOrder = WriteOrder::Number, .boTellNumbersTwice = true});
+        EXPECT_THAT(linesOf(out.str()), testing::Contains("#4=IFCPROPERTY('a',#4,(),$);"));
+        EXPECT_THAT(rowsOf(errors), ElementsAre()) << "what got the number has no statement";
+    }
     ReadFileModel model = modelOf(g_sProject + "#3=IFCPOINT((3.));#4=IFCPROPERTY('a',#9,(),$);");
     Data& data = model.file.data();
     Entity* pNew = data.pEntityCreate(ObjectName("IFCPOINT"));
