@@ -5,7 +5,7 @@
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
-#include "Format/Ifc/IfcList.h"
+#include "Format/Ifc/Memory/List.h"
 
 namespace oxa::bench {
 

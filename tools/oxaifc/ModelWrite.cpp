@@ -16,7 +16,7 @@
 
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcWriteFile.h"
-#include "Format/Ifc/IfcWriteInfo.h"
+#include "Format/Ifc/Write/WriteContext.h"
 #include "oxaifc/Failure.h"
 #include "oxaifc/Output.h"
 #include "oxaifc/Progress.h"

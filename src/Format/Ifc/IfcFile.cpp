@@ -7,7 +7,7 @@
 
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcReadFile.h"
-#include "Format/Ifc/IfcReadInfo.h"
+#include "Format/Ifc/Store/EntityTable.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa::ifc {

@@ -32,9 +32,9 @@
 #include <vector>
 
 #include "Format/Ifc/IfcArray.h"
-#include "Format/Ifc/IfcList.h"
-#include "Format/Ifc/IfcSimplePool.h"
-#include "Format/Ifc/IfcUnaligned.h"
+#include "Format/Ifc/Memory/List.h"
+#include "Format/Ifc/Memory/SimplePool.h"
+#include "Format/Ifc/Memory/Unaligned.h"
 #include "platform/Export.h"
 #include "platform/Id.h"
 #include "schema/Schema.h"
@@ -170,7 +170,7 @@ public:
     // With boSameEntity two references are equal when they are the same pointer; without, when the instances they
     // lead to have equal content, however deep. Comparison of a cyclic model ends: a pair already being compared
     // counts as equal. Strings are compared by bytes, reals exactly. Values held by selects, and rows of lists,
-    // are told apart more strictly: see IfcFileAttributeCompare.cpp. Any number of threads on a stable model.
+    // are told apart more strictly: see Store/Compare.cpp. Any number of threads on a stable model.
     [[nodiscard]] bool boIsEqual(const def::schema::ObjectBase& object, const AttributeBase& other,
                                  const def::schema::ObjectBase& otherObject, bool boSameEntity) const;
     // Moves the value into a cell of another instance, of this model or another, of this schema or another.
@@ -459,7 +459,7 @@ public:
     void vTypeListCreate(const std::vector<const def::schema::ObjectBase*>& path, std::size_t iCount, Pool& pool);
 
     // Stores a caller's list. False for an item type that does not take Value, with an assertion where the item
-    // type is none at all. One instance for each Value of the list in IfcFileAttributeListSet.cpp.
+    // type is none at all. One instance for each Value of the list in Cells/ListSet.cpp.
     template <class Value>
     bool boValueSet(const Value& value, const def::schema::ObjectBase* pObject, Pool& pool);
     template <class Value>
@@ -474,7 +474,7 @@ public:
     bool boForEach(const def::schema::Attribute& attribute, std::function<bool(T&)> function) const;
 
     // One text with a blank between the items, where the attribute's mapping lets a list have one; or a text an item.
-    // On the way in only reals are stored, and selects: see IfcFileAttributeXmlText.cpp. "object" is the aggregate.
+    // On the way in only reals are stored, and selects: see Xml/CellXmlText.cpp. "object" is the aggregate.
     bool boValueAsXmlStringGet(std::string& text, const def::schema::Attribute& attribute) const;
     bool boValueAsXmlStringsGet(std::vector<std::string>& texts, const def::schema::Attribute& attribute,
                                 const Data* data) const;

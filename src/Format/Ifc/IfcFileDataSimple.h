@@ -20,10 +20,10 @@
 #include <utility>
 #include <vector>
 
-#include "Format/Ifc/IfcEntityIdMap.h"
+#include "Format/Ifc/Store/EntityIdMap.h"
 #include "Format/Ifc/IfcFileEntity.h"
-#include "Format/Ifc/IfcGuidMap.h"
-#include "Format/Ifc/IfcSimplePool.h"
+#include "Format/Ifc/Store/GuidMap.h"
+#include "Format/Ifc/Memory/SimplePool.h"
 #include "platform/Export.h"
 #include "platform/Id.h"
 #include "schema/Schema.h"

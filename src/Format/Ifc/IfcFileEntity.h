@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "Format/Ifc/IfcFileAttribute.h"
-#include "Format/Ifc/IfcList.h"
+#include "Format/Ifc/Memory/List.h"
 #include "platform/Export.h"
 #include "schema/Schema.h"
 
@@ -204,7 +204,7 @@ private:
     const DataSizeEntity* pBlocksAllocate(const def::schema::Entity& schema, Allocate&& alloc);
     // Fills an empty instance; a filled one stays as it is.
     void vFill(Data& data, const def::schema::Entity& schema, bool boInit);
-    // Calls visit(const Entity&) for each entity that the statement leads to; see IfcFileEntityNamed.h.
+    // Calls visit(const Entity&) for each entity that the statement leads to; see Write/EntityNamed.h.
     template <class Visit>
     void vForEachNamedEntity(Visit&& visit) const;
     // The statement in info.m_line; false, with no text, for an empty instance.

@@ -18,7 +18,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Format/Ifc/IfcFileHeaderBase.h"
+#include "Format/Ifc/Header/FileHeaderBase.h"
 #include "platform/DateTime.h"
 #include "platform/Export.h"
 #include "platform/Object.h"

@@ -15,7 +15,7 @@
 #include <string>
 #include <variant>
 
-#include "Format/Ifc/IfcFileHeaderBase.h"
+#include "Format/Ifc/Header/FileHeaderBase.h"
 #include "platform/Export.h"
 
 namespace oxa::ifc {

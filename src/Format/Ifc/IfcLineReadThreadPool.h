@@ -34,7 +34,7 @@
 #include <vector>
 
 #include "Format/Ifc/IfcFile.h"
-#include "Format/Ifc/IfcReadInfo.h"
+#include "Format/Ifc/Read/ReadContext.h"
 #include "platform/Export.h"
 
 namespace oxa::ifc::io {

@@ -18,9 +18,9 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
-#include "Format/Ifc/IfcReadInfo.h"
-#include "Format/Ifc/IfcScanBytes.h"
-#include "Format/Ifc/IfcStatementBuffer.h"
+#include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Read/ScanMap.h"
+#include "Format/Ifc/Read/StatementBuffer.h"
 #include "platform/Export.h"
 #include "platform/Stream.h"
 

@@ -21,7 +21,7 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
-#include "Format/Ifc/IfcWriteInfo.h"
+#include "Format/Ifc/Write/WriteContext.h"
 #include "platform/Export.h"
 #include "platform/Stream.h"
 

@@ -22,7 +22,7 @@
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcGuid.h"
-#include "Format/Ifc/IfcReadInfo.h"
+#include "Format/Ifc/Read/ReadContext.h"
 #include "platform/Localization.h"
 #include "provider/SchemaLoader.h"
 

@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "Format/Ifc/IfcFileAttribute.h"
-#include "Format/Ifc/IfcFileAttributeWalk.h"
+#include "Format/Ifc/Cells/CellWalk.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"

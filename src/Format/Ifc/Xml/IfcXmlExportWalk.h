@@ -11,7 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "Format/Ifc/IfcWriteInfo.h"
+#include "Format/Ifc/Write/WriteContext.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
 #include "platform/Xml.h"
 

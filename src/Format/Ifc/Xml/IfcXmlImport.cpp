@@ -7,7 +7,7 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
-#include "Format/Ifc/IfcReadInfo.h"
+#include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Xml/IfcXmlHash.h"
 #include "Format/Ifc/Xml/IfcXmlText.h"
 #include "platform/Assert.h"

@@ -4,7 +4,7 @@
 
 #include <regex>
 
-#include "../AssertLog.h"
+#include "Format/Ifc/AssertLog.h"
 #include "Format/Ifc/Xml/IfcXmlText.h"
 #include "XmlModel.h"
 

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "../AssertLog.h"
+#include "Format/Ifc/AssertLog.h"
 #include "XmlModel.h"
 #include "platform/Xml.h"
 

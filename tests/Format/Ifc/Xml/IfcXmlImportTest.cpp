@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "../AssertLog.h"
+#include "Format/Ifc/AssertLog.h"
 #include "XmlModel.h"
 
 namespace oxa::ifc {

@@ -16,8 +16,8 @@
 #include <string_view>
 #include <vector>
 
-#include "../BaseTypes.h"
-#include "../ReadResult.h"
+#include "Format/Ifc/BaseTypes.h"
+#include "Format/Ifc/ReadResult.h"
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
 #include "Format/Ifc/Xml/IfcXmlImport.h"

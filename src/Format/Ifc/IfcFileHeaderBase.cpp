@@ -1,8 +1,0 @@
-// SPDX-License-Identifier: Apache-2.0
-#include "Format/Ifc/IfcFileHeaderBase.h"
-
-namespace oxa::ifc {
-
-FileHeaderBase::~FileHeaderBase() = default;
-
-}   // namespace oxa::ifc

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: Apache-2.0
+// SimplePool: memory for the many small things of one model, which all die together.
+//
+// For      entities, attribute blocks, texts, lists and list nodes of one Data.
+// Callers  Data, the cells, the setters. Library users only hand a pool on.
+// Not for  objects with a destructor to run (none is run), or memory to be given back one by one.
+// Threads  SimplePool: any number at once; the common path is one atomic add, a new block takes a lock.
+//          PoolArena: one thread; it draws larger pieces from a pool, so that a parsing thread
+//          touches the shared counter once for some hundred allocations.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "Format/Ifc/Memory/ZeroedBytes.h"
+
+namespace oxa::memory {
+
+// Bump allocation in blocks of iBlockSize bytes; iAlignment 0: no alignment is added, a caller who needs
+// one asks for sizes that keep it or aligns by itself (pAllocateAligned).
+template <class Byte, std::size_t iBlockSize, std::size_t iAlignment>
+class SimplePool {
+    static_assert(sizeof(Byte) == 1 && iAlignment == 0, "a pool of bytes, without alignment");
+
+public:
+    SimplePool() = default;
+    SimplePool(const SimplePool&) = delete;
+    SimplePool& operator=(const SimplePool&) = delete;
+
+    // iBytes of zeroed memory at any byte address, good until the pool dies. Throws std::bad_alloc.
+    [[nodiscard]] void* pAllocate(std::size_t iBytes) {
+        if (iBytes > iBlockSize) return pAllocateLarge(iBytes);
+        for (;;) {
+            Block* pBlock = m_pCurrent.load(std::memory_order_acquire);
+            if (pBlock) {
+                // A failed attempt leaves its overshoot behind and so closes the block for others too.
+                const std::uint64_t iUsed = pBlock->m_iUsed.fetch_add(iBytes, std::memory_order_relaxed);
+                if (iUsed + iBytes < iBlockSize) return pBlock->m_pData.get() + iUsed;
+            }
+            if (void* pBytes = pOpenBlock(pBlock, iBytes)) return pBytes;
+        }
+    }
+
+    // The same at an address that is a multiple of 8.
+    [[nodiscard]] void* pAllocateAligned(std::size_t iBytes) {
+        void* pBytes = pAllocate(iBytes + 7);
+        std::size_t iSpace = iBytes + 7;
+        return std::align(8, iBytes, pBytes, iSpace);
+    }
+
+    // The same for a large piece that its owner fills from its start to its end. Once the pool is large, pieces are cut
+    // from segments.
+    [[nodiscard]] void* pAllocatePiece(std::size_t iBytes) {
+        if (m_iReserved.load(std::memory_order_relaxed) < g_iSegmentsFrom || iBytes > g_iSegmentBytes)
+            return pAllocate(iBytes);
+        const std::lock_guard lock(m_largeMutex);
+        if (iBytes > m_iSegmentLeft) {
+            m_large.push_back(zeroedSegment());
+            vGiveBack(m_pSegment, m_iSegmentLeft);   // the end of the old one
+            m_iSegmentLeft = g_iSegmentBytes;
+            m_pSegment = m_large.back().get();
+            m_iReserved.fetch_add(g_iSegmentBytes, std::memory_order_relaxed);
+        }
+        void* pBytes = m_pSegment;
+        m_pSegment += iBytes;
+        m_iSegmentLeft -= iBytes;
+        return pBytes;
+    }
+
+    // Returns the unused end of the last segment to the system, until somebody needs it.
+    void vTrim() noexcept {
+        const std::lock_guard lock(m_largeMutex);
+        vGiveBack(m_pSegment, m_iSegmentLeft);
+    }
+
+    // Bytes taken from the heap so far: blocks and large allocations.
+    [[nodiscard]] std::size_t iBytesReserved() const noexcept { return m_iReserved.load(std::memory_order_relaxed); }
+
+private:
+    struct Block {
+        Block(std::uint64_t iUsed, ZeroedBytes pData) noexcept : m_iUsed(iUsed), m_pData(std::move(pData)) {}
+        std::atomic<std::uint64_t> m_iUsed;
+        ZeroedBytes m_pData;
+    };
+
+    // A smaller pool would pay for a segment's unused end with a good part of its size.
+    static constexpr std::size_t g_iSegmentsFrom = 2 * g_iSegmentBytes;
+
+    void* pAllocateLarge(std::size_t iBytes) {
+        ZeroedBytes pBytes = zeroedBytes(iBytes);
+        const std::lock_guard lock(m_largeMutex);
+        m_large.push_back(std::move(pBytes));
+        m_iReserved.fetch_add(iBytes, std::memory_order_relaxed);
+        return m_large.back().get();
+    }
+
+    // Opens a new block and serves the request at its start; null when another thread was faster.
+    void* pOpenBlock(const Block* pSeen, std::size_t iBytes) {
+        const std::lock_guard lock(m_blockMutex);
+        if (m_pCurrent.load(std::memory_order_relaxed) != pSeen) return nullptr;
+        ZeroedBytes pData = zeroedBytes(iBlockSize);
+        Block& block = m_blocks.emplace_back(iBytes, std::move(pData));
+        m_iReserved.fetch_add(iBlockSize, std::memory_order_relaxed);
+        m_pCurrent.store(&block, std::memory_order_release);
+        return block.m_pData.get();
+    }
+
+    std::atomic<Block*> m_pCurrent{nullptr};
+    std::list<Block> m_blocks;                  // guarded by m_blockMutex
+    std::vector<ZeroedBytes> m_large;           // guarded by m_largeMutex, as the next two
+    char* m_pSegment = nullptr;                 // the free end of the last segment
+    std::size_t m_iSegmentLeft = 0;
+    std::mutex m_blockMutex;
+    std::mutex m_largeMutex;
+    std::atomic<std::size_t> m_iReserved{0};
+};
+
+}   // namespace oxa::memory
+
+namespace oxa::ifc {
+
+using Pool = memory::SimplePool<char, 16384, 0>;
+
+// Bump allocation for one thread out of a shared pool. What it holds unused at its end is lost to the
+// pool; the pieces therefore start small and double, so that a small model wastes little.
+class PoolArena {
+public:
+    explicit PoolArena(Pool& pool) noexcept : m_pPool(&pool) {}
+    ~PoolArena() { memory::vGiveBack(m_pNext, static_cast<std::size_t>(m_pEnd - m_pNext)); }
+    PoolArena(const PoolArena&) = delete;
+    PoolArena& operator=(const PoolArena&) = delete;
+
+    // As SimplePool::pAllocate, without the threads.
+    [[nodiscard]] void* pAllocate(std::size_t iBytes) {
+        if (iBytes > static_cast<std::size_t>(m_pEnd - m_pNext) || !m_pNext) return pAllocateSlow(iBytes);
+        char* pBytes = m_pNext;
+        m_pNext += iBytes;
+        return pBytes;
+    }
+
+private:
+    static constexpr std::size_t g_iFirstPiece = 16 * 1024;
+    static constexpr std::size_t g_iLargestPiece = 128 * 1024;
+
+    void* pAllocateSlow(std::size_t iBytes) {
+        // A large request goes past the arena, so that it does not throw half a piece away.
+        if (iBytes >= m_iPiece / 4) return m_pPool->pAllocate(iBytes);
+        m_pNext = static_cast<char*>(m_pPool->pAllocatePiece(m_iPiece));
+        m_pEnd = m_pNext + m_iPiece;
+        memory::vPopulate(m_pNext, m_iPiece);   // one call instead of a fault a page
+        if (m_iPiece < g_iLargestPiece) m_iPiece *= 2;
+        return pAllocate(iBytes);
+    }
+
+    Pool* m_pPool;
+    char* m_pNext = nullptr;
+    char* m_pEnd = nullptr;
+    std::size_t m_iPiece = g_iFirstPiece;
+};
+
+}   // namespace oxa::ifc

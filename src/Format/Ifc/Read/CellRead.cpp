@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the parsers of all cells share: "$" and "*", reports, the token at hand, and the value inside a select.
+#include <exception>
+#include <string_view>
+
+#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/Read/ReadContext.h"
+
+namespace oxa::ifc {
+
+AttributeBase* AttributeBase::pAttributeNew(const def::schema::Type& type, StepReadInfoAttribute& info,
+                                            AttributeType* pType) {
+    try {
+        void* pCell = info.pAllocate(iAttributeSizeFromSchemaAttribute(type, *info.m_pAttribute));
+        vAttributeNew(type, *info.m_pAttribute, pCell, &info, pType);
+        return static_cast<AttributeBase*>(pCell);
+    } catch (const std::exception&) {
+        StepReadInfoData& line = *info.m_pInfo;
+        line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Fatal, Errors::Value, "Error_UnknownAttributeType",
+                                      info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
+        return nullptr;
+    }
+}
+
+bool AttributeBase::boReadNull(const StepReadInfoAttribute& info) {
+    if (info.m_iLength != 1) return false;
+    switch (*info.pText()) {
+    case '*': m_boDerived = true; return true;
+    case '$': break;
+    default: return false;
+    }
+    m_boUndefined = true;
+    if (!info.m_pAttribute->boOptional) {
+        StepReadInfoData& line = *info.m_pInfo;
+        line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Null, "Error_InvalidNullAttribute",
+                                      info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
+    }
+    return true;
+}
+
+void AttributeBase::vReport(const StepReadInfoAttribute& info, const char* sKey) {
+    StepReadInfoData& line = *info.m_pInfo;
+    line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Value, sKey, info.m_pAttribute->sName,
+                                  line.sourceText(), line.m_iLine);
+}
+
+char AttributeBase::StepReadInfoAttribute::cAt(std::size_t i) const noexcept {
+    const std::string_view line = m_pInfo->m_line;
+    return m_iStart + i < line.size() ? line[m_iStart + i] : '\0';
+}
+
+const char* AttributeBase::StepReadInfoAttribute::pText() const noexcept {
+    return m_pInfo->m_line.data() + m_iStart;
+}
+
+void* AttributeBase::StepReadInfoAttribute::pAllocate(std::size_t iBytes) {
+    return m_pInfo->m_pThread ? m_pInfo->m_pThread->m_arena.pAllocate(iBytes) : m_pData->pool().pAllocate(iBytes);
+}
+
+AttributeBase::StepReadInfoAttribute AttributeBase::StepReadInfoAttribute::part(
+    std::size_t iStart, std::size_t iLength, const def::schema::ObjectBase* pType) const noexcept {
+    return {m_pInfo, m_pData, m_pEntity, m_pAttribute, pType, iStart, iLength, m_iDepth + 1};
+}
+
+}   // namespace oxa::ifc

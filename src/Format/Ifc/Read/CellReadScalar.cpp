@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: Apache-2.0
+// The parsing constructors of the cells that hold one plain value.
+//
+// They validate little, and what they do not look at is part of their contract: files of many exporters read.
+#include <cstdlib>
+#include <cstring>
+
+#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/IfcGuid.h"
+#include "Format/Ifc/IfcNumbers.h"
+#include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/IfcStepStrings.h"
+#include "Format/Ifc/Text/TextScan.h"
+
+namespace oxa::ifc {
+
+namespace {
+
+constexpr char g_sBoolean[] = "Error_ExpectedValidBooleanValueFor";
+constexpr char g_sLogical[] = "Error_ExpectedValidLogicValueFor";
+
+// The guard of ".T." compares two unrelated quantities, the token's length less its offset in the statement, as
+// an unsigned number. Only a token near the statement's front can fail it; that is how it stays.
+bool boLongEnough(const AttributeBase::StepReadInfoAttribute& info) noexcept {
+    return static_cast<std::uint64_t>(info.m_iLength) - static_cast<std::uint64_t>(info.m_iStart) >= 3;
+}
+
+// One hexadecimal digit by its code alone: what is no digit gives a number all the same.
+int iHexDigit(char c) noexcept {
+    const int iCode = static_cast<signed char>(c);
+    if (iCode <= '9') return iCode - 0x30;
+    return iCode < 'a' ? iCode - 0x37 : iCode - 0x57;
+}
+
+// The number behind "#" as atoi reads it: what follows the digits is ignored, no digits are 0. A number beyond
+// 32 bits becomes the largest one, so that it can't be taken for another instance.
+std::int32_t iReference(const char* first, const char* last, std::string_view line) noexcept {
+    if (line.data() + line.size() - first >= 8) {
+        const details::Digits digits = details::digitsOf8(first);
+        if (digits.iCount > 0 && digits.iCount < 8 && digits.iCount <= last - first)
+            return static_cast<std::int32_t>(digits.uValue);
+    }
+    while (first != last && (*first == ' ' || (*first >= '\t' && *first <= '\r'))) ++first;
+    const bool boNegative = first != last && *first == '-';
+    if (boNegative || (first != last && *first == '+')) ++first;
+    const std::int64_t iLimit = boNegative ? std::int64_t{1} << 31 : (std::int64_t{1} << 31) - 1;
+    std::int64_t iValue = 0;
+    for (; first != last && *first >= '0' && *first <= '9'; ++first) {
+        iValue = iValue * 10 + (*first - '0');
+        if (iValue > iLimit) iValue = iLimit;
+    }
+    return static_cast<std::int32_t>(boNegative ? -iValue : iValue);
+}
+
+}   // namespace
+
+AttributeReal::AttributeReal(StepReadInfoAttribute& info) {
+    if (boReadNull(info)) return;
+    if (const auto value = toDouble(info.pText(), info.pText() + info.m_iLength))
+        m_value = *value;
+    else
+        vReport(info, "Error_ExpectedValidRealValueFor");
+}
+
+AttributeInteger::AttributeInteger(StepReadInfoAttribute& info) {
+    if (boReadNull(info)) return;
+    if (const auto value = toInt(info.pText(), info.pText() + info.m_iLength))
+        m_value = *value;
+    else
+        vReport(info, "Error_ExpectedValidIntegerValueFor");
+}
+
+AttributeBoolean::AttributeBoolean(StepReadInfoAttribute& info) {
+    if (boReadNull(info)) return;
+    if (!boLongEnough(info)) {
+        vReport(info, g_sBoolean);
+        return;
+    }
+    if (info.cAt(0) != '.') vReport(info, g_sBoolean);
+    switch (info.cAt(1)) {
+    case 'T': m_value = 1; break;
+    case 'F': m_value = 0; break;
+    default: vReport(info, g_sBoolean);
+    }
+    if (info.cAt(2) != '.') vReport(info, g_sBoolean);
+}
+
+AttributeLogical::AttributeLogical(StepReadInfoAttribute& info) {
+    m_value = LogicalValue::Unknown;
+    if (boReadNull(info)) return;
+    if (!boLongEnough(info)) {
+        vReport(info, g_sLogical);
+        return;
+    }
+    if (info.cAt(0) != '.') vReport(info, g_sLogical);
+    switch (info.cAt(1)) {
+    case 'T': m_value = LogicalValue::True; break;
+    case 'F': m_value = LogicalValue::False; break;
+    case 'U': m_value = LogicalValue::Unknown; break;
+    default: vReport(info, g_sLogical);
+    }
+    if (info.cAt(2) == '.') return;
+    StepReadInfoData& line = *info.m_pInfo;
+    line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Syntax, g_sLogical,
+                                  info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
+}
+
+AttributeString::AttributeString(StepReadInfoAttribute& info) {
+    if (boReadNull(info)) return;
+    const char* pText = info.pText();
+    if (info.m_iLength < 2 || pText[0] != '\'' || pText[info.m_iLength - 1] != '\'') {
+        m_value = static_cast<char*>(info.pAllocate(1));
+        vReport(info, "Error_ExpectedValidStringValueFor");
+        return;
+    }
+    m_value = pTextRead(info, info.m_iStart + 1, info.m_iLength - 2);
+}
+
+char* AttributeString::pTextRead(StepReadInfoAttribute& info, std::size_t iStart, std::size_t iLength) {
+    const char* first = info.m_pInfo->m_line.data() + iStart;
+    std::size_t iDecoded = iLength;
+    if (details::pFindSpecial(first, first + iLength) != first + iLength) {
+        thread_local std::string t_decoded;
+        vIfcStrToUtf8(t_decoded, first, iLength);
+        first = t_decoded.data();
+        iDecoded = t_decoded.size();
+    }
+    auto* pText = static_cast<char*>(info.pAllocate(iDecoded + 1));
+    std::memcpy(pText, first, iDecoded);
+    return pText;
+}
+
+AttributeGuid::AttributeGuid(StepReadInfoAttribute& info) : AttributeGuid() {
+    if (boReadNull(info)) return;
+    Guid guid;
+    // What stands in the place of the quotes is not looked at.
+    if (info.m_iLength != 24 || !IfcGuid::boIfcStringToGuid(guid, info.pText() + 1)) {
+        vReport(info, "Error_ExpectedValidGuidValueFor");
+        guid.vGenerate();   // the entity keeps an identity
+    }
+    m_value = guid;
+}
+
+AttributeBinary::AttributeBinary(StepReadInfoAttribute& info) {
+    if (boReadNull(info)) return;
+    if (info.m_iLength < 3 || info.m_iLength % 2 == 0) {
+        vReport(info, "Error_ExpectedValidBinaryValueFor");
+        return;
+    }
+    const std::size_t iCount = (info.m_iLength - 3) / 2;
+    auto* pBytes = static_cast<unsigned char*>(info.pAllocate(iCount));
+    const char* pDigits = info.pText() + 2;
+    for (std::size_t i = 0; i < iCount; ++i, pDigits += 2) {
+        const auto uHigh = static_cast<unsigned>(iHexDigit(pDigits[0])) << 4;
+        pBytes[i] = static_cast<unsigned char>(uHigh | static_cast<unsigned>(iHexDigit(pDigits[1])));
+    }
+    m_value = pBytes;
+    m_iCount = iCount;
+}
+
+AttributeEnumeration::AttributeEnumeration(StepReadInfoAttribute& info) {
+    if (boReadNull(info)) return;
+    if (info.m_iLength < 3) {
+        vReport(info, "Error_ExpectedValidEnumerationValueFor");
+        return;
+    }
+    const std::string_view text(info.pText() + 1, info.m_iLength - 2);
+    const def::schema::DataTypeEnum* pEnum = pEnumOf(info.m_pType, *info.m_pAttribute);
+    const auto item = pEnum ? pEnum->items.find(text) : def::schema::DataTypeEnum::Items::const_iterator{};
+    if (pEnum && item != pEnum->items.end()) {
+        m_value = (*item)->c_str();
+        return;
+    }
+    StepReadInfoData& line = *info.m_pInfo;
+    line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Value, "Error_NotValidEnumerationValue",
+                                  text, line.sourceText(), line.m_iLine);
+}
+
+const def::schema::DataTypeEnum* AttributeEnumeration::pEnumOf(const def::schema::ObjectBase* pType,
+                                                               const def::schema::Attribute& attribute) noexcept {
+    if (!pType && !attribute.types.empty()) pType = attribute.types.front();
+    const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pType);
+    if (!pDataType || pDataType->kind != def::schema::DataKind::Enumeration) return nullptr;
+    return static_cast<const def::schema::DataTypeEnum*>(pDataType);
+}
+
+AttributeEntity::AttributeEntity(StepReadInfoAttribute& info) {
+    if (boReadNull(info)) return;
+    m_value = pEntityRead(info);
+}
+
+Entity* AttributeEntity::pEntityRead(const StepReadInfoAttribute& info) {
+    const char* pText = info.pText();
+    if (info.m_iLength < 2 || *pText != '#') {
+        vReport(info, "Error_ExpectedValidEntityValueFor");
+        return nullptr;
+    }
+    const std::int32_t iId = iReference(pText + 1, pText + info.m_iLength, info.m_pInfo->m_line);
+    EntitySlot& slot = info.m_pInfo->m_pCommon->slotGet(*info.m_pData, static_cast<std::uint32_t>(iId));
+    slot.vReferencedSet(info.m_pInfo->m_pCommon->m_boParallel);
+    return &slot.entity;
+}
+
+}   // namespace oxa::ifc

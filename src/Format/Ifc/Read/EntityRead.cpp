@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+// From the parameter list of a statement to the cells of an instance: the innermost loop of reading a file.
+#include <exception>
+#include <new>
+
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/Store/EntityBlocks.h"
+#include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/Read/Parameters.h"
+#include "Format/Ifc/Read/ReadContext.h"
+#include "platform/Utilities.h"
+
+namespace oxa::ifc {
+
+namespace {
+
+using Info = AttributeBase::StepReadInfoAttribute;
+
+// Constructs the cell of one token in place. Throws what its constructor throws, the text "illegal type" for a
+// kind outside the twelve, and for an attribute without a type the exception that says so.
+void vCellRead(CellClass eClass, void* pCell, Info& info) {
+    switch (eClass) {
+    case CellClass::Entity: ::new (pCell) AttributeEntity(info); return;
+    case CellClass::Real:
+    case CellClass::Number: ::new (pCell) AttributeReal(info); return;
+    case CellClass::Integer: ::new (pCell) AttributeInteger(info); return;
+    case CellClass::Boolean: ::new (pCell) AttributeBoolean(info); return;
+    case CellClass::Guid: ::new (pCell) AttributeGuid(info); return;
+    case CellClass::String: ::new (pCell) AttributeString(info); return;
+    case CellClass::Logical: ::new (pCell) AttributeLogical(info); return;
+    case CellClass::Binary: ::new (pCell) AttributeBinary(info); return;
+    case CellClass::Enumeration: ::new (pCell) AttributeEnumeration(info); return;
+    case CellClass::Select: ::new (pCell) AttributeSelect(info); return;
+    case CellClass::List: ::new (pCell) AttributeList(info); return;
+    case CellClass::Unresolved: throw oxa::exception("returning nullptr");
+    case CellClass::Illegal: break;
+    }
+    throw "illegal type";
+}
+
+}   // namespace
+
+void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, StepReadInfoData& info,
+                             std::size_t iStart, std::size_t iLength) {
+    const auto report = [&](Errors::Severity eSeverity, Errors::Category eCategory, const char* sKey,
+                            const std::string& sArgument) {
+        info.m_pCommon->m_pError->add(this, eSeverity, eCategory, sKey, sArgument, info.sourceText(), info.m_iLine);
+    };
+    if (m_pSchemaEntity) {
+        info.m_pCommon->m_pError->add(this, Errors::Error, Errors::Model, "Error_DuplicateEntity", info.sourceText(),
+                                      info.m_iLine);
+        return;
+    }
+    m_pSchemaEntity = &schema;
+    const DataSizeEntity* pSize = pBlocksAllocate(schema, [&](std::size_t iBytes) {
+        return info.m_pThread ? info.m_pThread->m_arena.pAllocate(iBytes) : data.pool().pAllocate(iBytes);
+    });
+    // A type without attributes has no layout, unless a caller asked for one; each of its statements is told.
+    if (!pSize) {
+        if (!schema.pDataSize.boReady()) {
+            report(Errors::Error, Errors::Schema, "Error_AttributeSizeNotFound", schema.sName);
+            return;
+        }
+        pSize = schema.pDataSize.value().get();
+    }
+
+    const char* const pLine = info.m_line.data();
+    Info token{&info, &data, this, nullptr, nullptr, 0, 0, 0};
+    std::size_t iToken = 0;
+    const auto tokenRead = [&](const char* pBegin, const char* pEnd) {
+        if (iToken >= pSize->cells.size()) {
+            // A layout shorter than the type is an inside fault, and the file can't be trusted any further.
+            if (iToken++ < schema.allAttributes().size())
+                report(Errors::Fatal, Errors::Schema, "Error_IllegalAttributeIndex", {});
+            else
+                report(Errors::Error, Errors::Value, "Error_TooManyAttributesFor", schema.sName);
+            return;
+        }
+        const DataSizeEntity::Cell& cell = pSize->cells[iToken++];
+        token.m_pAttribute = cell.pAttribute;
+        token.m_iStart = static_cast<std::size_t>(pBegin - pLine);
+        token.m_iLength = static_cast<std::size_t>(pEnd - pBegin);
+        try {
+            vCellRead(cell.eClass, static_cast<char*>(m_pAttributes) + cell.iOffset, token);
+        } catch (const std::exception&) {
+            report(Errors::Fatal, Errors::Schema, "Error_UnknownAttributeType", cell.pAttribute->sName);
+        }
+    };
+    try {
+        if (iLength > 2) details::vForEachItem(pLine, pLine + iStart + 1, pLine + iStart + iLength - 1, tokenRead);
+    } catch (...) {
+        vCellsUndefined(*pSize, iToken);   // whoever refers to the instance finds no value that the file does not have
+        throw;
+    }
+    // What the statement leaves out stays undefined, mandatory attributes too, and nothing is said about it:
+    // exporters shorten lists, and their files shall load.
+    vCellsUndefined(*pSize, iToken);
+}
+
+}   // namespace oxa::ifc

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: Apache-2.0
+// ReadContext: what travels with a read beside the entity table: the schema cache, what a thread keeps, the statement in
+// hand.
+//
+// Callers  the scanner and the line workers. Library users do not meet it.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/Memory/SimplePool.h"
+#include "Format/Ifc/Store/EntityTable.h"
+#include "platform/Id.h"
+#include "schema/Schema.h"
+
+namespace oxa::ifc {
+
+// The same with what a STEP read knows of the schema, so that no thread searches for it.
+struct StepReadInfoDataCommon : ReadInfoCommon {
+    using ReadInfoCommon::ReadInfoCommon;
+
+    // Looks IFCROOT up; null where the schema has none.
+    void vUpdateSchemaCache(const def::schema::Schema& schema);
+
+    const def::schema::Entity* m_pRootSchema = nullptr;
+    bool m_boParallel = false;   // several threads parse statements of this read at once
+};
+
+// What a parsing thread keeps from statement to statement.
+class StepReadThread {
+public:
+    explicit StepReadThread(Pool& pool) noexcept : m_arena(pool) {}
+
+    // As Schema::pEntityFromName. A file names few types, mostly one of the last: those are found without hashing.
+    [[nodiscard]] const def::schema::Entity* pEntityFromKeyword(const def::schema::Schema& schema,
+                                                                std::string_view keyword) {
+        if (keyword.empty()) return nullptr;
+        if (m_pSchema != &schema) {
+            m_pSchema = &schema;
+            m_types = {};
+        }
+        const auto cAt = [&](std::size_t i) { return static_cast<std::size_t>(static_cast<unsigned char>(keyword[i])); };
+        const std::size_t iPlace = keyword.size() * 7 + cAt(keyword.size() - 1) + cAt(keyword.size() / 2) * 3;
+        const def::schema::Entity*& pType = m_types[iPlace % m_types.size()];
+        if (!pType || pType->sNameUpper != keyword)
+            pType = schema.pEntityFromName(def::schema::ObjectName(keyword));
+        return pType;
+    }
+
+    PoolArena m_arena;   // its share of the model's memory
+
+private:
+    const def::schema::Schema* m_pSchema = nullptr;
+    std::array<const def::schema::Entity*, 64> m_types{};
+};
+
+// A rooted instance among the results of several statements, with what the map of GUIDs takes of it: who enters it need
+// not look at the instance, which another processor has just written.
+struct RootedResult {
+    std::size_t iResult;   // its place among the results
+    Guid guid;
+};
+
+struct RootedResults {
+    std::vector<RootedResult> results;   // in the order of the statements
+    bool boNumberReused = false;         // a statement filled a slot again: what was told of that slot may no longer hold
+
+    void vClear() noexcept {
+        results.clear();
+        boNumberReused = false;
+    }
+};
+
+// One statement while it is parsed, on the stack of the thread that does it.
+struct StepReadInfoData {
+    StepReadInfoData(std::string_view line, std::uint32_t iLine, StepReadInfoDataCommon& common,
+                     StepReadThread* pThread = nullptr) noexcept
+        : m_line(line), m_iLine(iLine), m_pCommon(&common), m_pThread(pThread) {}
+
+    std::string_view m_line;                // the text, ending in ";"
+    std::uint32_t m_iLine;                  // where the statement ends in the file, from 1
+    StepReadInfoDataCommon* m_pCommon;
+    StepReadThread* m_pThread;              // null: of a thread that keeps nothing
+    RootedResults* m_pRooted = nullptr;     // where a rooted instance is told, where that is of use
+
+    // The text for reports, copied once however many there are.
+    [[nodiscard]] const SourceText& sourceText() {
+        if (!m_sourceText) m_sourceText = std::string(m_line);
+        return m_sourceText;
+    }
+
+    // The first "(" at or behind iStart, npos when none follows. Remembers the last answer: select parsers ask for
+    // every item of a list, and a search of its own for each would make a long list quadratic.
+    [[nodiscard]] std::size_t iParenthesisFind(std::size_t iStart) noexcept {
+        if (iStart < m_iSearched || iStart > m_iParenthesis) {
+            m_iSearched = iStart;
+            m_iParenthesis = m_line.find('(', iStart);
+        }
+        return m_iParenthesis;
+    }
+
+private:
+    SourceText m_sourceText;
+    std::size_t m_iSearched = std::string::npos;
+    std::size_t m_iParenthesis = 0;
+};
+
+}   // namespace oxa::ifc

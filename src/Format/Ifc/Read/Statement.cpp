@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: Apache-2.0
+// The reading side of the container: from entity statements to entities, and the completion of a read.
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/Store/InverseBuilder.h"
+#include "Format/Ifc/IfcNumbers.h"
+#include "Format/Ifc/Read/ReadContext.h"
+
+namespace oxa::ifc {
+
+using def::schema::ObjectName;
+
+namespace {
+
+void vReport(StepReadInfoData& info, Errors::Severity eSeverity, Errors::Category eCategory, const char* sKey) {
+    info.m_pCommon->m_pError->add(nullptr, eSeverity, eCategory, sKey, info.sourceText(), info.m_iLine);
+}
+
+// The parts of "#number=KEYWORD(...)", as offsets in the statement.
+struct StatementParts {
+    std::int32_t iId;
+    std::size_t iKeyword;
+    std::size_t iOpen;
+};
+
+// The first fault is reported, and it is fatal: what follows can't be trusted to be a statement.
+std::optional<StatementParts> statementParts(StepReadInfoData& info) {
+    const std::string_view line = info.m_line;
+    const auto refuse = [&info](const char* sKey) {
+        vReport(info, Errors::Fatal, Errors::Syntax, sKey);
+        return std::nullopt;
+    };
+    if (line.empty() || line[0] != '#') return refuse("Error_ExpectedNumberSign");
+    const char* const pNumber = line.data() + 1;
+    StatementParts parts{0, 0, 0};
+    if (line.size() > 8)
+        if (const details::Digits digits = details::digitsOf8(pNumber);
+            digits.iCount > 0 && digits.iCount < 8 && pNumber[digits.iCount] == '=')
+            parts = {static_cast<std::int32_t>(digits.uValue), digits.iCount + 2, 0};
+    if (!parts.iKeyword) {
+        // One digit at least stands between "#" and "=".
+        const std::size_t iEqual = line.size() > 2 ? line.find('=', 2) : std::string::npos;
+        if (iEqual == std::string::npos) return refuse("Error_ExpectedEqualOperator");
+        parts.iKeyword = iEqual + 1;
+        // A malformed number has no key of its own.
+        const char* pEqual = line.data() + iEqual;
+        if (details::pReadInteger(pNumber, pEqual, 10, parts.iId) != pEqual)
+            return refuse("Error_ExpectedLeftParenthesis");
+    }
+    parts.iOpen = line.find('(', parts.iKeyword);
+    if (parts.iOpen == std::string::npos) return refuse("Error_InvalidEntity");
+    return parts;
+}
+
+}   // namespace
+
+bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
+    const auto giveUp = [&result] {
+        result.push_back(nullptr);
+        return false;
+    };
+    const auto passOver = [&info] { info.m_pCommon->m_pError->vPassedOverAdd(info.m_iLine); };
+    const std::optional<StatementParts> parts = statementParts(info);
+    if (parts && !m_pSchema) passOver();
+    if (!parts || !m_pSchema) return giveUp();
+
+    const std::string_view line = info.m_line;
+    const std::string_view keyword = line.substr(parts->iKeyword, parts->iOpen - parts->iKeyword);
+    const def::schema::Entity* pType = info.m_pThread ? info.m_pThread->pEntityFromKeyword(*m_pSchema, keyword)
+                                                      : m_pSchema->pEntityFromName(ObjectName(keyword));
+    if (!pType) {
+        vReport(info, Errors::Error, Errors::Value, "Error_UnknownEntityType");
+        return giveUp();
+    }
+    const std::size_t iClose = line.rfind(')');
+    // A text that ends with ");" has lost nothing; a tab is the one blank that comes up to here.
+    if (iClose + 2 != line.size() && line.find_first_not_of("\t;", iClose + 1) != std::string_view::npos) passOver();
+    if (iClose == std::string_view::npos) return giveUp();   // one before the "(" would be part of number or keyword
+    const auto iId = static_cast<unsigned>(parts->iId);   // a negative number lands far up in the table
+    return boEntityAdd(iId, *pType, info, parts->iOpen, iClose - parts->iOpen + 1, result) || giveUp();
+}
+
+const def::schema::Entity* Data::pConcreteType(const def::schema::Entity& type, StepReadInfoData& info) const {
+    if (!type.boAbstract) return &type;
+    vReport(info, Errors::Error, Errors::Value, "Error_EntityIsAbstract");
+    for (const def::schema::Entity* pType = type.pParent; pType; pType = pType->pParent)
+        if (!pType->boAbstract) return pType;
+    // No concrete supertype: an abstract building element is kept as a proxy, with what its statement holds.
+    const auto* pElement = def::schema::pAsEntity(m_pSchema->pObjectFromName("IfcBuildingElement"));
+    if (!def::schema::boIsSubtype(&type, pElement)) return nullptr;
+    return def::schema::pAsEntity(m_pSchema->pObjectFromName("IfcBuildingElementProxy"));
+}
+
+bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
+                       std::size_t iLength, std::vector<Entity*>& result) {
+    const def::schema::Entity* pType = pConcreteType(type, info);
+    if (!pType) return false;
+    EntitySlot& slot = info.m_pCommon->slotGet(*this, iId);
+    slot.vReferencedSet(info.m_pCommon->m_boParallel);
+    Entity& entity = slot.entity;
+
+    std::optional<EntitySlotLock> lock;
+    if (info.m_pCommon->m_boParallel) lock.emplace(slot);
+    if (entity.m_pSchemaEntity) {
+        info.m_pCommon->m_pError->add(nullptr, Errors::Error, Errors::Identifier, "Error_EntityIdReused",
+                                      std::to_string(iId), info.sourceText(), info.m_iLine);
+        if (info.m_pRooted) info.m_pRooted->boNumberReused = true;
+        // The later statement wins; what the earlier one holds stays behind in the pool.
+        entity.m_pSchemaEntity = nullptr;
+        entity.m_pAttributes = nullptr;
+        entity.m_ppAttributesInverse = nullptr;
+    }
+    entity.vAttributesRead(*this, *pType, info, iOffset, iLength);
+    if (info.m_pRooted)
+        if (const std::optional<Guid> guid = rootGuid(entity, *info.m_pCommon))
+            info.m_pRooted->results.push_back({result.size(), *guid});
+    result.push_back(&entity);
+    vProjectOffer(&entity);
+    return true;
+}
+
+// The first attribute of every rooted entity is its GUID, by position.
+std::optional<Guid> Data::rootGuid(const Entity& entity, const StepReadInfoDataCommon& common) {
+    if (!def::schema::boIsSubtype(&entity.schemaEntity(), common.m_pRootSchema)) return std::nullopt;
+    const AttributeBase* pCell = entity.pAttributeFromIndex(0).second;
+    if (!pCell || !pCell->m_boGuid) return std::nullopt;   // a foreign schema may have another attribute in front
+    return static_cast<const AttributeGuid*>(pCell)->m_value.load();
+}
+
+void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line, unsigned iLine) {
+    if (!pEntity) return;
+    if (common.m_pRootSchema) m_guidEntityMap.vReserveOne();   // memory first: an entity is entered in both or in none
+    m_entities.push_back(pEntity);
+    std::optional<EntitySlotLock> lock;
+    if (common.m_boParallel) lock.emplace(EntitySlot::fromEntity(*pEntity));
+    if (const std::optional<Guid> guid = rootGuid(*pEntity, common)) vGuidEnter(*guid, pEntity, common, line, iLine);
+    vProjectOffer(pEntity);
+}
+
+void Data::finalizeEntity(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common,
+                          std::string_view line, unsigned iLine) {
+    if (!pEntity) return;
+    if (pRootGuid) m_guidEntityMap.vReserveOne();
+    m_entities.push_back(pEntity);
+    if (pRootGuid) vGuidEnter(*pRootGuid, pEntity, common, line, iLine);
+}
+
+// The map keeps the earlier of two.
+void Data::vGuidEnter(const Guid& guid, Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line,
+                      unsigned iLine) {
+    const char* sKey = guid.boIsNull()                              ? "Error_UnexpectedNullGuid"
+                       : m_guidEntityMap.boInsert(guid, pEntity) ? nullptr
+                                                                    : "Error_DuplicateGuids";
+    if (sKey) common.m_pError->add(nullptr, Errors::Error, Errors::Value, sKey, std::string(line), iLine);
+}
+
+bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
+    const bool boComplete = boNumbersSettle(info, boKeepIds);
+    {
+        PoolArena arena(*m_pPool);
+        // From here on every attribute of every entity is in place.
+        InverseBuilder builder(*m_pPool, &arena);
+        for (Entity* pEntity : m_entities) builder.vAdd(*pEntity);
+        builder.vFlush();
+    }
+    info.vTrim();
+    m_pPool->vTrim();
+    // A second read has put its entities behind those of the first, which are in order.
+    m_boSorted = m_boSorted && std::ranges::is_sorted(m_entities, {}, [](const Entity* pEntity) {
+        return pEntity->schemaEntity().iTypeOrdinal;
+    });
+    vSortEntities();
+    return boComplete;
+}
+
+// One report for each number that was named and never defined: nobody knows any more which statement named it. The
+// others are kept, where that is asked for and no map is there yet. One look at each slot serves both.
+bool Data::boNumbersSettle(ReadInfoCommon& info, bool boKeepIds) {
+    const bool boSeed = boKeepIds && !m_pEntityIdMap;
+    if (boSeed) m_pEntityIdMap = std::make_unique<EntityIdMap>(0);
+    if (!boKeepIds) m_pEntityIdMap.reset();
+    bool boComplete = true;
+    info.vForEachSlot([&](std::size_t iId, EntitySlot& slot) {
+        if (slot.entity.m_pSchemaEntity) {
+            if (boSeed) m_pEntityIdMap->vSeed(slot, iId);
+        } else if (slot.boReferenced()) {
+            boComplete = false;
+            info.m_pError->add(nullptr, Errors::Error, Errors::Reference, "Error_MissingEntityWithId",
+                               std::to_string(iId), {}, 0);
+        }
+    });
+    return boComplete;
+}
+
+}   // namespace oxa::ifc

@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: Apache-2.0
+// The instance object: its blocks, its attributes by name and by position.
+#include "Format/Ifc/IfcFileEntity.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/Store/EntityBlocks.h"
+#include "platform/Assert.h"
+#include "platform/Utilities.h"
+
+namespace oxa::ifc {
+
+using def::schema::Attribute;
+using def::schema::AttributeInverse;
+using def::schema::AttributeName;
+
+namespace {
+
+constexpr char g_sSource[] = "Format/Ifc/IfcFileEntity";
+
+// Hashes are compared first, bytes only where they agree.
+template <class List>
+int iFind(const List& list, const AttributeName& name) noexcept {
+    for (std::size_t i = 0; i < list.size(); ++i)
+        if (list[i]->uNameHash == name.hash && list[i]->sName == name.name) return static_cast<int>(i);
+    return -1;
+}
+
+// The position of an inverse attribute in the block of every type that has it: inverse attributes of supertypes
+// come first, so a subtype does not move it. A faulty graph may name an owner that does not have it, or none.
+std::size_t iPositionOf(const AttributeInverse& inverse) {
+    if (!inverse.pOwner) return DataSizeEntity::Feed::g_iNone;
+    const auto& all = inverse.pOwner->allInverseAttributes();
+    const auto found = std::ranges::find(all, &inverse);
+    return found == all.end() ? DataSizeEntity::Feed::g_iNone : static_cast<std::size_t>(found - all.begin());
+}
+
+std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& schema) {
+    auto pSize = std::make_shared<DataSizeEntity>();
+    for (const Attribute* pAttribute : schema.allAttributes()) {
+        const def::schema::ObjectBase* pObject = pAttribute->types.empty() ? nullptr : pAttribute->types.front();
+        const CellClass eClass = AttributeBase::cellClass(pObject, *pAttribute);
+        std::uint32_t iSize = 0;
+        if (eClass < CellClass::Unresolved) {
+            iSize = AttributeBase::iAttributeSizeFromSchemaAttribute(*pObject, *pAttribute);
+        } else if (Assert::isEnabled()) {
+            Assert::addAssert(g_sSource, "oxa::ifc::Entity::getDataSize", "Schema error. Attribute not found.",
+                              __LINE__);
+        }
+        pSize->offsets.push_back(pSize->iSize);
+        pSize->cells.push_back({pAttribute, pSize->iSize, eClass});
+        pSize->iSize += iSize;
+    }
+    for (const AttributeInverse* pInverse : schema.inverseTargets()) {
+        if (!pInverse) continue;
+        const auto fed = std::ranges::find(schema.allAttributes(), pInverse->sForAttribute, &Attribute::sName);
+        const auto iCell = static_cast<std::size_t>(fed - schema.allAttributes().begin());
+        pSize->feeds.push_back({fed == schema.allAttributes().end() ? DataSizeEntity::Feed::g_iNone : iCell,
+                                pInverse->pOwner, iPositionOf(*pInverse)});
+    }
+    return pSize;
+}
+
+}   // namespace
+
+const DataSizeEntity& Entity::getDataSize(const def::schema::Entity& schema) {
+    return *schema.pDataSize.get([&schema] { return pDataSizeBuild(schema); });
+}
+
+Entity::Entity(Data& data, const def::schema::Entity& schema) {
+    vFill(data, schema, true);
+}
+
+const def::schema::Entity& Entity::schemaEntity() const {
+    if (!m_pSchemaEntity) throw oxa::exception("returning nullptr");
+    return *m_pSchemaEntity;
+}
+
+void Entity::vFill(Data& data, const def::schema::Entity& schema, bool boInit) {
+    if (m_pSchemaEntity) return;
+    m_pSchemaEntity = &schema;
+    m_pAttributes = nullptr;
+    const DataSizeEntity* pSize =
+        pBlocksAllocate(schema, [&data](std::size_t iBytes) { return data.pool().pAllocate(iBytes); });
+    if (pSize && boInit) vCellsUndefined(*pSize, 0);
+}
+
+void Entity::vSchemaEntitySet(Data& data, const def::schema::Entity& schema, bool boInit) {
+    if (!boInit) {
+        m_pSchemaEntity = &schema;
+        return;
+    }
+    m_pSchemaEntity = nullptr;
+    vFill(data, schema, true);
+}
+
+void Entity::vCellsUndefined(const DataSizeEntity& size, std::size_t iFirst) {
+    for (std::size_t i = iFirst; i < size.cells.size(); ++i) {
+        const DataSizeEntity::Cell& cell = size.cells[i];
+        AttributeBase::vAttributeUndefined(cell.eClass, static_cast<char*>(m_pAttributes) + cell.iOffset);
+    }
+}
+
+bool Entity::boIsCompatible(const def::schema::Entity* pWanted) const noexcept {
+    return def::schema::boIsSubtype(m_pSchemaEntity, pWanted);
+}
+
+int Entity::indexFromName(const AttributeName& name) const {
+    return m_pAttributes ? iFind(schemaEntity().allAttributes(), name) : -1;
+}
+
+int Entity::inverseIndexFromName(const AttributeName& name) const {
+    return m_pAttributes ? iFind(schemaEntity().allInverseAttributes(), name) : -1;
+}
+
+std::pair<const Attribute*, AttributeBase*> Entity::pAttributeFromIndex(unsigned iIndex) const {
+    if (!m_pAttributes) return {nullptr, nullptr};
+    const std::vector<DataSizeEntity::Cell>& cells = getDataSize(schemaEntity()).cells;
+    if (iIndex >= cells.size()) return {nullptr, nullptr};
+    const DataSizeEntity::Cell& cell = cells[iIndex];
+    return {cell.pAttribute, reinterpret_cast<AttributeBase*>(static_cast<char*>(m_pAttributes) + cell.iOffset)};
+}
+
+AttributeBase* Entity::pCellFromName(const AttributeName& name, const Attribute** ppAttribute) const {
+    const int iIndex = indexFromName(name);
+    if (iIndex < 0) return nullptr;
+    const auto [pAttribute, pCell] = pAttributeFromIndex(static_cast<unsigned>(iIndex));
+    if (ppAttribute) *ppAttribute = pAttribute;
+    return pCell;
+}
+
+bool Entity::boIsUndefined(const AttributeName& name) const {
+    const AttributeBase* pCell = pCellFromName(name);
+    return !pCell || pCell->m_boUndefined;
+}
+
+bool Entity::boIsDerived(const AttributeName& name) const {
+    const AttributeBase* pCell = pCellFromName(name);
+    return !pCell || pCell->m_boDerived;
+}
+
+bool Entity::boUndefinedSet(const AttributeName& name, bool boUndefined) {
+    const Attribute* pAttribute = nullptr;
+    AttributeBase* pCell = pCellFromName(name, &pAttribute);
+    if (!pCell) return false;
+    if (boUndefined && !pAttribute->boOptional) {
+        if (Assert::isEnabled())
+            Assert::addAssert(g_sSource, "oxa::ifc::Entity::boUndefinedSet",
+                              "oxa::ifc::Entity::vUndefinedSet: This attribute is not optional", __LINE__);
+        return false;
+    }
+    pCell->m_boUndefined = boUndefined;
+    return true;
+}
+
+bool Entity::boDerivedSet(const AttributeName& name, bool boDerived) {
+    AttributeBase* pCell = pCellFromName(name);
+    if (!pCell) return false;
+    pCell->m_boDerived = boDerived;
+    return true;
+}
+
+bool Entity::boForEachAttribute(std::function<bool(const Attribute&, const AttributeBase&)> fn) const {
+    if (!m_pAttributes) return false;
+    for (const DataSizeEntity::Cell& cell : getDataSize(schemaEntity()).cells)
+        if (fn(*cell.pAttribute,
+               *reinterpret_cast<const AttributeBase*>(static_cast<const char*>(m_pAttributes) + cell.iOffset)))
+            return true;
+    return false;
+}
+
+void Entity::sanityCheck() const {
+    if (!m_pSchemaEntity && Assert::isEnabled())
+        Assert::addAssert(g_sSource, "oxa::ifc::Entity::sanityCheck", "Missing schema entity", __LINE__);
+}
+
+}   // namespace oxa::ifc

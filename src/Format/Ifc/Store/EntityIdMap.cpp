@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Format/Ifc/Store/EntityIdMap.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <mutex>
+
+#include "Format/Ifc/Store/EntityTable.h"
+
+namespace oxa::ifc {
+
+namespace {
+
+// An Entity of a table is the first member of its slot; of any other only the address is used.
+const EntitySlot* pAsSlot(const Entity* pEntity) noexcept {
+    return reinterpret_cast<const EntitySlot*>(pEntity);
+}
+
+}   // namespace
+
+EntityIdMap::EntityIdMap(std::size_t iExpected) {
+    m_map.reserve(iExpected);
+}
+
+std::size_t EntityIdMap::Hash::operator()(const Entity* pEntity) const noexcept {
+    std::uint64_t uHash = 0xcbf29ce484222325U;
+    auto uAddress = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(pEntity));
+    for (int i = 0; i < 8; ++i, uAddress >>= 8) uHash = (uHash ^ (uAddress & 0xffU)) * 0x100000001b3U;
+    return uHash;
+}
+
+// The chunk that the entity is a defined slot of; null when there is none.
+const EntityIdMap::SeededChunk* EntityIdMap::pSeededChunk(const Entity* pEntity) const noexcept {
+    static_assert(sizeof(EntitySlot) == g_iSlotBytes);
+    const auto behind = m_byAddress.upper_bound(pAsSlot(pEntity));
+    if (behind == m_byAddress.begin()) return nullptr;
+    const SeededChunk& chunk = std::prev(behind)->second;
+    return chunk.iSlotOf(pEntity) < g_iSlots ? &chunk : nullptr;
+}
+
+std::optional<std::size_t> EntityIdMap::find(const Entity* pEntity) const {
+    if (const SeededChunk* pChunk = pSeededChunk(pEntity)) return pChunk->iFirstId + pChunk->iSlotOf(pEntity);
+    const std::shared_lock lock(m_lock);
+    const auto found = m_map.find(pEntity);
+    return found == m_map.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::optional<EntityIdMap::Number> EntityIdMap::knownFar(const Entity* pEntity, Near& near) const {
+    if (const SeededChunk* pChunk = pSeededChunk(pEntity)) {
+        const bool boDense = pChunk->iFirstId <= std::numeric_limits<std::uint32_t>::max();
+        if (boDense) near.m_pChunk = pChunk;
+        return Number{pChunk->iFirstId + pChunk->iSlotOf(pEntity), false, boDense};
+    }
+    const std::shared_lock lock(m_lock);
+    const auto found = m_map.find(pEntity);
+    return found == m_map.end() ? std::nullopt : std::optional(Number{found->second, false, false});
+}
+
+EntityIdMap::Number EntityIdMap::numberFar(const Entity* pEntity, Near& near) {
+    if (const std::optional<Number> number = knownFar(pEntity, near)) return *number;
+    const std::unique_lock lock(m_lock);
+    const auto [entry, boNew] = m_map.try_emplace(pEntity, m_iAbove + m_iSeeded + m_map.size() + 1);
+    return {entry->second, boNew, false};
+}
+
+std::pair<std::size_t, bool> EntityIdMap::get(const Entity* pEntity) {
+    Near near;
+    const Number dealt = number(pEntity, near);
+    return {dealt.iId, dealt.boNew};
+}
+
+const Entity* EntityIdMap::pSeededFromId(std::size_t iId) const {
+    const auto found = m_byNumber.find(iId - iId % g_iSlots);
+    if (found == m_byNumber.end() || !found->second->defined[iId % g_iSlots]) return nullptr;
+    return &found->second->pFirst[iId % g_iSlots].entity;
+}
+
+EntityIdMap::SeededChunk& EntityIdMap::chunkOf(const EntitySlot& slot, std::size_t iId) {
+    const std::size_t iFirstId = iId - iId % g_iSlots;
+    if (m_pLastSeeded && m_pLastSeeded->iFirstId == iFirstId) return *m_pLastSeeded;
+    const EntitySlot* const pFirst = &slot - iId % g_iSlots;
+    SeededChunk& chunk = m_byAddress.try_emplace(pFirst, SeededChunk{pFirst, iFirstId, {}}).first->second;
+    m_byNumber.try_emplace(iFirstId, &chunk);
+    m_pLastSeeded = &chunk;
+    return chunk;
+}
+
+void EntityIdMap::vSeed(const EntitySlot& slot, std::size_t iId) {
+    SeededChunk& chunk = chunkOf(slot, iId);
+    if (chunk.defined[iId % g_iSlots]) return;
+    chunk.defined.set(iId % g_iSlots);
+    ++m_iSeeded;
+}
+
+std::size_t EntityIdMap::iHighest() const {
+    std::size_t iHighest = 0;
+    for (const auto& [pFirst, chunk] : m_byAddress) {
+        if (chunk.iFirstId + g_iSlots <= iHighest) continue;
+        std::size_t iSlot = g_iSlots;
+        while (iSlot > 0 && !chunk.defined[iSlot - 1]) --iSlot;
+        if (iSlot > 0) iHighest = std::max(iHighest, chunk.iFirstId + iSlot - 1);
+    }
+    const std::shared_lock lock(m_lock);
+    for (const auto& [pEntity, iId] : m_map) iHighest = std::max(iHighest, iId);
+    return iHighest;
+}
+
+void EntityIdMap::vDealAbove() {
+    // Where the only number is 0 this wraps around, and the sum with the count wraps back.
+    m_iAbove = iHighest() - size();
+}
+
+std::vector<const Entity*> EntityIdMap::seededOf(const SeenNumbers& seen) const {
+    std::vector<const Entity*> entities;
+    const SeededChunk* pChunk = nullptr;
+    seen.vForEach([&](std::uint32_t iId) {
+        if (!pChunk || pChunk->iFirstId != iId - iId % g_iSlots) pChunk = m_byNumber.at(iId - iId % g_iSlots);
+        entities.push_back(&pChunk->pFirst[iId % g_iSlots].entity);
+    });
+    return entities;
+}
+
+std::size_t EntityIdMap::size() const {
+    const std::shared_lock lock(m_lock);
+    return m_iSeeded + m_map.size();
+}
+
+}   // namespace oxa::ifc

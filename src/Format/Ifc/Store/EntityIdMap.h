@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+// EntityIdMap: from an entity to its instance number, and back.
+//
+// For      Data and the writers. A read with kept numbers seeds it; otherwise numbers are dealt on demand.
+// Shape    entities of a read stand in the chunks of its entity table, where the address gives the number: a
+//          seeded chunk costs one bit a slot. Everything else is in a hash table.
+// Threads  look-ups run in parallel, a new number takes the lock alone. Seeding is for one thread.
+#pragma once
+
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <shared_mutex>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "Format/Ifc/Store/SeenNumbers.h"
+#include "platform/Export.h"
+
+namespace oxa::ifc {
+
+class Entity;
+struct EntitySlot;
+
+class OXA_IFC_API EntityIdMap {
+    struct SeededChunk;
+
+public:
+    // Where a caller's last entity was found: the next one mostly stands near it. Lives no longer than the map, and
+    // belongs to one thread.
+    class Near {
+        friend class EntityIdMap;
+        const SeededChunk* m_pChunk = nullptr;
+    };
+
+    // Empty, with room for that many entries beside seeded ones.
+    explicit EntityIdMap(std::size_t iExpected);
+    EntityIdMap(const EntityIdMap&) = delete;
+    EntityIdMap& operator=(const EntityIdMap&) = delete;
+
+    // The number and whether it is new. A new one is the count of entries with it, so 1 in an empty map; it is not
+    // checked against numbers that a file brought, which are not dense: such a map can hold a number twice.
+    [[nodiscard]] std::pair<std::size_t, bool> get(const Entity* pEntity);
+    struct Number {
+        std::size_t iId;
+        bool boNew;
+        bool boSeeded;   // it came with a file and has 32 bits: no other seeded entity has it
+    };
+    // As get, with where the number comes from.
+    [[nodiscard]] Number number(const Entity* pEntity, Near& near) {
+        if (near.m_pChunk)
+            if (const std::size_t iSlot = near.m_pChunk->iSlotOf(pEntity); iSlot < g_iSlots)
+                return {near.m_pChunk->iFirstId + iSlot, false, true};
+        return numberFar(pEntity, near);
+    }
+    // The same; empty for an entity that has no number. Deals none.
+    [[nodiscard]] std::optional<Number> known(const Entity* pEntity, Near& near) const {
+        if (near.m_pChunk)
+            if (const std::size_t iSlot = near.m_pChunk->iSlotOf(pEntity); iSlot < g_iSlots)
+                return Number{near.m_pChunk->iFirstId + iSlot, false, true};
+        return knownFar(pEntity, near);
+    }
+    // The number; empty for an entity that has none. Deals none.
+    [[nodiscard]] std::optional<std::size_t> find(const Entity* pEntity) const;
+    // The entity that was seeded with that number; null when there is none.
+    [[nodiscard]] const Entity* pSeededFromId(std::size_t iId) const;
+    // Enters a defined slot of an entity table under its number.
+    void vSeed(const EntitySlot& slot, std::size_t iId);
+    [[nodiscard]] std::size_t size() const;
+
+    // From here on numbers are dealt above the highest that any entity has, in place of the rule at get. One thread.
+    void vDealAbove();
+    // The highest number of any entity; 0 where there is none.
+    [[nodiscard]] std::size_t iHighest() const;
+    // The entities that were seeded with the numbers that "seen" has, ascending. It has no other numbers.
+    [[nodiscard]] std::vector<const Entity*> seededOf(const SeenNumbers& seen) const;
+
+private:
+    static constexpr std::size_t g_iSlots = 32768;
+    static constexpr std::size_t g_iSlotBytes = 32;
+
+    // The slots of one chunk of a table, by address; numbers run from iFirstId.
+    struct SeededChunk {
+        const EntitySlot* pFirst;
+        std::size_t iFirstId;
+        std::bitset<g_iSlots> defined;
+
+        // g_iSlots for an entity that is none of them.
+        [[nodiscard]] std::size_t iSlotOf(const Entity* pEntity) const noexcept {
+            const auto iBytes = reinterpret_cast<std::uintptr_t>(pEntity) - reinterpret_cast<std::uintptr_t>(pFirst);
+            const std::size_t iSlot = iBytes / g_iSlotBytes;
+            return iSlot < g_iSlots && iBytes % g_iSlotBytes == 0 && defined[iSlot] ? iSlot : g_iSlots;
+        }
+    };
+
+    struct Hash {
+        // 64-bit FNV-1a over the pointer's bytes, low byte first.
+        std::size_t operator()(const Entity* pEntity) const noexcept;
+    };
+
+    [[nodiscard]] const SeededChunk* pSeededChunk(const Entity* pEntity) const noexcept;
+    [[nodiscard]] Number numberFar(const Entity* pEntity, Near& near);
+    [[nodiscard]] std::optional<Number> knownFar(const Entity* pEntity, Near& near) const;
+    SeededChunk& chunkOf(const EntitySlot& slot, std::size_t iId);
+
+    std::map<const EntitySlot*, SeededChunk, std::less<>> m_byAddress;   // by pFirst; new ones come in any order
+    std::unordered_map<std::size_t, SeededChunk*> m_byNumber;             // by iFirstId
+    SeededChunk* m_pLastSeeded = nullptr;                                 // numbers are seeded in their order
+    std::size_t m_iSeeded = 0;
+    std::size_t m_iAbove = 0;   // what dealt numbers are above the count of entries
+    std::unordered_map<const Entity*, std::size_t, Hash> m_map;   // the rest; guarded by m_lock
+    mutable std::shared_mutex m_lock;
+};
+
+}   // namespace oxa::ifc

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: Apache-2.0
+// EntityTable: the place of each instance number while a file is read.
+//
+// Each number n has a fixed place, chunk n >> 15, slot n & 0x7fff, so that "#123" becomes a pointer before statement 123
+// has been read, or even if it never comes.
+//
+//   slot, 32 bytes     offset 0  Entity, 24 referenced, 25 state, 26 unused
+//   chunk, 1 MiB       32,768 slots, zeroed, from the pool of the Data; outlives the table that found it
+//
+// Callers  the scanner, the line workers, the ifcXML import. Library users do not meet it.
+// Threads  any number may ask for chunks and mark slots; creation is guarded, the common path is one
+//          atomic load. The table itself forgets everything when the read ends.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+
+#include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/Memory/SimplePool.h"
+
+namespace oxa::ifc {
+
+class Data;
+
+// One place of the entity table. The pointer to a slot is the pointer to its Entity.
+struct EntitySlot {
+    Entity entity;
+    std::uint8_t referenced;   // true once anything named this number or defined it
+    std::uint8_t state;        // who may touch "entity" right now, see EntitySlotLock
+    std::uint8_t unused[6];
+
+    // With others at work the line is left to who has it, unless it has to change; alone, a look would only be a wait
+    // for memory.
+    void vReferencedSet(bool boParallel = true) noexcept {
+        std::atomic_ref flag(referenced);
+        if (!boParallel || !flag.load(std::memory_order_relaxed)) flag.store(1, std::memory_order_relaxed);
+    }
+    [[nodiscard]] bool boReferenced() noexcept {
+        return std::atomic_ref(referenced).load(std::memory_order_relaxed) != 0;
+    }
+    [[nodiscard]] static EntitySlot& fromEntity(Entity& entity) noexcept {
+        return reinterpret_cast<EntitySlot&>(entity);
+    }
+};
+static_assert(sizeof(EntitySlot) == 32 && offsetof(EntitySlot, entity) == 0);
+
+// Holds a slot's Entity against a second statement of the same number on another thread. Such a file is
+// faulty, and which statement wins is open, but nothing may be torn. Without a rival it costs one exchange.
+class EntitySlotLock {
+public:
+    explicit EntitySlotLock(EntitySlot& slot) noexcept;
+    ~EntitySlotLock();
+    EntitySlotLock(const EntitySlotLock&) = delete;
+    EntitySlotLock& operator=(const EntitySlotLock&) = delete;
+
+private:
+    std::atomic_ref<std::uint8_t> m_state;
+};
+
+struct ReadInfoCommon {
+    static constexpr std::size_t g_iSlotsPerChunk = 32768;
+    static constexpr std::size_t g_iChunkBytes = g_iSlotsPerChunk * sizeof(EntitySlot);
+    static constexpr std::size_t g_iFirstChunks = 1000;
+    static constexpr std::size_t g_iFarChunk = (std::size_t{1} << 32) / g_iSlotsPerChunk;   // from here on m_farChunks
+
+    explicit ReadInfoCommon(io::ReadError& error) noexcept : m_pError(&error) {}
+    ReadInfoCommon(const ReadInfoCommon&) = delete;
+    ReadInfoCommon& operator=(const ReadInfoCommon&) = delete;
+
+    // Never null. Creates the chunk in the pool of "data" when it does not exist yet. Its caller may mark and fill any
+    // slot of it, so all of them are visited from here on; slotGet, for one number, notes the slot's page alone.
+    [[nodiscard]] EntitySlot* pChunkGet(Data& data, std::size_t iChunk);
+
+    // The slot of a number; from here on vForEachSlot visits it.
+    [[nodiscard]] EntitySlot& slotGet(Data& data, std::size_t iId) {
+        const std::size_t iChunk = iId >> 15;
+        const std::size_t iSlot = iId & 0x7fffU;
+        if (iChunk < g_iFirstChunks) {
+            Chunk& chunk = m_chunks[iChunk];
+            if (EntitySlot* pSlots = chunk.pSlots.load(std::memory_order_acquire)) {
+                chunk.vTouch(pSlots[iSlot], iSlot);
+                return pSlots[iSlot];
+            }
+        }
+        return slotCreate(data, iChunk, iSlot);
+    }
+
+    // Returns pages that nobody has touched to the system: those of a chunk that was expected to be full. Not while other
+    // threads ask for slots.
+    void vTrim() noexcept;
+
+    // Calls visit(number, slot) for the slots of all pages touched so far, numbers ascending. Not while
+    // other threads create chunks.
+    template <class Visit>
+    void vForEachSlot(Visit&& visit) {
+        for (std::size_t i = 0; i < g_iFirstChunks; ++i) vVisitChunk(m_chunks[i], i, visit);
+        for (std::size_t i = 0; i < m_moreChunks.size(); ++i)
+            if (m_moreChunks[i]) vVisitChunk(*m_moreChunks[i], g_iFirstChunks + i, visit);
+        for (const auto& [iChunk, pChunk] : m_farChunks)
+            if (pChunk) vVisitChunk(*pChunk, iChunk, visit);
+    }
+
+    io::ReadError* m_pError;
+
+private:
+    // One bit a page of 128 slots, 4 KiB, that anyone has touched, so that completion does not walk (and so make the
+    // system map) the empty rest of a chunk in a file with sparse numbers.
+    struct Chunk {
+        static constexpr std::size_t g_iPageSlots = 128;
+        static constexpr std::size_t g_iPages = g_iSlotsPerChunk / g_iPageSlots;
+
+        std::atomic<EntitySlot*> pSlots{nullptr};
+        std::array<std::atomic<std::uint64_t>, g_iPages / 64> pages{};
+
+        // The first access to a page writes: after a look alone the system would have to replace its page of zeros by
+        // one of ours, and to tell all processors that run this process.
+        void vTouch(EntitySlot& slot, std::size_t iSlot) noexcept {
+            std::atomic<std::uint64_t>& word = pages[iSlot / g_iPageSlots / 64];
+            const std::uint64_t uBit = std::uint64_t{1} << (iSlot / g_iPageSlots % 64);
+            if (word.load(std::memory_order_relaxed) & uBit) return;
+            std::atomic_ref(slot.unused[0]).store(0, std::memory_order_relaxed);
+            word.fetch_or(uBit, std::memory_order_relaxed);
+        }
+        [[nodiscard]] bool boTouched(std::size_t iPage) const noexcept {
+            return pages[iPage / 64].load(std::memory_order_relaxed) >> iPage % 64 & 1U;
+        }
+        // Its untouched pages, from the last touched one on.
+        void vTrim() noexcept {
+            EntitySlot* pFirst = pSlots.load(std::memory_order_acquire);
+            std::size_t iPage = g_iPages;
+            while (iPage > 0 && !boTouched(iPage - 1)) --iPage;
+            if (pFirst)
+                memory::vGiveBack(pFirst + iPage * g_iPageSlots, (g_iPages - iPage) * g_iPageSlots * sizeof(EntitySlot));
+        }
+        // Whoever numbers without gaps fills the next chunk, too.
+        [[nodiscard]] bool boMostlyTouched() const noexcept {
+            std::size_t iTouched = 0;
+            for (const auto& word : pages)
+                iTouched += static_cast<std::size_t>(std::popcount(word.load(std::memory_order_relaxed)));
+            return iTouched >= g_iPages * 3 / 4;
+        }
+    };
+
+    EntitySlot& slotCreate(Data& data, std::size_t iChunk, std::size_t iSlot);
+    Chunk& chunkGet(Data& data, std::size_t iChunk);
+
+    template <class Visit>
+    static void vVisitChunk(Chunk& chunk, std::size_t iChunk, Visit&& visit) {
+        EntitySlot* pSlots = chunk.pSlots.load(std::memory_order_acquire);
+        if (!pSlots) return;
+        for (std::size_t iPage = 0; iPage < Chunk::g_iPages; ++iPage) {
+            if (!chunk.boTouched(iPage)) continue;
+            for (std::size_t i = iPage * Chunk::g_iPageSlots; i < (iPage + 1) * Chunk::g_iPageSlots; ++i)
+                visit(iChunk * g_iSlotsPerChunk + i, pSlots[i]);
+        }
+    }
+
+    std::array<Chunk, g_iFirstChunks> m_chunks;             // numbers below 32,768,000
+    std::mutex m_chunkMutex;                                // guards creation in m_chunks
+    std::vector<std::unique_ptr<Chunk>> m_moreChunks;       // numbers of 32 bits, at chunk number minus 1000
+    std::map<std::size_t, std::unique_ptr<Chunk>> m_farChunks;   // larger ones, which only ifcXML has, by chunk number
+    std::shared_mutex m_moreChunksLock;                     // guards both
+};
+
+}   // namespace oxa::ifc

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+// InverseBuilder: announces instances to everything that they refer to.
+//
+// For      the completion of a read, which does it for each instance of a model, and single new instances.
+// Shape    a reference passes two short queues: while the target's memory is on its way from afar, the builder looks at
+//          the references behind it. Within a list the order is as if each had been entered at once.
+// Threads  one; the lists of other instances are written.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "Format/Ifc/IfcFileEntity.h"
+
+namespace oxa::ifc {
+
+class InverseBuilder {
+public:
+    // Nodes come from the arena where there is one, which pays for many.
+    explicit InverseBuilder(Pool& pool, PoolArena* pArena = nullptr) noexcept : m_pool(pool), m_pArena(pArena) {}
+    InverseBuilder(const InverseBuilder&) = delete;
+    InverseBuilder& operator=(const InverseBuilder&) = delete;
+    ~InverseBuilder() = default;
+
+    // Puts "entity" in front of the inverse lists of its targets, at the latest with vFlush. Throws oxa::exception
+    // "returning nullptr" for an empty instance; whatever is thrown, earlier instances have been entered. The assertion
+    // "Not able to find attribute" tells of an inverse attribute that names none of the type.
+    void vAdd(Entity& entity);
+    // Enters what is still on its way.
+    void vFlush();
+
+private:
+    struct Reference {
+        Entity* pTarget;
+        Entity* pSource;
+        const DataSizeEntity::Feed* pFeed;
+    };
+    struct Entry {
+        Unaligned<EntityList*>* pHead;
+        Entity* pSource;
+    };
+
+    // First in, first out.
+    template <class Item>
+    struct Ring {
+        static constexpr std::size_t g_iSize = 16;
+        std::array<Item, g_iSize> items;
+        std::size_t iFirst = 0;
+        std::size_t iCount = 0;
+
+        [[nodiscard]] bool boFull() const noexcept { return iCount == g_iSize; }
+        void vPush(const Item& item) noexcept { items[(iFirst + iCount++) % g_iSize] = item; }
+        [[nodiscard]] Item pop() noexcept {
+            --iCount;
+            return items[iFirst++ % g_iSize];
+        }
+    };
+
+    void vAnnounce(Entity& entity);
+    void vReference(const Reference& reference);
+    void vTargetLook();
+    void vNodeEnter();
+
+    Pool& m_pool;
+    PoolArena* m_pArena;
+    Ring<Reference> m_references;        // the target's own memory is called for
+    Ring<Entry> m_entries;               // its inverse block is called for
+};
+
+}   // namespace oxa::ifc

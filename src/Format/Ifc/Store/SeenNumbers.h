@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+// SeenNumbers: which instance numbers a walk has met, a bit a number.
+//
+// For      the writers: a model's numbers are mostly dense, and then a bit is far less than an entry of a set.
+// Shape    a tree of three levels over 32 bits, grown where numbers fall; what is never met costs nothing.
+// Threads  any number at once, without a lock: exactly one caller gets true for each number.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+namespace oxa::ifc {
+
+class SeenNumbers {
+    struct Page;
+
+public:
+    // Where a caller's last number was: the next one mostly is near it. Lives no longer than the numbers, and belongs
+    // to one thread.
+    class Near {
+        friend class SeenNumbers;
+        Page* m_pPage = nullptr;
+        std::uint32_t m_iPage = 0;
+    };
+
+    SeenNumbers() = default;
+    SeenNumbers(const SeenNumbers&) = delete;
+    SeenNumbers& operator=(const SeenNumbers&) = delete;
+
+    // True the first time for that number.
+    bool boMark(std::uint32_t iNumber, Near& near) {
+        const std::uint32_t iBit = iNumber % g_iPageBits;
+        const std::uint32_t iPage = iNumber / g_iPageBits;
+        if (!near.m_pPage || near.m_iPage != iPage) {
+            near.m_pPage = &m_root.at(iPage / g_iPages).at(iPage % g_iPages);
+            near.m_iPage = iPage;
+        }
+        std::atomic<std::uint64_t>& word = near.m_pPage->words[iBit / 64];
+        const std::uint64_t uMask = std::uint64_t{1} << iBit % 64;
+        // Most questions are about numbers met before, and those need no exclusive hold of the cache line.
+        if (word.load(std::memory_order_relaxed) & uMask) return false;
+        return !(word.fetch_or(uMask, std::memory_order_relaxed) & uMask);
+    }
+
+    // Whether the number was marked.
+    [[nodiscard]] bool boMarked(std::uint32_t iNumber) const {
+        const std::uint32_t iPage = iNumber / g_iPageBits;
+        const Branch<Page, g_iPages>* pFolder = m_root.pAt(iPage / g_iPages);
+        const Page* pPage = pFolder ? pFolder->pAt(iPage % g_iPages) : nullptr;
+        if (!pPage) return false;
+        const std::uint32_t iBit = iNumber % g_iPageBits;
+        return pPage->words[iBit / 64].load(std::memory_order_relaxed) >> iBit % 64 & 1U;
+    }
+
+    // Calls visit(number) for each number that was marked, ascending. Not while others mark.
+    template <class Visit>
+    void vForEach(Visit&& visit) const {
+        for (std::uint32_t iPage = 0; iPage < g_iFolders * g_iPages; ++iPage) {
+            const Branch<Page, g_iPages>* pFolder = m_root.pAt(iPage / g_iPages);
+            const Page* pPage = pFolder ? pFolder->pAt(iPage % g_iPages) : nullptr;
+            if (!pPage) continue;
+            for (std::uint32_t i = 0; i < g_iPageBits / 64; ++i)
+                for (std::uint64_t uWord = pPage->words[i].load(std::memory_order_relaxed); uWord; uWord &= uWord - 1)
+                    visit(iPage * g_iPageBits + i * 64 + static_cast<std::uint32_t>(std::countr_zero(uWord)));
+        }
+    }
+
+private:
+    static constexpr std::uint32_t g_iPageBits = 1U << 15;
+    static constexpr std::uint32_t g_iPages = 1U << 9;
+    static constexpr std::uint32_t g_iFolders = 1U << 8;
+
+    struct Page {
+        std::array<std::atomic<std::uint64_t>, g_iPageBits / 64> words{};
+    };
+
+    // Places that are made on first use and stay; two threads that come together agree on one.
+    template <class Item, std::size_t N>
+    class Branch {
+    public:
+        Branch() = default;
+        Branch(const Branch&) = delete;
+        Branch& operator=(const Branch&) = delete;
+        ~Branch() {
+            for (std::atomic<Item*>& place : m_items) delete place.load(std::memory_order_relaxed);
+        }
+
+        Item& at(std::size_t i) {
+            Item* pItem = m_items[i].load(std::memory_order_acquire);
+            if (pItem) return *pItem;
+            auto pFresh = std::make_unique<Item>();
+            if (m_items[i].compare_exchange_strong(pItem, pFresh.get(), std::memory_order_acq_rel))
+                pItem = pFresh.release();
+            return *pItem;
+        }
+        [[nodiscard]] const Item* pAt(std::size_t i) const { return m_items[i].load(std::memory_order_acquire); }
+
+    private:
+        std::array<std::atomic<Item*>, N> m_items{};
+    };
+
+    Branch<Branch<Page, g_iPages>, g_iFolders> m_root;
+};
+
+}   // namespace oxa::ifc

@@ -1,0 +1,277 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Format/Ifc/IfcStepStrings.h"
+
+#include <cstdint>
+#include <limits>
+#include <string_view>
+
+#include "Format/Ifc/IfcNumbers.h"
+#include "Format/Ifc/Text/TextScan.h"
+#include "platform/Assert.h"
+#include "platform/String.h"
+
+namespace oxa::ifc {
+
+namespace {
+
+constexpr std::string_view g_sSource = "Format/Ifc/IfcStepStrings";
+constexpr std::string_view g_sReader = "oxa::ifc::vIfcStrToUtf8";
+
+void vAssertInvalid(std::string_view sWhat, std::string_view sInput, int iLine) {
+    if (!Assert::isEnabled()) return;
+    std::string text(sWhat);
+    text += ": Seems to be an invalid ifc string: '";
+    text += str::Converter::to_utf8(sInput);
+    text += '\'';
+    Assert::addAssert(g_sSource, g_sReader, text, iLine);
+}
+
+// One pass over the inside of a STEP string (ISO 10303-21, clause 6.4.3).
+//
+// Up to the first directive that names a character, everything goes to "out". From there on 7-bit characters
+// and named ones are kept as code points, to be converted at the end, while 8-bit bytes still go to "out" at
+// once: in a string that has both they come out in front.
+class StringReader {
+public:
+    StringReader(std::string& out, std::u32string& pending, char const* text, std::size_t length)
+        : m_out(out), m_pending(pending), m_pText(text), m_iLength(length) {}
+
+    void vRead();
+    [[nodiscard]] bool boPlain() const { return m_boPlain; }
+
+private:
+    void vAppendRun(std::size_t iEnd);
+    void vAppend(char c);
+    void vReadByte8(unsigned char c);
+    bool boReadDirective();
+    bool boReadShift();
+    bool boReadHex();
+    void vReadHexBlock(std::size_t iDigits);
+    bool boReadPage();
+    void vAppendHex(std::size_t iDigits);
+
+    // The byte behind the text is its closing quote, or whatever else the caller has there: it may be read.
+    [[nodiscard]] char at(std::size_t i) const { return m_pText[i]; }
+
+    std::string& m_out;
+    std::u32string& m_pending;
+    char const* m_pText;
+    std::size_t m_iLength;
+    std::size_t m_i = 0;         // the next byte; may pass the end by a few
+    bool m_boPlain = true;       // no directive has named a character yet
+    bool m_boRawUtf8 = false;    // 8-bit bytes are UTF-8, not Latin-1
+    bool m_boReported = false;   // one assertion a string
+};
+
+void StringReader::vRead() {
+    char const* const pEnd = m_pText + m_iLength;
+    while (m_i < m_iLength) {
+        vAppendRun(static_cast<std::size_t>(details::pFindSpecial(m_pText + m_i, pEnd) - m_pText));
+        if (m_i == m_iLength) return;
+        const char c = at(m_i);
+        if (c == '\\') {
+            if (!boReadDirective()) return;
+        } else if (c == '\'') {
+            vAppend(c);
+            m_i += 2;   // taken to be the first half of a doubled one, whatever follows
+        } else {
+            vReadByte8(static_cast<unsigned char>(c));
+            m_i += 1;
+        }
+    }
+}
+
+void StringReader::vAppendRun(std::size_t iEnd) {
+    if (m_boPlain)
+        m_out.append(m_pText + m_i, iEnd - m_i);
+    else
+        for (std::size_t i = m_i; i < iEnd; ++i) m_pending += static_cast<char32_t>(m_pText[i]);   // 7 bits each
+    m_i = iEnd;
+}
+
+void StringReader::vAppend(char c) {
+    if (m_boPlain)
+        m_out += c;
+    else
+        m_pending += static_cast<char32_t>(c);
+}
+
+// 0xC3 leads the letters of western Europe in UTF-8 and is rare in Latin-1: it tells the two apart.
+void StringReader::vReadByte8(unsigned char c) {
+    if (m_boRawUtf8 || c == 0xC3) {
+        m_out += static_cast<char>(c);
+        m_boRawUtf8 = true;
+    } else {
+        m_out += static_cast<char>(0xC0 | c >> 6);
+        m_out += static_cast<char>(0x80 | (c & 0x3F));
+    }
+    if (!m_boReported) vAssertInvalid("U_INVALID_CHAR_FOUND", {m_pText, m_iLength}, __LINE__);
+    m_boReported = true;
+}
+
+// Takes the backslash and what belongs to it. False where the text ends in the middle of it.
+bool StringReader::boReadDirective() {
+    const char cDirective = at(m_i + 1);
+    m_i += 2;
+    switch (cDirective) {
+    case '\\': vAppend('\\'); return true;
+    case 'S': return boReadShift();
+    case 'X': return boReadHex();
+    case 'P': return boReadPage();
+    default: return true;   // unknown: dropped
+    }
+}
+
+// "\S\" and a byte: the character 128 places above it.
+bool StringReader::boReadShift() {
+    m_boPlain = false;
+    if (m_i >= m_iLength) return false;
+    if (at(m_i) != '\\') {
+        m_i += 1;
+        return true;
+    }
+    // The byte may be the one behind the text: "\S\" at the end shifts the closing quote.
+    m_pending += static_cast<char32_t>(static_cast<signed char>(at(m_i + 1)) + 128);
+    m_i += 2;
+    return true;
+}
+
+// "\X\hh", "\X2\...\X0\" and "\X4\...\X0\".
+bool StringReader::boReadHex() {
+    m_boPlain = false;
+    if (m_i >= m_iLength) return false;
+    const char c = at(m_i);
+    if (c == '\\') {
+        m_i += 1;
+        if (m_iLength - m_i < 2) return false;
+        vAppendHex(2);
+    } else if ((c == '2' || c == '4') && m_i + 1 < m_iLength && at(m_i + 1) == '\\') {
+        m_i += 2;
+        vReadHexBlock(c == '2' ? 4 : 8);
+    } else {
+        m_i += 2;
+    }
+    return true;
+}
+
+void StringReader::vReadHexBlock(std::size_t iDigits) {
+    while (m_iLength - m_i >= iDigits && at(m_i) != '\\') vAppendHex(iDigits);
+    m_i += 4;   // "\X0\", unseen
+}
+
+// A group without a leading digit, or beyond 31 bits, is lost.
+void StringReader::vAppendHex(std::size_t iDigits) {
+    std::int32_t value = 0;
+    char const* const pDigits = m_pText + m_i;
+    if (details::pReadInteger(pDigits, pDigits + iDigits, 16, value) != nullptr)
+        m_pending += static_cast<char32_t>(value);
+    m_i += iDigits;
+}
+
+// "\PA\" to "\PI\" select a part of ISO 8859, and would change what "\S\" means. Only the letter is taken:
+// the backslash behind it begins the next directive.
+bool StringReader::boReadPage() {
+    if (m_i >= m_iLength) return false;
+    m_i += 1;
+    if (Assert::isEnabled()) Assert::addAssert(g_sSource, g_sReader, "Codepage not implemented", __LINE__);
+    return true;
+}
+
+// What is written for each code point that is not printable ASCII.
+class HexWriter {
+public:
+    explicit HexWriter(std::string& out) : m_out(out) {}
+
+    void vWrite(char32_t codePoint) {
+        if (codePoint > 0xFFFF)
+            vOpen(8);
+        else if (codePoint > 0xFF && m_iWidth == 0)
+            vOpen(4);
+        if (m_iWidth == 0) m_out += "\\X\\";
+        vDigits(codePoint, m_iWidth == 0 ? 2 : m_iWidth);
+    }
+
+    void vClose() {
+        if (m_iWidth != 0) m_out += "\\X0\\";
+        m_iWidth = 0;
+    }
+
+private:
+    void vOpen(int iWidth) {
+        if (m_iWidth == iWidth) return;
+        vClose();
+        m_out += iWidth == 4 ? "\\X2\\" : "\\X4\\";
+        m_iWidth = iWidth;
+    }
+
+    void vDigits(char32_t codePoint, int iDigits) {
+        for (int iShift = 4 * (iDigits - 1); iShift >= 0; iShift -= 4)
+            m_out += "0123456789ABCDEF"[codePoint >> iShift & 0xF];
+    }
+
+    std::string& m_out;
+    int m_iWidth = 0;   // digits a code point in the open block; 0: none is open
+};
+
+constexpr bool boPrintable(char32_t codePoint) { return codePoint >= 32 && codePoint <= 126; }
+
+// True for a text that is written as it is.
+bool boWrittenVerbatim(std::string_view text) {
+    for (const char c : text)
+        if (!boPrintable(static_cast<unsigned char>(c)) || c == '\\' || c == '\'') return false;
+    return true;
+}
+
+}   // namespace
+
+void vIfcStrToUtf8(std::string& out, char const* text, std::size_t length) {
+    out.clear();
+    if (length == 0 || length == std::numeric_limits<std::size_t>::max()) return;
+    if (details::pFindSpecial(text, text + length) == text + length) {   // nearly all strings of a model
+        out.assign(text, length);
+        return;
+    }
+    out.reserve(length);
+    thread_local std::u32string pending;
+    pending.clear();
+    StringReader reader(out, pending, text, length);
+    reader.vRead();
+    if (reader.boPlain()) return;
+    try {
+        str::details::vUtfConvertImpl(out, pending.data(), pending.size());
+    } catch (const str::exception& e) {
+        vAssertInvalid(e.what(), {text, length}, __LINE__);
+    }
+}
+
+std::string const& sIfcStrFromUtf8(std::string& out, char const* text, std::size_t length) {
+    out.clear();
+    if (length == 0) return out;
+    if (boWrittenVerbatim({text, length})) return out.assign(text, length);
+    std::u32string codePoints;
+    str::details::vUtfConvertImpl(codePoints, text, length);
+    out.reserve(codePoints.size());
+    HexWriter hex(out);
+    for (const char32_t codePoint : codePoints) {
+        if (boPrintable(codePoint)) {
+            hex.vClose();
+            if (codePoint == '\\' || codePoint == '\'') out += static_cast<char>(codePoint);
+            out += static_cast<char>(codePoint);
+        } else {
+            hex.vWrite(codePoint);
+        }
+    }
+    hex.vClose();
+    return out;
+}
+
+std::string const& sIfcStrFromText(std::string& out, std::string_view text) {
+    try {
+        return sIfcStrFromUtf8(out, text.data(), text.size());
+    } catch (const str::exception&) {
+        const std::string utf8 = str::Converter::to_utf8(text);
+        return sIfcStrFromUtf8(out, utf8.data(), utf8.size());
+    }
+}
+
+}   // namespace oxa::ifc

@@ -1,0 +1,345 @@
+// SPDX-License-Identifier: Apache-2.0
+// The text of cells in a STEP file (ISO 10303-21, 6.4), to the byte.
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <string_view>
+
+#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcGuid.h"
+#include "Format/Ifc/IfcStepStrings.h"
+#include "Format/Ifc/Text/TextScan.h"
+#include "Format/Ifc/IfcWriteFile.h"
+#include "platform/Assert.h"
+
+namespace oxa::ifc {
+
+using def::schema::DataKind;
+using Info = AttributeBase::StepWriteInfoAttribute;
+
+namespace {
+
+void vReport(const Info& info, Errors::Severity eSeverity, Errors::Category eCategory, const char* sKey,
+             std::string_view sArgument, unsigned iLine) {
+    info.m_pLine->m_pCommon->m_pErrors->add(nullptr, eSeverity, eCategory, sKey, sArgument, info.m_pLine->m_line,
+                                            iLine);
+}
+
+// Writes "*" or "$" where the cell has no value, with a report on a mandatory position; true when that was all.
+bool boNullWritten(const AttributeBase& cell, const Info& info) {
+    if (cell.boHasValue()) return false;
+    const bool boMandatory = info.m_boInList || !info.m_pAttribute->boOptional;
+    if (boMandatory && cell.m_boUndefined && !cell.m_boDerived)
+        vReport(info, Errors::Fatal, Errors::Null, "Error_InvalidNullAttribute", info.m_pAttribute->sName,
+                info.m_pLine->m_iId);
+    info.m_pLine->m_line.push_back(cell.m_boDerived ? '*' : '$');
+    return true;
+}
+
+template <class Number>
+void vWriteInteger(StepWriteInfo& info, Number number) {
+    char* const pBegin = info.m_number.data();
+    info.m_line.append(pBegin, std::to_chars(pBegin, pBegin + info.m_number.size(), number).ptr);
+}
+
+// Whole numbers of no more than 15 digits, most of a model's coordinates in millimetres.
+bool boWholeWritten(StepWriteInfo& info, double value) {
+    constexpr double g_largestWhole = 1e15;
+    if (!(value > -g_largestWhole && value < g_largestWhole)) return false;
+    const auto iWhole = static_cast<long long>(value);
+    if (static_cast<double>(iWhole) != value || iWhole == 0) return false;
+    vWriteInteger(info, iWhole);
+    info.m_line.push_back('.');
+    return true;
+}
+
+// A number of up to so many decimals and 15 digits. "size" is the double nearest to such a number when that number, made
+// a whole one by a power of ten and divided again, gives it back.
+struct Decimals {
+    double scale;      // 10 to the power of iCount, exactly
+    int iCount;
+    double largest;    // 10 to the power of 15 - iCount
+
+    [[nodiscard]] double scaled(double size) const noexcept { return std::nearbyint(size * scale); }
+    [[nodiscard]] bool boFits(double size) const noexcept { return size < largest && scaled(size) / scale == size; }
+};
+
+// Numbers of up to 15 digits, most of the others. Of the 16 digits that are asked for the last could still be another
+// one: the number's distance from the double, which fma gives exactly, must be below half of that digit.
+bool boDecimalWritten(StepWriteInfo& info, double value) {
+    constexpr Decimals g_few{1e9, 9, 1e6};
+    constexpr Decimals g_many{1e13, 13, 1e2};
+    constexpr int g_iDigits = 16;
+    const double size = std::fabs(value);
+    if (!(size >= 1e-4)) return false;   // below, an exponent is written
+    const bool boFew = g_few.boFits(size);
+    if (!boFew && !g_many.boFits(size)) return false;
+    const Decimals& decimals = boFew ? g_few : g_many;
+    const double scaled = decimals.scaled(size);
+    const auto uScaled = static_cast<std::uint64_t>(scaled);
+    char* const pBegin = info.m_number.data();
+    char* const pEnd = std::to_chars(pBegin, pBegin + info.m_number.size(), uScaled).ptr;
+    const auto iDigits = static_cast<int>(pEnd - pBegin);
+    // Half of the 16th digit, measured like "scaled"; a little less, for the power of ten is a rounded one.
+    constexpr std::array<double, g_iDigits> g_half = {0,       4.9e-16, 4.9e-15, 4.9e-14, 4.9e-13, 4.9e-12,
+                                                      4.9e-11, 4.9e-10, 4.9e-9,  4.9e-8,  4.9e-7,  4.9e-6,
+                                                      4.9e-5,  4.9e-4,  4.9e-3,  4.9e-2};
+    if (std::fabs(std::fma(size, decimals.scale, -scaled)) >= g_half[static_cast<std::size_t>(iDigits)]) return false;
+    std::string& line = info.m_line;
+    if (value < 0) line.push_back('-');
+    const int iWhole = iDigits - decimals.iCount;   // digits in front of the point
+    const std::string_view digits(pBegin, static_cast<std::size_t>(iDigits));
+    const std::size_t iLast = digits.find_last_not_of('0');
+    if (iWhole > 0) {
+        line.append(digits.substr(0, static_cast<std::size_t>(iWhole))).push_back('.');
+        line.append(digits.substr(static_cast<std::size_t>(iWhole), iLast + 1 - static_cast<std::size_t>(iWhole)));
+    } else {
+        line.append("0.").append(static_cast<std::size_t>(-iWhole), '0').append(digits.substr(0, iLast + 1));
+    }
+    return true;
+}
+
+// "%.16G" of the C locale, with a point wherever a STEP real needs one.
+void vWriteReal(StepWriteInfo& info, double value) {
+    if (boWholeWritten(info, value) || boDecimalWritten(info, value)) return;
+    char* const pBegin = info.m_number.data();
+    char* const pEnd =
+        std::to_chars(pBegin, pBegin + info.m_number.size(), value, std::chars_format::general, 16).ptr;
+    char* pExponent = pEnd;   // of a number without a point
+    bool boPoint = false;
+    for (char* p = pBegin; p != pEnd; ++p) {
+        if (*p == '.') boPoint = true;
+        if (*p >= 'a' && *p <= 'z') *p = static_cast<char>(*p - 'a' + 'A');
+        if (*p == 'E') pExponent = std::min(pExponent, p);
+    }
+    std::string& line = info.m_line;
+    if (boPoint)
+        line.append(pBegin, pEnd);
+    else
+        line.append(pBegin, pExponent).append(1, '.').append(pExponent, pEnd);
+}
+
+void vWriteEncoded(StepWriteInfo& info, std::string_view text) {
+    const auto boPlain = [](char c) { return c >= ' ' && c <= '~' && c != '\'' && c != '\\'; };
+    if (std::ranges::all_of(text, boPlain))
+        info.m_line.append(text);
+    else
+        info.m_line.append(sIfcStrFromText(info.m_encoded, text));
+}
+
+void vWriteText(const Info& info, const char* pText) {
+    std::string& line = info.m_pLine->m_line;
+    line.push_back('\'');
+    if (pText && info.m_boPlainText)
+        line.append(pText);
+    else if (pText)
+        vWriteEncoded(*info.m_pLine, pText);
+    line.push_back('\'');
+}
+
+void vWriteGuid(const AttributeGuid& cell, const Info& info) {
+    const Guid guid = cell.m_value;
+    if (guid.boIsNull())
+        vReport(info, Errors::Fatal, Errors::Value, "Error_ExpectedValidGuidValueFor", info.m_pAttribute->sName,
+                info.m_pLine->m_iId);
+    std::string& line = info.m_pLine->m_line;
+    if (info.m_boPlainText) {
+        line.append(guid.toString());
+        return;
+    }
+    char text[IfcGuid::Length + 1];
+    IfcGuid::boIfcStringFromGuid(text, guid);
+    line.append(1, '\'').append(text, IfcGuid::Length).append(1, '\'');
+}
+
+// The digit of unused bits is always 0, whatever a file once said.
+void vWriteBinary(const AttributeBinary& cell, const Info& info) {
+    constexpr char g_digits[] = "0123456789ABCDEF";
+    std::string& line = info.m_pLine->m_line;
+    const auto iCount = static_cast<std::size_t>(cell.m_iCount.load());
+    const unsigned char* pBytes = cell.m_value;
+    line.reserve(line.size() + 2 * iCount + 5);
+    line.append("\"0");
+    for (std::size_t i = 0; i < iCount; ++i) {
+        line.push_back(g_digits[pBytes[i] >> 4]);
+        line.push_back(g_digits[pBytes[i] & 0xF]);
+    }
+    line.push_back('"');
+}
+
+void vWriteEnumeration(const AttributeEnumeration& cell, const Info& info) {
+    const char* pText = cell.m_value;
+    if (!pText) return;   // an empty field, as it was read
+    std::string& line = info.m_pLine->m_line;
+    line.push_back('.');
+    vWriteEncoded(*info.m_pLine, pText);
+    line.push_back('.');
+    const def::schema::DataTypeEnum* pEnum = AttributeEnumeration::pEnumOf(info.m_pType, *info.m_pAttribute);
+    if (pEnum && !pEnum->items.contains(std::string_view(pText)))
+        vReport(info, Errors::Error, Errors::Value, "Error_NotValidEnumerationValue", pText, 0);
+}
+
+void vWriteReference(StepWriteInfo& info, std::size_t iId) {
+    info.m_line.push_back('#');
+    vWriteInteger(info, iId);
+}
+
+void vWriteEntity(const AttributeEntity& cell, const Info& info) {
+    const Entity* pEntity = cell.m_value;
+    if (!pEntity) {
+        vReport(info, Errors::Error, Errors::Null, "Error_InvalidNullAttribute", info.m_pAttribute->sName, 0);
+        return;
+    }
+    vWriteReference(*info.m_pLine, info.m_pLine->iEntityIdGet(pEntity));
+}
+
+// Cells whose text has the null step in front and nothing else around it.
+void vWriteCell(const AttributeBase& cell, CellClass eClass, const Info& info);
+
+void vWriteSelect(const AttributeSelect& cell, const Info& info) {
+    const AttributeBase* pValue = cell.m_pValue;
+    const def::schema::Type* pType = cell.m_pType;
+    Info nested{info.m_pLine, info.m_pAttribute, pType, false, info.m_boPlainText};
+    if (!pValue) return;
+    if (cell.m_eType.load() == AttributeType::Entity) {
+        const auto& entity = *static_cast<const AttributeEntity*>(pValue);
+        if (!boNullWritten(entity, nested)) vWriteEntity(entity, nested);
+        return;
+    }
+    if (!pType) return;
+    std::string& line = info.m_pLine->m_line;
+    line.append(pType->sNameUpper).append(1, '(');
+    vWriteCell(*pValue, AttributeBase::cellClass(pType, *info.m_pAttribute), nested);
+    line.push_back(')');
+}
+
+// One item after the other, with a comma before every one but the first.
+template <class T, class Write>
+void vWriteItems(const AttributeListValueBase& list, const Info& info, Write&& write) {
+    const Array<T>* pArray = list.pArray<T>();
+    if (!pArray) return;
+    bool boFirst = true;
+    for (const auto& item : *pArray) {
+        if (!boFirst) info.m_pLine->m_line.push_back(',');
+        boFirst = false;
+        write(item);
+    }
+}
+
+// Two texts in one block would lose their comma: it stands before every text that is not the first item's own.
+void vWriteTexts(const AttributeListValueBase& list, const Info& info) {
+    const Array<char*>* pArray = list.pArray<char*>();
+    if (!pArray || pArray->empty()) return;
+    const char* pFirst = (*pArray)[0];
+    for (const Unaligned<char*>& item : *pArray) {
+        if (item.load() != pFirst) info.m_pLine->m_line.push_back(',');
+        vWriteText(info, item);
+    }
+}
+
+void vWriteEntities(const AttributeListValueBase& list, const Info& info) {
+    const EntityList* pHead = list.pEntities();
+    if (!pHead) return;
+    bool boFirst = true;
+    for (const Entity* pEntity : *pHead) {
+        const std::size_t iId = info.m_pLine->iEntityIdGet(pEntity);
+        if (iId == 0) {
+            if (Assert::isEnabled())
+                Assert::addAssert("Format/Ifc/IfcFileAttribute",
+                                  "oxa::ifc::AttributeListValueBase::vWrite::<lambda_7>::operator ()",
+                                  "Skipping invalid reference in list", __LINE__);
+            continue;
+        }
+        if (!boFirst) info.m_pLine->m_line.push_back(',');
+        boFirst = false;
+        vWriteReference(*info.m_pLine, iId);
+    }
+}
+
+void vWriteList(const AttributeListValueBase& list, const Info& infoList) {
+    Info info = infoList;
+    info.m_boInList = true;
+    StepWriteInfo& line = *info.m_pLine;
+    line.m_line.push_back('(');
+    switch (list.m_eItemType.load()) {
+    case AttributeType::Real:
+        vWriteItems<double>(list, info, [&line](double value) { vWriteReal(line, value); });
+        break;
+    case AttributeType::Integer:
+        vWriteItems<long long>(list, info, [&line](long long iValue) { vWriteInteger(line, iValue); });
+        break;
+    case AttributeType::String: vWriteTexts(list, info); break;
+    case AttributeType::Binary:
+        vWriteItems<AttributeBinary>(list, info, [&info](const AttributeBinary& cell) {
+            if (!boNullWritten(cell, info)) vWriteBinary(cell, info);
+        });
+        break;
+    case AttributeType::Select:
+        vWriteItems<AttributeSelect>(list, info, [&info](const AttributeSelect& cell) {
+            if (!boNullWritten(cell, info)) vWriteSelect(cell, info);
+        });
+        break;
+    case AttributeType::List:
+        vWriteItems<AttributeList>(list, info, [&info](const AttributeList& cell) {
+            if (!boNullWritten(cell, info)) vWriteList(cell, info);
+        });
+        break;
+    case AttributeType::Entity: vWriteEntities(list, info); break;
+    default: break;
+    }
+    line.m_line.push_back(')');
+}
+
+void vWriteCell(const AttributeBase& cell, CellClass eClass, const Info& info) {
+    if (eClass >= CellClass::Unresolved || boNullWritten(cell, info)) return;
+    StepWriteInfo& line = *info.m_pLine;
+    switch (eClass) {
+    case CellClass::Real:
+    case CellClass::Number: return vWriteReal(line, static_cast<const AttributeReal&>(cell).m_value);
+    case CellClass::Boolean:
+        line.m_line.append(static_cast<const AttributeBoolean&>(cell).m_value ? ".T." : ".F.", 3);
+        return;
+    case CellClass::Integer: return vWriteInteger(line, static_cast<const AttributeInteger&>(cell).m_value.load());
+    case CellClass::String:
+    case CellClass::Guid:
+        if (cell.m_boGuid) return vWriteGuid(static_cast<const AttributeGuid&>(cell), info);
+        return vWriteText(info, static_cast<const AttributeString&>(cell).m_value);
+    case CellClass::Logical: {
+        const LogicalValue value = static_cast<const AttributeLogical&>(cell).m_value;
+        line.m_line.append(value == LogicalValue::False ? ".F." : value == LogicalValue::True ? ".T." : ".U.", 3);
+        return;
+    }
+    case CellClass::Binary: return vWriteBinary(static_cast<const AttributeBinary&>(cell), info);
+    case CellClass::Enumeration: return vWriteEnumeration(static_cast<const AttributeEnumeration&>(cell), info);
+    case CellClass::Select: return vWriteSelect(static_cast<const AttributeSelect&>(cell), info);
+    case CellClass::Entity: return vWriteEntity(static_cast<const AttributeEntity&>(cell), info);
+    default: return vWriteList(static_cast<const AttributeListValueBase&>(cell), info);
+    }
+}
+
+}   // namespace
+
+void AttributeBase::vWriteAttribute(StepWriteInfoAttribute& info) const {
+    const auto& types = info.m_pAttribute->types;
+    vWriteCell(*this, cellClass(types.empty() ? nullptr : types.front(), *info.m_pAttribute), info);
+}
+
+void AttributeBase::vWriteAttribute(StepWriteInfoAttribute& info, CellClass eClass) const {
+    vWriteCell(*this, eClass, info);
+}
+
+std::string AttributeBase::sWriteLine(const def::schema::Attribute& attribute, const Data& data,
+                                      bool boPlainText) const {
+    io::WriteError errors;
+    io::ThreadStringPool nowhere;
+    StepWriteInfoCommon common(data.entityIdMap(false), errors, nowhere, true);
+    StepWriteInfo info(common);
+    StepWriteInfoAttribute value{&info, &attribute, nullptr, false, boPlainText};
+    vWriteAttribute(value);
+    return std::move(info.m_line);
+}
+
+}   // namespace oxa::ifc

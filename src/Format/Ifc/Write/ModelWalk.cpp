@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+// The writing side of the container: the walk over the model, on one thread or up to three.
+#include <thread>
+#include <vector>
+
+#include "Format/Ifc/IfcFile.h"
+#include "Format/Ifc/IfcWriteFile.h"
+#include "Format/Ifc/Write/WriteThreads.h"
+
+namespace oxa::ifc {
+
+void Data::vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const {
+    std::vector<std::thread> threads;
+    const auto join = [&threads] {
+        for (std::thread& thread : threads) thread.join();
+    };
+    try {
+        if (!info.m_boSingleThreaded) {
+            for (unsigned i = 0; i < iExtraWriteThreads(); ++i) {
+                vSortEntities();   // before any other thread reads the list; without one it stays as it is
+                if (m_entities.size() <= std::size_t{10} * i) break;
+                threads.emplace_back([this, &info] { (*this)(info, {}); });
+            }
+        }
+        (*this)(info, std::move(progress));
+    } catch (...) {
+        info.vStop();
+        join();
+        throw;
+    }
+    join();
+    info.m_pWriter->vFinish();
+}
+
+void Data::operator()(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const {
+    StepWriteInfo statement(info, StepWriteInfo::Pass::InBatches);
+    if (info.m_boSingleThreaded) {
+        while (!info.m_queue.empty()) {
+            const Entity* pEntity = info.m_queue.front();
+            info.m_queue.pop_front();
+            ++info.m_iDequeued;
+            if (progress) progress(info.m_iDequeued);
+            if (pEntity) pEntity->vWrite(statement);
+        }
+        info.m_boDone = true;
+    } else {
+        std::vector<const Entity*> share;
+        bool boActive = false;
+        while (info.boTake(statement.m_found, share, boActive, progress))
+            for (const Entity* pEntity : share)
+                if (pEntity) pEntity->vWrite(statement);
+    }
+    statement.vBlockAdd();
+}
+
+bool Data::boWrite(std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const {
+    return io::WriteFile::boWrite(*this, out, errors, boSingleThreaded);
+}
+
+bool Data::boWrite(const Entity* pEntity, std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const {
+    return pEntity && io::WriteFile::boWrite(*this, pEntity, out, errors, boSingleThreaded);
+}
+
+}   // namespace oxa::ifc

@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: Apache-2.0
+// The write in an order: first which entities, then their statements, one after the other.
+//
+// Reach      the walk of a write without its text, over numbered entities; on several threads, since which entities it
+//            meets does not depend on who comes first.
+// Number     what has no number yet gets one, on one thread, in an order that the model alone decides.
+// Compose    threads take shares of the list, and hand their text on in the order of the list.
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/Write/EntityNamed.h"
+#include "Format/Ifc/IfcWriteFile.h"
+#include "Format/Ifc/Write/WriteThreads.h"
+
+namespace oxa::ifc {
+
+namespace {
+
+using Entities = std::vector<const Entity*>;
+
+// Runs step() on the caller's thread and on others beside it. When one throws, "stop" tells the others to end, and the
+// exception goes on from here once all have.
+template <class Step, class Stop>
+void vOnAll(unsigned iExtra, Step&& step, Stop&& stop) {
+    std::mutex mutex;
+    std::exception_ptr pFault;   // guarded by mutex
+    const auto guarded = [&](bool boCaller) {
+        try {
+            step(boCaller);
+        } catch (...) {
+            {
+                const std::lock_guard lock(mutex);
+                if (!pFault) pFault = std::current_exception();
+            }
+            stop();
+        }
+    };
+    std::vector<std::thread> threads;
+    try {
+        for (unsigned i = 0; i < iExtra; ++i) threads.emplace_back(guarded, false);
+    } catch (const std::exception&) {
+        // No thread was to be had, or no memory for one. Fewer do the same work.
+    }
+    guarded(true);
+    for (std::thread& thread : threads) thread.join();
+    if (pFault) std::rethrow_exception(pFault);
+}
+
+// The statements of a list of entities, composed share by share and handed on in the order of the list.
+class OrderedStatements {
+public:
+    OrderedStatements(StepWriteInfoCommon& info, const Entities& entities, const WriteProgress& progress)
+        : m_info(info), m_entities(entities), m_progress(progress) {}
+
+    // One composing thread.
+    void vCompose(bool boCaller) {
+        StepWriteInfo statement(m_info, StepWriteInfo::Pass::Numbers);
+        const bool boBlocks = m_info.m_pWriter->iBlockSize() > 0;
+        for (;;) {
+            const std::size_t iShare = m_iNext.fetch_add(1, std::memory_order_relaxed);
+            const std::size_t iBegin = iShare * g_iShare;
+            if (iBegin >= m_entities.size()) return;
+            const std::size_t iEnd = std::min(iBegin + g_iShare, m_entities.size());
+            if (!boBlocks && !boTurnWait(iShare)) return;   // the writer wants each statement by itself
+            for (std::size_t i = iBegin; i < iEnd; ++i) m_entities[i]->vWrite(statement);
+            if (boBlocks) {
+                if (!boHandOver(iShare, statement)) return;
+            } else {
+                vTurnPass(iShare);
+            }
+            if (boCaller && m_progress) m_progress(static_cast<unsigned>(iEnd));
+        }
+    }
+
+    void vStop() {
+        const std::lock_guard lock(m_mutex);
+        m_boStopped = true;
+        m_changed.notify_all();
+    }
+
+private:
+    static constexpr std::size_t g_iShare = 256;   // some ten thousand bytes of text
+    // Texts that may wait for one that is late, or for the stream, as long as they are not that large: on a busy machine
+    // a thread may rest for long, and one share of long statements may be as large as many others.
+    static constexpr std::size_t g_iAhead = 128;
+    static constexpr std::size_t g_iAheadBytes = 16 * 1024 * 1024;
+    static constexpr std::size_t g_iKeptCapacity = 128 * 1024;   // a larger text is not kept for reuse
+
+    struct Text {
+        std::string block;
+        std::uint32_t iId = 0;   // of its last statement
+        bool boReady = false;
+    };
+
+    // False: the write has ended for another thread's fault.
+    bool boTurnWait(std::size_t iShare) {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [&] { return m_boStopped || m_iTurn == iShare; });
+        return !m_boStopped;
+    }
+    void vTurnPass(std::size_t iShare) {
+        const std::lock_guard lock(m_mutex);
+        m_iTurn = iShare + 1;
+        m_changed.notify_all();
+    }
+
+    // Leaves the text for whoever comes to its turn, which may be this thread. False as above.
+    bool boHandOver(std::size_t iShare, StepWriteInfo& statement) {
+        std::unique_lock lock(m_mutex);
+        // The text at its turn never waits, whatever the others hold: they wait for it.
+        m_changed.wait(lock, [&] {
+            return m_boStopped || iShare == m_iTurn || (iShare < m_iTurn + g_iAhead && m_iBytes < g_iAheadBytes);
+        });
+        if (m_boStopped) return false;
+        Text& text = m_texts[iShare % g_iAhead];
+        text.block.swap(statement.m_block);
+        text.iId = statement.m_iId;
+        text.boReady = true;
+        statement.m_block.clear();
+        m_iBytes += text.block.size();
+        if (!m_boWriting) vReadyWrite(lock);
+        return true;
+    }
+
+    // Hands on what is ready, from the turn on. Lets go of the lock for each text.
+    void vReadyWrite(std::unique_lock<std::mutex>& lock) {
+        m_boWriting = true;
+        for (Text* pText = &m_texts[m_iTurn % g_iAhead]; pText->boReady; pText = &m_texts[m_iTurn % g_iAhead]) {
+            lock.unlock();
+            const std::size_t iBytes = pText->block.size();
+            if (iBytes) m_info.m_pWriter->iLineAdd(pText->block, pText->iId);
+            if (pText->block.capacity() > g_iKeptCapacity) std::string().swap(pText->block);
+            lock.lock();
+            pText->boReady = false;
+            m_iBytes -= iBytes;
+            ++m_iTurn;
+            m_changed.notify_all();
+        }
+        m_boWriting = false;
+    }
+
+    StepWriteInfoCommon& m_info;
+    const Entities& m_entities;
+    const WriteProgress& m_progress;
+    std::atomic<std::size_t> m_iNext{0};   // share
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::array<Text, g_iAhead> m_texts;    // of the shares from m_iTurn on; guarded by m_mutex, but the one at its turn
+    std::size_t m_iTurn = 0;               // the share whose text comes next; guarded by m_mutex
+    std::size_t m_iBytes = 0;              // of the texts that are ready; guarded by m_mutex
+    bool m_boWriting = false;              // a thread is handing texts on; guarded by m_mutex
+    bool m_boStopped = false;              // guarded by m_mutex
+};
+
+}   // namespace
+
+// Meets what the queue leads to over numbered entities. True when all that these name has a number.
+bool Data::boReachNumbered(StepWriteInfoCommon& info) const {
+    if (info.m_queue.empty()) return true;
+    std::atomic<bool> boAllNumbered{true};
+    const auto step = [&](bool) {
+        std::vector<const Entity*> found;
+        std::vector<const Entity*> share;
+        WalkNear near;
+        bool boActive = false;
+        while (info.boTake(found, share, boActive, {}))
+            for (const Entity* pEntity : share)
+                if (pEntity)
+                    pEntity->vForEachNamedEntity([&](const Entity& named) {
+                        if (!info.boMeet(named, found, near)) boAllNumbered.store(false, std::memory_order_relaxed);
+                    });
+    };
+    vOnAll(info.m_boSingleThreaded ? 0 : iExtraWriteThreads(m_entities.size()), step, [&info] { info.vStop(); });
+    return boAllNumbered;
+}
+
+// Meets the rest, dealing numbers, from what is met by now: the lowest number first, then as entities are named.
+void Data::vReachOthers(StepWriteInfoCommon& info) const {
+    auto& walk = static_cast<WriteInfoCommon&>(info);
+    const auto vVisit = [&walk](const Entity& entity) {
+        entity.vForEachNamedEntity([&walk](const Entity& named) { walk.iEntityIdGet(&named); });
+    };
+    for (const Entity* pEntity : walk.metByNumber()) vVisit(*pEntity);
+    while (!walk.m_queue.empty()) {
+        const Entity* pEntity = walk.m_queue.front();
+        walk.m_queue.pop_front();
+        vVisit(*pEntity);
+    }
+}
+
+void Data::vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options) const {
+    if (!boReachNumbered(info)) vReachOthers(info);
+    Entities entities = options.eOrder == WriteOrder::File ? info.metByFile(options.fileNumbers) : info.metByNumber();
+    OrderedStatements statements(info, entities, options.progress);
+    vOnAll(
+        info.m_boSingleThreaded ? 0 : iExtraWriteThreads(entities.size()),
+        [&statements](bool boCaller) { statements.vCompose(boCaller); }, [&statements] { statements.vStop(); });
+    info.m_pWriter->vFinish();
+}
+
+// Only a dealt number can be another one's too, and only one that came with a file can be that.
+void Data::vNumbersTwiceTell(StepWriteInfoCommon& info) const {
+    for (const Entity* pEntity : info.metUnseeded()) {
+        const std::size_t iId = iIdFromEntity(*pEntity);
+        const Entity* pOther = info.m_pEntityIdMap->pSeededFromId(iId);
+        if (pOther == pEntity) continue;   // the number of a document beyond those of statements
+        if (pEntity->pSchemaEntity() && pOther && pOther->pSchemaEntity() && info.boMet(*pOther))
+            info.m_pErrors->add(pEntity, Errors::Error, Errors::Identifier, "Error_NumberWrittenTwice",
+                                std::to_string(iId), pEntity->sWriteLine(*this), static_cast<unsigned>(iId));
+    }
+}
+
+void Data::vWriteWith(StepWriteInfoCommon& info, const WriteOptions& options) const {
+    if (options.eOrder == WriteOrder::Any)
+        vWrite(info, options.progress);
+    else
+        vWriteInOrder(info, options);
+    if (options.boTellNumbersTwice) vNumbersTwiceTell(info);
+}
+
+}   // namespace oxa::ifc

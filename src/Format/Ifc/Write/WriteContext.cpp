@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Format/Ifc/Write/WriteContext.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "Format/Ifc/IfcWriteFile.h"
+
+namespace oxa::ifc {
+
+std::size_t WriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
+    if (!pEntity) return 0;
+    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, m_near.number);
+    if (boMark(pEntity, number, m_near)) m_queue.push_back(pEntity);
+    return number.iId;
+}
+
+std::size_t WriteInfoCommon::iEntityIdMark(const Entity& entity) {
+    const EntityIdMap::Number number = m_pEntityIdMap->number(&entity, m_near.number);
+    boMark(&entity, number, m_near);
+    return number.iId;
+}
+
+bool WriteInfoCommon::boMet(const Entity& entity) const {
+    EntityIdMap::Near near;
+    const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(&entity, near);
+    if (known && known->boSeeded) return m_seenSeeded.boMarked(static_cast<std::uint32_t>(known->iId));
+    return m_seen.contains(&entity);
+}
+
+std::vector<const Entity*> WriteInfoCommon::metUnseeded() const {
+    std::vector<std::pair<std::size_t, const Entity*>> numbered;
+    for (const Entity* pEntity : m_seen) numbered.emplace_back(m_pEntityIdMap->get(pEntity).first, pEntity);
+    std::ranges::sort(numbered);
+    std::vector<const Entity*> entities;
+    for (const auto& [iId, pEntity] : numbered) entities.push_back(pEntity);
+    return entities;
+}
+
+std::vector<const Entity*> WriteInfoCommon::metByNumber() const {
+    std::vector<const Entity*> seeded = m_pEntityIdMap->seededOf(m_seenSeeded);
+    if (m_seen.empty()) return seeded;
+    const std::vector<const Entity*> others = metUnseeded();
+    std::vector<const Entity*> entities;
+    entities.reserve(seeded.size() + others.size());
+    std::ranges::merge(seeded, others, std::back_inserter(entities), {},
+                       [this](const Entity* pEntity) { return m_pEntityIdMap->get(pEntity).first; },
+                       [this](const Entity* pEntity) { return m_pEntityIdMap->get(pEntity).first; });
+    return entities;
+}
+
+std::vector<const Entity*> WriteInfoCommon::metByFile(std::span<const std::uint32_t> numbers) const {
+    std::vector<const Entity*> entities;
+    SeenNumbers placed;
+    SeenNumbers::Near near;
+    for (const std::uint32_t iNumber : numbers)
+        if (m_seenSeeded.boMarked(iNumber) && placed.boMark(iNumber, near))
+            entities.push_back(m_pEntityIdMap->pSeededFromId(iNumber));
+    EntityIdMap::Near nearNumber;
+    for (const Entity* pEntity : metByNumber()) {
+        const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, nearNumber);
+        if (!number.boSeeded || !placed.boMarked(static_cast<std::uint32_t>(number.iId))) entities.push_back(pEntity);
+    }
+    return entities;
+}
+
+std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
+    if (m_boSingleThreaded) return WriteInfoCommon::iEntityIdGet(pEntity);
+    const std::lock_guard lock(m_mutex);
+    const std::size_t iId = WriteInfoCommon::iEntityIdGet(pEntity);
+    m_changed.notify_all();
+    return iId;
+}
+
+std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity, std::vector<const Entity*>& found,
+                                              WalkNear& near) {
+    if (!pEntity) return 0;
+    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, near.number);
+    std::unique_lock lock(m_mutex, std::defer_lock);
+    if (!number.boSeeded) lock.lock();   // bits need no lock
+    if (boMark(pEntity, number, near)) found.push_back(pEntity);
+    return number.iId;
+}
+
+bool StepWriteInfoCommon::boMeet(const Entity& entity, std::vector<const Entity*>& found, WalkNear& near) {
+    const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(&entity, near.number);
+    if (!known) return false;
+    std::unique_lock lock(m_mutex, std::defer_lock);
+    if (!known->boSeeded) lock.lock();
+    if (boMark(&entity, *known, near)) found.push_back(&entity);
+    return true;
+}
+
+bool StepWriteInfoCommon::boTake(std::vector<const Entity*>& found, std::vector<const Entity*>& share, bool& boActive,
+                                 const std::function<void(unsigned)>& progress) {
+    // Large enough that the lock is seldom taken, small enough that nobody runs dry beside a full queue.
+    constexpr std::size_t g_iShareMax = 64;
+    constexpr std::size_t g_iSharesOfQueue = 8;
+    share.clear();
+    std::unique_lock lock(m_mutex);
+    if (!found.empty()) {
+        m_queue.insert(m_queue.end(), found.begin(), found.end());
+        found.clear();
+        m_changed.notify_all();
+    }
+    if (m_queue.empty()) {
+        // Who sees the queue empty leaves the count; when the last one does, nothing can come any more.
+        if (boActive && --m_iActive == 0) {
+            m_boDone = true;
+            m_changed.notify_all();
+        }
+        boActive = false;
+        m_changed.wait(lock, [this] { return m_boDone || !m_queue.empty(); });
+    }
+    if (m_boDone) return false;
+    m_iActive += !boActive;
+    boActive = true;
+    const std::size_t iShare = std::clamp(m_queue.size() / g_iSharesOfQueue, std::size_t{1}, g_iShareMax);
+    for (std::size_t i = 0; i < iShare; ++i) {
+        share.push_back(m_queue.front());
+        m_queue.pop_front();
+        ++m_iDequeued;
+        if (progress) progress(m_iDequeued);
+    }
+    return true;
+}
+
+void StepWriteInfoCommon::vStop() {
+    const std::lock_guard lock(m_mutex);
+    m_boDone = true;
+    m_changed.notify_all();
+}
+
+std::size_t StepWriteInfo::iEntityIdGet(const Entity* pEntity) {
+    if (m_ePass == Pass::Numbers) return pEntity ? m_pCommon->m_pEntityIdMap->number(pEntity, m_near.number).iId : 0;
+    if (m_pCommon->m_boSingleThreaded) return m_pCommon->WriteInfoCommon::iEntityIdGet(pEntity);
+    if (m_ePass == Pass::AtOnce) return m_pCommon->iEntityIdGet(pEntity);
+    return m_pCommon->iEntityIdGet(pEntity, m_found, m_near);
+}
+
+void StepWriteInfo::vLineAdd() {
+    io::IfcLineWriterInterface& writer = *m_pCommon->m_pWriter;
+    const std::size_t iBlock = writer.iBlockSize();
+    if (iBlock == 0 || m_ePass == Pass::AtOnce) {
+        writer.iLineAdd(m_line, m_iId);
+        return;
+    }
+    if (!m_block.empty()) m_block.push_back('\n');
+    m_block.append(m_line);
+    if (m_block.size() >= iBlock && m_ePass == Pass::InBatches) vBlockAdd();
+}
+
+void StepWriteInfo::vBlockAdd() {
+    if (m_block.empty()) return;
+    m_pCommon->m_pWriter->iLineAdd(m_block, m_iId);
+    m_block.clear();
+}
+
+}   // namespace oxa::ifc

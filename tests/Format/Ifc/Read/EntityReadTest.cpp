@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: Apache-2.0
+// From a parameter list to cells: the splitting, too many and too few parameters, and what a schema may lack.
+#include "Format/Ifc/IfcFileEntity.h"
+
+#include <memory>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "Format/Ifc/AssertLog.h"
+#include "Format/Ifc/Read/Parameters.h"
+#include "Format/Ifc/StatementReader.h"
+
+namespace oxa::ifc {
+namespace {
+
+const def::SchemaPset& readSchema() {
+    static const std::unique_ptr<def::SchemaPset> pSchema = pSchemaOf(R"(
+        ENTITY IfcNothing; END_ENTITY;
+        ENTITY IfcTwo; First : REAL; Second : REAL; END_ENTITY;
+        ENTITY IfcThree SUBTYPE OF (IfcTwo); Third : STRING; END_ENTITY;
+        ENTITY IfcText; First : STRING; Second : LIST OF REAL; Third : OPTIONAL REAL; END_ENTITY;
+        )");
+    return *pSchema;
+}
+
+constexpr char g_sReal[] = "Error_ExpectedValidRealValueFor";
+constexpr char g_sString[] = "Error_ExpectedValidStringValueFor";
+const Report g_tooMany = {"Error_TooManyAttributesFor", "IfcTwo"};
+const Report g_noLayout = {"Error_AttributeSizeNotFound", "IfcNothing", Errors::Error, Errors::Schema};
+
+const ReadRow g_splitRows[] = {
+    {"none: undefined without a word", "#1=IFCTWO();", "$ Real 0 | $ Real 0"},
+    {"one too few", "#1=IFCTWO(1);", "Real 1 | $ Real 0"},
+    {"as many as there are", "#1=IFCTWO(1,2);", "Real 1 | Real 2"},
+    {"one too many", "#1=IFCTWO(1,2,3);", "Real 1 | Real 2", {g_tooMany}},
+    {"a report for each", "#1=IFCTWO(1,2,3,'x',);", "Real 1 | Real 2", {g_tooMany, g_tooMany}},
+    {"five for two", "#1=IFCTWO(1,2,3,,x);", "Real 1 | Real 2", {g_tooMany, g_tooMany, g_tooMany}},
+    {"supertypes come first", "#1=IFCTHREE(1,2,'c');", "Real 1 | Real 2 | String 'c'"},
+    {"commas in a text and in a list", "#1=IFCTEXT('a,b',(1,2),3);", "String 'a,b' | List 1[1, 2] | Real 3"},
+    {"a doubled quote", "#1=IFCTEXT('it''s',(2));", "String 'it's' | List 1[2] | $ Real 0"},
+    {"a parenthesis in a text", "#1=IFCTEXT('a)',(2),3);", "String 'a)' | List 1[2] | Real 3"},
+    {"an opening one, too", "#1=IFCTEXT('((',(2),3);", "String '((' | List 1[2] | Real 3"},
+    {"a backslash means nothing", "#1=IFCTEXT('\\',(2),3);", "String '' | List 1[2] | Real 3"},
+    {"a comma at the end", "#1=IFCTWO(1,);", "Real 1 | $ Real 0"},
+    {"a comma alone is one empty token", "#1=IFCTWO(,);", "Real 0 | $ Real 0", {{g_sReal, "First"}}},
+    {"an empty token in the middle", "#1=IFCTEXT('a',,3);", "String 'a' | List 1[] | Real 3"},
+    {"a string left open takes the rest",
+     "#1=IFCTEXT('a,(1),2);",
+     "String '' | $ List 0 null | $ Real 0",
+     {{g_sString, "First"}}},
+    {"a parenthesis left open, too", "#1=IFCTWO((1,2,3);", "Real 0 | $ Real 0", {{g_sReal, "First"}}},
+    {"a stray closing one, too", "#1=IFCTWO(1),2,3);", "Real 0 | $ Real 0", {{g_sReal, "First"}}},
+    {"until an opening one makes up for it", "#1=IFCTWO(1),(2,3);", "Real 0 | Real 3", {{g_sReal, "First"}}},
+    {"what stands behind the last parenthesis is ignored", "#1=IFCTWO(1,2)xyz;", "Real 1 | Real 2"},
+    {"no attributes: no layout", "#1=IFCNOTHING();", "", {g_noLayout}},
+    {"and no look at the parameters", "#1=IFCNOTHING(1,2);", "", {g_noLayout}},
+};
+
+TEST(VAttributesRead, SplitsAtTheTopLevel) {
+    for (const ReadRow& row : g_splitRows) {
+        for (const bool boArena : {false, true}) {
+            SCOPED_TRACE(std::string(row.sRule) + ": " + std::string(row.statement));
+            StatementReader reader(readSchema(), boArena);
+            const Entity* pEntity = reader.pRead(row.statement);
+            ASSERT_NE(pEntity, nullptr);
+            EXPECT_EQ(reader.sCells(*pEntity), row.cells);
+            reader.vExpectReports(pEntity, row.statement, row.reports);
+        }
+    }
+}
+
+// Where somebody asked for the layout of a type without attributes, its parameters are too many instead.
+TEST(VAttributesRead, ALayoutWithoutCellsIsALayout) {
+    const auto pSchema = pSchemaOf("ENTITY IfcNothing; END_ENTITY;");
+    const def::schema::Entity& type = *pSchema->pEntityFromName(def::schema::ObjectName("IFCNOTHING"));
+    EXPECT_EQ(Entity::getDataSize(type).iSize, 0U);
+    StatementReader reader(*pSchema);
+    const std::string_view statement = "#1=IFCNOTHING(1,2);";
+    const Entity* pEntity = reader.pRead(statement);
+    ASSERT_NE(pEntity, nullptr);
+    const Report tooMany = {"Error_TooManyAttributesFor", "IfcNothing"};
+    reader.vExpectReports(pEntity, statement, {tooMany, tooMany});
+}
+
+TEST(VAttributesRead, FillsAnInstanceOnce) {
+    StatementReader reader(readSchema());
+    Entity* pEntity = reader.pRead("#1=IFCTWO(1,2);");
+    ASSERT_NE(pEntity, nullptr);
+    const def::schema::Entity& type = *readSchema().pEntityFromName(def::schema::ObjectName("IFCTHREE"));
+    std::string line = "#1=IFCTHREE(3,4,'x');";
+    StepReadInfoData info(line, StatementReader::g_iLine, reader.common);
+    pEntity->vAttributesRead(reader.data, type, info, line.find('('), line.rfind(')') - line.find('(') + 1);
+    EXPECT_EQ(reader.sCells(*pEntity), "Real 1 | Real 2");
+    EXPECT_EQ(pEntity->schemaEntity().sName, "IfcTwo");
+    reader.vExpectReports(pEntity, line, {{"Error_DuplicateEntity", "", Errors::Error, Errors::Model}});
+}
+
+TEST(VAttributesRead, ReadsAnywhereInALine) {
+    StatementReader reader(readSchema());
+    const def::schema::Entity& type = *readSchema().pEntityFromName(def::schema::ObjectName("IFCTWO"));
+    struct Row {
+        std::string line;
+        std::size_t iStart;
+        std::size_t iLength;
+        const char* sCells;
+    };
+    const Row rows[] = {
+        {"(1,2)", 0, 5, "Real 1 | Real 2"},  {"xx(1,2)yy", 2, 5, "Real 1 | Real 2"},
+        {"()", 0, 2, "$ Real 0 | $ Real 0"}, {"(", 0, 1, "$ Real 0 | $ Real 0"},
+        {"", 0, 0, "$ Real 0 | $ Real 0"},
+    };
+    for (Row row : rows) {
+        SCOPED_TRACE(row.line);
+        Entity entity;
+        StepReadInfoData info(row.line, StatementReader::g_iLine, reader.common);
+        entity.vAttributesRead(reader.data, type, info, row.iStart, row.iLength);
+        EXPECT_EQ(reader.sCells(entity), row.sCells);
+    }
+    EXPECT_TRUE(reader.errors.records().empty());
+}
+
+// A layout shorter than the type: an inside fault, which is told and harms nothing.
+TEST(VAttributesRead, AParameterWithoutAPlaceIsFatal) {
+    const auto pSchema = pSchemaOf("ENTITY IfcTwo; First : REAL; Second : REAL; END_ENTITY;");
+    const def::schema::Entity& type = *pSchema->pEntityFromName(def::schema::ObjectName("IFCTWO"));
+    type.pDataSize.get([&type] {
+        auto pSize = std::make_shared<DataSizeEntity>();
+        pSize->iSize = 16;
+        pSize->offsets = {0};
+        pSize->cells = {{type.allAttributes()[0], 0, CellClass::Real}};
+        return pSize;
+    });
+    StatementReader reader(*pSchema);
+    const std::string_view statement = "#1=IFCTWO(1,2,3);";
+    const Entity* pEntity = reader.pRead(statement);
+    ASSERT_NE(pEntity, nullptr);
+    EXPECT_EQ(reader.sCells(*pEntity), "Real 1");
+    EXPECT_EQ(pEntity->pAttributeFromIndex(1).second, nullptr);
+    EXPECT_TRUE(pEntity->boIsUndefined(def::schema::AttributeName("Second")));
+    reader.vExpectReports(pEntity, statement,
+                          {{"Error_IllegalAttributeIndex", "", Errors::Fatal, Errors::Schema}, g_tooMany});
+}
+
+TEST(VAttributesRead, AnAttributeWithoutATypeIsFatalAndReadingGoesOn) {
+    const AssertLog log;
+    const auto pSchema = pSchemaWithSecondOf({});
+    StatementReader reader(*pSchema);
+    const std::string_view statement = "#1=IFCFAULTY(1,2,3);";
+    const Entity* pEntity = reader.pRead(statement);
+    ASSERT_NE(pEntity, nullptr);
+    EXPECT_EQ(reader.sCells(*pEntity), "Real 1 | no cell | Real 3");
+    reader.vExpectReports(pEntity, statement,
+                          {{"Error_UnknownAttributeType", "Second", Errors::Fatal, Errors::Schema}});
+    EXPECT_EQ(log.texts(), std::vector<std::string>{"Schema error. Attribute not found."});
+}
+
+TEST(VAttributesRead, AnAttributeWithoutATypeMayBeLeftOut) {
+    const AssertLog log;
+    const auto pSchema = pSchemaWithSecondOf({nullptr});
+    StatementReader reader(*pSchema);
+    const Entity* pEntity = reader.pRead("#1=IFCFAULTY(1);");
+    ASSERT_NE(pEntity, nullptr);
+    EXPECT_EQ(reader.sCells(*pEntity), "Real 1 | no cell | $ Real 0");
+    EXPECT_TRUE(reader.errors.records().empty());
+}
+
+// Whether a parameter reaches it or not.
+TEST(VAttributesRead, AKindOutsideTheTwelveIsThrown) {
+    const AssertLog log;
+    const def::schema::DataTypeBase type(static_cast<def::schema::DataKind>(12));
+    for (const std::string_view statement : {"#1=IFCFAULTY(1,2,3);", "#1=IFCFAULTY();"}) {
+        SCOPED_TRACE(statement);
+        const auto pSchema = pSchemaWithSecondOf({&type});
+        StatementReader reader(*pSchema);
+        try {
+            reader.pRead(statement);
+            ADD_FAILURE() << "nothing thrown";
+        } catch (const char* text) {
+            EXPECT_STREQ(text, "illegal type");
+        }
+    }
+}
+
+using Items = std::vector<std::string>;
+
+// The rule as it is written: one byte after the other.
+Items itemsByByte(const std::string& text) {
+    Items items;
+    bool boInString = false;
+    int iDepth = 0;
+    std::size_t iItem = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\'') boInString = !boInString;
+        if (boInString) continue;
+        if (text[i] == '(') ++iDepth;
+        if (text[i] == ')') --iDepth;
+        if (text[i] != ',' || iDepth != 0) continue;
+        items.push_back(text.substr(iItem, i - iItem));
+        iItem = i + 1;
+    }
+    if (iItem != text.size()) items.push_back(text.substr(iItem));
+    return items;
+}
+
+TEST(ForEachItem, AgreesWithTheRuleByteByByte) {
+    constexpr std::string_view g_bytes = "'(),,,aaaa*+&-\xA7\xFF";
+    std::mt19937 random(20240301);
+    for (int i = 0; i < 100'000; ++i) {
+        std::string text(random() % 70, ' ');
+        for (char& c : text) c = g_bytes[random() % g_bytes.size()];
+        const auto pBytes = std::make_unique<char[]>(text.size());   // the exact size, for the sanitizer
+        text.copy(pBytes.get(), text.size());
+        Items items;
+        details::vForEachItem(
+            pBytes.get(), pBytes.get(), pBytes.get() + text.size(),
+            [&items](const char* first, const char* last) { items.emplace_back(first, last); });
+        ASSERT_EQ(items, itemsByByte(text)) << text;
+    }
+}
+
+}   // namespace
+}   // namespace oxa::ifc
