@@ -20,12 +20,6 @@ void vArgumentFill(std::string& text, std::string_view argument) {
         text.replace(i, g_place.size(), argument);
 }
 
-void vCountAdd(Errors::LostStatements& all, std::size_t iCount, unsigned iFirstLine) {
-    if (iCount == 0) return;
-    all.iFirstLine = all.iCount == 0 ? iFirstLine : std::min(all.iFirstLine, iFirstLine);
-    all.iCount += iCount;
-}
-
 }   // namespace
 
 Errors::Errors() = default;
@@ -65,18 +59,10 @@ Errors::LostStatements Errors::lostStatements() const {
 }
 
 void Errors::vLostAdd(std::size_t iCount, unsigned iFirstLine) {
+    if (iCount == 0) return;
     const std::lock_guard lock(m_mutex);
-    vCountAdd(m_lost, iCount, iFirstLine);
-}
-
-Errors::LostStatements Errors::passedOver() const {
-    const std::lock_guard lock(m_mutex);
-    return m_passedOver;
-}
-
-void Errors::vPassedOverAdd(unsigned iLine) {
-    const std::lock_guard lock(m_mutex);
-    vCountAdd(m_passedOver, 1, iLine);
+    m_lost.iFirstLine = m_lost.iCount == 0 ? iFirstLine : std::min(m_lost.iFirstLine, iFirstLine);
+    m_lost.iCount += iCount;
 }
 
 void Errors::vErrorsWrite(std::ostream& out) const {
