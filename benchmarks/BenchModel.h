@@ -49,8 +49,8 @@ private:
 
 inline std::size_t iSemicolons(std::string_view text) {
     std::size_t iCount = 0;
-    for (const char* p = text.data(); (p = static_cast<const char*>(
-                                           std::memchr(p, ';', static_cast<std::size_t>(text.data() + text.size() - p))));
+    for (const char* p = text.data();
+         (p = static_cast<const char*>(std::memchr(p, ';', static_cast<std::size_t>(text.data() + text.size() - p))));
          ++p)
         ++iCount;
     return iCount;

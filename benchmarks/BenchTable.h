@@ -16,8 +16,8 @@ namespace oxa::bench {
 
 struct Row {
     std::string sName;
-    std::function<void()> run;      // what is timed
-    std::function<void()> prepare;  // what is not; may be empty
+    std::function<void()> run;       // what is timed
+    std::function<void()> prepare;   // what is not; may be empty
     std::vector<double> seconds;
 
     [[nodiscard]] double median() const {

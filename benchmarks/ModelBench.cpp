@@ -63,7 +63,8 @@ Memories memoriesOf(Mix mix, std::size_t iBytes) {
 class Measured {
 public:
     Measured(Mix mix, std::size_t iBytes, int iRounds, const Memories& memories)
-        : m_text(sGeneratedModel(mix, iBytes)), m_memories(memories) {
+        : m_text(sGeneratedModel(mix, iBytes)),
+          m_memories(memories) {
         const std::string endless = m_text.substr(0, m_text.rfind("ENDSEC"));
         const std::vector<std::string_view> numbers = numbersOf(m_text);
         std::string copy(m_text.size(), '\0');
@@ -102,9 +103,7 @@ public:
     [[nodiscard]] double memoryAfter(bool boNeeded) const {
         return m_memories[0].after / static_cast<double>(boNeeded ? m_iNeeded : m_text.size());
     }
-    [[nodiscard]] double memoryPeak(std::size_t i) const {
-        return m_memories[i].peak / static_cast<double>(m_iNeeded);
-    }
+    [[nodiscard]] double memoryPeak(std::size_t i) const { return m_memories[i].peak / static_cast<double>(m_iNeeded); }
 
 private:
     static std::size_t iRead(const std::vector<std::string_view>& numbers) {
@@ -126,13 +125,15 @@ private:
         std::ostringstream document;
         vXmlWrite(model, document);
         m_document = std::move(document).str();
-        m_rows.push_back({"ifcXML out", [this] {
+        m_rows.push_back({"ifcXML out",
+                          [this] {
                               NullStream out;
                               vXmlWrite(*m_model, out);
                           },
-                          {}, {}});
-        m_rows.push_back({"ifcXML in", [this] { m_imported->vXmlRead(m_document); },
-                          [this] { m_imported.emplace(); }, {}});
+                          {},
+                          {}});
+        m_rows.push_back(
+            {"ifcXML in", [this] { m_imported->vXmlRead(m_document); }, [this] { m_imported.emplace(); }, {}});
     }
 
     static void vXmlWrite(Model& model, std::ostream& out) {
@@ -187,8 +188,10 @@ void vPrintTable(const char* sMix, const std::deque<Measured>& models) {
     vPrintRow("cost of a MB, read, first size = 1", models, "%16.2f", [&](const Measured& m) {
         return m.seconds("read") / m.megabytes() / (models.front().seconds("read") / models.front().megabytes());
     });
-    vPrintRow("memory after the read, bytes a byte", models, "%16.2f", [](const Measured& m) { return m.memoryAfter(false); });
-    vPrintRow("  against what the values need", models, "%16.2f", [](const Measured& m) { return m.memoryAfter(true); });
+    vPrintRow("memory after the read, bytes a byte", models, "%16.2f",
+              [](const Measured& m) { return m.memoryAfter(false); });
+    vPrintRow("  against what the values need", models, "%16.2f",
+              [](const Measured& m) { return m.memoryAfter(true); });
     vPrintRow("  at the peak", models, "%16.2f", [](const Measured& m) { return m.memoryPeak(0); });
     vPrintRow("  at the peak, threaded", models, "%16.2f", [](const Measured& m) { return m.memoryPeak(1); });
     std::printf("\n");

@@ -84,7 +84,8 @@ private:
 
     std::size_t iPoint() {
         const std::size_t iId = ++m_iLastId;
-        vPut("#"), vPut(iId), vPut("= IFCCARTESIANPOINT(("), vPut(coordinate()), vPut(","), vPut(coordinate()), vPut(",");
+        vPut("#"), vPut(iId), vPut("= IFCCARTESIANPOINT(("), vPut(coordinate()), vPut(","), vPut(coordinate()),
+            vPut(",");
         vPut(coordinate()), vPut("));\n");
         return iId;
     }
@@ -95,12 +96,13 @@ private:
         const Reference origin{iStatement("IFCCARTESIANPOINT((0.,0.,0.))")};
         const Reference axes{iStatement("IFCAXIS2PLACEMENT3D(", origin, ",$,$)")};
         m_context = {iStatement("IFCGEOMETRICREPRESENTATIONCONTEXT($,'Model',3,1.E-05,", axes, ",$)")};
-        const Reference project{iStatement("IFCPROJECT(", NewGuid(), ",$,'Generated',$,$,$,$,(", m_context, "),", units,
-                                           ")")};
+        const Reference project{
+            iStatement("IFCPROJECT(", NewGuid(), ",$,'Generated',$,$,$,$,(", m_context, "),", units, ")")};
         m_placement = {iStatement("IFCLOCALPLACEMENT($,", axes, ")")};
         const Reference building{iStatement("IFCBUILDING(", NewGuid(), ",$,'Geb\\X2\\00E4\\X0\\ude',$,$,", m_placement,
                                             ",$,$,.ELEMENT.,$,$,$)")};
-        m_storey = {iStatement("IFCBUILDINGSTOREY(", NewGuid(), ",$,'Level 1',$,$,", m_placement, ",$,$,.ELEMENT.,0.)")};
+        m_storey = {
+            iStatement("IFCBUILDINGSTOREY(", NewGuid(), ",$,'Level 1',$,$,", m_placement, ",$,$,.ELEMENT.,0.)")};
         iStatement("IFCRELAGGREGATES(", NewGuid(), ",$,$,$,", project, ",(", building, "))");
         iStatement("IFCRELAGGREGATES(", NewGuid(), ",$,$,$,", building, ",(", m_storey, "))");
     }
@@ -140,6 +142,7 @@ private:
     }
 
     void vProperties(Reference element, std::size_t iProperties) {
+        // clang-format off
         constexpr std::string_view g_values[] = {
             "IFCLABEL('Concrete C25/30')", "IFCBOOLEAN(.T.)", "IFCLENGTHMEASURE(2500.)", "IFCIDENTIFIER('A-1047')",
             "IFCTEXT('Oberfl\\X2\\00E4\\X0\\che gestrichen')", "IFCAREAMEASURE(12.375)", "IFCINTEGER(4)",
@@ -167,6 +170,7 @@ private:
                                                       boBrep ? "Brep" : "Tessellation", "',(", body, "))")};
             shape = '#' + std::to_string(iStatement("IFCPRODUCTDEFINITIONSHAPE($,$,(", representation, "))"));
         }
+        // clang-format on
         const Reference element{iStatement("IFCWALL(", NewGuid(), ",$,'Basic Wall:200 mm:", m_iLastId, "',$,$,",
                                            placement, ",", shape, ",'", m_iLastId, "',.NOTDEFINED.)")};
         for (std::size_t iSets = m_mix == Mix::Geometry ? iBelow(4) / 3 : 1 + iBelow(4); iSets; --iSets)
@@ -186,8 +190,6 @@ private:
 
 }   // namespace
 
-std::string sGeneratedModel(Mix mix, std::size_t iBytes) {
-    return Generator(mix, iBytes).sModel();
-}
+std::string sGeneratedModel(Mix mix, std::size_t iBytes) { return Generator(mix, iBytes).sModel(); }
 
 }   // namespace oxa::bench

@@ -66,11 +66,10 @@ std::size_t iListBytes(const AttributeListValueBase& list, const def::schema::At
         return iArrayBytes<AttributeBinary>(
             list, [](const AttributeBinary& cell) { return static_cast<std::size_t>(cell.m_iCount.load()); });
     case AttributeType::Select:
-        return iArrayBytes<AttributeSelect>(
-            list, [&](const AttributeSelect& item) { return iSelectBytes(item, attribute); });
+        return iArrayBytes<AttributeSelect>(list,
+                                            [&](const AttributeSelect& item) { return iSelectBytes(item, attribute); });
     case AttributeType::List:
-        return iArrayBytes<AttributeList>(list,
-                                          [&](const AttributeList& row) { return iListBytes(row, attribute); });
+        return iArrayBytes<AttributeList>(list, [&](const AttributeList& row) { return iListBytes(row, attribute); });
     case AttributeType::Entity: {
         std::size_t iBytes = 0;
         if (const EntityList* pHead = list.pEntities())
@@ -85,8 +84,7 @@ std::size_t iValueBytes(const def::schema::Attribute& attribute, const Attribute
     if (!cell.boHasValue()) return 0;
     switch (AttributeBase::cellClass(attribute.types.empty() ? nullptr : attribute.types.front(), attribute)) {
     case CellClass::String: return iTextBytes(static_cast<const AttributeString&>(cell).m_value);
-    case CellClass::Binary:
-        return static_cast<std::size_t>(static_cast<const AttributeBinary&>(cell).m_iCount.load());
+    case CellClass::Binary: return static_cast<std::size_t>(static_cast<const AttributeBinary&>(cell).m_iCount.load());
     case CellClass::Select: return iSelectBytes(static_cast<const AttributeSelect&>(cell), attribute);
     case CellClass::List: return iListBytes(static_cast<const AttributeListValueBase&>(cell), attribute);
     default: return 0;

@@ -7,7 +7,7 @@
 
 namespace oxa::ifc {
 class Data;
-}
+}   // namespace oxa::ifc
 
 namespace oxa::bench {
 

@@ -63,12 +63,14 @@ int main(int argc, char** argv) {
 
     const auto& entities = model->file.data().entities();
     const auto count = static_cast<double>(std::max<std::size_t>(entities.size(), 1));
+    // clang-format off
     std::vector<Row> completion{
         {"inverse building", [&] { for (Entity* p : entities) p->vAttributeInverseInit(model->file.data()); },
          [&] { for (Entity* p : entities) p->attributeInverseClear(); }, {}},
         {"sorting", [&] { iSink += model->file.data().entities().size(); },
          [&] { model->file.data().pEntityCreate(oxa::ifc::def::schema::ObjectName("IFCPROPERTYSINGLEVALUE")); }, {}},
     };
+    // clang-format on
     vRunRounds(completion, argc > 2 ? std::atoi(argv[2]) : 7);
     for (const auto& row : completion)
         std::printf("%-36s %10.1f ns per entity\n", row.sName.c_str(), row.median() * 1e9 / count);

@@ -52,7 +52,8 @@ int main(int argc, char** argv) {
                  std::fclose(pNull);
              }
          },
-         {}, {}},
+         {},
+         {}},
         {"plain splitter", [&] { iSink += iPlainSplit(text); }, {}, {}},
         {"write", [&] { write(true); }, {}, {}},
         {"write, threaded", [&] { write(false); }, {}, {}},

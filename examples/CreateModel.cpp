@@ -13,9 +13,7 @@ using def::schema::ObjectName;
 
 namespace {
 
-Entity& create(Data& data, const char* sKeyword) {
-    return *data.pEntityCreate(ObjectName(sKeyword));
-}
+Entity& create(Data& data, const char* sKeyword) { return *data.pEntityCreate(ObjectName(sKeyword)); }
 
 Entity& createRooted(Data& data, const char* sKeyword, const char* sName) {
     Entity& entity = create(data, sKeyword);
@@ -55,10 +53,9 @@ int main(int argc, char** argv) {
     Data& data = file.data();
     Entity& project = createRooted(data, "IFCPROJECT", "A project");
     Entity& units = create(data, "IFCUNITASSIGNMENT");
-    units.boListValueSet<const Entity*>(AttributeName("Units"),
-                                        {&createUnit(data, "LENGTHUNIT", "METRE"),
-                                         &createUnit(data, "PLANEANGLEUNIT", "RADIAN")},
-                                        data);
+    units.boListValueSet<const Entity*>(
+        AttributeName("Units"),
+        {&createUnit(data, "LENGTHUNIT", "METRE"), &createUnit(data, "PLANEANGLEUNIT", "RADIAN")}, data);
     project.boValueSet<const Entity*>(AttributeName("UnitsInContext"), &units, data);
     Entity& site = createRooted(data, "IFCSITE", "A site");
     Entity& building = createRooted(data, "IFCBUILDING", "A building");

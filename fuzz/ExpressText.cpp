@@ -15,8 +15,7 @@ void vRun(std::string_view input) {
     const auto pSchema = ifc::SchemaLoader::pSchemaFromExpress(text.text(), messages);
     vExpect((pSchema == nullptr) == !messages.empty(), "a schema, or why there is none");
     for (const ifc::SchemaMessage& message : messages)
-        vExpect(message.iLine >= 1 && message.iColumn >= 1 && !message.sText.empty(),
-                "a message has place and text");
+        vExpect(message.iLine >= 1 && message.iColumn >= 1 && !message.sText.empty(), "a message has place and text");
     if (!pSchema) return;
     for (const ifc::def::schema::Schema::Record& record : pSchema->objects) {
         const auto* pType = ifc::def::schema::pAsEntity(record.pObject);

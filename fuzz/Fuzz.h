@@ -30,7 +30,8 @@ inline void vExpect(bool boHolds, const char* sPromise) {
 class ExactBytes {
 public:
     explicit ExactBytes(std::string_view bytes, std::string_view tail = {})
-        : m_pBytes(new char[bytes.size() + tail.size()]), m_iSize(bytes.size()) {
+        : m_pBytes(new char[bytes.size() + tail.size()]),
+          m_iSize(bytes.size()) {
         bytes.copy(m_pBytes.get(), bytes.size());
         tail.copy(m_pBytes.get() + bytes.size(), tail.size());
     }
@@ -45,10 +46,8 @@ private:
 // A stream over such bytes, which it does not copy again.
 class ExactStream : private std::streambuf, public std::istream {
 public:
-    explicit ExactStream(std::string_view bytes)
-        : std::istream(static_cast<std::streambuf*>(this)), m_bytes(bytes) {
-        char* const pFirst =
-            const_cast<char*>(m_bytes.text().data());   // streambuf wants it so; nobody writes
+    explicit ExactStream(std::string_view bytes) : std::istream(static_cast<std::streambuf*>(this)), m_bytes(bytes) {
+        char* const pFirst = const_cast<char*>(m_bytes.text().data());   // streambuf wants it so; nobody writes
         setg(pFirst, pFirst, pFirst + bytes.size());
     }
 

@@ -23,8 +23,7 @@ void vRun(std::string_view input) {
     const std::optional<Guid> parsed = ifc::IfcGuid::fromIfcGuid(text.text());
     if (!parsed) return;
     vExpect(input.size() >= ifc::IfcGuid::Length, "a shorter text is none");
-    vExpect(ifc::IfcGuid::fromIfcGuid(ifc::IfcGuid::toIfcGuid(*parsed)) == parsed,
-            "a GUID survives its text");
+    vExpect(ifc::IfcGuid::fromIfcGuid(ifc::IfcGuid::toIfcGuid(*parsed)) == parsed, "a GUID survives its text");
 }
 
 }   // namespace oxa::fuzz

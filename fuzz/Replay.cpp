@@ -41,8 +41,7 @@ int main(int iCount, char** pArguments) {
     for (int i = 1; i < iCount; ++i) {
         const fs::path path = pArguments[i];
         if (fs::is_directory(path)) {
-            for (const fs::directory_entry& entry : fs::directory_iterator(path))
-                paths.push_back(entry.path());
+            for (const fs::directory_entry& entry : fs::directory_iterator(path)) paths.push_back(entry.path());
         } else {
             paths.push_back(path);
         }

@@ -24,8 +24,7 @@ void vRun(std::string_view input) {
             vExpect(sEncoded.empty(), "what is no UTF-8 gives nothing");
             continue;
         }
-        vExpect(std::ranges::all_of(sEncoded, [](char c) { return c >= 32 && c <= 126; }),
-                "STEP text is plain ASCII");
+        vExpect(std::ranges::all_of(sEncoded, [](char c) { return c >= 32 && c <= 126; }), "STEP text is plain ASCII");
         const ExactBytes encoded(sEncoded, "'");
         std::string sBack;
         ifc::vIfcStrToUtf8(sBack, encoded.text().data(), sEncoded.size());

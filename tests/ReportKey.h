@@ -13,9 +13,9 @@ inline std::string sReportKey(const std::string& sMessage) {
     for (const std::string_view key : localizationKeys("Ifc")) {
         const std::string sText = localize("Ifc", key);
         const std::size_t iArgument = sText.find("%1");
-        if (iArgument == std::string::npos ? sMessage == sText
-                                           : sMessage.starts_with(sText.substr(0, iArgument)) &&
-                                                 sMessage.ends_with(sText.substr(iArgument + 2)))
+        if (iArgument == std::string::npos
+                ? sMessage == sText
+                : sMessage.starts_with(sText.substr(0, iArgument)) && sMessage.ends_with(sText.substr(iArgument + 2)))
             return std::string(key);
     }
     return sMessage;

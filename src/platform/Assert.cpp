@@ -39,11 +39,10 @@ std::atomic<bool> Assert::g_boEnabled{true};
 #endif
 
 AssertFunctionOne::Scope::Scope(AssertFunctionOne& owner, AssertHandler former)
-    : m_owner(owner), m_former(std::move(former)) {}
+    : m_owner(owner),
+      m_former(std::move(former)) {}
 
-AssertFunctionOne::Scope::~Scope() {
-    m_owner.m_handler.swap(m_former);
-}
+AssertFunctionOne::Scope::~Scope() { m_owner.m_handler.swap(m_former); }
 
 AssertFunctionOne::Scope AssertFunctionOne::registerHandler(AssertHandler handler) {
     m_handler.swap(handler);

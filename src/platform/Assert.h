@@ -55,14 +55,11 @@ class OXA_PLATFORM_API Assert {
 public:
     // On in debug builds, off in others, unless set. Asked by the caller: addAssert does not look at it.
     [[nodiscard]] static bool isEnabled() noexcept { return g_boEnabled.load(std::memory_order_relaxed); }
-    static void setEnabled(bool boEnabled) noexcept {
-        g_boEnabled.store(boEnabled, std::memory_order_relaxed);
-    }
+    static void setEnabled(bool boEnabled) noexcept { g_boEnabled.store(boEnabled, std::memory_order_relaxed); }
 
     // Hands the assertion to the thread's handler, else to the global one, else writes one line to the
     // standard error stream. The handler runs on the calling thread, without a lock; what it throws passes through.
-    static void addAssert(std::string_view source, std::string_view function, std::string_view text,
-                          int iLine);
+    static void addAssert(std::string_view source, std::string_view function, std::string_view text, int iLine);
 
     // The global handler, called from any thread; an empty one restores the default. A call that is under way
     // on another thread ends with the handler that it began with.

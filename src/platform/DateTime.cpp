@@ -91,9 +91,7 @@ bool boTakeOffset(std::string_view& text, DateTime::TimePoint& time) {
 
 }   // namespace
 
-void DateTime::vSetNow() {
-    m_time = std::chrono::time_point_cast<milliseconds>(std::chrono::system_clock::now());
-}
+void DateTime::vSetNow() { m_time = std::chrono::time_point_cast<milliseconds>(std::chrono::system_clock::now()); }
 
 std::string DateTimeFormat::toString(const DateTime& time) const {
     if (time.boIsNull()) return {};

@@ -41,7 +41,7 @@ using PropertyId = std::string;
 class OXA_PLATFORM_API PropertyInterface : public generate::ObjectInterface {
 public:
     // Takes one change of a property, with the id and the new value.
-    using PropertyListener = std::function<void(PropertyId const& id, std::any const& value)>;
+    using PropertyListener = std::function<void(const PropertyId& id, const std::any& value)>;
 
     ~PropertyInterface() override;
 
@@ -50,31 +50,31 @@ public:
     // What tells the object from others of its host; empty where it has no such key.
     [[nodiscard]] virtual std::string getPropertiesObjectKey() const = 0;
     // Does nothing where a value can't be set.
-    virtual void setValue(PropertyId const& id, std::any const& value) = 0;
+    virtual void setValue(const PropertyId& id, const std::any& value) = 0;
     // Empty where there is no value or no such id.
-    [[nodiscard]] virtual std::any getValue(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual std::any getValue(const PropertyId& id) const = 0;
     // Whether the value may be offered; this does not say that the object takes it.
-    [[nodiscard]] virtual bool isValueAllowed(PropertyId const& id, std::any const& value) const = 0;
-    [[nodiscard]] virtual bool isValueEditable(PropertyId const& id) const = 0;
-    [[nodiscard]] virtual bool isValueInherited(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual bool isValueAllowed(const PropertyId& id, const std::any& value) const = 0;
+    [[nodiscard]] virtual bool isValueEditable(const PropertyId& id) const = 0;
+    [[nodiscard]] virtual bool isValueInherited(const PropertyId& id) const = 0;
     // The object that the value belongs to instead; null where it is this one's own.
-    [[nodiscard]] virtual std::shared_ptr<PropertyInterface> getPropertyOwner(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual std::shared_ptr<PropertyInterface> getPropertyOwner(const PropertyId& id) const = 0;
     // Whether resetValue() would change anything.
-    [[nodiscard]] virtual bool isResetAllowed(PropertyId const& id) const = 0;
-    virtual void resetValue(PropertyId const& id) = 0;
+    [[nodiscard]] virtual bool isResetAllowed(const PropertyId& id) const = 0;
+    virtual void resetValue(const PropertyId& id) = 0;
     // The label; empty for an unknown id.
-    [[nodiscard]] virtual std::string getPropertyName(PropertyId const& id) const = 0;
-    [[nodiscard]] virtual std::string getPropertyDescription(PropertyId const& id) const = 0;
-    [[nodiscard]] virtual std::string getPropertyUnit(PropertyId const& id) const = 0;
-    [[nodiscard]] virtual std::string getPropertyFormat(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual std::string getPropertyName(const PropertyId& id) const = 0;
+    [[nodiscard]] virtual std::string getPropertyDescription(const PropertyId& id) const = 0;
+    [[nodiscard]] virtual std::string getPropertyUnit(const PropertyId& id) const = 0;
+    [[nodiscard]] virtual std::string getPropertyFormat(const PropertyId& id) const = 0;
     // The values that a list offers, as they are held and as they are shown; and what they look like.
-    [[nodiscard]] virtual std::vector<std::any> getOfferedValues(PropertyId const& id) const = 0;
-    [[nodiscard]] virtual std::vector<std::string> getOfferedTexts(PropertyId const& id) const = 0;
-    [[nodiscard]] virtual std::vector<std::string> getOfferedIcons(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual std::vector<std::any> getOfferedValues(const PropertyId& id) const = 0;
+    [[nodiscard]] virtual std::vector<std::string> getOfferedTexts(const PropertyId& id) const = 0;
+    [[nodiscard]] virtual std::vector<std::string> getOfferedIcons(const PropertyId& id) const = 0;
     // Whom to tell of a change that did not come over this interface; an empty function for nobody.
-    [[nodiscard]] virtual PropertyListener getPropertyListener(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual PropertyListener getPropertyListener(const PropertyId& id) const = 0;
     // The ids whose values change together with this one's.
-    [[nodiscard]] virtual std::vector<PropertyId> getDependentProperties(PropertyId const& id) const = 0;
+    [[nodiscard]] virtual std::vector<PropertyId> getDependentProperties(const PropertyId& id) const = 0;
 
 protected:
     PropertyInterface() = default;

@@ -10,7 +10,9 @@
 namespace oxa::stream {
 
 StreamReadBuffer::StreamReadBuffer(std::istream& stream)
-    : m_pBuffer(nullptr), m_stream(stream), m_pBytes(std::make_unique<char[]>(g_iBufferSize + g_iPadding)) {
+    : m_pBuffer(nullptr),
+      m_stream(stream),
+      m_pBytes(std::make_unique<char[]>(g_iBufferSize + g_iPadding)) {
     m_pBuffer = m_pBytes.get();
 }
 
@@ -24,8 +26,7 @@ bool StreamReadBuffer::boReadNextBuffer() {
     m_iPosition = m_iValid = 0;
     // Not istream::read, which takes a short last buffer for a failure. A good stream has a stream buffer.
     if (m_stream.good()) {
-        const std::streamsize iLoaded =
-            m_stream.rdbuf()->sgetn(m_pBuffer, static_cast<std::streamsize>(g_iBufferSize));
+        const std::streamsize iLoaded = m_stream.rdbuf()->sgetn(m_pBuffer, static_cast<std::streamsize>(g_iBufferSize));
         m_iValid = static_cast<unsigned>(std::max<std::streamsize>(iLoaded, 0));
     }
     std::memset(m_pBuffer + m_iValid, 0, g_iPadding);
@@ -41,7 +42,8 @@ unsigned StreamReadBuffer::iPosInStream() const noexcept {
 }
 
 StreamWriteBuffer::StreamWriteBuffer(std::ostream& stream)
-    : m_stream(stream), m_pBytes(std::make_unique<char[]>(g_iBufferSize)) {}
+    : m_stream(stream),
+      m_pBytes(std::make_unique<char[]>(g_iBufferSize)) {}
 
 StreamWriteBuffer::~StreamWriteBuffer() {
     try {
@@ -66,8 +68,6 @@ void StreamWriteBuffer::vBufferFlush() {
     if (iUsed) m_stream.write(m_pBytes.get(), static_cast<std::streamsize>(iUsed));
 }
 
-bool StreamWriteBuffer::boGood() const {
-    return m_stream.good();
-}
+bool StreamWriteBuffer::boGood() const { return m_stream.good(); }
 
 }   // namespace oxa::stream

@@ -43,9 +43,7 @@ void vUtfConvertImpl(std::string& out, const char32_t* text, std::size_t length)
 
 }   // namespace details
 
-bool boIsValidUtf8(std::string_view text) noexcept {
-    return utf8::is_valid(text.begin(), text.end());
-}
+bool boIsValidUtf8(std::string_view text) noexcept { return utf8::is_valid(text.begin(), text.end()); }
 
 std::string Converter::to_utf8(std::string_view raw) {
     std::string sText;

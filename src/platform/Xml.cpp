@@ -21,9 +21,7 @@ namespace oxa::xml {
 
 namespace {
 
-pugi::xml_node nodeOf(void* pNode) noexcept {
-    return pugi::xml_node(static_cast<pugi::xml_node_struct*>(pNode));
-}
+pugi::xml_node nodeOf(void* pNode) noexcept { return pugi::xml_node(static_cast<pugi::xml_node_struct*>(pNode)); }
 pugi::xml_attribute attributeOf(void* pAttribute) noexcept {
     return pugi::xml_attribute(static_cast<pugi::xml_attribute_struct*>(pAttribute));
 }
@@ -237,9 +235,7 @@ const_NodeList const_Node::ChildNodesGet() const noexcept {
     return const_NodeList(nodeOf(m_pNode).first_child().internal_object());
 }
 
-std::optional<const_Node> const_Node::FirstChildGet() const noexcept {
-    return ChildNodesGet().getFirstItem();
-}
+std::optional<const_Node> const_Node::FirstChildGet() const noexcept { return ChildNodesGet().getFirstItem(); }
 
 std::optional<const_Node> const_Node::NextSiblingGet() const noexcept {
     return const_NodeList(nodeOf(m_pNode).next_sibling().internal_object()).getFirstItem();
@@ -335,7 +331,8 @@ struct File::Document {
 };
 
 File::File(ExceptionInterface* pExceptions, VerboseLevel, ValidateLevel)
-    : m_pExceptions(pExceptions), m_pDocument(std::make_unique<Document>()) {}
+    : m_pExceptions(pExceptions),
+      m_pDocument(std::make_unique<Document>()) {}
 
 File::~File() = default;
 
@@ -359,13 +356,11 @@ std::optional<const_Element> File::parse(const std::filesystem::path& path, Exce
     return parsed(in, path.string(), pExceptions);
 }
 
-std::optional<const_Element> File::parse(std::istream& in, std::string_view sName,
-                                         ExceptionInterface* pExceptions) {
+std::optional<const_Element> File::parse(std::istream& in, std::string_view sName, ExceptionInterface* pExceptions) {
     return parsed(in, sName, pExceptions);
 }
 
-std::optional<const_Element> File::parsed(std::istream& in, std::string_view sName,
-                                          ExceptionInterface* pExceptions) {
+std::optional<const_Element> File::parsed(std::istream& in, std::string_view sName, ExceptionInterface* pExceptions) {
     m_pDocument = std::make_unique<Document>();
     auto pDocument = std::make_unique<Document>();
     if (!boReadAll(in, pDocument->sBytes)) {
@@ -390,8 +385,8 @@ std::optional<const_Element> File::parsed(std::istream& in, std::string_view sNa
     return RootElementGet();
 }
 
-bool File::save(const std::filesystem::path& path, ExceptionInterface* pExceptions, std::error_code* pError,
-                Encoding, LineEnding) const {
+bool File::save(const std::filesystem::path& path, ExceptionInterface* pExceptions, std::error_code* pError, Encoding,
+                LineEnding) const {
     bool boDone = RootElementGet().has_value();   // else a file that is there stays
     errno = boDone ? 0 : EINVAL;
     if (boDone) {
@@ -400,8 +395,7 @@ bool File::save(const std::filesystem::path& path, ExceptionInterface* pExceptio
         out.close();
         boDone = boDone && out.good();
     }
-    if (pError)
-        *pError = boDone ? std::error_code() : std::error_code(errno ? errno : EIO, std::generic_category());
+    if (pError) *pError = boDone ? std::error_code() : std::error_code(errno ? errno : EIO, std::generic_category());
     if (!boDone) vFault(pExceptions, path.string(), "Can't be written", 0);
     return boDone;
 }
@@ -424,8 +418,7 @@ bool File::boSaved(std::ostream& out) const {
 
 void File::vFault(ExceptionInterface* pExceptions, std::string_view sSource, std::string_view sText,
                   std::size_t iOffset) const {
-    if (ExceptionInterface* pHears = pExceptions ? pExceptions : m_pExceptions)
-        pHears->vFault(sSource, sText, iOffset);
+    if (ExceptionInterface* pHears = pExceptions ? pExceptions : m_pExceptions) pHears->vFault(sSource, sText, iOffset);
 }
 
 }   // namespace oxa::xml

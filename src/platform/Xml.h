@@ -185,8 +185,7 @@ public:
     // returns  the root; empty, with no document, where the input can't be read, is no well-formed document, or
     //          exceeds a limit
     std::optional<const_Element> parse(const std::filesystem::path& path, ExceptionInterface* pExceptions);
-    std::optional<const_Element> parse(std::istream& in, std::string_view sName,
-                                       ExceptionInterface* pExceptions);
+    std::optional<const_Element> parse(std::istream& in, std::string_view sName, ExceptionInterface* pExceptions);
 
     // Writes the document, indented where that changes no text. A character that XML can't hold is written as
     // U+FFFD, as is what is no UTF-8: what was written can be parsed.
@@ -195,13 +194,11 @@ public:
     // returns  false without a root, and when a part could not be written
     bool save(const std::filesystem::path& path, ExceptionInterface* pExceptions, std::error_code* pError,
               Encoding eEncoding, LineEnding eLineEnding) const;
-    bool save(std::ostream& out, ExceptionInterface* pExceptions, Encoding eEncoding,
-              LineEnding eLineEnding) const;
+    bool save(std::ostream& out, ExceptionInterface* pExceptions, Encoding eEncoding, LineEnding eLineEnding) const;
 
 private:
     struct Document;
-    std::optional<const_Element> parsed(std::istream& in, std::string_view sName,
-                                        ExceptionInterface* pExceptions);
+    std::optional<const_Element> parsed(std::istream& in, std::string_view sName, ExceptionInterface* pExceptions);
     [[nodiscard]] bool boSaved(std::ostream& out) const;
     void vFault(ExceptionInterface* pExceptions, std::string_view sSource, std::string_view sText,
                 std::size_t iOffset) const;

@@ -30,8 +30,7 @@ std::vector<unsigned char> Base64::decode(std::string_view text) {
     if (packed.empty() || packed.size() % 4 != 0 || packed.ends_with("===")) return {};
 
     std::vector<unsigned char> bytes(modp_b64_decode_len(packed.size()));
-    const std::size_t size =
-        modp_b64_decode(reinterpret_cast<char*>(bytes.data()), packed.data(), packed.size());
+    const std::size_t size = modp_b64_decode(reinterpret_cast<char*>(bytes.data()), packed.data(), packed.size());
     bytes.resize(size == static_cast<std::size_t>(-1) ? 0 : size);
     return bytes;
 }

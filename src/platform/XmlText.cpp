@@ -21,9 +21,8 @@ struct Range {
 };
 
 constexpr Range g_nameStart[] = {
-    {':', ':'},       {'A', 'Z'},       {'_', '_'},       {'a', 'z'},
-    {0xC0, 0xD6},     {0xD8, 0xF6},     {0xF8, 0x2FF},    {0x370, 0x37D},
-    {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F}, {0x2C00, 0x2FEF},
+    {':', ':'},       {'A', 'Z'},       {'_', '_'},       {'a', 'z'},         {0xC0, 0xD6},     {0xD8, 0xF6},
+    {0xF8, 0x2FF},    {0x370, 0x37D},   {0x37F, 0x1FFF},  {0x200C, 0x200D},   {0x2070, 0x218F}, {0x2C00, 0x2FEF},
     {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF},
 };
 constexpr Range g_nameFurther[] = {
@@ -32,8 +31,7 @@ constexpr Range g_nameFurther[] = {
 
 template <std::size_t N>
 bool boIn(const Range (&ranges)[N], char32_t c) noexcept {
-    return std::ranges::any_of(ranges,
-                               [c](const Range& range) { return range.first <= c && c <= range.last; });
+    return std::ranges::any_of(ranges, [c](const Range& range) { return range.first <= c && c <= range.last; });
 }
 
 bool boIsChar(char32_t c) noexcept {
@@ -69,8 +67,7 @@ bool boReferenceAppend(std::string& out, std::string_view reference) {
     const int iBase = reference.starts_with('x') ? 16 : 10;
     if (iBase == 16) reference.remove_prefix(1);
     std::uint32_t uCode = 0;
-    const auto [pEnd, fault] =
-        std::from_chars(reference.data(), reference.data() + reference.size(), uCode, iBase);
+    const auto [pEnd, fault] = std::from_chars(reference.data(), reference.data() + reference.size(), uCode, iBase);
     if (fault != std::errc{} || pEnd != reference.data() + reference.size() || !boIsChar(uCode)) return false;
     utf8::append(uCode, std::back_inserter(out));
     return true;
@@ -134,8 +131,7 @@ bool boReferencesDecode(std::string& sText) {
         if (iReference == std::string_view::npos) break;
         rest.remove_prefix(iReference + 1);
         const std::size_t iEnd = rest.find(';');
-        if (iEnd == std::string_view::npos || !boReferenceAppend(sDecoded, rest.substr(0, iEnd)))
-            return false;
+        if (iEnd == std::string_view::npos || !boReferenceAppend(sDecoded, rest.substr(0, iEnd))) return false;
         rest.remove_prefix(iEnd + 1);
     }
     sText = std::move(sDecoded);

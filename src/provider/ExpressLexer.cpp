@@ -101,9 +101,8 @@ Keyword keywordOf(std::string_view word) noexcept {
     std::transform(word.begin(), word.end(), buffer.begin(),
                    [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
     const std::string_view upper(buffer.data(), word.size());
-    const auto* pRow =
-        std::lower_bound(std::begin(g_keywords), std::end(g_keywords), upper,
-                         [](const auto& row, std::string_view key) { return row.first < key; });
+    const auto* pRow = std::lower_bound(std::begin(g_keywords), std::end(g_keywords), upper,
+                                        [](const auto& row, std::string_view key) { return row.first < key; });
     return pRow != std::end(g_keywords) && pRow->first == upper ? pRow->second : Keyword::None;
 }
 

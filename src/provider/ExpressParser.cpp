@@ -69,7 +69,8 @@ constexpr SkippedBlock g_skippedBlocks[] = {
 }   // namespace
 
 ExpressParser::ExpressParser(std::string_view text, std::vector<SchemaMessage>& messages, Place place)
-    : m_messages(messages), m_lexer(text, place) {
+    : m_messages(messages),
+      m_lexer(text, place) {
     vNext();
 }
 
@@ -105,9 +106,7 @@ bool ExpressParser::boExpect(char cSymbol) {
     return boTake(cSymbol) || boExpected(sWhat);
 }
 
-bool ExpressParser::boExpect(Keyword keyword, const char* sSpelled) {
-    return boTake(keyword) || boExpected(sSpelled);
-}
+bool ExpressParser::boExpect(Keyword keyword, const char* sSpelled) { return boTake(keyword) || boExpected(sSpelled); }
 
 bool ExpressParser::boReadName(Name& name, const char* sWhat) {
     if (!boAtName()) return boExpected(sWhat);
@@ -206,9 +205,8 @@ bool ExpressParser::boSkipClause(Keyword clause) {
 // "TYPE" name "=" underlying type ";" [ where clause ] "END_TYPE" ";"
 bool ExpressParser::boReadTypeDeclaration(TypeDeclaration& type) {
     vNext();
-    return boReadName(type.name, "the type's name") && boExpect('=') && boReadUnderlyingType(type) &&
-           boExpect(';') && boSkipClause(Keyword::Where) && boExpect(Keyword::EndType, "END_TYPE") &&
-           boExpect(';');
+    return boReadName(type.name, "the type's name") && boExpect('=') && boReadUnderlyingType(type) && boExpect(';') &&
+           boSkipClause(Keyword::Where) && boExpect(Keyword::EndType, "END_TYPE") && boExpect(';');
 }
 
 bool ExpressParser::boReadUnderlyingType(TypeDeclaration& type) {
@@ -308,8 +306,8 @@ bool ExpressParser::boReadWidth(TypeReference& type) {
     if (!boExpect('(')) return false;
     const std::string_view text = m_token.text;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), type.iWidth);
-    if (m_token.kind != TokenKind::Number || result.ec != std::errc() ||
-        result.ptr != text.data() + text.size() || type.iWidth == 0)
+    if (m_token.kind != TokenKind::Number || result.ec != std::errc() || result.ptr != text.data() + text.size() ||
+        type.iWidth == 0)
         return boExpected("a width");
     vNext();
     if (!boExpect(')')) return false;
@@ -353,12 +351,11 @@ bool ExpressParser::boReadEntityHead(EntityDeclaration& entity) {
 }
 
 bool ExpressParser::boReadSupertype(EntityDeclaration& entity) {
-    if (!boExpect(Keyword::Of, "OF") || !boExpect('(') ||
-        !boReadName(entity.supertype, "the supertype's name"))
+    if (!boExpect(Keyword::Of, "OF") || !boExpect('(') || !boReadName(entity.supertype, "the supertype's name"))
         return false;
     if (boAt(','))
-        return boFaultAt(m_token.place, std::string(entity.name.text) +
-                                            " has more than one supertype, which is not supported");
+        return boFaultAt(m_token.place,
+                         std::string(entity.name.text) + " has more than one supertype, which is not supported");
     return boExpect(')');
 }
 

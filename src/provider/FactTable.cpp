@@ -71,7 +71,8 @@ void vMerge(std::vector<Declaration>& to, std::vector<Declaration>& from,
 class FactTableReader {
 public:
     FactTableReader(std::string_view table, std::vector<SchemaMessage>& messages)
-        : m_lines(table), m_messages(messages) {}
+        : m_lines(table),
+          m_messages(messages) {}
 
     bool boRead(SchemaDeclaration& schema) {
         while (m_lines.boNextLine())
@@ -262,8 +263,7 @@ std::string_view sFactTableBase(std::string_view table) {
     return {};
 }
 
-bool boReadFactTable(std::string_view table, SchemaDeclaration& schema,
-                     std::vector<SchemaMessage>& messages) {
+bool boReadFactTable(std::string_view table, SchemaDeclaration& schema, std::vector<SchemaMessage>& messages) {
     return FactTableReader(table, messages).boRead(schema);
 }
 
@@ -273,8 +273,7 @@ std::string sFactTable(const schema::Schema& schema, const std::string& sName, c
     std::string sText = "schema " + sName + '\n';
     if (pBase) {
         sText.append("base ").append(pBase->sName) += '\n';
-        const std::string sNames =
-            sDropped(blocks.types, base.types) + sDropped(blocks.entities, base.entities);
+        const std::string sNames = sDropped(blocks.types, base.types) + sDropped(blocks.entities, base.entities);
         if (!sNames.empty()) sText.append("drop").append(sNames) += '\n';
     }
     return sText + sChanged(blocks.types, base.types) + sChanged(blocks.entities, base.entities);

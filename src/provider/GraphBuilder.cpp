@@ -54,7 +54,8 @@ void vWalkChains(const std::vector<std::size_t>& next, OnDone&& vDone, OnCycle&&
 }   // namespace
 
 GraphBuilder::GraphBuilder(const SchemaDeclaration& declaration, std::vector<SchemaMessage>& messages)
-    : m_declaration(declaration), m_messages(messages) {}
+    : m_declaration(declaration),
+      m_messages(messages) {}
 
 std::unique_ptr<SchemaPset> GraphBuilder::pBuild() {
     using Pass = void (GraphBuilder::*)();
@@ -137,8 +138,7 @@ void GraphBuilder::vExtendItems() {
         [&](std::size_t i) {
             if (basedOn[i] != g_iNone) {
                 depths[i] = depths[basedOn[i]] + 1;
-                if (depths[i] > g_iMaxExtensions)
-                    return vMessageAbout(types[i].name, "is extended too often");
+                if (depths[i] > g_iMaxExtensions) return vMessageAbout(types[i].name, "is extended too often");
                 m_items[i] = m_items[basedOn[i]];
             }
             m_items[i].insert(m_items[i].end(), types[i].items.begin(), types[i].items.end());
@@ -158,8 +158,7 @@ void GraphBuilder::vBuildDataTypes() {
             m_types[i]->pDataType = m_selects[i].pSelect;
         } else if (!declaration.type.levels.empty() || declaration.type.name.text.empty()) {
             // With a level or without a name this is a data type, never the object of a name.
-            m_types[i]->pDataType =
-                static_cast<const schema::DataTypeBase*>(pBuildReference(declaration.type, sName));
+            m_types[i]->pDataType = static_cast<const schema::DataTypeBase*>(pBuildReference(declaration.type, sName));
         }
     }
 }
@@ -171,8 +170,7 @@ const schema::DataTypeBase* GraphBuilder::pBuildEnumeration(std::size_t iType) {
         enumerators.push_back(sUpper(item.text));
         if (!seen.insert(enumerators.back()).second) vMessageAbout(item, "is enumerated twice");
     }
-    return m_pSchema->pAdopt(
-        std::make_unique<schema::DataTypeEnum>(std::move(enumerators), m_types[iType]->sName));
+    return m_pSchema->pAdopt(std::make_unique<schema::DataTypeEnum>(std::move(enumerators), m_types[iType]->sName));
 }
 
 // Anonymous ones without width are shared.
@@ -277,8 +275,7 @@ unsigned GraphBuilder::iSelectHeight(std::size_t iType, unsigned iDepth) {
                static_cast<const schema::DataTypeSelect*>(pDataType)->boAllEntities;
     };
     const auto& members = select.pSelect->members;
-    select.pSelect->boAllEntities =
-        !members.empty() && std::all_of(members.begin(), members.end(), boEntities);
+    select.pSelect->boAllEntities = !members.empty() && std::all_of(members.begin(), members.end(), boEntities);
     return iHeight;
 }
 
@@ -341,8 +338,7 @@ void GraphBuilder::vBuildAttributes() {
         std::size_t iCount = 0;
         for (const AttributeDeclaration& declaration : declarations) iCount += declaration.names.size();
         m_entities[i]->ownAttributes.reserve(iCount);   // inverse attributes point into it
-        for (const AttributeDeclaration& declaration : declarations)
-            vBuildAttribute(*m_entities[i], declaration);
+        for (const AttributeDeclaration& declaration : declarations) vBuildAttribute(*m_entities[i], declaration);
     }
 }
 
@@ -388,11 +384,9 @@ void GraphBuilder::vBuildInverses() {
 void GraphBuilder::vBuildInverse(schema::Entity& entity, const InverseDeclaration& declaration) {
     const Named* pNamed = pResolve(declaration.forEntity, ClassTag::Entity, "is not an entity");
     if (!pNamed) return;
-    schema::Attribute* pForAttribute =
-        pAttributeOf(*m_entities[pNamed->iIndex], declaration.forAttribute.text);
+    schema::Attribute* pForAttribute = pAttributeOf(*m_entities[pNamed->iIndex], declaration.forAttribute.text);
     if (!pForAttribute)
-        return vMessageAbout(declaration.forAttribute,
-                             "is not an attribute of \"" + pNamed->pObject->sName + '"');
+        return vMessageAbout(declaration.forAttribute, "is not an attribute of \"" + pNamed->pObject->sName + '"');
     schema::AttributeInverse& inverse = entity.ownInverseAttributes.emplace_back();
     inverse.pOwner = &entity;
     inverse.sName = declaration.name.text;

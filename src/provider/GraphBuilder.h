@@ -57,8 +57,7 @@ private:
     template <class Object>
     Object* pDeclare(const Name& name, std::size_t iIndex);
     [[nodiscard]] const schema::DataTypeBase* pBuildEnumeration(std::size_t iType);
-    [[nodiscard]] const schema::DataTypeBase* pBuildBaseType(const TypeReference& type,
-                                                             std::string_view name);
+    [[nodiscard]] const schema::DataTypeBase* pBuildBaseType(const TypeReference& type, std::string_view name);
     [[nodiscard]] const schema::ObjectBase* pBuildReference(const TypeReference& type, std::string_view name);
     [[nodiscard]] unsigned iSelectHeight(std::size_t iType, unsigned iDepth);
     void vBuildAttribute(schema::Entity& entity, const AttributeDeclaration& declaration);
@@ -74,16 +73,16 @@ private:
     std::unordered_map<std::string_view, Named> m_named;   // by upper-case name
     std::vector<schema::Type*> m_types;                    // as declared
     std::vector<std::vector<Name>> m_items;                // of each type: enumerators or members
-    Indices m_declaring;   // of each type: the type that declares its data type
+    Indices m_declaring;                                   // of each type: the type that declares its data type
     struct Select {
         schema::DataTypeSelect* pSelect = nullptr;
         Indices nested;         // declaring types of the selects among its members
         unsigned iHeight = 0;   // see iSelectHeight
     };
-    std::vector<Select> m_selects;                              // of each type that declares one
-    std::array<const schema::DataTypeBase*, 7> m_baseTypes{};   // by kind: the anonymous ones without width
-    std::vector<schema::Entity*> m_entities;                    // as declared
-    Indices m_supertypesFirst;                                  // entities, each after its supertype
+    std::vector<Select> m_selects;                                      // of each type that declares one
+    std::array<const schema::DataTypeBase*, 7> m_baseTypes{};           // by kind: the anonymous ones without width
+    std::vector<schema::Entity*> m_entities;                            // as declared
+    Indices m_supertypesFirst;                                          // entities, each after its supertype
     std::unordered_map<std::string, schema::Attribute*> m_attributes;   // by "ENTITY.NAME"; null: an inverse
 };
 

@@ -34,26 +34,26 @@ struct AttributeRow {
 constexpr AttributeRow g_attributes[] = {
     // Left out (keep="false"), because the instance stands inside the one that the attribute refers to. Beside each
     // the inverse attribute whose element it is that carries it.
-    {"IfcClassificationReference", "ReferencedSource", &g_leftOut},          // HasReferences
-    {"IfcCoordinateOperation", "SourceCRS", &g_leftOut},                     // HasCoordinateOperation
-    {"IfcGeometricRepresentationSubContext", "ParentContext", &g_leftOut},   // HasSubContexts
-    {"IfcIndexedColourMap", "MappedTo", &g_leftOut},                         // HasColours
-    {"IfcIndexedTextureMap", "MappedTo", &g_leftOut},                        // HasTextures
+    {"IfcClassificationReference", "ReferencedSource", &g_leftOut},               // HasReferences
+    {"IfcCoordinateOperation", "SourceCRS", &g_leftOut},                          // HasCoordinateOperation
+    {"IfcGeometricRepresentationSubContext", "ParentContext", &g_leftOut},        // HasSubContexts
+    {"IfcIndexedColourMap", "MappedTo", &g_leftOut},                              // HasColours
+    {"IfcIndexedTextureMap", "MappedTo", &g_leftOut},                             // HasTextures
     {"IfcMaterialDefinitionRepresentation", "RepresentedMaterial", &g_leftOut},   // HasRepresentation
-    {"IfcMaterialProperties", "Material", &g_leftOut},                       // HasProperties
-    {"IfcProfileProperties", "ProfileDefinition", &g_leftOut},               // HasProperties
-    {"IfcRelAggregates", "RelatingObject", &g_leftOut},                      // IsDecomposedBy
-    {"IfcRelContainedInSpatialStructure", "RelatingStructure", &g_leftOut},  // ContainsElements
-    {"IfcRelDeclares", "RelatingContext", &g_leftOut},                       // Declares
-    {"IfcRelDefinesByProperties", "RelatedObjects", &g_leftOut},             // IsDefinedBy
-    {"IfcRelDefinesByType", "RelatedObjects", &g_leftOut},                   // IsTypedBy
-    {"IfcRelFillsElement", "RelatingOpeningElement", &g_leftOut},            // HasFillings
-    {"IfcRelNests", "RelatingObject", &g_leftOut},                           // IsNestedBy
-    {"IfcRelProjectsElement", "RelatingElement", &g_leftOut},                // HasProjections
-    {"IfcRelReferencedInSpatialStructure", "RelatingStructure", &g_leftOut}, // ReferencesElements
-    {"IfcRelVoidsElement", "RelatingBuildingElement", &g_leftOut},           // HasOpenings
-    {"IfcShapeAspect", "PartOfProductDefinitionShape", &g_leftOut},          // HasShapeAspects
-    {"IfcStyledItem", "Item", &g_leftOut},                                   // StyledByItem
+    {"IfcMaterialProperties", "Material", &g_leftOut},                            // HasProperties
+    {"IfcProfileProperties", "ProfileDefinition", &g_leftOut},                    // HasProperties
+    {"IfcRelAggregates", "RelatingObject", &g_leftOut},                           // IsDecomposedBy
+    {"IfcRelContainedInSpatialStructure", "RelatingStructure", &g_leftOut},       // ContainsElements
+    {"IfcRelDeclares", "RelatingContext", &g_leftOut},                            // Declares
+    {"IfcRelDefinesByProperties", "RelatedObjects", &g_leftOut},                  // IsDefinedBy
+    {"IfcRelDefinesByType", "RelatedObjects", &g_leftOut},                        // IsTypedBy
+    {"IfcRelFillsElement", "RelatingOpeningElement", &g_leftOut},                 // HasFillings
+    {"IfcRelNests", "RelatingObject", &g_leftOut},                                // IsNestedBy
+    {"IfcRelProjectsElement", "RelatingElement", &g_leftOut},                     // HasProjections
+    {"IfcRelReferencedInSpatialStructure", "RelatingStructure", &g_leftOut},      // ReferencesElements
+    {"IfcRelVoidsElement", "RelatingBuildingElement", &g_leftOut},                // HasOpenings
+    {"IfcShapeAspect", "PartOfProductDefinitionShape", &g_leftOut},               // HasShapeAspects
+    {"IfcStyledItem", "Item", &g_leftOut},                                        // StyledByItem
     // The configuration has an element for the other side of the relation, IsDeclaredBy, and leaves this one out all
     // the same: the published XSD has no place for it.
     {"IfcRelDefinesByObject", "RelatingObject", &g_leftOut},
@@ -73,12 +73,12 @@ struct InverseRow {
 constexpr InverseRow g_inverses[] = {
     // At most one relation, or one of a kind that the configuration writes without a container
     // (exp-attribute="attribute-tag").
-    {"IfcElement", "HasOpenings", &g_elements},                                    // [0:?] in EXPRESS
-    {"IfcElement", "HasProjections", &g_elements},                                 // [0:?] in EXPRESS
+    {"IfcElement", "HasOpenings", &g_elements},      // [0:?] in EXPRESS
+    {"IfcElement", "HasProjections", &g_elements},   // [0:?] in EXPRESS
     {"IfcMaterial", "HasRepresentation", &g_elements},
     {"IfcObject", "IsDeclaredBy", &g_elements},
     {"IfcObject", "IsTypedBy", &g_elements},
-    {"IfcOpeningElement", "HasFillings", &g_elements},                             // [0:?] in EXPRESS
+    {"IfcOpeningElement", "HasFillings", &g_elements},   // [0:?] in EXPRESS
     {"IfcRepresentationItem", "StyledByItem", &g_elements},
     {"IfcTessellatedFaceSet", "HasColours", &g_elements},
 
@@ -132,15 +132,13 @@ private:
 };
 
 // The graph is still the provider's own, and made of objects that are no constants.
-schema::Entity* pEntityOf(const ObjectBase* pObject) {
-    return const_cast<schema::Entity*>(schema::pAsEntity(pObject));
-}
+schema::Entity* pEntityOf(const ObjectBase* pObject) { return const_cast<schema::Entity*>(schema::pAsEntity(pObject)); }
 
 // The one of that name among those that the entity declares; null when there is none.
 template <class Member>
 Member* pOwn(std::vector<Member>& members, std::string_view name) {
-    const auto itFound = std::find_if(members.begin(), members.end(),
-                                      [&](const Member& member) { return member.sName == name; });
+    const auto itFound =
+        std::find_if(members.begin(), members.end(), [&](const Member& member) { return member.sName == name; });
     return itFound == members.end() ? nullptr : &*itFound;
 }
 

@@ -83,12 +83,16 @@ std::string sUpper(std::string_view text) {
 }
 
 ObjectBase::ObjectBase(ClassTag tag, std::string name)
-    : eClassTag(tag), sName(std::move(name)), sNameUpper(sUpper(sName)), uNameHash(NameHash(sNameUpper)) {}
+    : eClassTag(tag),
+      sName(std::move(name)),
+      sNameUpper(sUpper(sName)),
+      uNameHash(NameHash(sNameUpper)) {}
 
 ObjectBase::~ObjectBase() = default;
 
 DataTypeBase::DataTypeBase(DataKind eKind, std::string name)
-    : ObjectBase(ClassTag::DataType, std::move(name)), kind(eKind) {}
+    : ObjectBase(ClassTag::DataType, std::move(name)),
+      kind(eKind) {}
 
 DataTypeBase::~DataTypeBase() = default;
 
@@ -99,7 +103,8 @@ DataTypeSimple::~DataTypeSimple() = default;
 DataTypeAggregate::~DataTypeAggregate() = default;
 
 DataTypeEnum::DataTypeEnum(std::vector<std::string> enumerators, std::string name)
-    : DataTypeBase(DataKind::Enumeration, std::move(name)), declared(std::move(enumerators)) {
+    : DataTypeBase(DataKind::Enumeration, std::move(name)),
+      declared(std::move(enumerators)) {
     for (std::string& sItem : declared) sItem = sUpper(sItem);
     for (const std::string& sItem : declared) items.insert(&sItem);
 }
@@ -152,9 +157,8 @@ const Entity::AttributeList& Entity::allAttributes() const {
 }
 
 const Entity::InverseList& Entity::allInverseAttributes() const {
-    return m_allInverseAttributes.get([this] {
-        return inheritedAndOwn(*this, &Entity::ownInverseAttributes, &Entity::allInverseAttributes);
-    });
+    return m_allInverseAttributes.get(
+        [this] { return inheritedAndOwn(*this, &Entity::ownInverseAttributes, &Entity::allInverseAttributes); });
 }
 
 const Entity::InverseList& Entity::inverseTargets() const {
@@ -171,8 +175,7 @@ const Attribute* Entity::pAttributeFromName(const AttributeName& name, bool boSu
     return pFromName(this, &Entity::ownAttributes, name, boSupertypes);
 }
 
-const AttributeInverse* Entity::pAttributeInverseFromName(const std::string& sInverse,
-                                                          bool boSupertypes) const {
+const AttributeInverse* Entity::pAttributeInverseFromName(const std::string& sInverse, bool boSupertypes) const {
     return pFromName(this, &Entity::ownInverseAttributes, AttributeName(sInverse), boSupertypes);
 }
 
@@ -221,9 +224,7 @@ const Entity* Schema::pEntityFromName(const ObjectName& name) const noexcept {
     return pAsEntity(pObjectFromName(name));
 }
 
-const Type* Schema::pTypeFromName(const ObjectName& name) const noexcept {
-    return pAsType(pObjectFromName(name));
-}
+const Type* Schema::pTypeFromName(const ObjectName& name) const noexcept { return pAsType(pObjectFromName(name)); }
 
 const DataTypeBase* pDataTypeOf(const ObjectBase* pObject) noexcept {
     if (!pObject) return nullptr;

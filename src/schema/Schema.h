@@ -174,8 +174,8 @@ struct OXA_SCHEMA_API Entity final : ObjectBase {
 
     const Entity* pParent = nullptr;
     bool boAbstract = false;
-    bool boHasInverse = false;              // has an inverse attribute, or is the target side of one
-    std::vector<Attribute> ownAttributes;   // declared here, in order
+    bool boHasInverse = false;                            // has an inverse attribute, or is the target side of one
+    std::vector<Attribute> ownAttributes;                 // declared here, in order
     std::vector<AttributeInverse> ownInverseAttributes;   // declared here, in order
     std::uint16_t iTypeOrdinal = 0;                       // depth-first number, unique in the schema
     std::uint16_t iTypeOrdinalLast = 0;                   // highest number in the subtree
@@ -264,8 +264,7 @@ private:
 // How a type reads in a declaration, as in "LIST [1:?] OF IfcLabel": for display and comparison.
 [[nodiscard]] OXA_SCHEMA_API std::string sTypeText(const ObjectBase* pObject);
 
-inline ObjectName::ObjectName(const Entity& entity) noexcept
-    : HashedName(entity.sNameUpper, entity.uNameHash) {}
+inline ObjectName::ObjectName(const Entity& entity) noexcept : HashedName(entity.sNameUpper, entity.uNameHash) {}
 inline AttributeName::AttributeName(const Attribute& attribute) noexcept
     : HashedName(attribute.sName, attribute.uNameHash) {}
 inline AttributeName::AttributeName(const AttributeInverse& attribute) noexcept

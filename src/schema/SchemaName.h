@@ -37,8 +37,7 @@ struct HashedName {
     [[nodiscard]] friend constexpr bool operator==(const HashedName& a, const HashedName& b) noexcept {
         return a.hash == b.hash && a.name == b.name;
     }
-    [[nodiscard]] friend constexpr std::strong_ordering operator<=>(const HashedName& a,
-                                                                    const HashedName& b) noexcept {
+    [[nodiscard]] friend constexpr std::strong_ordering operator<=>(const HashedName& a, const HashedName& b) noexcept {
         if (const auto order = a.hash <=> b.hash; order != 0) return order;
         if (const auto order = a.name.size() <=> b.name.size(); order != 0) return order;
         return a.name.compare(b.name) <=> 0;

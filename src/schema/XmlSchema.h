@@ -11,9 +11,9 @@ namespace oxa::ifc::def::xmlschema {
 
 // The record of one attribute.
 struct Attribute {
-    std::uint32_t mode = 2;       // 1 nested element, 2 and 3 XML attribute; what else means: see IfcXmlExport.h
-    bool boListAsText = false;    // a list of this attribute has a text of its own
-    bool boExported = true;       // false: the document leaves the attribute out
+    std::uint32_t mode = 2;      // 1 nested element, 2 and 3 XML attribute; what else means: see IfcXmlExport.h
+    bool boListAsText = false;   // a list of this attribute has a text of its own
+    bool boExported = true;      // false: the document leaves the attribute out
 };
 
 // The modes of attributes without a record.

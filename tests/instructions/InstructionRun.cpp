@@ -17,9 +17,7 @@
 
 using namespace oxa::bench;
 
-extern "C" __attribute__((noinline)) void vMeasured(const std::function<void()>& work) {
-    work();
-}
+extern "C" __attribute__((noinline)) void vMeasured(const std::function<void()>& work) { work(); }
 
 namespace {
 

@@ -12,8 +12,8 @@
 namespace oxa::ifc::models {
 
 struct PlainCount {
-    std::size_t iStatements = 0;               // of the DATA section, with a number in front
-    std::size_t iReferences = 0;               // "#12" outside of strings, the statement's own number aside
+    std::size_t iStatements = 0;   // of the DATA section, with a number in front
+    std::size_t iReferences = 0;   // "#12" outside of strings, the statement's own number aside
     std::set<std::uint64_t> defined;
     std::set<std::uint64_t> referenced;
     std::map<std::string, std::size_t> byKeyword;

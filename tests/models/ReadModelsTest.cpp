@@ -76,9 +76,7 @@ std::size_t iReferencesOf(const Data& data) {
     for (const Entity* pEntity : data.entities())
         pEntity->boForEachAttribute([&](const def::schema::Attribute& attribute, const AttributeBase& cell) {
             switch (AttributeBase::cellClass(attribute.types.front(), attribute)) {
-            case CellClass::Entity:
-                iCount += static_cast<const AttributeEntity&>(cell).m_value.load() ? 1 : 0;
-                break;
+            case CellClass::Entity: iCount += static_cast<const AttributeEntity&>(cell).m_value.load() ? 1 : 0; break;
             case CellClass::Select: {
                 const auto& select = static_cast<const AttributeSelect&>(cell);
                 iCount += iReferencesOf(select, select.m_pValue);
@@ -109,17 +107,22 @@ const ReportRow g_reportRows[] = {
     {"bonsai-example-hom-ifc4.ifc", true, 0, {{"Error_InvalidNullAttribute", 1}}},
     {"bsi-ifc4/beam-revolved-solid.ifc", true, 0, {{"Error_ExpectedValidIntegerValueFor", 1}}},
     {"bsi-ifc4/element-standard-case.ifc", true, 0, {{"Error_InvalidNullAttribute", 28}}},
-    {"bsi-ifc4/tessellation-with-blob-texture.ifc", true, 0,
+    {"bsi-ifc4/tessellation-with-blob-texture.ifc",
+     true,
+     0,
      {{"Error_ExpectedValidIntegersInListFor", 1}, {"Error_InvalidNullAttribute", 1}}},
-    {"bsi-ifc4/tessellation-with-image-texture.ifc", true, 0,
+    {"bsi-ifc4/tessellation-with-image-texture.ifc",
+     true,
+     0,
      {{"Error_ExpectedValidIntegersInListFor", 1}, {"Error_InvalidNullAttribute", 1}}},
     {"carf-hvac-heating-ifc4.ifc", true, 0, {{"Error_NotValidEnumerationValue", 1}}},
     // Fingerprints of 64 bits.
     {"civil3d-alx4-ifc4x3.ifc", true, 0, {{"Error_ExpectedValidIntegerValueFor", 11}}},
-    {"odd/archicad14-double-guids.ifc", true, 0,
-     {{"Error_DuplicateGuids", 3}, {"Error_ExpectedValidGuidValueFor", 1}}},
+    {"odd/archicad14-double-guids.ifc", true, 0, {{"Error_DuplicateGuids", 3}, {"Error_ExpectedValidGuidValueFor", 1}}},
     {"odd/guid-invalid-characters.ifc", true, 0, {{"Error_ExpectedValidGuidValueFor", 1}}},
-    {"odd/guid-invalid-length.ifc", true, 0,
+    {"odd/guid-invalid-length.ifc",
+     true,
+     0,
      {{"Error_ExpectedValidGuidValueFor", 1}, {"Error_MissingEntityWithId", 4}}},
     {"odd/header-example-utf8-bytes.ifc", true, 1, {{"Error_UnknownEntityType", 1}}},
     {"odd/invalid-schema-ifc99.ifc", false, 1, {{"Error_UnknownSchemaName", 1}}},
@@ -131,7 +134,9 @@ const ReportRow g_reportRows[] = {
     {"odd/xb-invalid-type.ifc", true, 0, {{"Error_NotValidEnumerationValue", 1}}},
     {"odd/xb-large-entity-label.ifc", false, 1, {{"Error_ExpectedLeftParenthesis", 1}}},
     // Enumerators written as typed values, and units without dimensions.
-    {"openroads-test1-ifc4x3rc4.ifc", true, 0,
+    {"openroads-test1-ifc4x3rc4.ifc",
+     true,
+     0,
      {{"Error_InvalidNullAttribute", 8}, {"Error_NotValidEnumerationValue", 19}}},
     {"psets-ifc2x3.ifc", true, 0, {{"Error_ExpectedValidGuidValueFor", 23}}},
     {"railcomplete-al01-ifc4x3.ifc", true, 0, {{"Error_DuplicateGuids", 10}}},

@@ -76,7 +76,8 @@ TEST(RemoveFromModel, AllDoors) {
 TEST(RemoveFromModel, AnyTypeLeavesNoReferenceBehind) {
     const std::string text = sContent(g_sModel);
     if (text.empty()) GTEST_SKIP() << "no " << g_sModel << ": set OXAIFC_MODELS to the folder that has it";
-    for (const char* sKeyword : {"IFCWALLSTANDARDCASE", "IFCSHAPEREPRESENTATION", "IFCOWNERHISTORY", "IFCCARTESIANPOINT"}) {
+    for (const char* sKeyword :
+         {"IFCWALLSTANDARDCASE", "IFCSHAPEREPRESENTATION", "IFCOWNERHISTORY", "IFCCARTESIANPOINT"}) {
         SCOPED_TRACE(sKeyword);
         ReadFileModel model(text, true, {});
         Data& data = model.file.data();
@@ -92,7 +93,8 @@ TEST(RemoveFromModel, AnyTypeLeavesNoReferenceBehind) {
         io::WriteError errors;
         data.boWrite(out, errors, true);
         const ReadFileModel again("ISO-10303-21;\n" + model.file.header().writeToString() + "DATA;\n" + out.str() +
-                                      "ENDSEC;\nEND-ISO-10303-21;\n", true, {});
+                                      "ENDSEC;\nEND-ISO-10303-21;\n",
+                                  true, {});
         EXPECT_TRUE(again.boRead);
         EXPECT_FALSE(boHasKey(again.errors, "Error_MissingEntityWithId"));
         EXPECT_EQ(again.file.data().entities().size(), data.entities().size());

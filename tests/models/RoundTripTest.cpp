@@ -21,10 +21,8 @@ struct LossRow {
     const char* sWhy;
 };
 const LossRow g_lossRows[] = {
-    {"odd/guid-invalid-length.ifc", 1, false,
-     "names four instances that it lacks, and they get numbers in use"},
-    {"odd/sfp-fail-duplicate-id.ifc", 1, true,
-     "one number for two instances: the list has the later one twice"},
+    {"odd/guid-invalid-length.ifc", 1, false, "names four instances that it lacks, and they get numbers in use"},
+    {"odd/sfp-fail-duplicate-id.ifc", 1, true, "one number for two instances: the list has the later one twice"},
     {"openroads-test1-ifc4x3rc4.ifc", 17, true, "an enumerator that is none leaves the last parameter empty"},
 };
 
@@ -93,8 +91,7 @@ std::set<std::size_t> reachedFrom(std::size_t iStart, const ModelText& text) {
         bool boString = false;
         for (std::size_t i = instance.sStatement.find('='); i < instance.sStatement.size(); ++i) {
             if (instance.sStatement[i] == '\'') boString = !boString;
-            if (instance.sStatement[i] == '#' && !boString)
-                visit(std::stoul(instance.sStatement.substr(i + 1, 20)));
+            if (instance.sStatement[i] == '#' && !boString) visit(std::stoul(instance.sStatement.substr(i + 1, 20)));
         }
         for (const auto& [sAttribute, iId] : instance.referrers) visit(iId);
     }
@@ -114,8 +111,7 @@ TEST_P(RoundTrip, KeepsWhatTheFileSays) {
     const ModelText firstText = modelText(first.file.data());
     const std::string firstLines = sDataLines(first);
     EXPECT_TRUE(firstLines == sDataLines(first)) << "a write repeats itself";
-    EXPECT_TRUE(sortedLines(firstLines) == sortedLines(sDataLines(first, false)))
-        << "threads write the same lines";
+    EXPECT_TRUE(sortedLines(firstLines) == sortedLines(sDataLines(first, false))) << "threads write the same lines";
 
     const ReadFileModel second(sWholeFile(first), true, {});
     EXPECT_TRUE(second.boRead);
@@ -145,8 +141,7 @@ TEST_P(RoundTrip, KeepsWhatTheProjectReaches) {
     const ReadFileModel second(out.str(), true, {});
     EXPECT_TRUE(second.boRead);
     ModelText expected;
-    for (const std::size_t iId :
-         reachedFrom(first.file.data().iIdFromEntity(*first.file.data().pProject()), firstText))
+    for (const std::size_t iId : reachedFrom(first.file.data().iIdFromEntity(*first.file.data().pProject()), firstText))
         expected.insert(*firstText.find(iId));
     vExpectEqual(modelText(second.file.data()), expected);
 

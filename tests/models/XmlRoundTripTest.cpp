@@ -12,11 +12,11 @@
 #include <sstream>
 
 #include "Format/Ifc/AssertLog.h"
-#include "ReportKey.h"
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
 #include "Format/Ifc/Xml/IfcXmlImport.h"
+#include "ReportKey.h"
 #include "models/ModelFiles.h"
 #include "provider/SchemaLoader.h"
 #include "schema/XmlSchema.h"
@@ -172,7 +172,9 @@ struct Count {
 class Comparison {
 public:
     Comparison(const Data& before, const Data& after, std::set<std::size_t> ids)
-        : m_before(before), m_after(after), m_ids(std::move(ids)) {
+        : m_before(before),
+          m_after(after),
+          m_ids(std::move(ids)) {
         for (const std::size_t iId : m_ids) vCompare(iId, m_before.pEntityFromId(iId), m_after.pEntityFromId(iId));
     }
     [[nodiscard]] const std::map<std::string, Count>& counts() const { return m_counts; }
@@ -191,8 +193,8 @@ private:
                     : formOf(*pBefore->pAttributeFromIndex(i).second, *attributes[i], *m_before.pSchema());
             const std::string sAfter = sValueOf(*pAfter, i, m_after);
             vCount(form, boCameBack(form.eWay, sBefore, sAfter, m_ids),
-                   '#' + std::to_string(iId) + ' ' + pBefore->schemaEntity().sName + '.' + attributes[i]->sName +
-                       ": " + sBefore.substr(0, 80) + " became " + sAfter.substr(0, 80));
+                   '#' + std::to_string(iId) + ' ' + pBefore->schemaEntity().sName + '.' + attributes[i]->sName + ": " +
+                       sBefore.substr(0, 80) + " became " + sAfter.substr(0, 80));
         }
     }
     void vCount(const Form& form, bool boBack, const std::string& sValue) {

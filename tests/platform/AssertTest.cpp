@@ -68,13 +68,13 @@ TEST_F(AssertService, WritesOneLineWithoutAHandler) {
         const char* sLine;
     };
     const Row rows[] = {
-        { "the text as it is", "no schema", "Assert in Class::vCall (unit, line 7): no schema\n" },
-        { "no text", "", "Assert in Class::vCall (unit, line 7): \n" },
-        { "the last of the controls, the first that is none", "a\x1F!", "Assert in Class::vCall (unit, line 7): a !\n" },
-        { "no further line", "a\r\nb", "Assert in Class::vCall (unit, line 7): a  b\n" },
-        { "no terminal control", "\x1B[2J\x7F", "Assert in Class::vCall (unit, line 7):  [2J \n" },
-        { "UTF-8 stays", "T\u00FCr", "Assert in Class::vCall (unit, line 7): T\u00FCr\n" },
-        { "no end at a zero byte", std::string("a\0b", 3), "Assert in Class::vCall (unit, line 7): a b\n" },
+        {"the text as it is", "no schema", "Assert in Class::vCall (unit, line 7): no schema\n"},
+        {"no text", "", "Assert in Class::vCall (unit, line 7): \n"},
+        {"the last of the controls, the first that is none", "a\x1F!", "Assert in Class::vCall (unit, line 7): a !\n"},
+        {"no further line", "a\r\nb", "Assert in Class::vCall (unit, line 7): a  b\n"},
+        {"no terminal control", "\x1B[2J\x7F", "Assert in Class::vCall (unit, line 7):  [2J \n"},
+        {"UTF-8 stays", "T\u00FCr", "Assert in Class::vCall (unit, line 7): T\u00FCr\n"},
+        {"no end at a zero byte", std::string("a\0b", 3), "Assert in Class::vCall (unit, line 7): a b\n"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.sRule);
@@ -93,7 +93,7 @@ TEST_F(AssertService, AHandlerStandsInPlaceOfTheLine) {
         vAssert("2");
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(m_log, (Lines{ "global 1", "own 2" }));
+    EXPECT_EQ(m_log, (Lines{"global 1", "own 2"}));
 }
 
 TEST_F(AssertService, AnEmptyHandlerRestoresTheDefault) {
@@ -123,7 +123,7 @@ TEST_F(AssertService, TheThreadsHandlerGoesFirstUntilItsScopeEnds) {
         vAssert("6");
     }
     vAssert("7");
-    EXPECT_EQ(m_log, (Lines{ "global 1", "outer 2", "inner 3", "outer 4", "global 5", "outer 6", "global 7" }));
+    EXPECT_EQ(m_log, (Lines{"global 1", "outer 2", "inner 3", "outer 4", "global 5", "outer 6", "global 7"}));
 }
 
 TEST_F(AssertService, TheScopeEndsWithAnException) {
@@ -146,7 +146,7 @@ TEST_F(AssertService, AHandlerMayPutAnotherInItsPlace) {
     });
     vAssert("1");
     vAssert("2");
-    EXPECT_EQ(m_log, (Lines{ "first 1", "second 2" }));
+    EXPECT_EQ(m_log, (Lines{"first 1", "second 2"}));
 }
 
 // What a handler owns is destroyed when the handler is replaced, and must not find the service locked.
@@ -156,7 +156,7 @@ TEST_F(AssertService, WhatAFormerHandlerOwnsMayAssert) {
     };
     Assert::setHandler([pOwned = std::make_shared<AssertsAtItsEnd>()](const AssertInfo&) {});
     Assert::setHandler(appendTo(m_log, "new"));
-    EXPECT_EQ(m_log, Lines{ "new end" });
+    EXPECT_EQ(m_log, Lines{"new end"});
 }
 
 TEST_F(AssertService, AThreadsHandlerHearsOfNoOtherThread) {
@@ -168,8 +168,8 @@ TEST_F(AssertService, AThreadsHandlerHearsOfNoOtherThread) {
         std::vector<std::jthread> threads;
         for (int& iHeard : heard)
             threads.emplace_back([&iHeard] {
-                const auto scope = Assert::getRegisteredForCurrentThread().registerHandler(
-                    [&iHeard](const AssertInfo&) { ++iHeard; });
+                const auto scope =
+                    Assert::getRegisteredForCurrentThread().registerHandler([&iHeard](const AssertInfo&) { ++iHeard; });
                 for (int i = 0; i < g_iAsserts; ++i) vAssert("own");
             });
         for (int i = 0; i < g_iAsserts; ++i) vAssert("of this thread, which has none");

@@ -13,7 +13,7 @@
 namespace oxa {
 namespace {
 
-const Guid g_example{ 0x0123ABCD, 0x45EF, 0x0007, { 0x89, 0x00, 0x0A, 0xBC, 0xDE, 0xF0, 0x12, 0x34 } };
+const Guid g_example{0x0123ABCD, 0x45EF, 0x0007, {0x89, 0x00, 0x0A, 0xBC, 0xDE, 0xF0, 0x12, 0x34}};
 
 TEST(Guid, IsNullUntilSet) {
     EXPECT_TRUE(Guid{}.boIsNull());
@@ -29,8 +29,11 @@ TEST(Guid, ComparesEveryField) {
         const char* sRule;
         Guid other;
     };
-    Row rows[] = { { "Data1", g_example }, { "Data2", g_example }, { "Data3", g_example },
-                   { "Data4, first", g_example }, { "Data4, last", g_example } };
+    Row rows[] = {{"Data1", g_example},
+                  {"Data2", g_example},
+                  {"Data3", g_example},
+                  {"Data4, first", g_example},
+                  {"Data4, last", g_example}};
     ++rows[0].other.Data1;
     ++rows[1].other.Data2;
     ++rows[2].other.Data3;
@@ -50,9 +53,9 @@ TEST(Guid, ComparesEveryField) {
 }
 
 TEST(Guid, ComparesFieldsInOrder) {
-    EXPECT_LT((Guid{ 1, 9, 9, {} }), (Guid{ 2, 0, 0, {} }));
-    EXPECT_LT((Guid{ 1, 1, 9, {} }), (Guid{ 1, 2, 0, {} }));
-    EXPECT_LT((Guid{ 0, 0, 0, { 1, 9 } }), (Guid{ 0, 0, 0, { 2, 0 } }));
+    EXPECT_LT((Guid{1, 9, 9, {}}), (Guid{2, 0, 0, {}}));
+    EXPECT_LT((Guid{1, 1, 9, {}}), (Guid{1, 2, 0, {}}));
+    EXPECT_LT((Guid{0, 0, 0, {1, 9}}), (Guid{0, 0, 0, {2, 0}}));
 }
 
 // RFC 4122, 4.4: version and variant have fixed bits, the rest is random.
@@ -90,13 +93,13 @@ TEST(Guid, GenerateReplacesTheValue) {
 // GUIDs that count up in any two neighbouring bytes must not pile up in a hash table.
 TEST(Guid, HashSpreadsGuidsThatCountUp) {
     constexpr unsigned g_iGuids = 4096;
-    for (const std::size_t iBuckets : { 256U, 257U })
+    for (const std::size_t iBuckets : {256U, 257U})
         for (std::size_t iByte = 0; iByte < sizeof(Guid) - 1; ++iByte) {
             SCOPED_TRACE(testing::Message() << "byte " << iByte << ", " << iBuckets << " buckets");
             std::vector<unsigned> fill(iBuckets, 0);
             for (unsigned i = 0; i < g_iGuids; ++i) {
                 Guid guid = g_example;
-                const std::uint8_t bytes[] = { static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(i >> 8) };
+                const std::uint8_t bytes[] = {static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(i >> 8)};
                 std::memcpy(reinterpret_cast<std::byte*>(&guid) + iByte, bytes, sizeof bytes);
                 ++fill[guid.hash() % iBuckets];
             }

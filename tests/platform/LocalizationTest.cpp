@@ -27,48 +27,48 @@ struct KeyRow {
     bool boArgument;
 };
 const KeyRow g_keyRows[] = {
-    { "Error_AttributeSizeNotFound", true },
-    { "Error_DuplicateEntity", false },
-    { "Error_DuplicateGuids", false },
-    { "Error_EndOfCommentNotFound", false },
-    { "Error_EntityIdReused", true },
-    { "Error_EntityIsAbstract", false },
-    { "Error_EntityNotConnected", true },
-    { "Error_EntityWithoutForm", true },
-    { "Error_ExpectedEqualOperator", false },
-    { "Error_ExpectedLeftParenthesis", false },
-    { "Error_ExpectedNumberSign", false },
-    { "Error_ExpectedValidBinaryValueFor", true },
-    { "Error_ExpectedValidBooleanValueFor", true },
-    { "Error_ExpectedValidEntityValueFor", true },
-    { "Error_ExpectedValidEnumerationValueFor", true },
-    { "Error_ExpectedValidGuidValueFor", true },
-    { "Error_ExpectedValidIntegerValueFor", true },
-    { "Error_ExpectedValidIntegersInListFor", true },
-    { "Error_ExpectedValidLogicValueFor", true },
-    { "Error_ExpectedValidRealInListFor", true },
-    { "Error_ExpectedValidRealValueFor", true },
-    { "Error_ExpectedValidSelectValueFor", true },
-    { "Error_ExpectedValidStringValueFor", true },
-    { "Error_HeaderTypeNotImplemented", false },
-    { "Error_IllegalAttributeIndex", false },
-    { "Error_InvalidEndOfFile", false },
-    { "Error_InvalidEntity", false },
-    { "Error_InvalidFile", false },
-    { "Error_InvalidNullAttribute", true },
-    { "Error_ListTypeNotImplemented", true },
-    { "Error_MissingEntityWithId", true },
-    { "Error_MissingSemicolon", false },
-    { "Error_NotValidEnumerationValue", true },
-    { "Error_NumberWrittenTwice", true },
-    { "Error_TooFewAttributesFor", true },
-    { "Error_TooManyAttributesFor", true },
-    { "Error_UnexpectedEqualOperator", false },
-    { "Error_UnexpectedNewlineInString", false },
-    { "Error_UnexpectedNullGuid", false },
-    { "Error_UnknownAttributeType", true },
-    { "Error_UnknownEntityType", false },
-    { "Error_UnknownSchemaName", true },
+    {"Error_AttributeSizeNotFound", true},
+    {"Error_DuplicateEntity", false},
+    {"Error_DuplicateGuids", false},
+    {"Error_EndOfCommentNotFound", false},
+    {"Error_EntityIdReused", true},
+    {"Error_EntityIsAbstract", false},
+    {"Error_EntityNotConnected", true},
+    {"Error_EntityWithoutForm", true},
+    {"Error_ExpectedEqualOperator", false},
+    {"Error_ExpectedLeftParenthesis", false},
+    {"Error_ExpectedNumberSign", false},
+    {"Error_ExpectedValidBinaryValueFor", true},
+    {"Error_ExpectedValidBooleanValueFor", true},
+    {"Error_ExpectedValidEntityValueFor", true},
+    {"Error_ExpectedValidEnumerationValueFor", true},
+    {"Error_ExpectedValidGuidValueFor", true},
+    {"Error_ExpectedValidIntegerValueFor", true},
+    {"Error_ExpectedValidIntegersInListFor", true},
+    {"Error_ExpectedValidLogicValueFor", true},
+    {"Error_ExpectedValidRealInListFor", true},
+    {"Error_ExpectedValidRealValueFor", true},
+    {"Error_ExpectedValidSelectValueFor", true},
+    {"Error_ExpectedValidStringValueFor", true},
+    {"Error_HeaderTypeNotImplemented", false},
+    {"Error_IllegalAttributeIndex", false},
+    {"Error_InvalidEndOfFile", false},
+    {"Error_InvalidEntity", false},
+    {"Error_InvalidFile", false},
+    {"Error_InvalidNullAttribute", true},
+    {"Error_ListTypeNotImplemented", true},
+    {"Error_MissingEntityWithId", true},
+    {"Error_MissingSemicolon", false},
+    {"Error_NotValidEnumerationValue", true},
+    {"Error_NumberWrittenTwice", true},
+    {"Error_TooFewAttributesFor", true},
+    {"Error_TooManyAttributesFor", true},
+    {"Error_UnexpectedEqualOperator", false},
+    {"Error_UnexpectedNewlineInString", false},
+    {"Error_UnexpectedNullGuid", false},
+    {"Error_UnknownAttributeType", true},
+    {"Error_UnknownEntityType", false},
+    {"Error_UnknownSchemaName", true},
 };
 
 int iCount(std::string_view text, std::string_view part) {
@@ -85,7 +85,7 @@ bool boSecondSentence(std::string_view text) {
 }
 
 TEST_F(Localization, HasATextForEachKey) {
-    for (const Language eLanguage : { Language::English, Language::German }) {
+    for (const Language eLanguage : {Language::English, Language::German}) {
         setLanguage(eLanguage);
         std::set<std::string> texts;
         for (const KeyRow& row : g_keyRows) {
@@ -112,8 +112,7 @@ TEST_F(Localization, EnumeratesTheKeysInOrder) {
 
 TEST_F(Localization, FollowsTheLanguage) {
     EXPECT_EQ(language(), Language::English);
-    EXPECT_EQ(localize("Ifc", "Error_MissingEntityWithId"),
-              "The instance #%1 is referred to, but not defined.");
+    EXPECT_EQ(localize("Ifc", "Error_MissingEntityWithId"), "The instance #%1 is referred to, but not defined.");
     setLanguage(Language::German);
     EXPECT_EQ(language(), Language::German);
     EXPECT_EQ(localize("Ifc", "Error_MissingEntityWithId"),
@@ -128,15 +127,15 @@ TEST_F(Localization, GivesTheKeyWhereThereIsNoText) {
         std::string_view domain, key;
     };
     const Row rows[] = {
-        { "unknown key", "Ifc", "Error_Unknown" },
-        { "before the first", "Ifc", "A" },
-        { "behind the last", "Ifc", "Z" },
-        { "a key cut short", "Ifc", "Error_InvalidFil" },
-        { "a key with more behind it", "Ifc", "Error_InvalidFileX" },
-        { "another case", "Ifc", "error_invalidfile" },
-        { "no key", "Ifc", "" },
-        { "unknown domain", "Xml", "Error_InvalidFile" },
-        { "no domain", "", "Error_InvalidFile" },
+        {"unknown key", "Ifc", "Error_Unknown"},
+        {"before the first", "Ifc", "A"},
+        {"behind the last", "Ifc", "Z"},
+        {"a key cut short", "Ifc", "Error_InvalidFil"},
+        {"a key with more behind it", "Ifc", "Error_InvalidFileX"},
+        {"another case", "Ifc", "error_invalidfile"},
+        {"no key", "Ifc", ""},
+        {"unknown domain", "Xml", "Error_InvalidFile"},
+        {"no domain", "", "Error_InvalidFile"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.sRule);

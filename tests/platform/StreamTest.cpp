@@ -56,12 +56,12 @@ struct SizeRow {
     std::vector<unsigned> loads;
 };
 const SizeRow g_sizeRows[] = {
-    { "nothing", 0, {} },
-    { "one byte", 1, { 1 } },
-    { "one byte less than the buffer", g_iSize - 1, { 16383 } },
-    { "the buffer exactly", g_iSize, { 16384 } },
-    { "one byte more", g_iSize + 1, { 16384, 1 } },
-    { "several buffers", 3 * g_iSize + 5, { 16384, 16384, 16384, 5 } },
+    {"nothing", 0, {}},
+    {"one byte", 1, {1}},
+    {"one byte less than the buffer", g_iSize - 1, {16383}},
+    {"the buffer exactly", g_iSize, {16384}},
+    {"one byte more", g_iSize + 1, {16384, 1}},
+    {"several buffers", 3 * g_iSize + 5, {16384, 16384, 16384, 5}},
 };
 
 TEST(StreamReadBuffer, LoadsInBuffersWithZerosBehind) {
@@ -99,7 +99,7 @@ TEST(StreamReadBuffer, ShowsTheHookEachBufferBeforeItGoes) {
     std::istringstream in(sAll);
     Reader reader(in);
     reader.sReadAll();
-    EXPECT_EQ(reader.m_refills, (std::vector<std::string>{ "", sAll.substr(0, g_iSize), sAll.substr(g_iSize) }));
+    EXPECT_EQ(reader.m_refills, (std::vector<std::string>{"", sAll.substr(0, g_iSize), sAll.substr(g_iSize)}));
 }
 
 TEST(StreamReadBuffer, SetsEofOnlyAtTheEndAndNeverFail) {
@@ -116,9 +116,8 @@ TEST(StreamReadBuffer, ReadsNothingFromAStreamThatIsNotGood) {
         const char* sRule;
         std::ios_base::iostate state;
     };
-    const Row rows[] = { { "failed", std::ios_base::failbit },
-                         { "bad", std::ios_base::badbit },
-                         { "at its end", std::ios_base::eofbit } };
+    const Row rows[] = {
+        {"failed", std::ios_base::failbit}, {"bad", std::ios_base::badbit}, {"at its end", std::ios_base::eofbit}};
     for (const Row& row : rows) {
         SCOPED_TRACE(row.sRule);
         std::istringstream in("abc");
@@ -235,13 +234,13 @@ struct WriteRow {
     std::vector<std::size_t> last;     // at the end
 };
 const WriteRow g_writeRows[] = {
-    { "nothing", {}, {}, {} },
-    { "an empty text", { 0 }, {}, {} },
-    { "less than the buffer", { 1, 0, 16382 }, {}, { 16383 } },
-    { "exactly full: written at once", { 16384 }, { 16384 }, {} },
-    { "full in two steps", { 16383, 1 }, { 16384 }, {} },
-    { "over the end of the buffer", { 16383, 2 }, { 16384 }, { 1 } },
-    { "several buffers at once", { 10, 40000 }, { 16384, 16384 }, { 7242 } },
+    {"nothing", {}, {}, {}},
+    {"an empty text", {0}, {}, {}},
+    {"less than the buffer", {1, 0, 16382}, {}, {16383}},
+    {"exactly full: written at once", {16384}, {16384}, {}},
+    {"full in two steps", {16383, 1}, {16384}, {}},
+    {"over the end of the buffer", {16383, 2}, {16384}, {1}},
+    {"several buffers at once", {10, 40000}, {16384, 16384}, {7242}},
 };
 
 TEST(StreamWriteBuffer, WritesWholeBuffers) {
@@ -273,10 +272,10 @@ TEST(StreamWriteBuffer, TakesSingleBytesAsItTakesTexts) {
     const std::string sAll = sBytes(g_iSize + 1);
     StreamWriteBuffer buffer(out);
     for (const char c : sAll) buffer.vWrite(c);
-    EXPECT_EQ(pieces.m_sizes, std::vector<std::size_t>{ g_iSize });
+    EXPECT_EQ(pieces.m_sizes, std::vector<std::size_t>{g_iSize});
     buffer.vBufferFlush();
     buffer.vBufferFlush();   // nothing is left to write
-    EXPECT_EQ(pieces.m_sizes, (std::vector<std::size_t>{ g_iSize, 1 }));
+    EXPECT_EQ(pieces.m_sizes, (std::vector<std::size_t>{g_iSize, 1}));
     EXPECT_EQ(pieces.m_sAll, sAll);
 }
 

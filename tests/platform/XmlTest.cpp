@@ -83,8 +83,7 @@ const ParseRow g_parseRows[] = {
     {"a decoded ampersand begins nothing", "<a>&amp;lt;</a>", "a('&lt;')"},
     {"line ends are LF", "<a>x\r\ny\rz</a>", "a('x\ny\nz')"},
     {"white space in attributes is blanks", "<a x='1\t2\n3'/>", "a[x=1 2 3]"},
-    {"the characters beside those that are none",
-     "<a>&#xD7FF;&#xE000;&#xFFFD;&#x10000;&#x10FFFF;</a>",
+    {"the characters beside those that are none", "<a>&#xD7FF;&#xE000;&#xFFFD;&#x10000;&#x10FFFF;</a>",
      "a('\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBD\xF0\x90\x80\x80\xF4\x8F\xBF\xBF')"},
     {"a line end by number stays", "<a x='1&#10;2'>&#13;</a>", "a[x=1\n2]('\r')"},
     {"a document type is skipped", "<!DOCTYPE a SYSTEM 'http://localhost/x.dtd'><a/>", "a"},
@@ -368,8 +367,7 @@ const TextRow g_textRows[] = {
     {"blanks", " a  b ", " a  b ", " a  b ", nullptr},
     {"beyond ASCII", "\xC3\x9F\xE2\x82\xAC\xF0\x9F\x8F\xA0", "\xC3\x9F\xE2\x82\xAC\xF0\x9F\x8F\xA0",
      "\xC3\x9F\xE2\x82\xAC\xF0\x9F\x8F\xA0", nullptr},
-    {"U+EFFF and U+FFFD", "\xEE\xBF\xBF\xEF\xBF\xBD", "\xEE\xBF\xBF\xEF\xBF\xBD", "\xEE\xBF\xBF\xEF\xBF\xBD",
-     nullptr},
+    {"U+EFFF and U+FFFD", "\xEE\xBF\xBF\xEF\xBF\xBD", "\xEE\xBF\xBF\xEF\xBF\xBD", "\xEE\xBF\xBF\xEF\xBF\xBD", nullptr},
     {"control characters",
      "a\x01\x1F"
      "b",
@@ -399,8 +397,8 @@ TEST(XmlSave, WritesTextsThatReadBack) {
         Element root = file.create("a", "", true).value();
         root.vAttributeSet("x", row.sText);
         root.ElementNodeAppend("b").boTextNodeAppend(row.sText);
-        EXPECT_EQ(file.sSaved(), std::string("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a x=\"") +
-                                     row.sInAttribute + "\">\n  <b>" + row.sInElement + "</b>\n</a>\n");
+        EXPECT_EQ(file.sSaved(), std::string("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a x=\"") + row.sInAttribute +
+                                     "\">\n  <b>" + row.sInElement + "</b>\n</a>\n");
         TestFile again;
         const const_Element read = again.parseText(file.sSaved()).value();
         const std::string sParsed = row.sParsed ? row.sParsed : row.sText;

@@ -15,9 +15,8 @@ using oxa::ifc::def::SchemaPset;
 
 TEST(BuiltInSchemas, AreTheTwelvePublishedOnes) {
     EXPECT_THAT(SchemaLoader::builtInNames(),
-                testing::ElementsAre("IFC2X3", "IFC4", "IFC4X1", "IFC4X2", "IFC4X3_RC1", "IFC4X3_RC2",
-                                     "IFC4X3_RC3", "IFC4X3_RC4", "IFC4X3", "IFC4X3_TC1", "IFC4X3_ADD1",
-                                     "IFC4X3_ADD2"));
+                testing::ElementsAre("IFC2X3", "IFC4", "IFC4X1", "IFC4X2", "IFC4X3_RC1", "IFC4X3_RC2", "IFC4X3_RC3",
+                                     "IFC4X3_RC4", "IFC4X3", "IFC4X3_TC1", "IFC4X3_ADD1", "IFC4X3_ADD2"));
     for (const std::string_view name : SchemaLoader::builtInNames()) {
         const SchemaPset* pSchema = SchemaLoader::pBuiltIn(name);
         ASSERT_NE(pSchema, nullptr) << name;
@@ -114,8 +113,7 @@ TEST(BuiltInSchemas, HoldWellKnownFacts) {
     const auto& actor =
         dynamic_cast<const DataTypeSelect&>(*ifc4.pTypeFromName(ObjectName("IFCACTORSELECT"))->pDataType);
     EXPECT_TRUE(actor.boAllEntities);
-    const auto& value =
-        dynamic_cast<const DataTypeSelect&>(*ifc4.pTypeFromName(ObjectName("IFCVALUE"))->pDataType);
+    const auto& value = dynamic_cast<const DataTypeSelect&>(*ifc4.pTypeFromName(ObjectName("IFCVALUE"))->pDataType);
     EXPECT_FALSE(value.boAllEntities);
     EXPECT_TRUE(value.isCompatible(*ifc4.pTypeFromName(ObjectName("IFCLABEL"))));
     EXPECT_FALSE(value.isCompatible(wall));
@@ -127,8 +125,8 @@ TEST(BuiltInSchemas, HoldWellKnownFacts) {
     EXPECT_EQ(points.sTypeName, "IfcCartesianPoint");
 
     const SchemaPset& ifc2x3 = *SchemaLoader::pBuiltIn("IFC2X3");
-    const Attribute& latitude = *ifc2x3.pEntityFromName(ObjectName("IFCSITE"))
-                                     ->pAttributeFromName(AttributeName("RefLatitude"), false);
+    const Attribute& latitude =
+        *ifc2x3.pEntityFromName(ObjectName("IFCSITE"))->pAttributeFromName(AttributeName("RefLatitude"), false);
     ASSERT_EQ(latitude.types.size(), 2U);
     EXPECT_EQ(latitude.types[0], ifc2x3.pTypeFromName(ObjectName("IFCCOMPOUNDPLANEANGLEMEASURE")));
     EXPECT_EQ(sTypeText(latitude.types[1]), "INTEGER");

@@ -47,8 +47,8 @@ TEST(ExpressEntity, AttributesAreTheStepParametersInOrder) {
         {"redeclared among others", "A, SELF\\Base.P, B : REAL;", "P Q A B"},
         {"derived", "A : REAL; DERIVE D : REAL := 2 * A; F : LIST [1:?] OF UNIQUE REAL := [A];", "P Q A"},
         {"redeclared as derived: written as an asterisk", "DERIVE SELF\\Base.Q : REAL := 1.;", "P Q"},
-        {"before UNIQUE and WHERE",
-         "A : REAL; UNIQUE UR1 : A, P; UR2 : SELF\\Base.Q; WHERE W : A > 0; A < 1;", "P Q A"},
+        {"before UNIQUE and WHERE", "A : REAL; UNIQUE UR1 : A, P; UR2 : SELF\\Base.Q; WHERE W : A > 0; A < 1;",
+         "P Q A"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -77,8 +77,7 @@ TEST(ExpressEntity, AnAttributeKnowsOwnerNameHashAndOptionality) {
 // The chain as "text of [0] | text of [1] | ...".
 std::string sChain(const Attribute& attribute) {
     std::string sText;
-    for (const ObjectBase* pObject : attribute.types)
-        sText += (sText.empty() ? "" : " | ") + sTypeText(pObject);
+    for (const ObjectBase* pObject : attribute.types) sText += (sText.empty() ? "" : " | ") + sTypeText(pObject);
     return sText;
 }
 
@@ -106,13 +105,12 @@ TEST(ExpressEntity, TheChainOfTypesHasOneElementForEachLevel) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.sType);
-        const Loaded loaded(
-            std::string("TYPE Label = STRING; END_TYPE; TYPE Angle = LIST [3:4] OF INTEGER; END_TYPE;"
-                        "TYPE AngleAgain = Angle; END_TYPE;"
-                        "TYPE Matrix = ARRAY [1:2] OF LIST OF Label; END_TYPE;"
-                        "TYPE Choice = SELECT (Label, Angle); END_TYPE;"
-                        "ENTITY E; A : ") +
-            row.sType + "; END_ENTITY;");
+        const Loaded loaded(std::string("TYPE Label = STRING; END_TYPE; TYPE Angle = LIST [3:4] OF INTEGER; END_TYPE;"
+                                        "TYPE AngleAgain = Angle; END_TYPE;"
+                                        "TYPE Matrix = ARRAY [1:2] OF LIST OF Label; END_TYPE;"
+                                        "TYPE Choice = SELECT (Label, Angle); END_TYPE;"
+                                        "ENTITY E; A : ") +
+                            row.sType + "; END_ENTITY;");
         const Attribute& attribute = loaded.attribute("E", "A");
         EXPECT_EQ(sChain(attribute), row.sChain);
         EXPECT_EQ(attribute.sTypeName, row.sTypeName);

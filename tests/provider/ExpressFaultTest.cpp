@@ -75,8 +75,7 @@ TEST(ExpressFault, OfATypeDeclaration) {
         {"SCHEMA S; TYPE T = SELECT;", "1:26 \"(\" expected, \";\" found"},
         {"SCHEMA S; TYPE T = SELECT (A,);", "1:30 the name of a type or entity expected, \")\" found"},
         {"SCHEMA S; TYPE T = EXTENSIBLE REAL;", "1:31 ENUMERATION or SELECT expected, \"REAL\" found"},
-        {"SCHEMA S; TYPE T = EXTENSIBLE GENERIC_ENTITY ENUMERATION;",
-         "1:46 SELECT expected, \"ENUMERATION\" found"},
+        {"SCHEMA S; TYPE T = EXTENSIBLE GENERIC_ENTITY ENUMERATION;", "1:46 SELECT expected, \"ENUMERATION\" found"},
         {"SCHEMA S; TYPE T = ENUMERATION BASED_ON;", "1:40 the name of a type expected, \";\" found"},
     };
     for (const Row& row : rows) vExpectFaults(row);
@@ -88,8 +87,7 @@ TEST(ExpressFault, OfAnEntityDeclaration) {
         {"SCHEMA S; ENTITY E SUPERTYPE;", "1:29 OF expected, \";\" found"},
         {"SCHEMA S; ENTITY E SUPERTYPE OF (A;", "1:33 \"(\" not closed"},
         {"SCHEMA S; ENTITY E SUBTYPE OF A;", "1:31 \"(\" expected, \"A\" found"},
-        {"SCHEMA S; ENTITY E SUBTYPE OF (A, B);",
-         "1:33 E has more than one supertype, which is not supported"},
+        {"SCHEMA S; ENTITY E SUBTYPE OF (A, B);", "1:33 E has more than one supertype, which is not supported"},
         {"SCHEMA S; ENTITY E; A REAL;", "1:23 \":\" expected, \"REAL\" found"},
         {"SCHEMA S; ENTITY E; A := REAL;", "1:23 \":\" expected, \":=\" found"},
         {"SCHEMA S; ENTITY E SUPERTYPE OF (A; B); END_ENTITY; END_SCHEMA;", "1:33 \"(\" not closed"},
@@ -113,18 +111,14 @@ TEST(ExpressFault, OfAnEntityDeclaration) {
 }
 
 // "declarations" as a whole text that begins in line 2.
-std::string sText(const char* sDeclarations) {
-    return std::string("SCHEMA S;\n") + sDeclarations + "\nEND_SCHEMA;";
-}
+std::string sText(const char* sDeclarations) { return std::string("SCHEMA S;\n") + sDeclarations + "\nEND_SCHEMA;"; }
 
 TEST(ExpressFault, OfNamesHasAMessageEach) {
     const Row rows[] = {
         {"TYPE T = X; END_TYPE; TYPE U = LIST OF Y; END_TYPE;", "2:40 \"Y\" is not declared"},
-        {"TYPE T = X; END_TYPE;\nTYPE U = Y; END_TYPE;",
-         "2:10 \"X\" is not declared\n3:10 \"Y\" is not declared"},
+        {"TYPE T = X; END_TYPE;\nTYPE U = Y; END_TYPE;", "2:10 \"X\" is not declared\n3:10 \"Y\" is not declared"},
         {"TYPE T = REAL; END_TYPE;\nENTITY t; END_ENTITY;", "3:8 \"t\" is declared twice"},
-        {"ENTITY E; END_ENTITY; TYPE T = E; END_TYPE;",
-         "2:32 \"E\" is an entity; a type cannot be defined by it"},
+        {"ENTITY E; END_ENTITY; TYPE T = E; END_TYPE;", "2:32 \"E\" is an entity; a type cannot be defined by it"},
         {"TYPE T = SELECT (X); END_TYPE;", "2:18 \"X\" is not declared"},
         {"TYPE T = ENUMERATION OF (A, B, a); END_TYPE;", "2:32 \"a\" is enumerated twice"},
         {"TYPE T = ENUMERATION BASED_ON X; END_TYPE;", "2:31 \"X\" is not declared"},
@@ -139,8 +133,7 @@ TEST(ExpressFault, OfNamesHasAMessageEach) {
         {"ENTITY E; A : E; INVERSE A : E FOR A; END_ENTITY;", "2:26 \"A\" is declared twice in \"E\""},
         {"ENTITY E; INVERSE I : X FOR A; END_ENTITY;", "2:23 \"X\" is not declared"},
         {"ENTITY E; INVERSE I : E FOR A; END_ENTITY;", "2:29 \"A\" is not an attribute of \"E\""},
-        {"TYPE T = REAL; END_TYPE; ENTITY E; INVERSE I : T FOR A; END_ENTITY;",
-         "2:48 \"T\" is not an entity"},
+        {"TYPE T = REAL; END_TYPE; ENTITY E; INVERSE I : T FOR A; END_ENTITY;", "2:48 \"T\" is not an entity"},
         {"ENTITY E; INVERSE I : F FOR J; END_ENTITY; ENTITY F; A : E; INVERSE J : E FOR A; END_ENTITY;",
          "2:29 \"J\" is not an attribute of \"F\"\n2:79 \"A\" is not an attribute of \"E\""},
     };
@@ -153,8 +146,7 @@ TEST(ExpressFault, OfNamesHasAMessageEach) {
 TEST(ExpressFault, OfCyclesHasAMessageEach) {
     const Row rows[] = {
         {"TYPE T = T; END_TYPE;", "2:6 \"T\" is defined by itself"},
-        {"TYPE T = U; END_TYPE; TYPE U = T; END_TYPE; TYPE V = U; END_TYPE;",
-         "2:6 \"T\" is defined by itself"},
+        {"TYPE T = U; END_TYPE; TYPE U = T; END_TYPE; TYPE V = U; END_TYPE;", "2:6 \"T\" is defined by itself"},
         {"TYPE T = LIST OF T; END_TYPE;", "2:6 \"T\" is an aggregate of itself"},
         {"TYPE T = LIST OF U; END_TYPE; TYPE U = T; END_TYPE;", "2:6 \"T\" is an aggregate of itself"},
         {"TYPE T = SELECT (T); END_TYPE;", "2:6 \"T\" is a select that contains itself"},

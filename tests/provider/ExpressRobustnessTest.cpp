@@ -110,27 +110,22 @@ TEST(ExpressRobustness, NestingIsBounded) {
         {"remarks not closed", "SCHEMA S; " + sRepeated("(*", 100000), "comment not closed"},
         {"functions", "SCHEMA S; " + sRepeated("FUNCTION F; ", 100000), "FUNCTION not closed"},
         {"parentheses", "SCHEMA S; ENTITY E SUPERTYPE OF " + sRepeated("(", 100000), "\"(\" not closed"},
-        {"bounds", "SCHEMA S; TYPE T = LIST " + sRepeated("[", 100000),
-         "\"]\" expected, the end of the text found"},
-        {"aggregates", "SCHEMA S; TYPE T = " + sRepeated("LIST OF ", 100000),
-         "aggregates nest deeper than 16 levels"},
+        {"bounds", "SCHEMA S; TYPE T = LIST " + sRepeated("[", 100000), "\"]\" expected, the end of the text found"},
+        {"aggregates", "SCHEMA S; TYPE T = " + sRepeated("LIST OF ", 100000), "aggregates nest deeper than 16 levels"},
         {"one aggregate too many", "SCHEMA S; TYPE T = " + sRepeated("LIST OF ", 17) + "REAL; END_TYPE; END_SCHEMA;",
          "aggregates nest deeper than 16 levels"},
         {"as many aggregates as allowed",
          "SCHEMA S; TYPE T = " + sRepeated("LIST OF ", 16) + "REAL; END_TYPE; END_SCHEMA;", ""},
         {"defined types", sChained("TYPE T0 = REAL; END_TYPE;\n", "TYPE T% = T#; END_TYPE;", 20000), ""},
-        {"defined aggregates",
-         sChained("TYPE T0 = REAL; END_TYPE;\n", "TYPE T% = LIST OF T#; END_TYPE;", 20000),
+        {"defined aggregates", sChained("TYPE T0 = REAL; END_TYPE;\n", "TYPE T% = LIST OF T#; END_TYPE;", 20000),
          "\"T33\" nests aggregates too deep"},
         {"as many defined aggregates as allowed",
          sChained("TYPE T0 = REAL; END_TYPE;\n", "TYPE T% = LIST OF T#; END_TYPE;", 33), ""},
         {"selects", sChained("TYPE T0 = REAL; END_TYPE;\n", "TYPE T% = SELECT (T#); END_TYPE;", 20000),
          "\"T65\" is a select that nests too deep"},
-        {"selects of selects",
-         sChained("TYPE T0 = REAL; END_TYPE;\n", "TYPE T% = SELECT (T#, T#); END_TYPE;", 60), ""},
+        {"selects of selects", sChained("TYPE T0 = REAL; END_TYPE;\n", "TYPE T% = SELECT (T#, T#); END_TYPE;", 60), ""},
         {"extensions",
-         sChained("TYPE T0 = EXTENSIBLE SELECT; END_TYPE;\n", "TYPE T% = SELECT BASED_ON T#; END_TYPE;",
-                  20000),
+         sChained("TYPE T0 = EXTENSIBLE SELECT; END_TYPE;\n", "TYPE T% = SELECT BASED_ON T#; END_TYPE;", 20000),
          "\"T33\" is extended too often"},
         {"as many extensions as allowed",
          sChained("TYPE T0 = EXTENSIBLE SELECT; END_TYPE;\n", "TYPE T% = SELECT BASED_ON T#; END_TYPE;", 33), ""},
@@ -154,8 +149,7 @@ TEST(ExpressRobustness, NestingIsBounded) {
 }
 
 TEST(ExpressRobustness, ASelectAsDeepAsAllowedAnswersAtOnce) {
-    const std::string sText =
-        sChained("ENTITY T0; END_ENTITY;\n", "TYPE T% = SELECT (T#, T#); END_TYPE;", 65);
+    const std::string sText = sChained("ENTITY T0; END_ENTITY;\n", "TYPE T% = SELECT (T#, T#); END_TYPE;", 65);
     std::vector<oxa::ifc::SchemaMessage> messages;
     const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(sText, messages);
     ASSERT_NE(pSchema, nullptr) << sMessages(messages);

@@ -6,17 +6,16 @@ namespace {
 
 using namespace oxa::test;
 
-const char* const g_sSelects =
-    "ENTITY A; END_ENTITY; ENTITY B SUBTYPE OF (A); END_ENTITY; ENTITY C; END_ENTITY;\n"
-    "TYPE T = REAL; END_TYPE; TYPE U = T; END_TYPE; TYPE L = SET OF A; END_TYPE;\n"
-    "TYPE Entities = SELECT (A, C); END_TYPE;\n"
-    "TYPE Types = SELECT (T, U); END_TYPE;\n"
-    "TYPE Mixed = SELECT (B, T); END_TYPE;\n"
-    "TYPE OfEntities = SELECT (Again, B); END_TYPE;\n"
-    "TYPE OfMixed = SELECT (A, Mixed); END_TYPE;\n"
-    "TYPE WithAggregate = SELECT (A, L); END_TYPE;\n"
-    "TYPE Again = Entities; END_TYPE;\n"
-    "TYPE Empty = EXTENSIBLE SELECT; END_TYPE;\n";
+const char* const g_sSelects = "ENTITY A; END_ENTITY; ENTITY B SUBTYPE OF (A); END_ENTITY; ENTITY C; END_ENTITY;\n"
+                               "TYPE T = REAL; END_TYPE; TYPE U = T; END_TYPE; TYPE L = SET OF A; END_TYPE;\n"
+                               "TYPE Entities = SELECT (A, C); END_TYPE;\n"
+                               "TYPE Types = SELECT (T, U); END_TYPE;\n"
+                               "TYPE Mixed = SELECT (B, T); END_TYPE;\n"
+                               "TYPE OfEntities = SELECT (Again, B); END_TYPE;\n"
+                               "TYPE OfMixed = SELECT (A, Mixed); END_TYPE;\n"
+                               "TYPE WithAggregate = SELECT (A, L); END_TYPE;\n"
+                               "TYPE Again = Entities; END_TYPE;\n"
+                               "TYPE Empty = EXTENSIBLE SELECT; END_TYPE;\n";
 
 const DataTypeSelect& select(const Loaded& loaded, const char* sName) {
     return dynamic_cast<const DataTypeSelect&>(*loaded.type(sName).pDataType);
@@ -48,10 +47,9 @@ TEST(ExpressSelect, TakesMembersThroughNestedSelects) {
         bool boCompatible;
     };
     const Row rows[] = {
-        {"Entities", "A", true},    {"Entities", "B", true}, {"Entities", "T", false},
-        {"OfEntities", "C", true},  {"OfMixed", "T", true},  {"OfMixed", "U", false},
-        {"OfMixed", "C", false},    {"Types", "U", true},    {"WithAggregate", "L", true},
-        {"OfMixed", "Mixed", true}, {"Empty", "A", false},
+        {"Entities", "A", true},      {"Entities", "B", true},    {"Entities", "T", false}, {"OfEntities", "C", true},
+        {"OfMixed", "T", true},       {"OfMixed", "U", false},    {"OfMixed", "C", false},  {"Types", "U", true},
+        {"WithAggregate", "L", true}, {"OfMixed", "Mixed", true}, {"Empty", "A", false},
     };
     const Loaded loaded(g_sSelects);
     for (const Row& row : rows) {

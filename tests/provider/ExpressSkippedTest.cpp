@@ -21,8 +21,7 @@ TEST(ExpressSkipped, DeclarationsAroundItStay) {
         {"function", "FUNCTION F (A : LIST OF GENERIC) : REAL; RETURN (1.5E-3); END_FUNCTION;"},
         {"function in a function",
          "FUNCTION F : REAL; FUNCTION G : REAL; END_FUNCTION; PROCEDURE P; END_PROCEDURE; END_FUNCTION;"},
-        {"strings in a function",
-         "FUNCTION F : REAL; X := 'END_FUNCTION;' + 'it''s' + \"0000\"; END_FUNCTION;"},
+        {"strings in a function", "FUNCTION F : REAL; X := 'END_FUNCTION;' + 'it''s' + \"0000\"; END_FUNCTION;"},
         {"entity parameter in a function", "FUNCTION F (A : AGGREGATE OF E) : ENTITY; TYPE END_FUNCTION;"},
         {"procedure", "PROCEDURE P; END_PROCEDURE;"},
         {"rule", "RULE R FOR (E); LOCAL X : REAL := 1; END_LOCAL; WHERE W : TRUE; END_RULE;"},
@@ -36,8 +35,7 @@ TEST(ExpressSkipped, DeclarationsAroundItStay) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        const Loaded loaded("ENTITY E; END_ENTITY; " + std::string(row.sText) +
-                            " ENTITY After; A : E; END_ENTITY;");
+        const Loaded loaded("ENTITY E; END_ENTITY; " + std::string(row.sText) + " ENTITY After; A : E; END_ENTITY;");
         EXPECT_EQ(loaded.attribute("After", "A").types.at(0), &loaded.entity("E"));
     }
 }
@@ -52,8 +50,7 @@ TEST(ExpressSkipped, TheFrameOfATextMayVary) {
         {"byte order mark", "\xEF\xBB\xBFSCHEMA TEST; ENTITY E; END_ENTITY; END_SCHEMA;"},
         {"version", "SCHEMA TEST '{ iso standard }'; ENTITY E; END_ENTITY; END_SCHEMA;"},
         {"version with a quote in it", "SCHEMA TEST 'it''s'; ENTITY E; END_ENTITY; END_SCHEMA;"},
-        {"remarks around",
-         "(* a *) -- b\nSCHEMA test; ENTITY E; END_ENTITY; END_SCHEMA; (* c *) -- no line end"},
+        {"remarks around", "(* a *) -- b\nSCHEMA test; ENTITY E; END_ENTITY; END_SCHEMA; (* c *) -- no line end"},
         {"CR LF", "SCHEMA TEST;\r\nENTITY E;\r\nEND_ENTITY;\r\nEND_SCHEMA;\r\n"},
     };
     for (const Row& row : rows) {

@@ -32,8 +32,8 @@ class Loaded {
 public:
     explicit Loaded(std::string_view body) {
         std::vector<oxa::ifc::SchemaMessage> messages;
-        m_pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(
-            "SCHEMA TEST;\n" + std::string(body) + "\nEND_SCHEMA;\n", messages);
+        m_pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress("SCHEMA TEST;\n" + std::string(body) + "\nEND_SCHEMA;\n",
+                                                               messages);
         EXPECT_EQ(sMessages(messages), "");
         if (!m_pSchema) throw std::runtime_error("no schema");
     }

@@ -106,8 +106,9 @@ TEST(ExpressType, AnAttributeKeepsItsWidth) {
     const struct {
         const char* sAttribute;
         const char* sType;
-    } rows[] = {{"A", "STRING"},    {"B", "STRING(22) FIXED"}, {"C", "STRING(22)"}, {"D", "STRING"},
-                {"L", "LIST OF STRING(5)"}, {"F", "BINARY(8)"}, {"G", "BINARY"}, {"H", "INTEGER"}};
+    } rows[] = {
+        {"A", "STRING"},    {"B", "STRING(22) FIXED"}, {"C", "STRING(22)"}, {"D", "STRING"}, {"L", "LIST OF STRING(5)"},
+        {"F", "BINARY(8)"}, {"G", "BINARY"},           {"H", "INTEGER"}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sAttribute);
         EXPECT_EQ(sTypeText(loaded.attribute("E", row.sAttribute).types[0]), row.sType);

@@ -86,13 +86,13 @@ TEST(FactTable, WithABaseHoldsTheDifferences) {
 
 // The ordinals of types, and with them the order of the entities of a model, go by the names, whichever table has them.
 TEST(FactTable, WithABaseNumbersTheTypesByName) {
-    const auto pSchema = pGraph({"schema A\nentity B\nentity F\nentity D B\n",
-                                 "schema C\nbase A\nentity A\nentity C B\nentity E\nentity G\n"});
+    const auto pSchema = pGraph(
+        {"schema A\nentity B\nentity F\nentity D B\n", "schema C\nbase A\nentity A\nentity C B\nentity E\nentity G\n"});
     ASSERT_NE(pSchema, nullptr);
     std::vector<std::string> byOrdinal(7);
     for (const Schema::Record& record : pSchema->objects)
-        byOrdinal.at(pAsEntity(record.pObject)->iTypeOrdinal - pSchema->pEntityFromName(ObjectName("A"))->iTypeOrdinal) =
-            record.pObject->sName;
+        byOrdinal.at(pAsEntity(record.pObject)->iTypeOrdinal -
+                     pSchema->pEntityFromName(ObjectName("A"))->iTypeOrdinal) = record.pObject->sName;
     EXPECT_EQ(byOrdinal, (std::vector<std::string>{"A", "B", "C", "D", "E", "F", "G"}));
 }
 

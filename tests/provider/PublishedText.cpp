@@ -17,8 +17,7 @@ std::string sWithoutRemarks(std::string sText) {
 }
 
 // What stands between each "BEGIN " at the start of a line and the "END" behind it.
-std::vector<std::string> blocks(const std::string& sText, const std::string& sBegin,
-                                const std::string& sEnd) {
+std::vector<std::string> blocks(const std::string& sText, const std::string& sBegin, const std::string& sEnd) {
     std::vector<std::string> result;
     std::size_t iAt = 0;
     while ((iAt = sText.find('\n' + sBegin + ' ', iAt)) != std::string::npos) {

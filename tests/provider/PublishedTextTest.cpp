@@ -153,8 +153,8 @@ TEST_P(PublishedTextTest, TypeOrdinalsAndInverseRelationsHold) {
     for (const Entity* pEntity : entities) {
         SCOPED_TRACE(pEntity->sName);
         for (const Entity* pOther : entities) {
-            const bool boInRange = pOther->iTypeOrdinal >= pEntity->iTypeOrdinal &&
-                                   pOther->iTypeOrdinal <= pEntity->iTypeOrdinalLast;
+            const bool boInRange =
+                pOther->iTypeOrdinal >= pEntity->iTypeOrdinal && pOther->iTypeOrdinal <= pEntity->iTypeOrdinalLast;
             ASSERT_EQ(boInRange, boIsSubtype(pOther, pEntity)) << pOther->sName;
         }
         EXPECT_EQ(pEntity->boHasInverse,

@@ -24,9 +24,7 @@ using namespace oxa::test;
 using oxa::ifc::SchemaLoader;
 using oxa::ifc::def::SchemaPset;
 
-const SchemaPset& ifc4() {
-    return *SchemaLoader::pBuiltIn("IFC4");
-}
+const SchemaPset& ifc4() { return *SchemaLoader::pBuiltIn("IFC4"); }
 
 const Entity& entityOf(std::string_view name) {
     const Entity* pEntity = pAsEntity(ifc4().pObjectFromName(name));
@@ -39,13 +37,9 @@ void vForEachEntity(const SchemaPset& schema, const std::function<void(const Ent
         if (const Entity* pEntity = pAsEntity(record.pObject)) function(*pEntity);
 }
 
-std::uint32_t modeOf(const AttributeInverse& inverse) {
-    return inverse.pXmlInverse ? *inverse.pXmlInverse : 0;
-}
+std::uint32_t modeOf(const AttributeInverse& inverse) { return inverse.pXmlInverse ? *inverse.pXmlInverse : 0; }
 
-bool boWritten(const Attribute& attribute) {
-    return !attribute.pXml || attribute.pXml->boExported;
-}
+bool boWritten(const Attribute& attribute) { return !attribute.pXml || attribute.pXml->boExported; }
 
 // --- without the published files ----------------------------------------------------------------------------------
 
@@ -98,9 +92,9 @@ TEST(XmlMapping, AttributesHaveARecordWhereTheyDepartFromTheDefaults) {
         const auto* pXml = pAttribute->pXml;
         std::string sRecord = "default";
         if (pXml)
-            sRecord = !pXml->boExported ? "left out"
-                                        : "mode " + std::to_string(pXml->mode) +
-                                              (pXml->boListAsText ? ", list as text" : "");
+            sRecord = !pXml->boExported
+                          ? "left out"
+                          : "mode " + std::to_string(pXml->mode) + (pXml->boListAsText ? ", list as text" : "");
         EXPECT_EQ(sRecord, row.sRecord);
     }
 }
@@ -111,14 +105,22 @@ TEST(XmlMapping, InverseAttributesAreElementsOneByOneOrInAContainer) {
         const char* sInverse;
         std::uint32_t mode;
     } rows[] = {
-        {"IfcObjectDefinition", "IsDecomposedBy", 2},  {"IfcObjectDefinition", "Decomposes", 0},
-        {"IfcObjectDefinition", "IsNestedBy", 2},      {"IfcObjectDefinition", "Nests", 0},
-        {"IfcObjectDefinition", "HasAssociations", 0}, {"IfcObject", "IsTypedBy", 1},
-        {"IfcObject", "IsDefinedBy", 2},               {"IfcContext", "IsDefinedBy", 2},
-        {"IfcSpatialElement", "ContainsElements", 2},  {"IfcElement", "ContainedInStructure", 0},
-        {"IfcElement", "HasOpenings", 1},              {"IfcOpeningElement", "HasFillings", 1},
-        {"IfcElement", "FillsVoids", 0},               {"IfcRepresentationItem", "StyledByItem", 1},
-        {"IfcTypeObject", "Types", 0},                 {"IfcMaterialDefinition", "HasProperties", 2},
+        {"IfcObjectDefinition", "IsDecomposedBy", 2},
+        {"IfcObjectDefinition", "Decomposes", 0},
+        {"IfcObjectDefinition", "IsNestedBy", 2},
+        {"IfcObjectDefinition", "Nests", 0},
+        {"IfcObjectDefinition", "HasAssociations", 0},
+        {"IfcObject", "IsTypedBy", 1},
+        {"IfcObject", "IsDefinedBy", 2},
+        {"IfcContext", "IsDefinedBy", 2},
+        {"IfcSpatialElement", "ContainsElements", 2},
+        {"IfcElement", "ContainedInStructure", 0},
+        {"IfcElement", "HasOpenings", 1},
+        {"IfcOpeningElement", "HasFillings", 1},
+        {"IfcElement", "FillsVoids", 0},
+        {"IfcRepresentationItem", "StyledByItem", 1},
+        {"IfcTypeObject", "Types", 0},
+        {"IfcMaterialDefinition", "HasProperties", 2},
         {"IfcGeometricRepresentationContext", "HasCoordinateOperation", 2},
     };
     for (const auto& row : rows) {
@@ -158,8 +160,7 @@ TEST(XmlMapping, OtherSchemasHaveNone) {
         EXPECT_EQ(schema.pXmlDefaults, nullptr);
         vForEachEntity(schema, [](const Entity& entity) {
             for (const Attribute& attribute : entity.ownAttributes) EXPECT_EQ(attribute.pXml, nullptr);
-            for (const AttributeInverse& inverse : entity.ownInverseAttributes)
-                EXPECT_EQ(inverse.pXmlInverse, nullptr);
+            for (const AttributeInverse& inverse : entity.ownInverseAttributes) EXPECT_EQ(inverse.pXmlInverse, nullptr);
         });
     }
 }
@@ -173,7 +174,8 @@ std::string sExpressOf(const std::string& sSchema, const std::string& sWithout) 
         for (const Attribute& attribute : entity.ownAttributes)
             if (entity.sName + '.' + attribute.sName != sWithout)
                 sText += attribute.sName + " : OPTIONAL " +
-                         (attribute.inverses.empty() ? "LIST OF IfcCount" : attribute.inverses[0]->pOwner->sName) + "; ";
+                         (attribute.inverses.empty() ? "LIST OF IfcCount" : attribute.inverses[0]->pOwner->sName) +
+                         "; ";
         for (const AttributeInverse& inverse : entity.ownInverseAttributes)
             if (entity.sName + '.' + inverse.sName != sWithout)
                 sInverse += inverse.sName + " : SET OF " + inverse.pForAttribute->pOwner->sName + " FOR " +
@@ -253,7 +255,8 @@ TEST_F(PublishedXml, TheTextOfTheSchemaGivesTheSame) {
     if (!std::filesystem::exists(path)) GTEST_SKIP() << path << " is not at hand";
     std::ifstream stream(path, std::ios::binary);
     std::vector<oxa::ifc::SchemaMessage> messages;
-    const auto pSchema = SchemaLoader::pSchemaFromExpress(std::string(std::istreambuf_iterator<char>(stream), {}), messages);
+    const auto pSchema =
+        SchemaLoader::pSchemaFromExpress(std::string(std::istreambuf_iterator<char>(stream), {}), messages);
     ASSERT_NE(pSchema, nullptr);
     EXPECT_EQ(pSchema->pXmlDefaults, ifc4().pXmlDefaults);
     std::size_t iEntities = 0;
@@ -335,8 +338,9 @@ std::string sPlace(const Attribute& attribute) {
     const ObjectBase* pType = attribute.types.front();
     const auto& defaults = *ifc4().pXmlDefaults;
     const bool boEntity = pAsEntity(pType) != nullptr;
-    const std::uint32_t mode =
-        attribute.pXml ? attribute.pXml->mode : boEntity ? defaults.iModeEntity : defaults.iModeValue;
+    const std::uint32_t mode = attribute.pXml ? attribute.pXml->mode
+                               : boEntity     ? defaults.iModeEntity
+                                              : defaults.iModeValue;
     if (boEntity) return mode == 1 ? "element" : "attribute";
     const DataKind kind = pDataTypeOf(pType)->kind;
     const ObjectBase* pLast = attribute.types.back();
@@ -379,8 +383,7 @@ TEST_F(PublishedXml, XsdHasEverythingInTheSamePlace) {
         }
         for (const AttributeInverse& inverse : entity.ownInverseAttributes)
             if (const std::uint32_t mode = modeOf(inverse); mode != 0)
-                ours[inverse.sName] =
-                    entity.sName + '.' + inverse.sName == g_sContained ? "element" : places[mode];
+                ours[inverse.sName] = entity.sName + '.' + inverse.sName == g_sContained ? "element" : places[mode];
         EXPECT_EQ(ours, published);
     });
 }

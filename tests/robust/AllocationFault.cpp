@@ -24,7 +24,7 @@ constinit std::atomic<std::ptrdiff_t> g_iAlive{0};
 // Of AllocationFaultElsewhere.
 struct StateElsewhere {
     std::atomic<bool> boArmed{false};
-    bool boAllLater = false;    // this and the next are written before boArmed
+    bool boAllLater = false;   // this and the next are written before boArmed
     std::size_t iFaulty = 0;
     std::atomic<std::size_t> iSeen{0};
 };
@@ -108,9 +108,7 @@ void* operator new(std::size_t iBytes) {
     throw std::bad_alloc();
 }
 void* operator new[](std::size_t iBytes) { return operator new(iBytes); }
-void* operator new[](std::size_t iBytes, const std::nothrow_t&) noexcept {
-    return operator new(iBytes, std::nothrow);
-}
+void* operator new[](std::size_t iBytes, const std::nothrow_t&) noexcept { return operator new(iBytes, std::nothrow); }
 
 void operator delete(void* pBytes) noexcept {
     if (pBytes) oxa::ifc::g_iAlive.fetch_sub(1, std::memory_order_relaxed);

@@ -19,7 +19,8 @@ namespace {
 class ExactStream : private std::streambuf, public std::istream {
 public:
     explicit ExactStream(std::string_view bytes)
-        : std::istream(static_cast<std::streambuf*>(this)), m_pBytes(new char[bytes.size()]) {
+        : std::istream(static_cast<std::streambuf*>(this)),
+          m_pBytes(new char[bytes.size()]) {
         bytes.copy(m_pBytes.get(), bytes.size());
         setg(m_pBytes.get(), m_pBytes.get(), m_pBytes.get() + bytes.size());
     }

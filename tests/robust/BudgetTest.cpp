@@ -66,13 +66,7 @@ std::vector<BudgetRow> budgetRows() {
         {"opening parentheses", {{sPoint}, {"(", 10 * g_iMega}, {";\n"}}, true, 0, 0, 6, 30},
         {"one long list", {{sPoint + "(1."}, {",1.", 66 * g_iMega}, {"));\n"}}, true, 1, 0, 6, 30},
         {"one long string", {{sNamed}, text, {sRest}}, true, 1, 0, 5, 30},
-        {"one long string of escapes",
-         {{sNamed}, {"\\X2\\00E9\\X0\\x", 15 * g_iMega}, {sRest}},
-         true,
-         1,
-         0,
-         5,
-         30},
+        {"one long string of escapes", {{sNamed}, {"\\X2\\00E9\\X0\\x", 15 * g_iMega}, {sRest}}, true, 1, 0, 5, 30},
         {"one long comment", {{"/*"}, text, {"*/" + sWall}}, true, 1, 0, 0, 30},
         {"one long run of blanks", {{"          ", 20 * g_iMega}, {sWall}}, true, 1, 0, 0, 30},
         {"no end of a statement", {{sPoint + "(1."}, {",1.23456789,", 83 * g_iMega}}, false, 0, 1, 3, 30},
@@ -112,8 +106,8 @@ std::vector<Repeated> fileOf(std::vector<Repeated> data, bool boEnds) {
 void vExpectWithin(const Cost& cost, std::size_t iBytes, std::size_t iMegabytes, double seconds) {
     EXPECT_EQ(cost.iStatus, 0);
     std::cout << "    " << std::fixed << std::setprecision(1) << static_cast<double>(iBytes) / 1e6
-              << " MB of input: " << cost.iMegabytes << " MB of " << iMegabytes << ", " << cost.seconds
-              << " s of " << seconds << '\n';
+              << " MB of input: " << cost.iMegabytes << " MB of " << iMegabytes << ", " << cost.seconds << " s of "
+              << seconds << '\n';
     if (!g_boMeasured) return;
     EXPECT_LE(cost.iMegabytes, iMegabytes);
     EXPECT_LE(cost.seconds, seconds);
@@ -131,9 +125,8 @@ TEST_P(Budget, IsKept) {
         const std::size_t iBytes = iBytesOf(parts);
         const double seconds = 2 + row.secondsPer100Mb * static_cast<double>(iBytes) / 1e8;
         Cost cost;
-        const auto outcome =
-            inChildProcess<Outcome>(static_cast<unsigned>(g_boMeasured ? 3 * seconds : 300) + 1, cost,
-                                    [&] { return outcomeOf(parts, GetParam()); });
+        const auto outcome = inChildProcess<Outcome>(static_cast<unsigned>(g_boMeasured ? 3 * seconds : 300) + 1, cost,
+                                                     [&] { return outcomeOf(parts, GetParam()); });
         vExpectWithin(cost, iBytes, 100 + row.iBytesPerByte * iBytes / g_iMega, seconds);
         EXPECT_EQ(outcome.boRead, row.boEnds);
         EXPECT_EQ(outcome.iEntities, row.iEntities);
@@ -169,8 +162,8 @@ TEST(Budget, NumbersMayBeSpreadOverAllThirtyTwoBits) {
         {"of instances", sSpread(57'000, "#", "=IFCDIRECTION((1.));\n"), 57'000, 0, 600},
         // The worst there is: a page of the table for each eleven bytes, and a report.
         {"of references",
-         "#1=IFCRELAGGREGATES('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,#1,(#1" + sSpread(170'000, ",#", "") + "));\n",
-         1, 169'999, 900},
+         "#1=IFCRELAGGREGATES('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,#1,(#1" + sSpread(170'000, ",#", "") + "));\n", 1, 169'999,
+         900},
     };
     for (const SpreadRow& row : rows) {
         SCOPED_TRACE(row.sRule);
@@ -219,8 +212,8 @@ TEST(Budget, OrderedWriteOfLongStatements) {
 TEST(Budget, HeaderTextOfLineFeeds) {
     const std::string sText = "HEADER;\n" + std::string(g_iMega, '\n') + "ENDSEC;\n";
     Cost cost;
-    const bool boParsed = inChildProcess<bool>(
-        60, cost, [&sText] { return ifc::FileHeader::parseFromString(sText).has_value(); });
+    const bool boParsed =
+        inChildProcess<bool>(60, cost, [&sText] { return ifc::FileHeader::parseFromString(sText).has_value(); });
     vExpectWithin(cost, sText.size(), 100, 20);
     EXPECT_TRUE(boParsed);
 }

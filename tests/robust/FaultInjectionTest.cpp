@@ -58,9 +58,8 @@ std::string sOf(const File& file, const Errors& errors, bool boGood) {
     return sText + out.str();
 }
 
-const std::string g_sFaultyFile =
-    "ISO-10303-21;HEADER;FILE_X();FILE_SCHEMA(('IFC4'));ENDSEC;DATA;#1=IFCX();\n"
-    "#2=IFCWALL('short',5,(6,#x),*,#70000000,.NO.,\"G\");#2=IFCROOT();ENDSEC;";
+const std::string g_sFaultyFile = "ISO-10303-21;HEADER;FILE_X();FILE_SCHEMA(('IFC4'));ENDSEC;DATA;#1=IFCX();\n"
+                                  "#2=IFCWALL('short',5,(6,#x),*,#70000000,.NO.,\"G\");#2=IFCROOT();ENDSEC;";
 
 template <const std::string& sText>
 class ReadScenario : public Scenario {
@@ -97,7 +96,8 @@ private:
 class WriteScenario : public Scenario {
 public:
     explicit WriteScenario(WriteOptions options = {.boSingleThreaded = true})
-        : m_model(g_sSmallFile, true, {}), m_options(std::move(options)) {}
+        : m_model(g_sSmallFile, true, {}),
+          m_options(std::move(options)) {}
     void vRun() override { m_boWritten = m_model.file.boWrite(m_out, m_errors, m_options); }
     std::string sResult() override {
         BlockStream again;
@@ -158,10 +158,9 @@ public:
     std::string sResult() override { return (m_header ? "" : "!") + m_sWritten; }
 
 private:
-    std::string m_sText = g_sSmallFile
-                              .substr(g_sSmallFile.find("FILE_DESC"),
-                                      g_sSmallFile.find("DATA;") - g_sSmallFile.find("FILE_DESC"))
-                              .insert(0, "HEADER;\n");
+    std::string m_sText =
+        g_sSmallFile.substr(g_sSmallFile.find("FILE_DESC"), g_sSmallFile.find("DATA;") - g_sSmallFile.find("FILE_DESC"))
+            .insert(0, "HEADER;\n");
     std::optional<FileHeader> m_header;
     std::string m_sWritten;
 };
@@ -180,8 +179,7 @@ public:
         m_boSet &= pPlace->boValueSet<const Entity*>(AttributeName("Location"), pPoint, data);
         data.entityAdd(pPlace);
         Entity* const pWall = data.pEntityCreate(ObjectName("IFCWALL"));
-        m_boSet &=
-            pWall->boValueSet(AttributeName("Name"), std::string("a name that is no short string"), data);
+        m_boSet &= pWall->boValueSet(AttributeName("Name"), std::string("a name that is no short string"), data);
         data.entityAdd(pWall);
     }
     std::string sResult() override {
@@ -212,8 +210,7 @@ public:
     }
 
 private:
-    std::string m_sText =
-        sFileBytes(std::filesystem::path(OXA_SOURCE_DIR) / "fuzz/seeds/ExpressText/all.exp");
+    std::string m_sText = sFileBytes(std::filesystem::path(OXA_SOURCE_DIR) / "fuzz/seeds/ExpressText/all.exp");
     std::unique_ptr<def::SchemaPset> m_pSchema;
     std::vector<SchemaMessage> m_messages;
 };
@@ -222,14 +219,12 @@ class XmlScenario : public Scenario {
 public:
     void vRun() override {
         xml::Import import;
-        m_boGood =
-            import.boLoad(m_in) && import.boImportHeader(m_file, {}) && import.boImportData(m_file.data());
+        m_boGood = import.boLoad(m_in) && import.boImportHeader(m_file, {}) && import.boImportData(m_file.data());
     }
     std::string sResult() override { return sOf(m_file, Errors(), m_boGood); }
 
 private:
-    std::istringstream m_in{
-        sFileBytes(std::filesystem::path(OXA_SOURCE_DIR) / "fuzz/seeds/XmlDocument/whole.ifcxml")};
+    std::istringstream m_in{sFileBytes(std::filesystem::path(OXA_SOURCE_DIR) / "fuzz/seeds/XmlDocument/whole.ifcxml")};
     File m_file;
     bool m_boGood = false;
 };
@@ -239,8 +234,8 @@ public:
     XmlExportScenario() : m_model(g_sSmallFile, true, {}) {}
     void vRun() override {
         xml::Export xmlExport;
-        m_boGood = xmlExport.boExportHeader(m_model.file.header()) &&
-                   xmlExport.boExportData(m_model.file.data(), {}) && xmlExport.boSave(m_out);
+        m_boGood = xmlExport.boExportHeader(m_model.file.header()) && xmlExport.boExportData(m_model.file.data(), {}) &&
+                   xmlExport.boSave(m_out);
     }
     std::string sResult() override { return (m_boGood && m_out ? "" : "!") + m_out.sText(); }
 
@@ -258,8 +253,7 @@ std::unique_ptr<Scenario> pMake() {
 struct ScenarioRow {
     const char* sName;
     std::unique_ptr<Scenario> (*make)();
-    bool boWell =
-        true;   // an undisturbed run has nothing to report, so that a disturbed one can be held against it
+    bool boWell = true;   // an undisturbed run has nothing to report, so that a disturbed one can be held against it
 };
 // Not Errors::writeReport(): the JSON library behind it leaks what it has begun when memory runs out.
 const ScenarioRow g_scenarios[] = {
@@ -295,8 +289,7 @@ std::pair<std::size_t, std::string> undisturbed(const ScenarioRow& row) {
 }
 
 // False where a result is wrong and nobody was told.
-bool boRunStruck(const ScenarioRow& row, std::size_t iAllocation, bool boAllLater,
-                 const std::string& sExpected) {
+bool boRunStruck(const ScenarioRow& row, std::size_t iAllocation, bool boAllLater, const std::string& sExpected) {
     const std::unique_ptr<Scenario> pScenario = row.make();
     bool boTold = false;
     try {
@@ -332,8 +325,10 @@ INSTANTIATE_TEST_SUITE_P(In, MemoryRunsOut, testing::ValuesIn(g_scenarios),
 
 // Statements of one kind, each with a GlobalId, so that the collector has something to enter.
 std::string sRooted(std::size_t iNumber) {
-    const Guid guid{0x01020304U, 0, 0, {1, 2, 3, 4, 5, 6, static_cast<std::uint8_t>(iNumber >> 8),
-                                        static_cast<std::uint8_t>(iNumber)}};
+    const Guid guid{0x01020304U,
+                    0,
+                    0,
+                    {1, 2, 3, 4, 5, 6, static_cast<std::uint8_t>(iNumber >> 8), static_cast<std::uint8_t>(iNumber)}};
     return '#' + std::to_string(iNumber) + "=IFCWALL('" + IfcGuid::toIfcGuid(guid) + "',$,'a name',$,$,$,$,$,$);\n";
 }
 
@@ -392,8 +387,7 @@ TEST(MemoryRunsOut, WhileAnEntityIsEntered) {
         try {
             const AllocationFault fault(iAllocation, false);
             file.boRead(in, {}, errors, true, {}, true);
-        } catch (const std::bad_alloc&) {
-        }
+        } catch (const std::bad_alloc&) {}
         EXPECT_EQ(file.data().guidEntityMap().size(), file.data().entities().size());
         return AllocationFault::iAllocations();
     };

@@ -55,8 +55,7 @@ inline const std::vector<Fixture>& stepFixtures() {
         namespace fs = std::filesystem;
         std::vector<Fixture> found{{"small", g_sSmallFile}};
         for (const char* sFolder : {"examples", "fuzz/seeds/StepFile"})
-            for (const fs::directory_entry& entry :
-                 fs::directory_iterator(fs::path(OXA_SOURCE_DIR) / sFolder))
+            for (const fs::directory_entry& entry : fs::directory_iterator(fs::path(OXA_SOURCE_DIR) / sFolder))
                 if (entry.path().extension() == ".ifc")
                     found.push_back({entry.path().stem().string(), sFileBytes(entry.path())});
         return found;

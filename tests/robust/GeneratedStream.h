@@ -30,15 +30,15 @@ inline std::size_t iBytesOf(const std::vector<Repeated>& parts) {
 class GeneratedStream : private std::streambuf, public std::istream {
 public:
     explicit GeneratedStream(std::vector<Repeated> parts)
-        : std::istream(static_cast<std::streambuf*>(this)), m_parts(std::move(parts)) {}
+        : std::istream(static_cast<std::streambuf*>(this)),
+          m_parts(std::move(parts)) {}
 
 private:
     using Traits = std::streambuf::traits_type;
 
     // A block of many repetitions at once, as far as there are that many left.
     Traits::int_type underflow() override {
-        while (m_iPart < m_parts.size() && (m_parts[m_iPart].iTimes == 0 || m_parts[m_iPart].sText.empty()))
-            ++m_iPart;
+        while (m_iPart < m_parts.size() && (m_parts[m_iPart].iTimes == 0 || m_parts[m_iPart].sText.empty())) ++m_iPart;
         if (m_iPart == m_parts.size()) return Traits::eof();
         Repeated& part = m_parts[m_iPart];
         const std::size_t iTimes = std::min(part.iTimes, std::max<std::size_t>(65536 / part.sText.size(), 1));

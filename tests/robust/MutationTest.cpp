@@ -68,14 +68,12 @@ void vExpectThreadedTheSame(const std::string& sText, const ReadFileModel& singl
     const auto expected = comparableRecords(single.errors);
     const auto found = comparableRecords(threaded.errors);
     // Which of two statements of one number wins is open, and the threaded read may have come to the second one alone.
-    if (boHasKey(single.errors, "Error_EntityIdReused") || boHasKey(threaded.errors, "Error_EntityIdReused"))
-        return;
+    if (boHasKey(single.errors, "Error_EntityIdReused") || boHasKey(threaded.errors, "Error_EntityIdReused")) return;
     if (single.errors.boFatal()) {
         // The scanner may be ahead of the worker that finds the fault: nothing less, but more may have been read.
         EXPECT_TRUE(threaded.errors.boFatal());
         EXPECT_TRUE(std::ranges::includes(found, expected))
-            << "threaded: " << testing::PrintToString(found)
-            << "\nsingle: " << testing::PrintToString(expected);
+            << "threaded: " << testing::PrintToString(found) << "\nsingle: " << testing::PrintToString(expected);
         return;
     }
     EXPECT_EQ(found, expected);

@@ -39,7 +39,9 @@ struct Broken : std::runtime_error {
 class BreakingBuffer : public std::streambuf {
 public:
     BreakingBuffer(std::string sInput, std::size_t iFaulty, bool boThrows)
-        : m_sInput(std::move(sInput)), m_iFaulty(iFaulty), m_boThrows(boThrows) {}
+        : m_sInput(std::move(sInput)),
+          m_iFaulty(iFaulty),
+          m_boThrows(boThrows) {}
     [[nodiscard]] bool boBroken() const noexcept { return m_iCalls > m_iFaulty; }
     [[nodiscard]] const std::string& sOutput() const noexcept { return m_sOutput; }
 
@@ -123,8 +125,7 @@ TEST(StreamBreaks, InAReadOfAFile) {
             File file;
             io::ReadError errors;
             bool boRead = false;
-            const bool boTold =
-                boThrew([&] { boRead = file.boRead(in, {}, errors, true, {}, boSingleThreaded); });
+            const bool boTold = boThrew([&] { boRead = file.boRead(in, {}, errors, true, {}, boSingleThreaded); });
             EXPECT_TRUE(boTold || boRead == errors.records().empty());
             EXPECT_TRUE(!boRead || file.data().entities().size() == 14);
             vUse(file.data());
@@ -144,15 +145,13 @@ TEST(StreamBreaks, InAReadOfASimpleFile) {
 }
 
 TEST(StreamBreaks, InAnImport) {
-    const std::string sText =
-        sFileBytes(std::filesystem::path(OXA_SOURCE_DIR) / "fuzz/seeds/XmlDocument/whole.ifcxml");
+    const std::string sText = sFileBytes(std::filesystem::path(OXA_SOURCE_DIR) / "fuzz/seeds/XmlDocument/whole.ifcxml");
     vAtEachCall<std::istream>(sText, [&](std::istream& in, const BreakingBuffer& buffer) {
         File file;
         xml::Import import;
         bool boGood = false;
-        const bool boTold = boThrew([&] {
-            boGood = import.boLoad(in) && import.boImportHeader(file, {}) && import.boImportData(file.data());
-        });
+        const bool boTold = boThrew(
+            [&] { boGood = import.boLoad(in) && import.boImportHeader(file, {}) && import.boImportData(file.data()); });
         EXPECT_EQ(boGood, !boTold && !buffer.boBroken());
         vUse(file.data());
     });
@@ -188,18 +187,15 @@ const WriteRow g_writeRows[] = {
      [](const File&, std::ostream& out) {
          io::WriteError errors;
          for (unsigned i = 0; i < 5; ++i)
-             errors.add(nullptr, Errors::Error, Errors::Value, "Error_UnknownEntityType", "IFCX",
-                        "#1=IFCX();", i);
+             errors.add(nullptr, Errors::Error, Errors::Value, "Error_UnknownEntityType", "IFCX", "#1=IFCX();", i);
          errors.vErrorsWrite(out);
-         return errors.writeReport("{{ filename }}{% for c in categories %}{{ c.description }}{% endfor %}",
-                                   out, "a");
+         return errors.writeReport("{{ filename }}{% for c in categories %}{{ c.description }}{% endfor %}", out, "a");
      }},
 };
 
 // Whoever looks at the answer, at the stream or at the exception knows that something is missing.
 TEST(StreamBreaks, InAWrite) {
-    ReadFileModel model(sFileBytes(std::filesystem::path(OXA_SOURCE_DIR) / "examples/house-ifc4.ifc"), true,
-                        {});
+    ReadFileModel model(sFileBytes(std::filesystem::path(OXA_SOURCE_DIR) / "examples/house-ifc4.ifc"), true, {});
     ASSERT_TRUE(model.boRead);
     for (const WriteRow& row : g_writeRows) {
         SCOPED_TRACE(row.sRule);
@@ -207,8 +203,7 @@ TEST(StreamBreaks, InAWrite) {
         ASSERT_TRUE(row.write(model.file, whole));
         vAtEachCall<std::ostream>("", [&](std::ostream& out, const BreakingBuffer& buffer) {
             bool boWritten = false;
-            const bool boTold =
-                boThrew([&] { boWritten = row.write(model.file, out); }) || !boWritten || !out;
+            const bool boTold = boThrew([&] { boWritten = row.write(model.file, out); }) || !boWritten || !out;
             EXPECT_EQ(boTold, buffer.boBroken());
             EXPECT_TRUE(boTold || buffer.sOutput().size() == whole.str().size());
         });

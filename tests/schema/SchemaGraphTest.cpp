@@ -17,8 +17,7 @@ using ::testing::ElementsAre;
 struct Graph {
     Schema schema{"TEST"};
 
-    Entity* pEntity(const char* sName, const Entity* pParent = nullptr,
-                    const std::vector<const char*>& attributes = {},
+    Entity* pEntity(const char* sName, const Entity* pParent = nullptr, const std::vector<const char*>& attributes = {},
                     const std::vector<const char*>& inverses = {}) {
         Entity* pResult = schema.pAdopt(std::make_unique<Entity>(sName));
         pResult->pParent = pParent;
@@ -141,8 +140,7 @@ TEST(SchemaLookUp, AnEmptyOrUnfinishedSchemaAnswersNull) {
 
 TEST(SchemaObjects, HoldEachNamedObjectByHashLengthAndBytes) {
     Graph graph;
-    for (const char* sName : {"IfcYfrrf", "IfcXxazType", "IfcCrkqp", "IfcRoot", "IfcZnav"})
-        graph.pEntity(sName);
+    for (const char* sName : {"IfcYfrrf", "IfcXxazType", "IfcCrkqp", "IfcRoot", "IfcZnav"}) graph.pEntity(sName);
     graph.pType("IfcLabel", graph.pData<DataTypeSimple>(DataKind::String, "IfcLabel"));
     graph.schema.vFinish();
     std::vector<std::string> keys;
@@ -193,8 +191,7 @@ TEST(EntityCaches, ThreadsThatAskAtOnceGetTheSameLists) {
         Graph graph;
         const Entity* pEntity = nullptr;
         for (int i = 0; i < 20; ++i)
-            pEntity =
-                graph.pEntity(std::string(1, static_cast<char>('A' + i)).c_str(), pEntity, {"A", "B"}, {"C"});
+            pEntity = graph.pEntity(std::string(1, static_cast<char>('A' + i)).c_str(), pEntity, {"A", "B"}, {"C"});
         constexpr std::size_t iThreads = 4;
         std::array<const Entity::AttributeList*, iThreads> lists{};
         std::array<std::size_t, iThreads> counts{};
@@ -227,8 +224,7 @@ TEST(SchemaCacheTest, StaysUnbuiltWhenTheBuildThrows) {
 TEST(EntityLookUp, FindsAttributesOfItsOwnAndOfSupertypesWhenAsked) {
     Graph graph;
     // The two last names of the root have one hash.
-    const Entity* pRoot =
-        graph.pEntity("IfcRoot", nullptr, {"GlobalId", "IFCYFRRF", "IFCCRKQP"}, {"HasContext"});
+    const Entity* pRoot = graph.pEntity("IfcRoot", nullptr, {"GlobalId", "IFCYFRRF", "IFCCRKQP"}, {"HasContext"});
     const Entity* pWall = graph.pEntity("IfcWall", pRoot, {"Tag"}, {"FillsVoids"});
     struct Row {
         const char* name;

@@ -71,7 +71,8 @@ TEST(Call, LanguageIsThatOfTheErrors) {
     const std::string sFile = sExchangeFile("IFC4", "#1=IFCTEAPOT();\n");
     const std::string sEnglish = "The schema has no entity type of this name; the statement was skipped.";
     const std::string sGerman = "Das Schema kennt keinen Entit\xc3\xa4tstyp dieses Namens; die Anweisung wurde "
-                                "\xc3\xbc" "bergangen.";
+                                "\xc3\xbc"
+                                "bergangen.";
     const auto message = [&sFile](std::vector<std::string> words) {
         words.insert(words.begin(), {"check", "-", "--json"});
         return runProgram(words, sFile).json()["records"][0]["message"];
@@ -128,12 +129,8 @@ const FailRow g_wrongCalls[] = {
     {"help for a verb that does not exist", {"help", "chek"}, "there is no verb chek; did you mean check?"},
     {"help for two", {"help", "check", "info"}, "help: takes one VERB at most"},
     {"a language that there is not", {"check", "a.ifc", "--lang", "fr"}, "check: --lang: fr not in {en,de}"},
-    {"a report of two files",
-     {"check", "a.ifc", "b.ifc", "--html", "-"},
-     "check: a report is about one FILE"},
-    {"an unknown option",
-     {"check", "a.ifc", "--fast"},
-     "check: The following argument was not expected: --fast"},
+    {"a report of two files", {"check", "a.ifc", "b.ifc", "--html", "-"}, "check: a report is about one FILE"},
+    {"an unknown option", {"check", "a.ifc", "--fast"}, "check: The following argument was not expected: --fast"},
     {"an option without its value",
      {"info", "a.ifc", "--schema-file"},
      "info: --schema-file: 1 required X.exp missing"},
@@ -145,12 +142,8 @@ const FailRow g_wrongCalls[] = {
     {"a schema twice",
      {"schema", "IFC4", "IfcWall", "--file", "a.exp"},
      "schema: with --file there is no NAME, only an ENTITY or TYPE"},
-    {"all and one",
-     {"schema", "IFC4", "IfcWall", "--all"},
-     "schema: --all and an ENTITY or TYPE exclude each other"},
-    {"a schema that does not exist",
-     {"schema", "IFC5"},
-     "there is no built-in schema IFC5; did you mean IFC4?"},
+    {"all and one", {"schema", "IFC4", "IfcWall", "--all"}, "schema: --all and an ENTITY or TYPE exclude each other"},
+    {"a schema that does not exist", {"schema", "IFC5"}, "there is no built-in schema IFC5; did you mean IFC4?"},
     {"an entity that does not exist",
      {"schema", "IFC4", "IfcPers0n"},
      "IFC4 has no entity or type IfcPers0n; did you mean IfcPerson?"},
@@ -158,7 +151,9 @@ const FailRow g_wrongCalls[] = {
      {"schema", "IFC4", "Wall"},
      "IFC4 has no entity or type Wall; did you mean IfcWall, IfcWallType, IfcCurtainWall, IfcWallTypeEnum, "
      "IfcCurtainWallType?"},
-    {"three letters", {"schema", "IFC4", "Fan"}, "IFC4 has no entity or type Fan; did you mean IfcFan, IfcFanType, IfcFanTypeEnum?"},
+    {"three letters",
+     {"schema", "IFC4", "Fan"},
+     "IFC4 has no entity or type Fan; did you mean IfcFan, IfcFanType, IfcFanTypeEnum?"},
     {"two letters are part of too many", {"schema", "IFC4", "Fa"}, "IFC4 has no entity or type Fa"},
     {"an entity that nothing comes near", {"schema", "IFC4", "Qqqqqq"}, "IFC4 has no entity or type Qqqqqq"},
 };
@@ -195,7 +190,9 @@ TEST(Call, UnreadableFileGivesOneLineAndTwo) {
     folder.sFile("empty.ifc", "");
     folder.sFile("house.ifczip", std::string_view("PK\x03\x04\x14\0\0\0", 8));
     folder.sFile("house.ifc.gz", std::string_view("\x1f\x8b\x08\0\0\0\0\0", 8));
-    folder.sFile("house.elf", std::string_view("\x7f" "ELF\x02\x01\x01\0", 8));
+    folder.sFile("house.elf", std::string_view("\x7f"
+                                               "ELF\x02\x01\x01\0",
+                                               8));
     for (const FileRow& row : g_unreadable)
         for (const VerbRow& verb : g_verbs) {
             SCOPED_TRACE(std::string(row.pRule) + ", " + verb.pVerb);

@@ -32,9 +32,7 @@ std::vector<CheckRow> checkRows() {
         {"a value of the wrong form",
          sData("\n#1 = IFCMATERIAL(5,$,$);\n"),
          {{"error", "value", 9, "#1=IFCMATERIAL(5,$,$);"}}},
-        {"a mandatory attribute",
-         sData("#1=IFCMATERIAL($,$,$);\n"),
-         {{"error", "null", 8, "#1=IFCMATERIAL($,$,$);"}}},
+        {"a mandatory attribute", sData("#1=IFCMATERIAL($,$,$);\n"), {{"error", "null", 8, "#1=IFCMATERIAL($,$,$);"}}},
         {"a reference to nothing", sData("#1=IFCPOLYLINE((#2));\n"), {{"error", "reference", 0, ""}}},
         {"two in a row",
          sData("#1=IFCTEAPOT();\n/* a comment\n*/\n#2=IFCCUP();\n"),
@@ -74,8 +72,7 @@ void vExpectRecords(const CheckRow& row, const ProgramRun& run) {
     ASSERT_TRUE(value.is_array()) << run.sOut;
     ASSERT_EQ(value.size(), row.records.size()) << run.sOut;
     for (std::size_t i = 0; i < value.size(); ++i) {
-        EXPECT_EQ(keys(value[i]),
-                  (std::vector<std::string>{"key", "severity", "category", "message", "line", "text"}));
+        EXPECT_EQ(keys(value[i]), (std::vector<std::string>{"key", "severity", "category", "message", "line", "text"}));
         EXPECT_TRUE(value[i]["key"].get<std::string>().starts_with("Error_"));
         EXPECT_EQ(value[i]["severity"], row.records[i].pSeverity);
         EXPECT_EQ(value[i]["category"], row.records[i].pCategory);
@@ -99,22 +96,20 @@ TEST(CheckVerb, RecordsStandInTheOrderOfTheFile) {
     std::string sData;
     for (int i = 1; i <= 3000; ++i) sData += "#" + std::to_string(i) + "=IFCMATERIAL($,5,$);\n";
     const ProgramRun run = runProgram({"check", "-", "--json", "--all"}, sExchangeFile("IFC4", sData));
-    EXPECT_EQ(
-        run.sOut,
-        runProgram({"check", "-", "--json", "--all", "--single-threaded"}, sExchangeFile("IFC4", sData)).sOut);
+    EXPECT_EQ(run.sOut,
+              runProgram({"check", "-", "--json", "--all", "--single-threaded"}, sExchangeFile("IFC4", sData)).sOut);
     const Json value = run.json()["records"];
     ASSERT_EQ(value.size(), 6000U);
     for (std::size_t i = 0; i < value.size(); ++i) ASSERT_EQ(value[i]["line"], 8 + i / 2);
 }
 
 TEST(CheckVerb, NumberUsedTwiceIsAnIdentifierRecord) {
-    const ProgramRun run =
-        runProgram({"check", "-", "--json", "--single-threaded"},
-                   sExchangeFile("IFC4", "#7=IFCMATERIAL('a',$,$);\n#7=IFCMATERIAL('b',$,$);\n"));
+    const ProgramRun run = runProgram({"check", "-", "--json", "--single-threaded"},
+                                      sExchangeFile("IFC4", "#7=IFCMATERIAL('a',$,$);\n#7=IFCMATERIAL('b',$,$);\n"));
     EXPECT_EQ(run.iCode, 1);
     const Json value = run.json()["records"];
-    const auto itRecord = std::find_if(value.begin(), value.end(),
-                                       [](const Json& record) { return record["category"] == "identifier"; });
+    const auto itRecord =
+        std::find_if(value.begin(), value.end(), [](const Json& record) { return record["category"] == "identifier"; });
     ASSERT_NE(itRecord, value.end()) << run.sOut;
     EXPECT_EQ((*itRecord)["line"], 9);
     EXPECT_EQ((*itRecord)["text"], "#7=IFCMATERIAL('b',$,$);");
@@ -122,9 +117,9 @@ TEST(CheckVerb, NumberUsedTwiceIsAnIdentifierRecord) {
 }
 
 TEST(CheckVerb, TextTellsLineEntityAndCounts) {
-    const ProgramRun run = runProgram(
-        {"check", "-", "--single-threaded"},
-        sExchangeFile("IFC4", "#1=IFCMATERIAL($,$,$);\n#23=IFCTEAPOT('x');\n#4=IFCPOLYLINE((#5,#6));\n"));
+    const ProgramRun run =
+        runProgram({"check", "-", "--single-threaded"},
+                   sExchangeFile("IFC4", "#1=IFCMATERIAL($,$,$);\n#23=IFCTEAPOT('x');\n#4=IFCPOLYLINE((#5,#6));\n"));
     EXPECT_EQ(run.iCode, 1);
     EXPECT_EQ(run.sError, "");
     for (const char* pPart : {"error line 8 IFCMATERIAL #1: ", "\n    #1=IFCMATERIAL($,$,$);\n",
@@ -174,8 +169,8 @@ TEST(CheckVerb, GroupsStandMostFrequentFirstAndWithWhatFollows) {
     EXPECT_EQ(run.sOut.find(" more (--all)"), std::string::npos);
 
     const ProgramRun all = runProgram({"check", "-", "--all"}, sGroupedFile(10));
-    vExpectOrder(all.sOut, {"IFCCUP", "IFCTEAPOT #10", "#2 is referred", "#4294967291 is referred", "line 9 IFCMATERIAL",
-                            "#80077 is referred", "17 errors"});
+    vExpectOrder(all.sOut, {"IFCCUP", "IFCTEAPOT #10", "#2 is referred", "#4294967291 is referred",
+                            "line 9 IFCMATERIAL", "#80077 is referred", "17 errors"});
     EXPECT_EQ(all.sOut.find("--all"), std::string::npos);
 }
 
@@ -191,8 +186,8 @@ TEST(CheckVerb, ReferencesFollowTheFirstFaultOfTheirNumber) {
 
 // Where lines are the same the texts tell the order, on any number of threads.
 TEST(CheckVerb, StatementsOfOneLineStandByTheirTexts) {
-    const ProgramRun run = runProgram({"check", "-", "--all"},
-                                      sExchangeFile("IFC4", "#3=IFCCUP();#1=IFCTEAPOT();#2=IFCSAUCER();\n"));
+    const ProgramRun run =
+        runProgram({"check", "-", "--all"}, sExchangeFile("IFC4", "#3=IFCCUP();#1=IFCTEAPOT();#2=IFCSAUCER();\n"));
     vExpectOrder(run.sOut, {"line 8 IFCTEAPOT #1", "line 8 IFCSAUCER #2", "line 8 IFCCUP #3"});
 }
 
@@ -254,8 +249,7 @@ TEST(CheckVerb, JsonHasTheGroups) {
 
 TEST(CheckVerb, VeryLongSourceTextIsWholeWithAllOnly) {
     for (const std::size_t iLength : {65536U - 23U, 65536U - 22U}) {
-        const std::string sFile =
-            sExchangeFile("IFC4", "#1=IFCMATERIAL($,'" + std::string(iLength, 'x') + "',$);\n");
+        const std::string sFile = sExchangeFile("IFC4", "#1=IFCMATERIAL($,'" + std::string(iLength, 'x') + "',$);\n");
         const bool boLong = iLength + 23 > 65536;
         const std::string sText = "#1=IFCMATERIAL($,'" + std::string(iLength, 'x') + "',$);";
         for (const char* pAll : {"--single-threaded", "--all"}) {
@@ -270,9 +264,7 @@ TEST(CheckVerb, VeryLongSourceTextIsWholeWithAllOnly) {
 }
 
 // A statement with a long string and a fault.
-std::string sLongFile() {
-    return sExchangeFile("IFC4", "#1=IFCMATERIAL($,'" + std::string(5000, 'x') + "',$);\n");
-}
+std::string sLongFile() { return sExchangeFile("IFC4", "#1=IFCMATERIAL($,'" + std::string(5000, 'x') + "',$);\n"); }
 
 TEST(CheckVerb, LongSourceTextIsShortOnATerminalOnly) {
     const std::string sFull(5000, 'x');
@@ -288,17 +280,16 @@ TEST(CheckVerb, LongSourceTextIsShortOnATerminalOnly) {
 }
 
 TEST(CheckVerb, TextOfTheFileCannotSteerATerminal) {
-    const ProgramRun run =
-        runProgram({"check", "-"}, sExchangeFile("IFC4", "#1=IFCMATERIAL($,'a\x1b[2Jb\nc\xc2\x9b"
-                                                         "2Jd',$);\n"));
+    const ProgramRun run = runProgram({"check", "-"}, sExchangeFile("IFC4", "#1=IFCMATERIAL($,'a\x1b[2Jb\nc\xc2\x9b"
+                                                                            "2Jd',$);\n"));
     EXPECT_EQ(run.sOut.find('\x1b'), std::string::npos);
     EXPECT_EQ(run.sOut.find("\xc2\x9b"), std::string::npos);
     EXPECT_NE(run.sOut.find("\n    #1=IFCMATERIAL($,'a?[2Jb c?2Jd',$);\n"), std::string::npos) << run.sOut;
 }
 
 TEST(CheckVerb, TwoErrorsAreSeveral) {
-    EXPECT_NE(runProgram({"check", "-"}, sExchangeFile("IFC4", "#4=IFCPOLYLINE((#5,#6));\n")).sOut.find(
-                  "standard input: 2 errors: 2 reference\n"),
+    EXPECT_NE(runProgram({"check", "-"}, sExchangeFile("IFC4", "#4=IFCPOLYLINE((#5,#6));\n"))
+                  .sOut.find("standard input: 2 errors: 2 reference\n"),
               std::string::npos);
 }
 
@@ -318,8 +309,7 @@ TEST(CheckVerb, ShortTextEndsBetweenCharacters) {
 }
 
 TEST(CheckVerb, ControlCharactersAreShownAsOne) {
-    const ProgramRun run =
-        runProgram({"check", "-"}, sExchangeFile("IFC4", "#1=IFCMATERIAL($,'a\x7f\xc2\xa0z',$);\n"));
+    const ProgramRun run = runProgram({"check", "-"}, sExchangeFile("IFC4", "#1=IFCMATERIAL($,'a\x7f\xc2\xa0z',$);\n"));
     EXPECT_NE(run.sOut.find("'a?\xc2\xa0z'"), std::string::npos) << run.sOut;
 }
 

@@ -62,8 +62,8 @@ TEST(ConvertVerb, FrameAndHeaderAreThoseOfTheFile) {
 
 TEST(ConvertVerb, TellsWhatTheProjectDoesNotReach) {
     const std::multiset<std::string> all = statements(sProjectFile());
-    const std::multiset<std::string> reached = without(
-        all, {"#4=IFCMATERIAL('a',$,$);", "#9=IFCMATERIAL('b',$,$);", "#3=IFCCARTESIANPOINT((0.,1.5));"});
+    const std::multiset<std::string> reached =
+        without(all, {"#4=IFCMATERIAL('a',$,$);", "#9=IFCMATERIAL('b',$,$);", "#3=IFCCARTESIANPOINT((0.,1.5));"});
     for (const char* pThreads : {"--single-threaded", "--"}) {
         const ProgramRun run = runProgram({"convert", pThreads, "-", "-"}, sProjectFile());
         EXPECT_EQ(run.iCode, 0);
@@ -79,13 +79,12 @@ TEST(ConvertVerb, TellsWhatTheProjectDoesNotReach) {
 }
 
 TEST(ConvertVerb, RenumberDealsNumbersFromOne) {
-    const ProgramRun run =
-        runProgram({"convert", "--renumber", "--single-threaded", "-", "-"}, sProjectFile());
+    const ProgramRun run = runProgram({"convert", "--renumber", "--single-threaded", "-", "-"}, sProjectFile());
     EXPECT_EQ(run.iCode, 0);
-    EXPECT_EQ(statements(run.sOut), (std::multiset<std::string>{
-                                        "#1=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',$,$,$,$,$,$,$,$);",
-                                        "#2=IFCRELAGGREGATES('1CCJ9i1$jSdgYVC2yzHPtC',$,$,$,#1,(#3));",
-                                        "#3=IFCSITE('2cp60asVrO3R4Q9IgcHKIk',$,$,$,$,$,$,$,$,$,$,$,$,$);"}));
+    EXPECT_EQ(statements(run.sOut),
+              (std::multiset<std::string>{"#1=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',$,$,$,$,$,$,$,$);",
+                                          "#2=IFCRELAGGREGATES('1CCJ9i1$jSdgYVC2yzHPtC',$,$,$,#1,(#3));",
+                                          "#3=IFCSITE('2cp60asVrO3R4Q9IgcHKIk',$,$,$,$,$,$,$,$,$,$,$,$,$);"}));
     EXPECT_TRUE(run.sError.starts_with("left out, not connected with the project: 3 entities")) << run.sError;
 }
 
@@ -99,8 +98,7 @@ struct ConvertRow {
     const char* pError;   // the beginning of standard error
 };
 std::vector<ConvertRow> convertRows() {
-    const std::string sSimple =
-        "Ifc file simple;\nIFC4;\n7;\n#7=IFCPOLYLINE((#9));\n#9=IFCCARTESIANPOINT((1.,2.));\n";
+    const std::string sSimple = "Ifc file simple;\nIFC4;\n7;\n#7=IFCPOLYLINE((#9));\n#9=IFCCARTESIANPOINT((1.,2.));\n";
     const std::multiset<std::string> simple = statements(sSimple);
     return {
         {"no project",
@@ -194,8 +192,8 @@ TEST(ConvertVerb, WritesWhatCouldBeReadOrSaysWhyNot) {
 TEST(ConvertVerb, WriteErrorsAreToldTenAtMost) {
     for (const int iCount : {9, 10, 11, 25}) {
         std::string sData;
-        std::string sExpected = "oxaifc: standard input: " + std::to_string(iCount) +
-                                " errors while reading; oxaifc check tells them\n";
+        std::string sExpected =
+            "oxaifc: standard input: " + std::to_string(iCount) + " errors while reading; oxaifc check tells them\n";
         for (int i = 1; i <= iCount; ++i) {
             sData = sNoGuid(i) + sData;
             if (i <= 10)
@@ -214,8 +212,8 @@ TEST(ConvertVerb, WriteErrorsAreToldTenAtMost) {
 TEST(ConvertVerb, ReferenceToNothingNeverBecomesOneToSomething) {
     const std::string sKept = "#1=IFCPOLYLINE((#99));\n#4=IFCMATERIAL('a',$,$);\n#5=IFCMATERIAL('b',$,$);\n";
     for (const char* pOption : {"--all", "--renumber"}) {
-        const ProgramRun run = runProgram({"convert", "--all", pOption, "--single-threaded", "-", "-"},
-                                          sExchangeFile("IFC4", sKept));
+        const ProgramRun run =
+            runProgram({"convert", "--all", pOption, "--single-threaded", "-", "-"}, sExchangeFile("IFC4", sKept));
         if (run.iCode == 2) continue;   // said so and wrote nothing
         SCOPED_TRACE(run.sOut);
         EXPECT_EQ(run.iCode, 1);
@@ -319,8 +317,7 @@ TEST(ConvertVerb, InWithErrorsIsNotReplacedByItself) {
         const ProgramRun run = runProgram({"convert", sIn, (folder.path() / pOut).string()});
         EXPECT_EQ(run.iCode, 2);
         EXPECT_EQ(run.sError,
-                  "oxaifc: " + sIn +
-                      ": has 1 error; what could not be read would be lost, so name another OUT\n");
+                  "oxaifc: " + sIn + ": has 1 error; what could not be read would be lost, so name another OUT\n");
         EXPECT_EQ(sContent(sIn), sFile);
     }
 }
@@ -349,8 +346,7 @@ TEST(ConvertVerb, PermissionsOfTheOldFileStay) {
 TEST(ConvertVerb, NewFileHasTheUsualPermissions) {
     const TestFolder folder;
     const mode_t before = umask(027);
-    const ProgramRun run =
-        runProgram({"convert", sExample("house-ifc4.ifc"), (folder.path() / "out.ifc").string()});
+    const ProgramRun run = runProgram({"convert", sExample("house-ifc4.ifc"), (folder.path() / "out.ifc").string()});
     umask(before);
     EXPECT_EQ(run.iCode, 0);
     EXPECT_EQ(fs::status(folder.path() / "out.ifc").permissions(), fs::perms(0640));

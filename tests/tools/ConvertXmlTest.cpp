@@ -32,8 +32,7 @@ std::string sDocument(std::string_view elements,
     return "<ifcXML xmlns=\"" + std::string(uri) + "\">" + std::string(elements) + "</ifcXML>\n";
 }
 
-const std::string g_sProjectElement =
-    "<IfcProject id=\"i5\" GlobalId=\"0TdSR4dSbLuwdbL5HLUvM0\" Name=\"a\"/>";
+const std::string g_sProjectElement = "<IfcProject id=\"i5\" GlobalId=\"0TdSR4dSbLuwdbL5HLUvM0\" Name=\"a\"/>";
 
 std::string sOneLineError(const std::string& sText) { return "oxaifc: " + sText + "\n"; }
 
@@ -93,8 +92,7 @@ TEST(ConvertXml, HouseComesBackButForWhatHasNoForm) {
     EXPECT_EQ(there.sError, "");
     const ProgramRun back = runProgram({"convert", sXml, "-"});
     EXPECT_EQ(back.iCode, 1);   // mandatory values that are "$" now
-    const std::multiset<std::string> before =
-        statements(runProgram({"convert", sExample("house-ifc4.ifc"), "-"}).sOut);
+    const std::multiset<std::string> before = statements(runProgram({"convert", sExample("house-ifc4.ifc"), "-"}).sOut);
     EXPECT_EQ(before.size(), 399U);
     EXPECT_EQ(statements(back.sOut), houseAfterwards(before));
     EXPECT_NE(back.sOut.find("FILE_NAME('house-ifc4.ifc','2024-05-17T09:30:00',('J\\X\\F6rg Hofmann'),"),
@@ -122,17 +120,11 @@ struct VerbRow {
 const VerbRow g_verbs[] = {
     {"info", {"info", "X"}, 0, "entities              399\n"},
     {"info in JSON", {"info", "X", "--json"}, 0, "\"IFCMAPCONVERSION\": 1,"},
-    {"check makes no promise",
-     {"check", "X"},
-     0,
-     ": read; what the import of ifcXML passes over, it does not tell\n"},
+    {"check makes no promise", {"check", "X"}, 0, ": read; what the import of ifcXML passes over, it does not tell\n"},
     {"show by number", {"show", "X", "#301"}, 0, "IFCPROJECT"},
     {"show by GlobalId", {"show", "X", "0TdSR4dSbLuwdbL5HLUvM0"}, 0, "Wohnhaus"},
     {"extract", {"extract", "X", "#101", "-"}, 1, "#101=IFCSIUNIT($,.LENGTHUNIT.,$,.METRE.);\n"},
-    {"set",
-     {"set", "X", "#301", "Name", "Neu", "-"},
-     1,
-     "#301=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',#5,'Neu',"},
+    {"set", {"set", "X", "#301", "Name", "Neu", "-"}, 1, "#301=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',#5,'Neu',"},
     {"set to ifcXML", {"set", "X", "#301", "Name", "Neu", "-", "--format", "ifcxml"}, 0, " Name=\"Neu\" "},
     {"diff with itself", {"diff", "X", "X"}, 0, "no difference\n"},
 };
@@ -213,14 +205,12 @@ TEST(ConvertXml, DocumentThatIsTooDeepToBeReadIsTold) {
     for (int i = 1000; i < 1000 + g_iChain; ++i)
         sData += "#" + std::to_string(i) + "=IFCLOCALPLACEMENT(" +
                  (i + 1 < 1000 + g_iChain ? "#" + std::to_string(i + 1) : "$") + ",#5);\n";
-    const ProgramRun run =
-        runProgram({"convert", "-", "-", "--format", "ifcxml"}, sExchangeFile("IFC4", sData));
+    const ProgramRun run = runProgram({"convert", "-", "-", "--format", "ifcxml"}, sExchangeFile("IFC4", sData));
     EXPECT_EQ(run.iCode, 0);
     // Around them ifcXML, project, IsDecomposedBy, relation, RelatedObjects, site; within the last one
     // RelativePlacement, its element, Location.
-    EXPECT_EQ(run.sError,
-              "oxaifc: standard output: has elements nested 5,009 deep; many readers take fewer, this one "
-              "1,000\n");
+    EXPECT_EQ(run.sError, "oxaifc: standard output: has elements nested 5,009 deep; many readers take fewer, this one "
+                          "1,000\n");
     EXPECT_EQ(runProgram({"info", "-"}, run.sOut).sError,
               "oxaifc: standard input: can't be read as XML: Elements nested too deep\n");
 }
@@ -262,25 +252,21 @@ TEST(ConvertXml, NumbersAreKeptOrDealtAnew) {
 TEST(ConvertXml, TellsWhatTheProjectDoesNotReach) {
     const ProgramRun converted = runProgram({"convert", "-", "-", "--format", "ifcxml"}, sProjectFile());
     EXPECT_EQ(converted.iCode, 0);
-    EXPECT_EQ(converted.sError,
-              "left out, not connected with the project: 1 entity (ifcXML has no place for them)\n"
-              "           1  IFCMATERIAL  #4\n");
+    EXPECT_EQ(converted.sError, "left out, not connected with the project: 1 entity (ifcXML has no place for them)\n"
+                                "           1  IFCMATERIAL  #4\n");
     EXPECT_EQ(converted.sOut.find("IfcMaterial"), std::string::npos);
-    const ProgramRun changed =
-        runProgram({"set", "-", "#10", "Name", "b", "-", "--format", "ifcxml"}, sProjectFile());
+    const ProgramRun changed = runProgram({"set", "-", "#10", "Name", "b", "-", "--format", "ifcxml"}, sProjectFile());
     EXPECT_EQ(changed.iCode, 0);
-    EXPECT_EQ(changed.sError,
-              "left out, not connected with the project: 1 entity (ifcXML has no place for them)\n"
-              "           1  IFCMATERIAL  #4\n");
+    EXPECT_EQ(changed.sError, "left out, not connected with the project: 1 entity (ifcXML has no place for them)\n"
+                              "           1  IFCMATERIAL  #4\n");
 }
 
 // What an attribute names that the document has no place for stands there all the same, and its other end leads back.
 TEST(ConvertXml, WhatTheOtherEndCarriesComesBack) {
-    const std::string sData =
-        "#10=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',$,$,$,$,$,$,$,$);\n"
-        "#20=IFCRELASSOCIATESCLASSIFICATION('1CCJ9i1$jSdgYVC2yzHPtC',$,$,$,(#10),#21);\n"
-        "#21=IFCCLASSIFICATIONREFERENCE($,'21.1','Walls',#22,$,$);\n"
-        "#22=IFCCLASSIFICATION('s','1',$,'Elements',$,$,$);\n";
+    const std::string sData = "#10=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',$,$,$,$,$,$,$,$);\n"
+                              "#20=IFCRELASSOCIATESCLASSIFICATION('1CCJ9i1$jSdgYVC2yzHPtC',$,$,$,(#10),#21);\n"
+                              "#21=IFCCLASSIFICATIONREFERENCE($,'21.1','Walls',#22,$,$);\n"
+                              "#22=IFCCLASSIFICATION('s','1',$,'Elements',$,$,$);\n";
     const ProgramRun there = runProgram({"convert", "-", "-", "--format", "ifcxml"}, sExchangeFile("IFC4", sData));
     EXPECT_EQ(there.iCode, 0);
     EXPECT_EQ(there.sError, "");
@@ -289,15 +275,17 @@ TEST(ConvertXml, WhatTheOtherEndCarriesComesBack) {
 
 TEST(ConvertXml, TellsWhatHasNoForm) {
     std::string sPoints;
-    for (const char* pNumber : {"#50", "#51", "#52", "#57"}) sPoints += std::string(pNumber) + "=IFCCARTESIANPOINT((0.,0.,0.));\n";
+    for (const char* pNumber : {"#50", "#51", "#52", "#57"})
+        sPoints += std::string(pNumber) + "=IFCCARTESIANPOINT((0.,0.,0.));\n";
     const std::string sIn = sExchangeFile(
-        "IFC4",
-        "#10=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',$,$,$,$,$,$,(#20),$);\n"
-        "#20=IFCGEOMETRICREPRESENTATIONCONTEXT($,'Model',3,$,#21,$);\n#21=IFCAXIS2PLACEMENT3D(#22,$,$);\n"
-        "#22=IFCCARTESIANPOINT((0.,0.,0.));\n#23=IFCSHAPEREPRESENTATION(#20,'Body','AdvancedSurface',(#24));\n"
-        "#24=IFCBSPLINESURFACEWITHKNOTS(1,1,((#50,#51),(#52,#57)),.UNSPECIFIED.,.U.,.U.,.U.,(2,2),(2,2),(0.,1.),(0.,1.),"
-        ".UNSPECIFIED.);\n" +
-            sPoints + "#4=IFCMATERIAL('a',$,$);\n#6=IFCMATERIAL('b',$,$);\n#5=IFCACTORROLE(.USERDEFINED.,'c',$);\n");
+        "IFC4", "#10=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',$,$,$,$,$,$,(#20),$);\n"
+                "#20=IFCGEOMETRICREPRESENTATIONCONTEXT($,'Model',3,$,#21,$);\n#21=IFCAXIS2PLACEMENT3D(#22,$,$);\n"
+                "#22=IFCCARTESIANPOINT((0.,0.,0.));\n#23=IFCSHAPEREPRESENTATION(#20,'Body','AdvancedSurface',(#24));\n"
+                "#24=IFCBSPLINESURFACEWITHKNOTS(1,1,((#50,#51),(#52,#57)),.UNSPECIFIED.,.U.,.U.,.U.,(2,2),(2,2),(0.,1.)"
+                ",(0.,1.),"
+                ".UNSPECIFIED.);\n" +
+                    sPoints +
+                    "#4=IFCMATERIAL('a',$,$);\n#6=IFCMATERIAL('b',$,$);\n#5=IFCACTORROLE(.USERDEFINED.,'c',$);\n");
     constexpr const char* pLeftOut =
         "left out, not connected with the project: 3 entities (ifcXML has no place for them)\n"
         "           2  IFCMATERIAL  #4 #6\n"
@@ -398,20 +386,17 @@ std::vector<UnreadRow> unreadRows() {
         {"the wrong end", "a.ifc", sDocument("<IfcProject></IfcWall>"),
          "can't be read as XML: Start-end tags mismatch (byte 81)"},
         {"half a tag", "a.xml", "<ifcXML", "can't be read as XML: Error parsing start element tag (byte 6)"},
-        {"a STEP file under that name", "a.xml", sProjectFile(),
-         "can't be read as XML: Text outside the root element"},
+        {"a STEP file under that name", "a.xml", sProjectFile(), "can't be read as XML: Text outside the root element"},
         {"two roots", "a.xml", "<a/><a/>", "can't be read as XML: More than one root element"},
         {"elements nested too deep", "a.xml", sDocument(sNested(1000)),
          "can't be read as XML: Elements nested too deep"},
         {"a million of them", "a.xml", sNested(1000000), "can't be read as XML: Elements nested too deep"},
         {"no namespace", "a.xml", "<ifcXML/>", pNoNamespace},
         {"another root", "a.html", "<html><body/></html>", pNoNamespace},
-        {"another namespace", "a.ifcxml", sDocument("", "http://www.iai-tech.org/ifcXML/IFC2x3/FINAL"),
+        {"another namespace", "a.ifcxml", sDocument("", "http://www.iai-tech.org/ifcXML/IFC2x3/FINAL"), pNoNamespace},
+        {"a namespace without a word", "a.ifcxml", sDocument("", "http://www.buildingsmart-tech.org/ifcXML/IFC4"),
          pNoNamespace},
-        {"a namespace without a word", "a.ifcxml",
-         sDocument("", "http://www.buildingsmart-tech.org/ifcXML/IFC4"), pNoNamespace},
-        {"an unknown schema", "a.ifcxml",
-         sDocument("", "http://www.buildingsmart-tech.org/ifcXML/IFC99/Add2"),
+        {"an unknown schema", "a.ifcxml", sDocument("", "http://www.buildingsmart-tech.org/ifcXML/IFC99/Add2"),
          "names the schema IFC99, which is not known; --schema-file X.exp brings one"},
     };
 }
@@ -433,10 +418,10 @@ TEST(ConvertXml, WhatCanNotBeReadIsOneLine) {
 }
 
 TEST(ConvertXml, ReferenceThatTheDocumentDoesNotDefineBeforeIsAnError) {
-    const std::string sText = sDocument(
-        g_sProjectElement + "<IfcPolyline id=\"i1\"><Points><IfcCartesianPoint ref=\"i2\"/>"
-                            "<IfcCartesianPoint ref=\"i2\"/><IfcCartesianPoint ref=\"i9\"/></Points>"
-                            "</IfcPolyline><IfcCartesianPoint id=\"i2\"/><IfcProject ref=\"i5\"/>");
+    const std::string sText =
+        sDocument(g_sProjectElement + "<IfcPolyline id=\"i1\"><Points><IfcCartesianPoint ref=\"i2\"/>"
+                                      "<IfcCartesianPoint ref=\"i2\"/><IfcCartesianPoint ref=\"i9\"/></Points>"
+                                      "</IfcPolyline><IfcCartesianPoint id=\"i2\"/><IfcProject ref=\"i5\"/>");
     const ProgramRun run = runProgram({"check", "-", "--json"}, sText);
     EXPECT_EQ(run.iCode, 1);
     const Json records = run.json()["records"];
@@ -449,11 +434,11 @@ TEST(ConvertXml, ReferenceThatTheDocumentDoesNotDefineBeforeIsAnError) {
 
 // A number may have more than 32 bits; one of more than 63 is none.
 TEST(ConvertXml, LargeNumbersAreFoundAgain) {
-    const std::string sText = sDocument(
-        g_sProjectElement + "<IfcCartesianPoint id=\"i4294967296\"/><IfcPolyline id=\"i1\"><Points>"
-                            "<IfcCartesianPoint ref=\"i4294967296\"/></Points></IfcPolyline>"
-                            "<IfcPolyline id=\"i3\"><Points>"
-                            "<IfcCartesianPoint ref=\"i99999999999999999999\"/></Points></IfcPolyline>");
+    const std::string sText =
+        sDocument(g_sProjectElement + "<IfcCartesianPoint id=\"i4294967296\"/><IfcPolyline id=\"i1\"><Points>"
+                                      "<IfcCartesianPoint ref=\"i4294967296\"/></Points></IfcPolyline>"
+                                      "<IfcPolyline id=\"i3\"><Points>"
+                                      "<IfcCartesianPoint ref=\"i99999999999999999999\"/></Points></IfcPolyline>");
     const Json records = runProgram({"check", "-", "--json"}, sText).json()["records"];
     ASSERT_EQ(records.size(), 1U) << records;
     EXPECT_EQ(records[0]["text"], "<IfcCartesianPoint ref=\"i99999999999999999999\"/>");
@@ -496,8 +481,7 @@ TEST(ConvertXml, WhatCanNotBeWrittenIsOneLineAndNoFile) {
          {},
          pDangling},
         {"a reference to what could not be read",
-         sExchangeFile("IFC4",
-                       "#10=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',#11,$,$,$,$,$,$,$);\n#11=IFCTEAPOT();\n"),
+         sExchangeFile("IFC4", "#10=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',#11,$,$,$,$,$,$,$);\n#11=IFCTEAPOT();\n"),
          {},
          pDangling},
         {"an unknown schema",
@@ -515,8 +499,7 @@ TEST(ConvertXml, WhatCanNotBeWrittenIsOneLineAndNoFile) {
         const ProgramRun run = runProgram(words, row.sIn);
         EXPECT_EQ(run.iCode, 2);
         std::string sError = row.pError;
-        if (const std::size_t iOut = sError.find("OUT"); iOut != std::string::npos)
-            sError.replace(iOut, 3, sOut);
+        if (const std::size_t iOut = sError.find("OUT"); iOut != std::string::npos) sError.replace(iOut, 3, sOut);
         EXPECT_EQ(run.sError, sOneLineError(sError));
         EXPECT_EQ(sContent(sOut), "old");
         EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>{"out.ifcxml"});
@@ -533,14 +516,14 @@ TEST(ConvertXml, LargeNumbersAreNotTakenForSmallOnes) {
                           "           1  IFCMATERIAL\n");
     const ProgramRun all = runProgram({"convert", "--all", "-", "-"}, sText);
     EXPECT_EQ(all.iCode, 1);
-    EXPECT_EQ(all.sError, "oxaifc: standard output: #4294967297 IfcMaterial: The mandatory attribute Name has no value.\n");
+    EXPECT_EQ(all.sError,
+              "oxaifc: standard output: #4294967297 IfcMaterial: The mandatory attribute Name has no value.\n");
     EXPECT_NE(all.sOut.find("#4294967297=IFCMATERIAL("), std::string::npos) << all.sOut;
 }
 
 TEST(ConvertXml, ExtractWritesNone) {
     const TestFolder folder;
-    const ProgramRun run =
-        runProgram({"extract", "-", "#10", (folder.path() / "a.xml").string()}, sProjectFile());
+    const ProgramRun run = runProgram({"extract", "-", "#10", (folder.path() / "a.xml").string()}, sProjectFile());
     EXPECT_EQ(run.iCode, 2);
     EXPECT_EQ(run.sError,
               "oxaifc: extract: writes a STEP file or the simple text form, so OUT can't be named as ifcXML; oxaifc "
@@ -567,8 +550,7 @@ TEST(ConvertXml, OutThatFailsHalfwayKeepsTheOldFile) {
 }
 
 TEST(ConvertXml, FullDiskIsOneLine) {
-    const ProgramRun run =
-        runProgram({"convert", sExample("house-ifc4.ifc"), "/dev/full", "--format", "ifcxml"});
+    const ProgramRun run = runProgram({"convert", sExample("house-ifc4.ifc"), "/dev/full", "--format", "ifcxml"});
     EXPECT_EQ(run.iCode, 2);
     EXPECT_EQ(run.sError, "oxaifc: can't write /dev/full: No space left on device\n");
 }
@@ -577,9 +559,8 @@ TEST(ConvertXml, InIsNotReplacedByItself) {
     const TestFolder folder;
     const std::string sText = sDocument(g_sProjectElement);
     const std::string sIn = folder.sFile("in.xml", sText);
-    const std::vector<std::vector<std::string>> calls = {{"convert", sIn, sIn},
-                                                         {"convert", sIn, sIn, "--format", "step"},
-                                                         {"set", sIn, "#5", "Name", "b", sIn}};
+    const std::vector<std::vector<std::string>> calls = {
+        {"convert", sIn, sIn}, {"convert", sIn, sIn, "--format", "step"}, {"set", sIn, "#5", "Name", "b", sIn}};
     for (const auto& words : calls) {
         const ProgramRun run = runProgram(words);
         EXPECT_EQ(run.iCode, 2);

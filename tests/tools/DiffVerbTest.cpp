@@ -59,8 +59,7 @@ Statements base() {
 
 std::string sFile(const Statements& statements, std::string_view schema = "IFC4") {
     std::string sData;
-    for (const auto& [iNumber, sText] : statements)
-        sData += '#' + std::to_string(iNumber) + '=' + sText + ";\n";
+    for (const auto& [iNumber, sText] : statements) sData += '#' + std::to_string(iNumber) + '=' + sText + ";\n";
     return sExchangeFile(schema, sData);
 }
 
@@ -79,9 +78,8 @@ std::vector<std::string> told(const ProgramRun& run, bool boErrors = false) {
     const Json value = run.json();
     if (!value.is_object()) return {"no JSON: " + run.sOut + run.sError};
     const auto text = [](const Json& entity) {
-        return entity.contains("content")
-                   ? entity["content"].get<std::string>()
-                   : entity["type"].get<std::string>() + entity.value("name", std::string());
+        return entity.contains("content") ? entity["content"].get<std::string>()
+                                          : entity["type"].get<std::string>() + entity.value("name", std::string());
     };
     const auto vList = [&](const char* pKey, const std::string& sSign) {
         for (const Json& entity : value[pKey])
@@ -132,9 +130,7 @@ std::vector<ChangeRow> changeRows() {
          {{22, "IFCWALL('3X5rmEjoXQ$f8Sn8KSdx0j',$,'Wall C',$,$,$,$,$,$)"}},
          {"- #22 IFCWALL'Wall C'", "+ #22 IFCWALL'Wall C'"}},
         {"a wall that goes", {{22, ""}}, {"- #22 IFCWALL'Wall C'"}},
-        {"a wall that comes",
-         {{99, "IFCWALL('0GBXQqFNTSPQ9PR7g3FFqm',$,$,$,$,#40,$,$,$)"}},
-         {"+ #99 IFCWALL"}},
+        {"a wall that comes", {{99, "IFCWALL('0GBXQqFNTSPQ9PR7g3FFqm',$,$,$,$,#40,$,$,$)"}}, {"+ #99 IFCWALL"}},
         {"a member of a set that comes",
          {{30, "IFCRELDEFINESBYPROPERTIES('0e_8SiFPnIEh3pPRu4cB6E',$,$,$,(#20,#22,#21),#31)"}},
          {"~ #30 RelatedObjects: () -> (IFCWALL 3X5rmEjoXQ$f8Sn8KSdx0i)"}},
@@ -155,9 +151,7 @@ std::vector<ChangeRow> changeRows() {
          {{32, "IFCPROPERTYENUMERATEDVALUE('FireRating',$,$,$)"}},
          {"~ #31 HasProperties[]: IFCPROPERTYSINGLEVALUE('FireRating',$,IFCLABEL('F30'),$) -> "
           "IFCPROPERTYENUMERATEDVALUE('FireRating',$,$,$)"}},
-        {"a unit",
-         {{13, "IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.)"}},
-         {"~ #1 UnitsInContext.Units[].Prefix: .MILLI. -> $"}},
+        {"a unit", {{13, "IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.)"}}, {"~ #1 UnitsInContext.Units[].Prefix: .MILLI. -> $"}},
         {"derived and undefined",
          {{14, "IFCSIUNIT(*,.AREAUNIT.,*,.SQUARE_METRE.)"}},
          {"~ #1 UnitsInContext.Units[].Prefix: $ -> *"}},
@@ -290,8 +284,8 @@ TEST(DiffVerb, EveryRenamedEntityOfASampleIsTold) {
             std::smatch match;
             if (!std::regex_match(sLine, match, rooted) || random() % 4) continue;
             renamed[match[3]] = match[5];
-            sLine.replace(static_cast<std::size_t>(match.position(5)),
-                          static_cast<std::size_t>(match.length(5)), "'New'");
+            sLine.replace(static_cast<std::size_t>(match.position(5)), static_cast<std::size_t>(match.length(5)),
+                          "'New'");
         }
         ASSERT_GT(renamed.size(), 5U);
         std::shuffle(changed.begin() + 7, changed.end() - 2, random);
@@ -349,20 +343,14 @@ TEST(DiffVerb, SameGlobalIdTwice) {
         Statements after;
         std::vector<std::string> told;
     } rows[] = {
-        {"equal in another order",
-         {{1, sWall("a")}, {2, sWall("b")}},
-         {{1, sWall("b")}, {2, sWall("a")}},
-         {}},
+        {"equal in another order", {{1, sWall("a")}, {2, sWall("b")}}, {{1, sWall("b")}, {2, sWall("a")}}, {}},
         {"one goes", {{1, sWall("a")}, {2, sWall("b")}}, {{1, sWall("b")}}, {"- #1 IFCWALL'a'"}},
         {"one comes", {{1, sWall("a")}}, {{1, sWall("b")}, {2, sWall("a")}}, {"+ #1 IFCWALL'b'"}},
         {"one changes",
          {{1, sWall("a")}, {2, sWall("b")}},
          {{1, sWall("b")}, {2, sWall("c")}},
          {"~ #2 Name: 'a' -> 'c'"}},
-        {"types first",
-         {{1, sWall("a")}, {2, sDoor}},
-         {{1, sDoor}, {2, sWall("c")}},
-         {"~ #2 Name: 'a' -> 'c'"}},
+        {"types first", {{1, sWall("a")}, {2, sDoor}}, {{1, sDoor}, {2, sWall("c")}}, {"~ #2 Name: 'a' -> 'c'"}},
         {"three for two",
          {{1, sWall("a")}, {2, sWall("a")}, {3, sWall("a")}},
          {{1, sWall("a")}, {2, sWall("a")}},
@@ -376,8 +364,7 @@ TEST(DiffVerb, SameGlobalIdTwice) {
     for (int i = 1; i <= 20000; ++i) many[i] = sWall(std::to_string(i).c_str());
     Statements more = many;
     more[7] = sWall("seven");
-    EXPECT_EQ(told(diff(sFile(many), sFile(more)), true),
-              std::vector<std::string>{"~ #7 Name: '7' -> 'seven'"});
+    EXPECT_EQ(told(diff(sFile(many), sFile(more)), true), std::vector<std::string>{"~ #7 Name: '7' -> 'seven'"});
 }
 
 TEST(DiffVerb, CyclesEnd) {
@@ -386,8 +373,7 @@ TEST(DiffVerb, CyclesEnd) {
     };
     const Statements two{{1, sComplex("a", 2)}, {2, sComplex("b", 1)}};
     const Statements turned{{5, sComplex("b", 9)}, {9, sComplex("a", 5)}};
-    const Statements twice{
-        {1, sComplex("a", 2)}, {2, sComplex("b", 3)}, {3, sComplex("a", 4)}, {4, sComplex("b", 1)}};
+    const Statements twice{{1, sComplex("a", 2)}, {2, sComplex("b", 3)}, {3, sComplex("a", 4)}, {4, sComplex("b", 1)}};
     const Statements other{{1, sComplex("a", 2)}, {2, sComplex("c", 1)}};
     const Statements self{{1, sComplex("a", 1)}};
     EXPECT_EQ(told(diff(sFile(two), sFile(two))), std::vector<std::string>{});
@@ -397,13 +383,11 @@ TEST(DiffVerb, CyclesEnd) {
     EXPECT_EQ(told(diff(sFile(two), sFile(twice))).size(), 2U) << "of each content there is one more";
 
     const auto withSet = [](Statements statements, int iProperty) {
-        statements[20] =
-            "IFCPROPERTYSET('1XxWclp6bOHAdQixVqmAPd',$,'P',$,(#" + std::to_string(iProperty) + "))";
+        statements[20] = "IFCPROPERTYSET('1XxWclp6bOHAdQixVqmAPd',$,'P',$,(#" + std::to_string(iProperty) + "))";
         return sFile(statements);
     };
     EXPECT_EQ(told(diff(withSet(two, 1), withSet(turned, 9))), std::vector<std::string>{});
-    EXPECT_EQ(told(diff(withSet(two, 1), withSet(twice, 3))), std::vector<std::string>{})
-        << "once or twice round";
+    EXPECT_EQ(told(diff(withSet(two, 1), withSet(twice, 3))), std::vector<std::string>{}) << "once or twice round";
     EXPECT_EQ(told(diff(withSet(two, 1), withSet(other, 1))),
               std::vector<std::string>{"~ #20 HasProperties.HasProperties.Name: 'b' -> 'c'"});
 }
@@ -435,8 +419,9 @@ TEST(DiffVerb, WaysOfSixtyReferencesAreTold) {
     };
     std::string sPath = "ObjectPlacement";
     for (int i = 1; i < 60; ++i) sPath += ".PlacementRelTo";
-    EXPECT_EQ(told(diff(chain("1."), chain("2.")), true),
-              std::vector<std::string>{"~ #99 " + sPath + ".RelativePlacement.Location.Coordinates: (1.,0.) -> (2.,0.)"});
+    EXPECT_EQ(
+        told(diff(chain("1."), chain("2.")), true),
+        std::vector<std::string>{"~ #99 " + sPath + ".RelativePlacement.Location.Coordinates: (1.,0.) -> (2.,0.)"});
 }
 
 TEST(DiffVerb, ListsStandInTheOrderOfNumbers) {
@@ -457,8 +442,8 @@ TEST(DiffVerb, ListsStandInTheOrderOfNumbers) {
 
 // Of equal ones those with the lowest numbers are taken for the same, wherever they stand in the file.
 TEST(DiffVerb, SurplusIsThatOfTheHighestNumbers) {
-    const std::string sThree = sExchangeFile(
-        "IFC4", "#9=IFCMATERIAL('a',$,$);\n#3=IFCMATERIAL('a',$,$);\n#7=IFCMATERIAL('a',$,$);\n");
+    const std::string sThree =
+        sExchangeFile("IFC4", "#9=IFCMATERIAL('a',$,$);\n#3=IFCMATERIAL('a',$,$);\n#7=IFCMATERIAL('a',$,$);\n");
     const std::string sOne = sExchangeFile("IFC4", "#1=IFCMATERIAL('a',$,$);\n");
     EXPECT_EQ(told(diff(sThree, sOne)),
               (std::vector<std::string>{"- #7 IFCMATERIAL('a',$,$)", "- #9 IFCMATERIAL('a',$,$)"}));
@@ -515,12 +500,12 @@ TEST(DiffVerb, LongTextsAreCutAroundTheDifference) {
         return sFile({{1, "IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,'" + sName + "',$,$,$,$,$,$)"}});
     };
     const ProgramRun json = diff(sWall(sLong + "old" + sLong), sWall(sLong + "new" + sLong));
-    EXPECT_EQ(told(json), std::vector<std::string>{
-                              "~ #1 Name: ..." + std::string(500, 'x') + "old" + std::string(497, 'x') +
-                              "... -> ..." + std::string(500, 'x') + "new" + std::string(497, 'x') + "..."});
+    EXPECT_EQ(told(json),
+              std::vector<std::string>{"~ #1 Name: ..." + std::string(500, 'x') + "old" + std::string(497, 'x') +
+                                       "... -> ..." + std::string(500, 'x') + "new" + std::string(497, 'x') + "..."});
     const ProgramRun text = diff(sWall(sLong + "old" + sLong), sWall(sLong), {});
-    EXPECT_NE(text.sOut.find("Name: ..." + std::string(50, 'x') + "old" + std::string(47, 'x') +
-                             "... -> ..." + std::string(50, 'x') + "'\n"),
+    EXPECT_NE(text.sOut.find("Name: ..." + std::string(50, 'x') + "old" + std::string(47, 'x') + "... -> ..." +
+                             std::string(50, 'x') + "'\n"),
               std::string::npos)
         << text.sOut;
 }
@@ -572,12 +557,11 @@ TEST(DiffVerb, TextForPeople) {
     after.erase(22);
     after[99] = "IFCMATERIAL('Elm',$,$)";
     after[21] = "IFCWALL('2cp60asVrO3R4Q9IgcHKIk',$,'Wall \\X2\\00DC\\X0\\',$,$,#45,$,$,.SOLIDWALL.)";
-    EXPECT_EQ(diff(sFile(base()), sFile(after), {}).sOut,
-              "removed  #22 IFCWALL 3X5rmEjoXQ$f8Sn8KSdx0i 'Wall C'\n"
-              "added    #99 IFCMATERIAL('Elm',$,$)\n"
-              "changed  #21 IFCWALL 2cp60asVrO3R4Q9IgcHKIk 'Wall \u00DC'\n"
-              "         Name: 'Wall B' -> 'Wall \u00DC'\n"
-              "1 removed, 1 added, 1 changed\n");
+    EXPECT_EQ(diff(sFile(base()), sFile(after), {}).sOut, "removed  #22 IFCWALL 3X5rmEjoXQ$f8Sn8KSdx0i 'Wall C'\n"
+                                                          "added    #99 IFCMATERIAL('Elm',$,$)\n"
+                                                          "changed  #21 IFCWALL 2cp60asVrO3R4Q9IgcHKIk 'Wall \u00DC'\n"
+                                                          "         Name: 'Wall B' -> 'Wall \u00DC'\n"
+                                                          "1 removed, 1 added, 1 changed\n");
     EXPECT_EQ(diff(sFile(base()), sFile(base()), {}).sOut, "no difference\n");
 }
 
@@ -635,8 +619,7 @@ TEST(DiffVerb, WhatCannotBeCompared) {
         EXPECT_EQ(run.sOut, "");
         EXPECT_TRUE(run.sError.starts_with(row.sError)) << run.sError;
     }
-    EXPECT_NE(runProgram({"diff", "--help"})
-                  .sOut.find("Exit code: 0 equal, 1 different, 2 unreadable or wrong usage"),
+    EXPECT_NE(runProgram({"diff", "--help"}).sOut.find("Exit code: 0 equal, 1 different, 2 unreadable or wrong usage"),
               std::string::npos);
 }
 

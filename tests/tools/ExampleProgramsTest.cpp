@@ -27,7 +27,8 @@ std::multiset<std::string> added(const std::string& sOld, const std::string& sNe
 // A GlobalId is another one each time.
 std::string sWithoutGuid(std::string sLine) {
     const std::size_t iGuid = sLine.find("('");
-    if (iGuid != std::string::npos && sLine.size() > iGuid + 25 && sLine[iGuid + 24] == '\'') sLine.erase(iGuid + 2, 22);
+    if (iGuid != std::string::npos && sLine.size() > iGuid + 25 && sLine[iGuid + 24] == '\'')
+        sLine.erase(iGuid + 2, 22);
     return sLine;
 }
 
@@ -50,7 +51,8 @@ TEST(ExamplePrograms, AddPropertyGivesNewEntitiesNumbersOfTheirOwn) {
         const std::string sNew = sContent(sOut);
         EXPECT_EQ(statements(sNew).size(), statements(sOld).size() + 3);
         std::size_t iHighest = 0;
-        for (const std::string& sLine : statements(sOld)) iHighest = std::max<std::size_t>(iHighest, std::stoul(sLine.substr(1)));
+        for (const std::string& sLine : statements(sOld))
+            iHighest = std::max<std::size_t>(iHighest, std::stoul(sLine.substr(1)));
         std::vector<std::string> lines;
         for (const std::string& sLine : added(sOld, sNew)) lines.push_back(sWithoutGuid(sLine));
         ASSERT_EQ(lines.size(), 3U);

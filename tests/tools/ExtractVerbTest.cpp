@@ -46,8 +46,7 @@ TEST(ExtractVerb, WritesTheSimpleFormWithTheNumbersOfTheFile) {
         EXPECT_EQ(run.sError, "");
         EXPECT_EQ(run.sOut, row.pText);
         // What was extracted is extracted from itself unchanged.
-        EXPECT_EQ(runProgram({"extract", "--single-threaded", "-", row.pWhat, "-"}, run.sOut).sOut,
-                  row.pText);
+        EXPECT_EQ(runProgram({"extract", "--single-threaded", "-", row.pWhat, "-"}, run.sOut).sOut, row.pText);
         const ProgramRun threads = runProgram({"extract", "-", row.pWhat, "-"}, sModel());
         EXPECT_EQ(threads.iCode, 0);
         EXPECT_EQ(threads.sOut, row.pText);
@@ -63,8 +62,7 @@ TEST(ExtractVerb, EveryVerbReadsWhatItWrites) {
     EXPECT_EQ(info["header"]["root"], 306);
     EXPECT_EQ(info["errors"], 0);
     EXPECT_EQ(runProgram({"check", sOut}).iCode, 0);
-    EXPECT_EQ(runProgram({"show", sOut, "#306"}).sOut,
-              runProgram({"show", sExample("house-ifc4.ifc"), "#306"}).sOut);
+    EXPECT_EQ(runProgram({"show", sOut, "#306"}).sOut, runProgram({"show", sExample("house-ifc4.ifc"), "#306"}).sOut);
     const ProgramRun back = runProgram({"convert", sOut, "-"});
     EXPECT_EQ(back.iCode, 0);
     EXPECT_EQ(statements(back.sOut), statements(sContent(sOut)));
@@ -81,7 +79,8 @@ TEST(ExtractVerb, WritesAStepFileUnderSuchAName) {
         EXPECT_EQ(statements(sContent(sOut)), statements(sText));
         EXPECT_TRUE(sContent(sOut).starts_with("ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('d'),'2;1');\n"));
     }
-    EXPECT_TRUE(runProgram({"extract", "-", "20", "-", "--format", "step"}, sModel()).sOut.starts_with("ISO-10303-21;"));
+    EXPECT_TRUE(
+        runProgram({"extract", "-", "20", "-", "--format", "step"}, sModel()).sOut.starts_with("ISO-10303-21;"));
     EXPECT_TRUE(
         runProgram({"extract", "-", "20", "-", "--format", "simple"}, sModel()).sOut.starts_with("Ifc file simple;"));
 }

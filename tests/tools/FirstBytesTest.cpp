@@ -32,6 +32,7 @@ struct RefuseRow {
 };
 
 TEST(FirstBytes, ForeignFormsAreToldByName) {
+    // clang-format off
     const RefuseRow rows[] = {
         {"gzip", "\x1f\x8b\x08\0"s, "is compressed with gzip; unpack it (gunzip) and name the file that comes out"},
         {"bzip2", "BZh91AY"s, "is compressed with bzip2; unpack it (bunzip2) and name the file that comes out"},
@@ -52,6 +53,7 @@ TEST(FirstBytes, ForeignFormsAreToldByName) {
         {"a page of the web", "<!DOCTYPE html>\n<html><body>404</body></html>", "is a page of the web (HTML)"},
         {"the same in other letters", "\n <!doctype HTML>\n<p>", "is a page of the web (HTML)"},
     };
+    // clang-format on
     for (const RefuseRow& row : rows)
         for (const char* pVerb : {"info", "check"}) {
             SCOPED_TRACE(row.pRule);
@@ -63,8 +65,8 @@ TEST(FirstBytes, ForeignFormsAreToldByName) {
 }
 
 TEST(FirstBytes, WhatMayStandInFrontIsPassedOver) {
-    for (const std::string& sBefore : {"\xef\xbb\xbf"s, "\r\n\r\n"s, "From: a@b.c\nSubject: the model\n\n"s,
-                                       "/* a comment */\n"s, "MZ;"s, "BZ;"s}) {
+    for (const std::string& sBefore :
+         {"\xef\xbb\xbf"s, "\r\n\r\n"s, "From: a@b.c\nSubject: the model\n\n"s, "/* a comment */\n"s, "MZ;"s, "BZ;"s}) {
         SCOPED_TRACE(sBefore);
         const ProgramRun run = runProgram({"info", "-", "--json"}, sBefore + sFile());
         EXPECT_EQ(run.iCode, 0);
@@ -109,8 +111,7 @@ TEST(FirstBytes, TextsThatAreNoModelAreToldByTheirBegin) {
         EXPECT_EQ(run.iCode, 1);
         const Json value = run.json()["records"];
         ASSERT_EQ(value.size(), 1U) << run.sOut;
-        EXPECT_EQ(value[0]["message"],
-                  std::string("The file begins with ") + row.pBegin + ", not with ISO-10303-21;.");
+        EXPECT_EQ(value[0]["message"], std::string("The file begins with ") + row.pBegin + ", not with ISO-10303-21;.");
         EXPECT_EQ(value[0]["severity"], "fatal");
         EXPECT_EQ(value[0]["line"], 0);
     }

@@ -115,8 +115,8 @@ TEST(HeaderVerb, SetChangesItsValueAndNoOtherByte) {
 }
 
 TEST(HeaderVerb, SeveralFieldsAreSetAtOnce) {
-    const ProgramRun run = runProgram({"header", "-", "--set", "schema=IFC2X3", "--set", "author=x", "--set",
-                                       "name=y", "--set", "author=z", "--set", "implementationLevel=w", "-"},
+    const ProgramRun run = runProgram({"header", "-", "--set", "schema=IFC2X3", "--set", "author=x", "--set", "name=y",
+                                       "--set", "author=z", "--set", "implementationLevel=w", "-"},
                                       g_header + g_data);
     EXPECT_EQ(run.iCode, 0);
     EXPECT_TRUE(run.sOut.ends_with(g_data));
@@ -160,7 +160,8 @@ struct TornRow {
 const TornRow g_torn[] = {
     {"a parameter that is not there", "HEADER;FILE_NAME(,'',(''),(''),'','','');ENDSEC;",
      "HEADER;FILE_NAME('x','',(''),(''),'','','');ENDSEC;"},
-    {"behind a statement that lacks its end", "HEADER;FILE_DESCRIPTION(('a','2;1';FILE_NAME($,,(''),(''),'','',);ENDSEC;",
+    {"behind a statement that lacks its end",
+     "HEADER;FILE_DESCRIPTION(('a','2;1';FILE_NAME($,,(''),(''),'','',);ENDSEC;",
      "HEADER;FILE_DESCRIPTION(('a','2;1';FILE_NAME('x',,(''),(''),'','',);ENDSEC;"},
     {"strokes", "HEADER;FILE_NAME('/'/*/'*/,'/',('/'),(''),'','','//');ENDSEC;",
      "HEADER;FILE_NAME('x'/*/'*/,'/',('/'),(''),'','','//');ENDSEC;"},
@@ -194,10 +195,7 @@ struct RefuseRow {
 };
 const std::vector<std::string> g_setName{"--set", "name=x", "OUT"};
 const RefuseRow g_refusals[] = {
-    {"an unknown field",
-     g_header,
-     {"--set", "autor=x", "OUT"},
-     "a header has no field autor; did you mean author?"},
+    {"an unknown field", g_header, {"--set", "autor=x", "OUT"}, "a header has no field autor; did you mean author?"},
     {"a field that nothing comes near",
      g_header,
      {"--set", "q=x", "OUT"},
@@ -230,17 +228,13 @@ const RefuseRow g_refusals[] = {
      "HEADER;" + std::string(17 << 20, ' ') + "ENDSEC;",
      {},
      "FILE: its HEADER section does not end"},
-    {"no statement for the field", "HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;", g_setName,
-     "FILE: has no FILE_NAME"},
+    {"no statement for the field", "HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;", g_setName, "FILE: has no FILE_NAME"},
     {"two statements for the field",
      "HEADER;FILE_SCHEMA(('IFC4'));FILE_SCHEMA(('IFC4'));ENDSEC;",
      {"--set", "schema=IFC2X3", "OUT"},
      "FILE: has FILE_SCHEMA twice"},
-    {"too few parameters", "HEADER;FILE_NAME('n');ENDSEC;", g_setName,
-     "FILE: FILE_NAME has 1 parameter instead of 7"},
-    {"parameters behind the end",
-     "HEADER;FILE_NAME('n','',(''),(''),'','',''))('q');ENDSEC;",
-     g_setName,
+    {"too few parameters", "HEADER;FILE_NAME('n');ENDSEC;", g_setName, "FILE: FILE_NAME has 1 parameter instead of 7"},
+    {"parameters behind the end", "HEADER;FILE_NAME('n','',(''),(''),'','',''))('q');ENDSEC;", g_setName,
      "FILE: FILE_NAME has 8 parameters instead of 7"},
     {"too many parameters",
      "HEADER;FILE_SCHEMA(('IFC4'),);ENDSEC;",

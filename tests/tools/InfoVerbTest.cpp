@@ -30,14 +30,12 @@ Json comparable(Json value) {
 
 TEST(InfoVerb, JsonHasItsKeysInOrder) {
     const Json value = runProgram({"info", "--json", sExample("house-ifc4.ifc")}).json();
-    EXPECT_EQ(keys(value),
-              (std::vector<std::string>{"file", "schema", "header", "entities", "byType", "rooted",
-                                        "inverses", "missingReferences", "errors", "fatal", "ok",
-                                        "lostStatements", "seconds", "bytes", "memory"}));
+    EXPECT_EQ(keys(value), (std::vector<std::string>{"file", "schema", "header", "entities", "byType", "rooted",
+                                                     "inverses", "missingReferences", "errors", "fatal", "ok",
+                                                     "lostStatements", "seconds", "bytes", "memory"}));
     EXPECT_EQ(keys(value["header"]),
               (std::vector<std::string>{"description", "implementationLevel", "name", "timeStamp", "author",
-                                        "organization", "preprocessorVersion", "originatingSystem",
-                                        "authorization"}));
+                                        "organization", "preprocessorVersion", "originatingSystem", "authorization"}));
 }
 
 TEST(InfoVerb, JsonTellsAllOfASmallFile) {
@@ -123,17 +121,14 @@ TEST(InfoVerb, ErrorsOfTheTextGiveOne) {
         {"nothing wrong", sWhole, "IFC4", 3, 0, 0, true, 0},
         {"a header and no data", sExchangeFile("IFC2X3", ""), "IFC2X3", 0, 0, 0, true, 0},
         {"another spelling of the schema", sExchangeFile("IFC2X3_TC1", ""), "IFC2X3", 0, 0, 0, true, 0},
-        {"a reference to nothing", sExchangeFile("IFC4", "#3=IFCPOLYLINE((#1,#2));\n"), "IFC4", 1, 2, 0, true,
-         1},
+        {"a reference to nothing", sExchangeFile("IFC4", "#3=IFCPOLYLINE((#1,#2));\n"), "IFC4", 1, 2, 0, true, 1},
         {"an unknown type", sExchangeFile("IFC4", "#3=IFCTEAPOT();\n"), "IFC4", 0, 1, 0, true, 1},
         {"an unknown schema", sExchangeFile("IFC99", g_pTwoPoints), "IFC99", 0, 0, 1, false, 1},
         {"the end is missing", sWhole.substr(0, sWhole.find("ENDSEC;\nEND-ISO")), "IFC4", 3, 0, 1, false, 1},
-        {"a semicolon is missing",
-         sExchangeFile("IFC4", "#1=IFCCARTESIANPOINT((0.))\n#2=IFCDIRECTION((1.));\n"), "IFC4", 0, 0, 1,
-         false, 1},
+        {"a semicolon is missing", sExchangeFile("IFC4", "#1=IFCCARTESIANPOINT((0.))\n#2=IFCDIRECTION((1.));\n"),
+         "IFC4", 0, 0, 1, false, 1},
         {"no exchange structure at all", "Dear Sir or Madam,\n", "", 0, 0, 1, false, 1},
-        {"the simple form", "Ifc file simple;\nIFC4;\n*;\n" + std::string(g_pTwoPoints), "IFC4", 3, 0, 0,
-         true, 0},
+        {"the simple form", "Ifc file simple;\nIFC4;\n*;\n" + std::string(g_pTwoPoints), "IFC4", 3, 0, 0, true, 0},
         {"the simple form, unknown schema", "Ifc file simple;\nIFC99;\n*;\n", "IFC99", 0, 0, 1, false, 1},
     };
     const TestFolder folder;
@@ -147,9 +142,9 @@ TEST(InfoVerb, ErrorsOfTheTextGiveOne) {
 }
 
 TEST(InfoVerb, MissingReferencesAreCountedByNumber) {
-    const Json value = runProgram({"info", "-", "--json"},
-                                  sExchangeFile("IFC4", "#3=IFCPOLYLINE((#1,#2,#1));\n#4=IFCTEAPOT();\n"))
-                           .json();
+    const Json value =
+        runProgram({"info", "-", "--json"}, sExchangeFile("IFC4", "#3=IFCPOLYLINE((#1,#2,#1));\n#4=IFCTEAPOT();\n"))
+            .json();
     EXPECT_EQ(value["missingReferences"], 2);
     EXPECT_EQ(value["errors"], 3);
 }
@@ -241,8 +236,7 @@ TEST(InfoVerb, SimpleFormTellsItsRoot) {
     EXPECT_EQ(all.json()["header"], (Json{{"root", "*"}}));
 }
 
-constexpr const char* g_pExpress =
-    "SCHEMA TEASHOP;\nENTITY Teapot; Volume : REAL; END_ENTITY;\nEND_SCHEMA;\n";
+constexpr const char* g_pExpress = "SCHEMA TEASHOP;\nENTITY Teapot; Volume : REAL; END_ENTITY;\nEND_SCHEMA;\n";
 constexpr const char* g_pOtherExpress = "SCHEMA MUSEUM;\nENTITY Vase; Age : REAL; END_ENTITY;\nEND_SCHEMA;\n";
 
 TEST(InfoVerb, SchemaFileServesFilesOfItsName) {
@@ -289,8 +283,8 @@ TEST(InfoVerb, FaultyExpressIsToldWithItsPlace) {
 }
 
 TEST(InfoVerb, TextTellsTheSame) {
-    const ProgramRun run = runProgram(
-        {"info", "-"}, sExchangeFile("IFC4", std::string(g_pTwoPoints) + "#4=IFCPOLYLINE((#1,#9));\n"));
+    const ProgramRun run =
+        runProgram({"info", "-"}, sExchangeFile("IFC4", std::string(g_pTwoPoints) + "#4=IFCPOLYLINE((#1,#9));\n"));
     EXPECT_EQ(run.iCode, 1);
     for (const char* pLine : {"file                  standard input\n", "schema                IFC4\n",
                               "Description\n Description          d\n ImplementationLevel  2;1\n"
@@ -298,8 +292,7 @@ TEST(InfoVerb, TextTellsTheSame) {
                               " Author               a\n Organization         o\n IfcToolbox           p\n"
                               " OriginatingSystem    s\n Authorisation        z\n"
                               "Schema\n Schema               IFC4\n",
-                              "entities              4\n",
-                              "                   2  IFCCARTESIANPOINT\n",
+                              "entities              4\n", "                   2  IFCCARTESIANPOINT\n",
                               "                   2  IFCPOLYLINE\n", "missing references    1\n",
                               "errors                1, fatal 0\n", "read                  to the end\n"})
         EXPECT_NE(run.sOut.find(pLine), std::string::npos) << pLine << run.sOut;

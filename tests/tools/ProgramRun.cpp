@@ -27,7 +27,9 @@ std::string sContent(const std::filesystem::path& path) {
 class Streams {
 public:
     Streams(const TestFolder& folder, std::string_view standardInput, OutputKind eOutput)
-        : m_eOutput(eOutput), m_sIn(folder.sFile("in", standardInput)), m_out(folder.path() / "out"),
+        : m_eOutput(eOutput),
+          m_sIn(folder.sFile("in", standardInput)),
+          m_out(folder.path() / "out"),
           m_error(folder.path() / "error") {
         posix_spawn_file_actions_init(&m_actions);
         posix_spawn_file_actions_addopen(&m_actions, 0, m_sIn.c_str(), O_RDONLY, 0);
@@ -37,9 +39,7 @@ public:
             posix_spawn_file_actions_addopen(&m_actions, 1, m_out.c_str(), O_WRONLY | O_CREAT, 0600);
             break;
         case OutputKind::ClosedPipe: vClosedPipe(); break;
-        case OutputKind::FullDisk:
-            posix_spawn_file_actions_addopen(&m_actions, 1, "/dev/full", O_WRONLY, 0);
-            break;
+        case OutputKind::FullDisk: posix_spawn_file_actions_addopen(&m_actions, 1, "/dev/full", O_WRONLY, 0); break;
         case OutputKind::Terminal: vTerminal(); break;
         }
     }
@@ -90,8 +90,7 @@ private:
 
 }   // namespace
 
-ProgramRun runProgram(const std::vector<std::string>& words, std::string_view standardInput,
-                      OutputKind eOutput) {
+ProgramRun runProgram(const std::vector<std::string>& words, std::string_view standardInput, OutputKind eOutput) {
     return runProgramAt(OXAIFC_PROGRAM, words, standardInput, eOutput);
 }
 

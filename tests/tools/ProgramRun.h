@@ -34,8 +34,7 @@ struct ProgramRun {
 };
 
 // Runs the program with these words behind its name.
-[[nodiscard]] ProgramRun runProgram(const std::vector<std::string>& words,
-                                    std::string_view standardInput = {},
+[[nodiscard]] ProgramRun runProgram(const std::vector<std::string>& words, std::string_view standardInput = {},
                                     OutputKind eOutput = OutputKind::File);
 
 // The same for another program, by its path.

@@ -34,8 +34,8 @@ struct FaultRow {
 std::vector<FaultRow> faultRows() {
     const std::string sFirst = "#1=IFCCARTESIANPOINT((0.));\n";   // 28 bytes
     const auto sOpenText = [](unsigned iLine, const std::string& sBefore) {
-        return "The text that begins in line " + std::to_string(iLine) + " with a single quote has no end" +
-               sBefore + ".";
+        return "The text that begins in line " + std::to_string(iLine) + " with a single quote has no end" + sBefore +
+               ".";
     };
     const auto sOpenComment = [](unsigned iLine, const std::string& sBefore) {
         return "The comment that begins in line " + std::to_string(iLine) + " has no end" + sBefore + ".";

@@ -19,14 +19,11 @@ namespace {
 
 std::size_t iCount(std::string_view text, std::string_view part) {
     std::size_t iResult = 0;
-    for (std::size_t i = text.find(part); i != std::string_view::npos; i = text.find(part, i + part.size()))
-        ++iResult;
+    for (std::size_t i = text.find(part); i != std::string_view::npos; i = text.find(part, i + part.size())) ++iResult;
     return iResult;
 }
 
-bool boHolds(std::string_view text, std::string_view part) {
-    return text.find(part) != std::string_view::npos;
-}
+bool boHolds(std::string_view text, std::string_view part) { return text.find(part) != std::string_view::npos; }
 
 // The page of a file, from standard output.
 std::string sPage(const std::string& sFile, int iCode = 1) {
@@ -45,30 +42,29 @@ const std::string g_threeErrors =
 
 TEST(ReportPage, TellsTheFileItsVerdictAndItsErrors) {
     const std::string sText = sPage(g_threeErrors);
-    for (const char* pPart :
-         {"<h1>model.ifc</h1>",
-          "<p class=\"verdict error\" id=\"verdict\">3 errors</p>",
-          "<title>model.ifc: 3 errors</title>",
-          "<dt>Schema</dt><dd>IFC4</dd>",
-          "<dt>Entities</dt><dd>3</dd>",
-          "<dt>Description</dt><dd>d</dd>",
-          "<dt>ImplementationLevel</dt><dd>2;1</dd>",
-          "<dt>Name</dt><dd>n</dd>",
-          "<dt>TimeStamp</dt><dd>2024-05-17T09:30:00</dd>",
-          "<dt>Author</dt><dd>a</dd>",
-          "<dt>Organization</dt><dd>o</dd>",
-          "<dt>IfcToolbox</dt><dd>p</dd>",
-          "<dt>OriginatingSystem</dt><dd>s</dd>",
-          "<dt>Authorisation</dt><dd>z</dd>",
-          "<th scope=\"row\">error: null</th><td>2</td>",
-          "<th scope=\"row\">error: reference</th><td>1</td>",
-          "<span class=\"count\">2 times</span>",
-          "<span class=\"count\">1 time</span>",
-          "<span class=\"line\">line 8</span><span "
-          "class=\"error\">error</span><code>#1=IFCMATERIAL($,$,$);</code>",
-          "<span class=\"line\">line 9</span><span "
-          "class=\"error\">error</span><code>#2=IFCMATERIAL($,&#39;x&#39;,$);</code>",
-          "<span class=\"line\">no line</span><span class=\"error\">error</span><code></code>"})
+    for (const char* pPart : {"<h1>model.ifc</h1>",
+                              "<p class=\"verdict error\" id=\"verdict\">3 errors</p>",
+                              "<title>model.ifc: 3 errors</title>",
+                              "<dt>Schema</dt><dd>IFC4</dd>",
+                              "<dt>Entities</dt><dd>3</dd>",
+                              "<dt>Description</dt><dd>d</dd>",
+                              "<dt>ImplementationLevel</dt><dd>2;1</dd>",
+                              "<dt>Name</dt><dd>n</dd>",
+                              "<dt>TimeStamp</dt><dd>2024-05-17T09:30:00</dd>",
+                              "<dt>Author</dt><dd>a</dd>",
+                              "<dt>Organization</dt><dd>o</dd>",
+                              "<dt>IfcToolbox</dt><dd>p</dd>",
+                              "<dt>OriginatingSystem</dt><dd>s</dd>",
+                              "<dt>Authorisation</dt><dd>z</dd>",
+                              "<th scope=\"row\">error: null</th><td>2</td>",
+                              "<th scope=\"row\">error: reference</th><td>1</td>",
+                              "<span class=\"count\">2 times</span>",
+                              "<span class=\"count\">1 time</span>",
+                              "<span class=\"line\">line 8</span><span "
+                              "class=\"error\">error</span><code>#1=IFCMATERIAL($,$,$);</code>",
+                              "<span class=\"line\">line 9</span><span "
+                              "class=\"error\">error</span><code>#2=IFCMATERIAL($,&#39;x&#39;,$);</code>",
+                              "<span class=\"line\">no line</span><span class=\"error\">error</span><code></code>"})
         EXPECT_TRUE(boHolds(sText, pPart)) << pPart;
     EXPECT_EQ(iCount(sText, "<dt>Schema</dt>"), 1U);
     EXPECT_EQ(iCount(sText, "<details"), 2U);
@@ -159,8 +155,7 @@ TEST(ReportPage, FatalMessagesComeFirst) {
 // A page names no other address, so that it is whole wherever it goes.
 TEST(ReportPage, AsksForNothingElse) {
     const std::string sText = sPage(g_threeErrors);
-    for (const char* pPart :
-         {"http:", "https:", "//cdn", "src=", "@import", "url(", "fetch(", "XMLHttpRequest"})
+    for (const char* pPart : {"http:", "https:", "//cdn", "src=", "@import", "url(", "fetch(", "XMLHttpRequest"})
         EXPECT_FALSE(boHolds(sText, pPart)) << pPart;
     EXPECT_TRUE(boHolds(sText, "default-src 'none'"));
     EXPECT_TRUE(boHolds(sText, "@media print"));
@@ -178,8 +173,7 @@ const HostileRow g_hostileRows[] = {
     {"a comment", "</code><!--", "&lt;/code&gt;&lt;!--"},
     {"an attribute", "\" onclick=\"a()", "&quot; onclick=&quot;a()"},
     {"an entity", "&lt;&amp;&#60;", "&amp;lt;&amp;amp;&amp;#60;"},
-    {"marks of the template", "{{ nonsense }}{% include x %}{# ## #}",
-     "{{ nonsense }}{% include x %}{# ## #}"},
+    {"marks of the template", "{{ nonsense }}{% include x %}{# ## #}", "{{ nonsense }}{% include x %}{# ## #}"},
     {"ends of the template's strings", "%} \" }} ] } ) ", "%} &quot; }} ] } ) "},
     {"the end of a C string", std::string("a\x01z", 3), "a?z"},
 };
@@ -202,8 +196,7 @@ TEST(ReportPage, TextOfTheFileIsNoMark) {
 
 TEST(ReportPage, NamesOfFilesAreNoMark) {
     const TestFolder folder;
-    const ProgramRun run =
-        runProgram({"check", folder.sFile("<b>&{{x}}\".ifc", g_threeErrors), "--html", "-"});
+    const ProgramRun run = runProgram({"check", folder.sFile("<b>&{{x}}\".ifc", g_threeErrors), "--html", "-"});
     EXPECT_EQ(run.iCode, 1);
     EXPECT_TRUE(boHolds(run.sOut, "<h1>&lt;b&gt;&amp;{{x}}&quot;.ifc</h1>")) << run.sError;
 }
@@ -214,8 +207,7 @@ TEST(ReportPage, BytesOutsideUtf8AreLatin1) {
 }
 
 TEST(ReportPage, LongSourceTextIsShort) {
-    const std::string sText =
-        sPage(sExchangeFile("IFC4", "#1=IFCMATERIAL($,'" + std::string(100000, 'x') + "',$);\n"));
+    const std::string sText = sPage(sExchangeFile("IFC4", "#1=IFCMATERIAL($,'" + std::string(100000, 'x') + "',$);\n"));
     EXPECT_TRUE(boHolds(sText, "xxx... (100,023 bytes)</code>"));
     EXPECT_LT(sText.size(), 20000U);
 }
@@ -316,9 +308,8 @@ TEST(ReportTemplate, UsersTemplateGoesToStandardOutputOrToTheFile) {
         EXPECT_EQ(file.sOut, sIn + ": 3 errors: 2 null, 1 reference\n");
         EXPECT_EQ(sContent(sOut), row.pOut);
     }
-    EXPECT_EQ(
-        runProgram({"check", "-", "--template", folder.sFile("n", "{{ filename }}")}, g_threeErrors).sOut,
-        "standard input");
+    EXPECT_EQ(runProgram({"check", "-", "--template", folder.sFile("n", "{{ filename }}")}, g_threeErrors).sOut,
+              "standard input");
     EXPECT_EQ(runProgram({"check", sIn, "--template", "-"}, "{{ length(categories) }}").sOut, "2");
 }
 
@@ -364,10 +355,7 @@ const FaultRow g_faults[] = {
      "{{ 1 % 0 }}",
      "T: division by zero"},
     {"no such template", {"IN", "--template", "none"}, "", "none: there is no such file"},
-    {"no such folder",
-     {"IN", "--html", "no/such/folder"},
-     "",
-     "can't write no/such/folder: there is no such folder"},
+    {"no such folder", {"IN", "--html", "no/such/folder"}, "", "can't write no/such/folder: there is no such folder"},
     {"the file itself", {"IN", "--html", "IN"}, "", "IN: is the file to be checked; name another"},
     {"two answers on one output",
      {"IN", "--json", "--html", "-"},
@@ -377,10 +365,7 @@ const FaultRow g_faults[] = {
      {"IN", "--json", "--template", "T"},
      "a",
      "check: --json and a report can't both go to standard output; name a file: --html OUT"},
-    {"two files on one input",
-     {"-", "--template", "-"},
-     "",
-     "check: FILE and --template can't both be standard input"},
+    {"two files on one input", {"-", "--template", "-"}, "", "check: FILE and --template can't both be standard input"},
 };
 
 TEST(ReportTemplate, FaultIsOneLineAndNoFile) {
@@ -413,8 +398,7 @@ TEST(ReportTemplate, MisusedFunctionIsToldAndTheRestWritten) {
     const ProgramRun run = runProgram({"check", "-", "--template", sTemplate}, g_threeErrors);
     EXPECT_EQ(run.iCode, 1);
     EXPECT_EQ(run.sOut, "ab");
-    EXPECT_EQ(run.sError,
-              "oxaifc: " + sTemplate + ": localize function takes 1 argument (the localize id)\n");
+    EXPECT_EQ(run.sError, "oxaifc: " + sTemplate + ": localize function takes 1 argument (the localize id)\n");
 }
 
 // ---- In a browser, where there is one ----
@@ -490,8 +474,7 @@ ProgramRun browserRun(const std::string& sProgram, const TestFolder& folder) {
                                  "--allow-file-access-from-files --enable-logging=stderr "
                                  "--virtual-time-budget=20000 --user-data-dir='" +
                                  (folder.path() / "profile").string() + "' --dump-dom 'file://" +
-                                 (folder.path() / "harness.html").string() + "' > '" + sOut + "' 2> '" +
-                                 sError + "'";
+                                 (folder.path() / "harness.html").string() + "' > '" + sOut + "' 2> '" + sError + "'";
     ProgramRun run;
     run.iCode = std::system(sCommand.c_str());
     run.sOut = sContent(sOut);

@@ -58,7 +58,10 @@ TEST(RuleProgram, CheckCallsNoFileWholeThatWasPassedOverInPart) {
             EXPECT_EQ(run.sError, "oxaifc: " + sPath + ": " + sTold(row) + "\n");
         }
         const ProgramRun json = runProgram({"check", "--json", sPath});
-        const Json file = {{"file", sPath}, {"ok", true}, {"errors", 0}, {"lostStatements", row.iPlaces},
+        const Json file = {{"file", sPath},
+                           {"ok", true},
+                           {"errors", 0},
+                           {"lostStatements", row.iPlaces},
                            {"firstLostLine", row.iLine}};
         EXPECT_EQ(json.json()["files"][0], file);
     }
@@ -69,7 +72,8 @@ TEST(RuleProgram, InfoCallsNoFileWholeThatWasPassedOverInPart) {
         SCOPED_TRACE(row.sRule);
         const ProgramRun run = runProgram({"info", "-"}, row.sFile);
         EXPECT_EQ(run.iCode, 1);
-        EXPECT_NE(run.sOut.find("read                  to the end; " + sTold(row) + "\n"), std::string::npos) << run.sOut;
+        EXPECT_NE(run.sOut.find("read                  to the end; " + sTold(row) + "\n"), std::string::npos)
+            << run.sOut;
         EXPECT_EQ(runProgram({"info", "-", "--json"}, row.sFile).json()["lostStatements"], row.iPlaces);
     }
 }

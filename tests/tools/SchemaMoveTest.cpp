@@ -28,8 +28,7 @@ struct MoveRow {
     std::string sTold;                    // all of standard error
 };
 std::vector<MoveRow> moveRows() {
-    const std::string sSite =
-        "'2cp60asVrO3R4Q9IgcHKIk',#9,'S',$,$,$,$,$,.ELEMENT.,(48,8,15,-1),$,120.5,$,$);";
+    const std::string sSite = "'2cp60asVrO3R4Q9IgcHKIk',#9,'S',$,$,$,$,$,.ELEMENT.,(48,8,15,-1),$,120.5,$,$);";
     return {
         {"nothing but the owner", "IFC4", "IFC2X3", "", {}, ""},
         {"attributes that are new stay without a value",
@@ -114,8 +113,7 @@ std::vector<MoveRow> moveRows() {
          "#3=IFCPROPERTYSET('0e_8SiFPnIEh3pPRu4cB6E',#9,$,$,(#4));\n#4=IFCPROPERTYSINGLEVALUE('a',$,$,$);\n",
          {"#1=IFCRELDEFINESBYPROPERTIES('1CCJ9i1$jSdgYVC2yzHPtC',#9,$,$,(#2),#3);",
           "#2=IFCWALL('2cp60asVrO3R4Q9IgcHKIk',#9,$,$,$,$,$,$);",
-          "#3=IFCPROPERTYSET('0e_8SiFPnIEh3pPRu4cB6E',#9,$,$,(#4));",
-          "#4=IFCPROPERTYSINGLEVALUE('a',$,$,$);"},
+          "#3=IFCPROPERTYSET('0e_8SiFPnIEh3pPRu4cB6E',#9,$,$,(#4));", "#4=IFCPROPERTYSINGLEVALUE('a',$,$,$);"},
          ""},
         {"from a list in a select to a reference",
          "IFC4",
@@ -129,7 +127,8 @@ std::vector<MoveRow> moveRows() {
           "#3=IFCPROPERTYSET('0e_8SiFPnIEh3pPRu4cB6E',#9,$,$,(#4));", "#4=IFCPROPERTYSINGLEVALUE('a',$,$,$);",
           "#5=IFCPROPERTYSET('3X5rmEjoXQ$f8Sn8KSdx0i',#9,$,$,(#4));"},
          "values that have no place in IFC2X3:\n           1  IFCRELDEFINESBYPROPERTIES.RelatingPropertyDefinition\n"
-         "oxaifc: standard output: #1 IfcRelDefinesByProperties: The mandatory attribute RelatingPropertyDefinition has no "
+         "oxaifc: standard output: #1 IfcRelDefinesByProperties: The mandatory attribute RelatingPropertyDefinition "
+         "has no "
          "value.\n"},
         {"from a reference to a select",
          "IFC2X3",
@@ -139,8 +138,7 @@ std::vector<MoveRow> moveRows() {
          "#3=IFCPROPERTYSET('0e_8SiFPnIEh3pPRu4cB6E',#9,$,$,(#4));\n#4=IFCPROPERTYSINGLEVALUE('a',$,$,$);\n",
          {"#1=IFCRELDEFINESBYPROPERTIES('1CCJ9i1$jSdgYVC2yzHPtC',#9,$,$,(#2),#3);",
           "#2=IFCWALL('2cp60asVrO3R4Q9IgcHKIk',#9,$,$,$,$,$,$,$);",
-          "#3=IFCPROPERTYSET('0e_8SiFPnIEh3pPRu4cB6E',#9,$,$,(#4));",
-          "#4=IFCPROPERTYSINGLEVALUE('a',$,$,$);"},
+          "#3=IFCPROPERTYSET('0e_8SiFPnIEh3pPRu4cB6E',#9,$,$,(#4));", "#4=IFCPROPERTYSINGLEVALUE('a',$,$,$);"},
          ""},
         {"from a set to a list",
          "IFC2X3",
@@ -218,8 +216,7 @@ TEST(SchemaMove, SampleKeepsItsEntitiesNumbersAndRelations) {
                           "           2  IFCSPACE.InteriorOrExteriorSpace\n");
     EXPECT_EQ(statements(run.sOut).size(), 399U);
     EXPECT_EQ(runProgram({"check", "-"}, run.sOut).iCode, 0);
-    const Json before =
-        runProgram({"show", sExample("house-ifc2x3.ifc"), "IFCWALLSTANDARDCASE", "--json"}).json();
+    const Json before = runProgram({"show", sExample("house-ifc2x3.ifc"), "IFCWALLSTANDARDCASE", "--json"}).json();
     const Json after = runProgram({"show", "-", "IFCWALLSTANDARDCASE", "--json"}, run.sOut).json();
     ASSERT_EQ(before.size(), after.size());
     for (std::size_t i = 0; i < before.size(); ++i) {
@@ -282,12 +279,11 @@ TEST(SchemaMove, SimpleFormAndNewNumbers) {
 }
 
 TEST(SchemaMove, ReferenceToNothingIsLost) {
-    const ProgramRun run = moved(
-        sExchangeFile("IFC2X3", "#1=IFCPOLYLINE((#98,#2,#99));\n#2=IFCCARTESIANPOINT((0.,0.));\n"), "IFC4");
+    const ProgramRun run =
+        moved(sExchangeFile("IFC2X3", "#1=IFCPOLYLINE((#98,#2,#99));\n#2=IFCCARTESIANPOINT((0.,0.));\n"), "IFC4");
     EXPECT_EQ(run.iCode, 1);
     EXPECT_TRUE(statements(run.sOut).contains("#1=IFCPOLYLINE((#2));"));
-    EXPECT_TRUE(
-        run.sError.starts_with("values that have no place in IFC4:\n           2  IFCPOLYLINE.Points\n"))
+    EXPECT_TRUE(run.sError.starts_with("values that have no place in IFC4:\n           2  IFCPOLYLINE.Points\n"))
         << run.sError;
 }
 

@@ -99,12 +99,10 @@ TEST(SchemaVerb, JsonOfEachKindOfType) {
               (Json{{"name", "Tea"}, {"kind", "enumeration"}, {"enumerators", {"OOLONG", "ASSAM"}}}));
     EXPECT_EQ(runTeashop({"Thing", "--json"}).json(),
               (Json{{"name", "Thing"}, {"kind", "select"}, {"members", {"Pot", "Label"}}}));
-    EXPECT_EQ(runTeashop({"--json"}).json(), (Json{{"name", "TEASHOP"},
-                                                   {"entities", 3},
-                                                   {"abstract", 1},
-                                                   {"types", 2},
-                                                   {"enumerations", 1},
-                                                   {"selects", 1}}));
+    EXPECT_EQ(
+        runTeashop({"--json"}).json(),
+        (Json{
+            {"name", "TEASHOP"}, {"entities", 3}, {"abstract", 1}, {"types", 2}, {"enumerations", 1}, {"selects", 1}}));
 }
 
 struct BuiltInRow {
@@ -142,8 +140,7 @@ TEST(SchemaVerb, WallHasItsNineAttributes) {
 
 TEST(SchemaVerb, FaultyExpressIsToldWithItsPlace) {
     const TestFolder folder;
-    const std::string sPath =
-        folder.sFile("bad.exp", "SCHEMA A;\n\nENTITY B; C : ; END_ENTITY;\nEND_SCHEMA;\n");
+    const std::string sPath = folder.sFile("bad.exp", "SCHEMA A;\n\nENTITY B; C : ; END_ENTITY;\nEND_SCHEMA;\n");
     const ProgramRun run = runProgram({"schema", "--file", sPath});
     EXPECT_EQ(run.iCode, 2);
     EXPECT_EQ(run.sOut, "");

@@ -101,20 +101,18 @@ TEST(Colours, StandOnATerminalOnly) {
     };
     const TestFolder folder;
     const std::string sA = folder.sFile("a.ifc", sExchangeFile("IFC4", "#1=IFCMATERIAL('a',$,$);\n"));
-    const std::string sB = folder.sFile(
-        "b.ifc", sExchangeFile("IFC4", "#1=IFCWALL('3qt5KnRY9OSu4BNT4B7kwi',$,'x',$,$,$,$,$,$);\n"));
-    const std::string sC = folder.sFile(
-        "c.ifc", sExchangeFile("IFC4", "#1=IFCWALL('3qt5KnRY9OSu4BNT4B7kwi',$,'y',$,$,$,$,$,$);\n"));
+    const std::string sB =
+        folder.sFile("b.ifc", sExchangeFile("IFC4", "#1=IFCWALL('3qt5KnRY9OSu4BNT4B7kwi',$,'x',$,$,$,$,$,$);\n"));
+    const std::string sC =
+        folder.sFile("c.ifc", sExchangeFile("IFC4", "#1=IFCWALL('3qt5KnRY9OSu4BNT4B7kwi',$,'y',$,$,$,$,$,$);\n"));
     struct Tinted {
         std::vector<std::string> words;
         std::string sWord;
         const char* pCode;
     };
     const Tinted tinted[] = {
-        {{"check", "-"}, "error", "31"},
-        {{"show", sA, "1"}, "#1=IFCMATERIAL('a',$,$);", "1"},
-        {{"diff", sA, sB}, "removed", "31"},
-        {{"diff", sA, sB}, "added", "32"},
+        {{"check", "-"}, "error", "31"},     {{"show", sA, "1"}, "#1=IFCMATERIAL('a',$,$);", "1"},
+        {{"diff", sA, sB}, "removed", "31"}, {{"diff", sA, sB}, "added", "32"},
         {{"diff", sB, sC}, "changed", "33"},
     };
     for (const ColourRow& row : rows) {

@@ -14,13 +14,12 @@ constexpr const char* g_pWallGuid = "3qt5KnRY9OSu4BNT4B7kwi";
 
 // A wall in a storey; the numbers neither in order nor without gaps.
 std::string sWallFile() {
-    return sExchangeFile(
-        "IFC4", "#70=IFCWALL('3qt5KnRY9OSu4BNT4B7kwi',$,'B\\X\\FCro',$,$,$,$,$,.SOLIDWALL.);\n"
-                "#5=IFCRELCONTAINEDINSPATIALSTRUCTURE('3Q2KuEDczSmQAFmYKnklVN',$,$,$,(#70,#71),#6);\n"
-                "#6=IFCBUILDINGSTOREY('1XxWclp6bOHAdQixVqmAPd',$,$,$,$,$,$,$,.ELEMENT.,0.);\n"
-                "#71=IFCSLAB('0qltlX545U7f6hmhHOJBDu',$,$,$,$,$,$,$,$);\n"
-                "#8=IFCRELAGGREGATES('00MPTWCfrN7ReR2sdMzhiQ',$,$,$,#70,(#71));\n"
-                "#9=IFCPROPERTYSINGLEVALUE('a',$,IFCLABEL('it''s'),$);\n");
+    return sExchangeFile("IFC4", "#70=IFCWALL('3qt5KnRY9OSu4BNT4B7kwi',$,'B\\X\\FCro',$,$,$,$,$,.SOLIDWALL.);\n"
+                                 "#5=IFCRELCONTAINEDINSPATIALSTRUCTURE('3Q2KuEDczSmQAFmYKnklVN',$,$,$,(#70,#71),#6);\n"
+                                 "#6=IFCBUILDINGSTOREY('1XxWclp6bOHAdQixVqmAPd',$,$,$,$,$,$,$,.ELEMENT.,0.);\n"
+                                 "#71=IFCSLAB('0qltlX545U7f6hmhHOJBDu',$,$,$,$,$,$,$,$);\n"
+                                 "#8=IFCRELAGGREGATES('00MPTWCfrN7ReR2sdMzhiQ',$,$,$,#70,(#71));\n"
+                                 "#9=IFCPROPERTYSINGLEVALUE('a',$,IFCLABEL('it''s'),$);\n");
 }
 
 struct SelectRow {
@@ -87,8 +86,7 @@ TEST(ShowVerb, JsonTellsAttributesAndReferrers) {
     ASSERT_TRUE(value.is_array() && value.size() == 1U) << run.sOut;
     EXPECT_EQ(value[0]["attributes"], expected[0]["attributes"]);
     Json inverses = value[0]["inverses"];
-    std::sort(inverses.begin(), inverses.end(),
-              [](const Json& a, const Json& b) { return a["name"] > b["name"]; });
+    std::sort(inverses.begin(), inverses.end(), [](const Json& a, const Json& b) { return a["name"] > b["name"]; });
     EXPECT_EQ(inverses, expected[0]["inverses"]);
     for (const char* pKey : {"id", "type", "statement"}) EXPECT_EQ(value[0][pKey], expected[0][pKey]);
 }
@@ -123,9 +121,8 @@ const FailRow g_failures[] = {
     {"#", "# is no number of an entity, as #12 is"},
     {"#7x", "#7x is no number of an entity, as #12 is"},
     {"0000000000000000000001", "standard input: there is no GlobalId 0000000000000000000001"},
-    {"IfcWal",
-     "IfcWal is no number as #12, no GlobalId and no entity of IFC4; did you mean IfcWall, IfcWallType, "
-     "IfcWallStandardCase, IfcWallElementedCase?"},
+    {"IfcWal", "IfcWal is no number as #12, no GlobalId and no entity of IFC4; did you mean IfcWall, IfcWallType, "
+               "IfcWallStandardCase, IfcWallElementedCase?"},
     {"IfcLabel", "IfcLabel is no number as #12, no GlobalId and no entity of IFC4"},
     {"7", "standard input: there is no #7"},
     {"99999999999999999999", "standard input: there is no #99999999999999999999"},

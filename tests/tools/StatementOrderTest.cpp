@@ -39,13 +39,14 @@ std::vector<OrderRow> orderRows() {
         {"as in the file", "file", sData, sData},
         {"as in the file, the other way round", "file", sJoined({g_p7, g_p4, g_p300, g_p10}),
          sJoined({g_p7, g_p4, g_p300, g_p10})},
-        {"statements on one line", "file", "#300=IFCSITE('2cp60asVrO3R4Q9IgcHKIk',$,$,$,$,$,$,$,$,$,$,$,$,$);" +
-                                               sJoined({g_p4}),
+        {"statements on one line", "file",
+         "#300=IFCSITE('2cp60asVrO3R4Q9IgcHKIk',$,$,$,$,$,$,$,$,$,$,$,$,$);" + sJoined({g_p4}),
          sJoined({g_p300, g_p4})},
         {"blanks within", "file", "#4 =\nIFCMATERIAL ('a' , $,$ ) ; # 1\n\r = IFCMATERIAL('b',$,$);\n",
          sJoined({g_p4, "#1=IFCMATERIAL('b',$,$);\n"})},
         {"comments within and between, and what looks like statements there", "file",
-         "/* #1=IFCMATERIAL(';',$,$); */#4/* it's */=IFCMATERIAL('a',$,$);/*/#2=X();*/\n#1/***/=IFCMATERIAL('b',$,$);\n",
+         "/* #1=IFCMATERIAL(';',$,$); */#4/* it's "
+         "*/=IFCMATERIAL('a',$,$);/*/#2=X();*/\n#1/***/=IFCMATERIAL('b',$,$);\n",
          sJoined({g_p4, "#1=IFCMATERIAL('b',$,$);\n"})},
         {"what looks like statements and comments in texts", "file",
          "#4=IFCMATERIAL('a;#1=IFC''/*',$,$);\n#3=IFCMATERIAL('*/;#2=',$,$);\n#1=IFCMATERIAL('b',$,$);\n",
@@ -54,7 +55,8 @@ std::vector<OrderRow> orderRows() {
          "#9=IFCPOLYLINE((#3,#1));\n#1=IFCCARTESIANPOINT((1.));\n#3=IFCCARTESIANPOINT((3.));\n",
          "#9=IFCPOLYLINE((#3,#1));\n#1=IFCCARTESIANPOINT((1.));\n#3=IFCCARTESIANPOINT((3.));\n"},
         {"the largest number, and negative ones", "file",
-         "#-2=IFCMATERIAL('b',$,$);\n#2147483647=IFCMATERIAL('c',$,$);\n#-1=IFCMATERIAL('d',$,$);\n#4=IFCMATERIAL('a',$,$);\n",
+         "#-2=IFCMATERIAL('b',$,$);\n#2147483647=IFCMATERIAL('c',$,$);\n#-1=IFCMATERIAL('d',$,$);\n#4=IFCMATERIAL('a',$"
+         ",$);\n",
          "#4294967294=IFCMATERIAL('b',$,$);\n#2147483647=IFCMATERIAL('c',$,$);\n#4294967295=IFCMATERIAL('d',$,$);\n"
          "#4=IFCMATERIAL('a',$,$);\n"},
     };
@@ -90,7 +92,8 @@ TEST(StatementOrder, IsThatOfAReaderWhereATextHasAFault) {
 TEST(StatementOrder, DoesNotDependOnWhereBuffersEnd) {
     std::string sData;
     for (int i = 20000; i > 0; --i)
-        sData += "#" + std::to_string(i) + "=IFCMATERIAL('" + std::string(static_cast<std::size_t>(i % 17), ';') + "',$,$);\n";
+        sData += "#" + std::to_string(i) + "=IFCMATERIAL('" + std::string(static_cast<std::size_t>(i % 17), ';') +
+                 "',$,$);\n";
     EXPECT_EQ(runProgram({"convert", "--all", "--order", "file", "-", "-"}, sExchangeFile("IFC4", sData)).sOut,
               sExchangeFile("IFC4", sData));
 }
@@ -146,8 +149,9 @@ TEST(StatementOrder, LeavesAllLinesButTheChangedOne) {
 }
 
 TEST(StatementOrder, IsOneOfTheSimpleFormToo) {
-    const std::string sSimple =
-        "Ifc file simple;\nIFC4;\n7;\n#9=IFCCARTESIANPOINT((1.,2.));\n#7=IFCPOLYLINE((#9,#8));\n#8=IFCCARTESIANPOINT((3.,4.));\n";
+    const std::string sSimple = "Ifc file "
+                                "simple;\nIFC4;\n7;\n#9=IFCCARTESIANPOINT((1.,2.));\n#7=IFCPOLYLINE((#9,#8));\n#8="
+                                "IFCCARTESIANPOINT((3.,4.));\n";
     EXPECT_EQ(runProgram({"set", "-", "#9", "Coordinates", "(1,2)", "-", "--order", "file"}, sSimple).sOut, sSimple);
     EXPECT_EQ(runProgram({"extract", "-", "#7", "-"}, sSimple).sOut,
               "Ifc file simple;\nIFC4;\n7;\n#7=IFCPOLYLINE((#9,#8));\n#8=IFCCARTESIANPOINT((3.,4.));\n"

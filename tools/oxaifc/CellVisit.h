@@ -86,9 +86,7 @@ private:
         case AttributeType::Integer:
             vItems<long long>(list, [this](long long iItem) { m_visitor.vInteger(iItem); });
             break;
-        case AttributeType::String:
-            vItems<char*>(list, [this](const char* pItem) { m_visitor.vText(pItem); });
-            break;
+        case AttributeType::String: vItems<char*>(list, [this](const char* pItem) { m_visitor.vText(pItem); }); break;
         case AttributeType::Binary:
             vItems<ifc::AttributeBinary>(list, [this](const ifc::AttributeBinary& item) { vBinary(item); });
             break;
@@ -97,8 +95,8 @@ private:
             break;
         case AttributeType::List: {
             const ifc::def::schema::ObjectBase* pElement = type.pElementGet();
-            vItems<ifc::AttributeList>(
-                list, [this, pElement](const ifc::AttributeList& item) { vCell(item, pElement); });
+            vItems<ifc::AttributeList>(list,
+                                       [this, pElement](const ifc::AttributeList& item) { vCell(item, pElement); });
             break;
         }
         case AttributeType::Entity:
@@ -120,8 +118,7 @@ private:
 };
 
 template <class Visitor>
-void vVisitCell(const ifc::AttributeBase& cell, const ifc::def::schema::ObjectBase* pObject,
-                Visitor& visitor) {
+void vVisitCell(const ifc::AttributeBase& cell, const ifc::def::schema::ObjectBase* pObject, Visitor& visitor) {
     CellVisit<Visitor>(visitor).vCell(cell, pObject);
 }
 

@@ -61,11 +61,10 @@ public:
         // Each level writes something before the next: the length bounds the depth.
         vOpen(pType->sNameUpper);
         if (!m_boFull)
-            pEntity->boForEachAttribute(
-                [this](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
-                    vCell(cell, attribute);
-                    return m_boFull;
-                });
+            pEntity->boForEachAttribute([this](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
+                vCell(cell, attribute);
+                return m_boFull;
+            });
         vClose();
     }
     void vListBegin(bool) { vOpen({}); }
@@ -106,8 +105,7 @@ private:
 
 }   // namespace
 
-std::string sValueText(const ModelContent& model, const ifc::AttributeBase& cell,
-                       const schema::Attribute& attribute) {
+std::string sValueText(const ModelContent& model, const ifc::AttributeBase& cell, const schema::Attribute& attribute) {
     std::string sText;
     TextVisitor(model, sText).vCell(cell, attribute);
     return sText;

@@ -29,8 +29,7 @@ const FormRow& rowOf(FileForm eForm) {
         {FileForm::Simple, "simple", "the simple text form", {".txt"}},
         {FileForm::IfcXml, "ifcxml", "ifcXML", {".ifcxml", ".xml"}},
     };
-    return *std::find_if(std::begin(rows), std::end(rows),
-                         [eForm](const FormRow& row) { return row.eForm == eForm; });
+    return *std::find_if(std::begin(rows), std::end(rows), [eForm](const FormRow& row) { return row.eForm == eForm; });
 }
 
 // From the last point of the name on; empty where it has none.

@@ -109,8 +109,8 @@ HeaderSection::HeaderSection(Input& input) : m_sName(input.sName()) {
         m_header.boReadLine(std::move(sText), m_errors, 0);   // only the count of errors is told, not their lines
         m_statements.push_back(std::move(statement));
     }
-    throw Failure(fmt::format("{}: {}", m_sName,
-                              boInside ? "its HEADER section does not end" : "has no HEADER section"));
+    throw Failure(
+        fmt::format("{}: {}", m_sName, boInside ? "its HEADER section does not end" : "has no HEADER section"));
 }
 
 const HeaderSection::Statement& HeaderSection::statement(const Change& change) const {

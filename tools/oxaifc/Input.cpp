@@ -29,9 +29,7 @@ public:
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
 
-    [[nodiscard]] std::string_view waiting() const {
-        return {gptr(), static_cast<std::size_t>(egptr() - gptr())};
-    }
+    [[nodiscard]] std::string_view waiting() const { return {gptr(), static_cast<std::size_t>(egptr() - gptr())}; }
     [[nodiscard]] std::uint64_t iRead() const noexcept { return m_iRead; }
     [[nodiscard]] int iError() const noexcept { return m_iError; }
 
@@ -98,8 +96,10 @@ std::uint64_t iSize(const std::string& sPath) {
 }   // namespace
 
 Input::Input(const std::string& sPath)
-    : m_sName(sPath == "-" ? "standard input" : sPath), m_iExpected(iSize(sPath)),
-      m_pBuffer(std::make_unique<Buffer>(pOpen(sPath))), m_stream(m_pBuffer.get()) {
+    : m_sName(sPath == "-" ? "standard input" : sPath),
+      m_iExpected(iSize(sPath)),
+      m_pBuffer(std::make_unique<Buffer>(pOpen(sPath))),
+      m_stream(m_pBuffer.get()) {
     m_pBuffer->sgetc();
     if (m_pBuffer->iError()) vFail(m_sName, std::strerror(m_pBuffer->iError()));
     if (m_pBuffer->waiting().empty()) vFail(m_sName, "is empty");
@@ -108,9 +108,7 @@ Input::Input(const std::string& sPath)
 
 Input::~Input() = default;
 
-bool Input::boBeginsWith(std::string_view text) const noexcept {
-    return m_pBuffer->waiting().starts_with(text);
-}
+bool Input::boBeginsWith(std::string_view text) const noexcept { return m_pBuffer->waiting().starts_with(text); }
 
 std::string_view Input::firstBytes() const noexcept { return m_pBuffer->waiting(); }
 

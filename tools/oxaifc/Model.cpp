@@ -33,16 +33,17 @@ void ModelOptions::vDeclareSeveral(CLI::App& command, std::vector<std::string>& 
 
 void ModelOptions::vDeclareRead(CLI::App& command) {
     command
-        .add_option(
-            "--schema-file", schemaPaths,
-            "an EXPRESS file with a schema that files may name; if it is the only one, it serves every file")
+        .add_option("--schema-file", schemaPaths,
+                    "an EXPRESS file with a schema that files may name; if it is the only one, it serves every file")
         ->type_name("X.exp")
         ->allow_extra_args(false);
     command.add_flag("--single-threaded", boSingleThreaded, "parse on one thread");
 }
 
 Model::Model(const ModelOptions& options, bool boKeepIds)
-    : m_schemas(options.schemaPaths), m_pErrors(ifc::io::ReadError::pAllocate()), m_boIdsKept(boKeepIds),
+    : m_schemas(options.schemaPaths),
+      m_pErrors(ifc::io::ReadError::pAllocate()),
+      m_boIdsKept(boKeepIds),
       m_boXml(false) {
     Input input(options.sPath);
     m_sName = input.sName();
@@ -141,20 +142,18 @@ void Model::vXmlRead(Input& input, bool boKeepIds) {
 // What FileSimple::boRead does, except that it never keeps numbers.
 bool Model::boReadSimple(ifc::FileSimple& file, std::istream& stream, bool boKeepIds, bool boSingleThreaded,
                          ifc::ReadProgress progress) {
-    if (!boKeepIds)
-        return file.boRead(stream, m_schemas.function(), *m_pErrors, std::move(progress), boSingleThreaded);
+    if (!boKeepIds) return file.boRead(stream, m_schemas.function(), *m_pErrors, std::move(progress), boSingleThreaded);
     if (!file.header().boRead(stream, *m_pErrors)) return false;
     const std::string sSchema = file.header().sSchemaNameGet();
     const ifc::def::SchemaPset* pSchema =
         sSchema.empty() ? nullptr : ifc::SchemaLoader::pSchemaGet(m_schemas.function(), sSchema);
     if (!pSchema) {
-        m_pErrors->add(nullptr, ifc::Errors::Fatal, ifc::Errors::Model, "Error_UnknownSchemaName", sSchema,
-                       {}, 0);
+        m_pErrors->add(nullptr, ifc::Errors::Fatal, ifc::Errors::Model, "Error_UnknownSchemaName", sSchema, {}, 0);
         return false;
     }
     file.vSchemaSet(*pSchema);
-    return ifc::io::ReadFile::boRead(file, stream, m_schemas.function(), *m_pErrors, boKeepIds,
-                                     std::move(progress), boSingleThreaded);
+    return ifc::io::ReadFile::boRead(file, stream, m_schemas.function(), *m_pErrors, boKeepIds, std::move(progress),
+                                     boSingleThreaded);
 }
 
 const ifc::FileHeader* Model::pHeader() const noexcept {

@@ -87,8 +87,7 @@ const schema::ObjectBase* pTypeOf(const schema::Attribute& attribute) {
 std::optional<Guid> guidOf(const ifc::Entity& entity) {
     std::optional<Guid> guid;
     entity.boForEachAttribute([&guid](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
-        if (ifc::AttributeBase::cellClass(pTypeOf(attribute), attribute) != ifc::CellClass::Guid)
-            return false;
+        if (ifc::AttributeBase::cellClass(pTypeOf(attribute), attribute) != ifc::CellClass::Guid) return false;
         if (cell.boHasValue()) guid = static_cast<const ifc::AttributeGuid&>(cell).m_value.load();
         return true;
     });
@@ -125,13 +124,10 @@ void ContentHash::vAdd(const ContentHash& hash) noexcept {
 class ModelContent::HashVisitor {
 public:
     // Without contents all references are alike.
-    HashVisitor(const ModelContent& model, const Contents* pContents)
-        : m_model(model), m_pContents(pContents) {}
+    HashVisitor(const ModelContent& model, const Contents* pContents) : m_model(model), m_pContents(pContents) {}
     [[nodiscard]] const ContentHash& hash() const noexcept { return m_hashes.back(); }
 
-    void vNull(bool boDerived) {
-        m_hashes.push_back(tool::hashOf(boDerived ? Mark::Derived : Mark::Undefined));
-    }
+    void vNull(bool boDerived) { m_hashes.push_back(tool::hashOf(boDerived ? Mark::Derived : Mark::Undefined)); }
     void vReal(double value) {
         if (value == 0.0) value = 0.0;   // the one without a sign
         if (value != value) value = std::numeric_limits<double>::quiet_NaN();
@@ -146,20 +142,18 @@ public:
     }
     void vGuid(const Guid& guid) { m_hashes.push_back(tool::hashOf(guid)); }
     void vText(const char* pText) {
-        m_hashes.push_back(pText ? tool::hashOf(Mark::Text, std::string_view(pText))
-                                 : tool::hashOf(Mark::NoText));
+        m_hashes.push_back(pText ? tool::hashOf(Mark::Text, std::string_view(pText)) : tool::hashOf(Mark::NoText));
     }
     void vEnumerator(const char* pText) {
         m_hashes.push_back(pText ? tool::hashOf(Mark::Enumerator, std::string_view(pText))
                                  : tool::hashOf(Mark::NoText));
     }
     void vBinary(const unsigned char* pBytes, std::size_t iCount) {
-        m_hashes.push_back(tool::hashOf(
-            Mark::Binary, std::string_view(reinterpret_cast<const char*>(pBytes), pBytes ? iCount : 0)));
+        m_hashes.push_back(
+            tool::hashOf(Mark::Binary, std::string_view(reinterpret_cast<const char*>(pBytes), pBytes ? iCount : 0)));
     }
     void vEntity(const ifc::Entity* pEntity) {
-        m_hashes.push_back(m_pContents ? m_model.hashOf(pEntity, *m_pContents)
-                                       : tool::hashOf(Mark::Reference));
+        m_hashes.push_back(m_pContents ? m_model.hashOf(pEntity, *m_pContents) : tool::hashOf(Mark::Reference));
     }
     void vListBegin(bool boSet) { m_lists.push_back({m_hashes.size(), boSet}); }
     void vListEnd() {
@@ -167,8 +161,7 @@ public:
         m_lists.pop_back();
         const auto itFirst = m_hashes.begin() + static_cast<std::ptrdiff_t>(iFirst);
         if (boSet) std::sort(itFirst, m_hashes.end());
-        ContentHash hash =
-            tool::hashOf(boSet ? Mark::Set : Mark::List, std::uint64_t{m_hashes.size() - iFirst});
+        ContentHash hash = tool::hashOf(boSet ? Mark::Set : Mark::List, std::uint64_t{m_hashes.size() - iFirst});
         for (auto it = itFirst; it != m_hashes.end(); ++it) hash.vAdd(*it);
         m_hashes.erase(itFirst, m_hashes.end());
         m_hashes.push_back(hash);
@@ -199,7 +192,10 @@ private:
 class ModelContent::Components {
 public:
     explicit Components(const ModelContent& model)
-        : m_model(model), m_order(model.iCount()), m_low(model.iCount()), m_of(model.iCount(), g_iNone) {
+        : m_model(model),
+          m_order(model.iCount()),
+          m_low(model.iCount()),
+          m_of(model.iCount(), g_iNone) {
         for (Index i = 0; i < model.iCount(); ++i)
             if (!model.pGuid(i) && !m_order[i]) vWalk(i);
     }
@@ -274,8 +270,7 @@ ModelContent::ModelContent(const ifc::Data& data, const std::unordered_set<const
     m_outsides = m_contents;
     for (Index i = 0; i < iCount(); ++i)
         if (m_reached[i] && !m_guids[i])
-            m_outsides[i] =
-                tool::hashOf(Mark::Reference, std::string_view(m_entities[i]->pSchemaEntity()->sNameUpper));
+            m_outsides[i] = tool::hashOf(Mark::Reference, std::string_view(m_entities[i]->pSchemaEntity()->sNameUpper));
     vContentsSettle(components, m_outsides, [this](Index i) { return !m_reached[i]; });
 }
 
@@ -290,15 +285,13 @@ void ModelContent::vTargetsGather() {
             return false;
         });
         for (const ifc::Entity* pTarget : targets)
-            if (const auto it = m_indices.find(pTarget); it != m_indices.end())
-                m_targets.push_back(it->second);
+            if (const auto it = m_indices.find(pTarget); it != m_indices.end()) m_targets.push_back(it->second);
     }
     m_firstTarget.push_back(m_targets.size());
 }
 
 template <class Wanted>
-void ModelContent::vContentsSettle(const Components& components, Contents& contents,
-                                   Wanted&& boWanted) const {
+void ModelContent::vContentsSettle(const Components& components, Contents& contents, Wanted&& boWanted) const {
     for (const std::vector<Index>& members : components.all()) {
         const Index i = members.front();
         if (!boWanted(i)) continue;
@@ -396,8 +389,7 @@ ContentHash ModelContent::attributes(Index i, const Contents& contents) const {
     ContentHash hash = tool::hashOf(Mark::Entity, std::string_view(entity.pSchemaEntity()->sNameUpper));
     entity.boForEachAttribute([&](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
         // What an entity without GlobalId has there is none of the file's.
-        const bool boGuid =
-            ifc::AttributeBase::cellClass(pTypeOf(attribute), attribute) == ifc::CellClass::Guid;
+        const bool boGuid = ifc::AttributeBase::cellClass(pTypeOf(attribute), attribute) == ifc::CellClass::Guid;
         if (cell.m_boUndefined || (boGuid && !m_guids[i])) return false;
         hash.vAdd(std::string_view(attribute.sName));
         HashVisitor visitor(*this, &contents);

@@ -38,9 +38,7 @@ struct ContentHash {
 };
 
 struct ContentHashHash {
-    std::size_t operator()(const ContentHash& hash) const noexcept {
-        return static_cast<std::size_t>(hash.iLow);
-    }
+    std::size_t operator()(const ContentHash& hash) const noexcept { return static_cast<std::size_t>(hash.iLow); }
 };
 using ContentCounts = std::unordered_map<ContentHash, std::size_t, ContentHashHash>;
 
@@ -60,14 +58,12 @@ public:
 
     [[nodiscard]] const ContentHash& content(Index i) const noexcept { return m_contents[i]; }
     // For a null reference and for an instance that the file does not define too.
-    [[nodiscard]] ContentHash content(const ifc::Entity* pEntity) const noexcept {
-        return hashOf(pEntity, m_contents);
-    }
+    [[nodiscard]] ContentHash content(const ifc::Entity* pEntity) const noexcept { return hashOf(pEntity, m_contents); }
     // Of an entity's attributes, whether or not it has a GlobalId.
     [[nodiscard]] ContentHash attributes(Index i) const { return attributes(i, m_contents); }
     // Of one value. Without references all of them count as one and the same.
-    [[nodiscard]] ContentHash value(const ifc::AttributeBase& cell,
-                                    const ifc::def::schema::Attribute& attribute, bool boReferences) const;
+    [[nodiscard]] ContentHash value(const ifc::AttributeBase& cell, const ifc::def::schema::Attribute& attribute,
+                                    bool boReferences) const;
 
     // Entities with a GlobalId, and what they lead to.
     [[nodiscard]] bool boReached(Index i) const noexcept { return m_reached[i]; }

@@ -51,8 +51,7 @@ struct Side {
 
     [[nodiscard]] std::size_t iNumber(Index i) const { return model.data().iIdFromEntity(content.entity(i)); }
     void vSort(Indices& indices) const {
-        std::sort(indices.begin(), indices.end(),
-                  [this](Index a, Index b) { return iNumber(a) < iNumber(b); });
+        std::sort(indices.begin(), indices.end(), [this](Index a, Index b) { return iNumber(a) < iNumber(b); });
     }
 
     // How often each content occurs among these entities.
@@ -80,8 +79,7 @@ struct Value {
 
     Value(const ifc::Entity& entity, std::string_view name) {
         const int iIndex = entity.indexFromName(schema::AttributeName(name));
-        if (iIndex >= 0)
-            std::tie(pAttribute, pCell) = entity.pAttributeFromIndex(static_cast<unsigned>(iIndex));
+        if (iIndex >= 0) std::tie(pAttribute, pCell) = entity.pAttributeFromIndex(static_cast<unsigned>(iIndex));
     }
 };
 
@@ -134,8 +132,7 @@ void vCut(std::string& a, std::string& b, std::size_t iMost) {
         while (iFirst > 0 && boInside(iFirst)) --iFirst;
         std::size_t iEnd = std::min(text.size(), iFirst + iMost);
         while (boInside(iEnd)) ++iEnd;
-        text = (iFirst ? "..." : "") +
-               text.substr(std::min(iFirst, text.size()), iEnd - std::min(iFirst, iEnd)) +
+        text = (iFirst ? "..." : "") + text.substr(std::min(iFirst, text.size()), iEnd - std::min(iFirst, iEnd)) +
                (iEnd < text.size() ? "..." : "");
     };
     cut(a);
@@ -146,7 +143,10 @@ void vCut(std::string& a, std::string& b, std::size_t iMost) {
 class ValueDiff {
 public:
     ValueDiff(const Side& before, const Side& after, std::size_t iMostText, std::vector<DiffValue>& values)
-        : m_before(before), m_after(after), m_iMostText(iMostText), m_values(values) {}
+        : m_before(before),
+          m_after(after),
+          m_iMostText(iMostText),
+          m_values(values) {}
 
     void vEntities(const ifc::Entity& a, const ifc::Entity& b) {
         const std::string& sOld = a.pSchemaEntity()->sNameUpper;
@@ -159,8 +159,7 @@ public:
             const Value now(b, sName);
             const bool boDifferent = boValues(sName, old, now, 0);
             // Where the ways down end in each other, the attribute's own text has to do.
-            if (boDifferent && m_values.size() == m_iFirst)
-                vTell(sName, sText(m_before, old), sText(m_after, now));
+            if (boDifferent && m_values.size() == m_iFirst) vTell(sName, sText(m_before, old), sText(m_after, now));
         }
     }
 
@@ -206,25 +205,22 @@ private:
         const References now(b);
         if (old.boSet && now.boSet)
             vSets(sPath, old.entities, now.entities, iDepth);
-        else if (hash(m_before, a, false) == hash(m_after, b, false) &&
-                 old.entities.size() == now.entities.size())
+        else if (hash(m_before, a, false) == hash(m_after, b, false) && old.entities.size() == now.entities.size())
             for (std::size_t i = 0; i < old.entities.size() && !boFull(); ++i)
-                vReferences(old.boList ? fmt::format("{}[{}]", sPath, i + 1) : sPath, old.entities[i],
-                            now.entities[i], iDepth);
+                vReferences(old.boList ? fmt::format("{}[{}]", sPath, i + 1) : sPath, old.entities[i], now.entities[i],
+                            iDepth);
         else
             vTell(sPath, sText(m_before, a), sText(m_after, b));
         return true;
     }
 
-    [[nodiscard]] bool boFull() const noexcept {
-        return m_values.size() > m_iFirst && m_values.back().boMore;
-    }
+    [[nodiscard]] bool boFull() const noexcept { return m_values.size() > m_iFirst && m_values.back().boMore; }
 
     // What only one of the sets has. As many on both sides: one by one.
     void vSets(const std::string& sPath, const std::vector<const ifc::Entity*>& a,
                const std::vector<const ifc::Entity*>& b, int iDepth) {
-        const auto only = [](const Side& side, const std::vector<const ifc::Entity*>& entities,
-                             const Side& otherSide, const std::vector<const ifc::Entity*>& others) {
+        const auto only = [](const Side& side, const std::vector<const ifc::Entity*>& entities, const Side& otherSide,
+                             const std::vector<const ifc::Entity*>& others) {
             ContentCounts counts;
             for (const ifc::Entity* pOther : others) ++counts[otherSide.content.content(pOther)];
             std::vector<const ifc::Entity*> rest;
@@ -262,8 +258,7 @@ private:
         };
         if (!boInside(m_before, pOld) || !boInside(m_after, pNew) || iDepth == g_iMostDepth ||
             pOld->pSchemaEntity()->sNameUpper != pNew->pSchemaEntity()->sNameUpper)
-            return vTell(sPath, sReferenceText(m_before.content, pOld),
-                         sReferenceText(m_after.content, pNew));
+            return vTell(sPath, sReferenceText(m_before.content, pOld), sReferenceText(m_after.content, pNew));
         if (!m_told.emplace(pOld, pNew).second) return;
         for (const std::string& sName : names(*pOld, *pNew)) {
             if (boFull()) return;
@@ -283,7 +278,9 @@ private:
 class Differ {
 public:
     Differ(const Model& before, const Model& after, std::size_t iMostText)
-        : m_before(before), m_after(after), m_iMostText(iMostText) {}
+        : m_before(before),
+          m_after(after),
+          m_iMostText(iMostText) {}
 
     ModelDiff run() {
         m_result.sSchemaOld = m_before.model.sSchemaName();
@@ -322,8 +319,8 @@ private:
     }
 
     void vRooted() {
-        const auto all = groups<Guid, std::hash<Guid>>(
-            [](const ModelContent& content, Index i) { return content.pGuid(i); });
+        const auto all =
+            groups<Guid, std::hash<Guid>>([](const ModelContent& content, Index i) { return content.pGuid(i); });
         for (const auto& [guid, group] : all) {
             const auto boCompare = [this](Index iOld, Index iNew) {
                 vCompare(iOld, iNew);
@@ -334,10 +331,7 @@ private:
                 vPair(
                     rest, [](const Side& side, Index i) { return side.content.attributes(i); }, boCompare);
                 vPair(
-                    rest,
-                    [](const Side& side, Index i) {
-                        return side.content.entity(i).pSchemaEntity()->sNameUpper;
-                    },
+                    rest, [](const Side& side, Index i) { return side.content.entity(i).pSchemaEntity()->sNameUpper; },
                     boCompare);
             }
             vPair(
@@ -347,9 +341,8 @@ private:
     }
 
     void vApart() {
-        const auto all = groups<ContentHash, ContentHashHash>([](const ModelContent& content, Index i) {
-            return content.boApart(i) ? &content.content(i) : nullptr;
-        });
+        const auto all = groups<ContentHash, ContentHashHash>(
+            [](const ModelContent& content, Index i) { return content.boApart(i) ? &content.content(i) : nullptr; });
         Group rest;
         for (const auto& [hash, group] : all) {
             const auto iBoth = static_cast<std::ptrdiff_t>(std::min(group.before.size(), group.after.size()));

@@ -146,7 +146,8 @@ private:
 ModelWrite::ModelWrite(const WriteOptions& options)
     : m_options(options),
       m_eForm(fileForm(options.sOut, options.sFormat, options.forms)),
-      m_target(options.sOut), m_pErrors(ifc::io::WriteError::pAllocate()),
+      m_target(options.sOut),
+      m_pErrors(ifc::io::WriteError::pAllocate()),
       m_pLeftOut(ifc::io::WriteError::pAllocate()) {}
 
 ModelWrite::~ModelWrite() = default;
@@ -154,14 +155,12 @@ ModelWrite::~ModelWrite() = default;
 void ModelWrite::vCheck(const Model& model) const {
     const ifc::ErrorRecord* pFatal = pFirstFatal(model);
     if (pFatal || (!model.boOk() && model.errors().empty()))
-        throw Failure(
-            fmt::format("{}: not read to the end{}{}; {} is not written", model.sName(), pFatal ? ": " : "",
-                        pFatal ? sPrintable(pFatal->description) : std::string(), m_target.sName()));
+        throw Failure(fmt::format("{}: not read to the end{}{}; {} is not written", model.sName(), pFatal ? ": " : "",
+                                  pFatal ? sPrintable(pFatal->description) : std::string(), m_target.sName()));
     if (model.boXml() && m_target.boIs(m_options.sPath))
-        throw Failure(
-            fmt::format("{}: is ifcXML, which is read in part; what was passed over would be lost, so name "
-                        "another OUT",
-                        model.sName()));
+        throw Failure(fmt::format("{}: is ifcXML, which is read in part; what was passed over would be lost, so name "
+                                  "another OUT",
+                                  model.sName()));
     if (model.lostStatements().iCount && m_target.boIs(m_options.sPath))
         throw Failure(fmt::format("{}: {}, so name another OUT", model.sName(), model.sLost()));
     if (!model.errors().empty() && m_target.boIs(m_options.sPath))
@@ -178,15 +177,15 @@ void ModelWrite::vStatementsWrite(Model& model, const ifc::Entity* pRoot) {
     const std::size_t iBefore = boGuard ? data.iIdFromEntity(before) : 0;
     {
         Statements writer(m_target.stream());
-        const auto pInfo = std::make_unique<ifc::StepWriteInfoCommon>(data.entityIdMap(false), *m_pErrors,
-                                                                      writer, m_options.boSingleThreaded);
+        const auto pInfo = std::make_unique<ifc::StepWriteInfoCommon>(data.entityIdMap(false), *m_pErrors, writer,
+                                                                      m_options.boSingleThreaded);
         if (pRoot)
             pInfo->iEntityIdGet(pRoot);
         else
             for (const ifc::Entity* pEntity : data.entities()) pInfo->iEntityIdGet(pEntity);
         Progress progress([this, iAll = data.entities().size()](unsigned iTaken) {
-            return fmt::format("writing {}: {} of {} entities", sPrintable(m_target.sName()),
-                               sGrouped(iTaken), sGrouped(iAll));
+            return fmt::format("writing {}: {} of {} entities", sPrintable(m_target.sName()), sGrouped(iTaken),
+                               sGrouped(iAll));
         });
         // A walk without a first entity would never end.
         if (pRoot || !data.entities().empty())
@@ -201,10 +200,9 @@ void ModelWrite::vStatementsWrite(Model& model, const ifc::Entity* pRoot) {
     const std::size_t iBehind = boGuard ? data.iIdFromEntity(behind) : 0;
     for (std::size_t iId = iBefore + 1; iId < iBehind; ++iId)
         if (data.pEntityFromId(iId))
-            throw Failure(
-                fmt::format("{}: a reference to an instance that is not in the file would become one to "
-                            "#{}; oxaifc convert --renumber gives all of them numbers of their own",
-                            model.sName(), iId));
+            throw Failure(fmt::format("{}: a reference to an instance that is not in the file would become one to "
+                                      "#{}; oxaifc convert --renumber gives all of them numbers of their own",
+                                      model.sName(), iId));
 }
 
 // The whole tree stands in memory before the first byte is written.
@@ -212,25 +210,23 @@ void ModelWrite::vXmlWrite(Model& model) {
     vCheck(model);
     XmlOutput document;
     if (!document.boExportHeader(model.file().headerBase()))
-        throw Failure(
-            fmt::format("{}: is of schema {}, and ifcXML is written for IFC4 only; oxaifc convert --schema "
-                        "IFC4 makes one of that",
-                        model.sName(), sPrintable(model.sSchemaName())));
+        throw Failure(fmt::format("{}: is of schema {}, and ifcXML is written for IFC4 only; oxaifc convert --schema "
+                                  "IFC4 makes one of that",
+                                  model.sName(), sPrintable(model.sSchemaName())));
     const auto& entities = model.data().entities();
     if (!model.data().pProject())
         throw Failure(fmt::format("{}: has no IFCPROJECT, where ifcXML starts from", model.sName()));
     try {
         Progress progress([this, iAll = entities.size()](unsigned iTaken) {
-            return fmt::format("writing {}: {} of {} entities", sPrintable(m_target.sName()),
-                               sGrouped(iTaken), sGrouped(iAll));
+            return fmt::format("writing {}: {} of {} entities", sPrintable(m_target.sName()), sGrouped(iTaken),
+                               sGrouped(iAll));
         });
         document.boExportData(model.data(), *m_pLeftOut, progress.function());
     } catch (const oxa::exception& error) {
         if (std::string_view(error.what()) != "returning nullptr") throw;
-        throw Failure(
-            fmt::format("{}: refers to an instance that it does not define or that could not be read, which "
-                        "ifcXML can't hold; {} is not written (oxaifc check tells which)",
-                        model.sName(), m_target.sName()));
+        throw Failure(fmt::format("{}: refers to an instance that it does not define or that could not be read, which "
+                                  "ifcXML can't hold; {} is not written (oxaifc check tells which)",
+                                  model.sName(), m_target.sName()));
     }
     document.boSave(m_target.stream());   // what fails is kept by the target
     m_target.vFinish();
@@ -245,9 +241,8 @@ void ModelWrite::vXmlWrite(Model& model) {
 
 std::size_t ModelWrite::iLeftOut(ifc::Errors::Category category) const {
     const auto& records = m_pLeftOut->records();
-    return static_cast<std::size_t>(std::count_if(records.begin(), records.end(), [&](const auto& record) {
-        return record.category == category;
-    }));
+    return static_cast<std::size_t>(
+        std::count_if(records.begin(), records.end(), [&](const auto& record) { return record.category == category; }));
 }
 
 std::string ModelWrite::sLeftOutRows(const Model& model, ifc::Errors::Category category) const {

@@ -21,8 +21,8 @@ namespace oxa::tool {
 
 // What every verb with an OUT takes.
 struct WriteOptions : ModelOptions {
-    std::string sOut;      // "-" is standard output
-    std::string sFormat;   // the form's word; empty: OUT's name decides
+    std::string sOut;              // "-" is standard output
+    std::string sFormat;           // the form's word; empty: OUT's name decides
     std::vector<FileForm> forms;   // that the verb writes
     ifc::WriteOrder eOrder = ifc::WriteOrder::Number;
 
@@ -48,8 +48,8 @@ public:
     // Each writes one file, with the numbers of the model and in the order that was asked for. "pRoot" and what it
     // reaches over references and inverse lists, or everything for null. Nothing at all to write is no failure.
     void vExchangeWrite(Model& model,
-                        const ifc::Entity* pRoot);   // ISO 10303-21; ifcXML, from the project on
-    void vSimpleWrite(Model& model, const ifc::Entity* pRoot);     // the simple text form
+                        const ifc::Entity* pRoot);               // ISO 10303-21; ifcXML, from the project on
+    void vSimpleWrite(Model& model, const ifc::Entity* pRoot);   // the simple text form
     // Everything, in the form that OUT is to have, else in the one that was read; for ifcXML with a word about what
     // it leaves out.
     void vSameWrite(Model& model);
@@ -77,7 +77,7 @@ private:
     Target m_target;
     std::unique_ptr<ifc::io::WriteError> m_pErrors;
     std::unique_ptr<ifc::io::WriteError> m_pLeftOut;   // a record for each entity that ifcXML lacks
-    std::vector<std::size_t> m_written;   // numbers, ascending
+    std::vector<std::size_t> m_written;                // numbers, ascending
 };
 
 }   // namespace oxa::tool

@@ -58,8 +58,7 @@ std::vector<std::string_view> nearNames(std::string_view wanted, const std::vect
     return result;
 }
 
-std::string sNearText(std::string_view wanted, const std::vector<std::string_view>& names,
-                      std::string_view otherwise) {
+std::string sNearText(std::string_view wanted, const std::vector<std::string_view>& names, std::string_view otherwise) {
     const std::vector<std::string_view> close = nearNames(wanted, names);
     if (!close.empty()) return fmt::format("did you mean {}?", fmt::join(close, ", "));
     return fmt::format("{}{}", otherwise, fmt::join(names, ", "));

@@ -33,9 +33,7 @@ std::string Output::sTinted(Tint eTint, std::string_view text) const {
     return fmt::format("\x1b[{}m{}\x1b[0m", codes.at(static_cast<std::size_t>(eTint)), text);
 }
 
-void Output::vJson(const Json& value) {
-    vPrint("{}\n", value.dump(2, ' ', false, Json::error_handler_t::replace));
-}
+void Output::vJson(const Json& value) { vPrint("{}\n", value.dump(2, ' ', false, Json::error_handler_t::replace)); }
 
 void Output::vJsonBegin() {
     m_boFirstItem = true;

@@ -18,7 +18,8 @@ constexpr auto g_interval = std::chrono::milliseconds(100);
 }   // namespace
 
 Progress::Progress(std::function<std::string(unsigned)> text)
-    : m_text(std::move(text)), m_boTerminal(boIsTerminal(stderr)),
+    : m_text(std::move(text)),
+      m_boTerminal(boIsTerminal(stderr)),
       m_next(std::chrono::steady_clock::now() + g_firstAfter) {}
 
 Progress::~Progress() {

@@ -38,8 +38,7 @@ constexpr Sentence g_noEnd{"The end of the data section, ENDSEC, is missing in f
 constexpr Sentence g_cut{"The file is cut off in line {}{}.", "Die Datei bricht in Zeile {} ab{}."};
 constexpr Sentence g_lastInstance{"; the last whole instance is #{}, which ends at byte {}",
                                   "; die letzte vollständige Instanz ist #{}, sie endet bei Byte {}"};
-constexpr Sentence g_noInstance{"; there is no whole instance before that",
-                                "; davor steht keine vollständige Instanz"};
+constexpr Sentence g_noInstance{"; there is no whole instance before that", "; davor steht keine vollständige Instanz"};
 constexpr Sentence g_foreign{"The file begins with {}, not with ISO-10303-21;.",
                              "Die Datei beginnt mit {}, nicht mit ISO-10303-21;."};
 
@@ -168,14 +167,14 @@ private:
     TextScan m_text;
     Begin m_eBegin = Begin::Nothing;
     std::size_t m_iHeaderWord = 0;   // bytes of the word so far
-    BrokenText m_brokenText;   // the first
-    std::string m_sSource;     // of the statement, from its begin on
+    BrokenText m_brokenText;         // the first
+    std::string m_sSource;           // of the statement, from its begin on
     bool m_boEqual = false;
     bool m_boSecondEqual = false;
     bool m_boBackslash = false;
-    unsigned m_iEndLine = 0;         // of END-ISO-10303-21 behind instances
-    std::string m_sLast;             // number of the last whole instance
-    std::uint64_t m_iLastEnd = 0;    // bytes up to its end
+    unsigned m_iEndLine = 0;        // of END-ISO-10303-21 behind instances
+    std::string m_sLast;            // number of the last whole instance
+    std::uint64_t m_iLastEnd = 0;   // bytes up to its end
 };
 
 }   // namespace

@@ -78,9 +78,8 @@ std::vector<RecordGroup> recordGroups(const std::vector<ifc::ErrorRecord>& recor
         (it == groupOfNumber.end() ? rest.records : groups[it->second].following).push_back(pRecord);
     }
     if (!rest.records.empty()) groups.push_back(std::move(rest));
-    std::stable_sort(groups.begin(), groups.end(), [](const RecordGroup& a, const RecordGroup& b) {
-        return a.records.size() > b.records.size();
-    });
+    std::stable_sort(groups.begin(), groups.end(),
+                     [](const RecordGroup& a, const RecordGroup& b) { return a.records.size() > b.records.size(); });
     return groups;
 }
 
@@ -93,8 +92,7 @@ std::vector<const ifc::ErrorRecord*> recordsByLine(const std::vector<ifc::ErrorR
 
 std::vector<const ifc::ErrorRecord*> recordsByLine(std::vector<const ifc::ErrorRecord*> records) {
     // Stable: what was found in one statement was found by one thread, in its order.
-    std::stable_sort(records.begin(), records.end(),
-                     [](const auto* pA, const auto* pB) { return boBefore(*pA, *pB); });
+    std::stable_sort(records.begin(), records.end(), [](const auto* pA, const auto* pB) { return boBefore(*pA, *pB); });
     return records;
 }
 

@@ -18,8 +18,8 @@ namespace oxa::tool {
 
 // Indexed by Errors::Severity and Errors::Category.
 inline constexpr std::array<std::string_view, 2> g_severities{"error", "fatal"};
-inline constexpr std::array<std::string_view, 9> g_categories{
-    "syntax", "header", "value", "null", "reference", "model", "other", "identifier", "schema"};
+inline constexpr std::array<std::string_view, 9> g_categories{"syntax", "header", "value",      "null",  "reference",
+                                                              "model",  "other",  "identifier", "schema"};
 
 [[nodiscard]] inline std::string_view severityWord(const ifc::ErrorRecord& record) {
     return g_severities.at(record.severity);
@@ -33,11 +33,9 @@ inline constexpr std::array<std::string_view, 9> g_categories{
 }
 
 // In the order of the file, whatever the order in which threads met them; those without a line at the end.
-[[nodiscard]] std::vector<const ifc::ErrorRecord*> recordsByLine(
-    const std::vector<ifc::ErrorRecord>& records);
+[[nodiscard]] std::vector<const ifc::ErrorRecord*> recordsByLine(const std::vector<ifc::ErrorRecord>& records);
 
-[[nodiscard]] std::vector<const ifc::ErrorRecord*> recordsByLine(
-    std::vector<const ifc::ErrorRecord*> records);
+[[nodiscard]] std::vector<const ifc::ErrorRecord*> recordsByLine(std::vector<const ifc::ErrorRecord*> records);
 
 // The records of one key.
 struct RecordGroup {

@@ -30,8 +30,9 @@ constexpr std::size_t g_iShortText = 300;
 class TemplateFaults {
 public:
     TemplateFaults()
-        : m_boBefore(Assert::isEnabled()), m_scope(Assert::getRegisteredForCurrentThread().registerHandler(
-                                               [this](const AssertInfo& info) { m_sLast = info.text; })) {
+        : m_boBefore(Assert::isEnabled()),
+          m_scope(Assert::getRegisteredForCurrentThread().registerHandler(
+              [this](const AssertInfo& info) { m_sLast = info.text; })) {
         Assert::setEnabled(true);
     }
     ~TemplateFaults() { Assert::setEnabled(m_boBefore); }
@@ -73,8 +74,8 @@ std::unique_ptr<ifc::Errors> templateErrors(const Model& model) {
         }
         before = text;
         // A text that is no key is its own message.
-        pErrors->add(nullptr, pRecord->severity, pRecord->category, "%1",
-                     str::Converter::to_utf8(pRecord->description), utf8, pRecord->lineNumber);
+        pErrors->add(nullptr, pRecord->severity, pRecord->category, "%1", str::Converter::to_utf8(pRecord->description),
+                     utf8, pRecord->lineNumber);
     }
     return pErrors;
 }
@@ -82,10 +83,10 @@ std::unique_ptr<ifc::Errors> templateErrors(const Model& model) {
 }   // namespace
 
 Report::Report(const ReportOptions& options, const std::string& sPath)
-    : m_sTemplateName(options.sTemplate), m_sTemplate(sTemplateText(options.sTemplate)),
+    : m_sTemplateName(options.sTemplate),
+      m_sTemplate(sTemplateText(options.sTemplate)),
       m_target(options.sOut.empty() ? "-" : options.sOut) {
-    if (m_target.boIs(sPath))
-        throw Failure(fmt::format("{}: is the file to be checked; name another", options.sOut));
+    if (m_target.boIs(sPath)) throw Failure(fmt::format("{}: is the file to be checked; name another", options.sOut));
     if (!options.sTemplate.empty() && m_target.boIs(options.sTemplate))
         throw Failure(fmt::format("{}: is the template; name another", options.sOut));
 }
@@ -95,16 +96,14 @@ void Report::vRender(const ifc::Errors& errors, const std::string& sTemplate, co
     const bool boOk = errors.writeReport(sTemplate, m_target.stream(), str::Converter::to_utf8(sFileName));
     if (!boOk) throw Failure(fmt::format("{}: {}", m_sTemplateName, sPrintable(faults.sLast())));
     if (!faults.sLast().empty())
-        std::fputs(fmt::format("oxaifc: {}: {}\n", m_sTemplateName, sPrintable(faults.sLast())).c_str(),
-                   stderr);
+        std::fputs(fmt::format("oxaifc: {}: {}\n", m_sTemplateName, sPrintable(faults.sLast())).c_str(), stderr);
 }
 
 void Report::vWrite(const Model& model) {
     if (m_sTemplateName.empty()) {
         const ReportPage page = reportPage(model);
         m_sTemplateName = "the page";
-        vRender(*page.pErrors, page.sTemplate,
-                sHtml(std::filesystem::path(model.sName()).filename().string()));
+        vRender(*page.pErrors, page.sTemplate, sHtml(std::filesystem::path(model.sName()).filename().string()));
     } else {
         vRender(*templateErrors(model), m_sTemplate, model.sName());
     }

@@ -27,7 +27,7 @@ using ifc::Errors;
 std::string sGroupName(std::size_t iGroup) { return fmt::format("{:09}", iGroup); }
 
 struct PageGroup {
-    std::string sTitle;       // as HTML
+    std::string sTitle;   // as HTML
     bool boFatal = false;
     bool boOneText = false;   // all records say the same
     std::size_t iShown = 0;
@@ -93,8 +93,7 @@ private:
     void vShow(Row& row, std::size_t iMostOfGroup, std::size_t iMost) {
         PageGroup& group = m_pageGroups[row.iGroup];
         std::size_t& iShownOfMessage = m_shownOfMessage[row.iMessage];
-        if (row.boShown || m_iShown >= iMost || group.iShown >= iMostOfGroup ||
-            iShownOfMessage >= g_iMostRowsOfMessage)
+        if (row.boShown || m_iShown >= iMost || group.iShown >= iMostOfGroup || iShownOfMessage >= g_iMostRowsOfMessage)
             return;
         row.boShown = true;
         ++iShownOfMessage;
@@ -165,8 +164,7 @@ void vGroupsAdd(Json& page, const std::vector<RecordGroup>& groups, const RowCho
         page["titles"][sName] = pageGroup.sTitle;
         page["totals"][sName] = sCounted(group.records.size(), "time");
         if (group.records.size() > pageGroup.iShown)
-            page["more"][sName] =
-                fmt::format("{} more not listed", sGrouped(group.records.size() - pageGroup.iShown));
+            page["more"][sName] = fmt::format("{} more not listed", sGrouped(group.records.size() - pageGroup.iShown));
         if (!group.following.empty())
             page["following"][sName] = fmt::format("and {} to what was skipped for that",
                                                    sCounted(group.following.size(), "missing reference"));
@@ -211,8 +209,7 @@ ReportPage reportPage(const Model& model) {
                  {"program", "oxaifc " OXA_VERSION}};
     vGroupsAdd(page, groups, choice);
     // As a value of the template's language, which takes JSON in plain ASCII as it is.
-    return {choice.pErrors(),
-            fmt::format("{{% set page = {} %}}{}", page.dump(-1, ' ', true), sReportPageText())};
+    return {choice.pErrors(), fmt::format("{{% set page = {} %}}{}", page.dump(-1, ' ', true), sReportPageText())};
 }
 
 }   // namespace oxa::tool

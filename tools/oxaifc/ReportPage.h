@@ -17,8 +17,8 @@ namespace oxa::tool {
 // How much is drawn of a file with very many errors, so that a browser stays quick. The figures are of all.
 inline constexpr std::size_t g_iMostRows = 5000;
 inline constexpr std::size_t g_iMostRowsOfMessage = 1000;
-inline constexpr std::size_t g_iLeastRowsOfGroup = 20;     // before another group has more
-inline constexpr std::size_t g_iMostTextBytes = 1000;      // of a message or a source text
+inline constexpr std::size_t g_iLeastRowsOfGroup = 20;   // before another group has more
+inline constexpr std::size_t g_iMostTextBytes = 1000;    // of a message or a source text
 
 // Text as HTML, in one line, with control characters made visible and bytes outside of UTF-8 taken as Latin-1.
 [[nodiscard]] std::string sHtml(std::string_view text);

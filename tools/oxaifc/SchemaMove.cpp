@@ -50,7 +50,7 @@ bool boFits(const ifc::Entity& entity, const schema::ObjectBase* pObject) {
 struct TypeMove {
     const schema::Entity* pOld = nullptr;
     const schema::Entity* pNew = nullptr;   // null: they are removed
-    std::vector<int> newFromOld;   // for each attribute its place in the new type; -1 where it has none
+    std::vector<int> newFromOld;            // for each attribute its place in the new type; -1 where it has none
 
     TypeMove(const schema::Entity& type, const schema::Schema& target) : pOld(&type) {
         for (const schema::Entity* p = &type; p && !pNew; p = p->pParent) {
@@ -85,8 +85,8 @@ private:
         const schema::Type* pOld = cell.m_pType;
         if (cell.m_eType.load() == ifc::AttributeType::Entity || !pOld) return 0;
         const schema::Type* pNew = m_target.pTypeFromName(schema::ObjectName(pOld->sNameUpper));
-        if (pNew && pNew->pDataType && pNew->pDataType->kind == pOld->pDataType->kind &&
-            select.isCompatible(*pNew) && boEnumerator(cell, *pNew->pDataType)) {
+        if (pNew && pNew->pDataType && pNew->pDataType->kind == pOld->pDataType->kind && select.isCompatible(*pNew) &&
+            boEnumerator(cell, *pNew->pDataType)) {
             cell.m_pType = pNew;
             return 0;
         }
@@ -96,8 +96,7 @@ private:
     static bool boEnumerator(const ifc::AttributeSelect& cell, const schema::DataTypeBase& type) {
         if (type.kind != schema::DataKind::Enumeration) return true;
         const char* pText = static_cast<const ifc::AttributeEnumeration*>(cell.m_pValue.load())->m_value;
-        return pText &&
-               static_cast<const schema::DataTypeEnum&>(type).items.contains(std::string_view(pText));
+        return pText && static_cast<const schema::DataTypeEnum&>(type).items.contains(std::string_view(pText));
     }
 
     std::size_t iList(ifc::AttributeListValueBase& list, const schema::ObjectBase* pObject) {
@@ -150,7 +149,9 @@ private:
 class Mover {
 public:
     Mover(ifc::FileBase& file, const ifc::def::SchemaPset& target)
-        : m_file(file), m_data(file.dataBase()), m_target(target) {}
+        : m_file(file),
+          m_data(file.dataBase()),
+          m_target(target) {}
 
     SchemaMove run() {
         vEntitiesGather();
@@ -202,18 +203,16 @@ private:
 
     void vValuesMove(const Moved& moved) {
         const TypeMove& move = *moved.pMove;
-        std::vector<bool> had(
-            move.pNew->allAttributes().size());   // a value to be moved, whether or not it arrived
+        std::vector<bool> had(move.pNew->allAttributes().size());   // a value to be moved, whether or not it arrived
         if (moved.pCells) {
             const auto& cells = ifc::Entity::getDataSize(*move.pOld).cells;
             for (std::size_t i = 0; i < cells.size(); ++i) {
                 if (cells[i].eClass >= ifc::CellClass::Unresolved) continue;
-                const auto& source =
-                    *reinterpret_cast<const ifc::AttributeBase*>(moved.pCells + cells[i].iOffset);
+                const auto& source = *reinterpret_cast<const ifc::AttributeBase*>(moved.pCells + cells[i].iOffset);
                 const int iNew = move.newFromOld[i];
-                const std::size_t iLost = iNew < 0 ? std::size_t{source.boHasValue()}
-                                                   : iValueMove(source, *cells[i].pAttribute, *moved.pEntity,
-                                                                static_cast<unsigned>(iNew));
+                const std::size_t iLost =
+                    iNew < 0 ? std::size_t{source.boHasValue()}
+                             : iValueMove(source, *cells[i].pAttribute, *moved.pEntity, static_cast<unsigned>(iNew));
                 if (iLost) m_lost[{move.pOld->sNameUpper, cells[i].pAttribute->sName}] += iLost;
                 if (iNew >= 0) had[static_cast<std::size_t>(iNew)] = source.boHasValue();
             }
@@ -226,8 +225,8 @@ private:
     }
 
     // The count of what did not arrive.
-    std::size_t iValueMove(const ifc::AttributeBase& source, const schema::Attribute& attribute,
-                           ifc::Entity& entity, unsigned iNew) {
+    std::size_t iValueMove(const ifc::AttributeBase& source, const schema::Attribute& attribute, ifc::Entity& entity,
+                           unsigned iNew) {
         const auto [pDestination, pTarget] = entity.pAttributeFromIndex(iNew);
         if (!pDestination || !pTypeOf(*pDestination)) return source.boHasValue();
         std::size_t iLost = 0;
@@ -244,9 +243,8 @@ private:
     }
 
     // As AttributeBase::copyTo, with the two neighbours of its kinds that the published schemas differ by.
-    bool boCopy(const ifc::AttributeBase& source, const schema::Attribute& attribute,
-                ifc::AttributeBase& target, const schema::Attribute& destination,
-                const ifc::AttributeBase::MapEntity& mapEntity) {
+    bool boCopy(const ifc::AttributeBase& source, const schema::Attribute& attribute, ifc::AttributeBase& target,
+                const schema::Attribute& destination, const ifc::AttributeBase::MapEntity& mapEntity) {
         const schema::ObjectBase* pFrom = pTypeOf(attribute);
         const schema::ObjectBase* pTo = pTypeOf(destination);
         const auto mapType = [this](const schema::Type* pType) {

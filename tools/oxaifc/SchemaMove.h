@@ -30,9 +30,7 @@ struct SchemaMove {
     std::vector<Row> lost;      // values, or items of lists
     std::vector<Row> missing;   // mandatory attributes without a value that had none to be moved
 
-    [[nodiscard]] bool boLossless() const noexcept {
-        return removed.empty() && became.empty() && lost.empty();
-    }
+    [[nodiscard]] bool boLossless() const noexcept { return removed.empty() && became.empty() && lost.empty(); }
 };
 
 // The model of "file" and what its header says of the schema. "target" must outlive the model.

@@ -26,17 +26,16 @@ std::unique_ptr<SchemaPset> pSchemaFromFile(const std::string& sPath) {
     if (pSchema) return pSchema;
     if (messages.empty()) throw Failure(fmt::format("{}: is no EXPRESS schema", input.sName()));
     const ifc::SchemaMessage& first = messages.front();
-    const std::string sMore =
-        messages.size() > 1 ? fmt::format(" (and {} more)", messages.size() - 1) : std::string();
-    throw Failure(fmt::format("{}:{}:{}: {}{}", input.sName(), first.iLine, first.iColumn,
-                              sPrintable(first.sText), sMore));
+    const std::string sMore = messages.size() > 1 ? fmt::format(" (and {} more)", messages.size() - 1) : std::string();
+    throw Failure(
+        fmt::format("{}:{}:{}: {}{}", input.sName(), first.iLine, first.iColumn, sPrintable(first.sText), sMore));
 }
 
 const SchemaPset& schemaBuiltIn(const std::string& sName) {
     if (const SchemaPset* pSchema = ifc::SchemaLoader::pBuiltIn(sName)) return *pSchema;
     const std::vector<std::string_view> names = ifc::SchemaLoader::builtInNames();
-    throw Failure(fmt::format("there is no built-in schema {}; {}", sPrintable(sName),
-                              sNearText(sName, names, "there are: ")));
+    throw Failure(
+        fmt::format("there is no built-in schema {}; {}", sPrintable(sName), sNearText(sName, names, "there are: ")));
 }
 
 SchemaSource::SchemaSource(const std::vector<std::string>& paths) {
@@ -47,9 +46,8 @@ ifc::SchemaFromName SchemaSource::function() const {
     if (m_schemas.empty()) return {};
     return [this](const std::string& sName) -> SchemaPset* {
         const std::string sWanted = sUpper(sName);
-        const auto itSchema = std::find_if(m_schemas.begin(), m_schemas.end(), [&](const auto& pSchema) {
-            return sUpper(pSchema->sName) == sWanted;
-        });
+        const auto itSchema = std::find_if(m_schemas.begin(), m_schemas.end(),
+                                           [&](const auto& pSchema) { return sUpper(pSchema->sName) == sWanted; });
         if (itSchema != m_schemas.end()) return itSchema->get();
         return m_schemas.size() == 1 ? m_schemas.front().get() : ifc::SchemaLoader::pBuiltIn(sName);
     };

@@ -56,8 +56,7 @@ std::optional<Guid> guidFromText(const std::string& sText) {
 // The entity of a number or a GlobalId; null when the word is neither. Failure when the file has none of that name.
 ifc::Entity* pEntitySelected(const Model& model, const std::string& sWhat) {
     const std::optional<Guid> guid = guidFromText(sWhat);
-    const bool boNumber =
-        !guid && !sWhat.empty() && sWhat.find_first_not_of("0123456789") == std::string::npos;
+    const bool boNumber = !guid && !sWhat.empty() && sWhat.find_first_not_of("0123456789") == std::string::npos;
     if (boNumber || sWhat.starts_with('#')) {
         const std::string sNumber = boNumber ? "#" + sWhat : sWhat;
         ifc::Entity* pEntity = pEntityFromNumber(model, sNumber);
@@ -75,9 +74,8 @@ ifc::Entity* pEntitySelected(const Model& model, const std::string& sWhat) {
     for (const schema::Schema::Record& record : all.objects)
         if (schema::pAsEntity(record.pObject)) names.push_back(record.pObject->sName);
     const std::vector<std::string_view> close = nearNames(sWhat, names);
-    throw Failure(
-        fmt::format("{} is no number as #12, no GlobalId and no entity of {}{}", sPrintable(sWhat), all.sName,
-                    close.empty() ? "" : fmt::format("; did you mean {}?", fmt::join(close, ", "))));
+    throw Failure(fmt::format("{} is no number as #12, no GlobalId and no entity of {}{}", sPrintable(sWhat), all.sName,
+                              close.empty() ? "" : fmt::format("; did you mean {}?", fmt::join(close, ", "))));
 }
 
 }   // namespace
@@ -99,8 +97,7 @@ ifc::Entity* pEntityFromNumber(const Model& model, const std::string& sNumber) {
     std::size_t iId = 0;
     const char* pLast = sNumber.data() + sNumber.size();
     const auto [pEnd, error] = std::from_chars(sNumber.data() + 1, pLast, iId);
-    if (sNumber.size() < 2 || pEnd != pLast ||
-        (error != std::errc() && error != std::errc::result_out_of_range))
+    if (sNumber.size() < 2 || pEnd != pLast || (error != std::errc() && error != std::errc::result_out_of_range))
         throw Failure(fmt::format("{} is no number of an entity, as #12 is", sPrintable(sNumber)));
     return error == std::errc() ? model.data().pEntityFromId(iId) : nullptr;
 }
@@ -125,8 +122,7 @@ std::vector<ifc::Entity*> entitiesSelected(Model& model, const std::string& sWha
 ifc::Entity& entitySelected(Model& model, const std::string& sWhat) {
     ifc::Entity* pEntity = pEntitySelected(model, sWhat);
     if (!pEntity)
-        throw Failure(
-            fmt::format("{} is no number as #12 and no GlobalId of 22 characters", sPrintable(sWhat)));
+        throw Failure(fmt::format("{} is no number as #12 and no GlobalId of 22 characters", sPrintable(sWhat)));
     return *pEntity;
 }
 

@@ -17,8 +17,7 @@ namespace oxa::tool {
 
 // The numbers of the model must be kept ones. A type's entities come by number, none for a type that the file does
 // not use; with boSubtypes those of its subtypes are among them.
-[[nodiscard]] std::vector<ifc::Entity*> entitiesSelected(Model& model, const std::string& sWhat,
-                                                         bool boSubtypes);
+[[nodiscard]] std::vector<ifc::Entity*> entitiesSelected(Model& model, const std::string& sWhat, bool boSubtypes);
 
 // One entity by number or GlobalId.
 [[nodiscard]] ifc::Entity& entitySelected(Model& model, const std::string& sWhat);

@@ -10,8 +10,7 @@
 
 namespace oxa::tool {
 
-int iForEachFile(const std::vector<std::string>& paths,
-                 const std::function<int(const std::string& sPath)>& iOne) {
+int iForEachFile(const std::vector<std::string>& paths, const std::function<int(const std::string& sPath)>& iOne) {
     if (paths.size() == 1) return iOne(paths.front());
     int iWorst = g_iExitFine;
     for (const std::string& sPath : paths) {

@@ -14,7 +14,8 @@ constexpr bool boBlank(char c) noexcept { return c == ' ' || c == '\t' || c == '
 
 std::streambuf::int_type StatementScan::Buffer::underflow() {
     if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
-    const std::streamsize iCount = m_source.rdbuf()->sgetn(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
+    const std::streamsize iCount =
+        m_source.rdbuf()->sgetn(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
     setg(m_bytes.data(), m_bytes.data(), m_bytes.data() + iCount);
     for (char* p = gptr(); p != egptr(); ++p) vByte(*p);
     return iCount > 0 ? traits_type::to_int_type(*gptr()) : traits_type::eof();

@@ -72,8 +72,8 @@ private:
 namespace {
 
 [[noreturn]] void vFail(const std::string& sName, int iError) {
-    throw Failure(fmt::format("can't write {}: {}", sName,
-                              iError == ENOENT ? "there is no such folder" : std::strerror(iError)));
+    throw Failure(
+        fmt::format("can't write {}: {}", sName, iError == ENOENT ? "there is no such folder" : std::strerror(iError)));
 }
 
 // The file that a path stands for, links followed, so that a link stays one. A link to nothing is replaced.
@@ -87,8 +87,7 @@ std::string sRealPath(const std::string& sPath) {
 std::FILE* pTemporary(const fs::path& path, std::string& sTemporary) {
     std::random_device random;
     for (int iTry = 0; iTry < 100; ++iTry) {
-        sTemporary =
-            (path.parent_path() / fmt::format(".oxaifc-{:08x}{:08x}.tmp", random(), random())).string();
+        sTemporary = (path.parent_path() / fmt::format(".oxaifc-{:08x}{:08x}.tmp", random(), random())).string();
         if (std::FILE* pFile = std::fopen(sTemporary.c_str(), "wbx")) return pFile;
         if (errno != EEXIST) break;
     }
@@ -126,8 +125,10 @@ std::FILE* pOpen(const std::string& sName, const std::string& sPath, std::string
 }   // namespace
 
 Target::Target(const std::string& sPath)
-    : m_sName(sPath == "-" ? "standard output" : sPath), m_sPath(sPath == "-" ? "" : sRealPath(sPath)),
-      m_pBuffer(std::make_unique<Buffer>(pOpen(m_sName, m_sPath, m_sTemporary))), m_stream(m_pBuffer.get()) {}
+    : m_sName(sPath == "-" ? "standard output" : sPath),
+      m_sPath(sPath == "-" ? "" : sRealPath(sPath)),
+      m_pBuffer(std::make_unique<Buffer>(pOpen(m_sName, m_sPath, m_sTemporary))),
+      m_stream(m_pBuffer.get()) {}
 
 Target::~Target() {
     m_pBuffer.reset();

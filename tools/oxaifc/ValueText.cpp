@@ -39,9 +39,7 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(iFirst, text.find_last_not_of(' ') - iFirst + 1);
 }
 
-bool boQuoted(std::string_view text) {
-    return text.size() >= 2 && text.front() == '\'' && text.back() == '\'';
-}
+bool boQuoted(std::string_view text) { return text.size() >= 2 && text.front() == '\'' && text.back() == '\''; }
 
 // An enumerator, a truth value or a type's keyword, with or without dots: upper case, no dots.
 std::string sWord(std::string_view text) {
@@ -147,8 +145,7 @@ public:
 
 private:
     static bool boFits(const schema::Entity& type, const schema::ObjectBase* pTarget) {
-        if (const schema::Entity* pWanted = schema::pAsEntity(pTarget))
-            return schema::boIsSubtype(&type, pWanted);
+        if (const schema::Entity* pWanted = schema::pAsEntity(pTarget)) return schema::boIsSubtype(&type, pWanted);
         const auto* pSelect = dynamic_cast<const schema::DataTypeSelect*>(schema::pDataTypeOf(pTarget));
         return pSelect && pSelect->isCompatible(type);
     }
@@ -177,14 +174,12 @@ void Reader::vUntyped(std::string_view text, const schema::ObjectBase* pSelect) 
     std::vector<std::string_view> names;
     vTypeNames(pSelect, names);
     const std::string_view type = text.substr(0, std::min(text.find('('), text.size()));
-    if (names.empty())
-        vRefuse(text, fmt::format("is no {}, which is named by a number as #12", sKind(pSelect)));
+    if (names.empty()) vRefuse(text, fmt::format("is no {}, which is named by a number as #12", sKind(pSelect)));
     const bool boTell = names.size() <= g_iMostNames || !nearNames(type, names).empty();
-    vRefuse(text,
-            fmt::format("has no type of {} in front, as in {}(value); {}", sKind(pSelect), names.front(),
-                        boTell ? sNearText(type, names, "there are: ")
-                               : fmt::format("oxaifc schema {} {} tells them",
-                                             m_model.data().pSchema()->sName, schema::sTypeText(pSelect))));
+    vRefuse(text, fmt::format("has no type of {} in front, as in {}(value); {}", sKind(pSelect), names.front(),
+                              boTell ? sNearText(type, names, "there are: ")
+                                     : fmt::format("oxaifc schema {} {} tells them", m_model.data().pSchema()->sName,
+                                                   schema::sTypeText(pSelect))));
 }
 
 IfcSelectBase Reader::select(std::string_view text, const schema::ObjectBase* pSelect) const {
@@ -207,9 +202,7 @@ IfcSelectBase Reader::select(std::string_view text, const schema::ObjectBase* pS
     case DataKind::Array:
     case DataKind::List:
     case DataKind::Set: return typedList(*pType, inside);
-    default:
-        vRefuse(text,
-                fmt::format("can't be set: {} is {}", pType->sName, schema::sTypeText(pType->pDataType)));
+    default: vRefuse(text, fmt::format("can't be set: {} is {}", pType->sName, schema::sTypeText(pType->pDataType)));
     }
 }
 
@@ -233,16 +226,14 @@ IfcSelectBase Reader::typedList(const schema::Type& type, std::string_view text)
 }
 
 // "[1:?]" and the like: as many items as that, for an ARRAY exactly its indices. Other bounds are not looked at.
-void Reader::vCountCheck(std::string_view text, std::size_t iCount,
-                         const schema::ObjectBase* pAggregate) const {
+void Reader::vCountCheck(std::string_view text, std::size_t iCount, const schema::ObjectBase* pAggregate) const {
     const auto* pType = dynamic_cast<const schema::DataTypeAggregate*>(schema::pDataTypeOf(pAggregate));
     if (!pType || pType->sBounds.size() < 5) return;
     const std::string& sBounds = pType->sBounds;
     const std::size_t iColon = sBounds.find(':');
     if (iColon == std::string::npos) return;
     const std::optional<int> lower = ifc::toInt(sBounds.data() + 1, sBounds.data() + iColon);
-    const std::optional<int> upper =
-        ifc::toInt(sBounds.data() + iColon + 1, sBounds.data() + sBounds.size() - 1);
+    const std::optional<int> upper = ifc::toInt(sBounds.data() + iColon + 1, sBounds.data() + sBounds.size() - 1);
     if (!lower) return;
     const bool boArray = pType->kind == DataKind::Array;
     if (boArray && !upper) return;
@@ -250,12 +241,10 @@ void Reader::vCountCheck(std::string_view text, std::size_t iCount,
     const long long iLeast = boArray ? 1LL + *upper - *lower : *lower;
     const long long iMost = boArray ? iLeast : upper ? *upper : std::numeric_limits<long long>::max();
     if (iItems < iLeast || iItems > iMost)
-        vRefuse(text,
-                fmt::format("has {}; its type is {}", sCounted(iCount, "item"), schema::sTypeText(pType)));
+        vRefuse(text, fmt::format("has {}; its type is {}", sCounted(iCount, "item"), schema::sTypeText(pType)));
 }
 
-std::vector<std::string_view> Reader::items(std::string_view text,
-                                            const schema::ObjectBase* pAggregate) const {
+std::vector<std::string_view> Reader::items(std::string_view text, const schema::ObjectBase* pAggregate) const {
     if (!text.starts_with('(') || !text.ends_with(')') || text.size() < 2)
         vRefuse(text, fmt::format("is no {}, which is written (a,b,c)", sKind(pAggregate)));
     const std::string_view inside = text.substr(1, text.size() - 2);
@@ -283,14 +272,16 @@ std::vector<std::string_view> Reader::items(std::string_view text,
 class Setter {
 public:
     Setter(Model& model, ifc::Entity& entity, const schema::Attribute& attribute)
-        : m_data(model.file().dataBase()), m_entity(entity), m_attribute(attribute), m_name(attribute),
+        : m_data(model.file().dataBase()),
+          m_entity(entity),
+          m_attribute(attribute),
+          m_name(attribute),
           m_pType(attribute.types.empty() ? nullptr : attribute.types.front()),
           m_sWhere(fmt::format("{}.{}", entity.schemaEntity().sName, attribute.sName)),
           m_reader(model, m_sWhere) {}
 
     void vSet(std::string_view value) {
-        if (m_entity.boIsDerived(m_name))
-            throw Failure(fmt::format("{} is derived from other attributes", m_sWhere));
+        if (m_entity.boIsDerived(m_name)) throw Failure(fmt::format("{} is derived from other attributes", m_sWhere));
         if (value == "$" && !m_attribute.boOptional) throw Failure(fmt::format("{} is mandatory", m_sWhere));
         const bool boDone = value == "$" ? m_entity.boUndefinedSet(m_name, true) : boSet(value);
         if (!boDone) m_reader.vRefuse(value, fmt::format("can't be set: its type is {}", sKind(m_pType)));
@@ -362,15 +353,12 @@ private:
         const schema::DataTypeBase* pItem = schema::pDataTypeOf(pElement);
         if (!pItem) return false;
         switch (pItem->kind) {
-        case DataKind::Real:
-            return boStoreList<double>(items, [&](auto item) { return m_reader.real(item); });
+        case DataKind::Real: return boStoreList<double>(items, [&](auto item) { return m_reader.real(item); });
         case DataKind::Integer:
             return boStoreList<long long>(items, [&](auto item) { return m_reader.iInteger(item); });
-        case DataKind::String:
-            return boStoreList<std::string>(items, [&](auto item) { return m_reader.sText(item); });
+        case DataKind::String: return boStoreList<std::string>(items, [&](auto item) { return m_reader.sText(item); });
         case DataKind::Binary:
-            return boStoreList<std::vector<unsigned char>>(items,
-                                                           [&](auto item) { return m_reader.bytes(item); });
+            return boStoreList<std::vector<unsigned char>>(items, [&](auto item) { return m_reader.bytes(item); });
         case DataKind::Select: {
             std::vector<IfcSelectBase> values;
             for (const std::string_view item : items) values.push_back(m_reader.select(item, pElement));
@@ -396,8 +384,8 @@ private:
         const schema::ObjectBase* pElement = pElementOf(pRow);
         const schema::DataTypeBase* pItem = schema::pDataTypeOf(pElement);
         if (schema::pAsEntity(pElement))
-            return boStoreRows<const ifc::Entity*>(
-                rows, pRow, [&](auto item) { return m_reader.pEntity(item, pElement); });
+            return boStoreRows<const ifc::Entity*>(rows, pRow,
+                                                   [&](auto item) { return m_reader.pEntity(item, pElement); });
         if (pItem && pItem->kind == DataKind::Real)
             return boStoreRows<double>(rows, pRow, [&](auto item) { return m_reader.real(item); });
         if (pItem && pItem->kind == DataKind::Integer)

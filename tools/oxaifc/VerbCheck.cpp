@@ -27,10 +27,10 @@ namespace {
 
 using ifc::Errors;
 
-constexpr std::size_t g_iShortText = 300;         // bytes of a source text on a terminal
-constexpr std::size_t g_iLongText = 64u << 10;    // elsewhere
-constexpr std::size_t g_iRecordsOfGroup = 10;     // that are told, without --all
-constexpr std::size_t g_iRecordsOfJson = 100;     // the same
+constexpr std::size_t g_iShortText = 300;        // bytes of a source text on a terminal
+constexpr std::size_t g_iLongText = 64u << 10;   // elsewhere
+constexpr std::size_t g_iRecordsOfGroup = 10;    // that are told, without --all
+constexpr std::size_t g_iRecordsOfJson = 100;    // the same
 
 struct CheckOptions : ModelOptions {
     std::vector<std::string> paths;
@@ -56,8 +56,7 @@ std::string sEntity(const ifc::ErrorRecord& record, const Model& model) {
     }
     if (!record.entity || !record.entity->pSchemaEntity()) return {};
     const auto number = model.data().entityIdMap(false).find(record.entity);
-    return record.entity->pSchemaEntity()->sNameUpper +
-           (number ? " #" + std::to_string(*number) : std::string());
+    return record.entity->pSchemaEntity()->sNameUpper + (number ? " #" + std::to_string(*number) : std::string());
 }
 
 // As it is up to so many bytes.
@@ -67,12 +66,9 @@ std::string sLimited(std::string_view text, std::size_t iMost) {
 
 Json recordJson(const ifc::ErrorRecord& record, bool boAll) {
     const std::string_view text = sourceText(record);
-    return {{"key", record.key.value_or({})},
-            {"severity", severityWord(record)},
-            {"category", categoryWord(record)},
-            {"message", record.description},
-            {"line", record.lineNumber},
-            {"text", sLimited(text, boAll ? text.size() : g_iLongText)}};
+    return {{"key", record.key.value_or({})},   {"severity", severityWord(record)},
+            {"category", categoryWord(record)}, {"message", record.description},
+            {"line", record.lineNumber},        {"text", sLimited(text, boAll ? text.size() : g_iLongText)}};
 }
 
 Json groupJson(const RecordGroup& group) {
@@ -107,8 +103,7 @@ void vCountsWrite(const Model& model, Output& output) {
         for (std::size_t j = 0; j < counts[i].size(); ++j) {
             if (!counts[i][j]) continue;
             iAll += counts[i][j];
-            sParts +=
-                fmt::format("{}{} {}", sParts.empty() ? "" : ", ", sGrouped(counts[i][j]), g_categories[j]);
+            sParts += fmt::format("{}{} {}", sParts.empty() ? "" : ", ", sGrouped(counts[i][j]), g_categories[j]);
         }
         const std::string_view noun = i == Errors::Fatal ? "fatal error" : "error";
         if (iAll) output.vPrint("{}: {}: {}\n", sPrintable(model.sName()), sCounted(iAll, noun), sParts);
@@ -211,9 +206,7 @@ int iCheck(CheckOptions& options, Output& output) {
     });
     if (options.boJson) {
         output.vJsonEnd();
-        const auto sDump = [](const Json& value) {
-            return value.dump(-1, ' ', false, Json::error_handler_t::replace);
-        };
+        const auto sDump = [](const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); };
         output.vPrint(",\"groups\":{},\n\"files\":{}}}\n", sDump(rest.groups), sDump(rest.files));
     }
     return iCode;
@@ -226,17 +219,15 @@ VerbRun verbCheck(CLI::App& command) {
     pOptions->vDeclareSeveral(command, pOptions->paths);
     command.add_flag("--json", pOptions->boJson,
                      "print a JSON object: the first 100 records of each group of errors, the groups, the files");
-    command.add_flag("--all", pOptions->boAll,
-                     "tell all errors, not the first of each group; for text and --json");
+    command.add_flag("--all", pOptions->boAll, "tell all errors, not the first of each group; for text and --json");
     command
         .add_option("--html", pOptions->report.sOut,
                     "write a page about the errors to this file instead of the list; - for standard output")
         ->type_name("OUT");
     command
-        .add_option(
-            "--template", pOptions->report.sTemplate,
-            "instead of that page what this inja template makes of the errors, on standard output without "
-            "--html; files that it includes are looked for from the working folder on")
+        .add_option("--template", pOptions->report.sTemplate,
+                    "instead of that page what this inja template makes of the errors, on standard output without "
+                    "--html; files that it includes are looked for from the working folder on")
         ->type_name("X");
     return [pOptions](Output& output) { return iCheck(*pOptions, output); };
 }

@@ -39,12 +39,10 @@ void vLeftOutWrite(const ModelWrite& write, const Model& model) {
     }
     if (counts.empty()) return;
     std::vector<std::pair<std::string, std::size_t>> byCount(counts.begin(), counts.end());
-    std::stable_sort(byCount.begin(), byCount.end(),
-                     [](const auto& a, const auto& b) { return a.second > b.second; });
+    std::stable_sort(byCount.begin(), byCount.end(), [](const auto& a, const auto& b) { return a.second > b.second; });
     std::string sText = fmt::format("left out, not connected with the project: {} (--all writes them)\n",
                                     iAll == 1 ? "1 entity" : sGrouped(iAll) + " entities");
-    for (const auto& [sKeyword, iCount] : byCount)
-        sText += fmt::format("{:>12}  {}\n", sGrouped(iCount), sKeyword);
+    for (const auto& [sKeyword, iCount] : byCount) sText += fmt::format("{:>12}  {}\n", sGrouped(iCount), sKeyword);
     std::fputs(sText.c_str(), stderr);
 }
 
@@ -54,8 +52,8 @@ void vMoveTell(const SchemaMove& move, const std::string& sSchema) {
         if (rows.empty()) return;
         std::string sText = sTitle + '\n';
         for (const SchemaMove::Row& row : rows)
-            sText += fmt::format("{:>12}  {}{}{}\n", sGrouped(row.iCount), row.sType, row.sAttribute.empty() ? "" : pBetween,
-                                 row.sAttribute);
+            sText += fmt::format("{:>12}  {}{}{}\n", sGrouped(row.iCount), row.sType,
+                                 row.sAttribute.empty() ? "" : pBetween, row.sAttribute);
         std::fputs(sText.c_str(), stderr);
     };
     vList(move.removed, "left out, of types that are not in " + sSchema + ":", "");
@@ -76,8 +74,7 @@ int iConvert(const ConvertOptions& options) {
     const SchemaMove move = pSchema ? schemaMove(model.file(), *pSchema) : SchemaMove();
     const ifc::Entity* pProject = model.data().pProject();
     if (!pProject && !options.boAll && !write.boXml() && model.boOk())
-        throw Failure(
-            fmt::format("{}: has no IFCPROJECT to start from; --all writes every entity", model.sName()));
+        throw Failure(fmt::format("{}: has no IFCPROJECT to start from; --all writes every entity", model.sName()));
     write.vExchangeWrite(model, options.boAll ? nullptr : pProject);
     if (write.boXml())
         write.vXmlLeftOutTell(model);

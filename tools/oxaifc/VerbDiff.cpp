@@ -29,8 +29,7 @@ struct DiffOptions : ModelOptions {
 void vCheck(const Model& model) {
     for (const ifc::ErrorRecord& record : model.errors())
         if (record.severity == ifc::Errors::Fatal)
-            throw Failure(
-                fmt::format("{}: not read to the end: {}", model.sName(), sPrintable(record.description)));
+            throw Failure(fmt::format("{}: not read to the end: {}", model.sName(), sPrintable(record.description)));
     if (!model.boOk() && model.errors().empty()) throw Failure(model.sName() + ": not read to the end");
     // Which statements were lost nobody knows: a difference and none would both be guesses.
     if (model.boFaultInside())
@@ -87,8 +86,8 @@ void vJsonWrite(const ModelDiff& diff, Output& output) {
 
 std::string sEntity(const DiffEntity& entity) {
     if (entity.sGlobalId.empty()) return fmt::format("#{} {}", entity.iNumber, sPrintable(entity.sText));
-    return fmt::format("#{} {} {}{}{}", entity.iNumber, entity.sType, entity.sGlobalId,
-                       entity.sText.empty() ? "" : " ", sPrintable(entity.sText));
+    return fmt::format("#{} {} {}{}{}", entity.iNumber, entity.sType, entity.sGlobalId, entity.sText.empty() ? "" : " ",
+                       sPrintable(entity.sText));
 }
 
 std::string sValue(const std::optional<std::string>& sText) {
@@ -105,19 +104,18 @@ void vTextWrite(const ModelDiff& diff, Output& output) {
     for (const DiffChange& change : diff.changed) {
         output.vPrint("{}  {}\n", output.sTinted(Tint::Yellow, "changed"), sEntity(change.after));
         for (const DiffValue& value : change.values)
-            output.vPrint("         {}: {} -> {}{}\n", value.sAttribute, sValue(value.sOld),
-                          sValue(value.sNew), value.boMore ? "\n         and more of this attribute" : "");
+            output.vPrint("         {}: {} -> {}{}\n", value.sAttribute, sValue(value.sOld), sValue(value.sNew),
+                          value.boMore ? "\n         and more of this attribute" : "");
     }
     if (diff.boEqual())
         output.vPrint("no difference\n");
     else
-        output.vPrint("{} removed, {} added, {} changed\n", sGrouped(diff.removed.size()),
-                      sGrouped(diff.added.size()), sGrouped(diff.changed.size()));
+        output.vPrint("{} removed, {} added, {} changed\n", sGrouped(diff.removed.size()), sGrouped(diff.added.size()),
+                      sGrouped(diff.changed.size()));
 }
 
 int iDiff(const DiffOptions& options, Output& output) {
-    if (options.sPath == "-" && options.sPathNew == "-")
-        throw Failure("diff: A and B can't both be standard input");
+    if (options.sPath == "-" && options.sPathNew == "-") throw Failure("diff: A and B can't both be standard input");
     ModelOptions optionsNew = options;
     optionsNew.sPath = options.sPathNew;
     const Model before(options, true);

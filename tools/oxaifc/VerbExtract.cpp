@@ -39,9 +39,7 @@ int iExtract(const ExtractOptions& options) {
 VerbRun verbExtract(CLI::App& command) {
     const auto pOptions = std::make_shared<ExtractOptions>();
     pOptions->vDeclareIn(command);
-    command.add_option("WHAT", pOptions->sWhat, "a number as 12 or '#12', or a GlobalId")
-        ->required()
-        ->type_name("");
+    command.add_option("WHAT", pOptions->sWhat, "a number as 12 or '#12', or a GlobalId")->required()->type_name("");
     pOptions->vDeclareOut(command);
     pOptions->vDeclareFormat(command, {FileForm::Step, FileForm::Simple});
     return [pOptions](Output&) { return iExtract(*pOptions); };

@@ -65,21 +65,18 @@ constexpr Field g_fields[] = {
 
 const Field& fieldOf(std::string_view name) {
     const std::string sWanted = sUpper(name);
-    const auto* const pFound =
-        std::find_if(std::begin(g_fields), std::end(g_fields),
-                     [&](const Field& field) { return sUpper(field.name) == sWanted; });
+    const auto* const pFound = std::find_if(std::begin(g_fields), std::end(g_fields),
+                                            [&](const Field& field) { return sUpper(field.name) == sWanted; });
     if (pFound != std::end(g_fields)) return *pFound;
     std::vector<std::string_view> names;
     for (const Field& field : g_fields) names.push_back(field.name);
-    throw Failure(
-        fmt::format("a header has no field {}; {}", sPrintable(name), sNearText(name, names, "there are: ")));
+    throw Failure(fmt::format("a header has no field {}; {}", sPrintable(name), sNearText(name, names, "there are: ")));
 }
 
 std::string sStepText(const Field& field, std::string_view value) {
     if (field.eKind == FieldKind::Name) {
         // A name with an object identifier may stand here: "IFC4 { 1 0 10303 }".
-        constexpr std::string_view allowed =
-            "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_ {}";
+        constexpr std::string_view allowed = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_ {}";
         if (value.empty() || value.find_first_not_of(allowed) != std::string_view::npos)
             throw Failure(fmt::format("{}: {} is no name of a schema", field.name, sPrintable(value)));
         return fmt::format("'{}'", value);
@@ -98,8 +95,8 @@ std::vector<HeaderSection::Change> changes(const std::vector<std::string>& setti
             throw Failure(fmt::format("--set {}: has no =, as in author=NAME", sPrintable(sSetting)));
         const Field& field = fieldOf(std::string_view(sSetting).substr(0, iEqual));
         std::string sText = sStepText(field, std::string_view(sSetting).substr(iEqual + 1));
-        const auto itBefore = std::find_if(texts.begin(), texts.end(),
-                                           [&field](const auto& text) { return text.first == &field; });
+        const auto itBefore =
+            std::find_if(texts.begin(), texts.end(), [&field](const auto& text) { return text.first == &field; });
         if (itBefore == texts.end())
             texts.emplace_back(&field, std::move(sText));
         else if (field.eKind == FieldKind::List)
@@ -169,22 +166,18 @@ int iHeader(const HeaderOptions& options, Output& output) {
 
 VerbRun verbHeader(CLI::App& command) {
     const auto pOptions = std::make_shared<HeaderOptions>();
-    command.add_option("FILE", pOptions->sPath, "the file to read; - for standard input")
-        ->required()
-        ->type_name("");
+    command.add_option("FILE", pOptions->sPath, "the file to read; - for standard input")->required()->type_name("");
     auto* const pSet =
         command
-            .add_option(
-                "--set", pOptions->settings,
-                "give a field a value: description, implementationLevel, name, timeStamp, author, "
-                "organization, preprocessorVersion, originatingSystem, authorization, schema; may stand "
-                "several times, and for description, author and organization with several values of one")
+            .add_option("--set", pOptions->settings,
+                        "give a field a value: description, implementationLevel, name, timeStamp, author, "
+                        "organization, preprocessorVersion, originatingSystem, authorization, schema; may stand "
+                        "several times, and for description, author and organization with several values of one")
             ->type_name("FIELD=VALUE")
             ->allow_extra_args(false);
     command.add_flag("--json", pOptions->boJson, "print one JSON object")->excludes(pSet);
     command
-        .add_option("OUT", pOptions->sOut,
-                    "with --set: the file to write, which may be FILE; - for standard output")
+        .add_option("OUT", pOptions->sOut, "with --set: the file to write, which may be FILE; - for standard output")
         ->type_name("");
     vFormatDeclare(command, pOptions->sFormat, {FileForm::Step});
     command.footer("Without --set the header is printed. With it, all but the new values is copied byte for "

@@ -110,20 +110,20 @@ Json figuresJson(const Model& model, const std::string& sPath, const Figures& al
     Json types = Json::object();
     for (const TypeCount& type : all.byType) types[type.sKeyword] = type.iCount;
     return {{"file", sPath},
-         {"schema", model.sSchemaName()},
-         {"header", model.pHeader() ? headerJson(*model.pHeader()) : rootJson(*model.pHeaderSimple())},
-         {"entities", all.iEntities},
-         {"byType", std::move(types)},
-         {"rooted", all.iGlobalIds},
-         {"inverses", all.iInverses},
-         {"missingReferences", all.iMissing},
-         {"errors", all.iErrors},
-         {"fatal", all.iFatal},
-         {"ok", model.boOk()},
-         {"lostStatements", model.lostStatements().iCount},
-         {"seconds", model.seconds()},
-         {"bytes", model.iBytes()},
-         {"memory", {{"model", model.data().pool().iBytesReserved()}, {"process", iPeakMemory()}}}};
+            {"schema", model.sSchemaName()},
+            {"header", model.pHeader() ? headerJson(*model.pHeader()) : rootJson(*model.pHeaderSimple())},
+            {"entities", all.iEntities},
+            {"byType", std::move(types)},
+            {"rooted", all.iGlobalIds},
+            {"inverses", all.iInverses},
+            {"missingReferences", all.iMissing},
+            {"errors", all.iErrors},
+            {"fatal", all.iFatal},
+            {"ok", model.boOk()},
+            {"lostStatements", model.lostStatements().iCount},
+            {"seconds", model.seconds()},
+            {"bytes", model.iBytes()},
+            {"memory", {{"model", model.data().pool().iBytesReserved()}, {"process", iPeakMemory()}}}};
 }
 
 std::string sRead(const Model& model) {
@@ -148,8 +148,7 @@ void vTextWrite(const Model& model, const Figures& all, Output& output) {
             vRow(sName, value.is_string() ? value.get<std::string>() : value.dump());
     }
     vRow("entities", sGrouped(all.iEntities));
-    for (const TypeCount& type : all.byType)
-        output.vPrint("{:>20}  {}\n", sGrouped(type.iCount), type.sKeyword);
+    for (const TypeCount& type : all.byType) output.vPrint("{:>20}  {}\n", sGrouped(type.iCount), type.sKeyword);
     vRow("GlobalIds", sGrouped(all.iGlobalIds));
     vRow("inverse entries", sGrouped(all.iInverses));
     vRow("missing references", sGrouped(all.iMissing));

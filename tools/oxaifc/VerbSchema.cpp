@@ -49,9 +49,8 @@ std::vector<std::string> memberNames(const std::vector<const schema::ObjectBase*
 Json entityJson(const schema::Entity& entity) {
     Json attributes = Json::array();
     for (const schema::Attribute* pAttribute : entity.allAttributes())
-        attributes.push_back({{"name", pAttribute->sName},
-                              {"optional", pAttribute->boOptional},
-                              {"type", sAttributeType(*pAttribute)}});
+        attributes.push_back(
+            {{"name", pAttribute->sName}, {"optional", pAttribute->boOptional}, {"type", sAttributeType(*pAttribute)}});
     Json inverses = Json::array();
     for (const schema::AttributeInverse* pInverse : entity.allInverseAttributes())
         inverses.push_back({{"name", pInverse->sName},
@@ -79,8 +78,8 @@ void vEntityWrite(const schema::Entity& entity, Output& output) {
     if (!entity.allAttributes().empty()) output.vPrint("  attributes:\n");
     std::size_t iNumber = 0;
     for (const schema::Attribute* pAttribute : entity.allAttributes()) {
-        output.vPrint("  {:>4} {} : {}{}", ++iNumber, pAttribute->sName,
-                      pAttribute->boOptional ? "OPTIONAL " : "", sAttributeType(*pAttribute));
+        output.vPrint("  {:>4} {} : {}{}", ++iNumber, pAttribute->sName, pAttribute->boOptional ? "OPTIONAL " : "",
+                      sAttributeType(*pAttribute));
         if (pAttribute->pOwner != &entity) output.vPrint("   ({})", pAttribute->pOwner->sName);
         output.vPrint("\n");
     }
@@ -187,9 +186,8 @@ void vObjectWrite(const schema::Schema& all, const std::string& sName, bool boJs
         std::vector<std::string_view> names;
         for (const schema::Schema::Record& record : all.objects) names.push_back(record.pObject->sName);
         const std::vector<std::string_view> close = nearNames(sName, names);
-        throw Failure(
-            fmt::format("{} has no entity or type {}{}", all.sName, sPrintable(sName),
-                        close.empty() ? "" : fmt::format("; did you mean {}?", fmt::join(close, ", "))));
+        throw Failure(fmt::format("{} has no entity or type {}{}", all.sName, sPrintable(sName),
+                                  close.empty() ? "" : fmt::format("; did you mean {}?", fmt::join(close, ", "))));
     }
 }
 
@@ -223,14 +221,11 @@ int iSchema(const SchemaOptions& options, Output& output) {
 
 VerbRun verbSchema(CLI::App& command) {
     const auto pOptions = std::make_shared<SchemaOptions>();
-    command.add_option("NAME", pOptions->sFirst, "a built-in schema, as IFC4; left out with --file")
+    command.add_option("NAME", pOptions->sFirst, "a built-in schema, as IFC4; left out with --file")->type_name("");
+    command.add_option("ENTITY", pOptions->sSecond, "an entity or type of it, in any case; without: a summary")
         ->type_name("");
     command
-        .add_option("ENTITY", pOptions->sSecond, "an entity or type of it, in any case; without: a summary")
-        ->type_name("");
-    command
-        .add_option("--file", pOptions->sFile,
-                    "read the schema from this EXPRESS file instead; - for standard input")
+        .add_option("--file", pOptions->sFile, "read the schema from this EXPRESS file instead; - for standard input")
         ->type_name("X.exp");
     command.add_flag("--all", pOptions->boAll, "all entities");
     command.add_flag("--json", pOptions->boJson, "print JSON");

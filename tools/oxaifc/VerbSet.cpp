@@ -34,15 +34,12 @@ int iSet(const SetOptions& options) {
 VerbRun verbSet(CLI::App& command) {
     const auto pOptions = std::make_shared<SetOptions>();
     pOptions->vDeclareIn(command);
-    command.add_option("WHAT", pOptions->sWhat, "a number as 12 or '#12', or a GlobalId")
-        ->required()
-        ->type_name("");
+    command.add_option("WHAT", pOptions->sWhat, "a number as 12 or '#12', or a GlobalId")->required()->type_name("");
     command.add_option("ATTRIBUTE", pOptions->sAttribute, "its name, in any case")->required()->type_name("");
     command
-        .add_option(
-            "VALUE", pOptions->sValue,
-            "a text, with or without single quotes; a number; true, false, unknown; an enumerator; #12; "
-            "$ for no value; IFCLABEL(value) in a select; (a,b,c) for a list")
+        .add_option("VALUE", pOptions->sValue,
+                    "a text, with or without single quotes; a number; true, false, unknown; an enumerator; #12; "
+                    "$ for no value; IFCLABEL(value) in a select; (a,b,c) for a list")
         ->required()
         ->type_name("");
     pOptions->vDeclareOut(command);

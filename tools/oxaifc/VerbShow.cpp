@@ -48,13 +48,11 @@ std::vector<AttributeFacts> attributes(const ifc::Entity& entity, const Model& m
 
 std::vector<InverseFacts> inverses(const ifc::Entity& entity, const Model& model) {
     std::vector<InverseFacts> result;
-    (void)entity.boForEachInverseAttribute(
-        [&](const schema::AttributeInverse& attribute, const ifc::EntityList& list) {
-            InverseFacts& facts = result.emplace_back(InverseFacts{attribute.sName, {}});
-            for (const ifc::Entity* pReferrer : list)
-                facts.numbers.push_back(model.data().iIdFromEntity(*pReferrer));
-            return false;
-        });
+    (void)entity.boForEachInverseAttribute([&](const schema::AttributeInverse& attribute, const ifc::EntityList& list) {
+        InverseFacts& facts = result.emplace_back(InverseFacts{attribute.sName, {}});
+        for (const ifc::Entity* pReferrer : list) facts.numbers.push_back(model.data().iIdFromEntity(*pReferrer));
+        return false;
+    });
     return result;
 }
 
@@ -120,9 +118,7 @@ constexpr const char* g_pWhatHelp =
 VerbRun verbShow(CLI::App& command) {
     const auto pOptions = std::make_shared<ShowOptions>();
     pOptions->vDeclare(command);
-    command.add_option("WHAT", pOptions->sWhat, g_pWhatHelp)
-        ->required()
-        ->type_name("");
+    command.add_option("WHAT", pOptions->sWhat, g_pWhatHelp)->required()->type_name("");
     command.add_flag("--subtypes", pOptions->boSubtypes, "with a type: its subtypes too");
     command.add_flag("--json", pOptions->boJson, "print a JSON array with one object an entity");
     return [pOptions](Output& output) { return iShow(*pOptions, output); };

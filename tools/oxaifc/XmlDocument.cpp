@@ -67,8 +67,7 @@ void vForEachElement(const const_Element& top, Visit&& vVisit) {
         const std::optional<const_Element> element = const_Element::toWrapper(node);
         if (!element) continue;
         vVisit(*element, iDepth);
-        if (const std::optional<const_Node> child = element->FirstChildGet())
-            open.push_back({*child, iDepth + 1});
+        if (const std::optional<const_Node> child = element->FirstChildGet()) open.push_back({*child, iDepth + 1});
     }
 }
 
@@ -99,11 +98,9 @@ void XmlInput::vImport(ifc::File& file, const ifc::SchemaFromName& schemas, ifc:
     };
     if (!boImportHeader(file, fromName)) {
         if (word)
-            throw Failure(
-                fmt::format("{}: names the schema {}, which is not known; --schema-file X.exp brings one",
-                            m_sName, sPrintable(*word)));
-        throw Failure(
-            fmt::format("{}: is XML, but has no ifcXML namespace of IFC4 or newer at its root", m_sName));
+            throw Failure(fmt::format("{}: names the schema {}, which is not known; --schema-file X.exp brings one",
+                                      m_sName, sPrintable(*word)));
+        throw Failure(fmt::format("{}: is XML, but has no ifcXML namespace of IFC4 or newer at its root", m_sName));
     }
     boImportData(file.data());
     vReferencesCheck(errors);
@@ -133,8 +130,7 @@ std::size_t XmlOutput::iDepth() const {
     std::size_t iMost = 0;
     const std::optional<const_Element> root = m_pFile->RootElementGet();
     if (root)
-        vForEachElement(*root,
-                        [&](const const_Element&, std::size_t iDepth) { iMost = std::max(iMost, iDepth); });
+        vForEachElement(*root, [&](const const_Element&, std::size_t iDepth) { iMost = std::max(iMost, iDepth); });
     return iMost + 1;
 }
 

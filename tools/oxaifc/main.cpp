@@ -68,8 +68,7 @@ void vVerbCheck(const std::vector<std::string>& words) {
     if (word.starts_with('-')) return;
     for (const std::string_view name : names)
         if (name == word) return;
-    throw Failure(
-        fmt::format("there is no verb {}; {}", sPrintable(word), sNearText(word, names, "there are: ")));
+    throw Failure(fmt::format("there is no verb {}; {}", sPrintable(word), sNearText(word, names, "there are: ")));
 }
 
 // "help VERB" is "VERB --help", and "help" alone tells the verbs.

@@ -69,10 +69,10 @@ void FileSimple::vEntityRootInit(ReadInfoCommon& info) {
     // Statements may have negative numbers, so the root may too. As with references, a number beyond 32 bits becomes
     // the largest one, so that it can't be taken for another instance.
     const auto iRoot = static_cast<std::int64_t>(*piRoot);
-    const bool boFits = iRoot >= std::numeric_limits<std::int32_t>::min() &&
-                        iRoot <= std::numeric_limits<std::uint32_t>::max();
-    EntitySlot& slot = info.slotGet(
-        m_data, boFits ? static_cast<std::uint32_t>(iRoot) : std::uint32_t{std::numeric_limits<std::int32_t>::max()});
+    const bool boFits =
+        iRoot >= std::numeric_limits<std::int32_t>::min() && iRoot <= std::numeric_limits<std::uint32_t>::max();
+    EntitySlot& slot = info.slotGet(m_data, boFits ? static_cast<std::uint32_t>(iRoot)
+                                                   : std::uint32_t{std::numeric_limits<std::int32_t>::max()});
     slot.vReferencedSet();
     m_pRootEntity = &slot.entity;
 }

@@ -51,7 +51,7 @@ public:
 protected:
     FileBase() noexcept = default;
 
-    Data* m_pData = nullptr;               // both embedded in the derived object, not owned
+    Data* m_pData = nullptr;   // both embedded in the derived object, not owned
     FileHeaderBase* m_pHeader = nullptr;
 };
 

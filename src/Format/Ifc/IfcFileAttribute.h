@@ -47,7 +47,7 @@ struct StepReadInfoData;
 struct StepWriteInfo;
 namespace types {
 class IfcSelectBase;
-}
+}   // namespace types
 
 // What a cell holds: the kind of its data type plus one, or 13 for an entity reference. 0: not known yet.
 enum class AttributeType : std::int32_t {
@@ -94,14 +94,14 @@ public:
 
     // What a parsing constructor gets: one token of one statement. Tokens are never copied.
     struct StepReadInfoAttribute {
-        StepReadInfoData* m_pInfo;                          // the statement
+        StepReadInfoData* m_pInfo;   // the statement
         Data* m_pData;
-        const Entity* m_pEntity;                            // the entity being read, for reports
+        const Entity* m_pEntity;   // the entity being read, for reports
         const def::schema::Attribute* m_pAttribute;
-        const def::schema::ObjectBase* m_pType;             // inside a typed select value: the type named there
-        std::size_t m_iStart;                               // the token in the statement's text
+        const def::schema::ObjectBase* m_pType;   // inside a typed select value: the type named there
+        std::size_t m_iStart;                     // the token in the statement's text
         std::size_t m_iLength;
-        std::uint32_t m_iDepth;                             // aggregate and select levels above the token
+        std::uint32_t m_iDepth;   // aggregate and select levels above the token
 
         // One byte of the token or of the text behind it; NUL behind the statement's end.
         [[nodiscard]] char cAt(std::size_t i) const noexcept;
@@ -134,7 +134,7 @@ public:
     // A value was stored: the cell is neither derived nor undefined any more.
     void vDefined() noexcept { m_boDerived = m_boUndefined = false; }
 
-    // Size of the cell for "object", an attribute's type. Throws the text "Illegal value" (char const*) for a
+    // Size of the cell for "object", an attribute's type. Throws the text "Illegal value" (const char*) for a
     // kind outside the twelve, oxa::exception for a null or unresolvable object.
     [[nodiscard]] static unsigned int iAttributeSizeFromSchemaAttribute(const def::schema::ObjectBase& object,
                                                                         const def::schema::Attribute& attribute);
@@ -422,8 +422,8 @@ public:
     // With boCompareFlags the flags of the two cells must agree as well. Two plain references never compare equal.
     [[nodiscard]] bool boIsEqual(const AttributeSelect& other, bool boSameEntity, bool boCompareFlags) const;
     // "pObject": the type of the target's attribute. A typed value keeps its Type, whatever schema that is of.
-    bool copyTo(AttributeSelect& target, const def::schema::ObjectBase* pObject, Data& data,
-                const MapEntity& mapEntity, const MapType& mapType) const;
+    bool copyTo(AttributeSelect& target, const def::schema::ObjectBase* pObject, Data& data, const MapEntity& mapEntity,
+                const MapType& mapType) const;
 
 private:
     template <class Cell>
@@ -452,7 +452,9 @@ public:
 
     // The items as they lie; the item type must fit. Null for an empty list of entities or one never filled.
     template <class T>
-    [[nodiscard]] Array<T>* pArray() const noexcept { return static_cast<Array<T>*>(m_pItems.load()); }
+    [[nodiscard]] Array<T>* pArray() const noexcept {
+        return static_cast<Array<T>*>(m_pItems.load());
+    }
     [[nodiscard]] EntityList* pEntities() const noexcept { return static_cast<EntityList*>(m_pItems.load()); }
 
     // Makes the storage for an import; the last object of the path says what the items are.

@@ -20,10 +20,10 @@
 #include <utility>
 #include <vector>
 
-#include "Format/Ifc/Store/EntityIdMap.h"
 #include "Format/Ifc/IfcFileEntity.h"
-#include "Format/Ifc/Store/GuidMap.h"
 #include "Format/Ifc/Memory/SimplePool.h"
+#include "Format/Ifc/Store/EntityIdMap.h"
+#include "Format/Ifc/Store/GuidMap.h"
 #include "platform/Export.h"
 #include "platform/Id.h"
 #include "schema/Schema.h"
@@ -37,7 +37,7 @@ class StepWriteInfoCommon;
 struct WriteOptions;
 namespace io {
 class WriteError;
-}
+}   // namespace io
 
 // What a removal did; see Data::entitiesRemove.
 struct EntityRemoval {
@@ -174,14 +174,14 @@ private:
     void vProjectOffer(Entity* pEntity);
 
     const def::SchemaPset* m_pSchema = nullptr;
-    const def::schema::Entity* m_pRootSchema = nullptr;      // IFCROOT, or null
-    mutable std::vector<Entity*> m_entities;                 // insertion order until sorted
+    const def::schema::Entity* m_pRootSchema = nullptr;   // IFCROOT, or null
+    mutable std::vector<Entity*> m_entities;              // insertion order until sorted
     mutable bool m_boSorted = false;
     mutable GuidMap m_guidEntityMap;
-    mutable std::unique_ptr<EntityIdMap> m_pEntityIdMap;     // null until needed
-    mutable std::vector<Entity*> m_pendingGuid;              // rooted, from entityAdd, not yet in m_guidEntityMap
-    std::shared_ptr<Pool> m_pPool;                           // nobody else owns it; see poolLife
-    std::atomic<Entity*> m_pProject{nullptr};                // line workers may set it at the same time
+    mutable std::unique_ptr<EntityIdMap> m_pEntityIdMap;   // null until needed
+    mutable std::vector<Entity*> m_pendingGuid;            // rooted, from entityAdd, not yet in m_guidEntityMap
+    std::shared_ptr<Pool> m_pPool;                         // nobody else owns it; see poolLife
+    std::atomic<Entity*> m_pProject{nullptr};              // line workers may set it at the same time
 };
 
 }   // namespace oxa::ifc

@@ -40,15 +40,15 @@ struct DataSizeEntity {
     struct Feed {
         static constexpr std::size_t g_iNone = static_cast<std::size_t>(-1);
 
-        std::size_t iCell;                    // the attribute; g_iNone where the schema names one that is not there
-        const def::schema::Entity* pOwner;    // its instances and those of its subtypes have the list; may be null
-        std::size_t iPosition;                // of the list in their inverse blocks; g_iNone where the owner has none
+        std::size_t iCell;                   // the attribute; g_iNone where the schema names one that is not there
+        const def::schema::Entity* pOwner;   // its instances and those of its subtypes have the list; may be null
+        std::size_t iPosition;               // of the list in their inverse blocks; g_iNone where the owner has none
     };
 
-    std::uint32_t iSize = 0;                  // bytes of the block: the sum of the cell sizes
-    std::vector<std::uint32_t> offsets;       // for each attribute the position of its cell in the block
-    std::vector<Cell> cells;                  // the same with more to each attribute
-    std::vector<Feed> feeds;                  // in the order of inverseTargets
+    std::uint32_t iSize = 0;              // bytes of the block: the sum of the cell sizes
+    std::vector<std::uint32_t> offsets;   // for each attribute the position of its cell in the block
+    std::vector<Cell> cells;              // the same with more to each attribute
+    std::vector<Feed> feeds;              // in the order of inverseTargets
 };
 
 class OXA_IFC_API Entity {
@@ -100,13 +100,13 @@ public:
     // is converted. False also for an unknown name and for a cell without a value; boIsUndefined and boIsDerived tell
     // these apart. Each family has one instance for each type that its comment lists, and no other.
     //
-    // T: double, long long, unsigned long long (which no attribute holds), bool, LogicalValue, Guid, char const*
+    // T: double, long long, unsigned long long (which no attribute holds), bool, LogicalValue, Guid, const char*
     // (good while the model lives), std::string, std::vector<unsigned char>, Entity*, 2D and 3D Point and Vector,
     // types::IfcSelectBase. A select gives the value that it holds.
     template <class T>
     bool boValueGet(const def::schema::AttributeName& name, T& value) const;
     // The items of a list; "values" is cleared in any case, for an unknown name too.
-    // T: double, long long, char, unsigned char, char const*, std::string, std::vector<unsigned char>, Entity*,
+    // T: double, long long, char, unsigned char, const char*, std::string, std::vector<unsigned char>, Entity*,
     // types::IfcSelectBase; rows of a list of lists: IfcArray of 2 or 3 long long or double, 2D and 3D Point, and
     // std::vector of long long, double, char, Entity*.
     template <class T>
@@ -118,24 +118,24 @@ public:
     bool boFixedArrayValueGet(const def::schema::AttributeName& name, IfcArray<T, N>& value) const;
 
     // Stores a value and makes the cell defined. Only the kind is checked: neither a range, nor the type of a
-    // referenced entity, nor whether the attribute is optional. T as in boValueGet, with Entity const* for Entity*.
+    // referenced entity, nor whether the attribute is optional. T as in boValueGet, with const Entity* for Entity*.
     template <class T>
     bool boValueSet(const def::schema::AttributeName& name, const T& value, Data& data) {
         return boValueSet2(name, value, data);
     }
-    // Stores a list; an empty one is a value. T as in boListValueGet, with Entity const* beside Entity*, and
-    // std::vector<std::string>, std::vector<Entity const*> as rows. For unsigned char: the bytes of a binary.
+    // Stores a list; an empty one is a value. T as in boListValueGet, with const Entity* beside Entity*, and
+    // std::vector<std::string>, std::vector<const Entity*> as rows. For unsigned char: the bytes of a binary.
     template <class T>
     bool boListValueSet(const def::schema::AttributeName& name, const std::vector<T>& values, Data& data);
-    // Appends one item, which makes an undefined list defined. T: char, long long, double, std::string, char const*,
+    // Appends one item, which makes an undefined list defined. T: char, long long, double, std::string, const char*,
     // types::IfcSelectBase, the IfcArrays, 3D Point, std::vector of unsigned char, char, long long, double, Entity*,
-    // and Entity const*.
+    // and const Entity*.
     template <class T>
     bool boListValuePushBack(const def::schema::AttributeName& name, const T& value, Data& data);
     bool boValuePushBack(const def::schema::AttributeName& name, const Entity* pEntity, Data& data);
     // Removes the first occurrence of an entity from a list of entities; false when there is none.
     bool boValueRemove(const def::schema::AttributeName& name, const Entity* pEntity, Data& data);
-    // Not to be used: stops a debug build. T: long long, double, Entity const*.
+    // Not to be used: stops a debug build. T: long long, double, const Entity*.
     template <class T, std::size_t N>
     bool boFixedArrayValueSet(const def::schema::AttributeName& name, const IfcArray<T, N>& value, Data& data);
 
@@ -155,8 +155,7 @@ public:
     [[nodiscard]] bool boIsEqual(const Entity& other) const;
 
     // Calls fn for each attribute in parameter order until it answers true; true when stopped that way.
-    bool boForEachAttribute(
-        std::function<bool(const def::schema::Attribute&, const AttributeBase&)> fn) const;
+    bool boForEachAttribute(std::function<bool(const def::schema::Attribute&, const AttributeBase&)> fn) const;
     // The same for each inverse attribute whose list is not empty.
     bool boForEachInverseAttribute(
         std::function<bool(const def::schema::AttributeInverse&, const EntityList&)> fn) const;
@@ -214,8 +213,8 @@ private:
     [[nodiscard]] AttributeBase* pCellFromName(const def::schema::AttributeName& name,
                                                const def::schema::Attribute** ppAttribute = nullptr) const;
     // The same with the class of the cell; throws for an attribute without a type.
-    [[nodiscard]] AttributeBase* pCellOf(const def::schema::AttributeName& name, const def::schema::Attribute*& pAttribute,
-                                         CellClass& eClass) const;
+    [[nodiscard]] AttributeBase* pCellOf(const def::schema::AttributeName& name,
+                                         const def::schema::Attribute*& pAttribute, CellClass& eClass) const;
     // The list head of one inverse attribute; null for an unknown name.
     [[nodiscard]] InverseEntry* pInverseEntry(const def::schema::AttributeName& name) const;
     [[nodiscard]] InverseEntry* pInverseEntries() const noexcept {
@@ -223,8 +222,8 @@ private:
     }
 
     const def::schema::Entity* m_pSchemaEntity = nullptr;
-    void* m_pAttributes = nullptr;                    // the cells; null for a type without attributes
-    EntityList** m_ppAttributesInverse = nullptr;     // one list a inverse attribute; the entries may stand unaligned
+    void* m_pAttributes = nullptr;                  // the cells; null for a type without attributes
+    EntityList** m_ppAttributesInverse = nullptr;   // one list a inverse attribute; the entries may stand unaligned
 };
 static_assert(sizeof(Entity) == 24);
 

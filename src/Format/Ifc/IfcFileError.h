@@ -77,15 +77,15 @@ public:
         const Entity* entity = nullptr;   // the instance concerned, or null; not owned, never dereferenced
         Severity severity = Error;
         Category category = Syntax;
-        std::string description;                 // localised, with its argument in place
-        SourceText lineString;                   // the source text that the problem belongs to
-        std::uint32_t lineNumber = 0;            // from 1; 0 where there is no line
+        std::string description;        // localised, with its argument in place
+        SourceText lineString;          // the source text that the problem belongs to
+        std::uint32_t lineNumber = 0;   // from 1; 0 where there is no line
 
         // What the description was made of, for whoever counts, groups or filters: messages have a language, keys
         // have none.
         std::uint32_t argumentBegin = 0;   // in the description
         std::uint32_t argumentLength = 0;
-        SharedText key{};                  // as it was given to add(): "Error_UnknownEntityType"; one for all of it
+        SharedText key{};   // as it was given to add(): "Error_UnknownEntityType"; one for all of it
 
         // The argument, where its text has a place for one; good as long as the description.
         [[nodiscard]] std::string_view argument() const noexcept {
@@ -99,8 +99,8 @@ public:
     Errors& operator=(const Errors&) = delete;
 
     // Appends a record whose text is that of "key" in the domain "Ifc".
-    void add(const Entity* entity, Severity severity, Category category, std::string_view key,
-             SourceText lineString, unsigned lineNumber);
+    void add(const Entity* entity, Severity severity, Category category, std::string_view key, SourceText lineString,
+             unsigned lineNumber);
 
     // The same with "argument" in the place of every "%1" of the text; not looked into for a further "%1".
     void add(const Entity* entity, Severity severity, Category category, std::string_view key,
@@ -133,8 +133,7 @@ public:
         m_iPassedOver.fetch_add(1, std::memory_order_relaxed);
         unsigned iFirst = m_iPassedOverLine.load(std::memory_order_relaxed);
         while ((iFirst == 0 || iLine < iFirst) &&
-               !m_iPassedOverLine.compare_exchange_weak(iFirst, iLine, std::memory_order_relaxed)) {
-        }
+               !m_iPassedOverLine.compare_exchange_weak(iFirst, iLine, std::memory_order_relaxed)) {}
     }
 
     // In the order of arrival.
@@ -163,9 +162,9 @@ private:
 
     std::atomic<bool> m_boFatal{false};   // read while others add
     std::atomic<std::size_t> m_iPassedOver{0};
-    std::atomic<unsigned> m_iPassedOverLine{0};   // the smallest; 0 while there is none
-    std::vector<ErrorRecord> m_records;   // guarded by m_mutex while others add
-    LostStatements m_lost;                // likewise
+    std::atomic<unsigned> m_iPassedOverLine{0};              // the smallest; 0 while there is none
+    std::vector<ErrorRecord> m_records;                      // guarded by m_mutex while others add
+    LostStatements m_lost;                                   // likewise
     std::map<std::string, SharedText, std::less<>> m_keys;   // likewise
     mutable std::mutex m_mutex;
 };

@@ -35,7 +35,7 @@ public:
         std::string implementationLevel = "2;1";
 
         Description();
-        Description(std::vector<std::string> const& sDescriptions, std::string const& sImplementationLevel);
+        Description(const std::vector<std::string>& sDescriptions, const std::string& sImplementationLevel);
 
         // The operations named boInit take the parameters of one statement.
         //
@@ -51,7 +51,7 @@ public:
         void vSave(std::ostream& out, std::string& scratch) const;
 
         // Makes "ViewDefinition [<viewName>]" the first description, instead of all that begin so.
-        void setViewDefinitionName(std::string const& viewName);
+        void setViewDefinitionName(const std::string& viewName);
     };
 
     // FILE_NAME. Texts are UTF-8.
@@ -69,8 +69,8 @@ public:
 
         // Fills the record for a new file: the current time, one further author and organization, and the
         // preprocessor and authorization of this library.
-        void vInit(std::string const& sName, std::string const& sAuthor, std::string const& sOrganization,
-                   std::string const& sOriginatingSystem);
+        void vInit(const std::string& sName, const std::string& sAuthor, const std::string& sOrganization,
+                   const std::string& sOriginatingSystem);
     };
 
     // FILE_SCHEMA.
@@ -125,30 +125,28 @@ public:
     [[nodiscard]] std::set<object::PropertyId> getAllProperties() const override;
     // A std::string for every field. A list gives nothing where it is empty, its one item, or "(a), (b)"; a group
     // and an unknown id give nothing.
-    [[nodiscard]] std::any getValue(object::PropertyId const& id) const override;
+    [[nodiscard]] std::any getValue(const object::PropertyId& id) const override;
     // The labels of the tree, and that of the whole for "HeaderInfo".
-    [[nodiscard]] std::string getPropertyName(object::PropertyId const& id) const override;
+    [[nodiscard]] std::string getPropertyName(const object::PropertyId& id) const override;
     // Always true, though setValue() stores nothing.
-    [[nodiscard]] bool isValueAllowed(object::PropertyId const& id, std::any const& value) const override;
+    [[nodiscard]] bool isValueAllowed(const object::PropertyId& id, const std::any& value) const override;
 
     // The rest of the interface has nothing to tell of a header: each gives the empty value of its type.
     [[nodiscard]] std::string getPropertiesObjectKey() const override;
-    void setValue(object::PropertyId const& id, std::any const& value) override;
-    [[nodiscard]] bool isValueEditable(object::PropertyId const& id) const override;
-    [[nodiscard]] bool isValueInherited(object::PropertyId const& id) const override;
-    [[nodiscard]] std::shared_ptr<PropertyInterface> getPropertyOwner(
-        object::PropertyId const& id) const override;
-    [[nodiscard]] bool isResetAllowed(object::PropertyId const& id) const override;
-    void resetValue(object::PropertyId const& id) override;
-    [[nodiscard]] std::string getPropertyDescription(object::PropertyId const& id) const override;
-    [[nodiscard]] std::string getPropertyUnit(object::PropertyId const& id) const override;
-    [[nodiscard]] std::string getPropertyFormat(object::PropertyId const& id) const override;
-    [[nodiscard]] std::vector<std::any> getOfferedValues(object::PropertyId const& id) const override;
-    [[nodiscard]] std::vector<std::string> getOfferedTexts(object::PropertyId const& id) const override;
-    [[nodiscard]] std::vector<std::string> getOfferedIcons(object::PropertyId const& id) const override;
-    [[nodiscard]] PropertyListener getPropertyListener(object::PropertyId const& id) const override;
-    [[nodiscard]] std::vector<object::PropertyId> getDependentProperties(
-        object::PropertyId const& id) const override;
+    void setValue(const object::PropertyId& id, const std::any& value) override;
+    [[nodiscard]] bool isValueEditable(const object::PropertyId& id) const override;
+    [[nodiscard]] bool isValueInherited(const object::PropertyId& id) const override;
+    [[nodiscard]] std::shared_ptr<PropertyInterface> getPropertyOwner(const object::PropertyId& id) const override;
+    [[nodiscard]] bool isResetAllowed(const object::PropertyId& id) const override;
+    void resetValue(const object::PropertyId& id) override;
+    [[nodiscard]] std::string getPropertyDescription(const object::PropertyId& id) const override;
+    [[nodiscard]] std::string getPropertyUnit(const object::PropertyId& id) const override;
+    [[nodiscard]] std::string getPropertyFormat(const object::PropertyId& id) const override;
+    [[nodiscard]] std::vector<std::any> getOfferedValues(const object::PropertyId& id) const override;
+    [[nodiscard]] std::vector<std::string> getOfferedTexts(const object::PropertyId& id) const override;
+    [[nodiscard]] std::vector<std::string> getOfferedIcons(const object::PropertyId& id) const override;
+    [[nodiscard]] PropertyListener getPropertyListener(const object::PropertyId& id) const override;
+    [[nodiscard]] std::vector<object::PropertyId> getDependentProperties(const object::PropertyId& id) const override;
 };
 
 }   // namespace oxa::ifc

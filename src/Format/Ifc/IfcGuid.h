@@ -22,19 +22,19 @@ public:
     static constexpr std::size_t Length = 22;   // characters, without a terminating NUL
 
     // Writes 22 characters and a NUL: "text" holds 23 bytes. Always true.
-    static bool boIfcStringFromGuid(char* const text, Guid const& guid);
+    static bool boIfcStringFromGuid(char* const text, const Guid& guid);
 
     // Reads 22 bytes, all of which must be readable. False at the first character outside the alphabet, which
     // is case-sensitive; "guid" is then untouched.
     // NUL        ends its group of 2 or 4 characters early; the group is then the number in front of it.
     // "4" to "$" at the front are no error, although 22 digits hold 4 bits more than a GUID: those are lost.
-    [[nodiscard]] static bool boIfcStringToGuid(Guid& guid, char const* const text);
+    [[nodiscard]] static bool boIfcStringToGuid(Guid& guid, const char* const text);
 
     // The 22 characters.
-    [[nodiscard]] static std::string toIfcGuid(Guid const& guid);
+    [[nodiscard]] static std::string toIfcGuid(const Guid& guid);
 
     // The GUID of the first 22 characters, whatever follows. Empty for a shorter text or a foreign character.
-    [[nodiscard]] static std::optional<Guid> fromIfcGuid(std::string_view const& text);
+    [[nodiscard]] static std::optional<Guid> fromIfcGuid(const std::string_view& text);
 };
 
 }   // namespace oxa::ifc

@@ -59,18 +59,18 @@ public:
 
 private:
     struct QueuedLine {
-        std::size_t m_iBegin;    // in the batch's text
+        std::size_t m_iBegin;   // in the batch's text
         std::size_t m_iLength;
         std::uint32_t m_iLine;
     };
     struct Batch;
     using BatchPtr = std::unique_ptr<Batch>;
     struct Batch {
-        BatchPtr m_pNext;                   // while it is in a queue, or in a chain
-        std::string m_text;                 // the statements, one behind the other, a NUL behind each
+        BatchPtr m_pNext;     // while it is in a queue, or in a chain
+        std::string m_text;   // the statements, one behind the other, a NUL behind each
         std::vector<QueuedLine> m_lines;
-        std::vector<Entity*> m_entities;    // one for each line; null where the statement yielded none
-        RootedResults m_rooted;             // what the map of GUIDs takes of them
+        std::vector<Entity*> m_entities;   // one for each line; null where the statement yielded none
+        RootedResults m_rooted;            // what the map of GUIDs takes of them
 
         [[nodiscard]] std::string_view text(const QueuedLine& line) const noexcept {
             return std::string_view(m_text).substr(line.m_iBegin, line.m_iLength);
@@ -103,7 +103,7 @@ private:
         [[nodiscard]] BatchPtr pTake(std::size_t iMost) noexcept;
 
         const std::size_t m_iWakeAt;
-        BatchPtr m_pFirst;                // guarded by m_mutex, as the next three
+        BatchPtr m_pFirst;   // guarded by m_mutex, as the next three
         Batch* m_pLast = nullptr;
         std::size_t m_iCount = 0;
         bool m_boClosed = false;
@@ -111,8 +111,8 @@ private:
         std::condition_variable m_changed;
     };
 
-    static constexpr std::size_t g_iBatchesShared = 8;       // taken by a worker at once
-    static constexpr std::size_t g_iBatchesCollected = 8;    // that wake the collector
+    static constexpr std::size_t g_iBatchesShared = 8;      // taken by a worker at once
+    static constexpr std::size_t g_iBatchesCollected = 8;   // that wake the collector
 
     void vStart();
     void vWorkersEnd();
@@ -126,14 +126,14 @@ private:
     void vBatchFinalize(const Batch& batch, std::size_t& iNext);
     void finalizeLines();
 
-    Queue m_lineQueue{g_iBatchesShared};      // waiting for a worker
-    Queue m_doneQueue{g_iBatchesCollected};   // parsed, waiting for the collector
-    Queue m_freeQueue;                        // finalised, empty again
+    Queue m_lineQueue{g_iBatchesShared};                      // waiting for a worker
+    Queue m_doneQueue{g_iBatchesCollected};                   // parsed, waiting for the collector
+    Queue m_freeQueue;                                        // finalised, empty again
     std::vector<std::unique_ptr<StepReadThread>> m_threads;   // one a worker, one of the scanner
     std::vector<std::thread> m_workers;                       // empty until the first statement
     std::thread m_collector;
-    BatchPtr m_pBatch;                                  // being filled; the scanner's; null until there is a statement
-    std::size_t m_iBatches = 0;                         // made so far; the scanner's
+    BatchPtr m_pBatch;            // being filled; the scanner's; null until there is a statement
+    std::size_t m_iBatches = 0;   // made so far; the scanner's
     StepReadInfoDataCommon* m_pInfo;
     FileBase* m_pFile;
     bool m_boOneWorker;

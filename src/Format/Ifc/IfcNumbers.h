@@ -22,7 +22,7 @@ namespace details {
 // The integer at the front of [first, last), in base "base": an optional "-", then at least one digit.
 // returns  the first byte behind it; or nullptr, with "value" untouched, when there is no digit or the number
 //          needs more than 32 bits.
-[[nodiscard]] inline char const* pReadInteger(char const* first, char const* last, int base,
+[[nodiscard]] inline const char* pReadInteger(const char* first, const char* last, int base,
                                               std::int32_t& value) noexcept {
     const auto [pEnd, error] = std::from_chars(first, last, value, base);
     return error == std::errc() ? pEnd : nullptr;
@@ -35,7 +35,7 @@ struct Digits {
 };
 
 // All at once instead of one after the other: how many digits a number has is hard to foresee for a processor.
-[[nodiscard]] inline Digits digitsOf8(char const* first) noexcept {
+[[nodiscard]] inline Digits digitsOf8(const char* first) noexcept {
     constexpr std::uint64_t ones = 0x0101010101010101u;
     std::uint64_t bytes;
     std::memcpy(&bytes, first, sizeof bytes);
@@ -59,7 +59,7 @@ struct Digits {
 }   // namespace details
 
 // The whole range as a signed 32-bit integer in base 10; empty where it is none or does not fit.
-[[nodiscard]] inline std::optional<int> toInt(char const* first, char const* last) noexcept {
+[[nodiscard]] inline std::optional<int> toInt(const char* first, const char* last) noexcept {
     std::int32_t value = 0;
     if (details::pReadInteger(first, last, 10, value) != last || first == last) return std::nullopt;
     return value;
@@ -67,6 +67,6 @@ struct Digits {
 
 // The whole range as the nearest double; "inf" and "nan" in any case are numbers. Empty where it is none or
 // lies beyond the range of a double: "1E999".
-[[nodiscard]] OXA_IFC_API std::optional<double> toDouble(char const* first, char const* last) noexcept;
+[[nodiscard]] OXA_IFC_API std::optional<double> toDouble(const char* first, const char* last) noexcept;
 
 }   // namespace oxa::ifc

@@ -71,23 +71,23 @@ private:
     void vLookBehind();
 
     FileBase* m_pFile;
-    std::uint32_t m_iLine = 1;            // line feeds so far, from 1
+    std::uint32_t m_iLine = 1;               // line feeds so far, from 1
     details::ScanMap<g_iBufferSize> m_map;   // of the buffer
-    StatementBuffer m_statement;          // what is assembled of the statement in hand
-    std::uint32_t m_iStart = 0;           // first byte in the buffer that belongs to it and is not in m_statement
+    StatementBuffer m_statement;             // what is assembled of the statement in hand
+    std::uint32_t m_iStart = 0;              // first byte in the buffer that belongs to it and is not in m_statement
     bool m_boSimple;
-    bool m_boCopyOnRefill = true;         // false inside comments
+    bool m_boCopyOnRefill = true;   // false inside comments
     StepReadInfoDataCommon m_info;
     StepReadThread m_thread;
 
-    bool m_boMarkerSeen;                  // "ISO-10303-21" was seen
+    bool m_boMarkerSeen;   // "ISO-10303-21" was seen
     bool m_boInHeader = false;
     bool m_boInData;
-    bool m_boHasNumberSign = false;       // of the statement in hand
+    bool m_boHasNumberSign = false;   // of the statement in hand
     bool m_boHasEqual = false;
     static constexpr std::uint32_t g_iProgressStep = 1000;
-    std::uint32_t m_iProgress = g_iProgressStep;   // entity statements since the last call; the first one calls
-    std::vector<Entity*> m_entities;      // the one result of a statement
+    std::uint32_t m_iProgress = g_iProgressStep;      // entity statements since the last call; the first one calls
+    std::vector<Entity*> m_entities;                  // the one result of a statement
     std::unique_ptr<IfcLineReadThreadPool> m_pPool;   // null in a single-threaded read; dies before what it uses
 };
 

@@ -24,7 +24,7 @@ namespace oxa::ifc {
 //            and a directive that lacks its last byte takes it. Nothing behind it is looked at.
 // \S\ \X\ \X2\ \X4\  are decoded, \P.\ raises an assertion and selects nothing, other directives are dropped.
 // assertion  one a string for 8-bit bytes, which ISO 10303-21 forbids; one for code points that are none.
-OXA_IFC_API void vIfcStrToUtf8(std::string& out, char const* text, std::size_t length);
+OXA_IFC_API void vIfcStrToUtf8(std::string& out, const char* text, std::size_t length);
 
 // Writes the inside of a STEP string, in bytes from 32 to 126 only.
 //
@@ -33,10 +33,10 @@ OXA_IFC_API void vIfcStrToUtf8(std::string& out, char const* text, std::size_t l
 // throws   oxa::str::exception where the text is no UTF-8; "out" is then empty.
 // \X\      for U+0000 to U+001F and U+007F to U+00FF, \X2\ up to U+FFFF, \X4\ beyond; a block stays open
 //          until a printable character or the end.
-OXA_IFC_API std::string const& sIfcStrFromUtf8(std::string& out, char const* text, std::size_t length);
+OXA_IFC_API const std::string& sIfcStrFromUtf8(std::string& out, const char* text, std::size_t length);
 
 // The same for a text that a file may have brought: 8-bit bytes that are no UTF-8 count as Latin-1, and nothing is
 // thrown. So a model that could be read can be written.
-OXA_IFC_API std::string const& sIfcStrFromText(std::string& out, std::string_view text);
+OXA_IFC_API const std::string& sIfcStrFromText(std::string& out, std::string_view text);
 
 }   // namespace oxa::ifc

@@ -15,7 +15,7 @@
 
 namespace oxa::ifc {
 class Entity;
-}
+}   // namespace oxa::ifc
 
 namespace oxa::ifc::types {
 
@@ -39,7 +39,7 @@ public:
     };
 
     // T is one of: double, bool, long long, std::string, Guid, LogicalValue, unsigned char* (into the pool,
-    // without its count), char const* (an enumerator), std::vector<double>, std::vector<long long>,
+    // without its count), const char* (an enumerator), std::vector<double>, std::vector<long long>,
     // std::set<Entity*>.
     template <class T>
     class TypeData final : public TypeDataBase {

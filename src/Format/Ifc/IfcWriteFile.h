@@ -96,7 +96,7 @@ private:
     std::size_t m_iCount = 0;               // guarded by m_mutex
     std::mutex m_mutex;
     std::condition_variable m_notFull;
-    std::condition_variable m_notEmpty;     // or finished
+    std::condition_variable m_notEmpty;   // or finished
     std::atomic<bool> m_boFinished{false};
     const std::size_t m_iBlockSize;
 };

@@ -180,6 +180,7 @@ struct SimpleRow {
     std::vector<std::string> rows;
 };
 
+// clang-format off
 const SimpleRow g_simpleRows[] = {
     {"a bad head says nothing", "ISO-10303-21;", false, 0, {}},
     {"an empty stream says nothing", "", false, 0, {}},
@@ -202,6 +203,7 @@ const SimpleRow g_simpleRows[] = {
     {"a statement that does not end is none", "Ifc file simple;\nIFC4;\n*;\n#1=IFCDIRECTION((1.))", true, 0, {}},
     {"no statement", "Ifc file simple;\nIFC4;\n*;\n", true, 0, {}},
 };
+// clang-format on
 
 TEST(FileSimple, ReadsTheShortForm) {
     for (const SimpleRow& row : g_simpleRows) {
@@ -235,7 +237,8 @@ TEST(FileSimple, IsBornWithItsSchema) {
     // A read brings its own, under its own name.
     io::ReadError errors;
     std::istringstream in("Ifc file simple;\nOURS;\n*;\n");
-    EXPECT_TRUE(file.boRead(in, [](const std::string&) { return SchemaLoader::pBuiltIn("IFC4"); }, errors, {}, true));
+    EXPECT_TRUE(file.boRead(
+        in, [](const std::string&) { return SchemaLoader::pBuiltIn("IFC4"); }, errors, {}, true));
     EXPECT_EQ(file.data().pSchema(), SchemaLoader::pBuiltIn("IFC4"));
     EXPECT_EQ(file.header().sSchemaNameGet(), "IFC4");
 }
@@ -246,7 +249,8 @@ TEST(FileSimple, CallsProgressWithThePositionInItsStatements) {
     std::vector<unsigned> positions;
     const std::string sFirst = "#1=IFCDIRECTION((1.));";
     std::istringstream in("Ifc file simple;\nIFC4;\n*;\n" + sFirst + "#2=IFCDIRECTION((1.));");
-    EXPECT_TRUE(file.boRead(in, {}, errors, [&](unsigned iPosition) { positions.push_back(iPosition); }, true));
+    EXPECT_TRUE(file.boRead(
+        in, {}, errors, [&](unsigned iPosition) { positions.push_back(iPosition); }, true));
     EXPECT_THAT(positions, ElementsAre(sFirst.size() - 1));
 }
 

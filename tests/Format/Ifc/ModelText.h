@@ -52,9 +52,8 @@ inline ModelText modelText(const Data& data) {
 
 // Records as sortable text, without the instance.
 inline std::string sRecordText(const Errors::ErrorRecord& record) {
-    return std::to_string(record.severity) + '|' + std::to_string(record.category) + '|' +
-           record.description + '|' + record.lineString.value_or("(no text)") + '|' +
-           std::to_string(record.lineNumber);
+    return std::to_string(record.severity) + '|' + std::to_string(record.category) + '|' + record.description + '|' +
+           record.lineString.value_or("(no text)") + '|' + std::to_string(record.lineNumber);
 }
 
 inline std::multiset<std::string> recordTexts(const Errors& errors) {

@@ -16,11 +16,14 @@ namespace oxa::ifc {
 class PieceStream : private std::streambuf, public std::istream {
 public:
     PieceStream(std::string sText, std::size_t iPiece)
-        : std::istream(static_cast<std::streambuf*>(this)), m_sText(std::move(sText)), m_iPiece(iPiece) {}
+        : std::istream(static_cast<std::streambuf*>(this)),
+          m_sText(std::move(sText)),
+          m_iPiece(iPiece) {}
 
 private:
     std::streamsize xsgetn(char* pBytes, std::streamsize iWanted) override {
-        const std::size_t iCopied = m_sText.copy(pBytes, std::min(m_iPiece, static_cast<std::size_t>(iWanted)), m_iNext);
+        const std::size_t iCopied =
+            m_sText.copy(pBytes, std::min(m_iPiece, static_cast<std::size_t>(iWanted)), m_iNext);
         m_iNext += iCopied;
         return static_cast<std::streamsize>(iCopied);
     }

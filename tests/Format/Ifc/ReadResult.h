@@ -7,16 +7,16 @@
 #include <string>
 #include <vector>
 
-#include "ReportKey.h"
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "ReportKey.h"
 
 namespace oxa::ifc {
 
 // "Fatal Syntax 3 Error_InvalidFile | text": severity, category, line, key, source text.
 inline std::string sRow(const ErrorRecord& record) {
-    static constexpr const char* g_categories[] = {"Syntax",    "Header", "Value",      "Null",  "Reference",
-                                                   "Model",     "?",      "Identifier", "Schema"};
+    static constexpr const char* g_categories[] = {"Syntax", "Header", "Value",      "Null",  "Reference",
+                                                   "Model",  "?",      "Identifier", "Schema"};
     return std::string(record.severity == Errors::Fatal ? "Fatal " : "Error ") + g_categories[record.category] + ' ' +
            std::to_string(record.lineNumber) + ' ' + sReportKey(record.description) + " | " +
            record.lineString.value_or("(no text)");

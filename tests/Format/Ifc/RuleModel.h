@@ -48,8 +48,7 @@ inline std::string sReport(const Errors::ErrorRecord& record) {
     if (localize("Ifc", sKey).find("%1") != std::string::npos)
         sArgument.append(1, '(').append(record.argument()).append(1, ')');
     return std::string(record.severity == Errors::Fatal ? "Fatal " : "Error ") + g_categories[record.category] + ' ' +
-           std::to_string(record.lineNumber) + ' ' + sKey + sArgument + " | " +
-           record.lineString.value_or("(no text)");
+           std::to_string(record.lineNumber) + ' ' + sKey + sArgument + " | " + record.lineString.value_or("(no text)");
 }
 
 inline Texts reports(const Errors& errors) {

@@ -59,9 +59,8 @@ inline std::string sSmallFile(std::size_t iGroups) {
     for (std::size_t i = 0; i < iGroups; ++i) {
         const std::size_t iId = 2 + 4 * i;
         out << '#' << iId << "=IFCPOINT((" << i << ".,-0.25,1.E-" << 10 + i % 80 << "));\n"
-            << '#' << iId + 1 << "=IFCPROPERTY('p;" << i << "',IFCLENGTHMEASURE(" << i
-            << ".5),(IFCLABEL('it''s'),#" << iId << "),"
-            << (i + 1 < iGroups ? '#' + std::to_string(iId + 5) : "$") << ");\n"
+            << '#' << iId + 1 << "=IFCPROPERTY('p;" << i << "',IFCLENGTHMEASURE(" << i << ".5),(IFCLABEL('it''s'),#"
+            << iId << ")," << (i + 1 < iGroups ? '#' + std::to_string(iId + 5) : "$") << ");\n"
             << '#' << iId + 2 << "=IFCELEMENT('" << sGuidOf(2 * i + 1) << "',$,#" << iId << ",.GREEN.);\n"
             << '#' << iId + 3 << "=IFCRELLINK('" << sGuidOf(2 * i + 2) << "',$,#1,(#" << iId + 2 << "));\n";
     }

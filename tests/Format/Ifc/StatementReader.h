@@ -31,8 +31,8 @@ namespace oxa::ifc {
 // A graph for one test program, from its declarations.
 inline std::unique_ptr<def::SchemaPset> pSchemaOf(std::string_view declarations) {
     std::vector<SchemaMessage> messages;
-    auto pSchema = SchemaLoader::pSchemaFromExpress(
-        "SCHEMA CELLS;\n" + std::string(declarations) + "\nEND_SCHEMA;\n", messages);
+    auto pSchema =
+        SchemaLoader::pSchemaFromExpress("SCHEMA CELLS;\n" + std::string(declarations) + "\nEND_SCHEMA;\n", messages);
     if (!pSchema) throw std::runtime_error(messages.empty() ? "no schema" : messages.front().sText);
     return pSchema;
 }
@@ -100,8 +100,7 @@ inline const def::SchemaPset& cellSchema() {
 
 // A faulty schema: the second of the three attributes of IfcFaulty, which are called First, Second and Third and
 // are reals, has these types instead.
-inline std::unique_ptr<def::SchemaPset> pSchemaWithSecondOf(
-    std::vector<const def::schema::ObjectBase*> types) {
+inline std::unique_ptr<def::SchemaPset> pSchemaWithSecondOf(std::vector<const def::schema::ObjectBase*> types) {
     auto pSchema = pSchemaOf("ENTITY IfcFaulty; First : REAL; Second : REAL; Third : REAL; END_ENTITY;");
     const auto* pType = pSchema->pEntityFromName(def::schema::ObjectName("IFCFAULTY"));
     const_cast<def::schema::Entity*>(pType)->ownAttributes[1].types = std::move(types);
@@ -121,8 +120,7 @@ public:
     static constexpr std::uint32_t g_iLine = 7;
 
     // boArena: memory comes from a thread's share of the pool, as on a worker.
-    explicit StatementReader(const def::SchemaPset& schema = cellSchema(), bool boArena = false)
-        : m_boArena(boArena) {
+    explicit StatementReader(const def::SchemaPset& schema = cellSchema(), bool boArena = false) : m_boArena(boArena) {
         data.vSchemaSet(&schema);
     }
 
@@ -135,8 +133,7 @@ public:
         std::vector<Entity*> result;
         const bool boMade = data.boReadLine(info, result);
         EXPECT_EQ(line, statement) << "the statement comes back as it was";
-        if (result.size() != 1 || boMade != (result[0] != nullptr))
-            throw std::runtime_error("not one result");
+        if (result.size() != 1 || boMade != (result[0] != nullptr)) throw std::runtime_error("not one result");
         return result[0];
     }
 
@@ -168,15 +165,14 @@ public:
                       const def::schema::Attribute& attribute);
 
     // Expects these records, each with the statement, its line and the entity.
-    void vExpectReports(const Entity* pEntity, std::string_view statement,
-                        const std::vector<Report>& expected) {
+    void vExpectReports(const Entity* pEntity, std::string_view statement, const std::vector<Report>& expected) {
         std::vector<std::string> texts;
         for (const Report& report : expected) {
             std::string sDescription = localize("Ifc", report.sKey);
             if (const std::size_t i = sDescription.find("%1"); i != std::string::npos)
                 sDescription.replace(i, 2, report.argument);
-            texts.push_back(sRecord({pEntity, report.eSeverity, report.eCategory, sDescription,
-                                     std::string(statement), g_iLine}));
+            texts.push_back(
+                sRecord({pEntity, report.eSeverity, report.eCategory, sDescription, std::string(statement), g_iLine}));
         }
         std::vector<std::string> found;
         for (const Errors::ErrorRecord& record : errors.records()) found.push_back(sRecord(record));
@@ -205,9 +201,7 @@ private:
         std::snprintf(text, sizeof text, "%.17g", value);
         return text;
     }
-    static std::string sQuoted(const char* pText) {
-        return pText ? '\'' + std::string(pText) + '\'' : "null";
-    }
+    static std::string sQuoted(const char* pText) { return pText ? '\'' + std::string(pText) + '\'' : "null"; }
     static std::string sBinary(const AttributeBinary& cell) {
         if (!cell.m_value.load()) return cell.m_iCount == 0 ? "null" : "null with a count";
         std::string sText = "[";
@@ -240,14 +234,12 @@ inline std::string StatementReader::sCell(const AttributeBase& cell, const def::
                                           const def::schema::Attribute& attribute) {
     const CellClass eClass = AttributeBase::cellClass(pObject, attribute);
     std::string sFlags = std::string(cell.m_boUndefined ? "$" : "") + (cell.m_boDerived ? "*" : "") +
-                         (cell.m_boPooled ? "" : "~") +
-                         (cell.m_boGuid == (eClass == CellClass::Guid) ? "" : "?");
+                         (cell.m_boPooled ? "" : "~") + (cell.m_boGuid == (eClass == CellClass::Guid) ? "" : "?");
     if (!sFlags.empty()) sFlags += ' ';
     switch (eClass) {
     case CellClass::Real: return sFlags + "Real " + sReal(as<AttributeReal>(cell).m_value);
     case CellClass::Number: return sFlags + "Number " + sReal(as<AttributeReal>(cell).m_value);
-    case CellClass::Integer:
-        return sFlags + "Integer " + std::to_string(as<AttributeInteger>(cell).m_value.load());
+    case CellClass::Integer: return sFlags + "Integer " + std::to_string(as<AttributeInteger>(cell).m_value.load());
     case CellClass::Boolean: return sFlags + "Boolean " + std::to_string(as<AttributeBoolean>(cell).m_value);
     case CellClass::Logical: return sFlags + "Logical " + sLogical(as<AttributeLogical>(cell).m_value);
     case CellClass::String: return sFlags + "String " + sQuoted(as<AttributeString>(cell).m_value);
@@ -256,8 +248,7 @@ inline std::string StatementReader::sCell(const AttributeBase& cell, const def::
         return sFlags + "Guid " + (guid.boIsNull() ? "0" : IfcGuid::toIfcGuid(guid));
     }
     case CellClass::Binary: return sFlags + "Binary " + sBinary(as<AttributeBinary>(cell));
-    case CellClass::Enumeration:
-        return sFlags + "Enumeration " + sQuoted(as<AttributeEnumeration>(cell).m_value);
+    case CellClass::Enumeration: return sFlags + "Enumeration " + sQuoted(as<AttributeEnumeration>(cell).m_value);
     case CellClass::Select: return sFlags + sSelect(as<AttributeSelect>(cell), attribute);
     case CellClass::List: return sFlags + sList(as<AttributeList>(cell), attribute);
     case CellClass::Entity: return sFlags + "Entity " + sEntity(as<AttributeEntity>(cell).m_value);
@@ -265,8 +256,7 @@ inline std::string StatementReader::sCell(const AttributeBase& cell, const def::
     }
 }
 
-inline std::string StatementReader::sSelect(const AttributeSelect& cell,
-                                            const def::schema::Attribute& attribute) {
+inline std::string StatementReader::sSelect(const AttributeSelect& cell, const def::schema::Attribute& attribute) {
     const def::schema::Type* pType = cell.m_pType;
     const AttributeBase* pValue = cell.m_pValue;
     const auto iTag = static_cast<int>(cell.m_eType.load());
@@ -278,8 +268,7 @@ inline std::string StatementReader::sSelect(const AttributeSelect& cell,
     return sText + '(' + sCell(*pValue, pType, attribute) + ')';
 }
 
-inline std::string StatementReader::sList(const AttributeList& cell,
-                                          const def::schema::Attribute& attribute) {
+inline std::string StatementReader::sList(const AttributeList& cell, const def::schema::Attribute& attribute) {
     const AttributeType eItems = cell.m_eItemType;
     const std::string sText = "List " + std::to_string(static_cast<int>(eItems));
     switch (eItems) {

@@ -51,15 +51,13 @@ Written written(Write&& write) {
     return result;
 }
 inline Written fileOf(const File& file, bool boSingleThreaded = true, WriteProgress progress = {}) {
-    return written(
-        [&](auto& out, auto& errors) { return file.boWrite(out, errors, progress, boSingleThreaded); });
+    return written([&](auto& out, auto& errors) { return file.boWrite(out, errors, progress, boSingleThreaded); });
 }
 inline Written dataOf(const Data& data, bool boSingleThreaded = true) {
     return written([&](auto& out, auto& errors) { return data.boWrite(out, errors, boSingleThreaded); });
 }
 inline Written entityOf(const Data& data, const Entity* pEntity, bool boSingleThreaded = true) {
-    return written(
-        [&](auto& out, auto& errors) { return data.boWrite(pEntity, out, errors, boSingleThreaded); });
+    return written([&](auto& out, auto& errors) { return data.boWrite(pEntity, out, errors, boSingleThreaded); });
 }
 
 // A whole file, with options.

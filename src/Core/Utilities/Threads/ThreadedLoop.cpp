@@ -13,9 +13,7 @@ namespace oxa::util {
 
 ThreadedLoop::ThreadedLoop() = default;
 
-ThreadedLoop::~ThreadedLoop() {
-    vStop();
-}
+ThreadedLoop::~ThreadedLoop() { vStop(); }
 
 void ThreadedLoop::perform(std::function<void()> first, std::function<bool()> function, int iIntervalMs,
                            Options options) {
@@ -42,9 +40,7 @@ void ThreadedLoop::vStop() {
     m_pStop.reset();
 }
 
-void ThreadedLoop::debuggerBreak() {
-    Debugger::vBreak();
-}
+void ThreadedLoop::debuggerBreak() { Debugger::vBreak(); }
 
 void ThreadedLoop::vLoop(const std::function<void()>& first, int iIntervalMs) {
     const auto boCallAt = [this](int iWhen) {

@@ -280,8 +280,7 @@ bool AttributeListValueBase::boForEach(const def::schema::Attribute& attribute,
                     if (!function(pEntity)) return false;
         return std::is_same_v<T, Entity*>;
     default:
-        vListWalkRefuse("oxa::ifc::AttributeListValueBase::boForEach",
-                        "boForEach not implemented for this item type");
+        vListWalkRefuse("oxa::ifc::AttributeListValueBase::boForEach", "boForEach not implemented for this item type");
         return false;
     }
 }
@@ -296,112 +295,112 @@ bool AttributeBase::boForEach(const AttributeBase& cell, const def::schema::Attr
 
 // The closed list of types.
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(int&)>) const;
+                                                            std::function<bool(int&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(int&)>, bool, bool);
+                                                   std::function<bool(int&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(char&)>) const;
+                                                            std::function<bool(char&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(char&)>, bool, bool);
+                                                   std::function<bool(char&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(unsigned char&)>) const;
+                                                            std::function<bool(unsigned char&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(unsigned char&)>, bool, bool);
+                                                   std::function<bool(unsigned char&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(long long&)>) const;
+                                                            std::function<bool(long long&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(long long&)>, bool, bool);
+                                                   std::function<bool(long long&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(unsigned long long&)>) const;
+                                                            std::function<bool(unsigned long long&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(unsigned long long&)>, bool, bool);
+                                                   std::function<bool(unsigned long long&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(double&)>) const;
+                                                            std::function<bool(double&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(double&)>, bool, bool);
+                                                   std::function<bool(double&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(bool&)>) const;
+                                                            std::function<bool(bool&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(bool&)>, bool, bool);
+                                                   std::function<bool(bool&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(char*&)>) const;
+                                                            std::function<bool(char*&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(char*&)>, bool, bool);
+                                                   std::function<bool(char*&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(std::string&)>) const;
+                                                            std::function<bool(std::string&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(std::string&)>, bool, bool);
+                                                   std::function<bool(std::string&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(Bytes&)>) const;
+                                                            std::function<bool(Bytes&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(Bytes&)>, bool, bool);
+                                                   std::function<bool(Bytes&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(BytesView&)>) const;
+                                                            std::function<bool(BytesView&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(BytesView&)>, bool, bool);
+                                                   std::function<bool(BytesView&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(Guid&)>) const;
+                                                            std::function<bool(Guid&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(Guid&)>, bool, bool);
+                                                   std::function<bool(Guid&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(LogicalValue&)>) const;
+                                                            std::function<bool(LogicalValue&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(LogicalValue&)>, bool, bool);
+                                                   std::function<bool(LogicalValue&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(math::_2d::Point&)>) const;
+                                                            std::function<bool(math::_2d::Point&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(math::_2d::Point&)>, bool, bool);
+                                                   std::function<bool(math::_2d::Point&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(math::_2d::Vector&)>) const;
+                                                            std::function<bool(math::_2d::Vector&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(math::_2d::Vector&)>, bool, bool);
+                                                   std::function<bool(math::_2d::Vector&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(math::_3d::Point&)>) const;
+                                                            std::function<bool(math::_3d::Point&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(math::_3d::Point&)>, bool, bool);
+                                                   std::function<bool(math::_3d::Point&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(math::_3d::Vector&)>) const;
+                                                            std::function<bool(math::_3d::Vector&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(math::_3d::Vector&)>, bool, bool);
+                                                   std::function<bool(math::_3d::Vector&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(IfcArray<double, 2>&)>) const;
+                                                            std::function<bool(IfcArray<double, 2>&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(IfcArray<double, 2>&)>, bool, bool);
+                                                   std::function<bool(IfcArray<double, 2>&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(IfcArray<double, 3>&)>) const;
+                                                            std::function<bool(IfcArray<double, 3>&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(IfcArray<double, 3>&)>, bool, bool);
+                                                   std::function<bool(IfcArray<double, 3>&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(IfcArray<long long, 2>&)>) const;
+                                                            std::function<bool(IfcArray<long long, 2>&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(IfcArray<long long, 2>&)>, bool, bool);
+                                                   std::function<bool(IfcArray<long long, 2>&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(IfcArray<long long, 3>&)>) const;
+                                                            std::function<bool(IfcArray<long long, 3>&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(IfcArray<long long, 3>&)>, bool, bool);
+                                                   std::function<bool(IfcArray<long long, 3>&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(AttributeSelect&)>) const;
+                                                            std::function<bool(AttributeSelect&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(AttributeSelect&)>, bool, bool);
+                                                   std::function<bool(AttributeSelect&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(Entity*&)>) const;
+                                                            std::function<bool(Entity*&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(Entity*&)>, bool, bool);
+                                                   std::function<bool(Entity*&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(std::vector<char>&)>) const;
+                                                            std::function<bool(std::vector<char>&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(std::vector<char>&)>, bool, bool);
+                                                   std::function<bool(std::vector<char>&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(std::vector<double>&)>) const;
+                                                            std::function<bool(std::vector<double>&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(std::vector<double>&)>, bool, bool);
+                                                   std::function<bool(std::vector<double>&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(std::vector<long long>&)>) const;
+                                                            std::function<bool(std::vector<long long>&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(std::vector<long long>&)>, bool, bool);
+                                                   std::function<bool(std::vector<long long>&)>, bool, bool);
 template OXA_IFC_API bool AttributeListValueBase::boForEach(const def::schema::Attribute&,
-                                                           std::function<bool(std::vector<Entity*>&)>) const;
+                                                            std::function<bool(std::vector<Entity*>&)>) const;
 template OXA_IFC_API bool AttributeBase::boForEach(const AttributeBase&, const def::schema::Attribute&,
-                                                  std::function<bool(std::vector<Entity*>&)>, bool, bool);
+                                                   std::function<bool(std::vector<Entity*>&)>, bool, bool);
 
 }   // namespace oxa::ifc

@@ -133,7 +133,9 @@ struct ListSetter {
             std::is_same_v<T, double> ? AttributeType::Real : AttributeType::Integer, value.m_values.data(), N);
     }
 
-    bool boSet(const std::vector<double>& values) { return boNumbers(AttributeType::Real, values.data(), values.size()); }
+    bool boSet(const std::vector<double>& values) {
+        return boNumbers(AttributeType::Real, values.data(), values.size());
+    }
     bool boSet(const std::vector<long long>& values) {
         return boNumbers(AttributeType::Integer, values.data(), values.size());
     }
@@ -187,9 +189,7 @@ struct ListSetter {
     }
     template <std::size_t N, class Tag>
         requires std::is_same_v<Tag, math::PointTag>
-    bool boSet(const std::vector<math::Coordinates<N, Tag>>& values) {
-        return boRows(values);
-    }
+    bool boSet(const std::vector<math::Coordinates<N, Tag>>& values) { return boRows(values); }
     template <std::size_t N>
     bool boSet(const std::vector<IfcArray<double, N>>& values) {
         return boRows(values);
@@ -209,8 +209,7 @@ struct ListSetter {
         const Array<T>* pOld = list.pArray<T>();
         const std::size_t iOld = pOld ? pOld->size() : 0;
         auto* pNew = Array<T>::pFromBytes(pool.pAllocate(Array<T>::iBlockSize(iOld + 1)), iOld + 1);
-        if (iOld)
-            std::memcpy(static_cast<void*>(pNew->begin()), pOld->begin(), iOld * sizeof(typename Array<T>::Item));
+        if (iOld) std::memcpy(static_cast<void*>(pNew->begin()), pOld->begin(), iOld * sizeof(typename Array<T>::Item));
         list.m_pItems = pNew;
         return (*pNew)[iOld];
     }
@@ -362,7 +361,8 @@ template OXA_IFC_API bool AttributeListValueBase::boValueSet(const double&, cons
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const long long&, const ObjectBase*, Pool&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const long long&, const def::schema::Attribute&, Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const unsigned long long&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const unsigned long long&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const unsigned long long&, const def::schema::Attribute&,
+                                                             Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const bool&, const ObjectBase*, Pool&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const bool&, const def::schema::Attribute&, Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const LogicalValue&, const ObjectBase*, Pool&);
@@ -376,77 +376,132 @@ template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::string&,
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const Bytes&, const ObjectBase*, Pool&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const Bytes&, const def::schema::Attribute&, Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const Entity* const&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const Entity* const&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const Entity* const&, const def::schema::Attribute&,
+                                                             Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const IfcSelectBase&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const IfcSelectBase&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const IfcSelectBase&, const def::schema::Attribute&,
+                                                             Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_2d::Point&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_2d::Point&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_2d::Point&, const def::schema::Attribute&,
+                                                             Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_2d::Vector&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_2d::Vector&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_2d::Vector&, const def::schema::Attribute&,
+                                                             Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_3d::Point&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_3d::Point&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_3d::Point&, const def::schema::Attribute&,
+                                                             Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_3d::Vector&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_3d::Vector&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_3d::Vector&, const def::schema::Attribute&,
+                                                             Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<char>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<char>&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<char>&, const def::schema::Attribute&,
+                                                             Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<long long>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<long long>&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<long long>&,
+                                                             const def::schema::Attribute&, Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<double>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<double>&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<double>&, const def::schema::Attribute&,
+                                                             Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::string>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::string>&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::string>&,
+                                                             const def::schema::Attribute&, Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<const char*>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<const char*>&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<const char*>&,
+                                                             const def::schema::Attribute&, Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<Entity*>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<Entity*>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<const Entity*>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<const Entity*>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcSelectBase>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcSelectBase>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 2>>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 2>>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 3>>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 3>>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 2>>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 2>>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 3>>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 3>>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_2d::Point>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_2d::Point>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_3d::Point>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_3d::Point>&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<Entity*>&, const def::schema::Attribute&,
+                                                             Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<const Entity*>&, const ObjectBase*,
+                                                             Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<const Entity*>&,
+                                                             const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcSelectBase>&, const ObjectBase*,
+                                                             Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcSelectBase>&,
+                                                             const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 2>>&,
+                                                             const ObjectBase*, Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 2>>&,
+                                                             const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 3>>&,
+                                                             const ObjectBase*, Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 3>>&,
+                                                             const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 2>>&, const ObjectBase*,
+                                                             Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 2>>&,
+                                                             const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 3>>&, const ObjectBase*,
+                                                             Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 3>>&,
+                                                             const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_2d::Point>&, const ObjectBase*,
+                                                             Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_2d::Point>&,
+                                                             const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_3d::Point>&, const ObjectBase*,
+                                                             Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_3d::Point>&,
+                                                             const def::schema::Attribute&, Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<Bytes>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<Bytes>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<char>>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<char>>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<long long>>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<long long>>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<double>>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<double>>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<std::string>>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<std::string>>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<const Entity*>>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<const Entity*>>&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<Bytes>&, const def::schema::Attribute&,
+                                                             Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<char>>&, const ObjectBase*,
+                                                             Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<char>>&,
+                                                             const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<long long>>&,
+                                                             const ObjectBase*, Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<long long>>&,
+                                                             const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<double>>&, const ObjectBase*,
+                                                             Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<double>>&,
+                                                             const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<std::string>>&,
+                                                             const ObjectBase*, Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<std::string>>&,
+                                                             const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<const Entity*>>&,
+                                                             const ObjectBase*, Pool&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<const Entity*>>&,
+                                                             const def::schema::Attribute&, Data&);
 template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::set<Entity*>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::set<Entity*>&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::set<Entity*>&, const def::schema::Attribute&,
+                                                             Data&);
 
 template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const char&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const long long&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const long long&, const def::schema::Attribute&,
+                                                                  Data&);
 template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const double&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::string&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const char* const&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcSelectBase&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<long long, 2>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<long long, 3>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<double, 2>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<double, 3>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const math::_2d::Point&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const math::_3d::Point&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::string&, const def::schema::Attribute&,
+                                                                  Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const char* const&, const def::schema::Attribute&,
+                                                                  Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcSelectBase&, const def::schema::Attribute&,
+                                                                  Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<long long, 2>&,
+                                                                  const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<long long, 3>&,
+                                                                  const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<double, 2>&,
+                                                                  const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<double, 3>&,
+                                                                  const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const math::_2d::Point&,
+                                                                  const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const math::_3d::Point&,
+                                                                  const def::schema::Attribute&, Data&);
 template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const Bytes&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<char>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<long long>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<double>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<Entity*>&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const Entity* const&, const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<char>&,
+                                                                  const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<long long>&,
+                                                                  const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<double>&,
+                                                                  const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<Entity*>&,
+                                                                  const def::schema::Attribute&, Data&);
+template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const Entity* const&, const def::schema::Attribute&,
+                                                                  Data&);
 
 }   // namespace oxa::ifc

@@ -10,21 +10,13 @@ namespace oxa::ifc::types {
 
 IfcSelectBase::TypeDataBase::~TypeDataBase() = default;
 
-const def::schema::Type* IfcSelectBase::TypeDataBase::pTypeGet() const noexcept {
-    return m_pType;
-}
+const def::schema::Type* IfcSelectBase::TypeDataBase::pTypeGet() const noexcept { return m_pType; }
 
-const char* IfcSelectBase::TypeDataBase::pTypeNameGet() const noexcept {
-    return m_pType ? m_pType->sName.c_str() : "";
-}
+const char* IfcSelectBase::TypeDataBase::pTypeNameGet() const noexcept { return m_pType ? m_pType->sName.c_str() : ""; }
 
-IfcSelectBase::IfcSelectBase(Entity* pEntity) noexcept {
-    vEntitySet(pEntity);
-}
+IfcSelectBase::IfcSelectBase(Entity* pEntity) noexcept { vEntitySet(pEntity); }
 
-IfcSelectBase::IfcSelectBase(std::string sValue) {
-    vStringSet(std::move(sValue));
-}
+IfcSelectBase::IfcSelectBase(std::string sValue) { vStringSet(std::move(sValue)); }
 
 IfcSelectBase::IfcSelectBase(const IfcSelectBase& other) {
     if (const std::string* pString = other.pStringGet())
@@ -37,7 +29,8 @@ IfcSelectBase::IfcSelectBase(const IfcSelectBase& other) {
 }
 
 IfcSelectBase::IfcSelectBase(IfcSelectBase&& other) noexcept
-    : m_pTypeInfo(std::exchange(other.m_pTypeInfo, nullptr)), m_uValue(std::exchange(other.m_uValue, Value{})) {}
+    : m_pTypeInfo(std::exchange(other.m_pTypeInfo, nullptr)),
+      m_uValue(std::exchange(other.m_uValue, Value{})) {}
 
 IfcSelectBase& IfcSelectBase::operator=(IfcSelectBase other) noexcept {
     std::swap(m_pTypeInfo, other.m_pTypeInfo);
@@ -45,9 +38,7 @@ IfcSelectBase& IfcSelectBase::operator=(IfcSelectBase other) noexcept {
     return *this;
 }
 
-IfcSelectBase::~IfcSelectBase() {
-    vClear();
-}
+IfcSelectBase::~IfcSelectBase() { vClear(); }
 
 void IfcSelectBase::vClear() noexcept {
     const auto check = [](bool boHolds, const char* sText) {

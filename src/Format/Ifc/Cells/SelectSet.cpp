@@ -22,8 +22,7 @@ using types::IfcSelectBase;
 namespace {
 
 bool boNotImplemented(const char* sFunction) {
-    if (Assert::isEnabled())
-        Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented", __LINE__);
+    if (Assert::isEnabled()) Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented", __LINE__);
     return false;
 }
 
@@ -119,8 +118,7 @@ bool AttributeSelect::boValueSet(const IfcSelectBase& value, const ObjectBase* p
         if (const auto* pIntegers = value.pValueGet<std::vector<long long>>())
             return boStoreList(AttributeType::List, pType, pIntegers, pool);
         return boStoreList(AttributeType::List, pType, value.pValueGet<std::vector<double>>(), pool);
-    case DataKind::Set:
-        return boStoreList(AttributeType::Set, pType, value.pValueGet<std::set<Entity*>>(), pool);
+    case DataKind::Set: return boStoreList(AttributeType::Set, pType, value.pValueGet<std::set<Entity*>>(), pool);
     default: return false;
     }
 }
@@ -174,7 +172,9 @@ bool AttributeSelect::boValueGetFromCell(const AttributeBase& cell, const def::s
     switch (cellClass(pObject, attribute)) {
     case CellClass::Entity: value.vEntitySet(static_cast<const AttributeEntity&>(cell).m_value); return true;
     case CellClass::Real:
-    case CellClass::Number: value = IfcSelectBase(pType, static_cast<const AttributeReal&>(cell).m_value.load()); return true;
+    case CellClass::Number:
+        value = IfcSelectBase(pType, static_cast<const AttributeReal&>(cell).m_value.load());
+        return true;
     case CellClass::Integer:
         value = IfcSelectBase(pType, static_cast<const AttributeInteger&>(cell).m_value.load());
         return true;

@@ -73,12 +73,12 @@ std::string_view sParameters(std::string_view line, unsigned long long start, un
 
 // ---- Writing ----
 
-void vWriteText(std::ostream& out, std::string const& text, std::string& scratch) {
+void vWriteText(std::ostream& out, const std::string& text, std::string& scratch) {
     out << '\'' << sIfcStrFromText(scratch, text) << '\'';
 }
 
 // With the comma behind it, as no list is the last parameter.
-void vWriteList(std::ostream& out, std::vector<std::string> const& list, std::string& scratch) {
+void vWriteList(std::ostream& out, const std::vector<std::string>& list, std::string& scratch) {
     out << '(';
     for (const std::string& item : list) {
         if (&item != &list.front()) out << ',';
@@ -139,12 +139,12 @@ private:
 
 FileHeader::Description::Description() = default;
 
-FileHeader::Description::Description(std::vector<std::string> const& sDescriptions,
-                                     std::string const& sImplementationLevel)
-    : descriptions(sDescriptions), implementationLevel(sImplementationLevel) {}
+FileHeader::Description::Description(const std::vector<std::string>& sDescriptions,
+                                     const std::string& sImplementationLevel)
+    : descriptions(sDescriptions),
+      implementationLevel(sImplementationLevel) {}
 
-bool FileHeader::Description::boInit(std::string&& line, unsigned long long start,
-                                     unsigned long long length) {
+bool FileHeader::Description::boInit(std::string&& line, unsigned long long start, unsigned long long length) {
     vSplit(sParameters(line, start, length), [this](std::size_t iField, std::string_view sField) {
         if (iField == 0) vReadList(sField, descriptions);
         if (iField == 1) vReadTextUnlessEmpty(sField, implementationLevel);
@@ -159,7 +159,7 @@ void FileHeader::Description::vSave(std::ostream& out, std::string& scratch) con
     out << ");" << std::endl;
 }
 
-void FileHeader::Description::setViewDefinitionName(std::string const& viewName) {
+void FileHeader::Description::setViewDefinitionName(const std::string& viewName) {
     static constexpr std::string_view prefix = "ViewDefinition";
     std::string sItem = std::string(prefix) + " [" + viewName + "]";
     std::erase_if(descriptions, [](const std::string& item) { return item.starts_with(prefix); });
@@ -200,8 +200,8 @@ void FileHeader::Name::vSave(std::ostream& out, std::string& scratch) const {
     out << ");" << std::endl;
 }
 
-void FileHeader::Name::vInit(std::string const& sName, std::string const& sAuthor,
-                             std::string const& sOrganization, std::string const& sOriginatingSystem) {
+void FileHeader::Name::vInit(const std::string& sName, const std::string& sAuthor, const std::string& sOrganization,
+                             const std::string& sOriginatingSystem) {
     datetime::DateTime now;
     now.vSetNow();
     name = sName;
@@ -239,8 +239,7 @@ FileHeader& FileHeader::operator=(FileHeader&&) noexcept = default;
 bool FileHeader::boReadLine(std::string&& line, io::ReadError& errors, unsigned int lineNumber) {
     const std::size_t iSemicolon = line.rfind(';');
     if (iSemicolon == std::string::npos) {
-        errors.add(nullptr, Errors::Error, Errors::Syntax, "Error_MissingSemicolon", std::move(line),
-                   lineNumber);
+        errors.add(nullptr, Errors::Error, Errors::Syntax, "Error_MissingSemicolon", std::move(line), lineNumber);
         return true;
     }
     // The parameters behind "keyword", up to the semicolon; none where the semicolon comes first.
@@ -317,8 +316,7 @@ std::string FileHeader::writeToString() const {
 }
 
 datetime::DateTime FileHeader::getCreatedTimestamp() const {
-    const auto created =
-        datetime::DateTimeFormat(datetime::SpecialFormat::IsoParse).fromString(name.timeStamp);
+    const auto created = datetime::DateTimeFormat(datetime::SpecialFormat::IsoParse).fromString(name.timeStamp);
     if (created) return *created;
     if (Assert::isEnabled())
         Assert::addAssert("Format/Ifc/IfcFileHeader", "oxa::ifc::FileHeader::getCreatedTimestamp",

@@ -54,8 +54,7 @@ bool FileHeaderSimple::boWrite(std::ostream& out, io::WriteError&) const {
     out << schemaName << ';' << std::endl;
     if (const auto* const pRootId = std::get_if<std::uint64_t>(&exportInfo)) {
         out << std::to_string(*pRootId) << ';' << std::endl;   // whatever digit grouping the stream is set to
-    } else if (const auto* const pWhole = std::get_if<std::int32_t>(&exportInfo);
-               pWhole && *pWhole == WholeData) {
+    } else if (const auto* const pWhole = std::get_if<std::int32_t>(&exportInfo); pWhole && *pWhole == WholeData) {
         out << "*;" << std::endl;
     } else if (Assert::isEnabled()) {
         Assert::addAssert("Format/Ifc/IfcFileHeaderSimple", "oxa::ifc::FileHeaderSimple::boWrite",

@@ -15,7 +15,7 @@ namespace {
 using object::PropertyId;
 
 // A list as one text: nothing for none, an item as it is, several as "(a), (b)".
-std::any listValue(std::vector<std::string> const& items) {
+std::any listValue(const std::vector<std::string>& items) {
     if (items.empty()) return {};
     if (items.size() == 1) return items.front();
     std::string sAll;
@@ -26,7 +26,7 @@ std::any listValue(std::vector<std::string> const& items) {
     return sAll;
 }
 
-using ValueOf = std::any (*)(FileHeader const& header);
+using ValueOf = std::any (*)(const FileHeader& header);
 
 struct Row {
     std::string_view id;
@@ -40,25 +40,23 @@ struct Row {
 constexpr Row g_rows[] = {
     {"HeaderDescription", "Description", nullptr},
     {"HeaderDescription_Description", "Description",
-     [](FileHeader const& header) { return listValue(header.description.descriptions); }},
+     [](const FileHeader& header) { return listValue(header.description.descriptions); }},
     {"HeaderDescription_ImplementationLevel", "ImplementationLevel",
-     [](FileHeader const& header) -> std::any { return header.description.implementationLevel; }},
+     [](const FileHeader& header) -> std::any { return header.description.implementationLevel; }},
     {"HeaderName", "Name", nullptr},
-    {"HeaderName_Name", "Name", [](FileHeader const& header) -> std::any { return header.name.name; }},
-    {"HeaderName_TimeStamp", "TimeStamp",
-     [](FileHeader const& header) -> std::any { return header.name.timeStamp; }},
-    {"HeaderName_Author", "Author", [](FileHeader const& header) { return listValue(header.name.author); }},
+    {"HeaderName_Name", "Name", [](const FileHeader& header) -> std::any { return header.name.name; }},
+    {"HeaderName_TimeStamp", "TimeStamp", [](const FileHeader& header) -> std::any { return header.name.timeStamp; }},
+    {"HeaderName_Author", "Author", [](const FileHeader& header) { return listValue(header.name.author); }},
     {"HeaderName_Organization", "Organization",
-     [](FileHeader const& header) { return listValue(header.name.organization); }},
+     [](const FileHeader& header) { return listValue(header.name.organization); }},
     {"HeaderName_IfcToolbox", "IfcToolbox",
-     [](FileHeader const& header) -> std::any { return header.name.preprocessorVersion; }},
+     [](const FileHeader& header) -> std::any { return header.name.preprocessorVersion; }},
     {"HeaderName_OriginatingSystem", "OriginatingSystem",
-     [](FileHeader const& header) -> std::any { return header.name.originatingSystem; }},
+     [](const FileHeader& header) -> std::any { return header.name.originatingSystem; }},
     {"HeaderName_Authorisation", "Authorisation",
-     [](FileHeader const& header) -> std::any { return header.name.authorization; }},
+     [](const FileHeader& header) -> std::any { return header.name.authorization; }},
     {"HeaderSchema", "Schema", nullptr},
-    {"HeaderSchema_Schema", "Schema",
-     [](FileHeader const& header) -> std::any { return header.schema.schemaName; }},
+    {"HeaderSchema_Schema", "Schema", [](const FileHeader& header) -> std::any { return header.schema.schemaName; }},
 };
 static_assert(std::size(g_rows) == 13);
 static_assert(g_rows[0].boGroup(), "every field has a group before it");
@@ -66,7 +64,7 @@ static_assert(g_rows[0].boGroup(), "every field has a group before it");
 // A label for the whole, which is no part of the tree.
 constexpr Row g_info{"HeaderInfo", "Ifc file header", nullptr};
 
-const Row* pRow(PropertyId const& id) {
+const Row* pRow(const PropertyId& id) {
     const auto* const pFound =
         std::find_if(std::begin(g_rows), std::end(g_rows), [&id](const Row& row) { return row.id == id; });
     return pFound == std::end(g_rows) ? nullptr : pFound;
@@ -94,53 +92,49 @@ std::set<PropertyId> FileHeader::getAllProperties() const {
     return ids;
 }
 
-std::any FileHeader::getValue(PropertyId const& id) const {
+std::any FileHeader::getValue(const PropertyId& id) const {
     const Row* const pFound = pRow(id);
     return pFound && pFound->pValueOf ? pFound->pValueOf(*this) : std::any();
 }
 
-std::string FileHeader::getPropertyName(PropertyId const& id) const {
+std::string FileHeader::getPropertyName(const PropertyId& id) const {
     if (id == g_info.id) return std::string(g_info.label);
     const Row* const pFound = pRow(id);
     return pFound ? std::string(pFound->label) : std::string();
 }
 
-bool FileHeader::isValueAllowed(PropertyId const&, std::any const&) const { return true; }
+bool FileHeader::isValueAllowed(const PropertyId&, const std::any&) const { return true; }
 
 // ---- What a header has nothing to tell of. ----
 
 std::string FileHeader::getPropertiesObjectKey() const { return {}; }
 
-void FileHeader::setValue(PropertyId const&, std::any const&) {}
+void FileHeader::setValue(const PropertyId&, const std::any&) {}
 
-bool FileHeader::isValueEditable(PropertyId const&) const { return false; }
+bool FileHeader::isValueEditable(const PropertyId&) const { return false; }
 
-bool FileHeader::isValueInherited(PropertyId const&) const { return false; }
+bool FileHeader::isValueInherited(const PropertyId&) const { return false; }
 
-std::shared_ptr<object::PropertyInterface> FileHeader::getPropertyOwner(PropertyId const&) const {
-    return nullptr;
-}
+std::shared_ptr<object::PropertyInterface> FileHeader::getPropertyOwner(const PropertyId&) const { return nullptr; }
 
-bool FileHeader::isResetAllowed(PropertyId const&) const { return false; }
+bool FileHeader::isResetAllowed(const PropertyId&) const { return false; }
 
-void FileHeader::resetValue(PropertyId const&) {}
+void FileHeader::resetValue(const PropertyId&) {}
 
-std::string FileHeader::getPropertyDescription(PropertyId const&) const { return {}; }
+std::string FileHeader::getPropertyDescription(const PropertyId&) const { return {}; }
 
-std::string FileHeader::getPropertyUnit(PropertyId const&) const { return {}; }
+std::string FileHeader::getPropertyUnit(const PropertyId&) const { return {}; }
 
-std::string FileHeader::getPropertyFormat(PropertyId const&) const { return {}; }
+std::string FileHeader::getPropertyFormat(const PropertyId&) const { return {}; }
 
-std::vector<std::any> FileHeader::getOfferedValues(PropertyId const&) const { return {}; }
+std::vector<std::any> FileHeader::getOfferedValues(const PropertyId&) const { return {}; }
 
-std::vector<std::string> FileHeader::getOfferedTexts(PropertyId const&) const { return {}; }
+std::vector<std::string> FileHeader::getOfferedTexts(const PropertyId&) const { return {}; }
 
-std::vector<std::string> FileHeader::getOfferedIcons(PropertyId const&) const { return {}; }
+std::vector<std::string> FileHeader::getOfferedIcons(const PropertyId&) const { return {}; }
 
-object::PropertyInterface::PropertyListener FileHeader::getPropertyListener(PropertyId const&) const {
-    return {};
-}
+object::PropertyInterface::PropertyListener FileHeader::getPropertyListener(const PropertyId&) const { return {}; }
 
-std::vector<PropertyId> FileHeader::getDependentProperties(PropertyId const&) const { return {}; }
+std::vector<PropertyId> FileHeader::getDependentProperties(const PropertyId&) const { return {}; }
 
 }   // namespace oxa::ifc

@@ -113,9 +113,9 @@ private:
     }
 
     std::atomic<Block*> m_pCurrent{nullptr};
-    std::list<Block> m_blocks;                  // guarded by m_blockMutex
-    std::vector<ZeroedBytes> m_large;           // guarded by m_largeMutex, as the next two
-    char* m_pSegment = nullptr;                 // the free end of the last segment
+    std::list<Block> m_blocks;          // guarded by m_blockMutex
+    std::vector<ZeroedBytes> m_large;   // guarded by m_largeMutex, as the next two
+    char* m_pSegment = nullptr;         // the free end of the last segment
     std::size_t m_iSegmentLeft = 0;
     std::mutex m_blockMutex;
     std::mutex m_largeMutex;

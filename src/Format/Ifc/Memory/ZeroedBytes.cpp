@@ -22,8 +22,7 @@ namespace {
 constexpr std::size_t g_iMapFrom = 1024 * 1024;
 
 char* pMap(std::size_t iBytes) {
-    void* pBytes =
-        mmap(nullptr, iBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    void* pBytes = mmap(nullptr, iBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (pBytes == MAP_FAILED) throw std::bad_alloc();
     return static_cast<char*>(pBytes);
 }

@@ -51,9 +51,7 @@ char AttributeBase::StepReadInfoAttribute::cAt(std::size_t i) const noexcept {
     return m_iStart + i < line.size() ? line[m_iStart + i] : '\0';
 }
 
-const char* AttributeBase::StepReadInfoAttribute::pText() const noexcept {
-    return m_pInfo->m_line.data() + m_iStart;
-}
+const char* AttributeBase::StepReadInfoAttribute::pText() const noexcept { return m_pInfo->m_line.data() + m_iStart; }
 
 void* AttributeBase::StepReadInfoAttribute::pAllocate(std::size_t iBytes) {
     return m_pInfo->m_pThread ? m_pInfo->m_pThread->m_arena.pAllocate(iBytes) : m_pData->pool().pAllocate(iBytes);

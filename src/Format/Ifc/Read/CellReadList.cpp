@@ -27,8 +27,8 @@ bool AttributeListValueBase::boInitTypeFromAttribute(const ObjectBase* pObject) 
     if (!pDataType) {
         if (Assert::isEnabled())
             Assert::addAssert("Format/Ifc/IfcFileAttribute",
-                              "oxa::ifc::AttributeListValueBase::boInitTypeFromAttribute",
-                              "pDataTypeBase != nullptr", __LINE__);
+                              "oxa::ifc::AttributeListValueBase::boInitTypeFromAttribute", "pDataTypeBase != nullptr",
+                              __LINE__);
         return false;
     }
     switch (pDataType->kind) {
@@ -38,9 +38,8 @@ bool AttributeListValueBase::boInitTypeFromAttribute(const ObjectBase* pObject) 
     case DataKind::String: m_eItemType = AttributeType::String; return true;
     case DataKind::Binary: m_eItemType = AttributeType::Binary; return true;
     case DataKind::Select:
-        m_eItemType = static_cast<const def::schema::DataTypeSelect*>(pDataType)->boAllEntities
-                          ? AttributeType::Entity
-                          : AttributeType::Select;
+        m_eItemType = static_cast<const def::schema::DataTypeSelect*>(pDataType)->boAllEntities ? AttributeType::Entity
+                                                                                                : AttributeType::Select;
         return true;
     case DataKind::List: m_eItemType = AttributeType::List; return true;
     case DataKind::Set: m_eItemType = AttributeType::Set; return true;
@@ -56,7 +55,10 @@ struct AttributeListValueBase::Reader {
     const char* last;
 
     Reader(AttributeListValueBase& listRead, StepReadInfoAttribute& infoRead) noexcept
-        : list(listRead), info(infoRead), first(infoRead.pText() + 1), last(first) {
+        : list(listRead),
+          info(infoRead),
+          first(infoRead.pText() + 1),
+          last(first) {
         if (info.m_iLength > 2) last = info.pText() + info.m_iLength - 1;
     }
 

@@ -10,8 +10,8 @@
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/IfcNumbers.h"
-#include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/IfcStepStrings.h"
+#include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Text/TextScan.h"
 
 namespace oxa::ifc {
@@ -103,8 +103,8 @@ AttributeLogical::AttributeLogical(StepReadInfoAttribute& info) {
     }
     if (info.cAt(2) == '.') return;
     StepReadInfoData& line = *info.m_pInfo;
-    line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Syntax, g_sLogical,
-                                  info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
+    line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Syntax, g_sLogical, info.m_pAttribute->sName,
+                                  line.sourceText(), line.m_iLine);
 }
 
 AttributeString::AttributeString(StepReadInfoAttribute& info) {
@@ -174,8 +174,8 @@ AttributeEnumeration::AttributeEnumeration(StepReadInfoAttribute& info) {
         return;
     }
     StepReadInfoData& line = *info.m_pInfo;
-    line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Value, "Error_NotValidEnumerationValue",
-                                  text, line.sourceText(), line.m_iLine);
+    line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Value, "Error_NotValidEnumerationValue", text,
+                                  line.sourceText(), line.m_iLine);
 }
 
 const def::schema::DataTypeEnum* AttributeEnumeration::pEnumOf(const def::schema::ObjectBase* pType,

@@ -5,10 +5,10 @@
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
-#include "Format/Ifc/Store/EntityBlocks.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Read/Parameters.h"
 #include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Store/EntityBlocks.h"
 #include "platform/Utilities.h"
 
 namespace oxa::ifc {
@@ -41,8 +41,8 @@ void vCellRead(CellClass eClass, void* pCell, Info& info) {
 
 }   // namespace
 
-void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, StepReadInfoData& info,
-                             std::size_t iStart, std::size_t iLength) {
+void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, StepReadInfoData& info, std::size_t iStart,
+                             std::size_t iLength) {
     const auto report = [&](Errors::Severity eSeverity, Errors::Category eCategory, const char* sKey,
                             const std::string& sArgument) {
         info.m_pCommon->m_pError->add(this, eSeverity, eCategory, sKey, sArgument, info.sourceText(), info.m_iLine);

@@ -13,8 +13,8 @@ namespace oxa::ifc::io {
 namespace {
 
 constexpr std::size_t g_iBatchLines = 200;
-constexpr std::size_t g_iBatchesPerWorker = 12;       // on their way at once
-constexpr std::size_t g_iKeptCapacity = 1024 * 1024;  // a text larger than that is not kept for reuse
+constexpr std::size_t g_iBatchesPerWorker = 12;        // on their way at once
+constexpr std::size_t g_iKeptCapacity = 1024 * 1024;   // a text larger than that is not kept for reuse
 
 // For as long as the result lives: an assertion on this thread must not open anything that waits for a user.
 auto quietAssertions() {
@@ -24,7 +24,8 @@ auto quietAssertions() {
 }   // namespace
 
 IfcLineReadThreadPool::Queue::~Queue() {
-    while (m_pFirst) m_pFirst = std::move(m_pFirst->m_pNext);   // one by one: a long chain must not end as deep as it is
+    while (m_pFirst)
+        m_pFirst = std::move(m_pFirst->m_pNext);   // one by one: a long chain must not end as deep as it is
 }
 
 void IfcLineReadThreadPool::Batch::vClear() {
@@ -97,7 +98,9 @@ void IfcLineReadThreadPool::Queue::vOpen() {
 }
 
 IfcLineReadThreadPool::IfcLineReadThreadPool(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker)
-    : m_pInfo(&info), m_pFile(&file), m_boOneWorker(boOneWorker) {
+    : m_pInfo(&info),
+      m_pFile(&file),
+      m_boOneWorker(boOneWorker) {
     info.m_boParallel = true;
 }
 
@@ -148,9 +151,8 @@ void IfcLineReadThreadPool::vWorkersEnd() {
 void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine) {
     if (!m_boActive) {
         if (Assert::isEnabled())
-            Assert::addAssert("Format/Ifc/IfcLineReadThreadPool",
-                              "oxa::ifc::io::IfcLineReadThreadPool::addLineToQueue", "Thread pool is not active",
-                              __LINE__);
+            Assert::addAssert("Format/Ifc/IfcLineReadThreadPool", "oxa::ifc::io::IfcLineReadThreadPool::addLineToQueue",
+                              "Thread pool is not active", __LINE__);
         return;
     }
     if (m_workers.empty()) vStart();

@@ -23,8 +23,7 @@ namespace oxa::ifc::details {
 #if defined(OXA_IFC_SSE2)
 // A bit for each of the 16 bytes from p on that lies between cLow and cLow + uSpan.
 [[nodiscard]] inline unsigned uBetween16(const char* p, char cLow, unsigned char uSpan) noexcept {
-    const __m128i bytes =
-        _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), _mm_set1_epi8(cLow));
+    const __m128i bytes = _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), _mm_set1_epi8(cLow));
     const __m128i inside = _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(static_cast<char>(uSpan))), bytes);
     return static_cast<unsigned>(_mm_movemask_epi8(inside));
 }

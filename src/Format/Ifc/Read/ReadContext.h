@@ -44,11 +44,12 @@ public:
             m_pSchema = &schema;
             m_types = {};
         }
-        const auto cAt = [&](std::size_t i) { return static_cast<std::size_t>(static_cast<unsigned char>(keyword[i])); };
+        const auto cAt = [&](std::size_t i) {
+            return static_cast<std::size_t>(static_cast<unsigned char>(keyword[i]));
+        };
         const std::size_t iPlace = keyword.size() * 7 + cAt(keyword.size() - 1) + cAt(keyword.size() / 2) * 3;
         const def::schema::Entity*& pType = m_types[iPlace % m_types.size()];
-        if (!pType || pType->sNameUpper != keyword)
-            pType = schema.pEntityFromName(def::schema::ObjectName(keyword));
+        if (!pType || pType->sNameUpper != keyword) pType = schema.pEntityFromName(def::schema::ObjectName(keyword));
         return pType;
     }
 
@@ -68,7 +69,7 @@ struct RootedResult {
 
 struct RootedResults {
     std::vector<RootedResult> results;   // in the order of the statements
-    bool boNumberReused = false;         // a statement filled a slot again: what was told of that slot may no longer hold
+    bool boNumberReused = false;   // a statement filled a slot again: what was told of that slot may no longer hold
 
     void vClear() noexcept {
         results.clear();
@@ -80,13 +81,16 @@ struct RootedResults {
 struct StepReadInfoData {
     StepReadInfoData(std::string_view line, std::uint32_t iLine, StepReadInfoDataCommon& common,
                      StepReadThread* pThread = nullptr) noexcept
-        : m_line(line), m_iLine(iLine), m_pCommon(&common), m_pThread(pThread) {}
+        : m_line(line),
+          m_iLine(iLine),
+          m_pCommon(&common),
+          m_pThread(pThread) {}
 
-    std::string_view m_line;                // the text, ending in ";"
-    std::uint32_t m_iLine;                  // where the statement ends in the file, from 1
+    std::string_view m_line;   // the text, ending in ";"
+    std::uint32_t m_iLine;     // where the statement ends in the file, from 1
     StepReadInfoDataCommon* m_pCommon;
-    StepReadThread* m_pThread;              // null: of a thread that keeps nothing
-    RootedResults* m_pRooted = nullptr;     // where a rooted instance is told, where that is of use
+    StepReadThread* m_pThread;            // null: of a thread that keeps nothing
+    RootedResults* m_pRooted = nullptr;   // where a rooted instance is told, where that is of use
 
     // The text for reports, copied once however many there are.
     [[nodiscard]] const SourceText& sourceText() {

@@ -113,8 +113,7 @@ private:
         unsigned i = iFrom / 64;
         std::uint64_t uBits = m_words[i].*pClass >> iFrom % 64;
         if (uBits) return iFrom + static_cast<unsigned>(std::countr_zero(uBits));
-        while (!(uBits = m_words[++i].*pClass)) {
-        }
+        while (!(uBits = m_words[++i].*pClass)) {}
         return i * 64 + static_cast<unsigned>(std::countr_zero(uBits));
     }
 

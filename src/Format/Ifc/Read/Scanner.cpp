@@ -93,9 +93,9 @@ bool ReadFile::boFindStatementByte() {
     unsigned i = m_iPosition;
     for (;;) {
         // Until a statement has its "#", that counts too. It mostly is its first byte.
-        i = m_boHasNumberSign ? m_map.iFindStatement(i)
-                              : static_cast<unsigned>(
-                                    details::pFindClass(pBytes + i, pBytes + m_iValid, details::Number) - pBytes);
+        i = m_boHasNumberSign
+                ? m_map.iFindStatement(i)
+                : static_cast<unsigned>(details::pFindClass(pBytes + i, pBytes + m_iValid, details::Number) - pBytes);
         if (i == m_iValid) break;
         unsigned iNext = i;
         switch (pBytes[i]) {
@@ -144,7 +144,7 @@ ReadFile::Scan ReadFile::byteRead(bool& boAdvanced) {
     switch (m_pBuffer[m_iPosition]) {
     case '\'': readString(boAdvanced); return Scan::Continue;
     case '/': readComment(boAdvanced); return Scan::Continue;
-    case '=':   // the second one
+    case '=':                                       // the second one
         vReport("Error_UnexpectedEqualOperator");   // usually a ";" is missing
         return Scan::EndOfInput;
     default: return Scan::EndOfInput;   // a backslash outside a string
@@ -172,14 +172,11 @@ bool ReadFile::boRefill() {
 }
 
 // One byte on. False at the end of the input.
-bool ReadFile::boStep() {
-    return ++m_iPosition < m_iValid || boRefill();
-}
+bool ReadFile::boStep() { return ++m_iPosition < m_iValid || boRefill(); }
 
 // Some bytes on without looking at them, as far as there are any.
 void ReadFile::vSkip(unsigned iCount) {
-    while (iCount-- && boStep()) {
-    }
+    while (iCount-- && boStep()) {}
 }
 
 // Copies what is pending up to iEnd into the statement.
@@ -339,8 +336,7 @@ ReadFile::Scan ReadFile::schemaResolve(const SchemaFromName& schemaFromName) {
     const def::SchemaPset* pSchema = sName.empty() ? nullptr : SchemaLoader::pSchemaGet(schemaFromName, sName);
     if (!pSchema) {
         m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Model, "Error_UnknownSchemaName", sName,
-                             std::string(m_statement.text()),
-                             m_iLine);
+                             std::string(m_statement.text()), m_iLine);
         return Scan::Refused;
     }
     m_info.vUpdateSchemaCache(*pSchema);

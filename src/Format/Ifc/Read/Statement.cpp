@@ -8,9 +8,9 @@
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileError.h"
-#include "Format/Ifc/Store/InverseBuilder.h"
 #include "Format/Ifc/IfcNumbers.h"
 #include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Store/InverseBuilder.h"
 
 namespace oxa::ifc {
 
@@ -82,7 +82,7 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
     // A text that ends with ");" has lost nothing; a tab is the one blank that comes up to here.
     if (iClose + 2 != line.size() && line.find_first_not_of("\t;", iClose + 1) != std::string_view::npos) passOver();
     if (iClose == std::string_view::npos) return giveUp();   // one before the "(" would be part of number or keyword
-    const auto iId = static_cast<unsigned>(parts->iId);   // a negative number lands far up in the table
+    const auto iId = static_cast<unsigned>(parts->iId);      // a negative number lands far up in the table
     return boEntityAdd(iId, *pType, info, parts->iOpen, iClose - parts->iOpen + 1, result) || giveUp();
 }
 
@@ -143,8 +143,8 @@ void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::
     vProjectOffer(pEntity);
 }
 
-void Data::finalizeEntity(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common,
-                          std::string_view line, unsigned iLine) {
+void Data::finalizeEntity(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common, std::string_view line,
+                          unsigned iLine) {
     if (!pEntity) return;
     if (pRootGuid) m_guidEntityMap.vReserveOne();
     m_entities.push_back(pEntity);
@@ -154,9 +154,9 @@ void Data::finalizeEntity(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDa
 // The map keeps the earlier of two.
 void Data::vGuidEnter(const Guid& guid, Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line,
                       unsigned iLine) {
-    const char* sKey = guid.boIsNull()                              ? "Error_UnexpectedNullGuid"
+    const char* sKey = guid.boIsNull()                           ? "Error_UnexpectedNullGuid"
                        : m_guidEntityMap.boInsert(guid, pEntity) ? nullptr
-                                                                    : "Error_DuplicateGuids";
+                                                                 : "Error_DuplicateGuids";
     if (sKey) common.m_pError->add(nullptr, Errors::Error, Errors::Value, sKey, std::string(line), iLine);
 }
 
@@ -173,8 +173,8 @@ bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
     m_pPool->vTrim();
     // A second read has put its entities behind those of the first, which are in order.
     m_boSorted = m_boSorted && std::ranges::is_sorted(m_entities, {}, [](const Entity* pEntity) {
-        return pEntity->schemaEntity().iTypeOrdinal;
-    });
+                     return pEntity->schemaEntity().iTypeOrdinal;
+                 });
     vSortEntities();
     return boComplete;
 }

@@ -15,8 +15,7 @@ constexpr std::string_view g_place = "%1";
 
 // Every "%1" of "text" becomes "argument", from left to right; what was put in is not looked at again.
 void vArgumentFill(std::string& text, std::string_view argument) {
-    for (std::size_t i = text.find(g_place); i != std::string::npos;
-         i = text.find(g_place, i + argument.size()))
+    for (std::size_t i = text.find(g_place); i != std::string::npos; i = text.find(g_place, i + argument.size()))
         text.replace(i, g_place.size(), argument);
 }
 
@@ -27,8 +26,7 @@ Errors::~Errors() = default;
 
 void Errors::add(const Entity* entity, Severity severity, Category category, std::string_view key,
                  SourceText lineString, unsigned lineNumber) {
-    vStore({entity, severity, category, localize("Ifc", key), std::move(lineString), lineNumber, 0, 0, {}},
-           key);
+    vStore({entity, severity, category, localize("Ifc", key), std::move(lineString), lineNumber, 0, 0, {}}, key);
 }
 
 void Errors::add(const Entity* entity, Severity severity, Category category, std::string_view key,
@@ -37,9 +35,15 @@ void Errors::add(const Entity* entity, Severity severity, Category category, std
     const std::size_t iBegin = description.find(g_place);
     const bool boPlace = iBegin != std::string::npos;
     vArgumentFill(description, argument);
-    vStore({entity, severity, category, std::move(description), std::move(lineString), lineNumber,
+    vStore({entity,
+            severity,
+            category,
+            std::move(description),
+            std::move(lineString),
+            lineNumber,
             boPlace ? static_cast<std::uint32_t>(iBegin) : 0,
-            boPlace ? static_cast<std::uint32_t>(argument.size()) : 0, {}},
+            boPlace ? static_cast<std::uint32_t>(argument.size()) : 0,
+            {}},
            key);
 }
 

@@ -110,8 +110,7 @@ private:
     }
 
     void vId(std::string_view word) {
-        const auto iParts =
-            std::count_if(word.begin(), word.end(), [](char c) { return c == '.' || c == '/'; });
+        const auto iParts = std::count_if(word.begin(), word.end(), [](char c) { return c == '.' || c == '/'; });
         vCheckNested(static_cast<std::size_t>(iParts));
         if (boOperatorWord(word)) vStep();
         if (!boKeyword()) return;
@@ -243,7 +242,8 @@ private:
 class CountedBody final : public inja::AstNode {
 public:
     CountedBody(std::vector<std::shared_ptr<inja::AstNode>> nodes, Progress& progress)
-        : inja::AstNode(0), m_progress(progress) {
+        : inja::AstNode(0),
+          m_progress(progress) {
         m_body.nodes = std::move(nodes);
     }
     void accept(inja::NodeVisitor& visitor) const override {
@@ -263,7 +263,9 @@ public:
     using Branches = std::vector<std::shared_ptr<inja::IfStatementNode>>;
 
     BranchRow(Branches branches, Progress& progress)
-        : inja::AstNode(branches.front()->pos), m_branches(std::move(branches)), m_progress(progress) {}
+        : inja::AstNode(branches.front()->pos),
+          m_branches(std::move(branches)),
+          m_progress(progress) {}
     void accept(inja::NodeVisitor& visitor) const override {
         for (const auto& pBranch : m_branches) {
             m_progress.boNextBranch = false;
@@ -295,7 +297,8 @@ using Expression = std::shared_ptr<inja::ExpressionNode>;
 class FunctionRow final : public inja::ExpressionNode {
 public:
     explicit FunctionRow(std::vector<Expression> steps)
-        : inja::ExpressionNode(steps.back()->pos), m_steps(std::move(steps)) {}
+        : inja::ExpressionNode(steps.back()->pos),
+          m_steps(std::move(steps)) {}
     void accept(inja::NodeVisitor& visitor) const override {
         for (const Expression& pStep : m_steps) pStep->accept(visitor);
     }
@@ -308,7 +311,9 @@ private:
 class CountedCall final : public inja::ExpressionNode {
 public:
     CountedCall(Expression pCall, std::size_t iDepth, Progress& progress)
-        : inja::ExpressionNode(pCall->pos), m_pCall(std::move(pCall)), m_iDepth(iDepth),
+        : inja::ExpressionNode(pCall->pos),
+          m_pCall(std::move(pCall)),
+          m_iDepth(iDepth),
           m_progress(progress) {}
     void accept(inja::NodeVisitor& visitor) const override {
         const Level level(m_progress.iDepth, m_iDepth);
@@ -325,7 +330,8 @@ private:
 class TreeGuard {
 public:
     explicit TreeGuard(Progress& progress)
-        : m_progress(progress), m_pNextBranch(std::make_shared<NextBranch>(progress)) {}
+        : m_progress(progress),
+          m_pNextBranch(std::make_shared<NextBranch>(progress)) {}
 
     void vGuard(inja::BlockNode& body) {
         for (auto& pNode : body.nodes) vGuard(pNode);
@@ -423,8 +429,7 @@ private:
                 continue;
             }
             boIndex = boIndex && c >= '0' && c <= '9';
-            if (boIndex && ++iDigits > g_iMostIndexDigits)
-                throw std::length_error("an index of so many digits");
+            if (boIndex && ++iDigits > g_iMostIndexDigits) throw std::length_error("an index of so many digits");
         }
     }
 
@@ -448,7 +453,8 @@ public:
     // Parses "text". Names of files in it are relative to "folder", which ends in "/", and inside a file to
     // the folder of that. What is wrong with the text or with a file throws a std::exception.
     ReportTemplate(std::string_view text, const std::string& sFolder, const inja::FunctionStorage& functions)
-        : m_functions(functions), m_main(parsed(text, sFolder, 0)) {}
+        : m_functions(functions),
+          m_main(parsed(text, sFolder, 0)) {}
     ReportTemplate(const ReportTemplate&) = delete;
     ReportTemplate& operator=(const ReportTemplate&) = delete;
 
@@ -459,8 +465,7 @@ public:
 private:
     inja::Template parsed(std::string_view text, const std::filesystem::path& folder, std::size_t iDepth) {
         for (const std::string& sName : TextCheck(text).includes()) vInclude(sName, folder, iDepth);
-        inja::Template result =
-            inja::Parser(m_parser, m_lexer, m_included, m_functions).parse(text, folder.string());
+        inja::Template result = inja::Parser(m_parser, m_lexer, m_included, m_functions).parse(text, folder.string());
         TreeGuard(m_progress).vGuard(result.root);
         return result;
     }

@@ -22,7 +22,7 @@ using Callback = std::function<nlohmann::json(std::vector<const nlohmann::json*>
 // Names of files in "text" are relative to "sFolder", which ends in "/", and inside a file to the folder of
 // that. A template calls "localize" by this name, with any number of arguments. What is wrong with the text,
 // with a file or with the data throws a std::exception; what was rendered up to then is in "out".
-void vRender(std::string_view text, const std::string& sFolder, const Callback& localize,
-             const nlohmann::json& data, std::ostream& out);
+void vRender(std::string_view text, const std::string& sFolder, const Callback& localize, const nlohmann::json& data,
+             std::ostream& out);
 
 }   // namespace oxa::ifc::report

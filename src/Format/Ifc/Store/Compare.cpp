@@ -59,18 +59,16 @@ private:
     };
     static constexpr std::size_t g_iFew = 16;   // up to here a look at each is cheaper than hashing
 
-    std::vector<Pair> m_pairs;                     // in the order of their turns
+    std::vector<Pair> m_pairs;   // in the order of their turns
     std::size_t m_iNext = 0;
-    std::unordered_set<Pair, PairHash> m_known;    // of all m_pairs; empty while they are few
+    std::unordered_set<Pair, PairHash> m_known;   // of all m_pairs; empty while they are few
 };
 
 bool boSameFlags(const AttributeBase& a, const AttributeBase& b) noexcept {
     return a.m_boUndefined == b.m_boUndefined && a.m_boDerived == b.m_boDerived;
 }
 
-bool boSameText(const char* a, const char* b) noexcept {
-    return a == b || (a && b && std::strcmp(a, b) == 0);
-}
+bool boSameText(const char* a, const char* b) noexcept { return a == b || (a && b && std::strcmp(a, b) == 0); }
 
 template <class Cell>
 bool boSameValue(const AttributeBase& a, const AttributeBase& b) noexcept {
@@ -98,16 +96,16 @@ bool boSameBinary(const AttributeBase& a, const AttributeBase& b) noexcept {
 
 // For each kind that is a single value, how two cells of it compare. Selects and aggregates are beyond the table.
 using Same = bool (*)(const AttributeBase&, const AttributeBase&) noexcept;
+// clang-format off
 constexpr std::array<Same, 8> g_same{
     boSameValue<AttributeReal>,   boSameValue<AttributeBoolean>, boSameValue<AttributeInteger>,
     boSameValue<AttributeNumber>, boSameString,                  boSameValue<AttributeLogical>,
     boSameBinary,                 boSameTextValue<AttributeEnumeration>,
 };
+// clang-format on
 static_assert(static_cast<std::size_t>(DataKind::Enumeration) + 1 == g_same.size());
 
-bool boSingleValue(DataKind kind) noexcept {
-    return static_cast<std::size_t>(kind) < g_same.size();
-}
+bool boSingleValue(DataKind kind) noexcept { return static_cast<std::size_t>(kind) < g_same.size(); }
 
 bool boSame(DataKind kind, const AttributeBase& a, const AttributeBase& b) noexcept {
     return g_same[static_cast<std::size_t>(kind)](a, b);

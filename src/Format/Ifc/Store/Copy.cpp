@@ -43,9 +43,8 @@ const ObjectBase* pTypeOf(const Attribute& attribute) noexcept {
 const def::schema::DataTypeSelect* pSelectOf(const ObjectBase* pObject) noexcept {
     const def::schema::Type* pType = def::schema::pAsType(pObject);
     const def::schema::DataTypeBase* pDataType = pType ? pType->pDataType : nullptr;
-    return pDataType && pDataType->kind == DataKind::Select
-               ? static_cast<const def::schema::DataTypeSelect*>(pDataType)
-               : nullptr;
+    return pDataType && pDataType->kind == DataKind::Select ? static_cast<const def::schema::DataTypeSelect*>(pDataType)
+                                                            : nullptr;
 }
 
 // A function is asked for a null, too: it may have something to put in its place.
@@ -125,7 +124,8 @@ void vEntitiesCopy(const AttributeListValueBase& source, AttributeListValueBase&
         for (Entity* pEntity : *pHead)
             if (Entity* pTarget = pMapped(pEntity, mapEntity)) entities.push_back(pTarget);
     EntityList* pHead = target.pEntities();
-    vListAssign(pHead, entities.begin(), entities.end(), [&pool](std::size_t iBytes) { return pool.pAllocate(iBytes); });
+    vListAssign(pHead, entities.begin(), entities.end(),
+                [&pool](std::size_t iBytes) { return pool.pAllocate(iBytes); });
     target.m_pItems = pHead;
 }
 
@@ -252,13 +252,14 @@ bool AttributeListValueBase::copyTo(AttributeListValueBase& target, const Object
     case AttributeType::Integer: return boNumbersCopy<long long>(*this, target, pool);
     case AttributeType::String: return boTextsCopy(*this, target, pool);
     case AttributeType::Binary:
-        return boItemsCopy<AttributeBinary>(*this, target, pool, [&data](const auto& from, auto& to) {
-                   return from.copyTo(to, data);
-               }) || boUndefined(target, false);
+        return boItemsCopy<AttributeBinary>(*this, target, pool,
+                                            [&data](const auto& from, auto& to) { return from.copyTo(to, data); }) ||
+               boUndefined(target, false);
     case AttributeType::Select:
-        return boItemsCopy<AttributeSelect>(*this, target, pool, [&](const auto& from, auto& to) {
-                   return from.copyTo(to, pElement, data, mapEntity, mapType);
-               }) || boUndefined(target, false);
+        return boItemsCopy<AttributeSelect>(
+                   *this, target, pool,
+                   [&](const auto& from, auto& to) { return from.copyTo(to, pElement, data, mapEntity, mapType); }) ||
+               boUndefined(target, false);
     case AttributeType::List:
         return boItemsCopy<AttributeList>(*this, target, pool, [&](const auto& from, auto& to) {
             return from.copyTo(to, pElement, data, mapEntity, mapType);

@@ -55,9 +55,7 @@ const def::schema::Entity* Data::pEntitySchemaFromName(const ObjectName& name) c
     return m_pSchema ? m_pSchema->pEntityFromName(name) : nullptr;
 }
 
-Entity* Data::pEntityCreate(const ObjectName& name) {
-    return pEntityCreate(pEntitySchemaFromName(name));
-}
+Entity* Data::pEntityCreate(const ObjectName& name) { return pEntityCreate(pEntitySchemaFromName(name)); }
 
 Entity* Data::pEntityCreate(const def::schema::Entity* pSchema) {
     if (!pSchema) return nullptr;
@@ -131,9 +129,7 @@ bool Data::boNumbersAbove() const {
     return true;
 }
 
-std::size_t Data::iIdFromEntity(const Entity& entity) const {
-    return entityIdMap(false).get(&entity).first;
-}
+std::size_t Data::iIdFromEntity(const Entity& entity) const { return entityIdMap(false).get(&entity).first; }
 
 Entity* Data::pEntityFromId(std::size_t iId) const {
     return m_pEntityIdMap ? const_cast<Entity*>(m_pEntityIdMap->pSeededFromId(iId)) : nullptr;

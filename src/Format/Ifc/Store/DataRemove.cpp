@@ -117,8 +117,8 @@ private:
         std::size_t iCell;
         CellClass eClass;
         bool boOptional;
-        bool boRelates;            // a mandatory end of a relationship
-        std::size_t iFewest;       // items, of a list
+        bool boRelates;        // a mandatory end of a relationship
+        std::size_t iFewest;   // items, of a list
     };
     struct TypeEnds {
         std::vector<End> ends;
@@ -193,7 +193,8 @@ private:
     // The ends of relationships that name the entity have one less.
     void vCountDown(const Entity& entity) {
         const auto first = m_firstOf.find(&entity);
-        for (std::size_t i = first == m_firstOf.end() ? g_iNone : first->second; i != g_iNone; i = m_references[i].iNext) {
+        for (std::size_t i = first == m_firstOf.end() ? g_iNone : first->second; i != g_iNone;
+             i = m_references[i].iNext) {
             Referrer& referrer = m_referrers[m_references[i].iReferrer];
             referrer.boAffected = true;
             const End& end = referrer.pType->ends[m_references[i].iEnd];
@@ -232,7 +233,8 @@ private:
             if (!ReferenceTaker(boGone).boCell(cell, end.eClass)) continue;
             const std::size_t iLeft = cell.boHasValue() ? iItemsOf(cell, end.eClass) : 0;
             if (end.boOptional && iLeft == 0) cell.m_boUndefined = true;
-            if (cell.boHasValue() ? end.eClass == CellClass::List && iLeft < end.iFewest : !end.boOptional) boLacks = true;
+            if (cell.boHasValue() ? end.eClass == CellClass::List && iLeft < end.iFewest : !end.boOptional)
+                boLacks = true;
         }
         if (boLacks) m_removal.incomplete.push_back(referrer.pEntity);
     }
@@ -252,22 +254,18 @@ private:
     Data& m_data;
     EntityRemoval m_removal;
     std::unordered_set<const Entity*> m_asked;
-    std::unordered_set<const Entity*> m_here;                                   // those of them that the list has
+    std::unordered_set<const Entity*> m_here;   // those of them that the list has
     std::unordered_set<const Entity*> m_gone;
     std::unordered_map<const def::schema::Entity*, TypeEnds> m_types;
     std::vector<Referrer> m_referrers;
-    std::unordered_set<const Entity*> m_known;                                  // all of m_referrers
+    std::unordered_set<const Entity*> m_known;   // all of m_referrers
     std::vector<Reference> m_references;
-    std::unordered_map<const Entity*, std::size_t> m_firstOf;                   // of its references
-    std::unordered_map<const AttributeBase*, std::size_t> m_left;               // items of an end that stay
+    std::unordered_map<const Entity*, std::size_t> m_firstOf;       // of its references
+    std::unordered_map<const AttributeBase*, std::size_t> m_left;   // items of an end that stay
 };
 
-EntityRemoval Data::entitiesRemove(const std::vector<Entity*>& entities) {
-    return Remover(*this).remove(entities);
-}
+EntityRemoval Data::entitiesRemove(const std::vector<Entity*>& entities) { return Remover(*this).remove(entities); }
 
-bool Data::boEntityRemove(Entity* pEntity) {
-    return !entitiesRemove({pEntity}).removed.empty();
-}
+bool Data::boEntityRemove(Entity* pEntity) { return !entitiesRemove({pEntity}).removed.empty(); }
 
 }   // namespace oxa::ifc

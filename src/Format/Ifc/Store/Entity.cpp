@@ -69,9 +69,7 @@ const DataSizeEntity& Entity::getDataSize(const def::schema::Entity& schema) {
     return *schema.pDataSize.get([&schema] { return pDataSizeBuild(schema); });
 }
 
-Entity::Entity(Data& data, const def::schema::Entity& schema) {
-    vFill(data, schema, true);
-}
+Entity::Entity(Data& data, const def::schema::Entity& schema) { vFill(data, schema, true); }
 
 const def::schema::Entity& Entity::schemaEntity() const {
     if (!m_pSchemaEntity) throw oxa::exception("returning nullptr");

@@ -14,15 +14,11 @@ namespace oxa::ifc {
 namespace {
 
 // An Entity of a table is the first member of its slot; of any other only the address is used.
-const EntitySlot* pAsSlot(const Entity* pEntity) noexcept {
-    return reinterpret_cast<const EntitySlot*>(pEntity);
-}
+const EntitySlot* pAsSlot(const Entity* pEntity) noexcept { return reinterpret_cast<const EntitySlot*>(pEntity); }
 
 }   // namespace
 
-EntityIdMap::EntityIdMap(std::size_t iExpected) {
-    m_map.reserve(iExpected);
-}
+EntityIdMap::EntityIdMap(std::size_t iExpected) { m_map.reserve(iExpected); }
 
 std::size_t EntityIdMap::Hash::operator()(const Entity* pEntity) const noexcept {
     std::uint64_t uHash = 0xcbf29ce484222325U;

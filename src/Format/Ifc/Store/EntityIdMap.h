@@ -108,10 +108,10 @@ private:
     SeededChunk& chunkOf(const EntitySlot& slot, std::size_t iId);
 
     std::map<const EntitySlot*, SeededChunk, std::less<>> m_byAddress;   // by pFirst; new ones come in any order
-    std::unordered_map<std::size_t, SeededChunk*> m_byNumber;             // by iFirstId
-    SeededChunk* m_pLastSeeded = nullptr;                                 // numbers are seeded in their order
+    std::unordered_map<std::size_t, SeededChunk*> m_byNumber;            // by iFirstId
+    SeededChunk* m_pLastSeeded = nullptr;                                // numbers are seeded in their order
     std::size_t m_iSeeded = 0;
-    std::size_t m_iAbove = 0;   // what dealt numbers are above the count of entries
+    std::size_t m_iAbove = 0;                                     // what dealt numbers are above the count of entries
     std::unordered_map<const Entity*, std::size_t, Hash> m_map;   // the rest; guarded by m_lock
     mutable std::shared_mutex m_lock;
 };

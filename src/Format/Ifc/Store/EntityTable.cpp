@@ -17,9 +17,7 @@ EntitySlotLock::EntitySlotLock(EntitySlot& slot) noexcept : m_state(slot.state) 
     while (m_state.exchange(Held, std::memory_order_acquire) == Held) std::this_thread::yield();
 }
 
-EntitySlotLock::~EntitySlotLock() {
-    m_state.store(Free, std::memory_order_release);
-}
+EntitySlotLock::~EntitySlotLock() { m_state.store(Free, std::memory_order_release); }
 
 EntitySlot* ReadInfoCommon::pChunkGet(Data& data, std::size_t iChunk) {
     Chunk& chunk = chunkGet(data, iChunk);

@@ -138,7 +138,8 @@ private:
             std::size_t iPage = g_iPages;
             while (iPage > 0 && !boTouched(iPage - 1)) --iPage;
             if (pFirst)
-                memory::vGiveBack(pFirst + iPage * g_iPageSlots, (g_iPages - iPage) * g_iPageSlots * sizeof(EntitySlot));
+                memory::vGiveBack(pFirst + iPage * g_iPageSlots,
+                                  (g_iPages - iPage) * g_iPageSlots * sizeof(EntitySlot));
         }
         // Whoever numbers without gaps fills the next chunk, too.
         [[nodiscard]] bool boMostlyTouched() const noexcept {
@@ -163,11 +164,11 @@ private:
         }
     }
 
-    std::array<Chunk, g_iFirstChunks> m_chunks;             // numbers below 32,768,000
-    std::mutex m_chunkMutex;                                // guards creation in m_chunks
-    std::vector<std::unique_ptr<Chunk>> m_moreChunks;       // numbers of 32 bits, at chunk number minus 1000
+    std::array<Chunk, g_iFirstChunks> m_chunks;                  // numbers below 32,768,000
+    std::mutex m_chunkMutex;                                     // guards creation in m_chunks
+    std::vector<std::unique_ptr<Chunk>> m_moreChunks;            // numbers of 32 bits, at chunk number minus 1000
     std::map<std::size_t, std::unique_ptr<Chunk>> m_farChunks;   // larger ones, which only ifcXML has, by chunk number
-    std::shared_mutex m_moreChunksLock;                     // guards both
+    std::shared_mutex m_moreChunksLock;                          // guards both
 };
 
 }   // namespace oxa::ifc

@@ -83,9 +83,7 @@ bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data&, lon
     as<AttributeInteger>(cell).m_value = iValue;
     return true;
 }
-bool boStore(CellClass, AttributeBase&, const Attribute&, Data&, unsigned long long) {
-    return false;
-}
+bool boStore(CellClass, AttributeBase&, const Attribute&, Data&, unsigned long long) { return false; }
 bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data&, bool boValue) {
     if (eClass != CellClass::Boolean) return false;
     as<AttributeBoolean>(cell).m_value = boValue ? 1 : 0;
@@ -122,8 +120,7 @@ bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data& data
 }
 bool boStore(CellClass eClass, AttributeBase& cell, const Attribute& attribute, Data& data,
              const IfcSelectBase& value) {
-    return eClass == CellClass::Select &&
-           as<AttributeSelect>(cell).boValueSet(value, &typeOf(attribute), data.pool());
+    return eClass == CellClass::Select && as<AttributeSelect>(cell).boValueSet(value, &typeOf(attribute), data.pool());
 }
 bool boStore(CellClass eClass, AttributeBase& cell, const Attribute& attribute, Data& data, const Entity* pEntity) {
     auto* pStored = const_cast<Entity*>(pEntity);
@@ -197,10 +194,9 @@ bool Entity::boValueSet2(const AttributeName& name, const T& value, Data& data) 
     CellClass eClass{};
     AttributeBase* pCell = pCellOf(name, pAttribute, eClass);
     if (!pCell) return false;
-    const bool boStored =
-        eClass == CellClass::List && !std::is_same_v<T, IfcSelectBase>
-            ? as<AttributeList>(*pCell).boValueSet(value, &typeOf(*pAttribute), data.pool())
-            : boStore(eClass, *pCell, *pAttribute, data, value);
+    const bool boStored = eClass == CellClass::List && !std::is_same_v<T, IfcSelectBase>
+                              ? as<AttributeList>(*pCell).boValueSet(value, &typeOf(*pAttribute), data.pool())
+                              : boStore(eClass, *pCell, *pAttribute, data, value);
     if (boStored) pCell->vDefined();
     return boStored;
 }
@@ -352,18 +348,23 @@ template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std
 template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<Entity*>&, Data&);
 template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<const Entity*>&, Data&);
 template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcSelectBase>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<long long, 2>>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<long long, 3>>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<long long, 2>>&,
+                                                 Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<long long, 3>>&,
+                                                 Data&);
 template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<double, 2>>&, Data&);
 template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<double, 3>>&, Data&);
 template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<math::_2d::Point>&, Data&);
 template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<math::_3d::Point>&, Data&);
 template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<Bytes>&, Data&);
 template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<char>>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<long long>>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<long long>>&,
+                                                 Data&);
 template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<double>>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<std::string>>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<const Entity*>>&, Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<std::string>>&,
+                                                 Data&);
+template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<const Entity*>>&,
+                                                 Data&);
 
 template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const char&, Data&);
 template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const long long&, Data&);

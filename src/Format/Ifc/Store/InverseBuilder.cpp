@@ -28,8 +28,8 @@ void InverseBuilder::vAnnounce(Entity& entity) {
         }
         if (feed.iPosition == DataSizeEntity::Feed::g_iNone) continue;   // nobody has such a list
         const DataSizeEntity::Cell& place = size.cells[feed.iCell];
-        const auto& cell = *reinterpret_cast<const AttributeBase*>(static_cast<const char*>(entity.m_pAttributes) +
-                                                                   place.iOffset);
+        const auto& cell =
+            *reinterpret_cast<const AttributeBase*>(static_cast<const char*>(entity.m_pAttributes) + place.iOffset);
         vForEachEntity(cell, place.eClass, [&](Entity* pTarget) { vReference({pTarget, &entity, &feed}); });
     }
 }

@@ -63,8 +63,8 @@ private:
 
     Pool& m_pool;
     PoolArena* m_pArena;
-    Ring<Reference> m_references;        // the target's own memory is called for
-    Ring<Entry> m_entries;               // its inverse block is called for
+    Ring<Reference> m_references;   // the target's own memory is called for
+    Ring<Entry> m_entries;          // its inverse block is called for
 };
 
 }   // namespace oxa::ifc

@@ -87,7 +87,8 @@ private:
             return pHead != nullptr;
         }
         case AttributeType::Select:
-            return boItemsStay<AttributeSelect>(list, [this](const AttributeSelect& item) { return boSelectStays(item); });
+            return boItemsStay<AttributeSelect>(list,
+                                                [this](const AttributeSelect& item) { return boSelectStays(item); });
         case AttributeType::List:
             return boItemsStay<AttributeList>(
                 list, [this](AttributeList& row) { return !row.boHasValue() || boListStays(row); });

@@ -30,7 +30,7 @@ constexpr std::array<std::size_t, 6> g_groupLength = {2, 4, 4, 4, 4, 4};
 static_assert(2 + 5 * 4 == IfcGuid::Length);
 using Groups = std::array<std::uint32_t, g_groupLength.size()>;
 
-Groups groupsFromGuid(Guid const& guid) {
+Groups groupsFromGuid(const Guid& guid) {
     const auto& tail = guid.Data4;
     const auto three = [](unsigned high, unsigned middle, unsigned low) {
         return static_cast<std::uint32_t>(high << 16 | middle << 8 | low);
@@ -46,7 +46,7 @@ Groups groupsFromGuid(Guid const& guid) {
 }
 
 // What does not fit a field of the GUID is lost, which concerns the first group only.
-void vGuidFromGroups(Guid& guid, Groups const& groups) {
+void vGuidFromGroups(Guid& guid, const Groups& groups) {
     const auto byte = [&groups](std::size_t iGroup, unsigned iShift) {
         return static_cast<std::uint8_t>(groups[iGroup] >> iShift);
     };
@@ -69,7 +69,7 @@ bool boWriteGroup(char* pText, std::size_t length, std::uint32_t value) {
     return value == 0;
 }
 
-bool boReadGroup(char const* pText, std::size_t length, std::uint32_t& value) {
+bool boReadGroup(const char* pText, std::size_t length, std::uint32_t& value) {
     value = 0;
     for (std::size_t i = 0; i < length; ++i) {
         const std::uint8_t digit = g_digitOf[static_cast<std::uint8_t>(pText[i])];
@@ -82,7 +82,7 @@ bool boReadGroup(char const* pText, std::size_t length, std::uint32_t& value) {
 
 }   // namespace
 
-bool IfcGuid::boIfcStringFromGuid(char* const text, Guid const& guid) {
+bool IfcGuid::boIfcStringFromGuid(char* const text, const Guid& guid) {
     std::memset(text, 0, Length + 1);
     const Groups groups = groupsFromGuid(guid);
     char* pText = text;
@@ -92,22 +92,22 @@ bool IfcGuid::boIfcStringFromGuid(char* const text, Guid const& guid) {
     return boFits;
 }
 
-bool IfcGuid::boIfcStringToGuid(Guid& guid, char const* const text) {
+bool IfcGuid::boIfcStringToGuid(Guid& guid, const char* const text) {
     Groups groups;
-    char const* pText = text;
+    const char* pText = text;
     for (std::size_t i = 0; i < groups.size(); pText += g_groupLength[i], ++i)
         if (!boReadGroup(pText, g_groupLength[i], groups[i])) return false;
     vGuidFromGroups(guid, groups);
     return true;
 }
 
-std::string IfcGuid::toIfcGuid(Guid const& guid) {
+std::string IfcGuid::toIfcGuid(const Guid& guid) {
     char text[Length + 1];
     boIfcStringFromGuid(text, guid);
     return {text, Length};
 }
 
-std::optional<Guid> IfcGuid::fromIfcGuid(std::string_view const& text) {
+std::optional<Guid> IfcGuid::fromIfcGuid(const std::string_view& text) {
     Guid guid{};
     if (text.size() < Length || !boIfcStringToGuid(guid, text.data())) return std::nullopt;
     return guid;

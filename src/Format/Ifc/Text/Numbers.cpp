@@ -24,22 +24,22 @@ static_assert(g_shortLength == g_powersOfTen.size(), "all but the point may be d
 
 constexpr bool g_boDoublePrecision = FLT_EVAL_METHOD == 0;
 
-inline char const* pAddDigits(char const* p, char const* last, std::uint64_t& digits) noexcept {
+inline const char* pAddDigits(const char* p, const char* last, std::uint64_t& digits) noexcept {
     for (; p != last && static_cast<unsigned char>(*p - '0') < 10; ++p)
         digits = digits * 10 + static_cast<unsigned char>(*p - '0');
     return p;
 }
 
-bool boReadShort(char const* first, char const* last, double& value) noexcept {
+bool boReadShort(const char* first, const char* last, double& value) noexcept {
     const bool boNegative = first != last && *first == '-';
-    char const* const pDigits = first + boNegative;
+    const char* const pDigits = first + boNegative;
     if (last - pDigits > g_shortLength) return false;
     std::uint64_t digits = 0;
-    char const* p = pAddDigits(pDigits, last, digits);
+    const char* p = pAddDigits(pDigits, last, digits);
     bool boAnyDigit = p != pDigits;
     std::size_t iDecimals = 0;
     if (p != last && *p == '.') {
-        char const* const pDecimals = ++p;
+        const char* const pDecimals = ++p;
         p = pAddDigits(p, last, digits);
         iDecimals = static_cast<std::size_t>(p - pDecimals);
         boAnyDigit = boAnyDigit || iDecimals != 0;
@@ -52,7 +52,7 @@ bool boReadShort(char const* first, char const* last, double& value) noexcept {
 
 }   // namespace
 
-std::optional<double> toDouble(char const* first, char const* last) noexcept {
+std::optional<double> toDouble(const char* first, const char* last) noexcept {
     double value = 0;
     if (g_boDoublePrecision && boReadShort(first, last, value)) return value;
     constexpr fast_float::parse_options options{fast_float::chars_format::general, '.'};

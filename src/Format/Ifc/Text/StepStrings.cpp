@@ -33,8 +33,11 @@ void vAssertInvalid(std::string_view sWhat, std::string_view sInput, int iLine) 
 // once: in a string that has both they come out in front.
 class StringReader {
 public:
-    StringReader(std::string& out, std::u32string& pending, char const* text, std::size_t length)
-        : m_out(out), m_pending(pending), m_pText(text), m_iLength(length) {}
+    StringReader(std::string& out, std::u32string& pending, const char* text, std::size_t length)
+        : m_out(out),
+          m_pending(pending),
+          m_pText(text),
+          m_iLength(length) {}
 
     void vRead();
     [[nodiscard]] bool boPlain() const { return m_boPlain; }
@@ -55,7 +58,7 @@ private:
 
     std::string& m_out;
     std::u32string& m_pending;
-    char const* m_pText;
+    const char* m_pText;
     std::size_t m_iLength;
     std::size_t m_i = 0;         // the next byte; may pass the end by a few
     bool m_boPlain = true;       // no directive has named a character yet
@@ -64,7 +67,7 @@ private:
 };
 
 void StringReader::vRead() {
-    char const* const pEnd = m_pText + m_iLength;
+    const char* const pEnd = m_pText + m_iLength;
     while (m_i < m_iLength) {
         vAppendRun(static_cast<std::size_t>(details::pFindSpecial(m_pText + m_i, pEnd) - m_pText));
         if (m_i == m_iLength) return;
@@ -162,7 +165,7 @@ void StringReader::vReadHexBlock(std::size_t iDigits) {
 // A group without a leading digit, or beyond 31 bits, is lost.
 void StringReader::vAppendHex(std::size_t iDigits) {
     std::int32_t value = 0;
-    char const* const pDigits = m_pText + m_i;
+    const char* const pDigits = m_pText + m_i;
     if (details::pReadInteger(pDigits, pDigits + iDigits, 16, value) != nullptr)
         m_pending += static_cast<char32_t>(value);
     m_i += iDigits;
@@ -224,7 +227,7 @@ bool boWrittenVerbatim(std::string_view text) {
 
 }   // namespace
 
-void vIfcStrToUtf8(std::string& out, char const* text, std::size_t length) {
+void vIfcStrToUtf8(std::string& out, const char* text, std::size_t length) {
     out.clear();
     if (length == 0 || length == std::numeric_limits<std::size_t>::max()) return;
     if (details::pFindSpecial(text, text + length) == text + length) {   // nearly all strings of a model
@@ -244,7 +247,7 @@ void vIfcStrToUtf8(std::string& out, char const* text, std::size_t length) {
     }
 }
 
-std::string const& sIfcStrFromUtf8(std::string& out, char const* text, std::size_t length) {
+const std::string& sIfcStrFromUtf8(std::string& out, const char* text, std::size_t length) {
     out.clear();
     if (length == 0) return out;
     if (boWrittenVerbatim({text, length})) return out.assign(text, length);
@@ -265,7 +268,7 @@ std::string const& sIfcStrFromUtf8(std::string& out, char const* text, std::size
     return out;
 }
 
-std::string const& sIfcStrFromText(std::string& out, std::string_view text) {
+const std::string& sIfcStrFromText(std::string& out, std::string_view text) {
     try {
         return sIfcStrFromUtf8(out, text.data(), text.size());
     } catch (const str::exception&) {

@@ -32,7 +32,7 @@ namespace oxa::ifc::details {
 }
 
 // The first special byte of [first, last), or "last". Eight bytes at once on any machine.
-[[nodiscard]] inline char const* pFindSpecialPortable(char const* first, char const* last) noexcept {
+[[nodiscard]] inline const char* pFindSpecialPortable(const char* first, const char* last) noexcept {
     while (last - first >= 8) {
         std::uint64_t bytes;
         std::memcpy(&bytes, first, sizeof bytes);
@@ -45,7 +45,7 @@ namespace oxa::ifc::details {
 
 #if defined(__SSE2__) || defined(_M_X64)
 // The same, sixteen bytes at once.
-[[nodiscard]] inline char const* pFindSpecial(char const* first, char const* last) noexcept {
+[[nodiscard]] inline const char* pFindSpecial(const char* first, const char* last) noexcept {
     const __m128i backslash = _mm_set1_epi8('\\');
     const __m128i quote = _mm_set1_epi8('\'');
     while (last - first >= 16) {
@@ -59,7 +59,7 @@ namespace oxa::ifc::details {
     return pFindSpecialPortable(first, last);
 }
 #else
-[[nodiscard]] inline char const* pFindSpecial(char const* first, char const* last) noexcept {
+[[nodiscard]] inline const char* pFindSpecial(const char* first, const char* last) noexcept {
     return pFindSpecialPortable(first, last);
 }
 #endif

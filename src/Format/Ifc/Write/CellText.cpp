@@ -11,8 +11,8 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/IfcStepStrings.h"
-#include "Format/Ifc/Text/TextScan.h"
 #include "Format/Ifc/IfcWriteFile.h"
+#include "Format/Ifc/Text/TextScan.h"
 #include "platform/Assert.h"
 
 namespace oxa::ifc {
@@ -59,9 +59,9 @@ bool boWholeWritten(StepWriteInfo& info, double value) {
 // A number of up to so many decimals and 15 digits. "size" is the double nearest to such a number when that number, made
 // a whole one by a power of ten and divided again, gives it back.
 struct Decimals {
-    double scale;      // 10 to the power of iCount, exactly
+    double scale;   // 10 to the power of iCount, exactly
     int iCount;
-    double largest;    // 10 to the power of 15 - iCount
+    double largest;   // 10 to the power of 15 - iCount
 
     [[nodiscard]] double scaled(double size) const noexcept { return std::nearbyint(size * scale); }
     [[nodiscard]] bool boFits(double size) const noexcept { return size < largest && scaled(size) / scale == size; }
@@ -106,8 +106,7 @@ bool boDecimalWritten(StepWriteInfo& info, double value) {
 void vWriteReal(StepWriteInfo& info, double value) {
     if (boWholeWritten(info, value) || boDecimalWritten(info, value)) return;
     char* const pBegin = info.m_number.data();
-    char* const pEnd =
-        std::to_chars(pBegin, pBegin + info.m_number.size(), value, std::chars_format::general, 16).ptr;
+    char* const pEnd = std::to_chars(pBegin, pBegin + info.m_number.size(), value, std::chars_format::general, 16).ptr;
     char* pExponent = pEnd;   // of a number without a point
     bool boPoint = false;
     for (char* p = pBegin; p != pEnd; ++p) {

@@ -16,7 +16,8 @@ void vForEachNamedInList(const AttributeListValueBase& list, const def::schema::
 
 // Calls visit(const Entity&) for each entity that the text of a cell names.
 template <class Visit>
-void vForEachNamed(const AttributeBase& cell, CellClass eClass, const def::schema::Attribute& attribute, Visit&& visit) {
+void vForEachNamed(const AttributeBase& cell, CellClass eClass, const def::schema::Attribute& attribute,
+                   Visit&& visit) {
     if (!cell.boHasValue()) return;
     switch (eClass) {
     case CellClass::Entity:
@@ -61,8 +62,9 @@ void Entity::vForEachNamedEntity(Visit&& visit) const {
     if (!m_pSchemaEntity) return;
     if (m_pAttributes)
         for (const DataSizeEntity::Cell& cell : getDataSize(*m_pSchemaEntity).cells)
-            vForEachNamed(*reinterpret_cast<const AttributeBase*>(static_cast<const char*>(m_pAttributes) + cell.iOffset),
-                          cell.eClass, *cell.pAttribute, visit);
+            vForEachNamed(
+                *reinterpret_cast<const AttributeBase*>(static_cast<const char*>(m_pAttributes) + cell.iOffset),
+                cell.eClass, *cell.pAttribute, visit);
     if (!m_ppAttributesInverse) return;
     for (std::size_t i = 0, n = m_pSchemaEntity->allInverseAttributes().size(); i < n; ++i)
         if (const EntityList* pReferrers = pInverseEntries()[i])

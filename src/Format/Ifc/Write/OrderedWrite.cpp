@@ -17,8 +17,8 @@
 #include <vector>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
-#include "Format/Ifc/Write/EntityNamed.h"
 #include "Format/Ifc/IfcWriteFile.h"
+#include "Format/Ifc/Write/EntityNamed.h"
 #include "Format/Ifc/Write/WriteThreads.h"
 
 namespace oxa::ifc {
@@ -59,7 +59,9 @@ void vOnAll(unsigned iExtra, Step&& step, Stop&& stop) {
 class OrderedStatements {
 public:
     OrderedStatements(StepWriteInfoCommon& info, const Entities& entities, const WriteProgress& progress)
-        : m_info(info), m_entities(entities), m_progress(progress) {}
+        : m_info(info),
+          m_entities(entities),
+          m_progress(progress) {}
 
     // One composing thread.
     void vCompose(bool boCaller) {
@@ -154,11 +156,11 @@ private:
     std::atomic<std::size_t> m_iNext{0};   // share
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::array<Text, g_iAhead> m_texts;    // of the shares from m_iTurn on; guarded by m_mutex, but the one at its turn
-    std::size_t m_iTurn = 0;               // the share whose text comes next; guarded by m_mutex
-    std::size_t m_iBytes = 0;              // of the texts that are ready; guarded by m_mutex
-    bool m_boWriting = false;              // a thread is handing texts on; guarded by m_mutex
-    bool m_boStopped = false;              // guarded by m_mutex
+    std::array<Text, g_iAhead> m_texts;   // of the shares from m_iTurn on; guarded by m_mutex, but the one at its turn
+    std::size_t m_iTurn = 0;              // the share whose text comes next; guarded by m_mutex
+    std::size_t m_iBytes = 0;             // of the texts that are ready; guarded by m_mutex
+    bool m_boWriting = false;             // a thread is handing texts on; guarded by m_mutex
+    bool m_boStopped = false;             // guarded by m_mutex
 };
 
 }   // namespace

@@ -44,9 +44,10 @@ std::vector<const Entity*> WriteInfoCommon::metByNumber() const {
     const std::vector<const Entity*> others = metUnseeded();
     std::vector<const Entity*> entities;
     entities.reserve(seeded.size() + others.size());
-    std::ranges::merge(seeded, others, std::back_inserter(entities), {},
-                       [this](const Entity* pEntity) { return m_pEntityIdMap->get(pEntity).first; },
-                       [this](const Entity* pEntity) { return m_pEntityIdMap->get(pEntity).first; });
+    std::ranges::merge(
+        seeded, others, std::back_inserter(entities), {},
+        [this](const Entity* pEntity) { return m_pEntityIdMap->get(pEntity).first; },
+        [this](const Entity* pEntity) { return m_pEntityIdMap->get(pEntity).first; });
     return entities;
 }
 

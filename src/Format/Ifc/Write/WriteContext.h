@@ -60,9 +60,9 @@ public:
     // Those of them whose numbers came with no file, by number.
     [[nodiscard]] std::vector<const Entity*> metUnseeded() const;
 
-    EntityIdMap* m_pEntityIdMap;              // the numbers of the Data; shared with later runs
-    std::deque<const Entity*> m_queue;        // waiting to be composed
-    std::uint32_t m_iDequeued = 0;            // taken from the queue so far
+    EntityIdMap* m_pEntityIdMap;         // the numbers of the Data; shared with later runs
+    std::deque<const Entity*> m_queue;   // waiting to be composed
+    std::uint32_t m_iDequeued = 0;       // taken from the queue so far
 
 protected:
     // True the first time.
@@ -80,7 +80,10 @@ class OXA_IFC_API StepWriteInfoCommon : public WriteInfoCommon {
 public:
     StepWriteInfoCommon(EntityIdMap& entityIdMap, io::WriteError& errors, io::IfcLineWriterInterface& writer,
                         bool boSingleThreaded)
-        : WriteInfoCommon(entityIdMap), m_pErrors(&errors), m_pWriter(&writer), m_boSingleThreaded(boSingleThreaded) {}
+        : WriteInfoCommon(entityIdMap),
+          m_pErrors(&errors),
+          m_pWriter(&writer),
+          m_boSingleThreaded(boSingleThreaded) {}
 
     // As the base, from any thread.
     std::size_t iEntityIdGet(const Entity* pEntity);
@@ -97,12 +100,12 @@ public:
     // Ends the walk where it stands.
     void vStop();
 
-    io::WriteError* m_pErrors;                // where statements report
-    io::IfcLineWriterInterface* m_pWriter;    // where statements go
-    std::mutex m_mutex;                       // guards m_queue, m_iDequeued, m_seen and the two below
-    std::condition_variable m_changed;        // m_queue has grown, or the walk has ended
-    std::int32_t m_iActive = 0;               // threads that took an entity and have not seen the queue empty since
-    bool m_boDone = false;                    // the walk has ended
+    io::WriteError* m_pErrors;               // where statements report
+    io::IfcLineWriterInterface* m_pWriter;   // where statements go
+    std::mutex m_mutex;                      // guards m_queue, m_iDequeued, m_seen and the two below
+    std::condition_variable m_changed;       // m_queue has grown, or the walk has ended
+    std::int32_t m_iActive = 0;              // threads that took an entity and have not seen the queue empty since
+    bool m_boDone = false;                   // the walk has ended
     bool m_boSingleThreaded;
 };
 
@@ -116,7 +119,8 @@ struct StepWriteInfo {
     };
 
     explicit StepWriteInfo(StepWriteInfoCommon& common, Pass ePass = Pass::AtOnce) noexcept
-        : m_pCommon(&common), m_ePass(ePass) {}
+        : m_pCommon(&common),
+          m_ePass(ePass) {}
 
     // The number of an entity, which is queued when this run meets it for the first time; 0 for null.
     std::size_t iEntityIdGet(const Entity* pEntity);
@@ -125,14 +129,14 @@ struct StepWriteInfo {
     // Hands the rest of the block on.
     void vBlockAdd();
 
-    std::string m_line;                       // the statement
-    std::string m_block;                      // statements on their way to a writer that takes blocks
-    std::vector<const Entity*> m_found;       // met for the first time, not queued yet; beside other threads only
-    WalkNear m_near;                          // beside other threads only
-    std::string m_encoded;                    // scratch for encoded text
-    std::array<char, 65> m_number;            // scratch for one number
+    std::string m_line;                   // the statement
+    std::string m_block;                  // statements on their way to a writer that takes blocks
+    std::vector<const Entity*> m_found;   // met for the first time, not queued yet; beside other threads only
+    WalkNear m_near;                      // beside other threads only
+    std::string m_encoded;                // scratch for encoded text
+    std::array<char, 65> m_number;        // scratch for one number
     StepWriteInfoCommon* m_pCommon;
-    std::uint32_t m_iId = 0;                  // of the statement
+    std::uint32_t m_iId = 0;   // of the statement
     Pass m_ePass;
 };
 

@@ -10,9 +10,7 @@ namespace oxa::ifc::io {
 
 IfcLineWriterInterface::~IfcLineWriterInterface() = default;
 
-std::size_t IfcLineWriterInterface::iBlockSize() const noexcept {
-    return 0;
-}
+std::size_t IfcLineWriterInterface::iBlockSize() const noexcept { return 0; }
 
 IfcSingleThreadedLineWriter::IfcSingleThreadedLineWriter(std::ostream& out)
     : m_pState(new State{stream::StreamWriteBuffer(out)}) {}
@@ -27,9 +25,7 @@ std::size_t IfcSingleThreadedLineWriter::iLineAdd(std::string& line, unsigned) {
 
 void IfcSingleThreadedLineWriter::vFinish() {}
 
-void IfcSingleThreadedLineWriter::vBufferFlush() {
-    m_pState->m_buffer.vBufferFlush();
-}
+void IfcSingleThreadedLineWriter::vBufferFlush() { m_pState->m_buffer.vBufferFlush(); }
 
 ThreadStringPool::ThreadStringPool(std::size_t iBlockSize) : m_iBlockSize(iBlockSize) {}
 

@@ -38,8 +38,7 @@ using Path = std::vector<const ObjectBase*>;
 using Texts = std::vector<std::string>;
 
 void vNotImplemented(const char* sFunction) {
-    if (Assert::isEnabled())
-        Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented", __LINE__);
+    if (Assert::isEnabled()) Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented", __LINE__);
 }
 
 // The number at the start of the text, of which pEnd becomes the end; pText itself where there is none. All that
@@ -67,13 +66,10 @@ void vRealAppend(std::string& sText, double value) {
     sText.append(digits, result.ptr);
 }
 
-constexpr char cLower(char c) noexcept {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
+constexpr char cLower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 bool boEqualAnyCase(std::string_view a, std::string_view b) noexcept {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return cLower(x) == cLower(y); });
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return cLower(x) == cLower(y); });
 }
 
 // The parts between white space, as a stream extracts them.
@@ -295,11 +291,10 @@ bool AttributeBase::boValueAsXmlStringsGet(const ObjectBase& object, Texts& text
            static_cast<const AttributeList&>(*this).boValueAsXmlStringsGet(texts, attribute, data);
 }
 
-bool AttributeBase::boValueAsXmlStringSet(const ObjectBase& object, const std::string& text,
-                                          const Attribute& attribute, Data& data, const Path& path) {
+bool AttributeBase::boValueAsXmlStringSet(const ObjectBase& object, const std::string& text, const Attribute& attribute,
+                                          Data& data, const Path& path) {
     const DataTypeBase* pDataType = def::schema::pDataTypeOf(&object);
-    const bool boSet =
-        pDataType && boOfKind(pDataType->kind, *this, SetText{object, text, attribute, data, path});
+    const bool boSet = pDataType && boOfKind(pDataType->kind, *this, SetText{object, text, attribute, data, path});
     if (boSet) vDefined();
     return boSet;
 }
@@ -349,9 +344,7 @@ const AttributeSelect* pInnermost(const AttributeSelect& select) {
     return pInnermost(&select, [](const AttributeSelect&) { return true; });
 }
 
-DataKind kindOf(const AttributeSelect& select) {
-    return select.m_pType.load()->pDataType->kind;
-}
+DataKind kindOf(const AttributeSelect& select) { return select.m_pType.load()->pDataType->kind; }
 
 }   // namespace
 
@@ -372,8 +365,7 @@ bool AttributeSelect::boValueAsXmlStringGet(std::string& text, const Attribute& 
 bool AttributeSelect::boValueAsXmlStringsGet(Texts& texts, const Attribute& attribute, const Data* data) const {
     const AttributeSelect* pHolder = pInnermost(*this);
     if (!pHolder || !def::schema::boIsAggregate(kindOf(*pHolder))) return false;
-    return static_cast<const AttributeList*>(pHolder->m_pValue.load())
-        ->boValueAsXmlStringsGet(texts, attribute, data);
+    return static_cast<const AttributeList*>(pHolder->m_pValue.load())->boValueAsXmlStringsGet(texts, attribute, data);
 }
 
 bool AttributeSelect::boValueAsXmlStringSet(const std::string& text, const Attribute& attribute, Data& data,
@@ -414,8 +406,7 @@ bool boItemTexts(const AttributeListValueBase& list, const Attribute& attribute,
     case AttributeType::Integer:
         return vEach(std::type_identity<long long>(), [](long long iValue) { return std::to_string(iValue); });
     case AttributeType::String:
-        return vEach(std::type_identity<char*>(),
-                     [](const char* pText) { return std::string(pText ? pText : ""); });
+        return vEach(std::type_identity<char*>(), [](const char* pText) { return std::string(pText ? pText : ""); });
     case AttributeType::Select:
         return vEach(std::type_identity<AttributeSelect>(), [&](const AttributeSelect& item) {
             std::string sText;
@@ -475,8 +466,7 @@ bool AttributeListValueBase::boValueAsXmlStringGet(std::string& text, const Attr
     return true;
 }
 
-bool AttributeListValueBase::boValueAsXmlStringsGet(Texts& texts, const Attribute& attribute,
-                                                    const Data* data) const {
+bool AttributeListValueBase::boValueAsXmlStringsGet(Texts& texts, const Attribute& attribute, const Data* data) const {
     texts.clear();
     if (!boItemTexts(*this, attribute, data, texts))
         vNotImplemented("oxa::ifc::AttributeListValueBase::boValueAsXmlStringsGet");

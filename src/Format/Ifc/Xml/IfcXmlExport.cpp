@@ -17,8 +17,7 @@ using oxa::xml::Element;
 namespace {
 
 constexpr std::string_view g_sNamespace = "http://www.buildingsmart-tech.org/ifcXML/IFC4/Add2";
-constexpr std::string_view g_sSchemaDocument =
-    "http://www.buildingsmart-tech.org/ifc/IFC4/Add2/IFC4_ADD2.xsd";
+constexpr std::string_view g_sSchemaDocument = "http://www.buildingsmart-tech.org/ifc/IFC4/Add2/IFC4_ADD2.xsd";
 constexpr std::string_view g_sInstanceNamespace = "http://www.w3.org/2001/XMLSchema-instance";
 
 std::string sJoined(const std::vector<std::string>& items) {
@@ -73,8 +72,7 @@ bool Export::boExportHeader(const FileHeaderBase& header) {
     m_pRootElement->vAttributeSet("xsi:schemaLocation",
                                   std::string(g_sNamespace).append(" ").append(g_sSchemaDocument));
     m_pRootElement->vAttributeSet("id", "ifcXML4");
-    if (const auto* pHeader = dynamic_cast<const FileHeader*>(&header))
-        vHeaderAppend(*m_pRootElement, *pHeader);
+    if (const auto* pHeader = dynamic_cast<const FileHeader*>(&header)) vHeaderAppend(*m_pRootElement, *pHeader);
     return true;
 }
 
@@ -121,13 +119,11 @@ const std::vector<ExportCommon::Walk::Step>& ExportCommon::Walk::stepsOf(const d
     const auto [place, boNew] = m_steps.try_emplace(&type);
     if (!boNew) return place->second;
     std::vector<const def::schema::Entity*> levels;
-    for (const def::schema::Entity* pLevel = &type; pLevel; pLevel = pLevel->pParent)
-        levels.push_back(pLevel);
+    for (const def::schema::Entity* pLevel = &type; pLevel; pLevel = pLevel->pParent) levels.push_back(pLevel);
     std::ranges::reverse(levels);
     unsigned iAttribute = 0;
     for (const def::schema::Entity* pLevel : levels) {
-        for (std::size_t i = 0; i < pLevel->ownAttributes.size(); ++i)
-            place->second.push_back({iAttribute++, nullptr});
+        for (std::size_t i = 0; i < pLevel->ownAttributes.size(); ++i) place->second.push_back({iAttribute++, nullptr});
         for (const def::schema::AttributeInverse& inverse : pLevel->ownInverseAttributes)
             place->second.push_back({0, &inverse});
     }
@@ -168,8 +164,7 @@ void Export::vExportInstance(Walk& walk) {
     if (instance.pDeclared && !instance.pDeclared->subtypes.empty())
         instance.element.vAttributeSet("xsi:type", type.sName);
     if (boNew)
-        walk.m_open.push_back(
-            {instance.element, instance.pEntity, &walk.stepsOf(type), 0, walk.m_pending.size()});
+        walk.m_open.push_back({instance.element, instance.pEntity, &walk.stepsOf(type), 0, walk.m_pending.size()});
 }
 
 // The next attribute of the innermost instance, or its end.
@@ -190,8 +185,8 @@ void Export::vExportStep(Walk& walk) {
     std::reverse(walk.m_pending.begin() + static_cast<std::ptrdiff_t>(iBefore), walk.m_pending.end());
 }
 
-void Export::vExportInverse(Element& element, const Entity& entity,
-                            const def::schema::AttributeInverse& inverse, Walk& walk) {
+void Export::vExportInverse(Element& element, const Entity& entity, const def::schema::AttributeInverse& inverse,
+                            Walk& walk) {
     const int iIndex = entity.inverseIndexFromName(def::schema::AttributeName(inverse));
     if (iIndex < 0) return;
     std::vector<const Entity*> referrers = entity.entitiesInverseFromIndex(static_cast<unsigned>(iIndex));
@@ -204,8 +199,8 @@ void Export::vExportInverse(Element& element, const Entity& entity,
     if (referrers.empty()) return;   // no element around nothing
     Element around = mode == 1 ? element : element.ElementNodeAppend(inverse.sName);
     for (const Entity* pReferrer : referrers)
-        vExportEntity(around, *pReferrer, nullptr,
-                      mode == 1 ? std::string_view(inverse.sName) : std::string_view(), walk);
+        vExportEntity(around, *pReferrer, nullptr, mode == 1 ? std::string_view(inverse.sName) : std::string_view(),
+                      walk);
 }
 
 }   // namespace oxa::ifc::xml

@@ -68,13 +68,13 @@ protected:
                        std::string_view name, Walk& walk);
 
     // One attribute of an instance whose element is "parent".
-    void vExportAttribute(oxa::xml::Element& parent, const def::schema::Attribute& attribute,
-                          const AttributeBase& cell, Walk& walk);
+    void vExportAttribute(oxa::xml::Element& parent, const def::schema::Attribute& attribute, const AttributeBase& cell,
+                          Walk& walk);
     void vLeftOutNote(const def::schema::Attribute& attribute, const AttributeBase& cell, Walk& walk) const;
-    void vExportReference(oxa::xml::Element& parent, const def::schema::Attribute& attribute,
-                          const Entity* pEntity, std::uint32_t mode, Walk& walk);
-    void vExportScalar(oxa::xml::Element& parent, const def::schema::Attribute& attribute,
-                       const AttributeBase& cell, std::uint32_t mode);
+    void vExportReference(oxa::xml::Element& parent, const def::schema::Attribute& attribute, const Entity* pEntity,
+                          std::uint32_t mode, Walk& walk);
+    void vExportScalar(oxa::xml::Element& parent, const def::schema::Attribute& attribute, const AttributeBase& cell,
+                       std::uint32_t mode);
     // The value gets an element named after the attribute; an item of a list (boInList) stands in that of its list.
     void vExportSelect(oxa::xml::Element& parent, const AttributeSelect& cell, const def::schema::Attribute& attribute,
                        bool boInList, std::uint32_t mode, Walk& walk);
@@ -117,8 +117,8 @@ private:
     void vExportQueued(Walk& walk);
     void vExportInstance(Walk& walk);
     void vExportStep(Walk& walk);
-    void vExportInverse(oxa::xml::Element& element, const Entity& entity,
-                        const def::schema::AttributeInverse& inverse, Walk& walk);
+    void vExportInverse(oxa::xml::Element& element, const Entity& entity, const def::schema::AttributeInverse& inverse,
+                        Walk& walk);
 };
 
 }   // namespace oxa::ifc::xml

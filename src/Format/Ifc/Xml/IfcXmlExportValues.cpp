@@ -5,8 +5,8 @@
 // lists of lists: readers of this format know them that way.
 #include <optional>
 
-#include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/Cells/CellWalk.h"
+#include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
@@ -39,8 +39,7 @@ Element selectTarget(Element& parent, const Attribute& attribute, bool boInList)
 
 // All items as one text with blanks between them; empty where the list does not hold any T.
 template <class T, class Text>
-std::optional<std::string> itemsText(const AttributeListValueBase& cell, const Attribute& attribute,
-                                     Text&& text) {
+std::optional<std::string> itemsText(const AttributeListValueBase& cell, const Attribute& attribute, Text&& text) {
     std::string sAll;
     bool boFirst = true;
     const bool boWalked = cell.boForEach<T>(attribute, [&](T& item) {
@@ -67,8 +66,8 @@ void ExportCommon::vExportAttribute(Element& parent, const Attribute& attribute,
     if (!mapping.boExported) return vLeftOutNote(attribute, cell, walk);
 
     if (boEntity)
-        return vExportReference(parent, attribute, static_cast<const AttributeEntity&>(cell).m_value,
-                                mapping.mode, walk);
+        return vExportReference(parent, attribute, static_cast<const AttributeEntity&>(cell).m_value, mapping.mode,
+                                walk);
     const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pType);
     if (!pDataType) return;
     if (pDataType->kind == def::schema::DataKind::Select)
@@ -91,8 +90,7 @@ void ExportCommon::vLeftOutNote(const Attribute& attribute, const AttributeBase&
 void ExportCommon::vExportReference(Element& parent, const Attribute& attribute, const Entity* pEntity,
                                     std::uint32_t mode, Walk& walk) {
     if (mode == 1 && pEntity)
-        vExportEntity(parent, *pEntity, def::schema::pAsEntity(attribute.types.front()), attribute.sName,
-                      walk);
+        vExportEntity(parent, *pEntity, def::schema::pAsEntity(attribute.types.front()), attribute.sName, walk);
     if (mode == 2 || mode == 3) parent.vAttributeSet(attribute.sName, sIdText(walk.iEntityIdGet(pEntity)));
 }
 
@@ -123,8 +121,7 @@ void ExportCommon::vExportSelect(Element& parent, const AttributeSelect& cell, c
     if (!cell.boValueGet(value)) return;
     if (value.pTypeInfo() && *value.pTypeInfo() == typeid(Entity)) {
         Element target = selectTarget(parent, attribute, boInList);
-        if (value.pEntityGet() && boNestsInstances(mode))
-            vExportEntity(target, *value.pEntityGet(), nullptr, {}, walk);
+        if (value.pEntityGet() && boNestsInstances(mode)) vExportEntity(target, *value.pEntityGet(), nullptr, {}, walk);
     } else if (Assert::isEnabled()) {
         // Bytes of none, an enumerator that is none, a list without a text: all else has one.
         Assert::addAssert("Format/Ifc/Xml/IfcXmlExport", "oxa::ifc::xml::ExportCommon::vExportSelect",
@@ -132,8 +129,8 @@ void ExportCommon::vExportSelect(Element& parent, const AttributeSelect& cell, c
     }
 }
 
-void ExportCommon::vExportList(Element& parent, const AttributeListValueBase& cell,
-                               const Attribute& attribute, std::uint32_t mode, Walk& walk) {
+void ExportCommon::vExportList(Element& parent, const AttributeListValueBase& cell, const Attribute& attribute,
+                               std::uint32_t mode, Walk& walk) {
     std::optional<std::string> text;
     switch (cell.m_eItemType.load()) {
     case AttributeType::Real:
@@ -142,8 +139,8 @@ void ExportCommon::vExportList(Element& parent, const AttributeListValueBase& ce
         if (text) parent.vAttributeSet(attribute.sName, *text);
         return;
     case AttributeType::String:
-        text = itemsText<char*>(cell, attribute,
-                                [](const char* pText) { return std::string_view(pText ? pText : ""); });
+        text =
+            itemsText<char*>(cell, attribute, [](const char* pText) { return std::string_view(pText ? pText : ""); });
         if (text && !text->empty()) parent.vAttributeSet(attribute.sName, *text);
         return;
     case AttributeType::Select: {

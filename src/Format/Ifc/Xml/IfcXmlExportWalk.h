@@ -48,8 +48,8 @@ struct ExportCommon::Walk : WriteInfoCommon {
     std::vector<Pending> m_pending;   // the next one last
     std::vector<Open> m_open;         // the innermost one last
 
-    bool m_boLeftOutNoted = false;          // what attributes name that the mapping leaves out is put into m_leftOut
-    std::deque<const Entity*> m_leftOut;    // in the order of the walk; an instance may be there more than once
+    bool m_boLeftOutNoted = false;         // what attributes name that the mapping leaves out is put into m_leftOut
+    std::deque<const Entity*> m_leftOut;   // in the order of the walk; an instance may be there more than once
 
 private:
     std::unordered_map<const def::schema::Entity*, std::vector<Step>, Hash> m_steps;

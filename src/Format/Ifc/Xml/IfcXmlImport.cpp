@@ -85,9 +85,8 @@ std::optional<std::string> schemaWord(std::string_view sNamespace) {
 }
 
 const def::schema::Entity* pTypeOf(const Data& data, const std::string& typeName) {
-    return data.pSchema()
-               ? def::schema::pAsEntity(data.pSchema()->pObjectFromName(std::string_view(typeName)))
-               : nullptr;
+    return data.pSchema() ? def::schema::pAsEntity(data.pSchema()->pObjectFromName(std::string_view(typeName)))
+                          : nullptr;
 }
 
 void vMissingId() {
@@ -101,8 +100,7 @@ void vReport(ReadInfoCommon& info, const char* sKey) {
 }
 
 // An inverse attribute of the type itself for that forward attribute: some documents name a relation this way.
-const AttributeInverse* pInverseForAttribute(const def::schema::Entity& type,
-                                             std::string_view sForAttribute) {
+const AttributeInverse* pInverseForAttribute(const def::schema::Entity& type, std::string_view sForAttribute) {
     for (const AttributeInverse& inverse : type.ownInverseAttributes)
         if (inverse.sForAttribute == sForAttribute) return &inverse;
     return nullptr;
@@ -118,17 +116,14 @@ bool ImportCommon::boLoad(const std::string& path) const {
     return m_pFile->parse(file, nullptr).has_value();
 }
 
-bool ImportCommon::boLoad(std::istream& in) const {
-    return m_pFile->parse(in, "Import xml file", nullptr).has_value();
-}
+bool ImportCommon::boLoad(std::istream& in) const { return m_pFile->parse(in, "Import xml file", nullptr).has_value(); }
 
 Import::Import() {
-    m_pFile = std::make_unique<oxa::xml::File>(nullptr, oxa::xml::VerboseLevel::Default,
-                                               oxa::xml::ValidateLevel::Default);
+    m_pFile =
+        std::make_unique<oxa::xml::File>(nullptr, oxa::xml::VerboseLevel::Default, oxa::xml::ValidateLevel::Default);
 }
 
-bool Import::boImportHeader(FileBase& file,
-                            std::function<def::SchemaPset*(const std::string&)> schemaFromName) {
+bool Import::boImportHeader(FileBase& file, std::function<def::SchemaPset*(const std::string&)> schemaFromName) {
     const std::optional<const_Element> root = m_pFile->RootElementGet();
     const std::optional<const_Attr> uri = root ? root->AttributeNodeGet("xmlns") : std::nullopt;
     if (!uri) return false;
@@ -153,8 +148,7 @@ bool Import::boImportData(Data& data) {
     ReadInfoCommon info(errors);
     const std::optional<const_Element> root = m_pFile->RootElementGet();
     if (!root) return false;
-    for (std::optional<const_Node> node = root->ChildNodesGet().getFirstItem(); node;
-         node = node->NextSiblingGet()) {
+    for (std::optional<const_Node> node = root->ChildNodesGet().getFirstItem(); node; node = node->NextSiblingGet()) {
         const std::optional<const_Element> element = const_Element::toWrapper(*node);
         if (element && element->getNodeName().starts_with("Ifc"))
             entityNodeImport(*element, std::string(element->getNodeName()), data, info);
@@ -176,8 +170,8 @@ Entity* Import::entityNodeImport(const const_Element& element, const std::string
     return nullptr;
 }
 
-Entity* Import::entityDefine(const const_Element& element, const std::string& typeName, long long iId,
-                             Data& data, ReadInfoCommon& info) {
+Entity* Import::entityDefine(const const_Element& element, const std::string& typeName, long long iId, Data& data,
+                             ReadInfoCommon& info) {
     EntitySlot& slot = info.slotGet(data, static_cast<std::size_t>(iId));
     slot.vReferencedSet();
     // Known before it is read, so that what it nests may refer to it.
@@ -187,8 +181,8 @@ Entity* Import::entityDefine(const const_Element& element, const std::string& ty
     return &slot.entity;
 }
 
-bool Import::boEntityRead(const const_Element& element, Entity& entity, const std::string& typeName,
-                          Data& data, ReadInfoCommon& info) {
+bool Import::boEntityRead(const const_Element& element, Entity& entity, const std::string& typeName, Data& data,
+                          ReadInfoCommon& info) {
     const def::schema::Entity* pType = pTypeOf(data, typeName);
     if (!pType) {
         vReport(info, "Error_UnknownEntityType");
@@ -197,8 +191,7 @@ bool Import::boEntityRead(const const_Element& element, Entity& entity, const st
     // A number that the document gives twice begins anew.
     entity.vSchemaEntitySet(data, *pType, true);
     const oxa::xml::const_NamedNodeMap attributes = element.AttributesGet();
-    for (std::size_t i = 0; i < attributes.LengthGet(); ++i)
-        vNodeRead(attributes.ItemGet(i), entity, data, info);
+    for (std::size_t i = 0; i < attributes.LengthGet(); ++i) vNodeRead(attributes.ItemGet(i), entity, data, info);
     for (std::optional<const_Node> node = element.FirstChildGet(); node; node = node->NextSiblingGet())
         if (const_Element::toWrapper(*node)) vNodeRead(*node, entity, data, info);
     return true;

@@ -47,13 +47,13 @@ void vValueFault() {
 // The value inside <IfcLabel-wrapper>: the element's name says its type.
 void vWrappedValueRead(Entity& entity, const const_Element& wrapper, const Attribute& attribute, Data& data) {
     const std::string_view sName = wrapper.getNodeName();
-    const auto* pType = def::schema::pAsType(
-        data.pSchema()->pObjectFromName(sName.substr(0, sName.size() - g_sWrapper.size())));
+    const auto* pType =
+        def::schema::pAsType(data.pSchema()->pObjectFromName(sName.substr(0, sName.size() - g_sWrapper.size())));
     const std::optional<const_Node> value = wrapper.FirstChildGet();
     if (!pType || !value) return;
     AttributeBase* pCell = pCellOf(entity, attribute);
-    if (!pCell || !pCell->boValueAsXmlStringSet(*attribute.types.front(), std::string(value->getNodeValue()),
-                                                attribute, data, {pType}))
+    if (!pCell || !pCell->boValueAsXmlStringSet(*attribute.types.front(), std::string(value->getNodeValue()), attribute,
+                                                data, {pType}))
         vValueFault();
 }
 
@@ -88,8 +88,7 @@ void Import::vSelectRead(Entity& entity, const const_Node& node, const Attribute
     const std::optional<const_Element> element = child ? const_Element::toWrapper(*child) : std::nullopt;
     if (!element) return;
     const std::string sName(element->getNodeName());
-    if (sName.find(g_sWrapper) != std::string::npos)
-        return vWrappedValueRead(entity, *element, attribute, data);
+    if (sName.find(g_sWrapper) != std::string::npos) return vWrappedValueRead(entity, *element, attribute, data);
     const IfcSelectBase value(entityNodeImport(*element, sName, data, info));
     entity.boValueSet(AttributeName(attribute), value, data);
 }
@@ -105,8 +104,8 @@ void Import::vListRead(Entity& entity, const const_Node& node, const Attribute& 
                        ReadInfoCommon& info) {
     if (!const_Element::toWrapper(node)) {
         if (AttributeBase* pCell = pCellOf(entity, attribute))
-            pCell->boValueAsXmlStringsSet(*attribute.types.front(), itemsOf(node.getNodeValue()), attribute,
-                                          data, attribute.types);
+            pCell->boValueAsXmlStringsSet(*attribute.types.front(), itemsOf(node.getNodeValue()), attribute, data,
+                                          attribute.types);
         return;
     }
     std::vector<Entity*> items;
@@ -122,8 +121,8 @@ void Import::vListRead(Entity& entity, const const_Node& node, const Attribute& 
     }
 }
 
-void Import::vInverseRead(Entity& entity, const const_Node& node,
-                          const def::schema::AttributeInverse& inverse, Data& data, ReadInfoCommon& info) {
+void Import::vInverseRead(Entity& entity, const const_Node& node, const def::schema::AttributeInverse& inverse,
+                          Data& data, ReadInfoCommon& info) {
     const Attribute* pForward = inverse.pForAttribute;
     if (!pForward || !pForward->pOwner || pForward->types.empty()) return;
     const AttributeName name(*pForward);

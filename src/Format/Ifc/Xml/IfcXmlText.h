@@ -12,9 +12,7 @@ namespace oxa::ifc::xml {
 // The number in an "id" or "ref": from the first digit on; 0 without one, the largest for more than that.
 [[nodiscard]] inline long long iIdOf(std::string_view text) {
     const std::size_t iDigit = text.find_first_of("0123456789");
-    return iDigit == std::string_view::npos
-               ? 0
-               : std::strtoll(std::string(text.substr(iDigit)).c_str(), nullptr, 10);
+    return iDigit == std::string_view::npos ? 0 : std::strtoll(std::string(text.substr(iDigit)).c_str(), nullptr, 10);
 }
 
 // The texts between runs of white space: what std::regex gives for "\s+", which takes a level of the stack for each

@@ -99,8 +99,7 @@ TEST(ThreadedLoop, WaitsForItsIntervalBetweenTwoCalls) {
     ASSERT_TRUE(boComesTrue([&] { return iCalls >= 4; }));
     loop.vStop();
     EXPECT_GE(calls.front() - start, g_interval);
-    for (std::size_t i = 1; i < calls.size(); ++i)
-        EXPECT_GE(calls[i] - calls[i - 1], g_interval) << "call " << i;
+    for (std::size_t i = 1; i < calls.size(); ++i) EXPECT_GE(calls[i] - calls[i - 1], g_interval) << "call " << i;
 }
 
 TEST(ThreadedLoop, IsWokenByTheStop) {
@@ -228,8 +227,7 @@ std::string sWrittenBy() {
 TEST(ThreadedLoop, WritesWhatIsThrownAndGoesOn) {
     EXPECT_EQ(sWrittenBy<ThrowsText>(),
               "Assert in ThreadedLoop(" + std::string(typeid(ThrowsText).name()) + "): no more paper\n");
-    EXPECT_EQ(sWrittenBy<ThrowsNumber>(),
-              "Assert in ThreadedLoop(" + std::string(typeid(ThrowsNumber).name()) + ")\n");
+    EXPECT_EQ(sWrittenBy<ThrowsNumber>(), "Assert in ThreadedLoop(" + std::string(typeid(ThrowsNumber).name()) + ")\n");
 }
 
 TEST(ThreadedLoop, TakesAnExceptionForFalse) {

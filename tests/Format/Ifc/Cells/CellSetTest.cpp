@@ -234,8 +234,7 @@ TEST(AttributeSelect, StoresEachKind) {
              "$ Select 10:IFCREALARRAY(List 1[1, 2])"},
             {"list of integers", nullptr, typed("IFCCOUNTS", std::vector{1LL, 2LL}), true,
              "$ Select 11:IFCCOUNTS(List 3[1, 2])"},
-            {"list of reals", nullptr, typed("IFCREALS", std::vector{1.5}), true,
-             "$ Select 11:IFCREALS(List 1[1.5])"},
+            {"list of reals", nullptr, typed("IFCREALS", std::vector{1.5}), true, "$ Select 11:IFCREALS(List 1[1.5])"},
             {"set of references", nullptr, typed("IFCTHINGS", both), true, sSet.c_str()},
             {"an empty set", nullptr, typed("IFCTHINGS", std::set<Entity*>()), true,
              "$ Select 12:IFCTHINGS(List 13 null)"},
@@ -268,10 +267,20 @@ TEST(AttributeSelect, RefusesOtherTypes) {
             {"integers for an array", g_sBefore, typed("IFCREALARRAY", std::vector{1LL}), false, g_sAfter},
             {"double for a list", g_sBefore, typed("IFCREALS", 1.5), false, g_sAfter},
             {"reals for a set", g_sBefore, typed("IFCTHINGS", std::vector{1.5}), false, g_sAfter},
-            {"an array without an object", g_sBefore, typed("IFCREALARRAY", std::vector{1.0}), false, g_sAfter, {},
+            {"an array without an object",
+             g_sBefore,
+             typed("IFCREALARRAY", std::vector{1.0}),
+             false,
+             g_sAfter,
+             {},
              Object::None},
-            {"a list without an object", g_sBefore, typed("IFCREALS", std::vector{1.0}), false, g_sAfter,
-             {g_sNotImplemented}, Object::None},
+            {"a list without an object",
+             g_sBefore,
+             typed("IFCREALS", std::vector{1.0}),
+             false,
+             g_sAfter,
+             {g_sNotImplemented},
+             Object::None},
         },
         setter);
 }
@@ -551,7 +560,9 @@ TEST(AttributeSelect, TypeCreatePreparesTheCell) {
         {"integer", {"IFCCOUNT"}, "$ Select 3:IFCCOUNT(Integer 0)", "Select 3:IFCCOUNT(Integer 0)"},
         {"number", {"IFCNUMERIC"}, "$ Select 4:IFCNUMERIC(Number 0)", "Select 4:IFCNUMERIC(Number 0)"},
         {"string", {"IFCLABEL"}, "$ Select 5:IFCLABEL(String null)", g_sLabel},
-        {"another type of string", {"IFCGLOBALLYUNIQUEID"}, "$ Select 5:IFCGLOBALLYUNIQUEID(String null)",
+        {"another type of string",
+         {"IFCGLOBALLYUNIQUEID"},
+         "$ Select 5:IFCGLOBALLYUNIQUEID(String null)",
          "Select 5:IFCGLOBALLYUNIQUEID(String 'x')"},
         {"logical", {"IFCANSWER"}, "$ Select 6:IFCANSWER(Logical false)", "Select 6:IFCANSWER(Logical false)"},
         {"binary", {"IFCBLOB"}, g_sNone, g_sLabel, refused},
@@ -586,9 +597,7 @@ TEST(AttributeSelect, TypeCreateNeedsADataType) {
 
 // The leak check of a sanitizer tells what is not freed, the heap itself what is freed and should not be.
 TEST(AttributeSelect, FreesWhatDoesNotLieInThePool) {
-    const auto pHeap = []<class Cell>(std::type_identity<Cell>) {
-        return ::new (std::malloc(sizeof(Cell))) Cell;
-    };
+    const auto pHeap = []<class Cell>(std::type_identity<Cell>) { return ::new (std::malloc(sizeof(Cell))) Cell; };
     const auto vEnd = [](AttributeType eType, const char* sType, AttributeBase* pValue, bool boPooled) {
         AttributeSelect select;
         select.m_eType = eType;

@@ -130,7 +130,7 @@ TEST(AttributeBase, AGuidIsKnownByTheFirstTypeOfTheAttribute) {
     EXPECT_EQ(AttributeBase::cellClass(&type, attribute), CellClass::String) << "another name with the same hash";
 }
 
-// What is thrown, as "text" in quotes for a char const*, else the text of the oxa::exception.
+// What is thrown, as "text" in quotes for a const char*, else the text of the oxa::exception.
 template <class Call>
 std::string sThrown(Call&& call) {
     try {
@@ -154,8 +154,7 @@ TEST(AttributeBase, AKindOutsideTheTwelveIsAnInsideFault) {
         EXPECT_EQ(AttributeBase::cellClass(&type, attribute), CellClass::Illegal);
         EXPECT_EQ(sThrown([&] { (void)AttributeBase::iAttributeSizeFromSchemaAttribute(type, attribute); }),
                   "\"Illegal value\"");
-        EXPECT_EQ(sThrown([&] { (void)AttributeBase::TypeFromSchemaAttribute(attribute); }),
-                  "\"illegal type\"");
+        EXPECT_EQ(sThrown([&] { (void)AttributeBase::TypeFromSchemaAttribute(attribute); }), "\"illegal type\"");
         EXPECT_EQ(sThrown([&] { AttributeBase::vAttributeNew(type, attribute, cell, nullptr, &eType); }),
                   "\"illegal type\"");
         EXPECT_EQ(eType, AttributeType::Unknown);
@@ -248,12 +247,9 @@ TEST(AttributeBase, CopiesTheFlagsButNotWhoOwnsTheMemory) {
         bool boValue;
     };
     const Row rows[] = {
-        {"a value", {false, false, true, false}, true},
-        {"of heap memory", {false, false, false, false}, true},
-        {"a GUID", {false, false, true, true}, true},
-        {"derived", {true, false, true, false}, false},
-        {"undefined", {false, true, false, true}, false},
-        {"both", {true, true, true, false}, false},
+        {"a value", {false, false, true, false}, true},   {"of heap memory", {false, false, false, false}, true},
+        {"a GUID", {false, false, true, true}, true},     {"derived", {true, false, true, false}, false},
+        {"undefined", {false, true, false, true}, false}, {"both", {true, true, true, false}, false},
     };
     for (const Row& row : rows) {
         for (const bool boPooled : {false, true}) {

@@ -15,7 +15,8 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 using BytesView = std::pair<unsigned char*, std::size_t>;
 
-constexpr char g_sUnknown[] = "oxa::ifc::AttributeListValueBase::boForEach: boForEach not implemented for this item type";
+constexpr char g_sUnknown[] =
+    "oxa::ifc::AttributeListValueBase::boForEach: boForEach not implemented for this item type";
 constexpr char g_sGuid[] = "'0$aBcDeFgHiJkLmNoPqRsT'";
 
 std::string sRows(const char* sType) {
@@ -135,28 +136,42 @@ TEST(AttributeListWalk, MeetsItemsOfTheirType) {
         {"unsigned char", walks<unsigned char>(), true},
         {"long long", walks<long long>(), true, {{"Integers", "yes: 1 -2"}, {"Selects", "no: 7"}}},
         {"unsigned long long", walks<unsigned long long>(), true},
-        {"double", walks<double>(), true,
+        {"double",
+         walks<double>(),
+         true,
          {{"Reals", "yes: 1.5 2"}, {"NamedReals", "yes: 1 2 3"}, {"Selects", "no: 1.5 2 3"}}},
         {"bool", walks<bool>(), true},
         {"char *", walks<char*>(), true, {{"Texts", "yes: a "}, {"Selects", "no: a"}}},
         {"std::string", walks<std::string>(), true},
         {"std::vector<unsigned char>", walks<Bytes>(), true, {{"Blobs", "yes: 1 bytes 0 bytes"}}},
-        {"std::pair<unsigned char *,std::size_t>", walks<BytesView>(), true,
+        {"std::pair<unsigned char *,std::size_t>",
+         walks<BytesView>(),
+         true,
          {{"Blobs", "yes: 1 bytes at 171 0 bytes at the end"}}},
         {"Guid", walks<Guid>(), true},
         {"LogicalValue", walks<LogicalValue>(), true},
-        {"AttributeSelect", walks<AttributeSelect>(), true,
+        {"AttributeSelect",
+         walks<AttributeSelect>(),
+         true,
          {{"Selects", "yes: select 1 select 13 select 11 select 9 select 0 select 5"}}},
-        {"Entity *", walks<Entity*>(), true,
+        {"Entity *",
+         walks<Entity*>(),
+         true,
          {{"Things", "yes: #5 #6"}, {"ThingSelects", "yes: #5"}, {"Selects", "no: #5"}}},
         // a whole list is one value; in a list of lists, a row is
-        {"2D Point", walks<math::_2d::Point>(), false,
+        {"2D Point",
+         walks<math::_2d::Point>(),
+         false,
          {{"Reals", "yes: < 1.5 2 >"}, {"Selects", "no: < 2 3 >"}, {"RealRows", "yes: < 1 2 > < 3 4 >"}}},
-        {"2D Vector", walks<math::_2d::Vector>(), false,
+        {"2D Vector",
+         walks<math::_2d::Vector>(),
+         false,
          {{"Reals", "yes: < 1.5 2 >"}, {"Selects", "no: < 2 3 >"}, {"RealRows", "yes: < 1 2 > < 3 4 >"}}},
         {"3D Point", walks<math::_3d::Point>(), false, {{"NamedReals", "yes: < 1 2 3 >"}}},
         {"3D Vector", walks<math::_3d::Vector>(), false, {{"NamedReals", "yes: < 1 2 3 >"}}},
-        {"IfcArray<double,2>", walks<IfcArray<double, 2>>(), false,
+        {"IfcArray<double,2>",
+         walks<IfcArray<double, 2>>(),
+         false,
          {{"Reals", "yes: < 1.5 2 >"}, {"Selects", "no: < 2 3 >"}, {"RealRows", "yes: < 1 2 > < 3 4 >"}}},
         {"IfcArray<double,3>", walks<IfcArray<double, 3>>(), false, {{"NamedReals", "yes: < 1 2 3 >"}}},
         {"IfcArray<long long,2>", walks<IfcArray<long long, 2>>(), false, {{"Integers", "yes: < 1 -2 >"}}},
@@ -307,8 +322,8 @@ TEST(AttributeListWalk, StopsWhereTheFunctionSaysSo) {
          "no: select 13 select 0 select 5"},
         {"RealRows", "((1.,2.),(3.,4.),(5.,6.))", sWalkList<std::vector<double>>, "no: (1 2)", "no: (1 2) (3 4)",
          "no: (1 2) (3 4) (5 6)"},
-        {"RealRows", "((1.,2.),(3.,4.),(5.,6.))", sWalkList<math::_2d::Point>, "no: < 1 2 >",
-         "no: < 1 2 > < 3 4 >", "no: < 1 2 > < 3 4 > < 5 6 >"},
+        {"RealRows", "((1.,2.),(3.,4.),(5.,6.))", sWalkList<math::_2d::Point>, "no: < 1 2 >", "no: < 1 2 > < 3 4 >",
+         "no: < 1 2 > < 3 4 > < 5 6 >"},
     };
     CellSetter setter;
     for (const auto& row : table) {
@@ -340,14 +355,14 @@ struct CellTarget {
     const char* token;
 };
 const CellTarget g_cells[] = {
-    {"First", ".T."}, {"Re", "1.5"},   {"Nu", "2"},      {"In", "-3"},    {"Lo", ".U."},   {"St", "'a'"},
-    {"Gu", g_sGuid},  {"Bi", "\"0AB\""}, {"En", ".RED."}, {"Th", "#5"},     {"Reals", "(1.,2.)"}, {"Things", "(#5)"},
+    {"First", ".T."}, {"Re", "1.5"},     {"Nu", "2"},     {"In", "-3"}, {"Lo", ".U."},        {"St", "'a'"},
+    {"Gu", g_sGuid},  {"Bi", "\"0AB\""}, {"En", ".RED."}, {"Th", "#5"}, {"Reals", "(1.,2.)"}, {"Things", "(#5)"},
 };
 // The same inside of a select, and what only a select can hold.
 const char* const g_selected[] = {
-    "IFCFLAG(.T.)",   "IFCLENGTHMEASURE(1.5)", "IFCNUMERIC(2)",    "IFCCOUNT(-3)",           "IFCANSWER(.U.)",
-    "IFCLABEL('a')",  "IFCBLOB(\"0AB\")",      "IFCCOLOUR(.RED.)", "#5",                     "IFCREALS((1.,2.))",
-    "IFCTHINGS((#5))", "IFCINNER(IFCCOUNT(-3))", "IFCINNER(#5)",   "IFCINNER($)",            "IFCLABEL($)",
+    "IFCFLAG(.T.)",    "IFCLENGTHMEASURE(1.5)",  "IFCNUMERIC(2)",    "IFCCOUNT(-3)", "IFCANSWER(.U.)",
+    "IFCLABEL('a')",   "IFCBLOB(\"0AB\")",       "IFCCOLOUR(.RED.)", "#5",           "IFCREALS((1.,2.))",
+    "IFCTHINGS((#5))", "IFCINNER(IFCCOUNT(-3))", "IFCINNER(#5)",     "IFCINNER($)",  "IFCLABEL($)",
     "IFCCOUNT(*)",
 };
 
@@ -379,18 +394,23 @@ TEST(AttributeWalk, MeetsSingleValuesOfTheirKind) {
         {"IfcArray<double,2>", walksCell<IfcArray<double, 2>>()},
         {"IfcArray<long long,3>", walksCell<IfcArray<long long, 3>>()},
         {"vector of double", walksCell<std::vector<double>>()},
-        {"double", walksCell<double>(),
+        {"double",
+         walksCell<double>(),
          {{"Re", "yes: 1.5"}, {"Nu", "yes: 2"}, {"IFCLENGTHMEASURE(1.5)", "yes: 1.5"}, {"IFCNUMERIC(2)", "yes: 2"}}},
-        {"long long", walksCell<long long>(),
+        {"long long",
+         walksCell<long long>(),
          {{"In", "yes: -3"}, {"IFCCOUNT(-3)", "yes: -3"}, {"IFCINNER(IFCCOUNT(-3))", "yes: -3"}}},
         {"bool", walksCell<bool>(), {{"First", "yes: T"}, {"IFCFLAG(.T.)", "yes: T"}}},
         {"LogicalValue", walksCell<LogicalValue>(), {{"Lo", "yes: -1"}, {"IFCANSWER(.U.)", "yes: -1"}}},
         {"Guid", walksCell<Guid>(), {{"Gu", "yes: 0$aBcDeFgHiJkLmNoPqRsT"}}},
-        {"char *", walksCell<char*>(),
+        {"char *",
+         walksCell<char*>(),
          {{"St", "yes: a"}, {"En", "yes: RED"}, {"IFCLABEL('a')", "yes: a"}, {"IFCCOLOUR(.RED.)", "yes: RED"}}},
-        {"std::vector<unsigned char>", walksCell<Bytes>(),
+        {"std::vector<unsigned char>",
+         walksCell<Bytes>(),
          {{"Bi", "yes: 1 bytes"}, {"IFCBLOB(\"0AB\")", "yes: 1 bytes"}}},
-        {"bytes in place", walksCell<BytesView>(),
+        {"bytes in place",
+         walksCell<BytesView>(),
          {{"Bi", "yes: 1 bytes at 171"}, {"IFCBLOB(\"0AB\")", "yes: 1 bytes at 171"}}},
         {"Entity *", walksCell<Entity*>(), {{"Th", "yes: #5"}, {"#5", "yes: #5"}, {"IFCINNER(#5)", "yes: #5"}}},
     };
@@ -477,7 +497,8 @@ TEST(AttributeWalk, NeedsATypeOfTheAttribute) {
         AttributeReal without;
         without.m_boDerived = boDerived;
         without.m_boUndefined = !boDerived;
-        EXPECT_FALSE(AttributeBase::boForEach<double>(without, attribute, [](double&) { return true; }, true, true));
+        EXPECT_FALSE(AttributeBase::boForEach<double>(
+            without, attribute, [](double&) { return true; }, true, true));
     }
 }
 

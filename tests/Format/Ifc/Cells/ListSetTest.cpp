@@ -32,11 +32,11 @@ struct Target {
     const char* sRefused;
 };
 const Target g_targets[] = {
-    {"Reals", "$ List 1 null"},     {"Integers", "$ List 3 null"},     {"Texts", "$ List 5 null"},
-    {"Blobs", "$ List 7 null"},     {"Selects", "$ List 9 null"},      {"RealRows", "$ List 11 null"},
-    {"SetRows", "$ List 12 null"},  {"Things", "$ List 13 null"},      {"Flags", "$ List 0 null"},
-    {"Numbers", "$ List 1 null"},   {"IntegerRows", "$ List 11 null"}, {"ThingRows", "$ List 11 null"},
-    {"Cube", "$ List 11 null"},     {"ThingSelects", "$ List 13 null"}, {"NamedReals", "$ List 1 null"},
+    {"Reals", "$ List 1 null"},    {"Integers", "$ List 3 null"},      {"Texts", "$ List 5 null"},
+    {"Blobs", "$ List 7 null"},    {"Selects", "$ List 9 null"},       {"RealRows", "$ List 11 null"},
+    {"SetRows", "$ List 12 null"}, {"Things", "$ List 13 null"},       {"Flags", "$ List 0 null"},
+    {"Numbers", "$ List 1 null"},  {"IntegerRows", "$ List 11 null"},  {"ThingRows", "$ List 11 null"},
+    {"Cube", "$ List 11 null"},    {"ThingSelects", "$ List 13 null"}, {"NamedReals", "$ List 1 null"},
 };
 
 // Stores a value in the list of that attribute.
@@ -46,15 +46,13 @@ using Accepted = std::map<std::string, std::string>;   // attribute, cell afterw
 template <class T>
 Store sets(T value) {
     return [value](CellSetter& setter, const char* sAttribute) {
-        return setter.cell<AttributeList>(sAttribute)
-            .boValueSet(value, setter.pTypeOf(sAttribute), setter.data.pool());
+        return setter.cell<AttributeList>(sAttribute).boValueSet(value, setter.pTypeOf(sAttribute), setter.data.pool());
     };
 }
 template <class T>
 Store pushes(T value) {
     return [value](CellSetter& setter, const char* sAttribute) {
-        return setter.cell<AttributeList>(sAttribute)
-            .boPushBackValue(value, setter.attribute(sAttribute), setter.data);
+        return setter.cell<AttributeList>(sAttribute).boPushBackValue(value, setter.attribute(sAttribute), setter.data);
     };
 }
 
@@ -132,7 +130,8 @@ TEST(AttributeListSet, TakesWhatFitsTheItemType) {
             {"2D vector", sets(math::_2d::Vector{{1, 2}}), each({"Reals", "Numbers", "NamedReals"}, "1[1, 2]")},
             {"3D point", sets(point3), each({"Reals", "Numbers", "NamedReals"}, "1[1, 2, 3]")},
             {"3D vector", sets(math::_3d::Vector{{1, 2, 3}}), each({"Reals", "Numbers", "NamedReals"}, "1[1, 2, 3]")},
-            {"pairs of doubles", sets(std::vector<IfcArray<double, 2>>{{{1, 2}}}), rows("RealRows", "11[List 1[1, 2]]")},
+            {"pairs of doubles", sets(std::vector<IfcArray<double, 2>>{{{1, 2}}}),
+             rows("RealRows", "11[List 1[1, 2]]")},
             {"triples of doubles", sets(std::vector<IfcArray<double, 3>>{{{1, 2, 3}}}),
              rows("RealRows", "11[List 1[1, 2, 3]]")},
             {"triples of integers", sets(std::vector<IfcArray<long long, 3>>{{{1, 2, 3}}}),
@@ -264,15 +263,25 @@ TEST(AttributeListSet, LeavesARefusedSelectAsItWas) {
         std::vector<IfcSelectBase> values;
         const char* sCell;
     } cases[] = {
-        {"undefined", "(IFCLABEL('a'),$)", {taken, IfcSelectBase()},
+        {"undefined",
+         "(IFCLABEL('a'),$)",
+         {taken, IfcSelectBase()},
          "List 9[Select 5:IFCLABEL(String 'z'), $ Select 0:(null)]"},
-        {"derived", "(IFCLABEL('a'),*)", {taken, IfcSelectBase()},
+        {"derived",
+         "(IFCLABEL('a'),*)",
+         {taken, IfcSelectBase()},
          "List 9[Select 5:IFCLABEL(String 'z'), * Select 0:(null)]"},
-        {"a value", "(IFCLABEL('a'),#5)", {taken, typed("IFCCOUNT", 1.5)},
+        {"a value",
+         "(IFCLABEL('a'),#5)",
+         {taken, typed("IFCCOUNT", 1.5)},
          "List 9[Select 5:IFCLABEL(String 'z'), Select 13:(#5)]"},
-        {"an enumerator in the first", "($,#5)", {typed<const char*>("IFCCOLOUR", "BLUE"), taken},
+        {"an enumerator in the first",
+         "($,#5)",
+         {typed<const char*>("IFCCOLOUR", "BLUE"), taken},
          "List 9[$ Select 0:(null), Select 5:IFCLABEL(String 'z')]"},
-        {"a new block", "()", {IfcSelectBase(), IfcSelectBase(), taken},
+        {"a new block",
+         "()",
+         {IfcSelectBase(), IfcSelectBase(), taken},
          "List 9[Select 0:(null), ~ Select 0:(null), Select 5:IFCLABEL(String 'z')]"},
     };
     CellSetter setter;
@@ -461,8 +470,7 @@ TEST(AttributeListPush, MovesTheItemsToANewBlock) {
          "List 9[Select 3:IFCCOUNT(Integer 1), $ Select 0:(null), Select 13:(#5), Select 5:IFCLABEL(String 'a')]"},
         {"Selects", "(#5)", pushes(IfcSelectBase()), "List 9[Select 13:(#5), Select 0:(null)]"},
         {"Selects", "(#5)", pushes(typed("IFCCOUNT", 1.5)), "List 9[Select 13:(#5), Select 0:(null)]"},
-        {"ThingRows", "((#5),())", pushes(std::vector<Entity*>{p5}),
-         "List 11[List 13[#5], List 13 null, List 13[#5]]"},
+        {"ThingRows", "((#5),())", pushes(std::vector<Entity*>{p5}), "List 11[List 13[#5], List 13 null, List 13[#5]]"},
         {"ThingRows", "((#5))", pushes(std::vector<Entity*>()), "List 11[List 13[#5], List 13 null]"},
     };
     for (const auto& row : cases) {
@@ -569,7 +577,11 @@ TEST(AttributeListCreate, PreparesTheBlock) {
         {"enumeration", {"IFCCOLOUR"}, 2, g_sNone},
         {"array", {"IFCREALARRAY"}, 2, g_sNone},
         {"set", {"IFCTHINGS"}, 2, g_sNone},
-        {"string, marked as GUID", {"IFCLABEL"}, 2, "$? List 0 null", true,
+        {"string, marked as GUID",
+         {"IFCLABEL"},
+         2,
+         "$? List 0 null",
+         true,
          {"oxa::ifc::AttributeListValueBase::vTypeListCreate: Not implemented"}},
         {"real, marked as GUID", {"IFCLENGTHMEASURE"}, 1, "$? List 1[0]", true},
     };

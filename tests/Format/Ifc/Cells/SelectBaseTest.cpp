@@ -12,9 +12,7 @@ namespace {
 
 using types::IfcSelectBase;
 
-const def::schema::Type* pLabel() {
-    return cellSchema().pTypeFromName(def::schema::ObjectName("IFCLABEL"));
-}
+const def::schema::Type* pLabel() { return cellSchema().pTypeFromName(def::schema::ObjectName("IFCLABEL")); }
 
 // A typed value that counts itself.
 class Counted final : public IfcSelectBase::TypeDataBase {
@@ -152,8 +150,7 @@ TEST(IfcSelectBase, OwnsItsTypedValue) {
 
 TEST(IfcSelectBase, TellsATypedValueThatIsNull) {
     const AssertLog log;
-    const std::vector<std::string> once = {
-        "!(*m_pTypeInfo == typeid(TypeDataBase) && m_uValue.pType == nullptr)"};
+    const std::vector<std::string> once = {"!(*m_pTypeInfo == typeid(TypeDataBase) && m_uValue.pType == nullptr)"};
     {
         IfcSelectBase value;
         value.vTypeDataSet(nullptr);

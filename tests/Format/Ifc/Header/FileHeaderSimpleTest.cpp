@@ -42,10 +42,10 @@ const ReadRow g_readRows[] = {
     {"digits as far as they go", "Ifc file simple;\nIFC4;\n 7x8;\n", true, "IFC4", rootId(7)},
     {"20 digits, the most", "Ifc file simple;\nIFC4;\n18446744073709551615;\n", true, "IFC4",
      rootId(18446744073709551615u)},
-    {"39 characters of a number", "Ifc file simple;\nIFC4;\n000000000000000000000000000000000000012\n", true,
-     "IFC4", rootId(12)},
-    {"40 are too many, and cut", "Ifc file simple;\nIFC4;\n0000000000000000000000000000000000000123\n", true,
-     "IFC4", rootId(12)},
+    {"39 characters of a number", "Ifc file simple;\nIFC4;\n000000000000000000000000000000000000012\n", true, "IFC4",
+     rootId(12)},
+    {"40 are too many, and cut", "Ifc file simple;\nIFC4;\n0000000000000000000000000000000000000123\n", true, "IFC4",
+     rootId(12)},
     {"beyond 32 bits", "Ifc file simple;\nIFC4;\n4294967297;\n", true, "IFC4", rootId(4294967297)},
     {"no line end behind the third line", "Ifc file simple;\nIFC4;\n12;", true, "IFC4", rootId(12)},
     {"no third line", "Ifc file simple;\nIFC4;\n", true, "IFC4", rootId(0)},
@@ -60,8 +60,8 @@ const ReadRow g_readRows[] = {
      "Ifc file simple;\n"
      "A23456789B123456789C123456789D123456789;\n*;\n",
      true, "A23456789B123456789C123456789D123456789", rootId(0)},
-    {"a long first line leaves the rest empty",
-     "Ifc file simple and much more than a line may hold\nIFC4;\n*;\n", true, "", rootId(0)},
+    {"a long first line leaves the rest empty", "Ifc file simple and much more than a line may hold\nIFC4;\n*;\n", true,
+     "", rootId(0)},
     {"empty stream", "", false, "", g_notSet},
     {"nothing but the first line", "Ifc file simple;", false, "", g_notSet},
     {"another first line", "ISO-10303-21;\nIFC4;\n12;\n", false, "", g_notSet},
@@ -119,11 +119,7 @@ struct LineRow {
     std::string sLine;
     std::string_view sSchemaName;
 };
-const LineRow g_lineRows[] = {{"IFC4;", "IFC4"},
-                              {"IFC4", "IFC4"},
-                              {"", "before"},
-                              {";", ""},
-                              {"IFC4; ", "IFC4; "}};
+const LineRow g_lineRows[] = {{"IFC4;", "IFC4"}, {"IFC4", "IFC4"}, {"", "before"}, {";", ""}, {"IFC4; ", "IFC4; "}};
 
 TEST(FileHeaderSimple, LineIsTheSchemaName) {
     for (const LineRow& row : g_lineRows) {
@@ -147,13 +143,12 @@ struct WriteRow {
 };
 const WriteRow g_writeRows[] = {
     {"root instance", "IFC4", rootId(12), true, "Ifc file simple;\nIFC4;\n12;\n", false},
-    {"the largest number", "IFC4", rootId(~0ull), true, "Ifc file simple;\nIFC4;\n18446744073709551615;\n",
-     false},
+    {"the largest number", "IFC4", rootId(~0ull), true, "Ifc file simple;\nIFC4;\n18446744073709551615;\n", false},
     {"number 0 is a number", "IFC4", rootId(0), true, "Ifc file simple;\nIFC4;\n0;\n", false},
     {"whole model", "IFC4", g_whole, true, "Ifc file simple;\nIFC4;\n*;\n", false},
     {"not set", "IFC4", g_notSet, true, "Ifc file simple;\nIFC4;\n", true},
-    {"whole model with a number", "IFC4", ExportInfo(std::in_place_index<1>, 1), true,
-     "Ifc file simple;\nIFC4;\n", true},
+    {"whole model with a number", "IFC4", ExportInfo(std::in_place_index<1>, 1), true, "Ifc file simple;\nIFC4;\n",
+     true},
     {"no schema", "", rootId(12), false, "", false},
     {"no schema and not set", "", g_notSet, false, "", false},
 };
@@ -169,8 +164,7 @@ TEST(FileHeaderSimple, WritesThreeLines) {
         io::WriteError errors;
         EXPECT_EQ(header.boWrite(out, errors), row.boWritten);
         EXPECT_EQ(out.str(), row.sText);
-        EXPECT_EQ(log.texts(),
-                  std::vector<std::string>(row.boAssertion ? 1 : 0, "Export information wasn't set."));
+        EXPECT_EQ(log.texts(), std::vector<std::string>(row.boAssertion ? 1 : 0, "Export information wasn't set."));
         EXPECT_TRUE(errors.records().empty());
     }
 }

@@ -18,8 +18,8 @@
 #include <rapidcheck/gtest.h>
 
 #include "Format/Ifc/AssertLog.h"
-#include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/FullHeader.h"
+#include "Format/Ifc/IfcFileError.h"
 #include "platform/DateTime.h"
 #include "platform/Localization.h"
 
@@ -68,21 +68,17 @@ const LineRow g_lineRows[] = {
     {"nor does $", "FILE_DESCRIPTION($,$);", g_allFields},
     {"an empty list", "FILE_DESCRIPTION((),'2;1');", "[d]|2;1|n|t|[a]|[o]|p|s|z|S"},
     {"an empty item", "FILE_DESCRIPTION((''),'2;1');", "[d][]|2;1|n|t|[a]|[o]|p|s|z|S"},
-    {"an item without characters", "FILE_DESCRIPTION(('x',,'y'),'2;1');",
-     "[d][x][][y]|2;1|n|t|[a]|[o]|p|s|z|S"},
+    {"an item without characters", "FILE_DESCRIPTION(('x',,'y'),'2;1');", "[d][x][][y]|2;1|n|t|[a]|[o]|p|s|z|S"},
     {"an item of one character", "FILE_DESCRIPTION(('x',$),'2;1');", "[d][x][]|2;1|n|t|[a]|[o]|p|s|z|S"},
     {"nothing behind the last comma", "FILE_DESCRIPTION(('x',),'2;1',);", "[d][x]|2;1|n|t|[a]|[o]|p|s|z|S"},
-    {"further fields are ignored", "FILE_DESCRIPTION(('x'),'2;1','y',(3));",
-     "[d][x]|2;1|n|t|[a]|[o]|p|s|z|S"},
+    {"further fields are ignored", "FILE_DESCRIPTION(('x'),'2;1','y',(3));", "[d][x]|2;1|n|t|[a]|[o]|p|s|z|S"},
     {"missing ones keep their value", "FILE_DESCRIPTION(('x'));", "[d][x]|L|n|t|[a]|[o]|p|s|z|S"},
     {"no parameters", "FILE_DESCRIPTION();", g_allFields},
     {"no parentheses", "FILE_DESCRIPTION;", g_allFields},
     {"whatever encloses is skipped", "FILE_DESCRIPTION[<'x'>,\"2;1\"];", "[d][x]|2;1|n|t|[a]|[o]|p|s|z|S"},
     {"a comma in a string", "FILE_DESCRIPTION(('x,y'),'2,1');", "[d][x,y]|2,1|n|t|[a]|[o]|p|s|z|S"},
-    {"a parenthesis in a string", "FILE_DESCRIPTION(('x)','(y'),'2(1');",
-     "[d][x)][(y]|2(1|n|t|[a]|[o]|p|s|z|S"},
-    {"a doubled quote toggles twice", "FILE_DESCRIPTION(('it''s','y'),'2;1');",
-     "[d][it's][y]|2;1|n|t|[a]|[o]|p|s|z|S"},
+    {"a parenthesis in a string", "FILE_DESCRIPTION(('x)','(y'),'2(1');", "[d][x)][(y]|2(1|n|t|[a]|[o]|p|s|z|S"},
+    {"a doubled quote toggles twice", "FILE_DESCRIPTION(('it''s','y'),'2;1');", "[d][it's][y]|2;1|n|t|[a]|[o]|p|s|z|S"},
     {"a directive", "FILE_DESCRIPTION(('\\X\\E9'),'2;1');", "[d][\u00E9]|2;1|n|t|[a]|[o]|p|s|z|S"},
     {"the last semicolon ends it", "FILE_DESCRIPTION(('x;y'),'2;1');", "[d][x;y]|2;1|n|t|[a]|[o]|p|s|z|S"},
     {"a keyword anywhere in the line", "#1=FILE_DESCRIPTION(('x'),'2;1');", "[d][x]|2;1|n|t|[a]|[o]|p|s|z|S"},
@@ -92,8 +88,7 @@ const LineRow g_lineRows[] = {
     {"a semicolon inside of it", "FILE;FILE_DESCRIPTION", g_allFields},
     // FILE_NAME
     {"name", "FILE_NAME('N','T',('A','B'),('O'),'P','S','Z');", "[d]|L|N|T|[a][A][B]|[o][O]|P|S|Z|S"},
-    {"an empty text changes the fifth only", "FILE_NAME('','',(''),(),'','','');",
-     "[d]|L|n|t|[a][]|[o]||s|z|S"},
+    {"an empty text changes the fifth only", "FILE_NAME('','',(''),(),'','','');", "[d]|L|n|t|[a][]|[o]||s|z|S"},
     {"$ is nothing", "FILE_NAME($,$,$,$,'P',$,$);", "[d]|L|n|t|[a]|[o]|P|s|z|S"},
     {"$ empties the fifth", "FILE_NAME('N','T',(),(),$,'S','Z');", "[d]|L|N|T|[a]|[o]||S|Z|S"},
     {"no character empties the fifth", "FILE_NAME('N','T',(),(),,'S','Z');", "[d]|L|N|T|[a]|[o]||S|Z|S"},
@@ -238,35 +233,30 @@ const ParseRow g_parseRows[] = {
     {"no line feed behind the end", "HEADER;\nFILE_SCHEMA(('A'));\nENDSEC;", true, g_defaultFields + "A"},
     {"a statement without line feed at the end", "HEADER;\nFILE_SCHEMA(('A'));", false, ""},
     {"a statement with it", "HEADER;\nFILE_SCHEMA(('A'));\n", true, g_defaultFields + "A"},
-    {"nothing is read behind the end", "HEADER;\nENDSEC;\nFILE_SCHEMA(('A'));\nno statement", true,
-     g_defaultFields},
-    {"empty lines between statements", "HEADER;\n\n\nFILE_SCHEMA(('A'));\n\nENDSEC;\n", true,
-     g_defaultFields + "A"},
+    {"nothing is read behind the end", "HEADER;\nENDSEC;\nFILE_SCHEMA(('A'));\nno statement", true, g_defaultFields},
+    {"empty lines between statements", "HEADER;\n\n\nFILE_SCHEMA(('A'));\n\nENDSEC;\n", true, g_defaultFields + "A"},
     {"an unknown statement", "HEADER;\nFILE_POPULATION('x');\nFILE_SCHEMA(('A'));\nENDSEC;\n", true,
      g_defaultFields + "A"},
     {"a statement without semicolon", "HEADER;\nFILE_SCHEMA(('B'))\nFILE_SCHEMA(('A'));\nENDSEC;\n", true,
      g_defaultFields + "A"},
     {"lines inside of parentheses",
-     "HEADER;\r\nFILE_DESCRIPTION (\r\n ( 'x' ,\r\n\t'y' ) ,\r\n '2;1' ) ;\r\nENDSEC;\r\n", true,
-     "[x][y]|2;1||||||||"},
+     "HEADER;\r\nFILE_DESCRIPTION (\r\n ( 'x' ,\r\n\t'y' ) ,\r\n '2;1' ) ;\r\nENDSEC;\r\n", true, "[x][y]|2;1||||||||"},
     {"white space in strings is kept", "HEADER;\nFILE_DESCRIPTION((' x\ty '),' ');\nENDSEC;\n", true,
      "[ x\ty ]| ||||||||"},
     {"a line feed in a string is kept, a carriage return not",
      "HEADER;\nFILE_DESCRIPTION(('x\r\ny'),'2;1');\nENDSEC;\n", true, "[x\ny]|2;1||||||||"},
-    {"a stray parenthesis is no depth", "HEADER;\n)FILE_SCHEMA(('A'));\nENDSEC;\n", true,
-     g_defaultFields + "A"},
+    {"a stray parenthesis is no depth", "HEADER;\n)FILE_SCHEMA(('A'));\nENDSEC;\n", true, g_defaultFields + "A"},
     {"parentheses in strings do not count", "HEADER;\nFILE_DESCRIPTION(('(('),'2;1');\nENDSEC;\n", true,
      "[((]|2;1||||||||"},
     {"an escaped quote does not end a string", "HEADER;\nFILE_SCHEMA(('\\S\\'\nB'));\nENDSEC;\n", true,
      g_defaultFields + "\\S\\'\nB"},
-    {"nor does the quote behind a directive",
-     "HEADER;\nFILE_DESCRIPTION(('\\X2\\20AC\\X0\\'),'2;1');\nENDSEC;\n", false, ""},
-    {"a pair of backslashes escapes as well", "HEADER;\nFILE_DESCRIPTION(('x\\\\'),'2;1');\nENDSEC;\n", false,
-     ""},
+    {"nor does the quote behind a directive", "HEADER;\nFILE_DESCRIPTION(('\\X2\\20AC\\X0\\'),'2;1');\nENDSEC;\n",
+     false, ""},
+    {"a pair of backslashes escapes as well", "HEADER;\nFILE_DESCRIPTION(('x\\\\'),'2;1');\nENDSEC;\n", false, ""},
     {"a carriage return ends the escape", "HEADER;\nFILE_DESCRIPTION(('x\\\\\r'),'2;1');\nENDSEC;\n", true,
      "[x\\]|2;1||||||||"},
-    {"a backslash outside strings escapes nothing", "HEADER;\nFILE_DESCRIPTION((\\'x'),'2;1');\nENDSEC;\n",
-     true, "[']|2;1||||||||"},
+    {"a backslash outside strings escapes nothing", "HEADER;\nFILE_DESCRIPTION((\\'x'),'2;1');\nENDSEC;\n", true,
+     "[']|2;1||||||||"},
     {"parentheses left open", "HEADER;\nFILE_SCHEMA((('A');\nENDSEC;\n", false, ""},
     {"a string left open", "HEADER;\nFILE_SCHEMA(('A));\nENDSEC;\n", false, ""},
 };
@@ -285,8 +275,7 @@ TEST(FileHeader, ParsesAText) {
 // With texts that hold all that means something to the reader.
 FileHeader headerWithSpecials(std::string_view sLast) {
     FileHeader header = headerWithAll();
-    header.description.descriptions = {"ViewDefinition [CoordinationView]", "(,)", "it's",
-                                       "\U0001F600\u20AC"};
+    header.description.descriptions = {"ViewDefinition [CoordinationView]", "(,)", "it's", "\U0001F600\u20AC"};
     header.description.descriptions.back() += sLast;
     header.name.organization.clear();
     header.name.author = {"", "\u00E9"};
@@ -361,9 +350,7 @@ TEST(FileHeader, NewFileHasTimeAndNames) {
     const AssertLog log;
     FileHeader header;
     header.name.timeStamp = "2001-01-01T00:00:00";
-    const auto secondsNow = [] {
-        return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-    };
+    const auto secondsNow = [] { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); };
     const auto before = secondsNow();
     header.name.vInit("house.ifc", "Jo", "Office", "Modeller");
     const auto after = secondsNow();
@@ -433,25 +420,9 @@ TEST(FileHeader, BaseSetsAndGetsTheSchemaName) {
 
 // Statements of pieces that mean something to the reader, and of any bytes.
 std::string sRandomLine(std::mt19937_64& random) {
-    constexpr std::string_view pieces[] = {"FILE_DESCRIPTION",
-                                           "FILE_NAME",
-                                           "FILE_SCHEMA",
-                                           "(",
-                                           ")",
-                                           "((",
-                                           "))",
-                                           "'",
-                                           "','",
-                                           ",",
-                                           ",,",
-                                           ";",
-                                           "\\",
-                                           "\\X2\\",
-                                           "\\S\\",
-                                           "$",
-                                           "\n",
-                                           "\r",
-                                           "a"};
+    constexpr std::string_view pieces[] = {
+        "FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA", "(",  ")",  "((", "))", "'", "','", ",", ",,", ";", "\\",
+        "\\X2\\",           "\\S\\",     "$",           "\n", "\r", "a"};
     std::string line;
     for (std::size_t n = random() % 30; n-- > 0;) {
         if (random() % 6 == 0)

@@ -22,7 +22,7 @@ namespace {
 using Texts = std::vector<std::string>;
 
 // A value as a text; nothing for an empty one. Another type than a std::string throws.
-std::optional<std::string> valueText(FileHeader const& header, std::string const& id) {
+std::optional<std::string> valueText(const FileHeader& header, const std::string& id) {
     const std::any value = header.getValue(id);
     if (!value.has_value()) return std::nullopt;
     return std::any_cast<std::string>(value);
@@ -221,8 +221,7 @@ TEST(FileHeaderView, RestOfTheInterfaceIsEmpty) {
 static_assert(std::is_base_of_v<object::PropertyInterface, FileHeader> &&
               std::is_base_of_v<generate::ObjectInterface, object::PropertyInterface>);
 static_assert(std::is_copy_constructible_v<FileHeader> && std::is_copy_assignable_v<FileHeader> &&
-              std::is_nothrow_move_constructible_v<FileHeader> &&
-              std::is_nothrow_move_assignable_v<FileHeader>);
+              std::is_nothrow_move_constructible_v<FileHeader> && std::is_nothrow_move_assignable_v<FileHeader>);
 
 }   // namespace
 }   // namespace oxa::ifc

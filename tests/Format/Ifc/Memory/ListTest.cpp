@@ -162,9 +162,7 @@ TEST_F(ListTest, BehavesAsAVectorDoes) {
             if (found != expected.end()) expected.erase(found);
             break;
         }
-        default:
-            vAppend(iItem);
-            expected.push_back(iItem);
+        default: vAppend(iItem); expected.push_back(iItem);
         }
         ASSERT_EQ(items(), expected) << "step " << i;
         ASSERT_EQ(pHead == nullptr, expected.empty());

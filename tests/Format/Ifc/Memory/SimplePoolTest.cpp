@@ -25,8 +25,8 @@ TEST(SimplePool, SizesChooseTheirPlace) {
         std::size_t iBytes;
         std::size_t iReserved;   // beyond the first block
     };
-    for (const Row& row : {Row{0, 0}, Row{16382, 0}, Row{16383, 16384}, Row{16384, 16384}, Row{16385, 16385},
-                           Row{1048576, 1048576}}) {
+    for (const Row& row :
+         {Row{0, 0}, Row{16382, 0}, Row{16383, 16384}, Row{16384, 16384}, Row{16385, 16385}, Row{1048576, 1048576}}) {
         SCOPED_TRACE(row.iBytes);
         Pool pool;
         static_cast<void>(pool.pAllocate(1));

@@ -29,10 +29,7 @@ const ReadRow g_numberRows[] = {
     {"a list in the place of an item", "#1=IFCREALLIST((1,(2,3)));", "List 1[1, 0]", {{g_sReals}}},
     {"numbers are reals", "#1=IFCNUMBERSET((1,2.5));", "List 1[1, 2.5]"},
     {"integers", "#1=IFCINTEGERARRAY((1,-2,2147483647));", "List 3[1, -2, 2147483647]"},
-    {"an integer of more than 32 bits",
-     "#1=IFCINTEGERARRAY((1,2147483648));",
-     "List 3[1, 0]",
-     {{g_sIntegers}}},
+    {"an integer of more than 32 bits", "#1=IFCINTEGERARRAY((1,2147483648));", "List 3[1, 0]", {{g_sIntegers}}},
     {"an integer with a point", "#1=IFCINTEGERARRAY((1.,x));", "List 3[0, 0]", {{g_sIntegers}}},
     {"no integers", "#1=IFCINTEGERARRAY(());", "List 3[]"},
     {"through a defined type", "#1=IFCNAMEDLIST((1,2));", "List 1[1, 2]"},
@@ -64,16 +61,14 @@ const ReadRow g_stringRows[] = {
 TEST(AttributeList, TextsAreNotChecked) { vExpectReads(g_stringRows); }
 
 const ReadRow g_cellRows[] = {
-    {"binaries", "#1=IFCBINARYLIST((\"0AB\",\"0\",\"1FF00\"));",
-     "List 7[Binary [AB], Binary [], Binary [FF 00]]"},
+    {"binaries", "#1=IFCBINARYLIST((\"0AB\",\"0\",\"1FF00\"));", "List 7[Binary [AB], Binary [], Binary [FF 00]]"},
     {"a bad binary has its own report",
      "#1=IFCBINARYLIST((\"0AB\",\"AB\"));",
      "List 7[Binary [AB], Binary null]",
      {{"Error_ExpectedValidBinaryValueFor"}}},
     {"null and derived", "#1=IFCBINARYLIST(($,*));", "List 7[$ Binary null, * Binary null]", {g_null}},
     {"no binaries", "#1=IFCBINARYLIST(());", "List 7[]"},
-    {"selects", "#1=IFCSELECTLIST((IFCLABEL('a'),#3));",
-     "List 9[Select 5:IFCLABEL(String 'a'), Select 13:(#3)]"},
+    {"selects", "#1=IFCSELECTLIST((IFCLABEL('a'),#3));", "List 9[Select 5:IFCLABEL(String 'a'), Select 13:(#3)]"},
     {"null in a mandatory attribute is told for each",
      "#1=IFCSELECTLIST(($,*,$));",
      "List 9[$ Select 0:(null), * Select 0:(null), $ Select 0:(null)]",
@@ -91,10 +86,7 @@ const ReadRow g_cellRows[] = {
      "#1=IFCTABLE(((1.,x),(y)));",
      "List 11[List 1[1, 0], List 1[0]]",
      {{g_sReals}, {g_sReals}}},
-    {"null and derived rows",
-     "#1=IFCTABLE(((1.),$,*));",
-     "List 11[List 1[1], $ List 0 null, * List 0 null]",
-     {g_null}},
+    {"null and derived rows", "#1=IFCTABLE(((1.),$,*));", "List 11[List 1[1], $ List 0 null, * List 0 null]", {g_null}},
     {"an empty row", "#1=IFCTABLE(((1.),,(2.)));", "List 11[List 1[1], List 1[], List 1[2]]"},
     {"no rows", "#1=IFCTABLE(());", "List 11[]"},
     {"rows of a defined type", "#1=IFCNAMEDTABLE(((1.),(2.)));", "List 11[List 1[1], List 1[2]]"},
@@ -121,7 +113,7 @@ TEST(AttributeList, ReferencesAreLinked) { vExpectReads(g_entityRows); }
 TEST(AttributeList, EveryLengthIsRead) {
     const struct {
         const char* sKeyword;
-        const char* sItem;    // % becomes a number of two digits
+        const char* sItem;   // % becomes a number of two digits
         const char* sOpen;
         const char* sShown;
     } rows[] = {
@@ -167,8 +159,7 @@ TEST(AttributeList, SomeElementsAreRefused) { vExpectReads(g_refusedRows); }
 TEST(AttributeList, AnElementWithoutADataTypeIsAsserted) {
     def::SchemaPset schema("FAULTY");
     auto* pElement = schema.pAdopt(std::make_unique<def::schema::Type>("IfcUnresolved"));
-    auto* pList =
-        schema.pAdopt(std::make_unique<def::schema::DataTypeAggregate>(def::schema::DataKind::List));
+    auto* pList = schema.pAdopt(std::make_unique<def::schema::DataTypeAggregate>(def::schema::DataKind::List));
     pList->pElement = pElement;
     auto* pEntityType = schema.pAdopt(std::make_unique<def::schema::Entity>("IfcHolder"));
     def::schema::Attribute& attribute = pEntityType->ownAttributes.emplace_back();
@@ -185,8 +176,8 @@ TEST(AttributeList, AnElementWithoutADataTypeIsAsserted) {
         ASSERT_NE(pEntity, nullptr);
         EXPECT_EQ(reader.sCells(*pEntity), "List 0 null");
         reader.vExpectReports(pEntity, statement, {g_notImplemented});
-        EXPECT_EQ(log.texts(), boEnabled ? std::vector<std::string>{"pDataTypeBase != nullptr"}
-                                         : std::vector<std::string>{});
+        EXPECT_EQ(log.texts(),
+                  boEnabled ? std::vector<std::string>{"pDataTypeBase != nullptr"} : std::vector<std::string>{});
     }
 }
 

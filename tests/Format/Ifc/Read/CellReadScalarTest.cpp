@@ -122,10 +122,7 @@ const ReadRow g_guidRows[] = {
     {"22 characters", "#1=IFCGUID('2O2Fr$t4X7Zf8NOew3FLOH');", "Guid 2O2Fr$t4X7Zf8NOew3FLOH"},
     {"the quotes are not looked at", "#1=IFCGUID(x2O2Fr$t4X7Zf8NOew3FLOHy);", "Guid 2O2Fr$t4X7Zf8NOew3FLOH"},
     {"all zero", "#1=IFCGUID('0000000000000000000000');", "Guid 0"},
-    {"null",
-     "#1=IFCGUID($);",
-     "$ Guid 0",
-     {{"Error_InvalidNullAttribute", "Value", Errors::Error, Errors::Null}}},
+    {"null", "#1=IFCGUID($);", "$ Guid 0", {{"Error_InvalidNullAttribute", "Value", Errors::Error, Errors::Null}}},
     {"derived", "#1=IFCGUID(*);", "* Guid 0"},
 };
 TEST(AttributeGuid, IsTwentyTwoCharacters) { vExpectReads(g_guidRows); }
@@ -184,18 +181,12 @@ TEST(AttributeBinary, TakesDigitsByTheirCode) { vExpectReads(g_binaryRows); }
 const ReadRow g_enumerationRows[] = {
     {"an enumerator", "#1=IFCENUMERATION(.GREEN.);", "Enumeration 'GREEN'"},
     {"the dots are not looked at", "#1=IFCENUMERATION(XAX);", "Enumeration 'A'"},
-    {"case counts",
-     "#1=IFCENUMERATION(.green.);",
-     "Enumeration null",
-     {{"Error_NotValidEnumerationValue", "green"}}},
+    {"case counts", "#1=IFCENUMERATION(.green.);", "Enumeration null", {{"Error_NotValidEnumerationValue", "green"}}},
     {"not of the type",
      "#1=IFCENUMERATION(.ROUND.);",
      "Enumeration null",
      {{"Error_NotValidEnumerationValue", "ROUND"}}},
-    {"a part of one",
-     "#1=IFCENUMERATION(.GREE.);",
-     "Enumeration null",
-     {{"Error_NotValidEnumerationValue", "GREE"}}},
+    {"a part of one", "#1=IFCENUMERATION(.GREE.);", "Enumeration null", {{"Error_NotValidEnumerationValue", "GREE"}}},
     {"too short", "#1=IFCENUMERATION(..);", "Enumeration null", {{g_sEnumeration}}},
     {"one character", "#1=IFCENUMERATION(A);", "Enumeration null", {{g_sEnumeration}}},
 };
@@ -248,6 +239,7 @@ TEST(AttributeEnumeration, NeedsAnEnumerationBehindTheTypeOrTheAttribute) {
     }
 }
 
+// clang-format off
 const ReadRow g_entityRows[] = {
     {"a number", "#1=IFCREFERENCE(#12);", "Entity #12"},
     {"what follows the digits is ignored", "#1=IFCREFERENCE(#12x);", "Entity #12"},
@@ -270,6 +262,7 @@ const ReadRow g_entityRows[] = {
     {"a string", "#1=IFCREFERENCE('#1');", "Entity null", {{g_sEntity}}},
     {"of another type is not compared", "#1=IFCREFERENCE(#1);", "Entity #1"},
 };
+// clang-format on
 TEST(AttributeEntity, IsThePlaceOfItsNumber) { vExpectReads(g_entityRows); }
 
 TEST(AttributeEntity, MarksItsTargetAsReferenced) {

@@ -14,10 +14,7 @@ const Report g_null = {"Error_InvalidNullAttribute", "Value", Errors::Error, Err
 
 const ReadRow g_valueRows[] = {
     {"a reference has no type", "#1=IFCSELECT(#5);", "Select 13:(#5)"},
-    {"a bad reference has no entity",
-     "#1=IFCSELECT(#);",
-     "Select 13:(null)",
-     {{"Error_ExpectedValidEntityValueFor"}}},
+    {"a bad reference has no entity", "#1=IFCSELECT(#);", "Select 13:(null)", {{"Error_ExpectedValidEntityValueFor"}}},
     {"a real", "#1=IFCSELECT(IFCLENGTHMEASURE(1.5));", "Select 1:IFCLENGTHMEASURE(Real 1.5)"},
     {"a boolean", "#1=IFCSELECT(IFCFLAG(.T.));", "Select 2:IFCFLAG(Boolean 1)"},
     {"an integer", "#1=IFCSELECT(IFCCOUNT(3));", "Select 3:IFCCOUNT(Integer 3)"},
@@ -27,10 +24,8 @@ const ReadRow g_valueRows[] = {
      "Select 5:IFCGLOBALLYUNIQUEID(String '2O2Fr$t4X7Zf8NOew3FLOH')"},
     {"a logical", "#1=IFCSELECT(IFCANSWER(.U.));", "Select 6:IFCANSWER(Logical unknown)"},
     {"bytes", "#1=IFCSELECT(IFCBLOB(\"0AB\"));", "Select 7:IFCBLOB(Binary [AB])"},
-    {"an enumerator of the named type", "#1=IFCSELECT(IFCCOLOUR(.RED.));",
-     "Select 8:IFCCOLOUR(Enumeration 'RED')"},
-    {"of a type outside the select, too", "#1=IFCSELECT(IFCSHAPE(.ROUND.));",
-     "Select 8:IFCSHAPE(Enumeration 'ROUND')"},
+    {"an enumerator of the named type", "#1=IFCSELECT(IFCCOLOUR(.RED.));", "Select 8:IFCCOLOUR(Enumeration 'RED')"},
+    {"of a type outside the select, too", "#1=IFCSELECT(IFCSHAPE(.ROUND.));", "Select 8:IFCSHAPE(Enumeration 'ROUND')"},
     {"a select in a select", "#1=IFCSELECT(IFCVALUE(IFCLABEL('x')));",
      "Select 9:IFCVALUE(Select 5:IFCLABEL(String 'x'))"},
     {"an array", "#1=IFCSELECT(IFCCOUNTS((1,2,3)));", "Select 10:IFCCOUNTS(List 3[1, 2, 3])"},
@@ -136,8 +131,8 @@ TEST(AttributeSelect, AnEatenUpTokenIsAnEmptyOne) {
     }
     statement += "IFCLABEL('x'));";
     cells += "Select 5:IFCLABEL(String '')" + std::string(g_iLevels, ')');
-    vExpectRead({"as many levels as the token has characters", statement, cells,
-                 {{"Error_ExpectedValidStringValueFor"}}});
+    vExpectRead(
+        {"as many levels as the token has characters", statement, cells, {{"Error_ExpectedValidStringValueFor"}}});
 }
 
 // Without a schema no type has a name.
@@ -175,8 +170,7 @@ TEST(AttributeSelect, ATypeWithoutADataTypeIsFatal) {
     const Entity* pEntity = reader.pRead(statement);
     ASSERT_NE(pEntity, nullptr);
     EXPECT_EQ(reader.sCells(*pEntity), "Select 0:IFCUNRESOLVED(null)");
-    reader.vExpectReports(pEntity, statement,
-                          {{"Error_UnknownAttributeType", "Value", Errors::Fatal, Errors::Value}});
+    reader.vExpectReports(pEntity, statement, {{"Error_UnknownAttributeType", "Value", Errors::Fatal, Errors::Value}});
 
     try {
         reader.pRead("#2=IFCHOLDER(IFCILLEGAL(1));");

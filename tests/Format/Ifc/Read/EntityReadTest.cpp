@@ -106,9 +106,8 @@ TEST(VAttributesRead, ReadsAnywhereInALine) {
         const char* sCells;
     };
     const Row rows[] = {
-        {"(1,2)", 0, 5, "Real 1 | Real 2"},  {"xx(1,2)yy", 2, 5, "Real 1 | Real 2"},
-        {"()", 0, 2, "$ Real 0 | $ Real 0"}, {"(", 0, 1, "$ Real 0 | $ Real 0"},
-        {"", 0, 0, "$ Real 0 | $ Real 0"},
+        {"(1,2)", 0, 5, "Real 1 | Real 2"}, {"xx(1,2)yy", 2, 5, "Real 1 | Real 2"}, {"()", 0, 2, "$ Real 0 | $ Real 0"},
+        {"(", 0, 1, "$ Real 0 | $ Real 0"}, {"", 0, 0, "$ Real 0 | $ Real 0"},
     };
     for (Row row : rows) {
         SCOPED_TRACE(row.line);
@@ -212,9 +211,8 @@ TEST(ForEachItem, AgreesWithTheRuleByteByByte) {
         const auto pBytes = std::make_unique<char[]>(text.size());   // the exact size, for the sanitizer
         text.copy(pBytes.get(), text.size());
         Items items;
-        details::vForEachItem(
-            pBytes.get(), pBytes.get(), pBytes.get() + text.size(),
-            [&items](const char* first, const char* last) { items.emplace_back(first, last); });
+        details::vForEachItem(pBytes.get(), pBytes.get(), pBytes.get() + text.size(),
+                              [&items](const char* first, const char* last) { items.emplace_back(first, last); });
         ASSERT_EQ(items, itemsByByte(text)) << text;
     }
 }

@@ -45,8 +45,7 @@ Outcome outcomeOf(std::istream& in) {
         outcome.rows.push_back(std::move(sText));
     }
     for (const Entity* pEntity : file.data().entities()) {
-        outcome.statements.push_back(boRandomGuid ? pEntity->schemaEntity().sName
-                                                  : pEntity->sWriteLine(file.data()));
+        outcome.statements.push_back(boRandomGuid ? pEntity->schemaEntity().sName : pEntity->sWriteLine(file.data()));
     }
     return outcome;
 }
@@ -168,6 +167,7 @@ std::vector<LongRow> longRows() {
     const std::string sReal = "Error_ExpectedValidRealInListFor";
     const std::string sSelect = "Error_ExpectedValidSelectValueFor";
     const std::string sString = "Error_ExpectedValidStringValueFor";
+    // clang-format off
     return {
         {"open parentheses", "#1=IFCCARTESIANPOINT(" + sRepeated("(", 1'000'000) + ";", 0, {}, 0},
         {"nested parentheses in a list", "#1=IFCCARTESIANPOINT(" + nested("(", "", ")", 500'000) + ");", 1, {sReal}, 1},
@@ -202,6 +202,7 @@ std::vector<LongRow> longRows() {
         {"a long number", "#" + sRepeated("0", 1'000'000) + "1=IFCDIRECTION((1.));", 1, {}, 0},
         {"many digits", "#1=IFCDIRECTION((" + sRepeated("1", 100) + "." + sRepeated("3", 1'000'000) + "));", 1, {}, 0},
     };
+    // clang-format on
 }
 
 TEST(FaultyRead, LengthAndDepthAreNoTrouble) {

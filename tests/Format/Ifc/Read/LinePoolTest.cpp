@@ -13,8 +13,8 @@
 #include <thread>
 
 #include "Format/Ifc/AssertLog.h"
-#include "ReportKey.h"
 #include "Format/Ifc/SmallModel.h"
+#include "ReportKey.h"
 
 namespace oxa::ifc::io {
 namespace {
@@ -40,15 +40,12 @@ struct PoolRead {
     }
 };
 
-std::string sPoint(std::size_t iId) {
-    return '#' + std::to_string(iId) + "=IFCPOINT((" + std::to_string(iId) + ".));";
-}
+std::string sPoint(std::size_t iId) { return '#' + std::to_string(iId) + "=IFCPOINT((" + std::to_string(iId) + ".));"; }
 
 std::size_t iThreads() {
     std::size_t iCount = 0;
     std::error_code error;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error))
-        ++iCount;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error)) ++iCount;
     return iCount;
 }
 
@@ -57,12 +54,10 @@ TEST(LineReadThreadPool, ReadsEveryStatementOnce) {
         for (const std::size_t iCount : {0U, 1U, 2U, 199U, 200U, 201U, 399U, 400U, 401U, 1000U, 2345U}) {
             SCOPED_TRACE(std::to_string(iCount) + " statements" + (boOneWorker ? ", one worker" : ""));
             PoolRead read(boOneWorker);
-            for (std::size_t i = 1; i <= iCount; ++i)
-                read.pool->addLineToQueue(sPoint(i), static_cast<unsigned>(i));
+            for (std::size_t i = 1; i <= iCount; ++i) read.pool->addLineToQueue(sPoint(i), static_cast<unsigned>(i));
             read.pool.reset();
             EXPECT_EQ(read.data().entities().size(), iCount);
-            EXPECT_EQ(std::set<Entity*>(read.data().entities().begin(), read.data().entities().end()).size(),
-                      iCount);
+            EXPECT_EQ(std::set<Entity*>(read.data().entities().begin(), read.data().entities().end()).size(), iCount);
             for (std::uint32_t i = 1; i <= iCount; ++i)
                 ASSERT_EQ(read.sStatement(i), "=IFCPOINT((" + std::to_string(i) + ".));");
             EXPECT_TRUE(read.errors.records().empty());
@@ -154,8 +149,7 @@ TEST(LineReadThreadPool, ParsesOnAfterAFatalFault) {
     EXPECT_EQ(read.data().entities().size(), g_iCount - 5);
     std::multiset<std::string> expected;
     for (const char* sLine : {"1", "301", "601", "901", "1201"})
-        expected.insert("1|0|" + localize("Ifc", "Error_ExpectedLeftParenthesis") + "|#x=IFCPOINT((1.));|" +
-                        sLine);
+        expected.insert("1|0|" + localize("Ifc", "Error_ExpectedLeftParenthesis") + "|#x=IFCPOINT((1.));|" + sLine);
     EXPECT_EQ(recordTexts(read.errors), expected);
 }
 
@@ -185,8 +179,7 @@ TEST(LineReadThreadPool, PairsResultsWithTheirStatements) {
 TEST(LineReadThreadPool, KeepsTheOrderWithinABatch) {
     PoolRead read;
     for (std::uint32_t i = 1; i <= 100; ++i)
-        read.pool->addLineToQueue('#' + std::to_string(i) + "=IFCELEMENT('" + sGuidOf(i % 10) + "',$,$,$);",
-                                  i);
+        read.pool->addLineToQueue('#' + std::to_string(i) + "=IFCELEMENT('" + sGuidOf(i % 10) + "',$,$,$);", i);
     read.pool.reset();
     ASSERT_EQ(read.data().guidEntityMap().size(), 10U);
     for (std::uint32_t i = 1; i <= 10; ++i)
@@ -202,9 +195,8 @@ TEST(LineReadThreadPool, SurvivesOneNumberInManyBatches) {
     constexpr std::uint32_t g_iCount = 6000;
     for (std::uint32_t i = 0; i < g_iCount; ++i) {
         const std::string sNumber = '#' + std::to_string(1 + i % g_iNumbers);
-        read.pool->addLineToQueue(i % 7 ? sNumber + "=IFCPOINT((1.,2.));"
-                                        : sNumber + "=IFCELEMENT('" + sGuidOf(i) + "','e',#1,.RED.);",
-                                  i);
+        read.pool->addLineToQueue(
+            i % 7 ? sNumber + "=IFCPOINT((1.,2.));" : sNumber + "=IFCELEMENT('" + sGuidOf(i) + "','e',#1,.RED.);", i);
     }
     read.pool.reset();
     EXPECT_EQ(read.data().entities().size(), g_iCount);
@@ -232,8 +224,7 @@ const def::SchemaPset& throwingSchema() {
         static const def::schema::DataTypeBase g_illegal(static_cast<def::schema::DataKind>(99));
         auto pMade = pSchemaOf("ENTITY IfcPoint; Coordinates : LIST OF REAL; END_ENTITY;"
                                "ENTITY IfcBad; Name : STRING; Value : REAL; Other : REAL; END_ENTITY;");
-        auto* pType =
-            const_cast<def::schema::Entity*>(pMade->pEntityFromName(def::schema::ObjectName("IFCBAD")));
+        auto* pType = const_cast<def::schema::Entity*>(pMade->pEntityFromName(def::schema::ObjectName("IFCBAD")));
         pType->ownAttributes[1].types = {&g_illegal};
         return pMade;
     }();
@@ -312,9 +303,9 @@ TEST(LineReadThreadPool, AnExceptionLeavesNoFalseValues) {
 // A batch is parsed whole and entered then: of a number used twice in it, both entries find the later statement.
 struct ReuseRow {
     const char* sRule;
-    std::vector<std::string> statements;    // each on a line of its own, from 1
-    std::vector<std::string> reports;       // "line key", sorted
-    std::vector<std::size_t> known;         // of the GlobalIds 1 to 3
+    std::vector<std::string> statements;   // each on a line of its own, from 1
+    std::vector<std::string> reports;      // "line key", sorted
+    std::vector<std::size_t> known;        // of the GlobalIds 1 to 3
 };
 
 TEST(LineReadThreadPool, EntersWhatASlotHoldsWhenItsBatchIsParsed) {
@@ -322,6 +313,7 @@ TEST(LineReadThreadPool, EntersWhatASlotHoldsWhenItsBatchIsParsed) {
         return '#' + std::string(sId) + "=IFCELEMENT(" + (iGuid ? '\'' + sGuidOf(iGuid) + '\'' : "$") + ",$,$,$);";
     };
     const std::string sPoint1 = "#1=IFCPOINT((1.));";
+    // clang-format off
     const ReuseRow rows[] = {
         {"another GUID", {sElement("1", 1), sElement("1", 2)}, {"2 Error_DuplicateGuids", "2 Error_EntityIdReused"}, {2}},
         {"the same GUID", {sElement("1", 1), sElement("1", 1)}, {"2 Error_DuplicateGuids", "2 Error_EntityIdReused"}, {1}},
@@ -338,6 +330,7 @@ TEST(LineReadThreadPool, EntersWhatASlotHoldsWhenItsBatchIsParsed) {
          {"4 Error_DuplicateGuids", "4 Error_EntityIdReused"}, {2, 3}},
         {"an unknown type is no reuse", {sElement("1", 1), "#1=IFCNO();"}, {"2 Error_UnknownEntityType"}, {1}},
     };
+    // clang-format on
     for (const ReuseRow& row : rows) {
         SCOPED_TRACE(row.sRule);
         PoolRead read;

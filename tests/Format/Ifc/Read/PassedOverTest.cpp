@@ -26,8 +26,8 @@ TEST(PassedOver, CountsEachPlaceAndKeepsTheFirstLine) {
         {"nothing", sWhole, 0, 0, 1},
         {"blanks, tabs, comments and empty statements are nothing",
          sHead + "/* ; */ DATA;\n;; \t;\n#1=IFCITEM('a',$,$,$)\t ;/* #2=( ; */\n" + sEnd, 0, 0, 1},
-        {"a statement without a closing parenthesis",
-         sHead + "DATA;\n" + sItem + "#2=IFCITEM('a',$;\n" + sEnd, 1, 7, 1},
+        {"a statement without a closing parenthesis", sHead + "DATA;\n" + sItem + "#2=IFCITEM('a',$;\n" + sEnd, 1, 7,
+         1},
         {"one without a number", sHead + "DATA;\n" + sItem + "IFCITEM('a',$,$,$);\n" + sEnd, 1, 7, 1},
         {"text behind a parameter list", sHead + "DATA;\n#1=IFCITEM('a',$,$,$)x;\n" + sEnd, 1, 6, 1},
         {"each, and the first line",
@@ -43,7 +43,8 @@ TEST(PassedOver, CountsEachPlaceAndKeepsTheFirstLine) {
          3, 3, 1},
         {"the fields that they have",
          "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('d','e'),'2;1');\n"
-         "FILE_NAME('n,m','t',('a','b'),('o'),'p','s','z',);\nFILE_SCHEMA(('R'));\nENDSEC;\nDATA;\n" + sItem + sEnd,
+         "FILE_NAME('n,m','t',('a','b'),('o'),'p','s','z',);\nFILE_SCHEMA(('R'));\nENDSEC;\nDATA;\n" +
+             sItem + sEnd,
          0, 0, 1},
         {"a second file", sWhole + "\n" + sWhole, 1, 10, 1},
         {"other text behind the end is none of the file", sWhole + "Yours, A. B.\n#7=IFCITEM('b',$,$,$);\n", 0, 0, 1},
@@ -74,8 +75,8 @@ TEST(PassedOver, CountsWhatTheSimpleFormLacksAtItsEnd) {
         std::size_t iEntities;
     } rows[] = {
         {"nothing", "#1=IFCITEM('a',$,$,$);", 0, 0, 1},
-        {"blanks, a comment and the end of a C string",
-         "#1=IFCITEM('a',$,$,$);\n\t /* a */\n" + std::string(1, '\0'), 0, 0, 1},
+        {"blanks, a comment and the end of a C string", "#1=IFCITEM('a',$,$,$);\n\t /* a */\n" + std::string(1, '\0'),
+         0, 0, 1},
         {"a statement without its end", "#1=IFCITEM('a',$,$,$);\n#2=IFCITEM('a',$,", 1, 2, 1},
         {"a text without its end", "#1=IFCITEM('a',$,$,$);\n#2=IFCITEM('a\n;", 1, 3, 1},
         {"what a backslash keeps from being read", "#1=IFCITEM('a',$,$,$);\n\\#2=IFCITEM('a',$,$,$);", 1, 2, 1},

@@ -56,8 +56,8 @@ TEST_F(EntityTable, VisitsTouchedPagesInOrder) {
         ++iVisited;
         if (slot.boReferenced()) referenced.push_back(iId);
     });
-    EXPECT_THAT(referenced, ElementsAre(5, 70'000, 32'767'999, 32'768'000, 40'000'000, 0xFFFF'FFFFUL,
-                                        0x1'0000'0000UL, 0x7FFF'FFFF'FFFF'FFFFUL));
+    EXPECT_THAT(referenced, ElementsAre(5, 70'000, 32'767'999, 32'768'000, 40'000'000, 0xFFFF'FFFFUL, 0x1'0000'0000UL,
+                                        0x7FFF'FFFF'FFFF'FFFFUL));
     EXPECT_EQ(iVisited, 8 * 128U);
 }
 

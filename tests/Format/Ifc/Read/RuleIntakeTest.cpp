@@ -50,15 +50,15 @@ std::string sTakenApart(const std::string& sStatement) {
 
 // All statements of these parts, one behind the other.
 TEST(IntakeRules, AnyStatement) {
-    const std::vector<Texts> parts = {
-        {"#", "", "##", " #"},
-        {"5", "", "-1", "-0", "007", "+5", "5 ", "5x", "--5", "2147483647", "2147483648", "-2147483648", "32768000", "("},
-        {"=", "", "==", "=5="},
-        {"IFCITEM", "", "ifcitem", "IFCROOT", "IFCLABEL", "IFCWALL\t", "IFC)ITEM"},
-        {"(", "", "(("},
-        {"", "*", "')'"},
-        {")", "", ")abc"},
-        {";", ""}};
+    const std::vector<Texts> parts = {{"#", "", "##", " #"},
+                                      {"5", "", "-1", "-0", "007", "+5", "5 ", "5x", "--5", "2147483647", "2147483648",
+                                       "-2147483648", "32768000", "("},
+                                      {"=", "", "==", "=5="},
+                                      {"IFCITEM", "", "ifcitem", "IFCROOT", "IFCLABEL", "IFCWALL\t", "IFC)ITEM"},
+                                      {"(", "", "(("},
+                                      {"", "*", "')'"},
+                                      {")", "", ")abc"},
+                                      {";", ""}};
     std::vector<std::size_t> chosen(parts.size());
     const auto boNext = [&] {
         for (std::size_t i = 0; i < parts.size(); ++i) {
@@ -75,7 +75,8 @@ TEST(IntakeRules, AnyStatement) {
         const Entity* pEntity = reader.pRead(sStatement);
         const auto& records = reader.errors.records();
         const std::string sFound = pEntity ? reader.sEntity(pEntity) + ' ' + pEntity->schemaEntity().sNameUpper
-                                   : records.empty() ? "dropped" : records.front().key.value_or("?");
+                                   : records.empty() ? "dropped"
+                                                     : records.front().key.value_or("?");
         ASSERT_EQ(sFound, sTakenApart(sStatement)) << sStatement;
         ASSERT_TRUE(pEntity || records.size() <= 1) << sStatement;
         ++found[sFound];
@@ -117,8 +118,10 @@ Texts expectedOf(const std::vector<Statement>& batch, bool boInTurn, std::map<st
     const auto vFinalise = [&](const Statement& statement) {
         const Statement& now = *slots[statement.iId];
         if (!now.boRooted) return;
-        if (now.iGuid == 0) expected.push_back(sNull(statement.iLine, statement.sText));
-        else if (!guids.emplace(now.iGuid, now.iId).second) expected.push_back(sTwice(statement.iLine, statement.sText));
+        if (now.iGuid == 0)
+            expected.push_back(sNull(statement.iLine, statement.sText));
+        else if (!guids.emplace(now.iGuid, now.iId).second)
+            expected.push_back(sTwice(statement.iLine, statement.sText));
     };
     for (const Statement& statement : batch) {
         vParse(statement);
@@ -138,8 +141,8 @@ std::vector<std::vector<Statement>> batchesOf(Dice& dice, std::size_t iBatches, 
         const std::size_t iCount = iBatch + 1 < iBatches ? 200 : iLast;
         for (std::size_t i = 0; i < iCount; ++i) {
             const std::size_t iGuid = dice(iGuids);
-            Statement made{1000 * iBatch + (boReused ? dice(iIds) : i), dice(4) != 0, iGuid ? 1000 * iBatch + iGuid : 0, "",
-                           iLine++};
+            Statement made{1000 * iBatch + (boReused ? dice(iIds) : i), dice(4) != 0, iGuid ? 1000 * iBatch + iGuid : 0,
+                           "", iLine++};
             made.sText = '#' + std::to_string(made.iId) +
                          (made.boRooted ? dice(2) ? "=IFCWALL(" : "=IFCPROJECT(" : "=IFCITEM(") +
                          (made.iGuid ? '\'' + sGuidOf(made.iGuid) + '\'' : "*") + ");";
@@ -230,8 +233,10 @@ TEST(CompletionRules, AnyGraphAndAFaultInIt) {
                 sText += '#' + std::to_string(iTarget);
                 if (i < iFault) lists[iTarget].insert(lists[iTarget].begin(), i);
             };
-            if (dice(4)) vName(before);
-            else sText += '$';
+            if (dice(4))
+                vName(before);
+            else
+                sText += '$';
             sText += ",(";
             for (std::size_t iItems = dice(6), iItem = 0; iItem < iItems; ++iItem) {
                 if (iItem) sText += ',';
@@ -290,13 +295,15 @@ struct SimpleRow {
     std::string sText;
     bool boRead;
     Texts reports = {};
-    Texts model = {};          // numbered from 1 where it holds one
-    std::string sRoot = "";    // type of the root, "empty" for a place that nothing defined, "" for none
+    Texts model = {};         // numbered from 1 where it holds one
+    std::string sRoot = "";   // type of the root, "empty" for a place that nothing defined, "" for none
 };
 
 TEST(SimpleFormRules, Files) {
-    const std::string sHead = "Ifc file simple;\nR;\n*;\n", sItem = "#7=IFCITEM('a');", sMadeItem = "#1=IFCITEM('a',$,$,$);";
+    const std::string sHead = "Ifc file simple;\nR;\n*;\n", sItem = "#7=IFCITEM('a');",
+                      sMadeItem = "#1=IFCITEM('a',$,$,$);";
     const auto rooted = [](const std::string& sId) { return "Ifc file simple;\nR;\n" + sId + "\n"; };
+    // clang-format off
     const SimpleRow rows[] = {
         {"an empty line leaves the name of the file's schema", "Ifc file simple;\n\n*;\n" + sItem, false,
          {"Fatal Model 0 Error_UnknownSchemaName(CELLS) | "}},
@@ -314,6 +321,7 @@ TEST(SimpleFormRules, Files) {
         {"a root of a read that failed", rooted("7;") + sItem + "=a=", false,
          {"Fatal Syntax 1 Error_UnexpectedEqualOperator | "}, {sMadeItem}},
     };
+    // clang-format on
     for (const SimpleRow& row : rows)
         for (const bool boSingleThreaded : {true, false}) {
             SCOPED_TRACE(std::string(row.sRule) + (boSingleThreaded ? "" : ", threads"));

@@ -38,6 +38,7 @@ const std::string g_sInvalidFile = "Fatal Syntax 0 Error_InvalidFile | ";
 
 // ---- The DATA section.
 
+// clang-format off
 const FileRow g_data[] = {
     {"a byte above 127 stays", "#1=IFC\xE4();", true, {sUnknown("#1=IFC\xE4();")}},
     {"a NUL stays", std::string("#1=IFC\0X();", 11), true, {sUnknown(std::string("#1=IFC\0X();", 11))}},
@@ -67,6 +68,7 @@ const FileRow g_data[] = {
     {"with a number sign in a comment it is an end", "ENDSEC/*#*/;#1=IFCITEM();", true},
     {"a backslash behind a report ends the read without another", "#1=IFCNONE();\\", false, {sUnknown("#1=IFCNONE();")}},
 };
+// clang-format on
 
 TEST(ScannerRules, Data) {
     for (FileRow row : g_data) {
@@ -104,9 +106,11 @@ TEST(ScannerRules, DirectivesPassOverQuotes) {
             // A quote that is seen ends the string; the last one then opens another, which takes the rest of the file.
             const std::string sStatement = "#1=IFCNONE('" + std::string(row.sDirective) + std::string(i, 'A') + '\'' +
                                            std::string(12, 'B') + "');";
-            FileRow file{row.sDirective, "", i < row.iSkipped, {i < row.iSkipped ? sUnknown(sStatement) : g_sInvalidFile}};
+            FileRow file{
+                row.sDirective, "", i < row.iSkipped, {i < row.iSkipped ? sUnknown(sStatement) : g_sInvalidFile}};
             for (std::size_t iEnd = 11; iEnd < 24; ++iEnd) {   // of the buffer, within the statement
-                SCOPED_TRACE("quote behind " + std::to_string(i) + " bytes, the buffer ends at " + std::to_string(iEnd));
+                SCOPED_TRACE("quote behind " + std::to_string(i) + " bytes, the buffer ends at " +
+                             std::to_string(iEnd));
                 file.sText = sRuleFile(std::string(g_iBuffer - g_sHead.size() - iEnd, ' ') + sStatement);
                 vExpectFile(file, true);
             }
@@ -117,17 +121,21 @@ TEST(ScannerRules, DirectivesPassOverQuotes) {
 
 struct FaultRow {
     const char* sRule;
-    const char* sData;      // without a blank or a comment in front of the fault
-    std::size_t iFault;     // the byte at which the fault is seen
+    const char* sData;    // without a blank or a comment in front of the fault
+    std::size_t iFault;   // the byte at which the fault is seen
     const char* sReport;
 };
 
 TEST(ScannerRules, EndsOfInput) {
     const FileRow ends[] = {
-        {"the input ends behind a slash", "#1 = IFCITEM(\n'a',/", false,
+        {"the input ends behind a slash",
+         "#1 = IFCITEM(\n'a',/",
+         false,
          {"Fatal Syntax 7 Error_InvalidEndOfFile | #1=IFCITEM('a',/"}},
         {"the same at the start", "/", false, {"Fatal Syntax 6 Error_InvalidEndOfFile | /"}},
-        {"the input ends in a comment", "#1 =IFCITEM('a',/*\n\n", false,
+        {"the input ends in a comment",
+         "#1 =IFCITEM('a',/*\n\n",
+         false,
          {"Fatal Syntax 8 Error_EndOfCommentNotFound | #1=IFCITEM('a',"}},
         {"directly behind its start", "/*", false, {"Fatal Syntax 6 Error_EndOfCommentNotFound | "}},
         {"behind an asterisk", "/* *", false, {"Fatal Syntax 6 Error_EndOfCommentNotFound | "}},
@@ -159,7 +167,9 @@ TEST(ScannerRules, ABufferThatIsFullIsAssembled) {
     for (const FaultRow& row : rows) {
         const std::string sData = row.sData;
         for (std::size_t i = 0; i <= sData.size(); ++i) {
-            FileRow file{row.sRule, sRuleFile(std::string(g_iBuffer - g_sHead.size() - i, ' ') + sData), false,
+            FileRow file{row.sRule,
+                         sRuleFile(std::string(g_iBuffer - g_sHead.size() - i, ' ') + sData),
+                         false,
                          {row.sReport + (i <= row.iFault ? sData.substr(0, i) : "")}};
             SCOPED_TRACE("the buffer ends behind " + std::to_string(i));
             vExpectFile(file, true);

@@ -108,7 +108,8 @@ TEST(LoopRules, SecondLooks) {
         EXPECT_EQ(sRunning, row.sRunning);
         const auto iThrown = std::ranges::count_if(row.sAnswers, [](char c) { return c == 'x' || c == 'y'; });
         EXPECT_EQ(std::ranges::count(sTold, '\n'), iThrown) << sTold;
-        EXPECT_EQ(sTold.find("): the text\n") != std::string::npos, row.sAnswers.find('x') != std::string::npos) << sTold;
+        EXPECT_EQ(sTold.find("): the text\n") != std::string::npos, row.sAnswers.find('x') != std::string::npos)
+            << sTold;
     }
 }
 

@@ -37,7 +37,7 @@ TEST(ScanMap, EachByteIsFoundWhereItStands) {
     const auto pMap = std::make_unique<Map>();
     for (const SearchRow& row : g_searchRows)
         for (const unsigned iSize : {1U, 15U, 16U, 17U, 63U, 64U, 65U, 127U, 128U, 130U, 512U})
-            for (unsigned iPlace = 0; iPlace < iSize; iPlace += iSize > 130 ? 37 : 1) {
+            for (unsigned iPlace = 0; iPlace<iSize; iPlace += iSize> 130 ? 37 : 1) {
                 std::vector<char> text = paddedText(iSize, 'a');
                 for (int iByte = 0; iByte < 256; ++iByte) {
                     const char c = static_cast<char>(iByte);

@@ -23,6 +23,7 @@ struct ScanRow {
     std::vector<std::string> rows;
 };
 
+// clang-format off
 const ScanRow g_scanRows[] = {
     {"an empty stream", "", false, 0, {"Fatal Syntax 0 Error_InvalidFile | "}},
     {"a text without a marker", "DATA;" + g_point + "ENDSEC;", false, 0, {"Fatal Syntax 0 Error_InvalidFile | "}},
@@ -134,6 +135,7 @@ const ScanRow g_scanRows[] = {
     {"ENDSE ends no data", g_head + "DATA;ENDSE;" + g_point + "ENDSEC;", true, 1, {}},
     {"END-ISO-10303-2 is no end mark", g_head + "END-ISO-10303-2;DATA;" + g_point + "ENDSEC;", true, 1, {}},
 };
+// clang-format on
 
 TEST(ReadFile, ScansByTheRules) {
     for (const ScanRow& row : g_scanRows) {
@@ -152,11 +154,12 @@ TEST(ReadFile, ReportsAreTheTextsOfTheirKeys) {
         const char* sKey;
         std::string sArgument;
     };
-    for (const Row& row : {Row{"", "Error_InvalidFile", ""}, Row{"a==b;", "Error_UnexpectedEqualOperator", ""},
-                           Row{"/", "Error_InvalidEndOfFile", ""}, Row{"/*", "Error_EndOfCommentNotFound", ""},
-                           Row{"'\\\n", "Error_UnexpectedNewlineInString", ""},
-                           Row{"ISO-10303-21;HEADER;FILE_SCHEMA(('IFC99'));ENDSEC;", "Error_UnknownSchemaName", "IFC99"},
-                           Row{"ISO-10303-21;HEADER;ENDSEC;", "Error_UnknownSchemaName", ""}}) {
+    for (const Row& row :
+         {Row{"", "Error_InvalidFile", ""}, Row{"a==b;", "Error_UnexpectedEqualOperator", ""},
+          Row{"/", "Error_InvalidEndOfFile", ""}, Row{"/*", "Error_EndOfCommentNotFound", ""},
+          Row{"'\\\n", "Error_UnexpectedNewlineInString", ""},
+          Row{"ISO-10303-21;HEADER;FILE_SCHEMA(('IFC99'));ENDSEC;", "Error_UnknownSchemaName", "IFC99"},
+          Row{"ISO-10303-21;HEADER;ENDSEC;", "Error_UnknownSchemaName", ""}}) {
         SCOPED_TRACE(row.sText);
         const ReadResult result(row.sText);
         EXPECT_FALSE(result.boRead);
@@ -207,8 +210,8 @@ TEST(ReadFile, DoesNotMindWhereABufferEnds) {
 // \\S\\, \\X\\, \\X2\\ and \\X4\\ pass over their second backslash and over one, four or eight bytes, whatever they
 // are: a quote there ends no string, and the one right behind them does.
 TEST(ReadFile, PassesOverAQuoteInEachPlaceOfAnEscape) {
-    for (const auto& [sEscape, iSkip] : {std::pair("\\S", 2U), std::pair("\\X", 2U), std::pair("\\X2", 5U),
-                                         std::pair("\\X4", 9U)})
+    for (const auto& [sEscape, iSkip] :
+         {std::pair("\\S", 2U), std::pair("\\X", 2U), std::pair("\\X2", 5U), std::pair("\\X4", 9U)})
         for (std::size_t i = 0; i <= iSkip; ++i) {
             std::string sPassed = "\\0000000000";
             sPassed.resize(iSkip);
@@ -245,7 +248,8 @@ TEST(ReadFile, ReportsTheTextAssembledSoFar) {
 }
 
 TEST(ReadFile, StaysAliveOnEveryPrefix) {
-    const std::string sText = sIfc4File("#1=IFCPROPERTYSINGLEVALUE('a''b',$,IFCLABEL('\\X2\\00E9\\X0\\'),$); /* c */\n");
+    const std::string sText =
+        sIfc4File("#1=IFCPROPERTYSINGLEVALUE('a''b',$,IFCLABEL('\\X2\\00E9\\X0\\'),$); /* c */\n");
     const std::size_t iEnd = sText.find("ENDSEC;\nEND-ISO") + 7;
     for (std::size_t i = 0; i <= sText.size(); ++i) {
         SCOPED_TRACE(i);
@@ -256,9 +260,11 @@ TEST(ReadFile, StaysAliveOnEveryPrefix) {
 }
 
 TEST(ReadFile, StaysAliveWhateverAByteBecomes) {
-    const std::string sText = sIfc4File("#1=IFCPROPERTYSINGLEVALUE('a''b',.T.,IFCLABEL('x'),(#2,#3));#2=IFCWALL($,*);\n");
+    const std::string sText =
+        sIfc4File("#1=IFCPROPERTYSINGLEVALUE('a''b',.T.,IFCLABEL('x'),(#2,#3));#2=IFCWALL($,*);\n");
     for (std::size_t i = 0; i < sText.size(); ++i)
-        for (const char c : {'\0', '\'', '(', ')', ',', ';', '=', '#', '/', '*', '\\', '\n', '\x80', '\xff', '$', '9'}) {
+        for (const char c :
+             {'\0', '\'', '(', ')', ',', ';', '=', '#', '/', '*', '\\', '\n', '\x80', '\xff', '$', '9'}) {
             std::string sChanged = sText;
             sChanged[i] = c;
             const ReadResult result(sChanged);

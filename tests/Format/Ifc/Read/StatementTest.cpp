@@ -21,12 +21,13 @@ using testing::UnorderedElementsAre;
 struct LineRow {
     const char* sRule;
     std::string sStatement;
-    std::vector<std::string> rows;      // with the statement left out, which stands in each
-    std::vector<std::string> types;     // of the entities made
+    std::vector<std::string> rows;    // with the statement left out, which stands in each
+    std::vector<std::string> types;   // of the entities made
 };
 
 const char* const g_wall = "#5=IFCWALL('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$,$);";
 
+// clang-format off
 const LineRow g_lineRows[] = {
     {"an entity", "#5=IFCDIRECTION((1.));", {}, {"IfcDirection"}},
     {"number 0 is a number", "#0=IFCDIRECTION((1.));", {}, {"IfcDirection"}},
@@ -81,6 +82,7 @@ const LineRow g_lineRows[] = {
     {"each parameter too many is told", "#5=IFCDIRECTION((1.),2,3);",
      {"Error Value 7 Error_TooManyAttributesFor", "Error Value 7 Error_TooManyAttributesFor"}, {"IfcDirection"}},
 };
+// clang-format on
 
 TEST(DataReadLine, TakesStatementsApart) {
     for (const LineRow& row : g_lineRows) {
@@ -174,14 +176,15 @@ TEST(DataReadLine, KeepsAnAbstractBuildingElementAsAProxy) {
         const char* sWritten;   // empty: dropped
     };
     for (const Row& row : {
-             Row{"the element itself", join({g_element, g_proxy}), "IFCBUILDINGELEMENT", "#1=IFCBUILDINGELEMENTPROXY(4);"},
+             Row{"the element itself", join({g_element, g_proxy}), "IFCBUILDINGELEMENT",
+                 "#1=IFCBUILDINGELEMENTPROXY(4);"},
              Row{"a subtype", join({g_element, g_beam, g_proxy}), "IFCBEAM", "#1=IFCBUILDINGELEMENTPROXY(4);"},
              Row{"a subtype of a subtype", join({g_element, g_beam, g_deepBeam, g_proxy}), "IFCDEEPBEAM",
                  "#1=IFCBUILDINGELEMENTPROXY(4);"},
              Row{"another type", join({g_element, g_proxy, g_other}), "IFCOTHER", ""},
              Row{"no proxy", join({g_element}), "IFCBUILDINGELEMENT", ""},
-             Row{"a proxy that is no entity",
-                 join({g_element, "TYPE IfcBuildingElementProxy = INTEGER; END_TYPE;"}), "IFCBUILDINGELEMENT", ""},
+             Row{"a proxy that is no entity", join({g_element, "TYPE IfcBuildingElementProxy = INTEGER; END_TYPE;"}),
+                 "IFCBUILDINGELEMENT", ""},
              Row{"no element", join({g_other, g_proxy}), "IFCOTHER", ""},
              Row{"an element that is no entity",
                  join({"TYPE IfcBuildingElement = INTEGER; END_TYPE;", g_other, g_proxy}), "IFCOTHER", ""},
@@ -211,8 +214,9 @@ TEST(DataReadLine, BuiltInSchemasHaveTheProxy) {
                            Row{"IFC4", "IFCREINFORCINGELEMENT", nullptr},   // no building element there
                            Row{"IFC4X3", "IFCELEMENT", nullptr}}) {
         SCOPED_TRACE(row.sSchema);
-        const ReadResult result("ISO-10303-21;HEADER;FILE_SCHEMA(('" + std::string(row.sSchema) + "'));ENDSEC;DATA;#1=" +
-                                row.sKeyword + "('2CND9gmL0OS2wPqFz8m2Fi',#1,$,$,$,$,$,$);ENDSEC;");
+        const ReadResult result("ISO-10303-21;HEADER;FILE_SCHEMA(('" + std::string(row.sSchema) +
+                                "'));ENDSEC;DATA;#1=" + row.sKeyword +
+                                "('2CND9gmL0OS2wPqFz8m2Fi',#1,$,$,$,$,$,$);ENDSEC;");
         ASSERT_EQ(result.errors.records().size(), 1U);
         EXPECT_EQ(sReportKey(result.errors.records()[0].description), "Error_EntityIsAbstract");
         const Entity* pEntity = result.file.data().pEntityFromId(1);
@@ -255,10 +259,13 @@ TEST(DataReadLine, ARootWithoutAGuidInFrontIsNotEntered) {
         const char* sDeclarations;
         std::vector<std::string> rows;
     };
-    for (const Row& row :
-         {Row{"another attribute", "ENTITY IfcRoot; Name : STRING; END_ENTITY;", {}},
-          Row{"no attribute", "ENTITY IfcRoot; END_ENTITY;", {"Error Schema 1 Error_AttributeSizeNotFound | #1=IFCROOT('a');"}},
-          Row{"no root", "ENTITY IfcRoots; END_ENTITY;", {"Error Value 1 Error_UnknownEntityType | #1=IFCROOT('a');"}}}) {
+    for (const Row& row : {Row{"another attribute", "ENTITY IfcRoot; Name : STRING; END_ENTITY;", {}},
+                           Row{"no attribute",
+                               "ENTITY IfcRoot; END_ENTITY;",
+                               {"Error Schema 1 Error_AttributeSizeNotFound | #1=IFCROOT('a');"}},
+                           Row{"no root",
+                               "ENTITY IfcRoots; END_ENTITY;",
+                               {"Error Value 1 Error_UnknownEntityType | #1=IFCROOT('a');"}}}) {
         SCOPED_TRACE(row.sRule);
         const auto pSchema = pSchemaOf(row.sDeclarations);
         const ReadResult result("ISO-10303-21;HEADER;FILE_SCHEMA(('T'));ENDSEC;DATA;#1=IFCROOT('a');ENDSEC;",
@@ -353,7 +360,8 @@ const FinishRow g_finishRows[] = {
     {"no entities", "", {}},
     {"a dangling reference", "#1=IFCAXIS2PLACEMENT2D(#70000,$);", {"70000"}},
     {"two to one number are one", "#1=IFCAXIS2PLACEMENT2D(#9,#9);#2=IFCAXIS2PLACEMENT2D(#9,$);", {"9"}},
-    {"in the order of their numbers", "#1=IFCAXIS2PLACEMENT2D(#40000000,#8);#2=IFCAXIS2PLACEMENT2D(#32768,#32767);",
+    {"in the order of their numbers",
+     "#1=IFCAXIS2PLACEMENT2D(#40000000,#8);#2=IFCAXIS2PLACEMENT2D(#32768,#32767);",
      {"8", "32767", "32768", "40000000"}},
     {"an abstract type is missing",
      "#1=IFCRELAGGREGATES('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,#2,(#1));#2=IFCPRODUCT('2CND9gmL0OS2wPqFz8m2Fj',$,$,$,$,$,$);",
@@ -441,8 +449,8 @@ TEST(DataFinished, FillsInverseListsOncePerEntry) {
 }
 
 TEST(DataFinished, DoesNothingAfterAFailedScan) {
-    const std::string sText = sFileOf("#1=IFCELEMENT('" + sGuidOf(1) + "',$,$,$);#2=IFCRELLINK('" + sGuidOf(2) +
-                                      "',$,$,(#1,#9));");
+    const std::string sText =
+        sFileOf("#1=IFCELEMENT('" + sGuidOf(1) + "',$,$,$);#2=IFCRELLINK('" + sGuidOf(2) + "',$,$,(#1,#9));");
     const ReadResult cut(sText.substr(0, sText.find("ENDSEC;\nEND-ISO")), schemaIs(smallSchema()));
     EXPECT_FALSE(cut.boRead);
     EXPECT_EQ(cut.iEntities(), 2U);

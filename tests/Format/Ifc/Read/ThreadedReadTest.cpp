@@ -85,8 +85,7 @@ TEST(ThreadedRead, GivesTheModelOfASingleThreadedRead) {
         {"some batches", sSmallFile(1000)},
         {"many batches", sSmallFile(6000)},
         {"a name nobody knows", sFileOf("#1=IFCPOINT((1.));\n#2=IFCNOBODY();\n#3=IFCPOINT((1.));\n")},
-        {"references to nothing",
-         sFileOf("#1=IFCPROPERTY('a',#70000,(#5,#6),#900000);\n#2=IFCPOINT((1.));\n")},
+        {"references to nothing", sFileOf("#1=IFCPROPERTY('a',#70000,(#5,#6),#900000);\n#2=IFCPOINT((1.));\n")},
         {"faulty values", sFileOf("#1=IFCPOINT((1.,x,3.));\n#2=IFCELEMENT('short','a',1.,.PINK.);\n#3="
                                   "IFCPROPERTY($,5,(6,#x),*);\n")},
         {"equal GUIDs",

@@ -235,8 +235,8 @@ TEST(Errors, CountLostStatementsAndKeepTheFirstLine) {
     Errors errors;
     EXPECT_EQ(errors.lostStatements().iCount, 0U);
     EXPECT_EQ(errors.lostStatements().iFirstLine, 0U);
-    for (const Step& step : {Step{0, 3, 0, 0}, Step{200, 40, 200, 40}, Step{1, 39, 201, 39}, Step{7, 500, 208, 39},
-                             Step{0, 1, 208, 39}}) {
+    for (const Step& step :
+         {Step{0, 3, 0, 0}, Step{200, 40, 200, 40}, Step{1, 39, 201, 39}, Step{7, 500, 208, 39}, Step{0, 1, 208, 39}}) {
         errors.vLostAdd(step.iCount, step.iLine);
         EXPECT_EQ(errors.lostStatements().iCount, step.iAll);
         EXPECT_EQ(errors.lostStatements().iFirstLine, step.iFirst);

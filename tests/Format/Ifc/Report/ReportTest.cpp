@@ -93,9 +93,8 @@ TEST(ErrorReport, DumpIsTheWholeDataWithoutItself) {
 }
 
 const std::vector<Record> g_records = {
-    {Errors::Error, "b", "#1=A();", 7}, {Errors::Fatal, "a", "#2=B();", 0},
-    {Errors::Error, "b", "#3=C();", 5}, {Errors::Error, "\xc3\xa4", "", 1},
-    {Errors::Error, "a1", "", 2},       {Errors::Error, "A", "", 3},
+    {Errors::Error, "b", "#1=A();", 7}, {Errors::Fatal, "a", "#2=B();", 0}, {Errors::Error, "b", "#3=C();", 5},
+    {Errors::Error, "\xc3\xa4", "", 1}, {Errors::Error, "a1", "", 2},       {Errors::Error, "A", "", 3},
 };
 
 struct TemplateRow {
@@ -191,10 +190,9 @@ struct LocalizeRow {
     bool boAssertion;
 };
 const LocalizeRow g_localizeRows[] = {
-    {"a key", "<{{ localize(\"Error_InvalidFile\") }}>", "<" + localize("Ifc", "Error_InvalidFile") + ">",
+    {"a key", "<{{ localize(\"Error_InvalidFile\") }}>", "<" + localize("Ifc", "Error_InvalidFile") + ">", false},
+    {"over a pipe", "<{{ \"Error_InvalidFile\" | localize }}>", "<" + localize("Ifc", "Error_InvalidFile") + ">",
      false},
-    {"over a pipe", "<{{ \"Error_InvalidFile\" | localize }}>",
-     "<" + localize("Ifc", "Error_InvalidFile") + ">", false},
     {"an unknown key is its own text", "<{{ localize(\"none\") }}>", "<none>", false},
     {"two arguments", "<{{ localize(\"Error_InvalidFile\", \"b\") }}>", "<>", true},
     {"two of any type", "<{{ localize(1, 2) }}>", "<>", true},
@@ -349,10 +347,9 @@ const LimitRow g_limitRows[] = {
     {"a condition", "{% if false", " or false", " %}{% endif %}", "", "", 7998},
     {"a pipeline", "{{ filename ", "| upper ", "", "", " }}", 8000},
     {"else ifs", "{% if false %}", "{% else if false %}", "{% else %}x{% endif %}", "", "", 7998},
-    {"a sum in the last else if of many", "{% if false %}" + sRepeated("{% else if false %}", 4000) + "{{ 1",
-     "+1", " }}{% endif %}", "", "", 3999},
-    {"digits of an index, which fills a list", "{% set a = [] %}{% set a.", "9", " = 1 %}{{ length(a) }}", "",
-     "", 6},
+    {"a sum in the last else if of many", "{% if false %}" + sRepeated("{% else if false %}", 4000) + "{{ 1", "+1",
+     " }}{% endif %}", "", "", 3999},
+    {"digits of an index, which fills a list", "{% set a = [] %}{% set a.", "9", " = 1 %}{{ length(a) }}", "", "", 6},
     {"rounds of a variable into itself", "{% set a = 1 %}{% for i in [1", ",1",
      "] %}{% set b.b = a %}{% set a = b %}{% endfor %}{{ length(a) }}", "", "", 100},
 };
@@ -379,14 +376,11 @@ TEST(ErrorReport, LongFlatFormsAreRendered) {
         {"a sum", "{{ 1" + sRepeated("+1", 5000) + " }}", "5001"},
         {"texts put together", "{{ \"\"" + sRepeated("+\"a\"+filename", 2000) + " }}", sRepeated("ax", 2000)},
         {"a condition", "{{ false" + sRepeated(" or 1 == 2 and true", 2000) + " or true }}", "true"},
-        {"else ifs", "{% if false %}" + sRepeated("{% else if 1 == 2 %}a", 5000) + "{% else %}b{% endif %}",
-         "b"},
-        {"the last else if", "{% if false %}" + sRepeated("{% else if false %}", 5000) +
-                                 "{% else if true %}a{% else %}b{% endif %}",
-         "a"},
+        {"else ifs", "{% if false %}" + sRepeated("{% else if 1 == 2 %}a", 5000) + "{% else %}b{% endif %}", "b"},
+        {"the last else if",
+         "{% if false %}" + sRepeated("{% else if false %}", 5000) + "{% else if true %}a{% else %}b{% endif %}", "a"},
         {"ifs in each other", sRepeated("{% if true %}", 70) + "x" + sRepeated("{% endif %}", 70), "x"},
-        {"many one after the other", sRepeated("{% if true %}({{ (1) }}){% endif %}", 1000),
-         sRepeated("(1)", 1000)},
+        {"many one after the other", sRepeated("{% if true %}({{ (1) }}){% endif %}", 1000), sRepeated("(1)", 1000)},
         {"parentheses one after the other", "{{ 0" + sRepeated("+(1)", 1000) + " }}", "1000"},
         {"lists one after the other", "{{ [" + sRepeated("[],{},", 1000) + "1] }}",
          "[" + sRepeated("[],{},", 1000) + "1]"},
@@ -404,8 +398,7 @@ TEST(ErrorReport, LongFlatFormsAreRendered) {
 
 // What is wrong behind something long is told, and the long thing taken down, as well.
 TEST(ErrorReport, FaultBehindALongFormIsAFault) {
-    for (const char* pBehind :
-         {" ] }}", " + }}", " + nonsense(1) }}", " }}{% endfor %}", " }}{% if true %}"}) {
+    for (const char* pBehind : {" ] }}", " + }}", " + nonsense(1) }}", " }}{% endfor %}", " }}{% if true %}"}) {
         SCOPED_TRACE(pBehind);
         vExpectFailure(Errors(), "{{ 1" + sRepeated("+1", 7990) + pBehind, "");
     }
@@ -476,14 +469,11 @@ TEST(ErrorReport, FilesAreIncludedFromTheWorkingFolder) {
     folder.vFile("mod", "{{ 1 % 0 }}");
     folder.vFile("deep", "{{ " + sRepeated("(", g_iMany));
     EXPECT_EQ(rendered(Errors(), "{% include \"a\" %}{% include \"./a\" %}").sText, "[x(0)][x(0)]");
-    EXPECT_EQ(rendered(Errors(),
-                       "{% extends \"page\" %}{% block title %}{{ super() }}+{{ filename }}{% endblock %}")
-                  .sText,
-              "<none+x>");
     EXPECT_EQ(
-        rendered(Errors(),
-                 "{% extends \"page\" %}{% block title %}{{ super(1) }}+{{ filename }}{% endblock %}")
-            .sText,
+        rendered(Errors(), "{% extends \"page\" %}{% block title %}{{ super() }}+{{ filename }}{% endblock %}").sText,
+        "<none+x>");
+    EXPECT_EQ(
+        rendered(Errors(), "{% extends \"page\" %}{% block title %}{{ super(1) }}+{{ filename }}{% endblock %}").sText,
         "<none+x>");
     // A name that is known already leads to that file, wherever it stands.
     folder.vFile("known", "k");
@@ -506,12 +496,12 @@ TEST(ErrorReport, EndlessTemplatesEnd) {
     folder.vFile("blocks", "{% block a %}{% block b %}{% endblock %}{% endblock %}");
     folder.vFile("levels", "{% block a %}{{ super(0) }}{% endblock %}");
     const std::string sDeepSuper = sRepeated("at([0],", 90) + "super()" + sRepeated(")", 90);
-    const std::string sDeep = "{% extends \"blocks\" %}{% block b %}{% block a %}{{ " + sDeepSuper +
-                              " }}{% endblock %}{% endblock %}";
+    const std::string sDeep =
+        "{% extends \"blocks\" %}{% block b %}{% block a %}{{ " + sDeepSuper + " }}{% endblock %}{% endblock %}";
     vExpectFailure(Errors(), sDeep, "");
     for (const char* pTemplate :
-         {"{% include \"self\" %}", "{% include \"ping\" %}", "{% extends \"parent\" %}",
-          "{% include \"growing\" %}", "{% include \"sub/around\" %}",
+         {"{% include \"self\" %}", "{% include \"ping\" %}", "{% extends \"parent\" %}", "{% include \"growing\" %}",
+          "{% include \"sub/around\" %}",
           "{% extends \"blocks\" %}{% block b %}{% block a %}{{ super() }}{% endblock %}{% endblock %}",
           "{% extends \"levels\" %}{% block a %}{{ super() }}{% endblock %}"}) {
         SCOPED_TRACE(pTemplate);
@@ -546,10 +536,9 @@ TEST(ErrorReport, IncludesHaveLimits) {
 TEST(ErrorReport, ParentInABranchEndsTheTemplate) {
     const Folder folder;
     folder.vFile("p", "p");
-    for (const char* pTemplate :
-         {"{% if true %}{% extends \"p\" %}x{% endif %}y",
-          "{% if false %}{% else if true %}{% extends \"p\" %}{% else %}x{% endif %}y",
-          "{% if false %}{% else %}{% extends \"p\" %}{% else if true %}x{% endif %}y"}) {
+    for (const char* pTemplate : {"{% if true %}{% extends \"p\" %}x{% endif %}y",
+                                  "{% if false %}{% else if true %}{% extends \"p\" %}{% else %}x{% endif %}y",
+                                  "{% if false %}{% else %}{% extends \"p\" %}{% else if true %}x{% endif %}y"}) {
         SCOPED_TRACE(pTemplate);
         EXPECT_EQ(rendered(Errors(), pTemplate).sText, "p");
     }

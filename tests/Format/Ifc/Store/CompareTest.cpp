@@ -26,9 +26,7 @@ struct Value {
     const Attribute* pAttribute;
     AttributeBase* pCell;
 
-    explicit Value(const Entity& entity) {
-        std::tie(pAttribute, pCell) = entity.pAttributeFromIndex(0);
-    }
+    explicit Value(const Entity& entity) { std::tie(pAttribute, pCell) = entity.pAttributeFromIndex(0); }
     [[nodiscard]] bool boEqual(const Value& other, bool boSameEntity) const {
         return pCell->boIsEqual(*pAttribute->types.front(), *other.pCell, *other.pAttribute->types.front(),
                                 boSameEntity);
@@ -42,8 +40,8 @@ public:
         for (const char* sThing : {"#5=IFCTHING('a');", "#6=IFCTHING('a');", "#7=IFCTHING('b');"}) pRead(sThing);
     }
     [[nodiscard]] Value value(std::string_view keyword, std::string_view token) {
-        return Value(*pRead('#' + std::to_string(m_iNext++) + '=' + std::string(keyword) + '(' + std::string(token) +
-                            ");"));
+        return Value(
+            *pRead('#' + std::to_string(m_iNext++) + '=' + std::string(keyword) + '(' + std::string(token) + ");"));
     }
 
 private:
@@ -107,9 +105,9 @@ TEST(CompareCell, SingleValuesByValue) {
 }
 
 TEST(CompareCell, FlagsDecideWhereThereIsNoValue) {
-    for (const char* sKeyword : {"IFCREAL", "IFCNUMBER", "IFCINTEGER", "IFCBOOLEAN", "IFCLOGICAL", "IFCSTRING",
-                                 "IFCGUID", "IFCBINARY", "IFCENUMERATION", "IFCSELECT", "IFCREALLIST", "IFCTABLE",
-                                 "IFCREFERENCE", "IFCREFERENCESET"}) {
+    for (const char* sKeyword :
+         {"IFCREAL", "IFCNUMBER", "IFCINTEGER", "IFCBOOLEAN", "IFCLOGICAL", "IFCSTRING", "IFCGUID", "IFCBINARY",
+          "IFCENUMERATION", "IFCSELECT", "IFCREALLIST", "IFCTABLE", "IFCREFERENCE", "IFCREFERENCESET"}) {
         vExpectRows({
             {sKeyword, "$", "$", true},
             {sKeyword, "*", "*", true},
@@ -550,7 +548,7 @@ TEST(CompareCell, ListsWithNullOnOneSideAreUnequal) {
     const struct {
         const char* sKeyword;
         const char* sToken;
-    } rows[] = {{"IFCREALLIST", "(1.)"},      {"IFCINTEGERARRAY", "()"},       {"IFCLABELLIST", "('a')"},
+    } rows[] = {{"IFCREALLIST", "(1.)"},      {"IFCINTEGERARRAY", "()"},           {"IFCLABELLIST", "('a')"},
                 {"IFCBINARYLIST", "(\"0\")"}, {"IFCSELECTLIST", "(IFCFLAG(.T.))"}, {"IFCTABLE", "((1.))"},
                 {"IFCREFERENCESET", "(#5)"}};
     for (const auto& row : rows) {

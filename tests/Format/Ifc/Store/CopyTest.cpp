@@ -22,7 +22,8 @@ using def::schema::ObjectName;
 
 // The old schema and the new: they differ in one enumerator.
 std::unique_ptr<def::SchemaPset> pMoveSchema(std::string_view enumerators) {
-    return pSchemaOf("TYPE IfcColour = ENUMERATION OF (" + std::string(enumerators) + "); END_TYPE;" + g_sBaseTypes + R"(
+    return pSchemaOf("TYPE IfcColour = ENUMERATION OF (" + std::string(enumerators) + "); END_TYPE;" + g_sBaseTypes +
+                     R"(
         TYPE IfcReals = LIST OF REAL; END_TYPE;
         TYPE IfcCounts = LIST OF INTEGER; END_TYPE;
         TYPE IfcRealArray = ARRAY [0:2] OF REAL; END_TYPE;
@@ -59,7 +60,8 @@ const def::SchemaPset& newSchema() {
 class Side {
 public:
     explicit Side(const def::SchemaPset& schema) : reader(schema) {
-        for (const char* sStatement : {"#5=IFCTHING('a');", "#6=IFCBOX('b');", "#7=IFCOTHER('c');", "#8=IFCTHING('d');"})
+        for (const char* sStatement :
+             {"#5=IFCTHING('a');", "#6=IFCBOX('b');", "#7=IFCOTHER('c');", "#8=IFCTHING('d');"})
             reader.pRead(sStatement);
     }
     // What the cell of that attribute is read from, all others being undefined.
@@ -76,7 +78,9 @@ public:
     }
     [[nodiscard]] std::string sShow() { return reader.sCell(*pCell, pAttribute->types.front(), *pAttribute); }
     template <class Cell>
-    [[nodiscard]] Cell& cell() const { return static_cast<Cell&>(*pCell); }
+    [[nodiscard]] Cell& cell() const {
+        return static_cast<Cell&>(*pCell);
+    }
     [[nodiscard]] const ObjectBase* pType() const { return pAttribute->types.front(); }
 
     StatementReader reader;
@@ -98,19 +102,19 @@ struct Move {
     };
 
     [[nodiscard]] bool boCopy() {
-        return source.pCell->copyTo(*target.pCell, *source.pAttribute, *target.pAttribute, target.reader.data, mapEntity,
-                                    {});
+        return source.pCell->copyTo(*target.pCell, *source.pAttribute, *target.pAttribute, target.reader.data,
+                                    mapEntity, {});
     }
 };
 
 struct CopyRow {
     const char* sRule;
-    const char* sFrom;     // attribute and token
+    const char* sFrom;   // attribute and token
     const char* sToken;
-    const char* sTo;       // attribute and its former token
+    const char* sTo;   // attribute and its former token
     const char* sFormer;
     bool boResult;
-    const char* sShown;    // the target's cell afterwards
+    const char* sShown;   // the target's cell afterwards
     Trail raised = {};
 };
 
@@ -190,10 +194,10 @@ TEST(CopyCell, KindsMustBeTheSame) {
     move.source.vRead("Re", "1.5");
     move.target.vRead("Re", "2.5");
     Attribute nothing;
-    EXPECT_FALSE(move.source.pCell->copyTo(*move.target.pCell, nothing, *move.target.pAttribute, move.target.reader.data,
-                                           {}, {}));
-    EXPECT_FALSE(move.source.pCell->copyTo(*move.target.pCell, *move.source.pAttribute, nothing, move.target.reader.data,
-                                           {}, {}));
+    EXPECT_FALSE(move.source.pCell->copyTo(*move.target.pCell, nothing, *move.target.pAttribute,
+                                           move.target.reader.data, {}, {}));
+    EXPECT_FALSE(move.source.pCell->copyTo(*move.target.pCell, *move.source.pAttribute, nothing,
+                                           move.target.reader.data, {}, {}));
     const def::schema::DataTypeBase strange(static_cast<def::schema::DataKind>(12));
     nothing.types = {&strange};
     EXPECT_FALSE(move.source.pCell->copyTo(*move.target.pCell, nothing, nothing, move.target.reader.data, {}, {}))
@@ -235,7 +239,8 @@ TEST(CopyCell, TextsAndBytesAreTheTargetsOwn) {
         const bool boRoom = move.target.cell<AttributeBinary>().m_iCount >= 2;
         EXPECT_TRUE(move.boCopy());
         EXPECT_EQ(move.target.cell<AttributeBinary>().m_value.load() == pBytes, boRoom) << sFormer;
-        EXPECT_NE(move.target.cell<AttributeBinary>().m_value.load(), move.source.cell<AttributeBinary>().m_value.load());
+        EXPECT_NE(move.target.cell<AttributeBinary>().m_value.load(),
+                  move.source.cell<AttributeBinary>().m_value.load());
     }
 
     move.source.vRead("En", ".RED.");
@@ -304,10 +309,8 @@ TEST(CopyReference, AMapIsAskedForNullToo) {
         std::size_t iNulls;
         const char* sShown;   // where the map gives #6 for null
     } rows[] = {
-        {"Th", "5", "Th", 1, "Entity #6"},
-        {"Th", "5", "Ch", 1, "Select 13:(#6)"},
-        {"Ch", "#", "Ch", 1, "Select 13:(#6)"},
-        {"Th", "$", "Th", 0, "$ Entity null"},
+        {"Th", "5", "Th", 1, "Entity #6"},      {"Th", "5", "Ch", 1, "Select 13:(#6)"},
+        {"Ch", "#", "Ch", 1, "Select 13:(#6)"}, {"Th", "$", "Th", 0, "$ Entity null"},
         {"Th", "#5", "Th", 0, "Entity #5"},
     };
     for (const auto& row : rows) {
@@ -384,8 +387,7 @@ TEST(CopySelect, TypedValuesKeepTheirType) {
     EXPECT_TRUE(move.source.pCell->copyTo(*move.target.pCell, *move.source.pAttribute, *move.target.pAttribute,
                                           move.target.reader.data, move.mapEntity, map));
     EXPECT_EQ(iAsked, 0);
-    EXPECT_EQ(move.target.cell<AttributeSelect>().m_pType.load(),
-              oldSchema().pTypeFromName(ObjectName("IFCLABEL")));
+    EXPECT_EQ(move.target.cell<AttributeSelect>().m_pType.load(), oldSchema().pTypeFromName(ObjectName("IFCLABEL")));
 }
 
 TEST(CopySelect, WhatCannotBeReadIsNoValue) {
@@ -399,7 +401,13 @@ TEST(CopySelect, WhatCannotBeReadIsNoValue) {
 
 TEST(CopySelect, WhatCannotBeStoredIsFalseAndUnmarked) {
     vExpectRows({
-        {"binary", "Se", "IFCBLOB(\"0AB\")", "Se", "$", false, "Select 0:(null)",
+        {"binary",
+         "Se",
+         "IFCBLOB(\"0AB\")",
+         "Se",
+         "$",
+         false,
+         "Select 0:(null)",
          {"oxa::ifc::AttributeSelect::boValueSet: Not implemented"}},
         {"no enumerator", "Se", "IFCCOLOUR(.PINK.)", "Se", "$", false, "Select 0:(null)"},
     });
@@ -466,16 +474,28 @@ TEST(CopyList, ItemByItem) {
          "List 9[Select 5:IFCLABEL(String 'a'), Select 13:(#5), $ Select 0:(null)]"},
         {"selects over others", "Selects", "(IFCLABEL('a'))", "Selects", "(IFCCOUNT(1),#5)", true,
          "List 9[Select 5:IFCLABEL(String 'a')]"},
-        {"a select that cannot be stored", "Selects", "(IFCLABEL('a'),IFCBLOB(\"0AB\"))", "Selects", "$", false,
+        {"a select that cannot be stored",
+         "Selects",
+         "(IFCLABEL('a'),IFCBLOB(\"0AB\"))",
+         "Selects",
+         "$",
+         false,
          "$ List 9[Select 5:IFCLABEL(String 'a'), Select 0:(null)]",
          {"oxa::ifc::AttributeSelect::boValueSet: Not implemented"}},
-        {"rows", "Rows", "((1.),(),(2.,3.),$)", "Rows", "$", true, "List 11[List 1[1], List 1[], List 1[2, 3], $ List 0 null]"},
+        {"rows", "Rows", "((1.),(),(2.,3.),$)", "Rows", "$", true,
+         "List 11[List 1[1], List 1[], List 1[2, 3], $ List 0 null]"},
         {"rows over others", "Rows", "((1.),(2.,3.))", "Rows", "((4.,5.),(),(6.))", true,
          "List 11[List 1[1], List 1[2, 3]]"},
-        {"a row that cannot be copied", "SelectRows", "((IFCLABEL('a')),(IFCBLOB(\"0AB\")))", "SelectRows", "$", false,
+        {"a row that cannot be copied",
+         "SelectRows",
+         "((IFCLABEL('a')),(IFCBLOB(\"0AB\")))",
+         "SelectRows",
+         "$",
+         false,
          "List 11[List 9[Select 5:IFCLABEL(String 'a')], $ List 9[Select 0:(null)]]",
          {"oxa::ifc::AttributeSelect::boValueSet: Not implemented"}},
-        {"rows of references", "ThingRows", "((#5,#8),(#6))", "ThingRows", "$", true, "List 11[List 13[#5], List 13[#6]]"},
+        {"rows of references", "ThingRows", "((#5,#8),(#6))", "ThingRows", "$", true,
+         "List 11[List 13[#5], List 13[#6]]"},
         {"booleans", "Flags", "(.T.)", "Flags", "$", false, "List 0 null", {g_sNotImplemented}},
         {"rows of sets", "SetRows", "((#5))", "SetRows", "$", false, "List 12 null", {g_sNotImplemented}},
     });
@@ -514,8 +534,8 @@ TEST(CopyList, ItemTypesMustBeTheSame) {
     Move move;
     move.source.vRead("Reals", "(1.)");
     AttributeList list;
-    EXPECT_FALSE(move.source.cell<AttributeList>().AttributeListValueBase::copyTo(list, nullptr, move.target.reader.data,
-                                                                                   {}, {}))
+    EXPECT_FALSE(move.source.cell<AttributeList>().AttributeListValueBase::copyTo(list, nullptr,
+                                                                                  move.target.reader.data, {}, {}))
         << "no object to tell the item type";
     EXPECT_TRUE(list.m_boUndefined);
     move.target.vRead("Reals", "(2.,3.)");
@@ -595,9 +615,9 @@ TEST(CopyList, GuidsAndNullTexts) {
 
 struct SchemaRow {
     const char* sRule;
-    const char* sFrom;      // schema, statement
+    const char* sFrom;   // schema, statement
     const char* sStatement;
-    const char* sTo;        // schema, type
+    const char* sTo;   // schema, type
     const char* sType;
     const char* sAttribute;
     bool boResult;

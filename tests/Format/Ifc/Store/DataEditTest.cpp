@@ -43,8 +43,7 @@ TEST(EntityDelete, TakesTheEntityOutOfTheListAndTheMap) {
     EXPECT_TRUE(data.boEntityDelete(&second));
     EXPECT_THAT(data.entities(), testing::UnorderedElementsAre(&first, &third, &point));
     const auto [begin, end] = data.range(ObjectName("IFCELEMENT"), false);
-    EXPECT_THAT(std::vector<Entity*>(begin, end), ElementsAre(&first, &third))
-        << "the others keep their order";
+    EXPECT_THAT(std::vector<Entity*>(begin, end), ElementsAre(&first, &third)) << "the others keep their order";
     EXPECT_EQ(data.pEntityFromGuid(guidOf(2)), nullptr);
     EXPECT_EQ(data.pEntityFromGuid(guidOf(1)), &first);
     EXPECT_EQ(second.sWriteLine(data), "#1=IFCELEMENT('" + sGuidOf(2) + "',$,$,$);") << "it stays usable";
@@ -171,8 +170,7 @@ TEST(EntityDelete, ForgetsTheProject) {
 }
 
 TEST(EntityDelete, KeepsNumbersAndReferences) {
-    ReadFileModel model(sFileOf("#7=IFCPROPERTY('a',#9,(),$);#9=IFCPOINT((1.));"), true,
-                        schemaIs(smallSchema()));
+    ReadFileModel model(sFileOf("#7=IFCPROPERTY('a',#9,(),$);#9=IFCPOINT((1.));"), true, schemaIs(smallSchema()));
     Data& data = model.file.data();
     Entity* pPoint = data.pEntityFromId(9);
     EXPECT_TRUE(data.boEntityDelete(pPoint));
@@ -227,9 +225,8 @@ TEST(GuidUpdate, AssertsWithItsOwnName) {
     const bool boEnabledBefore = Assert::isEnabled();
     std::string sSeen;
     Assert::setEnabled(true);
-    Assert::setHandler([&sSeen](const AssertInfo& info) {
-        sSeen = std::string(info.source) + '|' + std::string(info.function);
-    });
+    Assert::setHandler(
+        [&sSeen](const AssertInfo& info) { sSeen = std::string(info.source) + '|' + std::string(info.function); });
     data.vGuidUpdate();
     Assert::setHandler({});
     Assert::setEnabled(boEnabledBefore);

@@ -8,9 +8,9 @@
 #include <regex>
 
 #include "Format/Ifc/AssertLog.h"
-#include "Format/Ifc/Store/ReferenceTaker.h"
 #include "Format/Ifc/ModelText.h"
 #include "Format/Ifc/SmallModel.h"
+#include "Format/Ifc/Store/ReferenceTaker.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa::ifc {
@@ -28,7 +28,8 @@ using Statements = std::map<std::size_t, std::string>;   // what stands in the p
 class RemoveModel {
 public:
     RemoveModel(const std::string& statements, const def::SchemaPset& schema)
-        : m_read(sFileOf(withGuids(statements)), true, schemaIs(schema)), data(m_read.file.data()) {
+        : m_read(sFileOf(withGuids(statements)), true, schemaIs(schema)),
+          data(m_read.file.data()) {
         EXPECT_TRUE(m_read.boRead);
         for (const Entity* pEntity : data.entities()) m_numbers.push_back(data.iIdFromEntity(*pEntity));
         m_before = statementsNow();
@@ -90,46 +91,46 @@ public:
 };
 
 // A house that both schemas can say. Parameters that only the later one has are left out.
-const char* const g_sHouse =
-    "#1=IFCPROJECT(GUID(),$,$,$,$,$,$,(#80),$);"
-    "#2=IFCBUILDINGSTOREY(GUID(),$,$,$,$,$,$,$,$,$);"
-    "#3=IFCWALL(GUID(),$,$,$,$,#40,$,$);"
-    "#4=IFCOPENINGELEMENT(GUID(),$,$,$,$,$,$,$);"
-    "#5=IFCDOOR(GUID(),#50,$,$,$,#43,$,$,$,$);"
-    "#6=IFCDOOR(GUID(),$,$,$,$,$,#72,$,$,$);"
-    "#10=IFCRELVOIDSELEMENT(GUID(),$,$,$,#3,#4);"
-    "#11=IFCRELFILLSELEMENT(GUID(),$,$,$,#4,#5);"
-    "#12=IFCRELCONTAINEDINSPATIALSTRUCTURE(GUID(),#50,$,$,(#3,#5,#6),#2);"
-    "#13=IFCRELDEFINESBYPROPERTIES(GUID(),$,$,$,(#5),#20);"
-    "#14=IFCRELDEFINESBYPROPERTIES(GUID(),$,$,$,(#5,#6),#20);"
-    "#15=IFCRELASSOCIATESMATERIAL(GUID(),$,$,$,(#3,#5),#30);"
-    "#16=IFCRELAGGREGATES(GUID(),$,$,$,#1,(#2));"
-    "#17=IFCRELASSOCIATESCLASSIFICATION(GUID(),$,$,$,(#3),#31);"
-    "#20=IFCPROPERTYSET(GUID(),$,$,$,(#21));"
-    "#21=IFCPROPERTYSINGLEVALUE('a',$,IFCLABEL('x'),$);"
-    "#30=IFCMATERIAL('m');"
-    "#31=IFCCLASSIFICATIONREFERENCE($,$,$,$);"
-    "#40=IFCLOCALPLACEMENT($,#41);"
-    "#41=IFCAXIS2PLACEMENT3D(#42,$,$);"
-    "#42=IFCCARTESIANPOINT((0.,0.,0.));"
-    "#43=IFCLOCALPLACEMENT(#40,#44);"
-    "#44=IFCAXIS2PLACEMENT3D(#42,$,$);"
-    "#50=IFCOWNERHISTORY($,$,$,$,$,$,$,0);"
-    "#60=IFCPRESENTATIONLAYERASSIGNMENT('l',$,(#70),$);"
-    "#70=IFCSHAPEREPRESENTATION(#80,'Body','Brep',(#71));"
-    "#71=IFCBOUNDINGBOX(#42,1.,1.,1.);"
-    "#72=IFCPRODUCTDEFINITIONSHAPE($,$,(#70));"
-    "#80=IFCGEOMETRICREPRESENTATIONCONTEXT($,'Model',3,1.E-05,#41,$);";
+const char* const g_sHouse = "#1=IFCPROJECT(GUID(),$,$,$,$,$,$,(#80),$);"
+                             "#2=IFCBUILDINGSTOREY(GUID(),$,$,$,$,$,$,$,$,$);"
+                             "#3=IFCWALL(GUID(),$,$,$,$,#40,$,$);"
+                             "#4=IFCOPENINGELEMENT(GUID(),$,$,$,$,$,$,$);"
+                             "#5=IFCDOOR(GUID(),#50,$,$,$,#43,$,$,$,$);"
+                             "#6=IFCDOOR(GUID(),$,$,$,$,$,#72,$,$,$);"
+                             "#10=IFCRELVOIDSELEMENT(GUID(),$,$,$,#3,#4);"
+                             "#11=IFCRELFILLSELEMENT(GUID(),$,$,$,#4,#5);"
+                             "#12=IFCRELCONTAINEDINSPATIALSTRUCTURE(GUID(),#50,$,$,(#3,#5,#6),#2);"
+                             "#13=IFCRELDEFINESBYPROPERTIES(GUID(),$,$,$,(#5),#20);"
+                             "#14=IFCRELDEFINESBYPROPERTIES(GUID(),$,$,$,(#5,#6),#20);"
+                             "#15=IFCRELASSOCIATESMATERIAL(GUID(),$,$,$,(#3,#5),#30);"
+                             "#16=IFCRELAGGREGATES(GUID(),$,$,$,#1,(#2));"
+                             "#17=IFCRELASSOCIATESCLASSIFICATION(GUID(),$,$,$,(#3),#31);"
+                             "#20=IFCPROPERTYSET(GUID(),$,$,$,(#21));"
+                             "#21=IFCPROPERTYSINGLEVALUE('a',$,IFCLABEL('x'),$);"
+                             "#30=IFCMATERIAL('m');"
+                             "#31=IFCCLASSIFICATIONREFERENCE($,$,$,$);"
+                             "#40=IFCLOCALPLACEMENT($,#41);"
+                             "#41=IFCAXIS2PLACEMENT3D(#42,$,$);"
+                             "#42=IFCCARTESIANPOINT((0.,0.,0.));"
+                             "#43=IFCLOCALPLACEMENT(#40,#44);"
+                             "#44=IFCAXIS2PLACEMENT3D(#42,$,$);"
+                             "#50=IFCOWNERHISTORY($,$,$,$,$,$,$,0);"
+                             "#60=IFCPRESENTATIONLAYERASSIGNMENT('l',$,(#70),$);"
+                             "#70=IFCSHAPEREPRESENTATION(#80,'Body','Brep',(#71));"
+                             "#71=IFCBOUNDINGBOX(#42,1.,1.,1.);"
+                             "#72=IFCPRODUCTDEFINITIONSHAPE($,$,(#70));"
+                             "#80=IFCGEOMETRICREPRESENTATIONCONTEXT($,'Model',3,1.E-05,#41,$);";
 
 struct HouseRow {
     const char* sRule;
     Numbers asked;
-    Numbers withThem;     // relationships, ascending
-    Statements changed;   // with the parameters that both schemas have
-    Numbers incomplete;   // of both schemas, ascending
+    Numbers withThem;             // relationships, ascending
+    Statements changed;           // with the parameters that both schemas have
+    Numbers incomplete;           // of both schemas, ascending
     Numbers incomplete2x3 = {};   // and of the older one alone
 };
 
+// clang-format off
 const HouseRow g_houseRows[] = {
     {"a door leaves its lists, and what says that it fills the opening goes", {5}, {11, 13},
      {{12, "(G,#50,$,$,(#3,#6),#2);"}, {14, "(G,$,$,$,(#6),#20);"}, {15, "(G,$,$,$,(#3),#30);"}}, {}},
@@ -155,6 +156,7 @@ const HouseRow g_houseRows[] = {
     {"a relationship goes alone", {12}, {}, {}, {}},
     {"many at once", {2, 3, 4, 5, 6}, {10, 11, 12, 13, 14, 15, 16, 17}, {}, {}},
 };
+// clang-format on
 
 TEST(EntitiesRemove, TakesWhatLosesItsMeaningWithIt) {
     for (const char* sSchema : {"IFC2X3", "IFC4"})
@@ -290,6 +292,7 @@ struct LinkRow {
     Numbers incomplete;
 };
 
+// clang-format off
 const LinkRow g_linkRows[] = {
     {"fewer than the schema asks for", "#5=IFCPAIR((#1,#2),$);#6=IFCPAIR((#1,#2,#3),$);", {1}, {5},
      {{6, "((#2,#3),$);"}}, {}},
@@ -327,13 +330,15 @@ const LinkRow g_linkRows[] = {
     {"rows", "#5=IFCHOLDER($,$,$,((#1,#2),(#1),(),$,(#3)),(#2));", {1}, {}, {{5, "($,$,$,((#2),(),$,(#3)),(#2));"}}, {}},
     {"a value that stays behind its flag is none", "#5=IFCHOLDER(*,*,*,*,(#2));", {1}, {}, {}, {}},
 };
+// clang-format on
 
 TEST(EntitiesRemove, LooksIntoEveryShapeOfValue) {
     for (const LinkRow& row : g_linkRows) {
         SCOPED_TRACE(row.sRule);
         const AssertLog log;
         RemoveModel model("#1=IFCTHING('1');#2=IFCTHING('2');#3=IFCTHING('3');#4=IFCTHING('4');" +
-                              std::string(row.sStatements), linkSchema());
+                              std::string(row.sStatements),
+                          linkSchema());
         const EntityRemoval removal = model.remove(row.asked);
         EXPECT_TRUE(log.texts().empty());
         Numbers gone = model.numbersOf(removal.removed);
@@ -359,7 +364,8 @@ TEST(EntitiesRemove, CountsNothingThatIsNoInstance) {
     Entity* pEmpty = data.pEntityCreate(ObjectName("IFCTHING"));
     pEmpty->unsafeSetSchemaEntity(nullptr);
     EXPECT_FALSE(data.boEntityRemove(pEmpty));
-    EXPECT_THAT(data.entitiesRemove({pThing}).removed, ElementsAre(pThing, pPair)) << "one is left of two, not two of three";
+    EXPECT_THAT(data.entitiesRemove({pThing}).removed, ElementsAre(pThing, pPair))
+        << "one is left of two, not two of three";
 }
 
 // What the taker leaves behind in a cell.
@@ -441,7 +447,8 @@ TEST(ReferenceTaker, PassesOverItemsBehindTheirFlags) {
 // A number that stands twice in a file: the list has its instance twice, and its references count once.
 TEST(EntitiesRemove, CountsAnInstanceOnce) {
     RemoveModel model("#1=IFCTHING('1');#2=IFCTHING('2');#3=IFCTHING('3');"
-                      "#5=IFCPAIR((#1,#2),$);#5=IFCPAIR((#1,#2,#3),$);", linkSchema());
+                      "#5=IFCPAIR((#1,#2),$);#5=IFCPAIR((#1,#2,#3),$);",
+                      linkSchema());
     const EntityRemoval removal = model.remove({1});
     EXPECT_EQ(model.numbersOf(removal.removed), Numbers{1});
     EXPECT_THAT(model.changed(), ElementsAre(std::pair<const std::size_t, std::string>(5, "((#2,#3),$);")));

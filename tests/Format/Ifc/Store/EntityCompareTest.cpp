@@ -59,8 +59,8 @@ TEST(CompareEntity, AllAttributesOfOneType) {
 
 TEST(CompareEntity, UnequalToItself) {
     CompareReader reader;
-    for (const char* sStatement : {"#20=IFCNOTHING();", "#21=IFCTABLE(((1.)));", "#22=IFCSELECT(#5);",
-                                   "#23=IFCREFERENCESET((#99));"}) {
+    for (const char* sStatement :
+         {"#20=IFCNOTHING();", "#21=IFCTABLE(((1.)));", "#22=IFCSELECT(#5);", "#23=IFCREFERENCESET((#99));"}) {
         SCOPED_TRACE(sStatement);
         const Entity* pEntity = reader.pRead(sStatement);
         EXPECT_FALSE(pEntity->boIsEqual(*pEntity));
@@ -196,10 +196,8 @@ TEST(CompareEntity, CyclesEnd) {
         std::size_t iPeriod;
         bool boEqual;
     } rows[] = {
-        {"one that refers to itself", 1, 1, 1, true},
-        {"one round and two", 1, 2, 1, true},
-        {"rounds of different length", 12, 18, 6, true},
-        {"rounds of other content", 12, 18, 12, false},
+        {"one that refers to itself", 1, 1, 1, true},    {"one round and two", 1, 2, 1, true},
+        {"rounds of different length", 12, 18, 6, true}, {"rounds of other content", 12, 18, 12, false},
         {"a long round", 20000, 20000, 20000, true},
     };
     for (const auto& row : rows) {

@@ -7,8 +7,8 @@
 #include <set>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
-#include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/OnThreads.h"
+#include "Format/Ifc/Read/ReadContext.h"
 
 namespace oxa::ifc {
 namespace {
@@ -129,7 +129,8 @@ TEST_F(SeededMap, GivesSeededEntitiesByTheirNumbers) {
 
 // Wherever the last entity was found, the next one gets its own number.
 TEST_F(SeededMap, NumbersDoNotDependOnTheLastOne) {
-    for (const std::uint32_t iId : {1U, 32'767U, 32'768U, 100'000U, 50'000'000U}) map.vSeed(info.slotGet(data, iId), iId);
+    for (const std::uint32_t iId : {1U, 32'767U, 32'768U, 100'000U, 50'000'000U})
+        map.vSeed(info.slotGet(data, iId), iId);
     const Entity other;
     EntityIdMap::Near near;
     for (const std::uint32_t iLast : {1U, 32'767U, 32'768U, 100'000U, 50'000'000U})

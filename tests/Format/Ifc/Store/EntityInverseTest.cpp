@@ -44,9 +44,7 @@ const def::SchemaPset& inverseSchema() {
     return *pSchema;
 }
 
-const def::schema::Entity& type(const char* sKeyword) {
-    return *inverseSchema().pEntityFromName(ObjectName(sKeyword));
-}
+const def::schema::Entity& type(const char* sKeyword) { return *inverseSchema().pEntityFromName(ObjectName(sKeyword)); }
 
 // Statements, read and completed in this order.
 class Model : public StatementReader {
@@ -83,33 +81,28 @@ constexpr char g_sListOfLists[] = "ListOfList::ListAdd not implemented for this 
 const BuildRow g_buildRows[] = {
     {"nobody", "#1=IFCTARGET($);", 1, "Users", "none"},
     {"one", "#1=IFCTARGET($);#2=IFCUSER(#1);", 1, "Users", "#2"},
-    {"the last that was read comes first", "#1=IFCTARGET($);#2=IFCUSER(#1);#3=IFCUSER(#1);#4=IFCUSER(#1);", 1,
-     "Users", "#4 #3 #2"},
-    {"the order of reading counts, not the number", "#9=IFCUSER(#1);#1=IFCTARGET($);#5=IFCUSER(#1);", 1,
-     "Users", "#5 #9"},
-    {"items of an aggregate", "#1=IFCTARGET($);#2=IFCTARGET($);#3=IFCOWNER((#1,#2));#4=IFCOWNER((#2));", 2,
-     "Owners", "#4 #3"},
+    {"the last that was read comes first", "#1=IFCTARGET($);#2=IFCUSER(#1);#3=IFCUSER(#1);#4=IFCUSER(#1);", 1, "Users",
+     "#4 #3 #2"},
+    {"the order of reading counts, not the number", "#9=IFCUSER(#1);#1=IFCTARGET($);#5=IFCUSER(#1);", 1, "Users",
+     "#5 #9"},
+    {"items of an aggregate", "#1=IFCTARGET($);#2=IFCTARGET($);#3=IFCOWNER((#1,#2));#4=IFCOWNER((#2));", 2, "Owners",
+     "#4 #3"},
     {"named twice, there twice", "#1=IFCTARGET($);#2=IFCOWNER((#1,#1));", 1, "Owners", "#2 #2"},
     {"another attribute is another list", "#1=IFCTARGET($);#2=IFCOWNER((#1));", 1, "Users", "none"},
     {"a reference in a select", "#1=IFCTARGET($);#2=IFCCHOOSER(#1);", 1, "Choosers", "#2"},
-    {"an aggregate in a select", "#1=IFCTARGET($);#2=IFCCHOOSER(IFCTARGETS((#1,#1)));", 1, "Choosers",
-     "#2 #2"},
+    {"an aggregate in a select", "#1=IFCTARGET($);#2=IFCCHOOSER(IFCTARGETS((#1,#1)));", 1, "Choosers", "#2 #2"},
     {"a select in a select", "#1=IFCTARGET($);#2=IFCCHOOSER(IFCCHOICE(#1));", 1, "Choosers", "#2"},
-    {"selects in a select", "#1=IFCTARGET($);#2=IFCCHOOSER(IFCCHOICES((IFCLABEL('a'),#1)));", 1, "Choosers",
-     "#2"},
-    {"an aggregate of selects",
-     "#1=IFCTARGET($);#2=IFCMIXER((IFCLABEL('a'),#1,$,IFCTARGETS((#1)),IFCCHOICE(#1)));", 1, "Mixers",
-     "#2 #2 #2"},
+    {"selects in a select", "#1=IFCTARGET($);#2=IFCCHOOSER(IFCCHOICES((IFCLABEL('a'),#1)));", 1, "Choosers", "#2"},
+    {"an aggregate of selects", "#1=IFCTARGET($);#2=IFCMIXER((IFCLABEL('a'),#1,$,IFCTARGETS((#1)),IFCCHOICE(#1)));", 1,
+     "Mixers", "#2 #2 #2"},
     {"a select without a reference", "#1=IFCTARGET($);#2=IFCCHOOSER(IFCLABEL('a'));", 1, "Choosers", "none"},
     {"a subtype has the lists of its supertype", "#1=IFCSPECIAL($);#2=IFCUSER(#1);", 1, "Users", "#2"},
     {"and its own", "#1=IFCSPECIAL($);#2=IFCUSER(#1);", 1, "Specials", "#2"},
     {"which the supertype does not have", "#1=IFCTARGET($);#2=IFCUSER(#1);", 1, "Specials", "unknown"},
-    {"one attribute, inverse attributes of unrelated types", "#1=IFCOTHER($);#2=IFCCHOOSER(#1);", 1,
-     "OtherChoosers", "#2"},
-    {"of which only the target's takes it", "#1=IFCTARGET($);#3=IFCOTHER($);#2=IFCCHOOSER(#3);", 1,
-     "Choosers", "none"},
-    {"a target of a type that no reference should have", "#1=IFCOTHER($);#2=IFCUSER(#1);", 1, "OtherChoosers",
-     "none"},
+    {"one attribute, inverse attributes of unrelated types", "#1=IFCOTHER($);#2=IFCCHOOSER(#1);", 1, "OtherChoosers",
+     "#2"},
+    {"of which only the target's takes it", "#1=IFCTARGET($);#3=IFCOTHER($);#2=IFCCHOOSER(#3);", 1, "Choosers", "none"},
+    {"a target of a type that no reference should have", "#1=IFCOTHER($);#2=IFCUSER(#1);", 1, "OtherChoosers", "none"},
     {"null", "#1=IFCTARGET($);#2=IFCUSER($);#3=IFCOWNER($);#4=IFCCHOOSER($);", 1, "Users", "none"},
     {"a token that is no reference", "#1=IFCTARGET($);#2=IFCUSER(5);", 1, "Users", "none"},
     {"derived", "#1=IFCTARGET($);#2=IFCUSER(*);", 1, "Users", "none"},
@@ -283,8 +276,7 @@ TEST(EntitiesInverse, AreGivenByPosition) {
     Entity& target = *model.pEntity(1);
     const Entity& constant = target;
     EXPECT_EQ(target.entitiesInverseFromIndex(0), (std::vector<Entity*>{model.pEntity(3), model.pEntity(2)}));
-    EXPECT_EQ(constant.entitiesInverseFromIndex(0),
-              (std::vector<const Entity*>{model.pEntity(3), model.pEntity(2)}));
+    EXPECT_EQ(constant.entitiesInverseFromIndex(0), (std::vector<const Entity*>{model.pEntity(3), model.pEntity(2)}));
     EXPECT_EQ(target.entitiesInverseFromIndex(1), std::vector<Entity*>{model.pEntity(4)});
     EXPECT_TRUE(target.entitiesInverseFromIndex(2).empty());
     EXPECT_TRUE(target.entitiesInverseFromIndex(5).empty());   // the count
@@ -295,8 +287,8 @@ TEST(EntitiesInverse, AreWalkedWhereThereAreAny) {
     Model model("#1=IFCTARGET($);#2=IFCUSER(#1);#3=IFCCHOOSER(#1);#4=IFCMIXER((#1));");
     const auto visited = [&model](const std::string& sStop) {
         std::string sNames;
-        const bool boStopped = model.pEntity(1)->boForEachInverseAttribute(
-            [&](const AttributeInverse& inverse, const EntityList& list) {
+        const bool boStopped =
+            model.pEntity(1)->boForEachInverseAttribute([&](const AttributeInverse& inverse, const EntityList& list) {
                 sNames += inverse.sName + ' ' + model.sEntity(*list.begin()) + ' ';
                 return inverse.sName == sStop;
             });

@@ -42,8 +42,7 @@ constexpr char g_sEveryKindUndefined[] =
 
 TEST(Entity, CellsArePackedInParameterOrder) {
     const DataSizeEntity& size = Entity::getDataSize(type("IFCEVERYKIND"));
-    EXPECT_EQ(size.offsets,
-              (std::vector<std::uint32_t>{0, 16, 21, 37, 53, 69, 89, 97, 121, 137, 169, 185, 201, 217}));
+    EXPECT_EQ(size.offsets, (std::vector<std::uint32_t>{0, 16, 21, 37, 53, 69, 89, 97, 121, 137, 169, 185, 201, 217}));
     EXPECT_EQ(size.iSize, 233U);
     ASSERT_EQ(size.cells.size(), size.offsets.size());
     for (std::size_t i = 0; i < size.cells.size(); ++i) {
@@ -74,13 +73,12 @@ TEST(Entity, OneLayoutWhoeverAsksFirst) {
 
 // Behind the boolean of five bytes every cell stands at an odd place.
 TEST(Entity, CellsAtOddPlacesHoldTheirValues) {
-    vExpectRead(
-        {"every kind",
-         "#1=IFCEVERYKIND(1.5,.T.,-7,2.25,'text','2O2Fr$t4X7Zf8NOew3FLOH',.U.,\"0AB\",.RED.,IFCLABEL('x'),"
-         "(1.,2.),(3.5),(4.),#9);",
-         "Real 1.5 | Boolean 1 | Integer -7 | Number 2.25 | String 'text' | Guid 2O2Fr$t4X7Zf8NOew3FLOH | "
-         "Logical unknown | Binary [AB] | Enumeration 'RED' | Select 5:IFCLABEL(String 'x') | "
-         "List 1[1, 2] | List 1[3.5] | List 1[4] | Entity #9"});
+    vExpectRead({"every kind",
+                 "#1=IFCEVERYKIND(1.5,.T.,-7,2.25,'text','2O2Fr$t4X7Zf8NOew3FLOH',.U.,\"0AB\",.RED.,IFCLABEL('x'),"
+                 "(1.,2.),(3.5),(4.),#9);",
+                 "Real 1.5 | Boolean 1 | Integer -7 | Number 2.25 | String 'text' | Guid 2O2Fr$t4X7Zf8NOew3FLOH | "
+                 "Logical unknown | Binary [AB] | Enumeration 'RED' | Select 5:IFCLABEL(String 'x') | "
+                 "List 1[1, 2] | List 1[3.5] | List 1[4] | Entity #9"});
 }
 
 TEST(Entity, ANewOneIsUndefinedThroughout) {
@@ -129,19 +127,13 @@ struct NameRow {
     int iInverse;
 };
 const NameRow g_nameRows[] = {
-    {"IFCBASE", "Name", 0, -1},
-    {"IFCBASE", "Weight", 1, -1},
+    {"IFCBASE", "Name", 0, -1},     {"IFCBASE", "Weight", 1, -1},
     {"IFCBASE", "Flag", -1, -1},   // of a subtype
-    {"IFCLEAF", "Name", 0, -1},
-    {"IFCLEAF", "Flag", 2, -1},
-    {"IFCLEAF", "Length", 3, -1},
-    {"IFCLEAF", "length", -1, -1},   // case counts
-    {"IFCLEAF", "Lengt", -1, -1},
-    {"IFCLEAF", "", -1, -1},
-    {"IFCLEAF", "Users", -1, 0},
-    {"IFCLEAF", "Others", -1, 1},
-    {"IFCNOTHING", "Name", -1, -1},
-    {"IFCNOTHING", "Users", -1, -1},   // it has that one, but no attribute block
+    {"IFCLEAF", "Name", 0, -1},     {"IFCLEAF", "Flag", 2, -1},
+    {"IFCLEAF", "Length", 3, -1},   {"IFCLEAF", "length", -1, -1},   // case counts
+    {"IFCLEAF", "Lengt", -1, -1},   {"IFCLEAF", "", -1, -1},
+    {"IFCLEAF", "Users", -1, 0},    {"IFCLEAF", "Others", -1, 1},
+    {"IFCNOTHING", "Name", -1, -1}, {"IFCNOTHING", "Users", -1, -1},   // it has that one, but no attribute block
 };
 TEST(Entity, FindsAttributesByName) {
     StatementReader reader(entitySchema());
@@ -252,11 +244,10 @@ TEST(Entity, WalksItsAttributesUntilTold) {
     StatementReader reader(entitySchema());
     const auto visited = [](const Entity& entity, const std::string& sStop) {
         std::string sNames;
-        const bool boStopped =
-            entity.boForEachAttribute([&](const def::schema::Attribute& attribute, const auto&) {
-                sNames += attribute.sName + ' ';
-                return attribute.sName == sStop;
-            });
+        const bool boStopped = entity.boForEachAttribute([&](const def::schema::Attribute& attribute, const auto&) {
+            sNames += attribute.sName + ' ';
+            return attribute.sName == sStop;
+        });
         return sNames + (boStopped ? "stopped" : "end");
     };
     const Entity leaf(reader.data, type("IFCLEAF"));
@@ -276,8 +267,7 @@ TEST(Entity, VSchemaEntitySetMakesFreshBlocks) {
     pEntity->vSchemaEntitySet(reader.data, type("IFCBASE"), true);
     EXPECT_EQ(reader.sCells(*pEntity), "$ String null | $ Real 0");
     EXPECT_NE(pEntity->unsafeAttributesRaw(), pBefore);
-    EXPECT_STREQ(static_cast<const AttributeString*>(pCell)->m_value.load(), "a")
-        << "the former block stays behind";
+    EXPECT_STREQ(static_cast<const AttributeString*>(pCell)->m_value.load(), "a") << "the former block stays behind";
 
     pEntity->vSchemaEntitySet(reader.data, type("IFCLEAF"), true);
     EXPECT_EQ(reader.sCells(*pEntity), "$ String null | $ Real 0 | $ Boolean 0 | $ Real 0");

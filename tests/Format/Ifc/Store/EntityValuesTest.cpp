@@ -113,8 +113,7 @@ void vExpectFamily(const std::vector<FamilyRow>& rows, const std::vector<ReadTar
             SCOPED_TRACE(std::string(row.sType) + " from " + target.sAttribute + ' ' + target.token);
             setter.vReadOne(target.sAttribute, target.token);
             const auto found = row.accepted.find(target.token);
-            EXPECT_EQ(row.read(setter, target.sAttribute),
-                      found == row.accepted.end() ? row.sRefused : found->second);
+            EXPECT_EQ(row.read(setter, target.sAttribute), found == row.accepted.end() ? row.sRefused : found->second);
             setter.vReadOne(target.sAttribute, "$");
             EXPECT_EQ(row.read(setter, target.sAttribute), row.sRefused) << "undefined";
         }
@@ -139,31 +138,57 @@ TEST(EntityValueGet, ReadsTheNaturalKindAlone) {
     Entity* pFormer = nullptr;
     vExpectFamily(
         {
-            {"double", gets(-1.0), "no -1",
+            {"double",
+             gets(-1.0),
+             "no -1",
              {{"1.5", "yes 1.5"}, {"2", "yes 2"}, {"IFCLENGTHMEASURE(3.)", "yes 3"}, {"IFCNUMERIC(4)", "yes 4"}}},
-            {"long long", gets(-1LL), "no -1", {{"-3", "yes -3"}, {"IFCCOUNT(5)", "yes 5"}, {"IFCINNER(IFCCOUNT(6))", "yes 6"}}},
+            {"long long",
+             gets(-1LL),
+             "no -1",
+             {{"-3", "yes -3"}, {"IFCCOUNT(5)", "yes 5"}, {"IFCINNER(IFCCOUNT(6))", "yes 6"}}},
             {"unsigned long long", gets(99ULL), "no 99"},
             {"bool, true before", gets(true), "no T", {{".F.", "yes F"}, {"IFCFLAG(.T.)", "yes T"}}},
             {"bool, false before", gets(false), "no F", {{".F.", "yes F"}, {"IFCFLAG(.T.)", "yes T"}}},
             {"LogicalValue", gets(LogicalValue::True), "no 1", {{".U.", "yes -1"}, {"IFCANSWER(.F.)", "yes 0"}}},
             {"Guid", gets(Guid()), "no 0", {{g_sGuid, "yes 0$aBcDeFgHiJkLmNoPqRsT"}}},
-            {"char const*", gets<const char*>("former"), "no former",
+            {"const char*",
+             gets<const char*>("former"),
+             "no former",
              {{"'a'", "yes a"}, {".RED.", "yes RED"}, {"IFCLABEL('b')", "yes b"}, {"IFCCOLOUR(.A.)", "yes A"}}},
-            {"std::string", gets(std::string("former")), "no former",
+            {"std::string",
+             gets(std::string("former")),
+             "no former",
              {{"'a'", "yes a"}, {".RED.", "yes RED"}, {"IFCLABEL('b')", "yes b"}, {"IFCCOLOUR(.A.)", "yes A"}}},
-            {"bytes", gets(Bytes{9, 9}), "no (9 9)", {{"\"00A\"", "yes (10)"}, {"IFCBLOB(\"0010203\")", "yes (1 2 3)"}}},
+            {"bytes",
+             gets(Bytes{9, 9}),
+             "no (9 9)",
+             {{"\"00A\"", "yes (10)"}, {"IFCBLOB(\"0010203\")", "yes (1 2 3)"}}},
             {"Entity*", gets(pFormer), "no null", {{"#5", "yes #5"}, {"IFCINNER(#6)", "yes #6"}}},
-            {"2D Point", gets(math::_2d::Point{{8, 9}}), "no (8 9)",
+            {"2D Point",
+             gets(math::_2d::Point{{8, 9}}),
+             "no (8 9)",
              {{"(1.,2.)", "yes (1 2)"}, {"IFCREALS((5.,6.))", "yes (5 6)"}}},
-            {"2D Vector", gets(math::_2d::Vector{{8, 9}}), "no (8 9)",
+            {"2D Vector",
+             gets(math::_2d::Vector{{8, 9}}),
+             "no (8 9)",
              {{"(1.,2.)", "yes (1 2)"}, {"IFCREALS((5.,6.))", "yes (5 6)"}}},
             {"3D Point", gets(math::_3d::Point{{7, 8, 9}}), "no (7 8 9)", {{"(1.,2.,3.)", "yes (1 2 3)"}}},
             {"3D Vector", gets(math::_3d::Vector{{7, 8, 9}}), "no (7 8 9)", {{"(1.,2.,3.)", "yes (1 2 3)"}}},
-            {"IfcSelectBase", gets(IfcSelectBase(std::string("former"))), "no former",
-             {{"1.5", "yes "}, {"2", "yes "}, {"-3", "yes "}, {"'a'", "yes IfcLabel"}, {"#5", "yes #5"},
-              {"IFCLENGTHMEASURE(3.)", "yes IfcLengthMeasure"}, {"IFCNUMERIC(4)", "yes IfcNumeric"},
-              {"IFCCOUNT(5)", "yes IfcCount"}, {"IFCFLAG(.T.)", "yes IfcFlag"}, {"IFCANSWER(.F.)", "yes IfcAnswer"},
-              {"IFCLABEL('b')", "yes IfcLabel"}, {"IFCCOLOUR(.A.)", "yes IfcColour"},
+            {"IfcSelectBase",
+             gets(IfcSelectBase(std::string("former"))),
+             "no former",
+             {{"1.5", "yes "},
+              {"2", "yes "},
+              {"-3", "yes "},
+              {"'a'", "yes IfcLabel"},
+              {"#5", "yes #5"},
+              {"IFCLENGTHMEASURE(3.)", "yes IfcLengthMeasure"},
+              {"IFCNUMERIC(4)", "yes IfcNumeric"},
+              {"IFCCOUNT(5)", "yes IfcCount"},
+              {"IFCFLAG(.T.)", "yes IfcFlag"},
+              {"IFCANSWER(.F.)", "yes IfcAnswer"},
+              {"IFCLABEL('b')", "yes IfcLabel"},
+              {"IFCCOLOUR(.A.)", "yes IfcColour"},
               {"IFCBLOB(\"0010203\")", "yes IfcBlob"}}},
         },
         {{"First", ".F."},
@@ -200,29 +225,45 @@ TEST(EntityListValueGet, ReadsTheItemTypeAlone) {
     const char* sMixed = "(IFCLENGTHMEASURE(3.),#5,IFCLABEL('b'),$,IFCREALS((5.,6.)))";
     vExpectFamily(
         {
-            {"double", lists<double>(), "no ()",
-             {{"(1.,2.)", "yes (1 2)"}, {"IFCREALS((5.,6.))", "yes (5 6)"}, {sMixed, "no (3 5 6)"},
+            {"double",
+             lists<double>(),
+             "no ()",
+             {{"(1.,2.)", "yes (1 2)"},
+              {"IFCREALS((5.,6.))", "yes (5 6)"},
+              {sMixed, "no (3 5 6)"},
               {"(IFCLENGTHMEASURE(1.),IFCNUMERIC(2))", "yes (1 2)"}}},
             {"long long", lists<long long>(), "no ()", {{"(1,-2)", "yes (1 -2)"}}},
             {"char", lists<char>(), "no ()"},
             {"unsigned char", lists<unsigned char>(), "no ()"},
-            {"char const*", lists<const char*>(), "no ()", {{"('a','')", "yes (a )"}, {sMixed, "no (b)"}}},
+            {"const char*", lists<const char*>(), "no ()", {{"('a','')", "yes (a )"}, {sMixed, "no (b)"}}},
             {"std::string", lists<std::string>(), "no ()", {{"('a','')", "yes (a )"}, {sMixed, "no (b)"}}},
             {"bytes", lists<Bytes>(), "no ()", {{"(\"00A\",\"0\")", "yes ((10) ())"}}},
             {"Entity*", lists<Entity*>(), "no ()", {{"(#5,#6,#5)", "yes (#5 #6 #5)"}, {sMixed, "no (#5)"}}},
-            {"IfcSelectBase", lists<IfcSelectBase>(), "no ()",
+            {"IfcSelectBase",
+             lists<IfcSelectBase>(),
+             "no ()",
              {{sMixed, "yes (IfcLengthMeasure #5 IfcLabel empty empty)"},
               {"(IFCLENGTHMEASURE(1.),IFCNUMERIC(2))", "yes (IfcLengthMeasure IfcNumeric)"}}},
-            {"pairs of integers", lists<IfcArray<long long, 2>>(), "no ()",
+            {"pairs of integers",
+             lists<IfcArray<long long, 2>>(),
+             "no ()",
              {{"((1,2),(3,4))", "yes ((1 2) (3 4))"}, {"(1,-2)", "yes ((1 -2))"}}},
             {"triples of integers", lists<IfcArray<long long, 3>>(), "no ()"},
-            {"pairs of doubles", lists<IfcArray<double, 2>>(), "no ()",
-             {{"((1.,2.),(3.,4.))", "yes ((1 2) (3 4))"}, {"(1.,2.)", "yes ((1 2))"},
-              {"IFCREALS((5.,6.))", "yes ((5 6))"}, {sMixed, "no ((5 6))"}}},
+            {"pairs of doubles",
+             lists<IfcArray<double, 2>>(),
+             "no ()",
+             {{"((1.,2.),(3.,4.))", "yes ((1 2) (3 4))"},
+              {"(1.,2.)", "yes ((1 2))"},
+              {"IFCREALS((5.,6.))", "yes ((5 6))"},
+              {sMixed, "no ((5 6))"}}},
             {"triples of doubles", lists<IfcArray<double, 3>>(), "no ()"},
-            {"2D Points", lists<math::_2d::Point>(), "no ()",
-             {{"((1.,2.),(3.,4.))", "yes ((1 2) (3 4))"}, {"(1.,2.)", "yes ((1 2))"},
-              {"IFCREALS((5.,6.))", "yes ((5 6))"}, {sMixed, "no ((5 6))"}}},
+            {"2D Points",
+             lists<math::_2d::Point>(),
+             "no ()",
+             {{"((1.,2.),(3.,4.))", "yes ((1 2) (3 4))"},
+              {"(1.,2.)", "yes ((1 2))"},
+              {"IFCREALS((5.,6.))", "yes ((5 6))"},
+              {sMixed, "no ((5 6))"}}},
             {"3D Points", lists<math::_3d::Point>(), "no ()"},
             {"rows of integers", lists<std::vector<long long>>(), "no ()", {{"((1,2),(3,4))", "yes ((1 2) (3 4))"}}},
             {"rows of doubles", lists<std::vector<double>>(), "no ()", {{"((1.,2.),(3.,4.))", "yes ((1 2) (3 4))"}}},
@@ -279,10 +320,20 @@ TEST(EntityListValueGet, ReadsRowsOfTheirType) {
 TEST(EntityFixedArrayGet, FillsTheArrayAndSaysNo) {
     vExpectFamily(
         {
-            {"3 doubles", fixed<double, 3>(), "no (0 0 0)", {{"(1.,2.)", "no (1 2 0)"}, {"(1.,2.,3.)", "no (1 2 3)"},
-                                                             {"(1.,2.,3.,4.)", "no (1 2 3)"}, {"(IFCREALS((1.,2.)),IFCREALS((3.,4.)))", "no (1 2 3)"}}},
-            {"2 doubles", fixed<double, 2>(), "no (0 0)", {{"(1.,2.)", "no (1 2)"}, {"(1.,2.,3.)", "no (1 2)"},
-                                                           {"(1.,2.,3.,4.)", "no (1 2)"}, {"(IFCREALS((1.,2.)),IFCREALS((3.,4.)))", "no (1 2)"}}},
+            {"3 doubles",
+             fixed<double, 3>(),
+             "no (0 0 0)",
+             {{"(1.,2.)", "no (1 2 0)"},
+              {"(1.,2.,3.)", "no (1 2 3)"},
+              {"(1.,2.,3.,4.)", "no (1 2 3)"},
+              {"(IFCREALS((1.,2.)),IFCREALS((3.,4.)))", "no (1 2 3)"}}},
+            {"2 doubles",
+             fixed<double, 2>(),
+             "no (0 0)",
+             {{"(1.,2.)", "no (1 2)"},
+              {"(1.,2.,3.)", "no (1 2)"},
+              {"(1.,2.,3.,4.)", "no (1 2)"},
+              {"(IFCREALS((1.,2.)),IFCREALS((3.,4.)))", "no (1 2)"}}},
             {"3 integers", fixed<long long, 3>(), "no (0 0 0)", {{"(1,-2,3)", "no (1 -2 3)"}}},
             {"2 integers", fixed<long long, 2>(), "no (0 0)", {{"(1,-2,3)", "no (1 -2)"}}},
             {"3 entities", fixed<Entity*, 3>(), "no (null null null)", {{"(#5,#6)", "no (#5 #6 null)"}}},
@@ -329,8 +380,9 @@ struct StoreRow {
 
 // Each value in each attribute, which was undefined, then derived. A list may get to know its item type.
 void vExpectStores(CellSetter& setter, const std::vector<StoreRow>& rows) {
-    constexpr const char* g_attributes[] = {"First", "Re", "Nu", "In", "Lo", "St", "Gu", "Bi", "En", "Th", "Se",
-                                            "Reals", "Integers", "Texts", "Blobs", "Things", "NamedReals"};
+    constexpr const char* g_attributes[] = {"First",    "Re",    "Nu",    "In",     "Lo",        "St",
+                                            "Gu",       "Bi",    "En",    "Th",     "Se",        "Reals",
+                                            "Integers", "Texts", "Blobs", "Things", "NamedReals"};
     AssertTrail trail;
     for (const StoreRow& row : rows) {
         for (const char* sAttribute : g_attributes)
@@ -373,22 +425,25 @@ TEST(EntityValueSet, StoresTheNaturalKindAlone) {
             {"bool", sets(true), {{"First", "Boolean 1"}}},
             {"LogicalValue", sets(LogicalValue::Unknown), {{"Lo", "Logical unknown"}}},
             {"Guid", sets(Guid{1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}}), {{"Gu", "Guid 00000100800mG51WS82GeB"}}},
-            {"char const*", sets<const char*>("RED"), {{"St", "String 'RED'"}, {"En", "Enumeration 'RED'"}}},
-            {"char const*, no enumerator", sets<const char*>("BLUE"), {{"St", "String 'BLUE'"}}},
-            {"char const*, null", sets<const char*>(nullptr)},
+            {"const char*", sets<const char*>("RED"), {{"St", "String 'RED'"}, {"En", "Enumeration 'RED'"}}},
+            {"const char*, no enumerator", sets<const char*>("BLUE"), {{"St", "String 'BLUE'"}}},
+            {"const char*, null", sets<const char*>(nullptr)},
             {"std::string", sets(std::string("RED")), {{"St", "String 'RED'"}}},
             {"bytes", sets(Bytes{1, 2}), {{"Bi", "Binary [01 02]"}}},
             {"no bytes", sets(Bytes())},
-            {"Entity const*", sets<const Entity*>(p5), {{"Th", "Entity #5"}, {"Se", "Select 13:(#5)"}}},
-            {"Entity const*, null", sets<const Entity*>(nullptr), {{"Th", "Entity null"}}},
+            {"const Entity*", sets<const Entity*>(p5), {{"Th", "Entity #5"}, {"Se", "Select 13:(#5)"}}},
+            {"const Entity*, null", sets<const Entity*>(nullptr), {{"Th", "Entity null"}}},
             {"2D Point", sets(math::_2d::Point{{1, 2}}), {{"Reals", "List 1[1, 2]"}, {"NamedReals", "List 1[1, 2]"}}},
             {"2D Vector", sets(math::_2d::Vector{{1, 2}}), {{"Reals", "List 1[1, 2]"}, {"NamedReals", "List 1[1, 2]"}}},
-            {"3D Point", sets(math::_3d::Point{{1, 2, 3}}),
+            {"3D Point",
+             sets(math::_3d::Point{{1, 2, 3}}),
              {{"Reals", "List 1[1, 2, 3]"}, {"NamedReals", "List 1[1, 2, 3]"}}},
-            {"3D Vector", sets(math::_3d::Vector{{1, 2, 3}}),
+            {"3D Vector",
+             sets(math::_3d::Vector{{1, 2, 3}}),
              {{"Reals", "List 1[1, 2, 3]"}, {"NamedReals", "List 1[1, 2, 3]"}}},
             {"IfcSelectBase", sets(label), {{"Se", "Select 5:IFCLABEL(String 'a')"}}},
-            {"IfcSelectBase, a list", sets(IfcSelectBase(CellSetter::pType("IFCREALS"), std::vector{1.5})),
+            {"IfcSelectBase, a list",
+             sets(IfcSelectBase(CellSetter::pType("IFCREALS"), std::vector{1.5})),
              {{"Se", "Select 11:IFCREALS(List 1[1.5])"}}},
             {"IfcSelectBase, empty", sets(IfcSelectBase())},
         });
@@ -446,7 +501,8 @@ TEST(EntityListValueSet, StoresInListsAlone) {
     vExpectStores(
         setter,
         {
-            {"double", setsList(std::vector{1.5, 2.0}),
+            {"double",
+             setsList(std::vector{1.5, 2.0}),
              {{"Reals", "List 1[1.5, 2]"}, {"NamedReals", "List 1[1.5, 2]"}}},
             {"no doubles", setsList(std::vector<double>()), {{"Reals", "List 1[]"}, {"NamedReals", "List 1[]"}}},
             {"long long", setsList(std::vector{1LL}), {{"Integers", "List 3[1]"}}},
@@ -454,9 +510,9 @@ TEST(EntityListValueSet, StoresInListsAlone) {
             {"unsigned char", setsList(Bytes{1, 2}), {{"Bi", "Binary [01 02]"}}},
             {"no unsigned char", setsList(Bytes())},
             {"std::string", setsList(std::vector<std::string>{"a"}), {{"Texts", "List 5['a']"}}},
-            {"char const*", setsList(std::vector<const char*>{"a"})},
+            {"const char*", setsList(std::vector<const char*>{"a"})},
             {"Entity*", setsList(std::vector<Entity*>{p5}), {{"Things", "List 13[#5]"}}},
-            {"Entity const*", setsList(std::vector<const Entity*>{p5}), {{"Things", "List 13[#5]"}}},
+            {"const Entity*", setsList(std::vector<const Entity*>{p5}), {{"Things", "List 13[#5]"}}},
             {"no Entity*", setsList(std::vector<Entity*>()), {{"Things", "List 13 null"}}},
             {"IfcSelectBase", setsList(std::vector{count}), {{"Things", "List 13[null]"}}},
             {"pairs of integers", setsList(std::vector<IfcArray<long long, 2>>(1))},
@@ -490,7 +546,8 @@ TEST(EntityListValueSet, StoresRows) {
         {"RealRows", setsList(std::vector<std::vector<double>>()), "List 11[]"},
         {"IntegerRows", setsList(std::vector<IfcArray<long long, 3>>{{{1, 2, 3}}}), "List 11[List 3[1, 2, 3]]"},
         {"IntegerRows", setsList(std::vector<std::vector<long long>>{{1}}), "List 11[List 3[1]]"},
-        {"ThingRows", setsList(std::vector<std::vector<const Entity*>>{{p5}, {}}), "List 11[List 13[#5], List 13 null]"},
+        {"ThingRows", setsList(std::vector<std::vector<const Entity*>>{{p5}, {}}),
+         "List 11[List 13[#5], List 13 null]"},
         {"Selects", setsList(std::vector<IfcSelectBase>{IfcSelectBase(p5)}), "List 9[Select 13:(#5)]"},
         {"ThingSelects", setsList(std::vector<IfcSelectBase>{IfcSelectBase(p5)}), "List 13[#5]"},
     };
@@ -508,23 +565,22 @@ TEST(EntityListValueSet, StoresRows) {
 TEST(EntityListPush, AppendsToListsAlone) {
     CellSetter setter;
     Entity* p5 = setter.pEntity(5);
-    vExpectStores(setter,
-                  {
-                      {"double", pushes(1.5), {{"Reals", "List 1[1.5]"}, {"NamedReals", "List 1[1.5]"}}},
-                      {"long long", pushes(1LL), {{"Integers", "List 3[1]"}}},
-                      {"std::string", pushes(std::string("a")), {{"Texts", "List 5['a']"}}},
-                      {"bytes", pushes(Bytes{1}), {{"Blobs", "List 7[Binary [01]]"}}},
-                      {"char", pushes('a')},
-                      {"pair of integers", pushes(IfcArray<long long, 2>{})},
-                      {"triple of integers", pushes(IfcArray<long long, 3>{})},
-                      {"pair of doubles", pushes(IfcArray<double, 2>{})},
-                      {"triple of doubles", pushes(IfcArray<double, 3>{})},
-                      {"3D Point", pushes(math::_3d::Point{})},
-                      {"row of characters", pushes(std::vector{'a'})},
-                      {"row of integers", pushes(std::vector{1LL})},
-                      {"row of doubles", pushes(std::vector{1.0})},
-                      {"row of entities", pushes(std::vector<Entity*>{p5})},
-                  });
+    vExpectStores(setter, {
+                              {"double", pushes(1.5), {{"Reals", "List 1[1.5]"}, {"NamedReals", "List 1[1.5]"}}},
+                              {"long long", pushes(1LL), {{"Integers", "List 3[1]"}}},
+                              {"std::string", pushes(std::string("a")), {{"Texts", "List 5['a']"}}},
+                              {"bytes", pushes(Bytes{1}), {{"Blobs", "List 7[Binary [01]]"}}},
+                              {"char", pushes('a')},
+                              {"pair of integers", pushes(IfcArray<long long, 2>{})},
+                              {"triple of integers", pushes(IfcArray<long long, 3>{})},
+                              {"pair of doubles", pushes(IfcArray<double, 2>{})},
+                              {"triple of doubles", pushes(IfcArray<double, 3>{})},
+                              {"3D Point", pushes(math::_3d::Point{})},
+                              {"row of characters", pushes(std::vector{'a'})},
+                              {"row of integers", pushes(std::vector{1LL})},
+                              {"row of doubles", pushes(std::vector{1.0})},
+                              {"row of entities", pushes(std::vector<Entity*>{p5})},
+                          });
     setter.vReadOne("ThingRows", "((#5))");
     EXPECT_TRUE(pushes(std::vector<Entity*>{p5, p5})(setter, "ThingRows"));
     EXPECT_EQ(setter.sShow("ThingRows"), "List 11[List 13[#5], List 13[#5, #5]]");
@@ -604,8 +660,8 @@ TEST(EntityValues, AreWrittenAsIfTheyHadBeenRead) {
     EXPECT_TRUE(sets(IfcSelectBase(CellSetter::pType("IFCLABEL"), std::string("a")))(setter, "Se"));
     EXPECT_TRUE(setsList(std::vector{1.0, 2.0})(setter, "Reals"));
     EXPECT_TRUE(setsList(std::vector<std::vector<double>>{{1}, {}})(setter, "RealRows"));
-    EXPECT_TRUE(setsList(std::vector<IfcSelectBase>{IfcSelectBase(CellSetter::pType("IFCCOUNT"), 7LL), IfcSelectBase()})(
-        setter, "Selects"));
+    EXPECT_TRUE(setsList(std::vector<IfcSelectBase>{IfcSelectBase(CellSetter::pType("IFCCOUNT"), 7LL),
+                                                    IfcSelectBase()})(setter, "Selects"));
     setter.data.entityAdd(setter.entity);
     setter.data.entityAdd(pThing);
     const std::string sLine = setter.entity->sWriteLine(setter.data);

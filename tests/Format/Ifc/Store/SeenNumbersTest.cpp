@@ -13,8 +13,8 @@ namespace {
 
 // On both sides of where a word, a page and a folder of the tree end.
 TEST(SeenNumbers, AnswerOnceForEachNumber) {
-    constexpr std::uint32_t g_numbers[] = {0,          1,          62,          63,          64,         32'767,
-                                           32'768,     16'777'215, 16'777'216,  16'777'217,  2147483647, 2147483648,
+    constexpr std::uint32_t g_numbers[] = {0,          1,          62,          63,         64,         32'767,
+                                           32'768,     16'777'215, 16'777'216,  16'777'217, 2147483647, 2147483648,
                                            4294934527, 4294934528, 4294967294U, 4294967295U};
     SeenNumbers seen;
     SeenNumbers::Near near;

@@ -14,8 +14,7 @@
 namespace oxa::ifc {
 namespace {
 
-Guid guidOf(std::uint32_t one, std::uint16_t two, std::uint16_t three,
-            const std::array<std::uint8_t, 8>& tail) {
+Guid guidOf(std::uint32_t one, std::uint16_t two, std::uint16_t three, const std::array<std::uint8_t, 8>& tail) {
     Guid guid{};
     guid.Data1 = one;
     guid.Data2 = two;
@@ -31,8 +30,7 @@ struct GuidRow {
 };
 const GuidRow g_guidRows[] = {
     {"the null GUID", guidOf(0, 0, 0, {}), "0000000000000000000000"},
-    {"all bits", guidOf(~0u, 0xFFFF, 0xFFFF, {255, 255, 255, 255, 255, 255, 255, 255}),
-     "3$$$$$$$$$$$$$$$$$$$$$"},
+    {"all bits", guidOf(~0u, 0xFFFF, 0xFFFF, {255, 255, 255, 255, 255, 255, 255, 255}), "3$$$$$$$$$$$$$$$$$$$$$"},
     {"the highest byte of Data1", guidOf(0xFF000000, 0, 0, {}), "3$00000000000000000000"},
     {"the rest of Data1", guidOf(0x00FFFFFF, 0, 0, {}), "00$$$$0000000000000000"},
     {"Data2 in front of half of Data3", guidOf(0, 0xFFFF, 0, {}), "000000$$y0000000000000"},
@@ -41,16 +39,13 @@ const GuidRow g_guidRows[] = {
     {"the middle of Data4", guidOf(0, 0, 0, {0, 0, 0xFF, 0xFF, 0xFF}), "00000000000000$$$$0000"},
     {"the end of Data4", guidOf(0, 0, 0, {0, 0, 0, 0, 0, 0xFF, 0xFF, 0xFF}), "000000000000000000$$$$"},
     {"the last digit", guidOf(0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0x3E}), "000000000000000000000_"},
-    {"all bytes different",
-     guidOf(0x00112233, 0x4455, 0x6677, {0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF}),
+    {"all bytes different", guidOf(0x00112233, 0x4455, 0x6677, {0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF}),
      "004I8pH5LcTuYPghlCtUx$"},
     // The example of RFC 4122, and the name space for DNS names in it.
     {"f81d4fae-7dec-11d0-a765-00a0c91e6bf6",
-     guidOf(0xF81D4FAE, 0x7DEC, 0x11D0, {0xA7, 0x65, 0x00, 0xA0, 0xC9, 0x1E, 0x6B, 0xF6}),
-     "3u7K_kVUmHqATb0A397cls"},
+     guidOf(0xF81D4FAE, 0x7DEC, 0x11D0, {0xA7, 0x65, 0x00, 0xA0, 0xC9, 0x1E, 0x6B, 0xF6}), "3u7K_kVUmHqATb0A397cls"},
     {"6ba7b810-9dad-11d1-80b4-00c04fd430c8",
-     guidOf(0x6BA7B810, 0x9DAD, 0x11D1, {0x80, 0xB4, 0x00, 0xC0, 0x4F, 0xD4, 0x30, 0xC8}),
-     "1hfxWGdQqHqO2q0C1Fr338"},
+     guidOf(0x6BA7B810, 0x9DAD, 0x11D1, {0x80, 0xB4, 0x00, 0xC0, 0x4F, 0xD4, 0x30, 0xC8}), "1hfxWGdQqHqO2q0C1Fr338"},
 };
 
 TEST(IfcGuid, GroupsStandWhereTheyBelong) {
@@ -124,8 +119,7 @@ TEST(IfcGuid, DecodesByGroups) {
 }
 
 RC_GTEST_PROP(IfcGuid, DecodingInvertsEncoding,
-              (std::uint32_t one, std::uint16_t two, std::uint16_t three,
-               const std::array<std::uint8_t, 8>& tail)) {
+              (std::uint32_t one, std::uint16_t two, std::uint16_t three, const std::array<std::uint8_t, 8>& tail)) {
     const Guid guid = guidOf(one, two, three, tail);
     const std::string text = IfcGuid::toIfcGuid(guid);
     RC_ASSERT(text.size() == IfcGuid::Length);

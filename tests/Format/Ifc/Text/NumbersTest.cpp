@@ -22,8 +22,8 @@ public:
     explicit Exact(std::string_view text) : m_pText(new char[text.size()]), m_iLength(text.size()) {
         text.copy(m_pText.get(), m_iLength);
     }
-    char const* first() const { return m_pText.get(); }
-    char const* last() const { return m_pText.get() + m_iLength; }
+    const char* first() const { return m_pText.get(); }
+    const char* last() const { return m_pText.get() + m_iLength; }
 
 private:
     std::unique_ptr<char[]> m_pText;
@@ -99,7 +99,7 @@ TEST(ReadInteger, TakesTheDigitsInFront) {
         SCOPED_TRACE(row.text);
         const Exact exact(row.text);
         std::int32_t value = 4711;
-        char const* const pEnd = details::pReadInteger(exact.first(), exact.last(), 16, value);
+        const char* const pEnd = details::pReadInteger(exact.first(), exact.last(), 16, value);
         if (row.iRead < 0) {
             EXPECT_EQ(pEnd, nullptr);
             EXPECT_EQ(value, 4711);
@@ -242,12 +242,14 @@ struct DigitsRow {
     std::uint32_t uValue;
 };
 
+// clang-format off
 const DigitsRow g_digitsRows[] = {
     {"=1234567", 0, 0},   {"1=234567", 1, 1},         {"12/34567", 2, 12},         {"123:4567", 3, 123},
     {"0012=345", 4, 12},  {"98765(12", 5, 98765},     {"999999),", 6, 999999},     {"1234567\xFF", 7, 1234567},
     {"-1234567", 0, 0},   {"12345678", 8, 12345678},  {"99999999", 8, 99999999},   {"00000000", 8, 0},
     {"7\xB0\xB1\xB2\xFF\xFF\xFF\xFF", 1, 7},
 };
+// clang-format on
 
 TEST(DigitsOf8, AreThoseAtTheFront) {
     for (const DigitsRow& row : g_digitsRows) {
@@ -267,7 +269,8 @@ TEST(DigitsOf8, EndAtTheFirstOtherByte) {
             text.resize(8, iByte % 2 ? '\xFF' : '9');
             const details::Digits digits = details::digitsOf8(Exact(text).first());
             ASSERT_EQ(digits.iCount, iCount) << iByte;
-            ASSERT_EQ(digits.uValue, iCount ? static_cast<std::uint32_t>(std::stoul(text.substr(0, iCount))) : 0U) << iByte;
+            ASSERT_EQ(digits.uValue, iCount ? static_cast<std::uint32_t>(std::stoul(text.substr(0, iCount))) : 0U)
+                << iByte;
         }
 }
 

@@ -60,8 +60,7 @@ const ReadRow g_readRows[] = {
     {"a quote eats a backslash", "'\\S\\a", "'S"},
     {"a doubled backslash is one", "a\\\\b", "a\\b"},
     {"doubled backslashes in a row", "\\\\\\\\", "\\\\"},
-    {"long plain text", "0123456789012345678901234567890123456789",
-     "0123456789012345678901234567890123456789"},
+    {"long plain text", "0123456789012345678901234567890123456789", "0123456789012345678901234567890123456789"},
     {"a quote behind the first sixteen", "01234567890123456''8", "01234567890123456'8"},
     // \S\ .
     {"128 places up", "\\S\\a", "\u00E1"},
@@ -327,8 +326,8 @@ TEST(StrFromUtf8, WritesOneCanonicalForm) {
 }
 
 TEST(StrFromUtf8, ThrowsForWhatIsNoUtf8) {
-    for (const std::string_view text : {"\xE9"sv, "a\xC3"sv, "\xC3("sv, "\x80"sv, "\xC0\x80"sv,
-                                        "\xED\xA0\x80"sv, "\xF4\x90\x80\x80"sv, "\xFF"sv}) {
+    for (const std::string_view text :
+         {"\xE9"sv, "a\xC3"sv, "\xC3("sv, "\x80"sv, "\xC0\x80"sv, "\xED\xA0\x80"sv, "\xF4\x90\x80\x80"sv, "\xFF"sv}) {
         std::string out = "left over";
         EXPECT_THROW(sIfcStrFromUtf8(out, text.data(), text.size()), str::exception);
         EXPECT_EQ(out, "");
@@ -343,7 +342,7 @@ TEST(StrFromText, TakesWhatIsNoUtf8AsLatin1) {
     } rows[] = {
         {"", ""},
         {"plain", "plain"},
-        {"\xC3\xA9", "\\X\\E9"},          // UTF-8 as ever
+        {"\xC3\xA9", "\\X\\E9"},   // UTF-8 as ever
         {"\xE9", "\\X\\E9"},
         {"a\xC3(", "a\\X\\C3("},
         {"\x80", "\\X\\80"},
@@ -384,8 +383,7 @@ std::string sUtf8(const std::vector<char32_t>& codePoints) {
 rc::Gen<char32_t> genCodePoint() {
     const auto below = [](char32_t iFrom, char32_t iTo) { return rc::gen::inRange<char32_t>(iFrom, iTo); };
     return rc::gen::oneOf(below(32, 127), below(0, 256), below(0x100, 0xD800), below(0xE000, 0x10000),
-                          below(0x10000, 0x110000),
-                          rc::gen::element<char32_t>('\\', '\'', 'X', 'S', '0', '2'));
+                          below(0x10000, 0x110000), rc::gen::element<char32_t>('\\', '\'', 'X', 'S', '0', '2'));
 }
 
 RC_GTEST_PROP(StepStrings, ReadingInvertsWriting, ()) {
@@ -437,9 +435,8 @@ TEST(TextScan, FindsTheFirstSpecialByte) {
             for (std::size_t i = 0; i <= iLength; ++i) {
                 const std::unique_ptr<char[]> pText(new char[iLength]);
                 for (std::size_t k = 0; k < iLength; ++k) pText[k] = k < i ? "]&[\x7F\0("[k % 6] : c;
-                char const* const pEnd = pText.get() + iLength;
-                ASSERT_EQ(details::pFindSpecial(pText.get(), pEnd) - pText.get(),
-                          static_cast<std::ptrdiff_t>(i));
+                const char* const pEnd = pText.get() + iLength;
+                ASSERT_EQ(details::pFindSpecial(pText.get(), pEnd) - pText.get(), static_cast<std::ptrdiff_t>(i));
                 ASSERT_EQ(details::pFindSpecialPortable(pText.get(), pEnd) - pText.get(),
                           static_cast<std::ptrdiff_t>(i));
             }

@@ -69,8 +69,8 @@ private:
     StepWriteInfo m_line{m_common};
 };
 
-std::string sRecord(const char* sSeverity, int iCategory, const char* sKey, const std::string& sArgument,
-                    int iLine, const std::string& sSoFar) {
+std::string sRecord(const char* sSeverity, int iCategory, const char* sKey, const std::string& sArgument, int iLine,
+                    const std::string& sSoFar) {
     std::string sText = localize("Ifc", sKey);
     sText.replace(sText.find("%1"), 2, sArgument);
     return std::string(sSeverity) + ", category " + std::to_string(iCategory) + ": " + sText + " Line " +
@@ -84,8 +84,7 @@ std::string sNoReference(const std::string& sSoFar, const char* sName = "Value")
     return sRecord("Error", Errors::Null, "Error_InvalidNullAttribute", sName, 0, sSoFar);
 }
 std::string sNullGuid(const std::string& sSoFar) {
-    return sRecord("Fatal", Errors::Value, "Error_ExpectedValidGuidValueFor", "Value", CellWriter::g_iId,
-                   sSoFar);
+    return sRecord("Fatal", Errors::Value, "Error_ExpectedValidGuidValueFor", "Value", CellWriter::g_iId, sSoFar);
 }
 std::string sNotEnumerator(const char* sValue, const std::string& sSoFar) {
     return sRecord("Error", Errors::Value, "Error_NotValidEnumerationValue", sValue, 0, sSoFar);
@@ -158,19 +157,17 @@ std::string sPrinted(double value) {
 
 TEST(WriteReal, PrintsAsTheCLibraryDoes) {
     std::mt19937_64 random(5);
-    const auto check = [](double value) {
-        ASSERT_EQ(sReal(value), sPrinted(value)) << std::hexfloat << value;
-    };
+    const auto check = [](double value) { ASSERT_EQ(sReal(value), sPrinted(value)) << std::hexfloat << value; };
     for (int i = 0; i < 20000; ++i) {
         const auto uBits = random();
         const double any = std::bit_cast<double>(uBits);
         if (std::isfinite(any)) check(any);
-        check(static_cast<double>(static_cast<std::int64_t>(uBits) >> (uBits % 64)));   // whole
-        check(static_cast<double>(static_cast<std::int64_t>(uBits % 20'000'000) - 10'000'000) /
-              1000);   // coordinates
+        check(static_cast<double>(static_cast<std::int64_t>(uBits) >> (uBits % 64)));                    // whole
+        check(static_cast<double>(static_cast<std::int64_t>(uBits % 20'000'000) - 10'000'000) / 1000);   // coordinates
         check(std::ldexp(1.0, static_cast<int>(uBits % 140) - 70));
         // Up to fifteen decimals, and the doubles just beside such a number.
-        const double decimal = static_cast<double>(uBits >> (uBits % 64)) / std::pow(10., static_cast<double>(uBits % 16));
+        const double decimal =
+            static_cast<double>(uBits >> (uBits % 64)) / std::pow(10., static_cast<double>(uBits % 16));
         for (const double value : {decimal, std::nextafter(decimal, 0.), -std::nextafter(decimal, 1e300)}) check(value);
     }
     for (int i = -30; i < 30; ++i)
@@ -240,8 +237,7 @@ struct CellRow {
 void vExpectWritten(const CellRow& row) {
     SCOPED_TRACE(std::string(row.sRule) + ": " + row.token);
     StatementReader reader;
-    for (const char* sThing : {"#5=IFCTHING($);", "#6=IFCTHING('t');"})
-        ASSERT_NE(reader.pRead(sThing), nullptr);
+    for (const char* sThing : {"#5=IFCTHING($);", "#6=IFCTHING('t');"}) ASSERT_NE(reader.pRead(sThing), nullptr);
     const Entity* pEntity = reader.pRead("#1=" + std::string(row.keyword) + '(' + row.token + ");");
     ASSERT_NE(pEntity, nullptr);
     reader.data.boFinished(reader.common, true);
@@ -272,12 +268,7 @@ TEST(WriteCell, GivesTheTextOfAFile) {
          "'\\X\\FC\\X2\\4E00\\X0\\'",
          {},
          "'\xC3\xBC\xE4\xB8\x80'"},
-        {"GUID",
-         "IFCGUID",
-         '\'' + g_sId + '\'',
-         '\'' + g_sId + '\'',
-         {},
-         "10203040-0000-0000-0102-030405060708"},
+        {"GUID", "IFCGUID", '\'' + g_sId + '\'', '\'' + g_sId + '\'', {}, "10203040-0000-0000-0102-030405060708"},
         {"bytes", "IFCBINARY", "\"0A1fF\"", "\"0A1FF\""},
         {"unused bits are not kept", "IFCBINARY", "\"3A1\"", "\"0A1\""},
         {"no bytes", "IFCBINARY", "\"0\"", "\"0\""},
@@ -345,10 +336,9 @@ TEST(WriteCell, WritesListsByTheirItems) {
 }
 
 // Every kind of cell as a mandatory attribute.
-const char* const g_everyKind[] = {"IFCREAL",         "IFCNUMBER",   "IFCINTEGER",  "IFCBOOLEAN",
-                                   "IFCLOGICAL",      "IFCSTRING",   "IFCGUID",     "IFCBINARY",
-                                   "IFCENUMERATION",  "IFCSELECT",   "IFCREALLIST", "IFCNUMBERSET",
-                                   "IFCINTEGERARRAY", "IFCREFERENCE"};
+const char* const g_everyKind[] = {"IFCREAL",     "IFCNUMBER",    "IFCINTEGER",      "IFCBOOLEAN",     "IFCLOGICAL",
+                                   "IFCSTRING",   "IFCGUID",      "IFCBINARY",       "IFCENUMERATION", "IFCSELECT",
+                                   "IFCREALLIST", "IFCNUMBERSET", "IFCINTEGERARRAY", "IFCREFERENCE"};
 
 TEST(WriteCell, WritesADollarForWhatIsUndefinedAndReportsItWhereMandatory) {
     for (const char* sKeyword : g_everyKind) vExpectWritten({"mandatory", sKeyword, "$", "$", {sNull("")}});
@@ -387,8 +377,7 @@ TEST(WriteCell, ReportsAnUndefinedItemOfAnOptionalList) {
     const auto [pAttribute, pCell] = pEntity->pAttributeFromIndex(0);
     CellWriter list(reader.data);
     EXPECT_EQ(list.sText(*pCell, *pAttribute), "($,IFCLABEL($))");
-    EXPECT_EQ(list.records(), std::vector<std::string>{sNull("(", "Values")})
-        << "not the value inside the select";
+    EXPECT_EQ(list.records(), std::vector<std::string>{sNull("(", "Values")}) << "not the value inside the select";
     const auto [pOne, pOneCell] = pEntity->pAttributeFromIndex(1);
     CellWriter one(reader.data);
     EXPECT_EQ(one.sText(*pOneCell, *pOne), "IFCLABEL($)");
@@ -466,9 +455,9 @@ TEST(WriteCell, WritesNothingForANullPointer) {
         EXPECT_EQ(writer.sText(AttributeList{}, attributeOf("IFCREALLIST")), "()");
         EXPECT_TRUE(writer.records().empty());
     }
-    for (const AttributeType eType : {AttributeType::Real, AttributeType::Integer, AttributeType::String,
-                                      AttributeType::Binary, AttributeType::Select, AttributeType::List,
-                                      AttributeType::Entity}) {
+    for (const AttributeType eType :
+         {AttributeType::Real, AttributeType::Integer, AttributeType::String, AttributeType::Binary,
+          AttributeType::Select, AttributeType::List, AttributeType::Entity}) {
         SCOPED_TRACE("list that was never filled, item type " + std::to_string(static_cast<int>(eType)));
         AttributeList list;
         list.m_eItemType = eType;
@@ -512,9 +501,8 @@ TEST(WriteCell, ChecksEnumeratorsAgainstTheSchema) {
             cell.m_value = row.sValue;
             CellWriter writer(data);
             EXPECT_EQ(writer.sText(cell, attributeOf("IFCENUMERATION"), false, boPlainText), row.sText);
-            EXPECT_EQ(writer.records(),
-                      row.boKnown ? std::vector<std::string>{}
-                                  : std::vector<std::string>{sNotEnumerator(row.sValue, row.sText)});
+            EXPECT_EQ(writer.records(), row.boKnown ? std::vector<std::string>{}
+                                                    : std::vector<std::string>{sNotEnumerator(row.sValue, row.sText)});
         }
     }
 }
@@ -579,8 +567,7 @@ TEST(WriteCell, LeavesNumberZeroOutOfAListAlone) {
 
 TEST(WriteCell, LeavesNullsOutOfAListOfReferences) {
     StatementReader reader;
-    for (const char* sThing : {"#5=IFCTHING($);", "#6=IFCTHING($);"})
-        ASSERT_NE(reader.pRead(sThing), nullptr);
+    for (const char* sThing : {"#5=IFCTHING($);", "#6=IFCTHING($);"}) ASSERT_NE(reader.pRead(sThing), nullptr);
     reader.data.boFinished(reader.common, true);
     const struct {
         std::vector<Entity*> items;
@@ -593,16 +580,14 @@ TEST(WriteCell, LeavesNullsOutOfAListOfReferences) {
         SCOPED_TRACE(row.sText);
         EntityList* pHead = nullptr;
         for (Entity* pEntity : row.items)
-            vListAppend(pHead, pEntity,
-                        [&](std::size_t iBytes) { return reader.data.pool().pAllocate(iBytes); });
+            vListAppend(pHead, pEntity, [&](std::size_t iBytes) { return reader.data.pool().pAllocate(iBytes); });
         AttributeList cell;
         cell.m_eItemType = AttributeType::Entity;
         cell.m_pItems = pHead;
         const AssertLog log;
         CellWriter writer(reader.data);
         EXPECT_EQ(writer.sText(cell, attributeOf("IFCREFERENCESET")), row.sText);
-        EXPECT_EQ(log.texts(),
-                  std::vector<std::string>(row.iAssertions, "Skipping invalid reference in list"));
+        EXPECT_EQ(log.texts(), std::vector<std::string>(row.iAssertions, "Skipping invalid reference in list"));
         EXPECT_TRUE(writer.records().empty());
         Assert::setEnabled(false);
         EXPECT_EQ(CellWriter(reader.data).sText(cell, attributeOf("IFCREFERENCESET")), row.sText);
@@ -629,8 +614,7 @@ TEST(WriteCell, QueuesEveryEntityThatItNames) {
     StatementReader reader;
     for (const char* sThing : {"#5=IFCTHING($);", "#6=IFCTHING($);", "#7=IFCTHING($);"})
         ASSERT_NE(reader.pRead(sThing), nullptr);
-    const Entity* pEntity =
-        reader.pRead("#1=IFCSELECTLIST((#6,IFCVALUE(#5),IFCTHINGS((#7,#6)),IFCLABEL('#8')));");
+    const Entity* pEntity = reader.pRead("#1=IFCSELECTLIST((#6,IFCVALUE(#5),IFCTHINGS((#7,#6)),IFCLABEL('#8')));");
     ASSERT_NE(pEntity, nullptr);
     reader.data.boFinished(reader.common, true);
     const auto [pAttribute, pCell] = pEntity->pAttributeFromIndex(0);

@@ -26,8 +26,7 @@ struct EntityWrite {
     StepWriteInfoCommon common;
     StepWriteInfo info{common};
 
-    EntityWrite(const Data& data, const Entity& entity)
-        : common(data.entityIdMap(false), errors, writer, true) {
+    EntityWrite(const Data& data, const Entity& entity) : common(data.entityIdMap(false), errors, writer, true) {
         info.m_line = "left over from the statement before";
         entity.vWrite(info);
     }
@@ -85,15 +84,15 @@ TEST(WriteEntity, ReportsAnAbstractTypeAndWritesItAllTheSame) {
     EXPECT_EQ(write.writer.m_lines[0].first, "#1=IFCROOT($,$);");
     const std::string sNull = localize("Ifc", "Error_InvalidNullAttribute");
     EXPECT_EQ(recordTexts(write.errors),
-              (std::multiset<std::string>{
-                  "1|2|" + localize("Ifc", "Error_EntityIsAbstract") + "|#1=IFCROOT(|1",
-                  "1|3|" + std::string(sNull).replace(sNull.find("%1"), 2, "GlobalId") + "|#1=IFCROOT(|1"}));
+              (std::multiset<std::string>{"1|2|" + localize("Ifc", "Error_EntityIsAbstract") + "|#1=IFCROOT(|1",
+                                          "1|3|" + std::string(sNull).replace(sNull.find("%1"), 2, "GlobalId") +
+                                              "|#1=IFCROOT(|1"}));
     for (const Errors::ErrorRecord& record : write.errors.records()) EXPECT_EQ(record.entity, nullptr);
 }
 
 TEST(WriteEntity, QueuesItselfThenWhatItNamesThenWhatNamesIt) {
-    const ReadFileModel model(sFileOf("#5=IFCRELLINK('" + sGuidOf(5) + "',$,#1,(#4));#3=IFCRELLINK('" +
-                                      sGuidOf(3) + "',$,#1,(#4));#4=IFCELEMENT('" + sGuidOf(4) +
+    const ReadFileModel model(sFileOf("#5=IFCRELLINK('" + sGuidOf(5) + "',$,#1,(#4));#3=IFCRELLINK('" + sGuidOf(3) +
+                                      "',$,#1,(#4));#4=IFCELEMENT('" + sGuidOf(4) +
                                       "',$,#2,$);#2=IFCPOINT((1.));#1=IFCPROJECT('" + sGuidOf(1) + "',$,$);"),
                               true, schemaIs(smallSchema()));
     ASSERT_TRUE(model.boRead);
@@ -109,8 +108,8 @@ TEST(WriteEntity, QueuesItselfThenWhatItNamesThenWhatNamesIt) {
 }
 
 TEST(WriteEntity, DealsNumbersForDisplayThatAWriteKeeps) {
-    ReadFileModel model(sFileOf("#8=IFCPROPERTY('a',#9,(),$);#9=IFCPOINT((1.));"), true,
-                        schemaIs(smallSchema()), false);
+    ReadFileModel model(sFileOf("#8=IFCPROPERTY('a',#9,(),$);#9=IFCPOINT((1.));"), true, schemaIs(smallSchema()),
+                        false);
     const Entity* pProperty = model.file.data().entities().back();
     EXPECT_EQ(pProperty->sWriteLine(model.file.data()), "#1=IFCPROPERTY('a',#2,(),$);");
     std::ostringstream out;

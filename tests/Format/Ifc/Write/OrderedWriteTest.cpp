@@ -65,17 +65,15 @@ TEST(WriteOrder, IsThatOfNumbersOrOfAFile) {
         SCOPED_TRACE(row.sRule);
         for (const bool boSingleThreaded : g_threads) {
             const Written result = fileOf(
-                model.file,
-                {.boSingleThreaded = boSingleThreaded, .eOrder = row.eOrder, .fileNumbers = row.numbers});
+                model.file, {.boSingleThreaded = boSingleThreaded, .eOrder = row.eOrder, .fileNumbers = row.numbers});
             EXPECT_TRUE(result.boResult);
             EXPECT_TRUE(result.records.empty());
-            EXPECT_EQ(result.text, fileOf(model.file).text.substr(0, result.text.find("DATA;\n")) + "DATA;\n" +
-                                       [&] {
-                                           std::string sText;
-                                           for (const std::string& sLine : row.lines) sText += sLine + '\n';
-                                           return sText;
-                                       }() +
-                                       "ENDSEC;\nEND-ISO-10303-21;\n");
+            EXPECT_EQ(
+                result.text, fileOf(model.file).text.substr(0, result.text.find("DATA;\n")) + "DATA;\n" + [&] {
+                    std::string sText;
+                    for (const std::string& sLine : row.lines) sText += sLine + '\n';
+                    return sText;
+                }() + "ENDSEC;\nEND-ISO-10303-21;\n");
         }
     }
 }
@@ -112,7 +110,11 @@ TEST(WriteOrder, KeepsTheStatementsOfTheWalk) {
         {"a select of a reference", "$,$,$,#2,$," + sDollars, 4},
         {"a select of a value", "$,$,$,IFCLABEL('#2'),$," + sDollars, 3},
         {"a select of a list", "$,$,$,IFCPOINTS((#3,#4)),$," + sDollars, 5},
-        {"a list of selects", "$,$,$,$,(#2,IFCLABEL('a'),$,IFCPOINTS((#4))," "#3)," + sDollars, 6},
+        {"a list of selects",
+         "$,$,$,$,(#2,IFCLABEL('a'),$,IFCPOINTS((#4)),"
+         "#3)," +
+             sDollars,
+         6},
         {"an instance that is missing", "#77,$,$,$,(#78,#3)," + sDollars, 4},
         {"all other kinds", "$,$,$,$,$,'#2',1.5,7,.T.,.U.,\"0FF\",.RED.,2.,('#3'),(1.,2.)", 3},
     };
@@ -127,8 +129,9 @@ TEST(WriteOrder, KeepsTheStatementsOfTheWalk) {
         EXPECT_EQ(expected.size(), row.iLines);
         std::ranges::sort(expected, {}, [](const std::string& sLine) { return std::stoi(sLine.substr(1)); });
         for (const bool boSingleThreaded : g_threads)
-            EXPECT_EQ(dataLines(fileOf(model.file, {.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number})),
-                      expected);
+            EXPECT_EQ(
+                dataLines(fileOf(model.file, {.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number})),
+                expected);
     }
 }
 
@@ -153,11 +156,12 @@ TEST(WriteOrder, GivesTheSameBytesForAnyNumberOfThreads) {
     for (std::uint32_t i = 6001; i > 0; --i) backwards.push_back(i);
     for (int i = 0; i < 10; ++i)
         for (const bool boSingleThreaded : g_threads) {
-            EXPECT_EQ(dataLines(fileOf(model.file, {.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number})),
-                      expected);
-            Lines lines = dataLines(fileOf(model.file, {.boSingleThreaded = boSingleThreaded,
-                                                        .eOrder = WriteOrder::File,
-                                                        .fileNumbers = backwards}));
+            EXPECT_EQ(
+                dataLines(fileOf(model.file, {.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number})),
+                expected);
+            Lines lines = dataLines(
+                fileOf(model.file,
+                       {.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::File, .fileNumbers = backwards}));
             std::ranges::reverse(lines);
             EXPECT_EQ(lines, expected);
         }
@@ -198,8 +202,8 @@ TEST(WriteOrder, NumbersTheRestBehindWhatHasNumbers) {
         pNew->boValueSet<const Entity*>(AttributeName("Next"), data.pEntityFromId(13), data);
         data.pEntityFromId(11)->boValueSet<const Entity*>(AttributeName("Next"), pNew, data);
         EXPECT_TRUE(data.boNumbersAbove());
-        const Written result = dataOf(data, {.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number},
-                                      data.pEntityFromId(10));
+        const Written result =
+            dataOf(data, {.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number}, data.pEntityFromId(10));
         EXPECT_EQ(linesOf(result.text),
                   (Lines{"#10=IFCPROPERTY('a',#14,(),#11);", "#11=IFCPROPERTY('b',#15,(),#16);", "#12=IFCPOINT((2.));",
                          "#13=IFCPROPERTY('c',#12,(),$);", "#16=IFCPROPERTY('new',$,(),#13);"}));
@@ -211,8 +215,8 @@ TEST(WriteOrder, WritesStatementByStatementWhereTheWriterWantsThat) {
     for (const bool boSingleThreaded : g_threads) {
         RecordingWriter writer;
         WriteError errors;
-        EXPECT_TRUE(model.file.data().boWrite(
-            writer, errors, {.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number}));
+        EXPECT_TRUE(model.file.data().boWrite(writer, errors,
+                                              {.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number}));
         EXPECT_EQ(writer.m_iFinished, 1);
         ASSERT_EQ(writer.m_lines.size(), 2101U);
         EXPECT_TRUE(std::ranges::is_sorted(writer.m_lines, {}, &std::pair<std::string, unsigned>::second));
@@ -319,7 +323,8 @@ TEST(WriteOrder, IsOneOfTheSimpleFormToo) {
     for (const bool boSingleThreaded : g_threads) {
         const WriteOptions options{.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number};
         static_cast<void>(file.data().entityIdMap(true));
-        const Written all = written([&](auto& out, auto& errors) { return file.boWrite(nullptr, out, errors, options); });
+        const Written all =
+            written([&](auto& out, auto& errors) { return file.boWrite(nullptr, out, errors, options); });
         EXPECT_TRUE(all.boResult);
         EXPECT_EQ(all.text, "Ifc file simple;\nCELLS;\n*;\n#1=IFCPOINT((2.));\n#2=IFCPOINT((3.));\n"
                             "#3=IFCPROPERTY('a',#1,(),$);\n");
@@ -379,8 +384,7 @@ TEST(WriteNumbers, AreToldWhereBothAreWritten) {
     const auto rows = [&](const Entity* pEntity) {
         std::ostringstream out;
         WriteError errors;
-        WriteFile::boWrite(data, pEntity, out, errors,
-                           {.eOrder = WriteOrder::Number, .boTellNumbersTwice = true});
+        WriteFile::boWrite(data, pEntity, out, errors, {.eOrder = WriteOrder::Number, .boTellNumbersTwice = true});
         return rowsOf(errors);
     };
     EXPECT_THAT(rows(pNew), ElementsAre());
@@ -397,7 +401,8 @@ TEST(WriteNumbers, AreAboveThoseOfTheFileWhereThatIsAskedFor) {
     } rows[] = {
         {"dense", "#1=IFCPOINT((1.));#2=IFCPOINT((2.));", true, 3},
         {"with gaps", "#1=IFCPOINT((1.));#90=IFCPOINT((2.));", true, 91},
-        {"more than one chunk of numbers", "#32767=IFCPOINT((1.));#32768=IFCPOINT((2.));#5=IFCPOINT((2.));", true, 32769},
+        {"more than one chunk of numbers", "#32767=IFCPOINT((1.));#32768=IFCPOINT((2.));#5=IFCPOINT((2.));", true,
+         32769},
         {"the end of a chunk", "#32767=IFCPOINT((1.));", true, 32768},
         {"far away, in no order", "#50000000=IFCPOINT((1.));#7=IFCPOINT((2.));", true, 50000001},
         {"0 alone", "#0=IFCPOINT((1.));", true, 1},
@@ -426,15 +431,15 @@ TEST(WriteNumbers, EndWhereStatementsHaveNoMore) {
     EXPECT_EQ(last.file.data().iIdFromEntity(*last.file.data().pEntityCreate(ObjectName("IFCPOINT"))), 3U);
     ReadFileModel lastButOne = modelOf("#-2=IFCPOINT((2.));");
     EXPECT_TRUE(lastButOne.file.data().boNumbersAbove());
-    EXPECT_EQ(linesOf(entityOf(lastButOne.file.data(),
-                               lastButOne.file.data().pEntityCreate(ObjectName("IFCPOINT")))
-                          .text),
-              Lines{"#4294967295=IFCPOINT($);"});
+    EXPECT_EQ(
+        linesOf(entityOf(lastButOne.file.data(), lastButOne.file.data().pEntityCreate(ObjectName("IFCPOINT"))).text),
+        Lines{"#4294967295=IFCPOINT($);"});
 }
 
 // In a list 0 stands for no instance; the one that a file gave that number is left out there, but has its statement.
 TEST(WriteNumbers, LeaveZeroOutOfLists) {
-    const ReadFileModel model = modelOf("#1=IFCPROJECT('" + sGuidOf(0) + "',$,(#2,#0,#3,#0));#0=IFCPOINT((0.));"
+    const ReadFileModel model = modelOf("#1=IFCPROJECT('" + sGuidOf(0) +
+                                        "',$,(#2,#0,#3,#0));#0=IFCPOINT((0.));"
                                         "#2=IFCPOINT((2.));#3=IFCPOINT((3.));");
     const Lines expected = {"#0=IFCPOINT((0.));", "#1=IFCPROJECT('" + sGuidOf(0) + "',$,(#2,#3));",
                             "#2=IFCPOINT((2.));", "#3=IFCPOINT((3.));"};

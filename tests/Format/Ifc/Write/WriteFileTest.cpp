@@ -39,8 +39,8 @@ TEST(WriteFile, PutsTheFrameAroundTheProject) {
     for (const bool boSingleThreaded : {true, false}) {
         const Written result = fileOf(model.file, boSingleThreaded);
         EXPECT_TRUE(result.boResult);
-        EXPECT_EQ(result.text, "ISO-10303-21;\n" + model.file.header().writeToString() + "DATA;\n" +
-                                   g_sProject + "\nENDSEC;\nEND-ISO-10303-21;\n");
+        EXPECT_EQ(result.text, "ISO-10303-21;\n" + model.file.header().writeToString() + "DATA;\n" + g_sProject +
+                                   "\nENDSEC;\nEND-ISO-10303-21;\n");
         EXPECT_TRUE(result.records.empty());
     }
 }
@@ -68,11 +68,11 @@ TEST(WriteFile, WritesWhatTheProjectReachesBreadthFirst) {
         {"nothing but an inverse list leads to a link, and the link to elements",
          g_sProject + sLink + "#8=IFCELEMENT('" + g2 + "',$,#5,$);#7=IFCELEMENT('" + sGuidOf(3) +
              "',$,$,$);#5=IFCPOINT((5.));#6=IFCPOINT((6.));",
-         {g_sProject, sLink, "#8=IFCELEMENT('" + g2 + "',$,#5,$);",
-          "#7=IFCELEMENT('" + sGuidOf(3) + "',$,$,$);", "#5=IFCPOINT((5.));"}},
+         {g_sProject, sLink, "#8=IFCELEMENT('" + g2 + "',$,#5,$);", "#7=IFCELEMENT('" + sGuidOf(3) + "',$,$,$);",
+          "#5=IFCPOINT((5.));"}},
         {"forward references before inverse lists",
-         "#2=IFCPOINT((2.));" + sLink + sProjectWith + "2));#8=IFCELEMENT('" + g2 +
-             "',$,$,$);#7=IFCELEMENT('" + sGuidOf(3) + "',$,#2,$);",
+         "#2=IFCPOINT((2.));" + sLink + sProjectWith + "2));#8=IFCELEMENT('" + g2 + "',$,$,$);#7=IFCELEMENT('" +
+             sGuidOf(3) + "',$,#2,$);",
          {sProjectWith + "2));", "#2=IFCPOINT((2.));", sLink, "#8=IFCELEMENT('" + g2 + "',$,$,$);",
           "#7=IFCELEMENT('" + sGuidOf(3) + "',$,#2,$);"}},
         {"a number that nothing defines is named, and gets no line",
@@ -93,23 +93,20 @@ TEST(WriteFile, WritesWhatTheProjectReachesBreadthFirst) {
 }
 
 TEST(WriteFile, EndsOnACycle) {
-    const ReadFileModel model =
-        modelOf("#1=IFCPROPERTY('a',$,(),#2);#2=IFCPROPERTY('b',$,(),#3);"
-                "#3=IFCPROPERTY('c',$,(#9),#1);#4=IFCPROPERTY('d',$,(),#4);#9=IFCPOINT((0.));");
+    const ReadFileModel model = modelOf("#1=IFCPROPERTY('a',$,(),#2);#2=IFCPROPERTY('b',$,(),#3);"
+                                        "#3=IFCPROPERTY('c',$,(#9),#1);#4=IFCPROPERTY('d',$,(),#4);#9=IFCPOINT((0.));");
     for (const bool boSingleThreaded : {true, false}) {
-        EXPECT_THAT(
-            linesOf(entityOf(model.file.data(), model.file.data().pEntityFromId(2), boSingleThreaded).text),
-            UnorderedElementsAreArray(Lines{"#2=IFCPROPERTY('b',$,(),#3);", "#3=IFCPROPERTY('c',$,(#9),#1);",
-                                            "#9=IFCPOINT((0.));", "#1=IFCPROPERTY('a',$,(),#2);"}));
+        EXPECT_THAT(linesOf(entityOf(model.file.data(), model.file.data().pEntityFromId(2), boSingleThreaded).text),
+                    UnorderedElementsAreArray(Lines{"#2=IFCPROPERTY('b',$,(),#3);", "#3=IFCPROPERTY('c',$,(#9),#1);",
+                                                    "#9=IFCPOINT((0.));", "#1=IFCPROPERTY('a',$,(),#2);"}));
         EXPECT_EQ(entityOf(model.file.data(), model.file.data().pEntityFromId(4), boSingleThreaded).text,
                   "#4=IFCPROPERTY('d',$,(),#4);\n");
     }
 }
 
 TEST(WriteFile, ReachesByReferenceAloneAfterAFailedRead) {
-    const ReadFileModel model =
-        modelOf("#2=IFCPOINT((2.));#3=IFCELEMENT('" + sGuidOf(1) + "',$,$,$);#4=IFCRELLINK('" + sGuidOf(2) +
-                "',$,#1,(#3));#1=IFCPROJECT('" + sGuidOf(0) + "',$,(#2));#x=;");
+    const ReadFileModel model = modelOf("#2=IFCPOINT((2.));#3=IFCELEMENT('" + sGuidOf(1) + "',$,$,$);#4=IFCRELLINK('" +
+                                        sGuidOf(2) + "',$,#1,(#3));#1=IFCPROJECT('" + sGuidOf(0) + "',$,(#2));#x=;");
     ASSERT_FALSE(model.boRead);
     const Lines lines = linesOf(fileOf(model.file).text);
     EXPECT_EQ(Lines(lines.begin() + 7, lines.end() - 2),
@@ -133,8 +130,7 @@ TEST(WriteData, WritesOneEntityAndWhatItReaches) {
     const ReadFileModel model =
         modelOf(g_sProject + "#3=IFCPOINT((3.));#2=IFCPOINT((2.));#7=IFCPROPERTY('b',#2,(),$);");
     for (const bool boSingleThreaded : {true, false}) {
-        const Written result =
-            entityOf(model.file.data(), model.file.data().pEntityFromId(7), boSingleThreaded);
+        const Written result = entityOf(model.file.data(), model.file.data().pEntityFromId(7), boSingleThreaded);
         EXPECT_TRUE(result.boResult);
         EXPECT_THAT(linesOf(result.text),
                     UnorderedElementsAreArray(Lines{"#7=IFCPROPERTY('b',#2,(),$);", "#2=IFCPOINT((2.));"}));
@@ -151,12 +147,10 @@ TEST(WriteData, WritesWhatASeedQueues) {
         EXPECT_EQ(info.iEntityIdGet(data.pEntityFromId(3)), 3U);
     };
     for (const bool boSingleThreaded : {true, false}) {
-        const Written result = written([&](auto& out, auto& errors) {
-            return WriteFile::boWrite(data, seed, out, errors, boSingleThreaded);
-        });
+        const Written result = written(
+            [&](auto& out, auto& errors) { return WriteFile::boWrite(data, seed, out, errors, boSingleThreaded); });
         EXPECT_TRUE(result.boResult);
-        EXPECT_THAT(linesOf(result.text),
-                    UnorderedElementsAreArray(Lines{"#3=IFCPOINT((3.));", "#1=IFCPOINT((1.));"}));
+        EXPECT_THAT(linesOf(result.text), UnorderedElementsAreArray(Lines{"#3=IFCPOINT((3.));", "#1=IFCPOINT((1.));"}));
     }
     std::ostringstream out;
     WriteError errors;
@@ -174,9 +168,8 @@ TEST(WriteData, PassesOverNullsInTheQueue) {
         info.m_queue.push_back(nullptr);
     };
     for (const bool boSingleThreaded : {true, false}) {
-        const Written result = written([&](auto& out, auto& errors) {
-            return WriteFile::boWrite(data, seed, out, errors, boSingleThreaded);
-        });
+        const Written result = written(
+            [&](auto& out, auto& errors) { return WriteFile::boWrite(data, seed, out, errors, boSingleThreaded); });
         EXPECT_TRUE(result.boResult);
         EXPECT_EQ(result.text, "#2=IFCPOINT((2.));\n");
     }
@@ -192,9 +185,8 @@ TEST(WriteData, PutsNoEmptyLineBetweenStatementsOfThreads) {
         info.m_pWriter->iLineAdd(sLine, 0);
         info.iEntityIdGet(model.file.data().pEntityFromId(1));
     };
-    const Written result = written([&](auto& out, auto& errors) {
-        return WriteFile::boWrite(model.file.data(), seed, out, errors, false);
-    });
+    const Written result = written(
+        [&](auto& out, auto& errors) { return WriteFile::boWrite(model.file.data(), seed, out, errors, false); });
     EXPECT_TRUE(result.boResult);
     EXPECT_THAT(linesOf(result.text), UnorderedElementsAreArray(Lines{"/* a comment */", "#1=IFCPOINT((1.));"}));
 }
@@ -207,8 +199,8 @@ TEST(WriteData, LeavesNullMembersOut) {
     Entity* pLink = data.pEntityFromId(3);
     const auto [pAttribute, pCell] = pLink->pAttributeFromIndex(3);
     const AssertLog log;
-    EXPECT_TRUE(static_cast<AttributeList*>(pCell)->boPushBackValue(static_cast<const Entity*>(nullptr), *pAttribute,
-                                                                   data));
+    EXPECT_TRUE(
+        static_cast<AttributeList*>(pCell)->boPushBackValue(static_cast<const Entity*>(nullptr), *pAttribute, data));
     for (const bool boSingleThreaded : {true, false}) {
         const Written result = entityOf(data, pLink, boSingleThreaded);
         EXPECT_THAT(linesOf(result.text), testing::Contains("#3=IFCRELLINK('" + sGuidOf(2) + "',$,#1,(#2));"));
@@ -259,22 +251,19 @@ TEST(WriteData, SkipsSlotsThatNothingDefined) {
 }
 
 TEST(WriteNumbers, KeepsThoseOfTheFile) {
-    const ReadFileModel kept =
-        modelOf("#70000=IFCPOINT((1.));#0=IFCPOINT((2.));#5=IFCPROPERTY('a',#70000,(),$);");
+    const ReadFileModel kept = modelOf("#70000=IFCPOINT((1.));#0=IFCPOINT((2.));#5=IFCPROPERTY('a',#70000,(),$);");
     EXPECT_THAT(linesOf(dataOf(kept.file.data()).text),
-                UnorderedElementsAreArray(Lines{"#70000=IFCPOINT((1.));", "#0=IFCPOINT((2.));",
-                                                "#5=IFCPROPERTY('a',#70000,(),$);"}));
+                UnorderedElementsAreArray(
+                    Lines{"#70000=IFCPOINT((1.));", "#0=IFCPOINT((2.));", "#5=IFCPROPERTY('a',#70000,(),$);"}));
 }
 
 TEST(WriteNumbers, DealsThemInTheOrderOfTheWalk) {
-    const ReadFileModel model =
-        modelOf("#70=IFCPROPERTY('a',#90,(),$);#80=IFCPOINT((8.));#90=IFCPOINT((9.));", false);
+    const ReadFileModel model = modelOf("#70=IFCPROPERTY('a',#90,(),$);#80=IFCPOINT((8.));#90=IFCPOINT((9.));", false);
     const auto& data = model.file.data();
     const Entity* pProperty = data.entities().back();
     EXPECT_EQ(entityOf(data, pProperty).text, "#1=IFCPROPERTY('a',#2,(),$);\n#2=IFCPOINT((9.));\n");
-    EXPECT_THAT(linesOf(dataOf(data).text),
-                UnorderedElementsAreArray(
-                    Lines{"#3=IFCPOINT((8.));", "#2=IFCPOINT((9.));", "#1=IFCPROPERTY('a',#2,(),$);"}))
+    EXPECT_THAT(linesOf(dataOf(data).text), UnorderedElementsAreArray(Lines{"#3=IFCPOINT((8.));", "#2=IFCPOINT((9.));",
+                                                                            "#1=IFCPROPERTY('a',#2,(),$);"}))
         << "the next write keeps them";
     static_cast<void>(data.entityIdMap(true));
     EXPECT_EQ(dataOf(data).text, "#1=IFCPOINT((8.));\n#2=IFCPOINT((9.));\n#3=IFCPROPERTY('a',#2,(),$);\n");
@@ -295,8 +284,7 @@ TEST(WriteProgress, CountsEveryEntityOfASingleThreadedWrite) {
     const ReadFileModel model(sSmallFile(30), true, schemaIs(smallSchema()));
     std::vector<unsigned> calls;
     const Written result = fileOf(model.file, true, [&calls](unsigned iCount) { calls.push_back(iCount); });
-    std::vector<unsigned> expected(1 +
-                                   3 * 30);   // project, points, elements, links; nothing reaches a property
+    std::vector<unsigned> expected(1 + 3 * 30);   // project, points, elements, links; nothing reaches a property
     std::iota(expected.begin(), expected.end(), 1U);
     EXPECT_EQ(calls, expected);
     EXPECT_EQ(linesOf(result.text).size(), expected.size() + 9);
@@ -360,8 +348,7 @@ TEST(LineWriter, LeavesLongStatementsUnbroken) {
     std::size_t iId = 0;
     for (const std::size_t iText :
          {16340U, 16350U, 16360U, 16361U, 16362U, 16363U, 16364U, 16365U, 32768U, 100'000U, 3U}) {
-        expected.push_back('#' + std::to_string(++iId) + "=IFCPROPERTY('" + std::string(iText, 'x') +
-                           "',$,(),$);");
+        expected.push_back('#' + std::to_string(++iId) + "=IFCPROPERTY('" + std::string(iText, 'x') + "',$,(),$);");
         statements += expected.back();
     }
     const ReadFileModel model = modelOf(statements);
@@ -406,9 +393,10 @@ TEST(WriteFile, WritesTextsThatAreNoUtf8) {
         SCOPED_TRACE(boSingleThreaded);
         const Lines lines = linesOf(dataOf(model.file.data(), boSingleThreaded).text);
         ASSERT_EQ(lines.size(), 3000U);
-        EXPECT_EQ(std::ranges::count_if(lines, [](const std::string& sLine) {
-                      return sLine.ends_with("=IFCPROPERTY('\\X\\C3(\\X\\80',$,(),$);");
-                  }),
+        EXPECT_EQ(std::ranges::count_if(lines,
+                                        [](const std::string& sLine) {
+                                            return sLine.ends_with("=IFCPROPERTY('\\X\\C3(\\X\\80',$,(),$);");
+                                        }),
                   2999);
     }
 }

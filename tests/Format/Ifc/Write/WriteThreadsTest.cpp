@@ -92,8 +92,8 @@ TEST(WriteThreads, AreAsManyAsModelAndMachineAllow) {
         std::size_t iEntities;
         std::size_t iExtra;
     } rows[] = {
-        {8, 1, 1}, {8, 5, 1}, {8, 10, 1}, {8, 11, 2}, {8, 1000, 2}, {0, 1000, 2}, {1, 1000, 2},
-        {2, 1000, 2}, {3, 1000, 0}, {4, 1000, 1}, {4, 1, 1}, {5, 1000, 2}, {5, 10, 1}, {64, 1000, 2},
+        {8, 1, 1},    {8, 5, 1},    {8, 10, 1},   {8, 11, 2}, {8, 1000, 2}, {0, 1000, 2}, {1, 1000, 2},
+        {2, 1000, 2}, {3, 1000, 0}, {4, 1000, 1}, {4, 1, 1},  {5, 1000, 2}, {5, 10, 1},   {64, 1000, 2},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::to_string(row.iHardware) + " threads, " + std::to_string(row.iEntities) + " entities");
@@ -167,10 +167,16 @@ TEST(WriteSeed, LosesNothingThatItComposes) {
         WriteFile::Seed seed;
         Lines lines;
     } rows[] = {
-        {"a statement: it is there, and the instance is met by the walk as well", vStatement,
+        {"a statement: it is there, and the instance is met by the walk as well",
+         vStatement,
          {walk[0], walk[0], walk[1], walk[2], walk[3]}},
         {"a cell: what it names is written", vCell, {walk[3]}},
-        {"a line, and an entity", [&](StepWriteInfoCommon& info) { vLine(info); vCell(info); }, {"/* one */", walk[3]}},
+        {"a line, and an entity",
+         [&](StepWriteInfoCommon& info) {
+             vLine(info);
+             vCell(info);
+         },
+         {"/* one */", walk[3]}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sRule);

@@ -46,8 +46,8 @@ std::string sJoined(const Texts& texts) {
 struct SetRow {
     const char* sRule;
     const char* sAttribute;
-    const char* former;        // as a STEP file has it
-    Texts texts;               // one, where a single text is set
+    const char* former;   // as a STEP file has it
+    Texts texts;          // one, where a single text is set
     std::vector<const char*> path;
     bool boSet;
     std::string after;
@@ -81,6 +81,7 @@ void vExpectSet(const SetRow& row, bool boStrings) {
 }
 
 TEST(XmlTextSet, ScalarsTakeTheirOwnText) {
+    // clang-format off
     const SetRow rows[] = {
         {"a real", "Re", "$", {"1.5"}, {}, true, "Real 1.5"},
         {"a derived real becomes a value", "Re", "*", {"1.5"}, {}, true, "Real 1.5"},
@@ -149,6 +150,7 @@ TEST(XmlTextSet, ScalarsTakeTheirOwnText) {
 
         {"a reference", "Th", "$", {"i5"}, {}, false, "$ Entity null"},
     };
+    // clang-format on
     for (const SetRow& row : rows) vExpectSet(row, false);
 }
 
@@ -187,6 +189,7 @@ TEST(XmlTextSet, EnumeratorIsACopyInThePool) {
 }
 
 TEST(XmlTextSet, SelectsTakeTheTypeThatThePathSays) {
+    // clang-format off
     const SetRow rows[] = {
         {"a label", "Se", "$", {"a b"}, {"IfcLabel"}, true, "Select 5:IFCLABEL(String 'a b')"},
         {"a measure", "Se", "$", {"1.5"}, {"IfcLengthMeasure"}, true, "Select 1:IFCLENGTHMEASURE(Real 1.5)"},
@@ -229,10 +232,12 @@ TEST(XmlTextSet, SelectsTakeTheTypeThatThePathSays) {
         {"a list of integers that is there", "Se", "IFCCOUNTS((1))", {"2 3"}, {}, false,
          "Select 11:IFCCOUNTS(List 3[1])"},
     };
+    // clang-format on
     for (const SetRow& row : rows) vExpectSet(row, false);
 }
 
 TEST(XmlTextSet, ListsAreSplitAtWhiteSpace) {
+    // clang-format off
     const SetRow rows[] = {
         {"three reals", "Reals", "$", {"1 2 3"}, {"IfcLengthMeasure"}, true, "List 1[1, 2, 3]"},
         {"any white space, any number of it", "Reals", "$", {" 1\t\n2 \v\f\r 3 "}, {"IfcLengthMeasure"}, true,
@@ -272,10 +277,12 @@ TEST(XmlTextSet, ListsAreSplitAtWhiteSpace) {
         {"selects that no path tells the type of", "Selects", "$", {"1 2"}, {"IfcValue"}, false,
          "$ List 9[Select 0:(null), ~ Select 0:(null)]"},
     };
+    // clang-format on
     for (const SetRow& row : rows) vExpectSet(row, false);
 }
 
 TEST(XmlTextSet, ListsTakeATextAnItem) {
+    // clang-format off
     const SetRow rows[] = {
         {"three reals", "Reals", "$", {"1", "2", "3"}, {"IfcLengthMeasure"}, true, "List 1[1, 2, 3]"},
         {"an empty text, as one that begins with a blank gives", "Reals", "$", {"", "2"}, {"IfcLengthMeasure"}, true,
@@ -303,6 +310,7 @@ TEST(XmlTextSet, ListsTakeATextAnItem) {
         {"an enumeration", "En", "$", {"red"}, {}, false, "$ Enumeration null"},
         {"a reference", "Th", "$", {"i5"}, {}, false, "$ Entity null"},
     };
+    // clang-format on
     for (const SetRow& row : rows) vExpectSet(row, true);
 }
 
@@ -316,13 +324,13 @@ TEST(XmlTextSet, IllegalKindTakesNoText) {
     EXPECT_FALSE(cell.boValueAsXmlStringsSet(illegal, {"1"}, setter.attribute("Re"), setter.data, {}));
     EXPECT_EQ(setter.sShow("Re"), "$ Real 0");
     setter.vReadOne("Re", "1.");
-    EXPECT_FALSE(setter.cell<AttributeBase>("Re").boValueAsXmlStringGet(illegal, text, setter.attribute("Re"),
-                                                                       &setter.data));
-    EXPECT_FALSE(setter.cell<AttributeBase>("Re").boValueAsXmlStringsGet(illegal, texts, setter.attribute("Re"),
-                                                                        &setter.data));
+    EXPECT_FALSE(
+        setter.cell<AttributeBase>("Re").boValueAsXmlStringGet(illegal, text, setter.attribute("Re"), &setter.data));
+    EXPECT_FALSE(
+        setter.cell<AttributeBase>("Re").boValueAsXmlStringsGet(illegal, texts, setter.attribute("Re"), &setter.data));
     const def::schema::Type unresolved("IfcUnresolved");
-    EXPECT_FALSE(setter.cell<AttributeBase>("Re").boValueAsXmlStringGet(unresolved, text, setter.attribute("Re"),
-                                                                       &setter.data))
+    EXPECT_FALSE(
+        setter.cell<AttributeBase>("Re").boValueAsXmlStringGet(unresolved, text, setter.attribute("Re"), &setter.data))
         << "nor has a type without a data type";
     EXPECT_EQ(text, "before");
     EXPECT_EQ(texts, Texts{"before"});
@@ -334,7 +342,7 @@ struct GetRow {
     const char* sRule;
     const char* sAttribute;
     const char* token;
-    std::string result;       // of a text "before"; "no" and what it is then, or "yes" and the text
+    std::string result;   // of a text "before"; "no" and what it is then, or "yes" and the text
     bool boListAsText = true;
     Trail asserts = {};
 };
@@ -344,8 +352,8 @@ std::string sGet(const CellSetter& setter, const GetRow& row, const Data* pData)
     Attribute mapped = setter.attribute(row.sAttribute);
     mapped.pXml = &mapping;
     std::string text = "before";
-    const bool boGot = setter.cell<AttributeBase>(row.sAttribute)
-                           .boValueAsXmlStringGet(*mapped.types.front(), text, mapped, pData);
+    const bool boGot =
+        setter.cell<AttributeBase>(row.sAttribute).boValueAsXmlStringGet(*mapped.types.front(), text, mapped, pData);
     return (boGot ? "yes " : "no ") + text;
 }
 
@@ -380,8 +388,7 @@ TEST(XmlTextGet, ScalarsHaveOneText) {
         AssertTrail trail;
         EXPECT_EQ(sGet(setter, row, &setter.data), row.result);
         std::string text = "before";
-        const bool boGot =
-            setter.entity->boValueAsXmlStringGet(AttributeName(row.sAttribute), text, &setter.data);
+        const bool boGot = setter.entity->boValueAsXmlStringGet(AttributeName(row.sAttribute), text, &setter.data);
         EXPECT_EQ((boGot ? "yes " : "no ") + text, row.result) << "by name";
         EXPECT_EQ(trail.raised(), Trail{});
     }
@@ -580,8 +587,8 @@ TEST(XmlText, AsksWhetherAssertionsAreWanted) {
     setter.vReadOne("Things", "(#5)");
     Assert::setEnabled(false);
     Texts texts{"before"};
-    EXPECT_TRUE(setter.cell<AttributeList>("Things")
-                    .boValueAsXmlStringsGet(texts, setter.attribute("Things"), &setter.data));
+    EXPECT_TRUE(
+        setter.cell<AttributeList>("Things").boValueAsXmlStringsGet(texts, setter.attribute("Things"), &setter.data));
     EXPECT_EQ(texts, Texts{});
     EXPECT_EQ(trail.raised(), Trail{});
 }

@@ -285,8 +285,8 @@ TEST(XmlExportData, CountsWhatFollowsAtTheEnd) {
                                   "#3=IFCTHING('b',$);");
     std::vector<unsigned> counts;
     io::WriteError report;
-    ASSERT_TRUE(xml::Export().boExportData(model.file.data(), report,
-                                           [&](unsigned iCount) { counts.push_back(iCount); }));
+    ASSERT_TRUE(
+        xml::Export().boExportData(model.file.data(), report, [&](unsigned iCount) { counts.push_back(iCount); }));
     EXPECT_THAT(counts, ElementsAre(1, 2, 3));
 }
 
@@ -400,8 +400,7 @@ TEST(XmlExportData, NestsAsDeepAsTheModel) {
     const StepModel model(schema, sChain(g_iCount));
     const std::string sDocument = sExported(model.file);
     std::size_t iOpen = 0;
-    for (std::size_t i = sDocument.find("<Next "); i != std::string::npos; i = sDocument.find("<Next ", i + 1))
-        ++iOpen;
+    for (std::size_t i = sDocument.find("<Next "); i != std::string::npos; i = sDocument.find("<Next ", i + 1)) ++iOpen;
     EXPECT_EQ(iOpen, g_iCount - 1);
     EXPECT_LT(sDocument.size(), g_iCount * 250);
     std::istringstream in(sDocument);

@@ -17,9 +17,8 @@ struct FormRow {
     const char* sAttribute;
     const char* sToken;   // in the STEP file; "#3" to "#5" are IfcThing 'a', IfcSpecial 'b', IfcPoint (1,2)
     const char* sMode;
-    const char*
-        sElement;        // what stands in <Holds id="i2"...>: attributes, then ">" and children where there are any
-    const char* sBack;   // what was imported, in the text of a STEP file
+    const char* sElement;   // what stands in <Holds id="i2"...>: attributes, then ">" and children where there are any
+    const char* sBack;      // what was imported, in the text of a STEP file
 };
 
 const FormRow g_scalarRows[] = {
@@ -81,8 +80,7 @@ const FormRow g_selectRows[] = {
     {"instance in mode 1", "Se", "#3", "1", R"(><Se><IfcThing id="i3" Label="a"/></Se>)", "#3"},
     {"instance in mode 3", "Se", "#4", "3", R"(><Se><IfcSpecial id="i4" Label="b"/></Se>)", "#4"},
     {"instance in other modes", "Se", "#3", "0", "><Se/>", "$"},
-    {"a select inside", "Se", "IFCINNER(IFCLABEL('x'))", "2", "><Se><IfcInner-wrapper>x</IfcInner-wrapper></Se>",
-     "$"},
+    {"a select inside", "Se", "IFCINNER(IFCLABEL('x'))", "2", "><Se><IfcInner-wrapper>x</IfcInner-wrapper></Se>", "$"},
     {"null", "Se", "$", "2", "", "$"},
 };
 
@@ -248,8 +246,7 @@ TEST(XmlText, SplitsAsTheRegularExpressionDoes) {
                                     "a\x85"
                                     "b"}) {
         SCOPED_TRACE(sText);
-        const std::vector<std::string> expected(std::sregex_token_iterator(sText.begin(), sText.end(), blanks, -1),
-                                                {});
+        const std::vector<std::string> expected(std::sregex_token_iterator(sText.begin(), sText.end(), blanks, -1), {});
         EXPECT_EQ(xml::itemsOf(sText), expected);
     }
     EXPECT_EQ(xml::itemsOf("1" + std::string(1'000'000, ' ') + "2").size(), 2U);

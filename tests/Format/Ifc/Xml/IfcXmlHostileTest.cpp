@@ -148,9 +148,8 @@ TEST(XmlHostile, EachNumberOfSixtyThreeBitsHasAPlace) {
     for (const IdRow& row : g_idRows) {
         SCOPED_TRACE(row.sId);
         const AssertLog log;
-        const ImportedModel imported(schema,
-                                     sDocumentOf(std::string("<IfcThing id='") + row.sId + "'><Next ref='" + row.sId +
-                                                 "'/></IfcThing><IfcThing ref='" + row.sId + "'/>"));
+        const ImportedModel imported(schema, sDocumentOf(std::string("<IfcThing id='") + row.sId + "'><Next ref='" +
+                                                         row.sId + "'/></IfcThing><IfcThing ref='" + row.sId + "'/>"));
         EXPECT_TRUE(imported.boData);
         EXPECT_EQ(imported.file.data().entities().size(), 1U);
         ASSERT_NE(imported.pEntity(row.iId), nullptr);

@@ -191,8 +191,7 @@ const DataRow g_dataRows[] = {
      "#1001=IFCTHING($,$);"},
     {"the same number again overwrites", "<IfcThing id='i1001' Label='a'/><IfcPoint id='i1001'/>",
      "#1001=IFCPOINT($); #1001=IFCPOINT($);"},
-    {"an instance that nests its own number",
-     "<IfcThing id='i1001' Label='a'><Next id='i1001' Label='b'/></IfcThing>",
+    {"an instance that nests its own number", "<IfcThing id='i1001' Label='a'><Next id='i1001' Label='b'/></IfcThing>",
      "#1001=IFCTHING('b',#1001); #1001=IFCTHING('b',#1001);"},
     {"an instance that nests its own number as another type",
      "<IfcThing id='i1001' Label='a'><Next id='i1001' xsi:type='IfcPoint' Coordinates='1'/></IfcThing>",
@@ -205,8 +204,7 @@ const DataRow g_dataRows[] = {
      "<IfcThing id='i1001'><Next xsi:type='IfcNo' ref='i1001'/></IfcThing>", "#1001=IFCTHING($,);"},
     {"a type with a prefix", "<IfcThing id='i1001'><Next xsi:type='ifc:IfcThing' id='i1002'/></IfcThing>",
      "#1001=IFCTHING($,);"},
-    {"a nested instance without a number", "<IfcThing id='i1001'><Next Label='a'/></IfcThing>",
-     "#1001=IFCTHING($,);"},
+    {"a nested instance without a number", "<IfcThing id='i1001'><Next Label='a'/></IfcThing>", "#1001=IFCTHING($,);"},
     {"a reference as an XML attribute", "<IfcThing id='i1002'/><IfcThing id='i1001' Next='i1002'/>",
      "#1001=IFCTHING($,$); #1002=IFCTHING($,$);"},
     {"later wins between XML attribute and element", "<IfcThing id='i1001' Label='a'><Label>b</Label></IfcThing>",
@@ -239,8 +237,7 @@ const ValueRow g_valueRows[] = {
     {"a blank behind is none", " Lengths='1 2 '/>", "Lengths", "(1.,2.)"},
     {"a list in both forms", " Lengths='1'><Lengths/></IfcEverything>", "Lengths", "(1.)"},
     {"an instance by text", " Points='i5'/>", "Points", "$", {"Not implemented"}},
-    {"a word in front of a wrapper", "><Se><a-wrapper-IfcLabel>x</a-wrapper-IfcLabel></Se></IfcEverything>", "Se",
-     "$"},
+    {"a word in front of a wrapper", "><Se><a-wrapper-IfcLabel>x</a-wrapper-IfcLabel></Se></IfcEverything>", "Se", "$"},
     {"the last eight characters are cut, whatever they are",
      "><Se><IfcLabel-wrapperX>x</IfcLabel-wrapperX></Se></IfcEverything>", "Se", "$"},
     {"eight characters behind the type", "><Se><IfcLabel-wrapper>x</IfcLabel-wrapper></Se></IfcEverything>", "Se",
@@ -248,8 +245,8 @@ const ValueRow g_valueRows[] = {
     {"a wrapper without a type", "><Se><x-wrapper>x</x-wrapper></Se></IfcEverything>", "Se", "$"},
     {"a wrapper of an entity", "><Se><IfcThing-wrapper>x</IfcThing-wrapper></Se></IfcEverything>", "Se", "$"},
     {"a wrapper that is empty", "><Se><IfcLabel-wrapper/></Se></IfcEverything>", "Se", "$"},
-    {"a wrapper with an element in it", "><Se><IfcLabel-wrapper><a>x</a></IfcLabel-wrapper></Se></IfcEverything>",
-     "Se", "IFCLABEL('')"},
+    {"a wrapper with an element in it", "><Se><IfcLabel-wrapper><a>x</a></IfcLabel-wrapper></Se></IfcEverything>", "Se",
+     "IFCLABEL('')"},
     {"a wrapper whose text is no real",
      "><Se><IfcLengthMeasure-wrapper>x</IfcLengthMeasure-wrapper></Se></IfcEverything>",
      "Se",
@@ -266,8 +263,7 @@ const ValueRow g_valueRows[] = {
      "$",
      {"Not implemented or error in format"}},
     {"a select as an XML attribute", " Se='x'/>", "Se", "$"},
-    {"a select with text in front", "><Se>text<IfcLabel-wrapper>x</IfcLabel-wrapper></Se></IfcEverything>", "Se",
-     "$"},
+    {"a select with text in front", "><Se>text<IfcLabel-wrapper>x</IfcLabel-wrapper></Se></IfcEverything>", "Se", "$"},
     {"a select without a child", "><Se/></IfcEverything>", "Se", "$"},
     {"a select with an unknown reference", "><Se><IfcThing ref='i1099'/></Se></IfcEverything>", "Se", "$"},
     {"only the first child of a select",
@@ -280,8 +276,8 @@ const ValueRow g_valueRows[] = {
      {"Skipping invalid reference in list"}},
     {"selects, unknown ones as null",
      "><Selects><IfcThing id='i1002'/><IfcThing ref='i1099'/></Selects></IfcEverything>", "Selects", "(#1002,)"},
-    {"an unknown one in front",
-     "><Selects><IfcThing ref='i1099'/><IfcThing id='i1002'/></Selects></IfcEverything>", "Selects", "(,#1002)"},
+    {"an unknown one in front", "><Selects><IfcThing ref='i1099'/><IfcThing id='i1002'/></Selects></IfcEverything>",
+     "Selects", "(,#1002)"},
     {"values in a list of selects, which are no instances",
      "><Selects><IfcLabel-wrapper>x</IfcLabel-wrapper><IfcLabel-wrapper>y</IfcLabel-wrapper></Selects></IfcEverything>",
      "Selects", "(,)"},
@@ -376,8 +372,7 @@ TEST(XmlImportData, StoresRelationsAtTheirOtherEnd) {
 TEST(XmlImportData, CompletesTheModel) {
     const MappedSchema schema;
     const ImportedModel imported(
-        schema,
-        sDocumentOf("<IfcProject id='i7' GlobalId='0000000000000000000001'><Links id='i1003'/></IfcProject>"));
+        schema, sDocumentOf("<IfcProject id='i7' GlobalId='0000000000000000000001'><Links id='i1003'/></IfcProject>"));
     Entity* pProject = imported.pEntity(7);
     ASSERT_NE(pProject, nullptr);
     EXPECT_EQ(imported.file.data().pProject(), pProject);

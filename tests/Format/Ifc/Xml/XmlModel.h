@@ -17,8 +17,8 @@
 #include <vector>
 
 #include "Format/Ifc/BaseTypes.h"
-#include "Format/Ifc/ReadResult.h"
 #include "Format/Ifc/IfcFile.h"
+#include "Format/Ifc/ReadResult.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
 #include "Format/Ifc/Xml/IfcXmlImport.h"
 #include "provider/SchemaLoader.h"
