@@ -12,8 +12,6 @@
 
 namespace oxa::ifc {
 
-using def::schema::DataKind;
-
 namespace {
 
 using Bytes = std::vector<unsigned char>;

@@ -17,7 +17,6 @@
 
 namespace oxa::ifc {
 
-using def::schema::DataKind;
 using Info = AttributeBase::StepWriteInfoAttribute;
 
 namespace {
