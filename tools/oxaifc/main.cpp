@@ -16,11 +16,11 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include "oxaifc/Failure.h"
-#include "oxaifc/NearNames.h"
-#include "oxaifc/Output.h"
-#include "oxaifc/System.h"
-#include "oxaifc/Verb.h"
+#include "oxaifc/io/Failure.h"
+#include "oxaifc/io/NearNames.h"
+#include "oxaifc/io/Output.h"
+#include "oxaifc/io/System.h"
+#include "oxaifc/verbs/Verb.h"
 #include "platform/Localization.h"
 
 namespace oxa::tool {

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+// FileOpen: a file that a verb is to read as a text.
+//
+// For      whoever reads one: Model, SchemaSource, Report, the verb "header".
+// Errors   Failure, for what Input can't open and for what is no text here by its first bytes (FirstBytes.h).
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "oxaifc/io/Input.h"
+
+namespace oxa::tool {
+
+// "-" is standard input. The stream stands at the first byte.
+[[nodiscard]] std::unique_ptr<Input> pFileOpen(const std::string& sPath);
+
+}   // namespace oxa::tool

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: Apache-2.0
+// Model: a file that a verb was called with, read.
+//
+// For      verbs with a FILE: ModelOptions gives them the options of a read, Model reads.
+// Errors   Failure, for what can't be read as bytes, and for XML that is no ifcXML; errors of the text are in
+//          errors().
+// Threads  one; a read starts and joins its own.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Format/Ifc/IfcFile.h"
+#include "Format/Ifc/IfcFileError.h"
+#include "oxaifc/formats/SchemaSource.h"
+
+namespace CLI {
+class App;
+}   // namespace CLI
+
+namespace oxa::tool {
+
+// What every verb with a FILE takes.
+struct ModelOptions {
+    std::string sPath;   // "-" is standard input
+    std::vector<std::string> schemaPaths;
+    bool boSingleThreaded = false;
+    bool boStatementOrder = false;   // note in which order statements stand
+
+    // Adds them to a verb, the file under this name. This object must live until the command line is parsed.
+    void vDeclare(CLI::App& command, const char* pFileName = "FILE");
+    // The same for a verb that takes any number of files; which of them sPath is, the verb says for each read.
+    void vDeclareSeveral(CLI::App& command, std::vector<std::string>& paths);
+
+private:
+    void vDeclareRead(CLI::App& command);
+};
+
+class Input;
+struct ReadDiagnosis;
+
+class Model {
+public:
+    // Reads the file: an exchange structure, the simple text form where the bytes begin so, or ifcXML where
+    // they begin as XML or the name ends so. With boKeepIds its instance numbers are kept.
+    Model(const ModelOptions& options, bool boKeepIds);
+    ~Model();
+    Model(const Model&) = delete;
+    Model& operator=(const Model&) = delete;
+
+    [[nodiscard]] ifc::FileBase& file() noexcept { return *m_pFile; }
+    [[nodiscard]] const ifc::Data& data() const noexcept { return m_pFile->dataBase(); }
+    // The header of an exchange structure or of an ifcXML document; null for the simple form.
+    [[nodiscard]] const ifc::FileHeader* pHeader() const noexcept;
+    // The header of the simple form; null for the others.
+    [[nodiscard]] const ifc::FileHeaderSimple* pHeaderSimple() const noexcept;
+    // The schema's own name; as the file spells it where no schema is known by that; empty where it tells none.
+    [[nodiscard]] std::string sSchemaName() const { return m_pFile->headerBase().sSchemaNameGet(); }
+
+    // What the read reported. Where it says only that the end was not found, the record says why instead.
+    [[nodiscard]] const std::vector<ifc::ErrorRecord>& errors() const noexcept {
+        return m_diagnosed.empty() ? m_pErrors->records() : m_diagnosed;
+    }
+    // True for ifcXML: what is not understood there is passed over, and errors() does not tell it.
+    [[nodiscard]] bool boXml() const noexcept { return m_boXml; }
+    // What the model lacks and no error tells, by a fault inside or since the reading passes it over: "3 statements
+    // were lost (the first at line 12): no memory or a fault inside". Empty where it is whole. It is told on standard
+    // error too.
+    [[nodiscard]] std::string sLost() const;
+    // The same, counted.
+    [[nodiscard]] ifc::Errors::LostStatements lostStatements() const;
+    // Whether some of that was a fault inside: another read of the file may have another result.
+    [[nodiscard]] bool boFaultInside() const { return m_pErrors->lostStatements().iCount > 0; }
+    // What to say of a read without errors: "read without loss" where that is known.
+    [[nodiscard]] std::string_view noErrors() const noexcept;
+    // The result of the read.
+    [[nodiscard]] bool boOk() const noexcept { return m_boOk; }
+    // Whether the entities have the numbers of the file.
+    [[nodiscard]] bool boIdsKept() const noexcept { return m_boIdsKept; }
+    // The numbers of the file's statements as they stand, where that was asked for; of ifcXML none.
+    [[nodiscard]] const std::vector<std::uint32_t>& statementNumbers() const noexcept { return m_statementNumbers; }
+    // The exit code for a verb that has done its work.
+    [[nodiscard]] int iExitCode() const;
+    // How long the read took, opening aside.
+    [[nodiscard]] double seconds() const noexcept { return m_seconds; }
+    // The size of the file.
+    [[nodiscard]] std::uint64_t iBytes() const noexcept { return m_iBytes; }
+    // How messages call the file.
+    [[nodiscard]] const std::string& sName() const noexcept { return m_sName; }
+
+private:
+    bool boRead(std::istream& stream, bool boKeepIds, bool boSingleThreaded, ifc::ReadProgress progress);
+    bool boReadSimple(ifc::FileSimple& file, std::istream& stream, bool boKeepIds, bool boSingleThreaded,
+                      ifc::ReadProgress progress);
+    void vXmlRead(Input& input, bool boKeepIds);
+    void vDiagnose(Input& input, ReadDiagnosis diagnosis);
+
+    SchemaSource m_schemas;
+    ifc::def::SchemaPset m_noSchema{""};   // what a simple file is born with
+    std::unique_ptr<ifc::io::ReadError> m_pErrors;
+    std::vector<ifc::ErrorRecord> m_diagnosed;   // empty where the read's own records say all
+    std::unique_ptr<ifc::FileBase> m_pFile;
+    std::string m_sName;
+    bool m_boIdsKept;
+    bool m_boXml;
+    bool m_boOk = false;
+    std::vector<std::uint32_t> m_statementNumbers;
+    double m_seconds = 0;
+    std::uint64_t m_iBytes = 0;
+};
+
+}   // namespace oxa::tool

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "oxaifc/io/System.h"
+
+#include <csignal>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace oxa::tool {
+
+bool boIsTerminal(std::FILE* pFile) { return isatty(fileno(pFile)) == 1; }
+
+std::uint64_t iPeakMemory() {
+    rusage usage{};
+    if (getrusage(RUSAGE_SELF, &usage) != 0) return 0;
+#ifdef __APPLE__
+    constexpr std::uint64_t iUnit = 1;   // bytes there, kibibytes elsewhere
+#else
+    constexpr std::uint64_t iUnit = 1024;
+#endif
+    return static_cast<std::uint64_t>(usage.ru_maxrss) * iUnit;
+}
+
+bool boFlushToDisk(std::FILE* pFile) { return std::fflush(pFile) == 0 && fsync(fileno(pFile)) == 0; }
+
+void vIgnoreWriteSignals() {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+}   // namespace oxa::tool

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// Selection: the entities that a word of the command line stands for.
+//
+// For      verbs with a WHAT: a number as "#12" or "12", a GlobalId of 22 characters or in hexadecimal digits, and, in
+//          entitiesSelected, a type.
+// Errors   Failure, with what may have been meant.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "oxaifc/formats/Model.h"
+#include "platform/Id.h"
+
+namespace oxa::tool {
+
+// The numbers of the model must be kept ones. A type's entities come by number, none for a type that the file does
+// not use; with boSubtypes those of its subtypes are among them.
+[[nodiscard]] std::vector<ifc::Entity*> entitiesSelected(Model& model, const std::string& sWhat, bool boSubtypes);
+
+// One entity by number or GlobalId.
+[[nodiscard]] ifc::Entity& entitySelected(Model& model, const std::string& sWhat);
+
+// The entity with that GlobalId; null when there is none.
+[[nodiscard]] ifc::Entity* pEntityFromGlobalId(const Model& model, const Guid& guid);
+
+// The entity of a word like "#12"; null for another number. Failure for a word that is no number.
+[[nodiscard]] ifc::Entity* pEntityFromNumber(const Model& model, const std::string& sNumber);
+
+// "#12", for messages.
+[[nodiscard]] std::string sNumber(const Model& model, const ifc::Entity& entity);
+
+}   // namespace oxa::tool
