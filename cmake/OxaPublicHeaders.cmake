@@ -7,7 +7,8 @@ set(OXA_PUBLIC_HEADERS
   platform/Stream.h platform/String.h platform/Utilities.h platform/Xml.h
   schema/Schema.h schema/SchemaName.h
   provider/SchemaLoader.h
-  Format/Ifc/IfcArray.h Format/Ifc/IfcFile.h Format/Ifc/IfcFileAttribute.h Format/Ifc/IfcFileDataSimple.h
+  Format/Ifc/IfcArray.h Format/Ifc/IfcCellVisit.h Format/Ifc/IfcFile.h Format/Ifc/IfcFileAttribute.h
+  Format/Ifc/IfcFileDataSimple.h
   Format/Ifc/IfcFileEntity.h Format/Ifc/IfcFileError.h Format/Ifc/IfcFileHeader.h Format/Ifc/IfcFileHeaderSimple.h
   Format/Ifc/IfcGuid.h Format/Ifc/IfcLineReadThreadPool.h Format/Ifc/IfcNumbers.h Format/Ifc/IfcReadFile.h
   Format/Ifc/IfcStepStrings.h Format/Ifc/IfcTypeSelectBase.h Format/Ifc/IfcWriteOptions.h

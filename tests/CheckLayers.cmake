@@ -18,6 +18,7 @@ set(allowed_Format schema platform Core provider)
 set(order Memory Text Report Cells Store Header File Read Write Xml)
 # The public headers.
 set(folder_IfcArray.h Cells)
+set(folder_IfcCellVisit.h Cells)
 set(folder_IfcFileAttribute.h Cells)
 set(folder_IfcTypeSelectBase.h Cells)
 set(folder_IfcFileEntity.h Store)

@@ -154,6 +154,9 @@ struct Attribute {
     std::vector<const AttributeInverse*> inverses;   // whose FOR clause names this attribute
     const xmlschema::Attribute* pXml = nullptr;      // ifcXML mapping; null where the default holds
     std::string sTypeName;                           // declared type by name; see TypeText for display
+
+    // The type; null for an attribute that a faulty graph gives none.
+    [[nodiscard]] const ObjectBase* pType() const noexcept { return types.empty() ? nullptr : types.front(); }
 };
 
 struct AttributeInverse {

@@ -143,6 +143,8 @@ public:
     // The class of the cell that an attribute of type "object" gets.
     [[nodiscard]] static CellClass cellClass(const def::schema::ObjectBase* pObject,
                                              const def::schema::Attribute& attribute) noexcept;
+    // The same as far as the type tells: String for a GUID too, which the flag of the cell tells from a text.
+    [[nodiscard]] static CellClass cellClass(const def::schema::ObjectBase* pObject) noexcept;
 
     // Constructs a cell of zeroed memory in place: in its default state without "pInfo", else from the token.
     // Writes the value tag to *pType unless that is null. Throws the text "illegal type".

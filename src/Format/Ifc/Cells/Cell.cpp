@@ -5,6 +5,7 @@
 #include <array>
 #include <new>
 
+#include "Format/Ifc/IfcCellVisit.h"
 #include "platform/Utilities.h"
 
 namespace oxa::ifc {
@@ -15,112 +16,77 @@ using def::schema::ObjectBase;
 
 namespace {
 
-// One row a class of cell, in the order of CellClass.
-struct CellRow {
-    unsigned iSize;
-    AttributeType eType;
+// For each kind the class of its cells, in the order of DataKind.
+constexpr std::array<CellClass, 12> g_classes{
+    CellClass::Real,   CellClass::Boolean, CellClass::Integer, CellClass::Number,
+    CellClass::String, CellClass::Logical, CellClass::Binary,  CellClass::Enumeration,
+    CellClass::Select, CellClass::List,    CellClass::List,    CellClass::List,
 };
-constexpr std::array<CellRow, 12> g_cells{{
-    {sizeof(AttributeReal), AttributeType::Real},
-    {sizeof(AttributeBoolean), AttributeType::Boolean},
-    {sizeof(AttributeInteger), AttributeType::Integer},
-    {sizeof(AttributeNumber), AttributeType::Number},
-    {sizeof(AttributeString), AttributeType::String},
-    {sizeof(AttributeGuid), AttributeType::String},
-    {sizeof(AttributeLogical), AttributeType::Logical},
-    {sizeof(AttributeBinary), AttributeType::Binary},
-    {sizeof(AttributeEnumeration), AttributeType::Enumeration},
-    {sizeof(AttributeSelect), AttributeType::Select},
-    {sizeof(AttributeList), AttributeType::List},   // the kind tells Array, List and Set apart
-    {sizeof(AttributeEntity), AttributeType::Entity},
-}};
+static_assert(static_cast<std::size_t>(DataKind::Set) + 1 == g_classes.size());
 
 // The GUID test looks at the attribute and not at the object in hand: an IFCGLOBALLYUNIQUEID that a select
 // reaches is an ordinary string.
 bool boIsGuidAttribute(const Attribute& attribute) noexcept {
     constexpr def::schema::ObjectName g_guid("IFCGLOBALLYUNIQUEID");
-    const ObjectBase* pFirst = attribute.types.empty() ? nullptr : attribute.types.front();
+    const ObjectBase* pFirst = attribute.pType();
     return pFirst && pFirst->uNameHash == g_guid.hash && pFirst->sNameUpper == g_guid.name;
 }
 
-AttributeType typeOf(CellClass eClass, const ObjectBase* pObject) noexcept {
-    if (eClass != CellClass::List) return g_cells[static_cast<std::size_t>(eClass)].eType;
+// Of an object that has a cell: the kind tells Array, List and Set apart, which have one class.
+AttributeType typeOf(const ObjectBase* pObject) noexcept {
+    if (def::schema::pAsEntity(pObject)) return AttributeType::Entity;
     return static_cast<AttributeType>(static_cast<int>(def::schema::pDataTypeOf(pObject)->kind) + 1);
 }
 
-// Without a token: the default state, of which "Default" is all that is written.
-template <class Cell, class Default = Cell>
+// Throws where there is no cell.
+void vCellCheck(CellClass eClass, const char* sIllegal) {
+    if (eClass == CellClass::Unresolved) throw oxa::exception("returning nullptr");
+    if (eClass == CellClass::Illegal) throw sIllegal;
+}
+
+// Without a token: the default state. Logical and enumeration cells get their header alone: their value stays what the
+// memory holds.
+template <class Cell>
 void vConstruct(void* pCell, AttributeBase::StepReadInfoAttribute* pInfo) {
+    constexpr bool boHeaderAlone = std::is_same_v<Cell, AttributeLogical> || std::is_same_v<Cell, AttributeEnumeration>;
     if (pInfo)
         ::new (pCell) Cell(*pInfo);
     else
-        ::new (pCell) Default;
+        ::new (pCell) std::conditional_t<boHeaderAlone, AttributeBase, Cell>;
 }
-
-using Construct = void (*)(void*, AttributeBase::StepReadInfoAttribute*);
-// Logical and enumeration cells get their header alone: their value stays what the memory holds.
-constexpr std::array<Construct, 12> g_construct{
-    vConstruct<AttributeReal>,
-    vConstruct<AttributeBoolean>,
-    vConstruct<AttributeInteger>,
-    vConstruct<AttributeNumber>,
-    vConstruct<AttributeString>,
-    vConstruct<AttributeGuid>,
-    vConstruct<AttributeLogical, AttributeBase>,
-    vConstruct<AttributeBinary>,
-    vConstruct<AttributeEnumeration, AttributeBase>,
-    vConstruct<AttributeSelect>,
-    vConstruct<AttributeList>,
-    vConstruct<AttributeEntity>,
-};
-
-constexpr bool boCell(CellClass eClass) noexcept { return eClass < CellClass::Unresolved; }
 
 }   // namespace
 
-CellClass AttributeBase::cellClass(const ObjectBase* pObject, const Attribute& attribute) noexcept {
+CellClass AttributeBase::cellClass(const ObjectBase* pObject) noexcept {
     if (def::schema::pAsEntity(pObject)) return CellClass::Entity;
     const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pObject);
     if (!pDataType) return CellClass::Unresolved;
-    switch (pDataType->kind) {
-    case DataKind::Real: return CellClass::Real;
-    case DataKind::Boolean: return CellClass::Boolean;
-    case DataKind::Integer: return CellClass::Integer;
-    case DataKind::Number: return CellClass::Number;
-    case DataKind::String: return boIsGuidAttribute(attribute) ? CellClass::Guid : CellClass::String;
-    case DataKind::Logical: return CellClass::Logical;
-    case DataKind::Binary: return CellClass::Binary;
-    case DataKind::Enumeration: return CellClass::Enumeration;
-    case DataKind::Select: return CellClass::Select;
-    case DataKind::Array:
-    case DataKind::List:
-    case DataKind::Set: return CellClass::List;
-    }
-    return CellClass::Illegal;
+    const auto iKind = static_cast<std::size_t>(pDataType->kind);
+    return iKind < g_classes.size() ? g_classes[iKind] : CellClass::Illegal;
+}
+
+CellClass AttributeBase::cellClass(const ObjectBase* pObject, const Attribute& attribute) noexcept {
+    const CellClass eClass = cellClass(pObject);
+    return eClass == CellClass::String && boIsGuidAttribute(attribute) ? CellClass::Guid : eClass;
 }
 
 unsigned int AttributeBase::iAttributeSizeFromSchemaAttribute(const ObjectBase& object, const Attribute& attribute) {
     const CellClass eClass = cellClass(&object, attribute);
-    if (eClass == CellClass::Unresolved) throw oxa::exception("returning nullptr");
-    if (!boCell(eClass)) throw "Illegal value";
-    return g_cells[static_cast<std::size_t>(eClass)].iSize;
+    vCellCheck(eClass, "Illegal value");
+    return visitCellClass(eClass, []<class Cell>(std::type_identity<Cell>) { return unsigned{sizeof(Cell)}; });
 }
 
 AttributeType AttributeBase::TypeFromSchemaAttribute(const Attribute& attribute) {
-    const ObjectBase* pFirst = attribute.types.empty() ? nullptr : attribute.types.front();
-    const CellClass eClass = cellClass(pFirst, attribute);
-    if (eClass == CellClass::Unresolved) throw oxa::exception("returning nullptr");
-    if (!boCell(eClass)) throw "illegal type";
-    return typeOf(eClass, pFirst);
+    vCellCheck(cellClass(attribute.pType()), "illegal type");
+    return typeOf(attribute.pType());
 }
 
 void AttributeBase::vAttributeNew(const ObjectBase& object, const Attribute& attribute, void* pCell,
                                   StepReadInfoAttribute* pInfo, AttributeType* pType) {
     const CellClass eClass = cellClass(&object, attribute);
-    if (eClass == CellClass::Unresolved) throw oxa::exception("returning nullptr");
-    if (!boCell(eClass)) throw "illegal type";
-    g_construct[static_cast<std::size_t>(eClass)](pCell, pInfo);
-    if (pType) *pType = typeOf(eClass, &object);
+    vCellCheck(eClass, "illegal type");
+    visitCellClass(eClass, [&]<class Cell>(std::type_identity<Cell>) { vConstruct<Cell>(pCell, pInfo); });
+    if (pType) *pType = typeOf(&object);
 }
 
 void AttributeBase::vAttributeUndefined(CellClass eClass, void* pCell) {
