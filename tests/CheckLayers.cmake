@@ -7,6 +7,7 @@
 #          for the folder that its class lives in: headers must not include it from below. Sources may, since forward
 #          declarations in the headers are what breaks the knot of instance, container and cells.
 #          The folders of the program, tools/oxaifc, stand in one order too; main.cpp stands above them.
+# Rule     vector instructions stand in src/Format/Ifc/Text/ByteBlock.h alone.
 cmake_minimum_required(VERSION 3.22)
 
 set(allowed_platform)
@@ -59,6 +60,10 @@ set(seen 0)
 file(GLOB_RECURSE sources RELATIVE "${ROOT}/src" "${ROOT}/src/*.h" "${ROOT}/src/*.cpp")
 foreach(source IN LISTS sources)
   string(REGEX REPLACE "/.*" "" from "${source}")
+  file(STRINGS "${ROOT}/src/${source}" vectors REGEX "[a-z]mmintrin|_mm_" LIMIT_COUNT 1)
+  if(vectors AND NOT source STREQUAL "Format/Ifc/Text/ByteBlock.h")
+    list(APPEND faults "src/${source} has vector instructions of its own")
+  endif()
   file(STRINGS "${ROOT}/src/${source}" includes REGEX "^#include \"")
   foreach(line IN LISTS includes)
     string(REGEX REPLACE "^#include \"([^\"]+)\".*" "\\1" include "${line}")
@@ -116,6 +121,6 @@ if(programSeen LESS 100)
 endif()
 if(faults)
   list(JOIN faults "\n  " faults)
-  message(FATAL_ERROR "includes upward:\n  ${faults}")
+  message(FATAL_ERROR "includes upward, or out of place:\n  ${faults}")
 endif()
 message(STATUS "${seen} includes of src, ${programSeen} of the program")

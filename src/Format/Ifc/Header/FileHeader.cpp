@@ -9,6 +9,7 @@
 
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcStepStrings.h"
+#include "Format/Ifc/Text/Parameters.h"
 #include "platform/Assert.h"
 
 namespace oxa::ifc {
@@ -23,31 +24,14 @@ std::string_view sInside(std::string_view text) {
 }
 
 // Calls takeField(iField, sField) for every field between the first and the last character of "text".
-// A comma ends a field unless it stands in a string or in parentheses. Behind the last comma, nothing is no
-// field.
 template <class TakeField>
 void vSplit(std::string_view text, TakeField&& takeField) {
     const std::string_view inside = sInside(text);
     std::size_t iField = 0;
-    std::size_t iStart = 0;
-    std::ptrdiff_t iDepth = 0;   // below 0 behind a stray ")": no comma ends a field there
-    bool boInString = false;
-    for (std::size_t i = 0; i < inside.size(); ++i) {
-        const char c = inside[i];
-        if (c == '\'') {
-            boInString = !boInString;   // a doubled quote toggles twice
-        } else if (boInString) {
-            continue;
-        } else if (c == '(') {
-            ++iDepth;
-        } else if (c == ')') {
-            --iDepth;
-        } else if (c == ',' && iDepth == 0) {
-            takeField(iField++, inside.substr(iStart, i - iStart));
-            iStart = i + 1;
-        }
-    }
-    if (iStart < inside.size()) takeField(iField, inside.substr(iStart));
+    details::vForEachItem(text.data(), inside.data(), inside.data() + inside.size(),
+                          [&](const char* first, const char* last) {
+                              takeField(iField++, std::string_view(first, static_cast<std::size_t>(last - first)));
+                          });
 }
 
 // The quotes of an item are not tested for. The byte behind the inside is the closing one, as the codec asks.

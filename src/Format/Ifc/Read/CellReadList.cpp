@@ -6,8 +6,8 @@
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcNumbers.h"
-#include "Format/Ifc/Read/Parameters.h"
 #include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Text/Parameters.h"
 #include "platform/Assert.h"
 
 namespace oxa::ifc {

@@ -11,6 +11,7 @@
 #include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/IfcNumbers.h"
 #include "Format/Ifc/IfcStepStrings.h"
+#include "Format/Ifc/Read/InstanceNumber.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Text/TextScan.h"
 
@@ -32,26 +33,6 @@ int iHexDigit(char c) noexcept {
     const int iCode = static_cast<signed char>(c);
     if (iCode <= '9') return iCode - 0x30;
     return iCode < 'a' ? iCode - 0x37 : iCode - 0x57;
-}
-
-// The number behind "#" as atoi reads it: what follows the digits is ignored, no digits are 0. A number beyond
-// 32 bits becomes the largest one, so that it can't be taken for another instance.
-std::int32_t iReference(const char* first, const char* last, std::string_view line) noexcept {
-    if (line.data() + line.size() - first >= 8) {
-        const details::Digits digits = details::digitsOf8(first);
-        if (digits.iCount > 0 && digits.iCount < 8 && digits.iCount <= last - first)
-            return static_cast<std::int32_t>(digits.uValue);
-    }
-    while (first != last && (*first == ' ' || (*first >= '\t' && *first <= '\r'))) ++first;
-    const bool boNegative = first != last && *first == '-';
-    if (boNegative || (first != last && *first == '+')) ++first;
-    const std::int64_t iLimit = boNegative ? std::int64_t{1} << 31 : (std::int64_t{1} << 31) - 1;
-    std::int64_t iValue = 0;
-    for (; first != last && *first >= '0' && *first <= '9'; ++first) {
-        iValue = iValue * 10 + (*first - '0');
-        if (iValue > iLimit) iValue = iLimit;
-    }
-    return static_cast<std::int32_t>(boNegative ? -iValue : iValue);
 }
 
 }   // namespace
@@ -197,7 +178,8 @@ Entity* AttributeEntity::pEntityRead(const StepReadInfoAttribute& info) {
         vReport(info, "Error_ExpectedValidEntityValueFor");
         return nullptr;
     }
-    const std::int32_t iId = iReference(pText + 1, pText + info.m_iLength, info.m_pInfo->m_line);
+    const std::string_view line = info.m_pInfo->m_line;
+    const std::int32_t iId = details::iReference(pText + 1, pText + info.m_iLength, line.data() + line.size());
     EntitySlot& slot = info.m_pInfo->m_pCommon->slotGet(*info.m_pData, static_cast<std::uint32_t>(iId));
     slot.vReferencedSet(info.m_pInfo->m_pCommon->m_boParallel);
     return &slot.entity;

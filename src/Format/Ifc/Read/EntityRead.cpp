@@ -6,9 +6,9 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
-#include "Format/Ifc/Read/Parameters.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Store/EntityBlocks.h"
+#include "Format/Ifc/Text/Parameters.h"
 #include "platform/Utilities.h"
 
 namespace oxa::ifc {

@@ -4,8 +4,8 @@
 // For      ReadFile, inside this folder.
 // Shape    a bit a byte: a buffer is looked at once, as a whole, and every step of the scanner is a search for the next
 //          set bit, mostly in the word where the last one was.
-// Speed    sixteen bytes at once where SSE2 is at hand, else by a table of byte classes. Both are tested
-//          against each other.
+// Rule     which bytes these are stands here once, as texts; the table of byte classes and the search of whole words are
+//          made of them, and a test holds the two together.
 #pragma once
 
 #include <array>
@@ -14,11 +14,9 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
-#if defined(__SSE2__) || defined(_M_X64)
-#include <emmintrin.h>
-#define OXA_IFC_SSE2 1
-#endif
+#include "Format/Ifc/Text/ByteBlock.h"
 
 namespace oxa::ifc::details {
 
@@ -28,8 +26,11 @@ enum ScanClass : std::uint8_t {
     String = 4,      // what ends or interrupts the run of plain bytes inside a string
 };
 
-inline constexpr std::string_view g_statementBytes = ";'/=\\\n\r ";
 inline constexpr std::string_view g_stringBytes = "'\\\n";
+inline constexpr std::string_view g_blankBytes = " \n\r";   // what vanishes outside strings
+inline constexpr std::string_view g_statementBytes = "'\\\n\r ;/=";
+static_assert(g_blankBytes.size() == 3, "the scanner has a case for each");
+static_assert(g_statementBytes.starts_with(g_stringBytes), "one comparison serves both classes of a word");
 
 inline constexpr std::array<std::uint8_t, 256> g_scanClass = [] {
     std::array<std::uint8_t, 256> table{};
@@ -57,37 +58,28 @@ struct ScanWord {
     std::uint64_t uString = 0;
 };
 
-// On any machine.
-[[nodiscard]] inline ScanWord scanWordPortable(const char* pBytes) noexcept {
-    ScanWord word;
-    for (unsigned i = 0; i < 64; ++i) {
-        const std::uint64_t uClass = g_scanClass[static_cast<unsigned char>(pBytes[i])];
-        word.uStatement |= (uClass / Statement & 1U) << i;
-        word.uString |= (uClass / String & 1U) << i;
-    }
-    return word;
+// Calls test(byte...) with the bytes of a text.
+template <const std::string_view& sBytes, class Test>
+[[nodiscard]] constexpr auto withBytesOf(Test&& test) noexcept {
+    return [&]<std::size_t... i>(std::index_sequence<i...>) { return test(sBytes[i]...); }
+    (std::make_index_sequence<sBytes.size()>());
 }
 
-#if defined(OXA_IFC_SSE2)
+[[nodiscard]] constexpr bool boScanBlank(char c) noexcept {
+    return c == g_blankBytes[0] || c == g_blankBytes[1] || c == g_blankBytes[2];
+}
+
+template <class Block = ByteBlock>
 [[nodiscard]] inline ScanWord scanWord(const char* pBytes) noexcept {
     ScanWord word;
-    for (unsigned i = 0; i < 64; i += 16) {
-        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pBytes + i));
-        const auto among = [&text](auto... bytes) {
-            __m128i any = _mm_setzero_si128();
-            ((any = _mm_or_si128(any, _mm_cmpeq_epi8(text, _mm_set1_epi8(bytes)))), ...);
-            return any;
-        };
-        const __m128i string = among('\'', '\\', '\n');
-        const __m128i statement = _mm_or_si128(string, among(';', '/', '=', '\r', ' '));
-        word.uString |= static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(string))) << i;
-        word.uStatement |= static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(statement))) << i;
+    for (unsigned i = 0; i < 64; i += Block::g_iSize) {
+        const Block text(pBytes + i);
+        const auto among = [&text](auto... bytes) { return text.among(bytes...).uHighBits(); };
+        word.uString |= std::uint64_t{withBytesOf<g_stringBytes>(among)} << i;
+        word.uStatement |= std::uint64_t{withBytesOf<g_statementBytes>(among)} << i;
     }
     return word;
 }
-#else
-[[nodiscard]] inline ScanWord scanWord(const char* pBytes) noexcept { return scanWordPortable(pBytes); }
-#endif
 
 // The bits of one buffer of at most iSize bytes. One bit behind the last byte ends every search.
 template <std::size_t iSize>

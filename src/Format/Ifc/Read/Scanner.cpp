@@ -108,9 +108,9 @@ bool ReadFile::boFindStatementByte() {
             m_boHasEqual = true;
             break;
         case '\'': iNext = iStringSkip(i); break;
-        case ' ':
-        case '\n':
-        case '\r': iNext = iBlankSkip(i); break;
+        case details::g_blankBytes[0]:
+        case details::g_blankBytes[1]:
+        case details::g_blankBytes[2]: iNext = iBlankSkip(i); break;
         default: break;
         }
         if (iNext == i) break;
@@ -133,7 +133,7 @@ unsigned ReadFile::iBlankSkip(unsigned iBlank) {
     unsigned iEnd = iBlank;
     unsigned iLines = 0;
     // The padding behind the buffer is none.
-    for (char c = m_pBuffer[iEnd]; c == ' ' || c == '\n' || c == '\r'; c = m_pBuffer[++iEnd]) iLines += c == '\n';
+    for (char c = m_pBuffer[iEnd]; details::boScanBlank(c); c = m_pBuffer[++iEnd]) iLines += c == '\n';
     m_iLine += iLines;
     vPendingTake(iBlank);
     m_iStart = iEnd;

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The reading side of the container: from entity statements to entities, and the completion of a read.
 #include <algorithm>
-#include <charconv>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileError.h"
-#include "Format/Ifc/IfcNumbers.h"
+#include "Format/Ifc/Read/InstanceNumber.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Store/InverseBuilder.h"
 
@@ -38,21 +37,13 @@ std::optional<StatementParts> statementParts(StepReadInfoData& info) {
     };
     if (line.empty() || line[0] != '#') return refuse("Error_ExpectedNumberSign");
     const char* const pNumber = line.data() + 1;
+    const char* const pLast = line.data() + line.size();
     StatementParts parts{0, 0, 0};
-    if (line.size() > 8)
-        if (const details::Digits digits = details::digitsOf8(pNumber);
-            digits.iCount > 0 && digits.iCount < 8 && pNumber[digits.iCount] == '=')
-            parts = {static_cast<std::int32_t>(digits.uValue), digits.iCount + 2, 0};
-    if (!parts.iKeyword) {
-        // One digit at least stands between "#" and "=".
-        const std::size_t iEqual = line.size() > 2 ? line.find('=', 2) : std::string::npos;
-        if (iEqual == std::string::npos) return refuse("Error_ExpectedEqualOperator");
-        parts.iKeyword = iEqual + 1;
-        // A malformed number has no key of its own.
-        const char* pEqual = line.data() + iEqual;
-        if (details::pReadInteger(pNumber, pEqual, 10, parts.iId) != pEqual)
-            return refuse("Error_ExpectedLeftParenthesis");
-    }
+    const char* const pEqual = details::pHeadNumber(pNumber, pLast, parts.iId);
+    if (!pEqual)   // a malformed number has no key of its own
+        return refuse(details::pHeadEnd(pNumber, pLast) ? "Error_ExpectedLeftParenthesis"
+                                                        : "Error_ExpectedEqualOperator");
+    parts.iKeyword = static_cast<std::size_t>(pEqual - line.data()) + 1;
     parts.iOpen = line.find('(', parts.iKeyword);
     if (parts.iOpen == std::string::npos) return refuse("Error_InvalidEntity");
     return parts;

@@ -6,15 +6,12 @@
 // Speed    most strings of a model hold no special byte at all and are 5 to 40 bytes long.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-#if defined(__SSE2__) || defined(_M_X64)
-#include <emmintrin.h>
-
-#include <bit>
-#endif
+#include "Format/Ifc/Text/ByteBlock.h"
 
 namespace oxa::ifc::details {
 
@@ -43,25 +40,16 @@ namespace oxa::ifc::details {
     return first;
 }
 
-#if defined(__SSE2__) || defined(_M_X64)
 // The same, sixteen bytes at once.
 [[nodiscard]] inline const char* pFindSpecial(const char* first, const char* last) noexcept {
-    const __m128i backslash = _mm_set1_epi8('\\');
-    const __m128i quote = _mm_set1_epi8('\'');
-    while (last - first >= 16) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(first));
-        const __m128i either = _mm_or_si128(_mm_cmpeq_epi8(bytes, backslash), _mm_cmpeq_epi8(bytes, quote));
-        // The mask takes the highest bit of each byte, which is set in the bytes from 0x80 as well.
-        const int mask = _mm_movemask_epi8(_mm_or_si128(bytes, either));
-        if (mask != 0) return first + std::countr_zero(static_cast<unsigned>(mask));
-        first += 16;
+    constexpr std::ptrdiff_t iBlock = ByteBlock::g_iSize;
+    for (; last - first >= iBlock; first += iBlock) {
+        const ByteBlock bytes(first);
+        // The high bit is set in the bytes from 0x80 as well.
+        if (const unsigned uMask = (bytes | bytes.among('\\', '\'')).uHighBits())
+            return first + std::countr_zero(uMask);
     }
     return pFindSpecialPortable(first, last);
 }
-#else
-[[nodiscard]] inline const char* pFindSpecial(const char* first, const char* last) noexcept {
-    return pFindSpecialPortable(first, last);
-}
-#endif
 
 }   // namespace oxa::ifc::details

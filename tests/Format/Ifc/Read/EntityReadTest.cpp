@@ -8,8 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "Format/Ifc/AssertLog.h"
-#include "Format/Ifc/Read/Parameters.h"
 #include "Format/Ifc/StatementReader.h"
+#include "Format/Ifc/Text/Parameters.h"
 
 namespace oxa::ifc {
 namespace {

@@ -71,17 +71,29 @@ TEST(ScanMap, NothingIsFoundInNothing) {
     for (const SearchRow& row : g_searchRows) EXPECT_EQ(((*pMap).*row.pFind)(0), 0U) << row.sName;
 }
 
-TEST(ScanWord, IsThatOfAnyMachine) {
+// Bit i of a word is the class of byte i, however the word was made.
+TEST(ScanWord, IsTheTableOfClasses) {
     constexpr std::string_view g_bytes = ";'/=\\\n\r #a\t\x80\xFF";
     std::mt19937 random(1);
     for (int i = 0; i < 5000; ++i) {
         std::vector<char> text(64);
         for (char& c : text) c = i % 2 ? g_bytes[random() % g_bytes.size()] : static_cast<char>(random());
         const details::ScanWord word = details::scanWord(text.data());
-        const details::ScanWord portable = details::scanWordPortable(text.data());
-        ASSERT_EQ(word.uStatement, portable.uStatement);
-        ASSERT_EQ(word.uString, portable.uString);
+        const details::ScanWord plain = details::scanWord<details::PlainByteBlock>(text.data());
+        ASSERT_EQ(word.uStatement, plain.uStatement);
+        ASSERT_EQ(word.uString, plain.uString);
+        for (unsigned iByte = 0; iByte < 64; ++iByte) {
+            const unsigned uClass = details::g_scanClass[static_cast<unsigned char>(text[iByte])];
+            ASSERT_EQ(word.uStatement >> iByte & 1U, uClass / details::Statement & 1U);
+            ASSERT_EQ(word.uString >> iByte & 1U, uClass / details::String & 1U);
+        }
     }
+}
+
+TEST(ScanClass, BlanksAreThree) {
+    for (int iByte = 0; iByte < 256; ++iByte)
+        EXPECT_EQ(details::boScanBlank(static_cast<char>(iByte)), iByte == ' ' || iByte == '\n' || iByte == '\r')
+            << iByte;
 }
 
 TEST(ScanClass, FindsTheNumberSignToo) {

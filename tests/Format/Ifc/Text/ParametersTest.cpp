@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Cutting a parameter list at its commas.
-#include "Format/Ifc/Read/Parameters.h"
+#include "Format/Ifc/Text/Parameters.h"
 
 #include <gtest/gtest.h>
 
@@ -95,6 +95,8 @@ struct SpanRow {
 const SpanRow g_spanRows[] = {
     {',', details::pFindFromQuoteTo<','>},
     {')', details::pFindFromQuoteTo<')'>},
+    {',', details::pFindFromQuoteTo<',', details::PlainByteBlock>},
+    {')', details::pFindFromQuoteTo<')', details::PlainByteBlock>},
 };
 
 // Each byte value at each place of a buffer of exactly the size, with and without bytes in front that would be found:
