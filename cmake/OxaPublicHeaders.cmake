@@ -3,6 +3,8 @@
 # all that these include in turn. Each compiles on its own (tests/consumer).
 
 set(OXA_PUBLIC_HEADERS
+  Compare/Compare.h
+  Convert/EntityFromText.h Convert/Extract.h Convert/SchemaMove.h Convert/ValueFromText.h
   platform/Assert.h platform/DateTime.h platform/Export.h platform/Id.h platform/Localization.h
   platform/Stream.h platform/String.h platform/Utilities.h platform/Xml.h
   schema/Schema.h schema/SchemaName.h

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Export: which symbols leave the shared libraries.
 //
-// For      class and function declarations of the three libraries; everything unmarked stays hidden.
-// Usage    OXA_PLATFORM_API, OXA_SCHEMA_API and OXA_IFC_API, one for each library. The build defines
+// For      class and function declarations of the libraries; everything unmarked stays hidden.
+// Usage    OXA_PLATFORM_API, OXA_SCHEMA_API, OXA_IFC_API and so on, one for each library. The build defines
 //          OXA_STATIC for a static build and OXA_<LIBRARY>_BUILD while that library itself is compiled.
 #pragma once
 
@@ -33,4 +33,16 @@
 #define OXA_IFC_API OXA_API_EXPORT
 #else
 #define OXA_IFC_API OXA_API_IMPORT
+#endif
+
+#if defined(OXA_COMPARE_BUILD)
+#define OXA_COMPARE_API OXA_API_EXPORT
+#else
+#define OXA_COMPARE_API OXA_API_IMPORT
+#endif
+
+#if defined(OXA_CONVERT_BUILD)
+#define OXA_CONVERT_API OXA_API_EXPORT
+#else
+#define OXA_CONVERT_API OXA_API_IMPORT
 #endif

@@ -6,12 +6,10 @@
 // Errors   Failure, with what may have been meant.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "oxaifc/formats/Model.h"
-#include "platform/Id.h"
 
 namespace oxa::tool {
 
@@ -21,14 +19,5 @@ namespace oxa::tool {
 
 // One entity by number or GlobalId.
 [[nodiscard]] ifc::Entity& entitySelected(Model& model, const std::string& sWhat);
-
-// The entity with that GlobalId; null when there is none.
-[[nodiscard]] ifc::Entity* pEntityFromGlobalId(const Model& model, const Guid& guid);
-
-// The entity of a word like "#12"; null for another number. Failure for a word that is no number.
-[[nodiscard]] ifc::Entity* pEntityFromNumber(const Model& model, const std::string& sNumber);
-
-// "#12", for messages.
-[[nodiscard]] std::string sNumber(const Model& model, const ifc::Entity& entity);
 
 }   // namespace oxa::tool

@@ -11,11 +11,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include "Convert/SchemaMove.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "oxaifc/formats/ModelWrite.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
-#include "oxaifc/verbs/SchemaMove.h"
 #include "oxaifc/verbs/Verb.h"
 
 namespace oxa::tool {
@@ -47,11 +47,12 @@ void vLeftOutWrite(const ModelWrite& write, const Model& model) {
 }
 
 // What another schema has no place for. Standard error, as above.
-void vMoveTell(const SchemaMove& move, const std::string& sSchema) {
-    const auto vList = [](const std::vector<SchemaMove::Row>& rows, const std::string& sTitle, const char* pBetween) {
+void vMoveTell(const convert::SchemaMove& move, const std::string& sSchema) {
+    const auto vList = [](const std::vector<convert::SchemaMove::Row>& rows, const std::string& sTitle,
+                          const char* pBetween) {
         if (rows.empty()) return;
         std::string sText = sTitle + '\n';
-        for (const SchemaMove::Row& row : rows)
+        for (const convert::SchemaMove::Row& row : rows)
             sText += fmt::format("{:>12}  {}{}{}\n", sGrouped(row.iCount), row.sType,
                                  row.sAttribute.empty() ? "" : pBetween, row.sAttribute);
         std::fputs(sText.c_str(), stderr);
@@ -71,7 +72,7 @@ int iConvert(const ConvertOptions& options) {
     ModelOptions read = options;
     read.boSingleThreaded = read.boSingleThreaded || options.boRenumber;
     Model model(read, !options.boRenumber);
-    const SchemaMove move = pSchema ? schemaMove(model.file(), *pSchema) : SchemaMove();
+    const convert::SchemaMove move = pSchema ? convert::moveToSchema(model.file(), *pSchema) : convert::SchemaMove();
     const ifc::Entity* pProject = model.data().pProject();
     if (!pProject && !options.boAll && !write.boXml() && model.boOk())
         throw Failure(fmt::format("{}: has no IFCPROJECT to start from; --all writes every entity", model.sName()));

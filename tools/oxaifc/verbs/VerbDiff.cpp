@@ -7,10 +7,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include "Compare/Compare.h"
 #include "oxaifc/formats/Model.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
-#include "oxaifc/verbs/ModelDiff.h"
 #include "oxaifc/verbs/Verb.h"
 
 namespace oxa::tool {
@@ -41,7 +41,9 @@ void vCheck(const Model& model) {
                    stderr);
 }
 
-Json entityJson(const DiffEntity& entity) {
+compare::Side side(const Model& model) { return {model.data(), model.sSchemaName(), model.errors()}; }
+
+Json entityJson(const compare::Element& entity) {
     Json value{{"number", entity.iNumber}, {"type", entity.sType}};
     if (entity.sGlobalId.empty()) {
         value["content"] = entity.sText;
@@ -52,18 +54,18 @@ Json entityJson(const DiffEntity& entity) {
     return value;
 }
 
-Json listJson(const std::vector<DiffEntity>& entities) {
+Json listJson(const std::vector<compare::Element>& entities) {
     Json list = Json::array();
-    for (const DiffEntity& entity : entities) list.push_back(entityJson(entity));
+    for (const compare::Element& entity : entities) list.push_back(entityJson(entity));
     return list;
 }
 
-Json changesJson(const std::vector<DiffChange>& changes) {
+Json changesJson(const std::vector<compare::Change>& changes) {
     const auto text = [](const std::optional<std::string>& sText) { return sText ? Json(*sText) : Json(); };
     Json list = Json::array();
-    for (const DiffChange& change : changes) {
+    for (const compare::Change& change : changes) {
         Json values = Json::array();
-        for (const DiffValue& value : change.values) {
+        for (const compare::Difference& value : change.differences) {
             Json row{{"attribute", value.sAttribute}, {"old", text(value.sOld)}, {"new", text(value.sNew)}};
             if (value.boMore) row["more"] = true;
             values.push_back(std::move(row));
@@ -76,7 +78,7 @@ Json changesJson(const std::vector<DiffChange>& changes) {
     return list;
 }
 
-void vJsonWrite(const ModelDiff& diff, Output& output) {
+void vJsonWrite(const compare::Result& diff, Output& output) {
     output.vJson({{"equal", diff.boEqual()},
                   {"schema", {{"old", diff.sSchemaOld}, {"new", diff.sSchemaNew}}},
                   {"removed", listJson(diff.removed)},
@@ -84,7 +86,7 @@ void vJsonWrite(const ModelDiff& diff, Output& output) {
                   {"changed", changesJson(diff.changed)}});
 }
 
-std::string sEntity(const DiffEntity& entity) {
+std::string sEntity(const compare::Element& entity) {
     if (entity.sGlobalId.empty()) return fmt::format("#{} {}", entity.iNumber, sPrintable(entity.sText));
     return fmt::format("#{} {} {}{}{}", entity.iNumber, entity.sType, entity.sGlobalId, entity.sText.empty() ? "" : " ",
                        sPrintable(entity.sText));
@@ -94,16 +96,16 @@ std::string sValue(const std::optional<std::string>& sText) {
     return sText ? sPrintable(*sText) : "(no such attribute)";
 }
 
-void vTextWrite(const ModelDiff& diff, Output& output) {
+void vTextWrite(const compare::Result& diff, Output& output) {
     if (diff.sSchemaOld != diff.sSchemaNew)
         output.vPrint("schema   {} -> {}\n", sPrintable(diff.sSchemaOld), sPrintable(diff.sSchemaNew));
-    for (const DiffEntity& entity : diff.removed)
+    for (const compare::Element& entity : diff.removed)
         output.vPrint("{}  {}\n", output.sTinted(Tint::Red, "removed"), sEntity(entity));
-    for (const DiffEntity& entity : diff.added)
+    for (const compare::Element& entity : diff.added)
         output.vPrint("{}    {}\n", output.sTinted(Tint::Green, "added"), sEntity(entity));
-    for (const DiffChange& change : diff.changed) {
+    for (const compare::Change& change : diff.changed) {
         output.vPrint("{}  {}\n", output.sTinted(Tint::Yellow, "changed"), sEntity(change.after));
-        for (const DiffValue& value : change.values)
+        for (const compare::Difference& value : change.differences)
             output.vPrint("         {}: {} -> {}{}\n", value.sAttribute, sValue(value.sOld), sValue(value.sNew),
                           value.boMore ? "\n         and more of this attribute" : "");
     }
@@ -122,7 +124,8 @@ int iDiff(const DiffOptions& options, Output& output) {
     vCheck(before);
     const Model after(optionsNew, true);
     vCheck(after);
-    const ModelDiff diff = modelDiff(before, after, options.boJson ? g_iMostTextJson : g_iMostTextShown);
+    const compare::Result diff = compare::differences(
+        side(before), side(after), {.iMostText = options.boJson ? g_iMostTextJson : g_iMostTextShown});
     if (options.boJson)
         vJsonWrite(diff, output);
     else

@@ -3,12 +3,18 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
+#include "Convert/ValueFromText.h"
 #include "oxaifc/formats/ModelWrite.h"
+#include "oxaifc/io/Failure.h"
+#include "oxaifc/io/NearNames.h"
+#include "oxaifc/io/Output.h"
 #include "oxaifc/verbs/Selection.h"
-#include "oxaifc/verbs/ValueText.h"
 #include "oxaifc/verbs/Verb.h"
 
 namespace oxa::tool {
@@ -21,10 +27,41 @@ struct SetOptions : WriteOptions {
     std::string sValue;
 };
 
+constexpr std::size_t g_iMostShown = 100;   // bytes of a value in a message
+constexpr std::size_t g_iMostNames = 20;    // types of a select in a message
+
+// The types that may stand in front of a value of a select: a few, those that come near, or where they are told.
+std::string sSelectTypes(const convert::Refusal& refusal, const Model& model) {
+    const std::vector<std::string_view> names(refusal.names.begin(), refusal.names.end());
+    const std::string_view type = std::string_view(refusal.sValue).substr(0, refusal.sValue.find('('));
+    if (names.size() <= g_iMostNames || !nearNames(type, names).empty()) return sNearText(type, names, "there are: ");
+    return fmt::format("oxaifc schema {} {} tells them", model.data().pSchema()->sName, refusal.sType);
+}
+
+std::string sRefusal(const convert::Refusal& refusal, const Model& model) {
+    using Why = convert::Refusal::Why;
+    const std::vector<std::string_view> names(refusal.names.begin(), refusal.names.end());
+    const std::string sText =
+        fmt::format("{}: {} {}", refusal.sWhere, sShortened(refusal.sValue, g_iMostShown), refusal.sReason);
+    switch (refusal.eWhy) {
+    case Why::Attribute:
+        return fmt::format("{} has no attribute {}{}", refusal.sWhere, sPrintable(refusal.sValue),
+                           names.empty() ? "" : "; " + sNearText(refusal.sValue, names, "there are: "));
+    case Why::Fixed: return fmt::format("{} {}", refusal.sWhere, refusal.sReason);
+    case Why::Number: return fmt::format("{} {}", sPrintable(refusal.sValue), refusal.sReason);
+    case Why::Enumerator: return fmt::format("{}; they are: {}", sText, fmt::join(names, ", "));
+    case Why::SelectType: return fmt::format("{}; {}", sText, sSelectTypes(refusal, model));
+    case Why::Value: break;
+    }
+    return sText;
+}
+
 int iSet(const SetOptions& options) {
     ModelWrite write(options);
     Model model(options, true);
-    vAttributeSet(model, entitySelected(model, options.sWhat), options.sAttribute, options.sValue);
+    ifc::Entity& entity = entitySelected(model, options.sWhat);
+    if (const auto refusal = convert::setFromText(model.file().dataBase(), entity, options.sAttribute, options.sValue))
+        throw Failure(sRefusal(*refusal, model));
     write.vSameWrite(model);
     return write.iTell(model);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// ModelContent: what the entities of a model stand for, apart from their numbers.
+// Content: what the entities of a model stand for, apart from their numbers.
 //
 // For      comparing two models: equal content has equal hashes, in any model of any schema.
 // Content  an entity with a GlobalId is that GlobalId; any other is its type and its attributes by name, those without
@@ -23,7 +23,7 @@
 #include "Format/Ifc/IfcFileEntity.h"
 #include "platform/Id.h"
 
-namespace oxa::tool {
+namespace oxa::compare {
 
 struct ContentHash {
     std::uint64_t iHigh = 0;
@@ -42,12 +42,12 @@ struct ContentHashHash {
 };
 using ContentCounts = std::unordered_map<ContentHash, std::size_t, ContentHashHash>;
 
-class ModelContent {
+class Content {
 public:
     using Index = std::uint32_t;
 
     // "withoutGuid": entities whose GlobalId is not that of the file. The model must stay as it is.
-    ModelContent(const ifc::Data& data, const std::unordered_set<const ifc::Entity*>& withoutGuid);
+    Content(const ifc::Data& data, const std::unordered_set<const ifc::Entity*>& withoutGuid);
 
     // Entities with a type, in the order of the model.
     [[nodiscard]] std::size_t iCount() const noexcept { return m_entities.size(); }
@@ -104,4 +104,4 @@ private:
     std::vector<bool> m_apart;
 };
 
-}   // namespace oxa::tool
+}   // namespace oxa::compare

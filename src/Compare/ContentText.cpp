@@ -1,38 +1,52 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "oxaifc/verbs/ContentText.h"
+#include "Compare/ContentText.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <string_view>
 
-#include <fmt/format.h>
-
+#include "Compare/CellVisit.h"
 #include "Format/Ifc/IfcGuid.h"
-#include "oxaifc/verbs/CellVisit.h"
 
-namespace oxa::tool {
+namespace oxa::compare {
 
 namespace schema = ifc::def::schema;
 
 namespace {
 
+// As short as it can be without becoming another number: digits for exponents from -4 to 15, else "1.5E+16". Always
+// with a decimal point, as ISO 10303-21, 6.4.2 asks for.
+std::string sReal(double value) {
+    char text[32];
+    const auto sText = [&text, value](std::chars_format format) {
+        return std::string(text, std::to_chars(text, std::end(text), value, format).ptr);
+    };
+    std::string sReal = sText(std::chars_format::scientific);
+    if (!std::isfinite(value)) return sReal;
+    const std::size_t iE = sReal.find('e');
+    int iExponent = 0;
+    std::from_chars(sReal.data() + iE + (sReal[iE + 1] == '+' ? 2 : 1), sReal.data() + sReal.size(), iExponent);
+    if (iExponent >= -4 && iExponent < 16) {
+        sReal = sText(std::chars_format::fixed);
+        return sReal.find('.') == std::string::npos ? sReal + '.' : sReal;
+    }
+    sReal[iE] = 'E';
+    if (sReal.find('.') == std::string::npos) sReal.insert(iE, ".");
+    return sReal;
+}
+
 class TextVisitor {
 public:
-    TextVisitor(const ModelContent& model, std::string& text) : m_model(model), m_text(text) {}
+    TextVisitor(const Content& model, std::string& text) : m_model(model), m_text(text) {}
 
     void vCell(const ifc::AttributeBase& cell, const schema::Attribute& attribute) {
         vVisitCell(cell, attribute.types.empty() ? nullptr : attribute.types.front(), *this);
     }
 
     void vNull(bool boDerived) { vItem(boDerived ? "*" : "$"); }
-    void vReal(double value) {
-        std::string sText = fmt::format("{}", value);
-        const std::size_t iExponent = std::min(sText.find('e'), sText.size());
-        if (iExponent < sText.size()) sText[iExponent] = 'E';
-        if (std::isfinite(value) && sText.find('.') == std::string::npos) sText.insert(iExponent, ".");
-        vItem(sText);
-    }
-    void vInteger(long long iValue) { vItem(fmt::to_string(iValue)); }
+    void vReal(double value) { vItem(sReal(value)); }
+    void vInteger(long long iValue) { vItem(std::to_string(iValue)); }
     void vBoolean(bool boValue) { vItem(boValue ? ".T." : ".F."); }
     void vLogical(LogicalValue value) {
         vItem(value == LogicalValue::False ? ".F." : value == LogicalValue::True ? ".T." : ".U.");
@@ -46,10 +60,13 @@ public:
         }
         vItem(sText + '\'');
     }
-    void vEnumerator(const char* pText) { vItem(pText ? fmt::format(".{}.", pText) : "(no enumerator)"); }
+    void vEnumerator(const char* pText) { vItem(pText ? '.' + std::string(pText) + '.' : "(no enumerator)"); }
     void vBinary(const unsigned char* pBytes, std::size_t iCount) {
         std::string sText = "\"";
-        for (std::size_t i = 0; i < iCount && i < g_iMostText; ++i) sText += fmt::format("{:02X}", pBytes[i]);
+        for (std::size_t i = 0; i < iCount && i < g_iMostText; ++i) {
+            constexpr char digits[] = "0123456789ABCDEF";
+            sText.append({digits[pBytes[i] >> 4], digits[pBytes[i] & 0xF]});
+        }
         vItem(sText + '"');
     }
     void vEntity(const ifc::Entity* pEntity) {
@@ -97,7 +114,7 @@ private:
         m_boComma = true;
     }
 
-    const ModelContent& m_model;
+    const Content& m_model;
     std::string& m_text;
     bool m_boComma = false;   // something stands before the next item
     bool m_boFull = false;
@@ -105,16 +122,16 @@ private:
 
 }   // namespace
 
-std::string sValueText(const ModelContent& model, const ifc::AttributeBase& cell, const schema::Attribute& attribute) {
+std::string sValueText(const Content& model, const ifc::AttributeBase& cell, const schema::Attribute& attribute) {
     std::string sText;
     TextVisitor(model, sText).vCell(cell, attribute);
     return sText;
 }
 
-std::string sReferenceText(const ModelContent& model, const ifc::Entity* pEntity) {
+std::string sReferenceText(const Content& model, const ifc::Entity* pEntity) {
     std::string sText;
     TextVisitor(model, sText).vEntity(pEntity);
     return sText;
 }
 
-}   // namespace oxa::tool
+}   // namespace oxa::compare

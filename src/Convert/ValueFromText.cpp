@@ -1,28 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "oxaifc/verbs/ValueText.h"
+#include "Convert/ValueFromText.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <optional>
 #include <set>
 #include <utility>
-#include <vector>
 
-#include <fmt/format.h>
-
+#include "Convert/EntityFromText.h"
+#include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/IfcNumbers.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
-#include "oxaifc/io/Failure.h"
-#include "oxaifc/io/NearNames.h"
-#include "oxaifc/io/Output.h"
-#include "oxaifc/verbs/Selection.h"
 #include "platform/String.h"
 
-namespace oxa::tool {
+namespace oxa::convert {
 
 namespace schema = ifc::def::schema;
 using ifc::types::IfcSelectBase;
@@ -30,8 +24,17 @@ using schema::DataKind;
 
 namespace {
 
-constexpr std::size_t g_iMostShown = 100;   // bytes of a value in a message
-constexpr std::size_t g_iMostNames = 20;    // types of a select in a message
+// What ends the reading of a text, wherever it stands.
+struct Refused {
+    Refusal refusal;
+};
+
+// "1,234 items".
+std::string sItems(std::size_t iCount) {
+    std::string sCount = std::to_string(iCount);
+    for (std::size_t i = sCount.size(); i > 3;) sCount.insert(i -= 3, ",");
+    return sCount + (iCount == 1 ? " item" : " items");
+}
 
 std::string_view trimmed(std::string_view text) {
     const std::size_t iFirst = text.find_first_not_of(' ');
@@ -44,7 +47,7 @@ bool boQuoted(std::string_view text) { return text.size() >= 2 && text.front() =
 // An enumerator, a truth value or a type's keyword, with or without dots: upper case, no dots.
 std::string sWord(std::string_view text) {
     if (text.size() > 2 && text.front() == '.' && text.back() == '.') text = text.substr(1, text.size() - 2);
-    return sUpper(text);
+    return schema::sUpper(text);
 }
 
 const schema::ObjectBase* pElementOf(const schema::ObjectBase* pObject) {
@@ -52,22 +55,28 @@ const schema::ObjectBase* pElementOf(const schema::ObjectBase* pObject) {
     return pDataType ? pDataType->pElementGet() : nullptr;
 }
 
+template <class Texts>
+std::vector<std::string> texts(const Texts& all) {
+    return {all.begin(), all.end()};
+}
+
 // What a type is, for messages.
 std::string sKind(const schema::ObjectBase* pObject) {
     std::string sType = schema::sTypeText(pObject);
     const schema::Type* pType = schema::pAsType(pObject);
     if (pType && pType->pDataType && pType->pDataType->kind < DataKind::Enumeration)
-        sType += fmt::format(" ({})", schema::sTypeText(pType->pDataType));
+        sType += " (" + schema::sTypeText(pType->pDataType) + ')';
     return sType;
 }
 
 // The readers of single values. "m_sWhere" begins all messages: type and name of the attribute.
 class Reader {
 public:
-    Reader(Model& model, std::string sWhere) : m_model(model), m_sWhere(std::move(sWhere)) {}
+    Reader(const ifc::Data& data, std::string sWhere) : m_data(data), m_sWhere(std::move(sWhere)) {}
 
-    [[noreturn]] void vRefuse(std::string_view value, std::string_view reason) const {
-        throw Failure(fmt::format("{}: {} {}", m_sWhere, sShortened(value, g_iMostShown), reason));
+    [[noreturn]] void vRefuse(std::string_view value, std::string sReason,
+                              Refusal::Why eWhy = Refusal::Why::Value) const {
+        throw Refused{{eWhy, m_sWhere, std::string(value), std::move(sReason)}};
     }
 
     double real(std::string_view text) const {
@@ -108,8 +117,9 @@ public:
         // The first of 22 characters stands for two bits only.
         if (!guid || guid->boIsNull() || ifc::IfcGuid::toIfcGuid(*guid) != sGuid)
             vRefuse(text, "is no GlobalId of 22 characters");
-        const ifc::Entity* pOther = pEntityFromGlobalId(m_model, *guid);
-        if (pOther && pOther != &entity) vRefuse(text, "is the GlobalId of " + sNumber(m_model, *pOther));
+        const ifc::Entity* pOther = pEntityFromGlobalId(m_data, *guid);
+        if (pOther && pOther != &entity)
+            vRefuse(text, "is the GlobalId of #" + std::to_string(m_data.iIdFromEntity(*pOther)));
         return *guid;
     }
     std::vector<unsigned char> bytes(std::string_view text) const {
@@ -126,17 +136,18 @@ public:
         const auto& enumeration = dynamic_cast<const schema::DataTypeEnum&>(type);
         const auto it = enumeration.items.find(std::string_view(sWord(text)));
         if (it == enumeration.items.end())
-            vRefuse(text, fmt::format("is no enumerator of {}; they are: {}", type.sName,
-                                      fmt::join(enumeration.declared, ", ")));
+            throw Refused{{Refusal::Why::Enumerator, m_sWhere, std::string(text), "is no enumerator of " + type.sName,
+                           type.sName, texts(enumeration.declared)}};
         return **it;
     }
     ifc::Entity* pEntity(std::string_view text, const schema::ObjectBase* pTarget) const {
-        if (!text.starts_with('#'))
-            vRefuse(text, fmt::format("is no {}, which is named by a number as #12", sKind(pTarget)));
-        ifc::Entity* pEntity = pEntityFromNumber(m_model, std::string(text));
+        if (!text.starts_with('#')) vRefuse(text, "is no " + sKind(pTarget) + ", which is named by a number as #12");
+        const std::optional<std::size_t> number = numberFromText(text);
+        if (!number) vRefuse(text, "is no number of an entity, as #12 is", Refusal::Why::Number);
+        ifc::Entity* pEntity = m_data.pEntityFromId(*number);
         if (!pEntity) vRefuse(text, "does not exist");
         if (!boFits(*pEntity->pSchemaEntity(), pTarget))
-            vRefuse(text, fmt::format("is an {}, no {}", pEntity->pSchemaEntity()->sName, sKind(pTarget)));
+            vRefuse(text, "is an " + pEntity->pSchemaEntity()->sName + ", no " + sKind(pTarget));
         return pEntity;
     }
     IfcSelectBase select(std::string_view text, const schema::ObjectBase* pSelect) const;
@@ -153,7 +164,7 @@ private:
     [[noreturn]] void vUntyped(std::string_view text, const schema::ObjectBase* pSelect) const;
     IfcSelectBase typedList(const schema::Type& type, std::string_view text) const;
 
-    Model& m_model;
+    const ifc::Data& m_data;
     std::string m_sWhere;
 };
 
@@ -173,20 +184,18 @@ void vTypeNames(const schema::ObjectBase* pSelect, std::vector<std::string_view>
 void Reader::vUntyped(std::string_view text, const schema::ObjectBase* pSelect) const {
     std::vector<std::string_view> names;
     vTypeNames(pSelect, names);
-    const std::string_view type = text.substr(0, std::min(text.find('('), text.size()));
-    if (names.empty()) vRefuse(text, fmt::format("is no {}, which is named by a number as #12", sKind(pSelect)));
-    const bool boTell = names.size() <= g_iMostNames || !nearNames(type, names).empty();
-    vRefuse(text, fmt::format("has no type of {} in front, as in {}(value); {}", sKind(pSelect), names.front(),
-                              boTell ? sNearText(type, names, "there are: ")
-                                     : fmt::format("oxaifc schema {} {} tells them", m_model.data().pSchema()->sName,
-                                                   schema::sTypeText(pSelect))));
+    if (names.empty()) vRefuse(text, "is no " + sKind(pSelect) + ", which is named by a number as #12");
+    const std::string sReason =
+        "has no type of " + sKind(pSelect) + " in front, as in " + std::string(names.front()) + "(value)";
+    throw Refused{
+        {Refusal::Why::SelectType, m_sWhere, std::string(text), sReason, schema::sTypeText(pSelect), texts(names)}};
 }
 
 IfcSelectBase Reader::select(std::string_view text, const schema::ObjectBase* pSelect) const {
     if (text.starts_with('#')) return IfcSelectBase(pEntity(text, pSelect));
     const std::size_t iOpen = text.find('(');
     if (iOpen == std::string_view::npos || !text.ends_with(')')) vUntyped(text, pSelect);
-    const ifc::def::SchemaPset* pSchema = m_model.data().pSchema();
+    const ifc::def::SchemaPset* pSchema = m_data.pSchema();
     const schema::Type* pType = schema::pAsType(pSchema->pObjectFromName(trimmed(text.substr(0, iOpen))));
     const auto* pMembers = dynamic_cast<const schema::DataTypeSelect*>(schema::pDataTypeOf(pSelect));
     if (!pType || !pType->pDataType || !pMembers || !pMembers->isCompatible(*pType)) vUntyped(text, pSelect);
@@ -202,7 +211,7 @@ IfcSelectBase Reader::select(std::string_view text, const schema::ObjectBase* pS
     case DataKind::Array:
     case DataKind::List:
     case DataKind::Set: return typedList(*pType, inside);
-    default: vRefuse(text, fmt::format("can't be set: {} is {}", pType->sName, schema::sTypeText(pType->pDataType)));
+    default: vRefuse(text, "can't be set: " + pType->sName + " is " + schema::sTypeText(pType->pDataType));
     }
 }
 
@@ -241,12 +250,12 @@ void Reader::vCountCheck(std::string_view text, std::size_t iCount, const schema
     const long long iLeast = boArray ? 1LL + *upper - *lower : *lower;
     const long long iMost = boArray ? iLeast : upper ? *upper : std::numeric_limits<long long>::max();
     if (iItems < iLeast || iItems > iMost)
-        vRefuse(text, fmt::format("has {}; its type is {}", sCounted(iCount, "item"), schema::sTypeText(pType)));
+        vRefuse(text, "has " + sItems(iCount) + "; its type is " + schema::sTypeText(pType));
 }
 
 std::vector<std::string_view> Reader::items(std::string_view text, const schema::ObjectBase* pAggregate) const {
     if (!text.starts_with('(') || !text.ends_with(')') || text.size() < 2)
-        vRefuse(text, fmt::format("is no {}, which is written (a,b,c)", sKind(pAggregate)));
+        vRefuse(text, "is no " + sKind(pAggregate) + ", which is written (a,b,c)");
     const std::string_view inside = text.substr(1, text.size() - 2);
     std::vector<std::string_view> result;
     bool boInQuotes = false;
@@ -271,20 +280,20 @@ std::vector<std::string_view> Reader::items(std::string_view text, const schema:
 // Stores one value by the kind of the attribute.
 class Setter {
 public:
-    Setter(Model& model, ifc::Entity& entity, const schema::Attribute& attribute)
-        : m_data(model.file().dataBase()),
+    Setter(ifc::Data& data, ifc::Entity& entity, const schema::Attribute& attribute)
+        : m_data(data),
           m_entity(entity),
           m_attribute(attribute),
           m_name(attribute),
           m_pType(attribute.types.empty() ? nullptr : attribute.types.front()),
-          m_sWhere(fmt::format("{}.{}", entity.schemaEntity().sName, attribute.sName)),
-          m_reader(model, m_sWhere) {}
+          m_reader(data, entity.schemaEntity().sName + '.' + attribute.sName) {}
 
     void vSet(std::string_view value) {
-        if (m_entity.boIsDerived(m_name)) throw Failure(fmt::format("{} is derived from other attributes", m_sWhere));
-        if (value == "$" && !m_attribute.boOptional) throw Failure(fmt::format("{} is mandatory", m_sWhere));
+        if (m_entity.boIsDerived(m_name))
+            m_reader.vRefuse(value, "is derived from other attributes", Refusal::Why::Fixed);
+        if (value == "$" && !m_attribute.boOptional) m_reader.vRefuse(value, "is mandatory", Refusal::Why::Fixed);
         const bool boDone = value == "$" ? m_entity.boUndefinedSet(m_name, true) : boSet(value);
-        if (!boDone) m_reader.vRefuse(value, fmt::format("can't be set: its type is {}", sKind(m_pType)));
+        if (!boDone) m_reader.vRefuse(value, "can't be set: its type is " + sKind(m_pType));
     }
 
 private:
@@ -398,24 +407,30 @@ private:
     const schema::Attribute& m_attribute;
     schema::AttributeName m_name;
     const schema::ObjectBase* m_pType;
-    std::string m_sWhere;
     Reader m_reader;
 };
 
-const schema::Attribute& attributeFromName(const schema::Entity& type, const std::string& sName) {
-    std::vector<std::string_view> names;
+const schema::Attribute& attributeFromName(const schema::Entity& type, std::string_view name) {
+    std::vector<std::string> names;
+    const std::string sWanted = schema::sUpper(name);
     for (const schema::Attribute* pAttribute : type.allAttributes()) {
-        if (sUpper(pAttribute->sName) == sUpper(sName)) return *pAttribute;
+        if (schema::sUpper(pAttribute->sName) == sWanted) return *pAttribute;
         names.push_back(pAttribute->sName);
     }
-    throw Failure(fmt::format("{} has no attribute {}{}", type.sName, sPrintable(sName),
-                              names.empty() ? "" : "; " + sNearText(sName, names, "there are: ")));
+    throw Refused{
+        {Refusal::Why::Attribute, type.sName, std::string(name), "is none of its attributes", {}, std::move(names)}};
 }
 
 }   // namespace
 
-void vAttributeSet(Model& model, ifc::Entity& entity, const std::string& sName, std::string_view value) {
-    Setter(model, entity, attributeFromName(entity.schemaEntity(), sName)).vSet(value);
+std::optional<Refusal> setFromText(ifc::Data& data, ifc::Entity& entity, std::string_view sName,
+                                   std::string_view text) {
+    try {
+        Setter(data, entity, attributeFromName(entity.schemaEntity(), sName)).vSet(text);
+        return std::nullopt;
+    } catch (Refused& refused) {
+        return std::move(refused.refusal);
+    }
 }
 
-}   // namespace oxa::tool
+}   // namespace oxa::convert

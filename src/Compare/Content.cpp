@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "oxaifc/verbs/ModelContent.h"
+#include "Compare/Content.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <limits>
 
-#include "oxaifc/verbs/CellVisit.h"
+#include "Compare/CellVisit.h"
 
-namespace oxa::tool {
+namespace oxa::compare {
 
 namespace schema = ifc::def::schema;
 
@@ -121,39 +121,40 @@ void ContentHash::vAdd(const ContentHash& hash) noexcept {
 }
 
 // The order of values is their order in the text; those of a set come sorted.
-class ModelContent::HashVisitor {
+class Content::HashVisitor {
 public:
     // Without contents all references are alike.
-    HashVisitor(const ModelContent& model, const Contents* pContents) : m_model(model), m_pContents(pContents) {}
+    HashVisitor(const Content& model, const Contents* pContents) : m_model(model), m_pContents(pContents) {}
     [[nodiscard]] const ContentHash& hash() const noexcept { return m_hashes.back(); }
 
-    void vNull(bool boDerived) { m_hashes.push_back(tool::hashOf(boDerived ? Mark::Derived : Mark::Undefined)); }
+    void vNull(bool boDerived) { m_hashes.push_back(compare::hashOf(boDerived ? Mark::Derived : Mark::Undefined)); }
     void vReal(double value) {
         if (value == 0.0) value = 0.0;   // the one without a sign
         if (value != value) value = std::numeric_limits<double>::quiet_NaN();
-        m_hashes.push_back(tool::hashOf(Mark::Real, std::bit_cast<std::uint64_t>(value)));
+        m_hashes.push_back(compare::hashOf(Mark::Real, std::bit_cast<std::uint64_t>(value)));
     }
     void vInteger(long long iValue) {
-        m_hashes.push_back(tool::hashOf(Mark::Integer, static_cast<std::uint64_t>(iValue)));
+        m_hashes.push_back(compare::hashOf(Mark::Integer, static_cast<std::uint64_t>(iValue)));
     }
-    void vBoolean(bool boValue) { m_hashes.push_back(tool::hashOf(Mark::Boolean, std::uint64_t{boValue})); }
+    void vBoolean(bool boValue) { m_hashes.push_back(compare::hashOf(Mark::Boolean, std::uint64_t{boValue})); }
     void vLogical(LogicalValue value) {
-        m_hashes.push_back(tool::hashOf(Mark::Logical, static_cast<std::uint64_t>(value)));
+        m_hashes.push_back(compare::hashOf(Mark::Logical, static_cast<std::uint64_t>(value)));
     }
-    void vGuid(const Guid& guid) { m_hashes.push_back(tool::hashOf(guid)); }
+    void vGuid(const Guid& guid) { m_hashes.push_back(compare::hashOf(guid)); }
     void vText(const char* pText) {
-        m_hashes.push_back(pText ? tool::hashOf(Mark::Text, std::string_view(pText)) : tool::hashOf(Mark::NoText));
+        m_hashes.push_back(pText ? compare::hashOf(Mark::Text, std::string_view(pText))
+                                 : compare::hashOf(Mark::NoText));
     }
     void vEnumerator(const char* pText) {
-        m_hashes.push_back(pText ? tool::hashOf(Mark::Enumerator, std::string_view(pText))
-                                 : tool::hashOf(Mark::NoText));
+        m_hashes.push_back(pText ? compare::hashOf(Mark::Enumerator, std::string_view(pText))
+                                 : compare::hashOf(Mark::NoText));
     }
     void vBinary(const unsigned char* pBytes, std::size_t iCount) {
-        m_hashes.push_back(
-            tool::hashOf(Mark::Binary, std::string_view(reinterpret_cast<const char*>(pBytes), pBytes ? iCount : 0)));
+        m_hashes.push_back(compare::hashOf(
+            Mark::Binary, std::string_view(reinterpret_cast<const char*>(pBytes), pBytes ? iCount : 0)));
     }
     void vEntity(const ifc::Entity* pEntity) {
-        m_hashes.push_back(m_pContents ? m_model.hashOf(pEntity, *m_pContents) : tool::hashOf(Mark::Reference));
+        m_hashes.push_back(m_pContents ? m_model.hashOf(pEntity, *m_pContents) : compare::hashOf(Mark::Reference));
     }
     void vListBegin(bool boSet) { m_lists.push_back({m_hashes.size(), boSet}); }
     void vListEnd() {
@@ -161,27 +162,27 @@ public:
         m_lists.pop_back();
         const auto itFirst = m_hashes.begin() + static_cast<std::ptrdiff_t>(iFirst);
         if (boSet) std::sort(itFirst, m_hashes.end());
-        ContentHash hash = tool::hashOf(boSet ? Mark::Set : Mark::List, std::uint64_t{m_hashes.size() - iFirst});
+        ContentHash hash = compare::hashOf(boSet ? Mark::Set : Mark::List, std::uint64_t{m_hashes.size() - iFirst});
         for (auto it = itFirst; it != m_hashes.end(); ++it) hash.vAdd(*it);
         m_hashes.erase(itFirst, m_hashes.end());
         m_hashes.push_back(hash);
     }
     void vTypeBegin(const schema::Type& type) {
-        m_hashes.push_back(tool::hashOf(Mark::Type, std::string_view(type.sNameUpper)));
+        m_hashes.push_back(compare::hashOf(Mark::Type, std::string_view(type.sNameUpper)));
     }
     void vTypeEnd() {
         const ContentHash value = m_hashes.back();
         m_hashes.pop_back();
         m_hashes.back().vAdd(value);
     }
-    void vNothing() { m_hashes.push_back(tool::hashOf(Mark::Nothing)); }
+    void vNothing() { m_hashes.push_back(compare::hashOf(Mark::Nothing)); }
 
 private:
     struct List {
         std::size_t iFirst;   // of its items in m_hashes
         bool boSet;
     };
-    const ModelContent& m_model;
+    const Content& m_model;
     const Contents* m_pContents;
     std::vector<ContentHash> m_hashes;   // of what is open
     std::vector<List> m_lists;
@@ -189,9 +190,9 @@ private:
 
 // The strongly connected components of the entities without GlobalId, each behind all that its members lead to
 // (R. Tarjan, 1972), with a stack of its own.
-class ModelContent::Components {
+class Content::Components {
 public:
-    explicit Components(const ModelContent& model)
+    explicit Components(const Content& model)
         : m_model(model),
           m_order(model.iCount()),
           m_low(model.iCount()),
@@ -244,7 +245,7 @@ private:
         } while (members.back() != iFirst);
     }
 
-    const ModelContent& m_model;
+    const Content& m_model;
     std::vector<Index> m_order;   // when an entity was met, from 1
     std::vector<Index> m_low;     // the earliest that it leads back to
     std::vector<Index> m_of;
@@ -254,13 +255,13 @@ private:
     Index m_iNext = 0;
 };
 
-ModelContent::ModelContent(const ifc::Data& data, const std::unordered_set<const ifc::Entity*>& withoutGuid) {
+Content::Content(const ifc::Data& data, const std::unordered_set<const ifc::Entity*>& withoutGuid) {
     for (const ifc::Entity* pEntity : data.entities()) {
         if (!pEntity->pSchemaEntity()) continue;
         m_indices.emplace(pEntity, static_cast<Index>(m_entities.size()));
         m_entities.push_back(pEntity);
         m_guids.push_back(withoutGuid.contains(pEntity) ? std::nullopt : guidOf(*pEntity));
-        m_contents.push_back(m_guids.back() ? tool::hashOf(*m_guids.back()) : ContentHash());
+        m_contents.push_back(m_guids.back() ? compare::hashOf(*m_guids.back()) : ContentHash());
     }
     vTargetsGather();
     vReachedSettle();
@@ -270,11 +271,12 @@ ModelContent::ModelContent(const ifc::Data& data, const std::unordered_set<const
     m_outsides = m_contents;
     for (Index i = 0; i < iCount(); ++i)
         if (m_reached[i] && !m_guids[i])
-            m_outsides[i] = tool::hashOf(Mark::Reference, std::string_view(m_entities[i]->pSchemaEntity()->sNameUpper));
+            m_outsides[i] =
+                compare::hashOf(Mark::Reference, std::string_view(m_entities[i]->pSchemaEntity()->sNameUpper));
     vContentsSettle(components, m_outsides, [this](Index i) { return !m_reached[i]; });
 }
 
-void ModelContent::vTargetsGather() {
+void Content::vTargetsGather() {
     std::vector<const ifc::Entity*> targets;
     TargetVisitor visitor{targets};
     for (const ifc::Entity* pEntity : m_entities) {
@@ -291,7 +293,7 @@ void ModelContent::vTargetsGather() {
 }
 
 template <class Wanted>
-void ModelContent::vContentsSettle(const Components& components, Contents& contents, Wanted&& boWanted) const {
+void Content::vContentsSettle(const Components& components, Contents& contents, Wanted&& boWanted) const {
     for (const std::vector<Index>& members : components.all()) {
         const Index i = members.front();
         if (!boWanted(i)) continue;
@@ -305,10 +307,10 @@ void ModelContent::vContentsSettle(const Components& components, Contents& conte
 }
 
 // From one round to the next each member sees one reference further, until no two differ that were alike before.
-void ModelContent::vCycleSettle(const std::vector<Index>& members, Contents& contents) const {
+void Content::vCycleSettle(const std::vector<Index>& members, Contents& contents) const {
     Contents views(members.size());
     Contents different;   // views, each once, ascending
-    for (const Index i : members) contents[i] = tool::hashOf(Mark::Cycle);
+    for (const Index i : members) contents[i] = compare::hashOf(Mark::Cycle);
     for (int iRound = 0; iRound < g_iRounds; ++iRound) {
         for (std::size_t k = 0; k < members.size(); ++k) views[k] = attributes(members[k], contents);
         for (std::size_t k = 0; k < members.size(); ++k) contents[members[k]] = views[k];
@@ -324,7 +326,7 @@ void ModelContent::vCycleSettle(const std::vector<Index>& members, Contents& con
     for (const Index i : members) contents[i].vAdd(all);
 }
 
-void ModelContent::vReachedSettle() {
+void Content::vReachedSettle() {
     m_reached.resize(iCount());
     std::vector<Index> open;
     for (Index i = 0; i < iCount(); ++i)
@@ -343,7 +345,7 @@ void ModelContent::vReachedSettle() {
     }
 }
 
-void ModelContent::vApartSettle(const Components& components) {
+void Content::vApartSettle(const Components& components) {
     std::vector<bool> named(components.all().size());   // components that others refer to
     for (Index i = 0; i < iCount(); ++i)
         for (std::size_t k = m_firstTarget[i]; k < m_firstTarget[i + 1]; ++k) {
@@ -354,7 +356,7 @@ void ModelContent::vApartSettle(const Components& components) {
     for (Index i = 0; i < iCount(); ++i) m_apart[i] = !m_reached[i] && !named[components.of(i)];
 }
 
-std::vector<ModelContent::Index> ModelContent::borders(Index iFirst) const {
+std::vector<Content::Index> Content::borders(Index iFirst) const {
     std::vector<Index> borders;
     std::vector<Index> open{iFirst};
     std::unordered_set<Index> seen{iFirst};
@@ -373,20 +375,20 @@ std::vector<ModelContent::Index> ModelContent::borders(Index iFirst) const {
     return borders;
 }
 
-const Guid* ModelContent::pGuid(const ifc::Entity& entity) const noexcept {
+const Guid* Content::pGuid(const ifc::Entity& entity) const noexcept {
     const auto it = m_indices.find(&entity);
     return it == m_indices.end() ? nullptr : pGuid(it->second);
 }
 
-ContentHash ModelContent::hashOf(const ifc::Entity* pEntity, const Contents& contents) const noexcept {
-    if (!pEntity) return tool::hashOf(Mark::NoReference);
+ContentHash Content::hashOf(const ifc::Entity* pEntity, const Contents& contents) const noexcept {
+    if (!pEntity) return compare::hashOf(Mark::NoReference);
     const auto it = m_indices.find(pEntity);
-    return it == m_indices.end() ? tool::hashOf(Mark::NotInFile) : contents[it->second];
+    return it == m_indices.end() ? compare::hashOf(Mark::NotInFile) : contents[it->second];
 }
 
-ContentHash ModelContent::attributes(Index i, const Contents& contents) const {
+ContentHash Content::attributes(Index i, const Contents& contents) const {
     const ifc::Entity& entity = *m_entities[i];
-    ContentHash hash = tool::hashOf(Mark::Entity, std::string_view(entity.pSchemaEntity()->sNameUpper));
+    ContentHash hash = compare::hashOf(Mark::Entity, std::string_view(entity.pSchemaEntity()->sNameUpper));
     entity.boForEachAttribute([&](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
         // What an entity without GlobalId has there is none of the file's.
         const bool boGuid = ifc::AttributeBase::cellClass(pTypeOf(attribute), attribute) == ifc::CellClass::Guid;
@@ -400,11 +402,11 @@ ContentHash ModelContent::attributes(Index i, const Contents& contents) const {
     return hash;
 }
 
-ContentHash ModelContent::value(const ifc::AttributeBase& cell, const schema::Attribute& attribute,
-                                bool boReferences) const {
+ContentHash Content::value(const ifc::AttributeBase& cell, const schema::Attribute& attribute,
+                           bool boReferences) const {
     HashVisitor visitor(*this, boReferences ? &m_contents : nullptr);
     vVisitCell(cell, pTypeOf(attribute), visitor);
     return visitor.hash();
 }
 
-}   // namespace oxa::tool
+}   // namespace oxa::compare

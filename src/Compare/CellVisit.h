@@ -19,7 +19,7 @@
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileEntity.h"
 
-namespace oxa::tool {
+namespace oxa::compare {
 
 template <class Visitor>
 class CellVisit {
@@ -122,4 +122,4 @@ void vVisitCell(const ifc::AttributeBase& cell, const ifc::def::schema::ObjectBa
     CellVisit<Visitor>(visitor).vCell(cell, pObject);
 }
 
-}   // namespace oxa::tool
+}   // namespace oxa::compare

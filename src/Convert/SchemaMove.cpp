@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "oxaifc/verbs/SchemaMove.h"
+#include "Convert/SchemaMove.h"
 
 #include <cstring>
 #include <map>
@@ -12,7 +12,7 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 
-namespace oxa::tool {
+namespace oxa::convert {
 
 namespace schema = ifc::def::schema;
 
@@ -275,9 +275,9 @@ private:
 
 }   // namespace
 
-SchemaMove schemaMove(ifc::FileBase& file, const ifc::def::SchemaPset& target) {
+SchemaMove moveToSchema(ifc::FileBase& file, const ifc::def::SchemaPset& target) {
     if (!file.dataBase().pSchema() || file.dataBase().pSchema() == &target) return {};
     return Mover(file, target).run();
 }
 
-}   // namespace oxa::tool
+}   // namespace oxa::convert

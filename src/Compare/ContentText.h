@@ -10,14 +10,14 @@
 #include <cstddef>
 #include <string>
 
-#include "oxaifc/verbs/ModelContent.h"
+#include "Compare/Content.h"
 
-namespace oxa::tool {
+namespace oxa::compare {
 
 inline constexpr std::size_t g_iMostText = 64 * 1024;
 
-[[nodiscard]] std::string sValueText(const ModelContent& model, const ifc::AttributeBase& cell,
+[[nodiscard]] std::string sValueText(const Content& model, const ifc::AttributeBase& cell,
                                      const ifc::def::schema::Attribute& attribute);
-[[nodiscard]] std::string sReferenceText(const ModelContent& model, const ifc::Entity* pEntity);
+[[nodiscard]] std::string sReferenceText(const Content& model, const ifc::Entity* pEntity);
 
-}   // namespace oxa::tool
+}   // namespace oxa::compare
