@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileEntity.h"
 
 namespace oxa::convert {
@@ -15,6 +16,37 @@ namespace {
 
 // From an entity of the source to its copy.
 using Copies = std::unordered_map<const ifc::Entity*, ifc::Entity*>;
+
+// Tells every entity that a cell names.
+template <class Meet>
+struct References {
+    Meet& vMeet;
+
+    void operator()(const ifc::AttributeBase&) {}
+    void operator()(const ifc::AttributeEntity& cell) {
+        if (cell.boHasValue()) vMeet(cell.m_value);
+    }
+    void operator()(const ifc::AttributeSelect& cell) {
+        if (cell.boHasValue()) ifc::visitSelected(cell, *this);
+    }
+    void operator()(const ifc::AttributeList& cell) {
+        if (cell.boHasValue()) ifc::visitItems(cell, *this);
+    }
+    void operator()(const ifc::EntityList* pEntities) {
+        if (!pEntities) return;
+        for (const ifc::Entity* pEntity : *pEntities) vMeet(pEntity);
+    }
+    void operator()(const ifc::Array<ifc::AttributeSelect>* pItems) { vEach(pItems); }
+    void operator()(const ifc::Array<ifc::AttributeList>* pRows) { vEach(pRows); }
+    void operator()(ifc::AnyItems) {}
+
+private:
+    template <class Items>
+    void vEach(const Items* pItems) {
+        if (!pItems) return;
+        for (const auto& item : *pItems) (*this)(item);
+    }
+};
 
 // The values of one entity; the count of what did not arrive.
 std::size_t iValuesCopy(const ifc::Entity& source, ifc::Entity& copy, const Copies& copies, ifc::Data& data) {
@@ -45,15 +77,13 @@ std::vector<const ifc::Entity*> reached(const ifc::Entity& root) {
     const auto vMeet = [&](const ifc::Entity* pEntity) {
         if (pEntity && pEntity->pSchemaEntity() && seen.insert(pEntity).second) found.push_back(pEntity);
     };
+    References<decltype(vMeet)> references{vMeet};
     vMeet(&root);
     for (std::size_t i = 0; i < found.size(); ++i) {
         const ifc::Entity& entity = *found[i];
         entity.boForEachAttribute([&](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
-            const auto boNext = [&](ifc::Entity*& pEntity) {
-                vMeet(pEntity);
-                return true;
-            };
-            (void)ifc::AttributeBase::boForEach<ifc::Entity*>(cell, attribute, boNext, true, true);
+            const schema::ObjectBase* const pType = attribute.types.empty() ? nullptr : attribute.types.front();
+            ifc::visitCell(cell, ifc::AttributeBase::cellClass(pType, attribute), references);
             return false;
         });
         entity.boForEachInverseAttribute([&](const schema::AttributeInverse&, const ifc::EntityList& referrers) {

@@ -27,7 +27,10 @@ constexpr const char* g_pModel = "#10=IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,'A',$,$
                                  "#50=IFCBSPLINESURFACEWITHKNOTS(1,1,((#42,#51),(#51,#42)),.UNSPECIFIED.,.F.,.F.,.U.,"
                                  "(2,2),(2,2),(0.,1.),(0.,1.),.UNSPECIFIED.);\n"
                                  "#51=IFCCARTESIANPOINT((3.,4.,5.));\n"
-                                 "#70=IFCMATERIAL('Oak',$,$);\n";
+                                 "#70=IFCMATERIAL('Oak',$,$);\n"
+                                 "#80=IFCPROPERTYSINGLEVALUE('p',$,IFCLABEL('x'),#81);\n"
+                                 "#81=IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.);\n"
+                                 "#82=IFCUNITASSIGNMENT((#81));\n";
 
 struct Row {
     const char* pRule;
@@ -42,6 +45,9 @@ TEST(Extract, ReachesOverReferencesAndInverseLists) {
         {"from a property set back to the wall", 31, {10, 30, 31, 32, 40, 41, 42}},
         {"nothing leads back from a placement's point", 42, {42}},
         {"an entity on its own", 70, {70}},
+        {"over a select", 80, {80, 81}},
+        {"over a list of selects", 82, {81, 82}},
+        {"over rows", 50, {42, 50, 51}},
     };
     // clang-format on
     StatementModel model(g_pModel);
