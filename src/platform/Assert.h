@@ -2,7 +2,7 @@
 // Assert: the service that hears of a caller's mistake.
 //
 // For      telling the developer of the host application; an assertion never stops the program.
-// Usage    if (Assert::isEnabled()) Assert::addAssert(source, function, text, __LINE__);
+// Usage    Assert::vTell("Format/Ifc/IfcFileEntity", "oxa::ifc::Entity::sanityCheck", "Missing schema entity");
 //          then go on harmlessly.
 // Not for  bad input, which is reported to the caller, and inside faults, which are exceptions.
 // Threads  any number at once. A thread's own handler goes before the global one.
@@ -53,6 +53,13 @@ private:
 
 class OXA_PLATFORM_API Assert {
 public:
+    // addAssert with the line of the call, if assertions are on. What it costs to find the fault or its text out is
+    // the caller's to spare: "if (Assert::isEnabled() && ...)".
+    static void vTell(std::string_view source, std::string_view function, std::string_view text,
+                      int iLine = __builtin_LINE()) {
+        if (isEnabled()) addAssert(source, function, text, iLine);
+    }
+
     // On in debug builds, off in others, unless set. Asked by the caller: addAssert does not look at it.
     [[nodiscard]] static bool isEnabled() noexcept { return g_boEnabled.load(std::memory_order_relaxed); }
     static void setEnabled(bool boEnabled) noexcept { g_boEnabled.store(boEnabled, std::memory_order_relaxed); }

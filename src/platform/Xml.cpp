@@ -70,7 +70,7 @@ std::string sHeld(std::string_view text) {
 
 bool boNameCheck(std::string_view name, const char* sFunction) {
     if (details::boIsName(name)) return true;
-    if (Assert::isEnabled()) Assert::addAssert("platform/Xml", sFunction, "No name of XML", __LINE__);
+    Assert::vTell("platform/Xml", sFunction, "No name of XML");
     return false;
 }
 

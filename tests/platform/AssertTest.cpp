@@ -61,6 +61,22 @@ TEST_F(AssertService, HandsOnWhatItWasGiven) {
     EXPECT_EQ(sAll, "Format/Ifc/IfcFileEntity|Entity::boValueSet|out of range|81");
 }
 
+TEST_F(AssertService, TellsWithTheLineOfTheCallWhileOn) {
+    std::string sAll;
+    Assert::setHandler([&sAll](const AssertInfo& info) {
+        sAll += std::string(info.source) + '|' + std::string(info.function) + '|' + std::string(info.text) + '|' +
+                std::to_string(info.iLine) + '\n';
+    });
+    Assert::setEnabled(false);
+    Assert::vTell("unit", "Class::vCall", "not heard");
+    EXPECT_EQ(sAll, "");
+    Assert::setEnabled(true);
+    const int iLine = __LINE__ + 1;
+    Assert::vTell("unit", "Class::vCall", "heard");
+    Assert::vTell("unit", "Class::vCall", "of another line", 81);
+    EXPECT_EQ(sAll, "unit|Class::vCall|heard|" + std::to_string(iLine) + "\nunit|Class::vCall|of another line|81\n");
+}
+
 TEST_F(AssertService, WritesOneLineWithoutAHandler) {
     struct Row {
         const char* sRule;

@@ -18,9 +18,8 @@ ThreadedLoop::~ThreadedLoop() { vStop(); }
 void ThreadedLoop::perform(std::function<void()> first, std::function<bool()> function, int iIntervalMs,
                            Options options) {
     if (!function) {
-        if (Assert::isEnabled())
-            Assert::addAssert("Core/Utilities/Threads/ThreadedLoop", "oxa::util::ThreadedLoop::perform",
-                              "Assert: Function is empty", __LINE__);
+        Assert::vTell("Core/Utilities/Threads/ThreadedLoop", "oxa::util::ThreadedLoop::perform",
+                      "Assert: Function is empty");
         return;
     }
     vStop();

@@ -13,7 +13,7 @@ namespace oxa::ifc {
 
 // An aggregate that can't be walked, told to the caller's developer.
 inline void vListWalkRefuse(const char* sFunction, const char* sText) {
-    if (Assert::isEnabled()) Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, sText, __LINE__);
+    Assert::vTell("Format/Ifc/IfcFileAttribute", sFunction, sText);
 }
 
 // Calls visit(Entity*) for each item of a list, null items included.

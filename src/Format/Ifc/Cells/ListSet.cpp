@@ -28,7 +28,7 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 
 bool boRefuse(const char* sFunction, const char* sText) {
-    if (Assert::isEnabled()) Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, sText, __LINE__);
+    Assert::vTell("Format/Ifc/IfcFileAttribute", sFunction, sText);
     return false;
 }
 
@@ -66,8 +66,7 @@ char* pTextCopy(std::string_view text, Pool& pool) {
 
 void vUtf8Check(std::string_view text) {
     if (Assert::isEnabled() && !str::boIsValidUtf8(text))
-        Assert::addAssert("Format/Ifc/IfcFileAttribute", "oxa::ifc::Array<char *>::boValueSet", "Not a valid string",
-                          __LINE__);
+        Assert::vTell("Format/Ifc/IfcFileAttribute", "oxa::ifc::Array<char *>::boValueSet", "Not a valid string");
 }
 
 }   // namespace

@@ -18,8 +18,7 @@ void AttributeString::vStore(const char* text, std::size_t size, Pool& pool) {
 
 bool AttributeString::boValueSet(const char* text, std::size_t size, Pool& pool) {
     if (Assert::isEnabled() && !str::boIsValidUtf8({text, size ? size - 1 : 0}))
-        Assert::addAssert("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeString::boValueSet", "Not a valid string",
-                          __LINE__);
+        Assert::vTell("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeString::boValueSet", "Not a valid string");
     vStore(text, size, pool);
     return true;
 }

@@ -42,9 +42,7 @@ IfcSelectBase::~IfcSelectBase() { vClear(); }
 
 void IfcSelectBase::vClear() noexcept {
     const auto check = [](bool boHolds, const char* sText) {
-        if (!boHolds && Assert::isEnabled())
-            Assert::addAssert("Format/Ifc/IfcTypeSelectBase", "oxa::ifc::types::IfcSelectBase::vClear", sText,
-                              __LINE__);
+        if (!boHolds) Assert::vTell("Format/Ifc/IfcTypeSelectBase", "oxa::ifc::types::IfcSelectBase::vClear", sText);
     };
     if (m_pTypeInfo && *m_pTypeInfo == typeid(std::string)) {
         check(m_uValue.pString, "!(*m_pTypeInfo == typeid(std::string) && m_uValue.pString == nullptr)");

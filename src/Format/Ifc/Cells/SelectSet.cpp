@@ -22,7 +22,7 @@ using types::IfcSelectBase;
 namespace {
 
 bool boNotImplemented(const char* sFunction) {
-    if (Assert::isEnabled()) Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented", __LINE__);
+    Assert::vTell("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented");
     return false;
 }
 

@@ -302,9 +302,8 @@ std::string FileHeader::writeToString() const {
 datetime::DateTime FileHeader::getCreatedTimestamp() const {
     const auto created = datetime::DateTimeFormat(datetime::SpecialFormat::IsoParse).fromString(name.timeStamp);
     if (created) return *created;
-    if (Assert::isEnabled())
-        Assert::addAssert("Format/Ifc/IfcFileHeader", "oxa::ifc::FileHeader::getCreatedTimestamp",
-                          "Not able to read timestamp from ifc file header", __LINE__);
+    Assert::vTell("Format/Ifc/IfcFileHeader", "oxa::ifc::FileHeader::getCreatedTimestamp",
+                  "Not able to read timestamp from ifc file header");
     return datetime::DateTime::null();
 }
 

@@ -56,9 +56,9 @@ bool FileHeaderSimple::boWrite(std::ostream& out, io::WriteError&) const {
         out << std::to_string(*pRootId) << ';' << std::endl;   // whatever digit grouping the stream is set to
     } else if (const auto* const pWhole = std::get_if<std::int32_t>(&exportInfo); pWhole && *pWhole == WholeData) {
         out << "*;" << std::endl;
-    } else if (Assert::isEnabled()) {
-        Assert::addAssert("Format/Ifc/IfcFileHeaderSimple", "oxa::ifc::FileHeaderSimple::boWrite",
-                          "Export information wasn't set.", __LINE__);
+    } else {
+        Assert::vTell("Format/Ifc/IfcFileHeaderSimple", "oxa::ifc::FileHeaderSimple::boWrite",
+                      "Export information wasn't set.");
     }
     return true;
 }

@@ -25,10 +25,8 @@ bool AttributeListValueBase::boInitTypeFromAttribute(const ObjectBase* pObject) 
     }
     const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pElement);
     if (!pDataType) {
-        if (Assert::isEnabled())
-            Assert::addAssert("Format/Ifc/IfcFileAttribute",
-                              "oxa::ifc::AttributeListValueBase::boInitTypeFromAttribute", "pDataTypeBase != nullptr",
-                              __LINE__);
+        Assert::vTell("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeListValueBase::boInitTypeFromAttribute",
+                      "pDataTypeBase != nullptr");
         return false;
     }
     switch (pDataType->kind) {

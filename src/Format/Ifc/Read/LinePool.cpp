@@ -150,9 +150,8 @@ void IfcLineReadThreadPool::vWorkersEnd() {
 
 void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine) {
     if (!m_boActive) {
-        if (Assert::isEnabled())
-            Assert::addAssert("Format/Ifc/IfcLineReadThreadPool", "oxa::ifc::io::IfcLineReadThreadPool::addLineToQueue",
-                              "Thread pool is not active", __LINE__);
+        Assert::vTell("Format/Ifc/IfcLineReadThreadPool", "oxa::ifc::io::IfcLineReadThreadPool::addLineToQueue",
+                      "Thread pool is not active");
         return;
     }
     if (m_workers.empty()) vStart();

@@ -221,9 +221,8 @@ struct EntityComparison {
             return boItems(std::type_identity<AttributeList>(),
                            [this](const auto& left, const auto& right) { return boLists(left, right, true); });
         default:
-            if (Assert::isEnabled())
-                Assert::addAssert("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeListValueBase::boIsEqual",
-                                  "Not implemented", __LINE__);
+            Assert::vTell("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeListValueBase::boIsEqual",
+                          "Not implemented");
             return false;
         }
     }

@@ -25,7 +25,7 @@ namespace {
 constexpr char g_sListCopy[] = "oxa::ifc::AttributeListValueBase::copyTo";
 
 bool boRefuse(const char* sText) {
-    if (Assert::isEnabled()) Assert::addAssert("Format/Ifc/IfcFileAttribute", g_sListCopy, sText, __LINE__);
+    Assert::vTell("Format/Ifc/IfcFileAttribute", g_sListCopy, sText);
     return false;
 }
 

@@ -137,8 +137,7 @@ Entity* Data::pEntityFromId(std::size_t iId) const {
 
 void Data::vDebugMessage(Data*, const char* text) {
     std::fputs(text, stderr);
-    if (Assert::isEnabled())
-        Assert::addAssert("Format/Ifc/IfcFileDataSimple", "oxa::ifc::Data::vDebugMessage", text, __LINE__);
+    Assert::vTell("Format/Ifc/IfcFileDataSimple", "oxa::ifc::Data::vDebugMessage", text);
 }
 
 }   // namespace oxa::ifc

@@ -33,9 +33,9 @@ void Data::vGuidUpdate() const {
         const Guid guid = guidOf(*pEntity);
         if (guid.boIsNull())
             stillPending.push_back(pEntity);
-        else if (!m_guidEntityMap.boInsert(guid, pEntity) && Assert::isEnabled())
-            Assert::addAssert("Format/Ifc/IfcFileDataSimple", "oxa::ifc::Data::vGuidUpdate",
-                              "Guid already exist in m_guidEntityMap", __LINE__);
+        else if (!m_guidEntityMap.boInsert(guid, pEntity))
+            Assert::vTell("Format/Ifc/IfcFileDataSimple", "oxa::ifc::Data::vGuidUpdate",
+                          "Guid already exist in m_guidEntityMap");
     }
     m_pendingGuid = std::move(stillPending);
 }

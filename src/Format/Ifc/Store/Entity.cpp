@@ -45,9 +45,8 @@ std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& 
         std::uint32_t iSize = 0;
         if (eClass < CellClass::Unresolved) {
             iSize = AttributeBase::iAttributeSizeFromSchemaAttribute(*pObject, *pAttribute);
-        } else if (Assert::isEnabled()) {
-            Assert::addAssert(g_sSource, "oxa::ifc::Entity::getDataSize", "Schema error. Attribute not found.",
-                              __LINE__);
+        } else {
+            Assert::vTell(g_sSource, "oxa::ifc::Entity::getDataSize", "Schema error. Attribute not found.");
         }
         pSize->offsets.push_back(pSize->iSize);
         pSize->cells.push_back({pAttribute, pSize->iSize, eClass});
@@ -144,9 +143,8 @@ bool Entity::boUndefinedSet(const AttributeName& name, bool boUndefined) {
     AttributeBase* pCell = pCellFromName(name, &pAttribute);
     if (!pCell) return false;
     if (boUndefined && !pAttribute->boOptional) {
-        if (Assert::isEnabled())
-            Assert::addAssert(g_sSource, "oxa::ifc::Entity::boUndefinedSet",
-                              "oxa::ifc::Entity::vUndefinedSet: This attribute is not optional", __LINE__);
+        Assert::vTell(g_sSource, "oxa::ifc::Entity::boUndefinedSet",
+                      "oxa::ifc::Entity::vUndefinedSet: This attribute is not optional");
         return false;
     }
     pCell->m_boUndefined = boUndefined;
@@ -170,8 +168,7 @@ bool Entity::boForEachAttribute(std::function<bool(const Attribute&, const Attri
 }
 
 void Entity::sanityCheck() const {
-    if (!m_pSchemaEntity && Assert::isEnabled())
-        Assert::addAssert(g_sSource, "oxa::ifc::Entity::sanityCheck", "Missing schema entity", __LINE__);
+    if (!m_pSchemaEntity) Assert::vTell(g_sSource, "oxa::ifc::Entity::sanityCheck", "Missing schema entity");
 }
 
 }   // namespace oxa::ifc

@@ -97,9 +97,8 @@ bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data&, Log
 bool boStore(CellClass eClass, AttributeBase& cell, const Attribute&, Data&, const Guid& guid) {
     if (eClass != CellClass::Guid) return false;
     if (guid.boIsNull()) {
-        if (Assert::isEnabled())
-            Assert::addAssert("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeGuid::boValueSet",
-                              "Not allowed to set null guid", __LINE__);
+        Assert::vTell("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeGuid::boValueSet",
+                      "Not allowed to set null guid");
         return false;
     }
     as<AttributeGuid>(cell).m_value = guid;

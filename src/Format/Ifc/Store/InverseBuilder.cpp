@@ -21,9 +21,8 @@ void InverseBuilder::vAnnounce(Entity& entity) {
     const DataSizeEntity& size = Entity::getDataSize(schema);
     for (const DataSizeEntity::Feed& feed : size.feeds) {
         if (feed.iCell == DataSizeEntity::Feed::g_iNone || !entity.m_pAttributes) {
-            if (Assert::isEnabled())
-                Assert::addAssert("Format/Ifc/IfcFileEntity", "oxa::ifc::Entity::vAttributeInverseInit",
-                                  "Not able to find attribute", __LINE__);
+            Assert::vTell("Format/Ifc/IfcFileEntity", "oxa::ifc::Entity::vAttributeInverseInit",
+                          "Not able to find attribute");
             continue;
         }
         if (feed.iPosition == DataSizeEntity::Feed::g_iNone) continue;   // nobody has such a list

@@ -17,13 +17,13 @@ namespace {
 constexpr std::string_view g_sSource = "Format/Ifc/IfcStepStrings";
 constexpr std::string_view g_sReader = "oxa::ifc::vIfcStrToUtf8";
 
-void vAssertInvalid(std::string_view sWhat, std::string_view sInput, int iLine) {
+void vAssertInvalid(std::string_view sWhat, std::string_view sInput, int iLine = __builtin_LINE()) {
     if (!Assert::isEnabled()) return;
     std::string text(sWhat);
     text += ": Seems to be an invalid ifc string: '";
     text += str::Converter::to_utf8(sInput);
     text += '\'';
-    Assert::addAssert(g_sSource, g_sReader, text, iLine);
+    Assert::vTell(g_sSource, g_sReader, text, iLine);
 }
 
 // One pass over the inside of a STEP string (ISO 10303-21, clause 6.4.3).
@@ -108,7 +108,7 @@ void StringReader::vReadByte8(unsigned char c) {
         m_out += static_cast<char>(0xC0 | c >> 6);
         m_out += static_cast<char>(0x80 | (c & 0x3F));
     }
-    if (!m_boReported) vAssertInvalid("U_INVALID_CHAR_FOUND", {m_pText, m_iLength}, __LINE__);
+    if (!m_boReported) vAssertInvalid("U_INVALID_CHAR_FOUND", {m_pText, m_iLength});
     m_boReported = true;
 }
 
@@ -176,7 +176,7 @@ void StringReader::vAppendHex(std::size_t iDigits) {
 bool StringReader::boReadPage() {
     if (m_i >= m_iLength) return false;
     m_i += 1;
-    if (Assert::isEnabled()) Assert::addAssert(g_sSource, g_sReader, "Codepage not implemented", __LINE__);
+    Assert::vTell(g_sSource, g_sReader, "Codepage not implemented");
     return true;
 }
 
@@ -243,7 +243,7 @@ void vIfcStrToUtf8(std::string& out, const char* text, std::size_t length) {
     try {
         str::details::vUtfConvertImpl(out, pending.data(), pending.size());
     } catch (const str::exception& e) {
-        vAssertInvalid(e.what(), {text, length}, __LINE__);
+        vAssertInvalid(e.what(), {text, length});
     }
 }
 

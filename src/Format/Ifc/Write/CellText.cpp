@@ -245,10 +245,9 @@ void vWriteEntities(const AttributeListValueBase& list, const Info& info) {
     for (const Entity* pEntity : *pHead) {
         const std::size_t iId = info.m_pLine->iEntityIdGet(pEntity);
         if (iId == 0) {
-            if (Assert::isEnabled())
-                Assert::addAssert("Format/Ifc/IfcFileAttribute",
-                                  "oxa::ifc::AttributeListValueBase::vWrite::<lambda_7>::operator ()",
-                                  "Skipping invalid reference in list", __LINE__);
+            Assert::vTell("Format/Ifc/IfcFileAttribute",
+                          "oxa::ifc::AttributeListValueBase::vWrite::<lambda_7>::operator ()",
+                          "Skipping invalid reference in list");
             continue;
         }
         if (!boFirst) info.m_pLine->m_line.push_back(',');

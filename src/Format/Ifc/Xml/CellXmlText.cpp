@@ -38,7 +38,7 @@ using Path = std::vector<const ObjectBase*>;
 using Texts = std::vector<std::string>;
 
 void vNotImplemented(const char* sFunction) {
-    if (Assert::isEnabled()) Assert::addAssert("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented", __LINE__);
+    Assert::vTell("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented");
 }
 
 // The number at the start of the text, of which pEnd becomes the end; pText itself where there is none. All that

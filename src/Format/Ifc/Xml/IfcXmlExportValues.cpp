@@ -122,10 +122,10 @@ void ExportCommon::vExportSelect(Element& parent, const AttributeSelect& cell, c
     if (value.pTypeInfo() && *value.pTypeInfo() == typeid(Entity)) {
         Element target = selectTarget(parent, attribute, boInList);
         if (value.pEntityGet() && boNestsInstances(mode)) vExportEntity(target, *value.pEntityGet(), nullptr, {}, walk);
-    } else if (Assert::isEnabled()) {
+    } else {
         // Bytes of none, an enumerator that is none, a list without a text: all else has one.
-        Assert::addAssert("Format/Ifc/Xml/IfcXmlExport", "oxa::ifc::xml::ExportCommon::vExportSelect",
-                          "Not implemented", __LINE__);
+
+        Assert::vTell("Format/Ifc/Xml/IfcXmlExport", "oxa::ifc::xml::ExportCommon::vExportSelect", "Not implemented");
     }
 }
 

@@ -90,9 +90,7 @@ const def::schema::Entity* pTypeOf(const Data& data, const std::string& typeName
 }
 
 void vMissingId() {
-    if (Assert::isEnabled())
-        Assert::addAssert("Format/Ifc/Xml/IfcXmlImport", "oxa::ifc::xml::Import::entityNodeImport",
-                          "Should always exist", __LINE__);
+    Assert::vTell("Format/Ifc/Xml/IfcXmlImport", "oxa::ifc::xml::Import::entityNodeImport", "Should always exist");
 }
 
 void vReport(ReadInfoCommon& info, const char* sKey) {

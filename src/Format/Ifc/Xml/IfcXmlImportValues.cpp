@@ -39,9 +39,8 @@ AttributeBase* pCellOf(const Entity& entity, const Attribute& attribute) {
 }
 
 void vValueFault() {
-    if (Assert::isEnabled())
-        Assert::addAssert("Format/Ifc/Xml/IfcXmlImport", "oxa::ifc::xml::Import::vAttributeRead",
-                          "Not implemented or error in format", __LINE__);
+    Assert::vTell("Format/Ifc/Xml/IfcXmlImport", "oxa::ifc::xml::Import::vAttributeRead",
+                  "Not implemented or error in format");
 }
 
 // The value inside <IfcLabel-wrapper>: the element's name says its type.
