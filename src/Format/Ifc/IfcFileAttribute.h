@@ -407,7 +407,7 @@ public:
     void vTypeCreate(const std::vector<const def::schema::ObjectBase*>& path, Pool& pool);
 
     // The same from a cell that need not be a select: a reference, a real, a number, an integer or a text too.
-    // Throws oxa::exception "returning nullptr" for a value of an attribute without a type.
+    // Throws MissingType for a value of an attribute without a type.
     static bool boValueGetFromCell(const AttributeBase& cell, const def::schema::Attribute& attribute,
                                    types::IfcSelectBase& value);
 

@@ -71,14 +71,14 @@ public:
     Entity* pEntityCreate(const def::schema::ObjectName& name);
     // Null for null. Throws oxa::exception "Can't create abstract class" for an abstract type.
     Entity* pEntityCreate(const def::schema::Entity* pSchema);
-    // Takes a filled entity of this Data's pool into the list; null is ignored. Throws oxa::exception "returning
-    // nullptr" for one without a schema while there is no project.
+    // Takes a filled entity of this Data's pool into the list; null is ignored. Throws MissingType for one without
+    // a schema while there is no project.
     void entityAdd(Entity* pEntity);
 
     // Takes an entity out of the list and the GUID map, and does nothing else: its memory, its number and the references
     // and inverse lists that name it stay, so a write that reaches it over one of them still writes it. Keeping those
     // right is the caller's task; entitiesRemove does it. False for null and for an entity that is not here. Throws
-    // oxa::exception "returning nullptr" for one without a schema.
+    // MissingType for one without a schema.
     bool boEntityDelete(Entity* pEntity);
     // Takes entities out of the model and out of everything in it that names them. Null and what is not here is passed
     // over, and so is what stands twice.

@@ -61,8 +61,7 @@ public:
     Entity(const Entity&) = delete;
     Entity& operator=(const Entity&) = delete;
 
-    // The instance's type; null until the instance is filled. schemaEntity() throws oxa::exception "returning
-    // nullptr" instead.
+    // The instance's type; null until the instance is filled. schemaEntity() throws MissingType instead.
     [[nodiscard]] const def::schema::Entity* pSchemaEntity() const noexcept { return m_pSchemaEntity; }
     [[nodiscard]] const def::schema::Entity& schemaEntity() const;
     // The layout of a type's attribute block, built on demand. Any number of threads.

@@ -6,7 +6,7 @@
 #include <new>
 
 #include "Format/Ifc/IfcCellVisit.h"
-#include "platform/Utilities.h"
+#include "Format/Ifc/IfcMissingType.h"
 
 namespace oxa::ifc {
 
@@ -40,7 +40,7 @@ AttributeType typeOf(const ObjectBase* pObject) noexcept {
 
 // Throws where there is no cell.
 void vCellCheck(CellClass eClass, const char* sIllegal) {
-    if (eClass == CellClass::Unresolved) throw oxa::exception("returning nullptr");
+    if (eClass == CellClass::Unresolved) throw MissingType();
     if (eClass == CellClass::Illegal) throw sIllegal;
 }
 

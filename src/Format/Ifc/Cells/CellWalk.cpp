@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "platform/Utilities.h"
+#include "Format/Ifc/IfcMissingType.h"
 
 namespace oxa::ifc {
 
@@ -287,7 +287,7 @@ template <class T>
 bool AttributeBase::boForEach(const AttributeBase& cell, const def::schema::Attribute& attribute,
                               std::function<bool(T&)> function, bool boSingle, bool boList) {
     if (!cell.boHasValue()) return false;
-    if (attribute.types.empty()) throw oxa::exception("returning nullptr");
+    if (attribute.types.empty()) throw MissingType();
     return boWalkCell<T>(cellClass(attribute.types.front(), attribute), &cell, attribute, function, boSingle, boList);
 }
 

@@ -8,9 +8,9 @@
 
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
 #include "platform/Assert.h"
-#include "platform/Utilities.h"
 
 namespace oxa::ifc {
 
@@ -166,7 +166,7 @@ bool AttributeSelect::boValueGet(IfcSelectBase& value) const {
 bool AttributeSelect::boValueGetFromCell(const AttributeBase& cell, const def::schema::Attribute& attribute,
                                          IfcSelectBase& value) {
     if (!cell.boHasValue()) return false;
-    if (attribute.types.empty()) throw oxa::exception("returning nullptr");
+    if (attribute.types.empty()) throw MissingType();
     const ObjectBase* pObject = attribute.types.front();
     const Type* pType = def::schema::pAsType(pObject);
     switch (cellClass(pObject, attribute)) {

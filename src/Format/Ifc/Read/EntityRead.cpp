@@ -6,10 +6,10 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Store/EntityBlocks.h"
 #include "Format/Ifc/Text/Parameters.h"
-#include "platform/Utilities.h"
 
 namespace oxa::ifc {
 
@@ -33,7 +33,7 @@ void vCellRead(CellClass eClass, void* pCell, Info& info) {
     case CellClass::Enumeration: ::new (pCell) AttributeEnumeration(info); return;
     case CellClass::Select: ::new (pCell) AttributeSelect(info); return;
     case CellClass::List: ::new (pCell) AttributeList(info); return;
-    case CellClass::Unresolved: throw oxa::exception("returning nullptr");
+    case CellClass::Unresolved: throw MissingType();
     case CellClass::Illegal: break;
     }
     throw "illegal type";

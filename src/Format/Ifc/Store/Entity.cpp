@@ -6,9 +6,9 @@
 #include <memory>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/Store/EntityBlocks.h"
 #include "platform/Assert.h"
-#include "platform/Utilities.h"
 
 namespace oxa::ifc {
 
@@ -71,7 +71,7 @@ const DataSizeEntity& Entity::getDataSize(const def::schema::Entity& schema) {
 Entity::Entity(Data& data, const def::schema::Entity& schema) { vFill(data, schema, true); }
 
 const def::schema::Entity& Entity::schemaEntity() const {
-    if (!m_pSchemaEntity) throw oxa::exception("returning nullptr");
+    if (!m_pSchemaEntity) throw MissingType();
     return *m_pSchemaEntity;
 }
 

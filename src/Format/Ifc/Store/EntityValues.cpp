@@ -9,9 +9,9 @@
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
 #include "platform/Assert.h"
-#include "platform/Utilities.h"
 
 namespace oxa::ifc {
 
@@ -25,7 +25,7 @@ using Bytes = std::vector<unsigned char>;
 using BytesView = std::pair<unsigned char*, std::size_t>;
 
 const def::schema::ObjectBase& typeOf(const Attribute& attribute) {
-    if (attribute.types.empty() || !attribute.types.front()) throw oxa::exception("returning nullptr");
+    if (attribute.types.empty() || !attribute.types.front()) throw MissingType();
     return *attribute.types.front();
 }
 

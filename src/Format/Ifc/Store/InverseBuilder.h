@@ -22,9 +22,9 @@ public:
     InverseBuilder& operator=(const InverseBuilder&) = delete;
     ~InverseBuilder() = default;
 
-    // Puts "entity" in front of the inverse lists of its targets, at the latest with vFlush. Throws oxa::exception
-    // "returning nullptr" for an empty instance; whatever is thrown, earlier instances have been entered. The assertion
-    // "Not able to find attribute" tells of an inverse attribute that names none of the type.
+    // Puts "entity" in front of the inverse lists of its targets, at the latest with vFlush. Throws MissingType
+    // for an empty instance; whatever is thrown, earlier instances have been entered. The assertion "Not able to find
+    // attribute" tells of an inverse attribute that names none of the type.
     void vAdd(Entity& entity);
     // Enters what is still on its way.
     void vFlush();

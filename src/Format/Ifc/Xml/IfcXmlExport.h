@@ -62,8 +62,8 @@ protected:
     struct Walk;   // the instances to come; IfcXmlExportWalk.h
 
     // An element for the instance below "parent", named after its type unless there is a name; the walk fills it
-    // later, in its turn. pDeclared: the type that a reader expects there, null for any. Throws oxa::exception
-    // "returning nullptr" for an instance without a type.
+    // later, in its turn. pDeclared: the type that a reader expects there, null for any. Throws MissingType
+    // for an instance without a type.
     void vExportEntity(oxa::xml::Element& parent, const Entity& entity, const def::schema::Entity* pDeclared,
                        std::string_view name, Walk& walk);
 
@@ -99,7 +99,7 @@ public:
     // progress  may be empty; gets 1, 2, 3, ... for the instances that are taken from the queue. How many there will
     //           be is not known.
     // returns   false without a project
-    // throws    oxa::exception "returning nullptr" where the model refers to an instance that no statement defined
+    // throws    MissingType where the model refers to an instance that no statement defined
     bool boExportData(const Data& data, std::function<void(unsigned int)> progress);
 
     // The same, and no instance is lost in silence. One that is named only by attributes which the mapping leaves out

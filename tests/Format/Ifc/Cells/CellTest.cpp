@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/StatementReader.h"
 #include "platform/Utilities.h"
 
@@ -137,7 +138,7 @@ std::string sThrown(Call&& call) {
         call();
     } catch (const char* text) {
         return '"' + std::string(text) + '"';
-    } catch (const oxa::exception& e) {
+    } catch (const MissingType& e) {
         return e.what();
     }
     return "nothing";

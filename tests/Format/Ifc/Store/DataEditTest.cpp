@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Format/Ifc/AssertLog.h"
+#include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/SmallModel.h"
 #include "platform/Utilities.h"
 
@@ -69,7 +70,7 @@ TEST(EntityDelete, RefusesWhatIsNotThere) {
     try {
         static_cast<void>(data.boEntityDelete(&empty));
         FAIL() << "an entity without a schema";
-    } catch (const oxa::exception& fault) {
+    } catch (const MissingType& fault) {
         EXPECT_STREQ(fault.what(), "returning nullptr");
     }
 }

@@ -9,6 +9,7 @@
 #include <set>
 
 #include "Format/Ifc/AssertLog.h"
+#include "Format/Ifc/IfcMissingType.h"
 #include "platform/Utilities.h"
 #include "provider/SchemaLoader.h"
 
@@ -32,6 +33,8 @@ template <class Call>
 std::string sThrown(Call&& call) {
     try {
         call();
+    } catch (const MissingType& fault) {
+        return std::string("MissingType: ") + fault.what();
     } catch (const oxa::exception& fault) {
         return fault.what();
     }
@@ -109,10 +112,10 @@ TEST(Data, TheFirstProjectStays) {
 TEST(Data, AnEntityWithoutASchemaIsAnInsideFault) {
     Ifc4Data data;
     Entity empty;
-    EXPECT_EQ(sThrown([&] { data.entityAdd(&empty); }), "returning nullptr");
+    EXPECT_EQ(sThrown([&] { data.entityAdd(&empty); }), "MissingType: returning nullptr");
     data.pEntityCreate(ObjectName("IFCPROJECT"));
     data.entityAdd(&empty);   // with a project nobody asks for its type any more
-    EXPECT_EQ(sThrown([&] { static_cast<void>(data.entities()); }), "returning nullptr");
+    EXPECT_EQ(sThrown([&] { static_cast<void>(data.entities()); }), "MissingType: returning nullptr");
     data.entityAdd(nullptr);
     data.deleteIncompleteEntities();
     EXPECT_EQ(data.entities().size(), 1U);

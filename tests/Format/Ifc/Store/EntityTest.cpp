@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "Format/Ifc/AssertLog.h"
+#include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/StatementReader.h"
 #include "platform/Utilities.h"
 
@@ -322,7 +323,7 @@ TEST(Entity, BlocksWithoutATypeAreAnInsideFault) {
         try {
             calls[i]();
             ADD_FAILURE() << "nothing thrown";
-        } catch (const oxa::exception& e) {
+        } catch (const MissingType& e) {
             EXPECT_STREQ(e.what(), "returning nullptr");
         }
     }

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "Format/Ifc/IfcMissingType.h"
 #include "XmlModel.h"
 #include "platform/Utilities.h"
 
@@ -357,7 +358,7 @@ TEST(XmlExportData, ThrowsForAnInstanceThatNoStatementDefined) {
         try {
             xmlExport.boExportData(model.file.data(), {});
             FAIL() << "nothing thrown";
-        } catch (const oxa::exception& fault) {
+        } catch (const MissingType& fault) {
             EXPECT_STREQ(fault.what(), "returning nullptr");
         }
     }
