@@ -24,8 +24,8 @@ void vRun(std::string_view input) {
     if (boMayRunLong(input)) return;
     const ExactBytes text(input);
     ifc::Errors errors;
-    errors.add(nullptr, ifc::Errors::Error, ifc::Errors::Value, "Error_UnknownEntityType", "IFCX", "#1=IFCX();", 7);
-    errors.add(nullptr, ifc::Errors::Fatal, ifc::Errors::Syntax, "Error_InvalidFile", {}, 0);
+    errors.add(nullptr, ifc::ReportKey::UnknownEntityType, "IFCX", "#1=IFCX();", 7);
+    errors.add(nullptr, ifc::ReportKey::InvalidFile, {}, 0);
     NullStream out;
     (void)errors.writeReport(text.text(), out, "a.ifc");
 }

@@ -26,7 +26,8 @@ using Indices = std::vector<Index>;
 std::unordered_set<const ifc::Entity*> withoutGuid(const Side& side) {
     std::unordered_set<const ifc::Entity*> entities;
     for (const ifc::ErrorRecord& record : side.reported)
-        if (record.entity && record.key == "Error_ExpectedValidGuidValueFor") entities.insert(record.entity);
+        if (record.entity && record.reportKey == ifc::ReportKey::ExpectedValidGuidValueFor)
+            entities.insert(record.entity);
     return entities;
 }
 

@@ -3,11 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <string>
+#include <string_view>
 #include <thread>
-
-#include "platform/String.h"
+#include <vector>
 
 namespace oxa {
 namespace {
@@ -22,103 +21,70 @@ const Language g_languageAtStart = language();   // before any test
 
 TEST_F(Localization, StartsInEnglish) { EXPECT_EQ(g_languageAtStart, Language::English); }
 
-struct KeyRow {
-    const char* sKey;
-    bool boArgument;
+// The texts of a library.
+constexpr LocalizedText g_doorRows[] = {
+    {"Door_Missing", "The door %1 is missing.", "Die Tür %1 fehlt."},
+    {"Door_Open", "The door is open.", "Die Tür ist offen."},
+    {"Door_Shut", "The door is shut.", "Die Tür ist zu."},
 };
-const KeyRow g_keyRows[] = {
-    {"Error_AttributeSizeNotFound", true},
-    {"Error_DuplicateEntity", false},
-    {"Error_DuplicateGuids", false},
-    {"Error_EndOfCommentNotFound", false},
-    {"Error_EntityIdReused", true},
-    {"Error_EntityIsAbstract", false},
-    {"Error_EntityNotConnected", true},
-    {"Error_EntityWithoutForm", true},
-    {"Error_ExpectedEqualOperator", false},
-    {"Error_ExpectedLeftParenthesis", false},
-    {"Error_ExpectedNumberSign", false},
-    {"Error_ExpectedValidBinaryValueFor", true},
-    {"Error_ExpectedValidBooleanValueFor", true},
-    {"Error_ExpectedValidEntityValueFor", true},
-    {"Error_ExpectedValidEnumerationValueFor", true},
-    {"Error_ExpectedValidGuidValueFor", true},
-    {"Error_ExpectedValidIntegerValueFor", true},
-    {"Error_ExpectedValidIntegersInListFor", true},
-    {"Error_ExpectedValidLogicValueFor", true},
-    {"Error_ExpectedValidRealInListFor", true},
-    {"Error_ExpectedValidRealValueFor", true},
-    {"Error_ExpectedValidSelectValueFor", true},
-    {"Error_ExpectedValidStringValueFor", true},
-    {"Error_HeaderTypeNotImplemented", false},
-    {"Error_IllegalAttributeIndex", false},
-    {"Error_InvalidEndOfFile", false},
-    {"Error_InvalidEntity", false},
-    {"Error_InvalidFile", false},
-    {"Error_InvalidNullAttribute", true},
-    {"Error_ListTypeNotImplemented", true},
-    {"Error_MissingEntityWithId", true},
-    {"Error_MissingSemicolon", false},
-    {"Error_NotValidEnumerationValue", true},
-    {"Error_NumberWrittenTwice", true},
-    {"Error_TooFewAttributesFor", true},
-    {"Error_TooManyAttributesFor", true},
-    {"Error_UnexpectedEqualOperator", false},
-    {"Error_UnexpectedNewlineInString", false},
-    {"Error_UnexpectedNullGuid", false},
-    {"Error_UnknownAttributeType", true},
-    {"Error_UnknownEntityType", false},
-    {"Error_UnknownSchemaName", true},
+constinit LocalizedTexts g_door("Door", g_doorRows);
+// Of its host, for the same domain.
+constexpr LocalizedText g_hostRows[] = {
+    {"Door_Open", "Please shut the door.", "Bitte Tür schließen."},
+    {"Door_Painted", "The door is painted.", "Die Tür ist gestrichen."},
 };
+constinit LocalizedTexts g_host("Door", g_hostRows);
+constinit LocalizedTexts g_empty("Empty", {});
 
-int iCount(std::string_view text, std::string_view part) {
-    int iFound = 0;
-    for (std::size_t i = text.find(part); i != text.npos; i = text.find(part, i + part.size())) ++iFound;
-    return iFound;
-}
+// Once, in this order, as a library does: a static object is no longer there when the next one is made.
+const std::string g_sBefore = localize("Door", "Door_Open");
+const bool g_boRegistered = [] {
+    registerTexts(g_door);
+    registerTexts(g_host);
+    registerTexts(g_empty);
+    registerTexts(g_door);   // stays where it is, behind that of the host
+    return true;
+}();
+const std::string g_sBehind = localize("Door", "Door_Open");
 
-// ". " and a capital; ".F. or" is no end of a sentence.
-bool boSecondSentence(std::string_view text) {
-    for (std::size_t i = text.find(". "); i != text.npos; i = text.find(". ", i + 1))
-        if (i + 2 < text.size() && text[i + 2] >= 'A' && text[i + 2] <= 'Z') return true;
-    return false;
-}
-
-TEST_F(Localization, HasATextForEachKey) {
-    for (const Language eLanguage : {Language::English, Language::German}) {
-        setLanguage(eLanguage);
-        std::set<std::string> texts;
-        for (const KeyRow& row : g_keyRows) {
-            SCOPED_TRACE(row.sKey);
-            const std::string sText = localize("Ifc", row.sKey);
-            EXPECT_NE(sText, row.sKey);
-            EXPECT_EQ(iCount(sText, "%1"), row.boArgument ? 1 : 0);
-            EXPECT_EQ(iCount(sText, "%"), row.boArgument ? 1 : 0);
-            EXPECT_TRUE(sText.ends_with('.'));
-            EXPECT_FALSE(boSecondSentence(sText)) << sText;
-            EXPECT_TRUE(str::boIsValidUtf8(sText));
-            EXPECT_TRUE(texts.insert(sText).second) << "another key has the same text";
-        }
-    }
-}
-
-TEST_F(Localization, EnumeratesTheKeysInOrder) {
-    std::vector<std::string_view> expected;
-    for (const KeyRow& row : g_keyRows) expected.push_back(row.sKey);
-    EXPECT_EQ(localizationKeys("Ifc"), expected);
-    EXPECT_TRUE(localizationKeys("").empty());
-    EXPECT_TRUE(localizationKeys("ifc").empty());
+TEST_F(Localization, KnowsTextsFromTheirRegistrationOnStaticObjectsIncluded) {
+    EXPECT_EQ(g_sBefore, "Door_Open");
+    EXPECT_EQ(g_sBehind, "Please shut the door.");
 }
 
 TEST_F(Localization, FollowsTheLanguage) {
     EXPECT_EQ(language(), Language::English);
-    EXPECT_EQ(localize("Ifc", "Error_MissingEntityWithId"), "The instance #%1 is referred to, but not defined.");
+    EXPECT_EQ(localize("Door", "Door_Missing"), "The door %1 is missing.");
     setLanguage(Language::German);
     EXPECT_EQ(language(), Language::German);
-    EXPECT_EQ(localize("Ifc", "Error_MissingEntityWithId"),
-              "Auf die Instanz #%1 wird verwiesen, sie ist aber nicht definiert.");
-    EXPECT_EQ(localize("Ifc", "Error_ExpectedNumberSign"),
-              "Am Anfang der Anweisung wurde \u201E#\u201C erwartet; das Lesen wurde abgebrochen.");
+    EXPECT_EQ(localize("Door", "Door_Missing"), "Die Tür %1 fehlt.");
+    EXPECT_EQ(localize("Door", "Door_Open"), "Bitte Tür schließen.");
+}
+
+TEST_F(Localization, AsksTheLastTableOfADomainFirst) {
+    struct Row {
+        const char* sRule;
+        std::string_view key, text;
+    };
+    const Row rows[] = {
+        {"a key of the first table alone", "Door_Missing", "The door %1 is missing."},
+        {"its last key", "Door_Shut", "The door is shut."},
+        {"a key of both", "Door_Open", "Please shut the door."},
+        {"a key of the second alone", "Door_Painted", "The door is painted."},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.sRule);
+        EXPECT_EQ(localize("Door", row.key), row.text);
+    }
+}
+
+TEST_F(Localization, EnumeratesTheKeysInOrderAndEachOnce) {
+    const std::vector<std::string_view> expected{"Door_Missing", "Door_Open", "Door_Painted", "Door_Shut"};
+    EXPECT_EQ(localizationKeys("Door"), expected);
+    for (const std::string_view domain : {"", "door", "Window", "Empty"}) {
+        SCOPED_TRACE(domain);
+        EXPECT_TRUE(localizationKeys(domain).empty());
+    }
 }
 
 TEST_F(Localization, GivesTheKeyWhereThereIsNoText) {
@@ -127,15 +93,16 @@ TEST_F(Localization, GivesTheKeyWhereThereIsNoText) {
         std::string_view domain, key;
     };
     const Row rows[] = {
-        {"unknown key", "Ifc", "Error_Unknown"},
-        {"before the first", "Ifc", "A"},
-        {"behind the last", "Ifc", "Z"},
-        {"a key cut short", "Ifc", "Error_InvalidFil"},
-        {"a key with more behind it", "Ifc", "Error_InvalidFileX"},
-        {"another case", "Ifc", "error_invalidfile"},
-        {"no key", "Ifc", ""},
-        {"unknown domain", "Xml", "Error_InvalidFile"},
-        {"no domain", "", "Error_InvalidFile"},
+        {"unknown key", "Door", "Door_Locked"},
+        {"before the first", "Door", "A"},
+        {"behind the last", "Door", "Z"},
+        {"a key cut short", "Door", "Door_Shu"},
+        {"a key with more behind it", "Door", "Door_Shutter"},
+        {"another case", "Door", "door_shut"},
+        {"no key", "Door", ""},
+        {"unknown domain", "Window", "Door_Shut"},
+        {"a domain without texts", "Empty", "Door_Shut"},
+        {"no domain", "", "Door_Shut"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.sRule);
@@ -144,18 +111,34 @@ TEST_F(Localization, GivesTheKeyWhereThereIsNoText) {
 }
 
 TEST_F(Localization, LanguageMayChangeWhileOthersAsk) {
-    const std::string sEnglish = localize("Ifc", "Error_InvalidFile");
-    setLanguage(Language::German);
-    const std::string sGerman = localize("Ifc", "Error_InvalidFile");
     {
         std::jthread changes([] {
             for (int i = 0; i < 500; ++i) setLanguage(i % 2 ? Language::English : Language::German);
         });
         for (int i = 0; i < 500; ++i) {
-            const std::string sText = localize("Ifc", "Error_InvalidFile");
-            ASSERT_TRUE(sText == sEnglish || sText == sGerman) << sText;
+            const std::string sText = localize("Door", "Door_Shut");
+            ASSERT_TRUE(sText == "The door is shut." || sText == "Die Tür ist zu.") << sText;
         }
     }
+}
+
+TEST_F(Localization, ThreadsMayRegisterWhileOthersAsk) {
+    static constexpr LocalizedText rows[] = {{"Key", "Text.", "Wort."}};
+    static constinit LocalizedTexts tables[] = {{"A", rows}, {"B", rows}, {"C", rows}, {"D", rows}};
+    constexpr std::string_view domains[] = {"A", "B", "C", "D"};
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back([i, &domains] {
+            const auto iTable = static_cast<std::size_t>(i % 4);
+            registerTexts(tables[iTable]);   // each by two of them
+            for (const std::string_view domain : domains) {
+                const std::string sText = localize(domain, "Key");
+                EXPECT_TRUE(sText == "Text." || sText == "Key") << sText;
+            }
+            EXPECT_EQ(localize(domains[iTable], "Key"), "Text.");
+        });
+    threads.clear();
+    for (const std::string_view domain : domains) EXPECT_EQ(localizationKeys(domain).size(), 1U);
 }
 
 }   // namespace

@@ -55,7 +55,7 @@ bool FileSimple::boRead(std::istream& stream, SchemaFromName schemaFromName, io:
     const std::string sName = m_header.sSchemaNameGet();
     const def::SchemaPset* pSchema = sName.empty() ? nullptr : SchemaLoader::pSchemaGet(schemaFromName, sName);
     if (!pSchema) {
-        error.add(nullptr, Errors::Fatal, Errors::Model, "Error_UnknownSchemaName", sName, {}, 0);
+        error.add(nullptr, ReportKey::UnknownSchemaName, sName, {}, 0);
         return false;
     }
     vSchemaSet(*pSchema);

@@ -32,6 +32,7 @@
 #include <vector>
 
 #include "Format/Ifc/IfcArray.h"
+#include "Format/Ifc/IfcReportKey.h"
 #include "Format/Ifc/Memory/List.h"
 #include "Format/Ifc/Memory/SimplePool.h"
 #include "Format/Ifc/Memory/Unaligned.h"
@@ -202,8 +203,8 @@ protected:
     bool copyBaseTo(AttributeBase& target) const noexcept;
     // Recognises "$" and "*", the tokens of one character that every parser looks for first. True: done.
     bool boReadNull(const StepReadInfoAttribute& info);
-    // One report on the attribute in hand, severity Error.
-    static void vReport(const StepReadInfoAttribute& info, const char* sKey);
+    // One report on the attribute in hand.
+    static void vReport(const StepReadInfoAttribute& info, ReportKey eKey);
 };
 static_assert(sizeof(AttributeBase) == 4 && alignof(AttributeBase) == 1);
 

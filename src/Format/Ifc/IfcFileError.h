@@ -16,11 +16,13 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "Format/Ifc/IfcReportKey.h"
 #include "platform/Export.h"
 
 namespace oxa::ifc {
@@ -85,7 +87,8 @@ public:
         // have none.
         std::uint32_t argumentBegin = 0;   // in the description
         std::uint32_t argumentLength = 0;
-        SharedText key{};   // as it was given to add(): "Error_UnknownEntityType"; one for all of it
+        std::optional<ReportKey> reportKey{};   // none where add() was given a text that is no key of the library
+        SharedText key{};                       // the key as a text: "Error_UnknownEntityType"; one for all of it
 
         // The argument, where its text has a place for one; good as long as the description.
         [[nodiscard]] std::string_view argument() const noexcept {
@@ -98,11 +101,21 @@ public:
     Errors(const Errors&) = delete;
     Errors& operator=(const Errors&) = delete;
 
-    // Appends a record whose text is that of "key" in the domain "Ifc".
-    void add(const Entity* entity, Severity severity, Category category, std::string_view key, SourceText lineString,
+    // Appends a record with the usual severity and category of its key.
+    void add(const Entity* entity, ReportKey eKey, SourceText lineString, unsigned lineNumber);
+    // The same with "argument" in the place of every "%1" of the text; not looked into for a further "%1".
+    void add(const Entity* entity, ReportKey eKey, std::string_view argument, SourceText lineString,
              unsigned lineNumber);
 
-    // The same with "argument" in the place of every "%1" of the text; not looked into for a further "%1".
+    // The same where they are not the usual ones.
+    void add(const Entity* entity, Severity severity, Category category, ReportKey eKey, SourceText lineString,
+             unsigned lineNumber);
+    void add(const Entity* entity, Severity severity, Category category, ReportKey eKey, std::string_view argument,
+             SourceText lineString, unsigned lineNumber);
+
+    // The same for the keys of a caller: any text whose meaning the domain "Ifc" has, or which is its own meaning.
+    void add(const Entity* entity, Severity severity, Category category, std::string_view key, SourceText lineString,
+             unsigned lineNumber);
     void add(const Entity* entity, Severity severity, Category category, std::string_view key,
              std::string_view argument, SourceText lineString, unsigned lineNumber);
 
@@ -158,7 +171,10 @@ public:
     bool writeReport(std::string_view templateText, std::ostream& out, std::string fileName) const;
 
 private:
-    void vStore(ErrorRecord&& record, std::string_view key);
+    struct Message;
+
+    void vStore(const Message& message, const Entity* entity, Severity severity, Category category,
+                SourceText&& lineString, unsigned lineNumber);
 
     std::atomic<bool> m_boFatal{false};   // read while others add
     std::atomic<std::size_t> m_iPassedOver{0};

@@ -66,7 +66,7 @@ private:
     void vSkip(unsigned iCount);
     void vPendingTake(unsigned iEnd);
     void vBeforeRefill(const char* pBuffer, unsigned iValid) override;
-    void vReport(const char* sKey);
+    void vReport(ReportKey eKey);
     void vPassOver();
     void vLookBehind();
 

@@ -223,7 +223,7 @@ FileHeader& FileHeader::operator=(FileHeader&&) noexcept = default;
 bool FileHeader::boReadLine(std::string&& line, io::ReadError& errors, unsigned int lineNumber) {
     const std::size_t iSemicolon = line.rfind(';');
     if (iSemicolon == std::string::npos) {
-        errors.add(nullptr, Errors::Error, Errors::Syntax, "Error_MissingSemicolon", std::move(line), lineNumber);
+        errors.add(nullptr, ReportKey::MissingSemicolon, std::move(line), lineNumber);
         return true;
     }
     // The parameters behind "keyword", up to the semicolon; none where the semicolon comes first.
@@ -250,8 +250,7 @@ bool FileHeader::boReadLine(std::string&& line, io::ReadError& errors, unsigned 
     else if (boFind("FILE_SCHEMA"))
         vTake(schema, 1);
     else
-        errors.add(nullptr, Errors::Error, Errors::Header, "Error_HeaderTypeNotImplemented", std::move(line),
-                   lineNumber);
+        errors.add(nullptr, ReportKey::HeaderTypeNotImplemented, std::move(line), lineNumber);
     return true;
 }
 

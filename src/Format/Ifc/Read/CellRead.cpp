@@ -18,7 +18,7 @@ AttributeBase* AttributeBase::pAttributeNew(const def::schema::Type& type, StepR
         return static_cast<AttributeBase*>(pCell);
     } catch (const std::exception&) {
         StepReadInfoData& line = *info.m_pInfo;
-        line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Fatal, Errors::Value, "Error_UnknownAttributeType",
+        line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Fatal, Errors::Value, ReportKey::UnknownAttributeType,
                                       info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
         return nullptr;
     }
@@ -34,16 +34,15 @@ bool AttributeBase::boReadNull(const StepReadInfoAttribute& info) {
     m_boUndefined = true;
     if (!info.m_pAttribute->boOptional) {
         StepReadInfoData& line = *info.m_pInfo;
-        line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Null, "Error_InvalidNullAttribute",
-                                      info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
+        line.m_pCommon->m_pError->add(info.m_pEntity, ReportKey::InvalidNullAttribute, info.m_pAttribute->sName,
+                                      line.sourceText(), line.m_iLine);
     }
     return true;
 }
 
-void AttributeBase::vReport(const StepReadInfoAttribute& info, const char* sKey) {
+void AttributeBase::vReport(const StepReadInfoAttribute& info, ReportKey eKey) {
     StepReadInfoData& line = *info.m_pInfo;
-    line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Value, sKey, info.m_pAttribute->sName,
-                                  line.sourceText(), line.m_iLine);
+    line.m_pCommon->m_pError->add(info.m_pEntity, eKey, info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
 }
 
 char AttributeBase::StepReadInfoAttribute::cAt(std::size_t i) const noexcept {

@@ -96,7 +96,7 @@ struct AttributeListValueBase::Reader {
 
     // Numbers: one report for the list, however many items are bad; those are 0.
     template <class T, class Parse>
-    void vNumbers(Parse&& parse, const char* sKey) {
+    void vNumbers(Parse&& parse, ReportKey eKey) {
         bool boBad = false;
         vArray<T>([&](Unaligned<T>& item, const char* pBegin, const char* pEnd) {
             if (const auto value = parse(pBegin, pEnd))
@@ -104,7 +104,7 @@ struct AttributeListValueBase::Reader {
             else
                 boBad = true;
         });
-        if (boBad) vReport(info, sKey);
+        if (boBad) vReport(info, eKey);
     }
 
     // Texts: the quotes are not checked, nothing is reported, and an item too short for them is an empty text.
@@ -139,10 +139,10 @@ struct AttributeListValueBase::Reader {
         switch (list.m_eItemType.load()) {
         case AttributeType::Real:
             return vNumbers<double>([](const char* pBegin, const char* pEnd) { return toDouble(pBegin, pEnd); },
-                                    "Error_ExpectedValidRealInListFor");
+                                    ReportKey::ExpectedValidRealInListFor);
         case AttributeType::Integer:
             return vNumbers<long long>([](const char* pBegin, const char* pEnd) { return toInt(pBegin, pEnd); },
-                                       "Error_ExpectedValidIntegersInListFor");
+                                       ReportKey::ExpectedValidIntegersInListFor);
         case AttributeType::String: return vStrings();
         case AttributeType::Binary: return vCells<AttributeBinary>();
         case AttributeType::Select: return vCells<AttributeSelect>();
@@ -159,8 +159,8 @@ AttributeListValueBase::AttributeListValueBase(StepReadInfoAttribute& info) {
     if (!pObject && info.m_iDepth < info.m_pAttribute->types.size()) pObject = info.m_pAttribute->types[info.m_iDepth];
     if (!boInitTypeFromAttribute(pObject)) {
         StepReadInfoData& line = *info.m_pInfo;
-        line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Schema, "Error_ListTypeNotImplemented",
-                                      info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
+        line.m_pCommon->m_pError->add(info.m_pEntity, ReportKey::ListTypeNotImplemented, info.m_pAttribute->sName,
+                                      line.sourceText(), line.m_iLine);
         return;
     }
     Reader(*this, info).vRead();

@@ -19,8 +19,8 @@ namespace oxa::ifc {
 
 namespace {
 
-constexpr char g_sBoolean[] = "Error_ExpectedValidBooleanValueFor";
-constexpr char g_sLogical[] = "Error_ExpectedValidLogicValueFor";
+constexpr auto g_eBoolean = ReportKey::ExpectedValidBooleanValueFor;
+constexpr auto g_eLogical = ReportKey::ExpectedValidLogicValueFor;
 
 // The guard of ".T." compares two unrelated quantities, the token's length less its offset in the statement, as
 // an unsigned number. Only a token near the statement's front can fail it; that is how it stays.
@@ -42,7 +42,7 @@ AttributeReal::AttributeReal(StepReadInfoAttribute& info) {
     if (const auto value = toDouble(info.pText(), info.pText() + info.m_iLength))
         m_value = *value;
     else
-        vReport(info, "Error_ExpectedValidRealValueFor");
+        vReport(info, ReportKey::ExpectedValidRealValueFor);
 }
 
 AttributeInteger::AttributeInteger(StepReadInfoAttribute& info) {
@@ -50,41 +50,41 @@ AttributeInteger::AttributeInteger(StepReadInfoAttribute& info) {
     if (const auto value = toInt(info.pText(), info.pText() + info.m_iLength))
         m_value = *value;
     else
-        vReport(info, "Error_ExpectedValidIntegerValueFor");
+        vReport(info, ReportKey::ExpectedValidIntegerValueFor);
 }
 
 AttributeBoolean::AttributeBoolean(StepReadInfoAttribute& info) {
     if (boReadNull(info)) return;
     if (!boLongEnough(info)) {
-        vReport(info, g_sBoolean);
+        vReport(info, g_eBoolean);
         return;
     }
-    if (info.cAt(0) != '.') vReport(info, g_sBoolean);
+    if (info.cAt(0) != '.') vReport(info, g_eBoolean);
     switch (info.cAt(1)) {
     case 'T': m_value = 1; break;
     case 'F': m_value = 0; break;
-    default: vReport(info, g_sBoolean);
+    default: vReport(info, g_eBoolean);
     }
-    if (info.cAt(2) != '.') vReport(info, g_sBoolean);
+    if (info.cAt(2) != '.') vReport(info, g_eBoolean);
 }
 
 AttributeLogical::AttributeLogical(StepReadInfoAttribute& info) {
     m_value = LogicalValue::Unknown;
     if (boReadNull(info)) return;
     if (!boLongEnough(info)) {
-        vReport(info, g_sLogical);
+        vReport(info, g_eLogical);
         return;
     }
-    if (info.cAt(0) != '.') vReport(info, g_sLogical);
+    if (info.cAt(0) != '.') vReport(info, g_eLogical);
     switch (info.cAt(1)) {
     case 'T': m_value = LogicalValue::True; break;
     case 'F': m_value = LogicalValue::False; break;
     case 'U': m_value = LogicalValue::Unknown; break;
-    default: vReport(info, g_sLogical);
+    default: vReport(info, g_eLogical);
     }
     if (info.cAt(2) == '.') return;
     StepReadInfoData& line = *info.m_pInfo;
-    line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Syntax, g_sLogical, info.m_pAttribute->sName,
+    line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Syntax, g_eLogical, info.m_pAttribute->sName,
                                   line.sourceText(), line.m_iLine);
 }
 
@@ -93,7 +93,7 @@ AttributeString::AttributeString(StepReadInfoAttribute& info) {
     const char* pText = info.pText();
     if (info.m_iLength < 2 || pText[0] != '\'' || pText[info.m_iLength - 1] != '\'') {
         m_value = static_cast<char*>(info.pAllocate(1));
-        vReport(info, "Error_ExpectedValidStringValueFor");
+        vReport(info, ReportKey::ExpectedValidStringValueFor);
         return;
     }
     m_value = pTextRead(info, info.m_iStart + 1, info.m_iLength - 2);
@@ -118,7 +118,7 @@ AttributeGuid::AttributeGuid(StepReadInfoAttribute& info) : AttributeGuid() {
     Guid guid;
     // What stands in the place of the quotes is not looked at.
     if (info.m_iLength != 24 || !IfcGuid::boIfcStringToGuid(guid, info.pText() + 1)) {
-        vReport(info, "Error_ExpectedValidGuidValueFor");
+        vReport(info, ReportKey::ExpectedValidGuidValueFor);
         guid.vGenerate();   // the entity keeps an identity
     }
     m_value = guid;
@@ -127,7 +127,7 @@ AttributeGuid::AttributeGuid(StepReadInfoAttribute& info) : AttributeGuid() {
 AttributeBinary::AttributeBinary(StepReadInfoAttribute& info) {
     if (boReadNull(info)) return;
     if (info.m_iLength < 3 || info.m_iLength % 2 == 0) {
-        vReport(info, "Error_ExpectedValidBinaryValueFor");
+        vReport(info, ReportKey::ExpectedValidBinaryValueFor);
         return;
     }
     const std::size_t iCount = (info.m_iLength - 3) / 2;
@@ -144,7 +144,7 @@ AttributeBinary::AttributeBinary(StepReadInfoAttribute& info) {
 AttributeEnumeration::AttributeEnumeration(StepReadInfoAttribute& info) {
     if (boReadNull(info)) return;
     if (info.m_iLength < 3) {
-        vReport(info, "Error_ExpectedValidEnumerationValueFor");
+        vReport(info, ReportKey::ExpectedValidEnumerationValueFor);
         return;
     }
     const std::string_view text(info.pText() + 1, info.m_iLength - 2);
@@ -155,8 +155,8 @@ AttributeEnumeration::AttributeEnumeration(StepReadInfoAttribute& info) {
         return;
     }
     StepReadInfoData& line = *info.m_pInfo;
-    line.m_pCommon->m_pError->add(info.m_pEntity, Errors::Error, Errors::Value, "Error_NotValidEnumerationValue", text,
-                                  line.sourceText(), line.m_iLine);
+    line.m_pCommon->m_pError->add(info.m_pEntity, ReportKey::NotValidEnumerationValue, text, line.sourceText(),
+                                  line.m_iLine);
 }
 
 const def::schema::DataTypeEnum* AttributeEnumeration::pEnumOf(const def::schema::ObjectBase* pType,
@@ -175,7 +175,7 @@ AttributeEntity::AttributeEntity(StepReadInfoAttribute& info) {
 Entity* AttributeEntity::pEntityRead(const StepReadInfoAttribute& info) {
     const char* pText = info.pText();
     if (info.m_iLength < 2 || *pText != '#') {
-        vReport(info, "Error_ExpectedValidEntityValueFor");
+        vReport(info, ReportKey::ExpectedValidEntityValueFor);
         return nullptr;
     }
     const std::string_view line = info.m_pInfo->m_line;

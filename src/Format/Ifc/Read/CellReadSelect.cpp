@@ -11,7 +11,7 @@
 namespace oxa::ifc {
 
 AttributeSelect::AttributeSelect(StepReadInfoAttribute& info) {
-    constexpr char g_sReport[] = "Error_ExpectedValidSelectValueFor";
+    constexpr auto g_eReport = ReportKey::ExpectedValidSelectValueFor;
     if (boReadNull(info)) return;
     if (info.cAt(0) == '#') {
         m_eType = AttributeType::Entity;
@@ -21,7 +21,7 @@ AttributeSelect::AttributeSelect(StepReadInfoAttribute& info) {
     }
     // A hostile file can nest typed values as deep as it is long, and each level is one of the stack's.
     if (info.m_iDepth >= g_iDepthLimit) {
-        vReport(info, g_sReport);
+        vReport(info, g_eReport);
         return;
     }
 
@@ -31,7 +31,7 @@ AttributeSelect::AttributeSelect(StepReadInfoAttribute& info) {
     const std::size_t iParenthesis = info.m_pInfo->iParenthesisFind(info.m_iStart);
     if (iParenthesis == std::string_view::npos) {
         m_boUndefined = true;
-        vReport(info, g_sReport);
+        vReport(info, g_eReport);
         return;
     }
     const def::schema::Schema* pSchema = info.m_pData->pSchema();
@@ -42,7 +42,7 @@ AttributeSelect::AttributeSelect(StepReadInfoAttribute& info) {
     const def::schema::Type* pType = nullptr;
     if (name.find(',') == std::string_view::npos) pType = pSchema->pTypeFromName(def::schema::ObjectName(name));
     if (!pType) {
-        vReport(info, g_sReport);
+        vReport(info, g_eReport);
         return;
     }
 

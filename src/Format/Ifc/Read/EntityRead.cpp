@@ -43,13 +43,11 @@ void vCellRead(CellClass eClass, void* pCell, Info& info) {
 
 void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, StepReadInfoData& info, std::size_t iStart,
                              std::size_t iLength) {
-    const auto report = [&](Errors::Severity eSeverity, Errors::Category eCategory, const char* sKey,
-                            const std::string& sArgument) {
-        info.m_pCommon->m_pError->add(this, eSeverity, eCategory, sKey, sArgument, info.sourceText(), info.m_iLine);
+    const auto report = [&](ReportKey eKey, const std::string& sArgument) {
+        info.m_pCommon->m_pError->add(this, eKey, sArgument, info.sourceText(), info.m_iLine);
     };
     if (m_pSchemaEntity) {
-        info.m_pCommon->m_pError->add(this, Errors::Error, Errors::Model, "Error_DuplicateEntity", info.sourceText(),
-                                      info.m_iLine);
+        info.m_pCommon->m_pError->add(this, ReportKey::DuplicateEntity, info.sourceText(), info.m_iLine);
         return;
     }
     m_pSchemaEntity = &schema;
@@ -59,7 +57,7 @@ void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, Step
     // A type without attributes has no layout, unless a caller asked for one; each of its statements is told.
     if (!pSize) {
         if (!schema.pDataSize.boReady()) {
-            report(Errors::Error, Errors::Schema, "Error_AttributeSizeNotFound", schema.sName);
+            report(ReportKey::AttributeSizeNotFound, schema.sName);
             return;
         }
         pSize = schema.pDataSize.value().get();
@@ -72,9 +70,9 @@ void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, Step
         if (iToken >= pSize->cells.size()) {
             // A layout shorter than the type is an inside fault, and the file can't be trusted any further.
             if (iToken++ < schema.allAttributes().size())
-                report(Errors::Fatal, Errors::Schema, "Error_IllegalAttributeIndex", {});
+                report(ReportKey::IllegalAttributeIndex, {});
             else
-                report(Errors::Error, Errors::Value, "Error_TooManyAttributesFor", schema.sName);
+                report(ReportKey::TooManyAttributesFor, schema.sName);
             return;
         }
         const DataSizeEntity::Cell& cell = pSize->cells[iToken++];
@@ -84,7 +82,7 @@ void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, Step
         try {
             vCellRead(cell.eClass, static_cast<char*>(m_pAttributes) + cell.iOffset, token);
         } catch (const std::exception&) {
-            report(Errors::Fatal, Errors::Schema, "Error_UnknownAttributeType", cell.pAttribute->sName);
+            report(ReportKey::UnknownAttributeType, cell.pAttribute->sName);
         }
     };
     try {

@@ -144,8 +144,8 @@ ReadFile::Scan ReadFile::byteRead(bool& boAdvanced) {
     switch (m_pBuffer[m_iPosition]) {
     case '\'': readString(boAdvanced); return Scan::Continue;
     case '/': readComment(boAdvanced); return Scan::Continue;
-    case '=':                                       // the second one
-        vReport("Error_UnexpectedEqualOperator");   // usually a ";" is missing
+    case '=':                                          // the second one
+        vReport(ReportKey::UnexpectedEqualOperator);   // usually a ";" is missing
         return Scan::EndOfInput;
     default: return Scan::EndOfInput;   // a backslash outside a string
     }
@@ -159,8 +159,7 @@ bool ReadFile::boEndOfInput() {
         vPassOver();
         return true;
     }
-    if (m_info.m_pError->records().empty())
-        m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Syntax, "Error_InvalidFile", {}, 0);
+    if (m_info.m_pError->records().empty()) m_info.m_pError->add(nullptr, ReportKey::InvalidFile, {}, 0);
     return false;
 }
 
@@ -217,7 +216,7 @@ void ReadFile::vEscapeSkip() {
     case 'S': return vSkip(2);   // \S\ and any byte, a quote included
     case 'X': break;
     case '\n':
-        vReport("Error_UnexpectedNewlineInString");
+        vReport(ReportKey::UnexpectedNewlineInString);
         ++m_iLine;
         return;
     default: return;
@@ -234,7 +233,7 @@ void ReadFile::vEscapeSkip() {
 
 void ReadFile::readComment(bool& boAdvanced) {
     const unsigned iSlash = m_iPosition;
-    if (!boStep()) return vReport("Error_InvalidEndOfFile");
+    if (!boStep()) return vReport(ReportKey::InvalidEndOfFile);
     if (m_pBuffer[m_iPosition] != '*') {
         boAdvanced = true;
         return;
@@ -244,7 +243,7 @@ void ReadFile::readComment(bool& boAdvanced) {
     else
         vPendingTake(iSlash);
     m_boCopyOnRefill = false;
-    if (!boCommentSkip()) vReport("Error_EndOfCommentNotFound");
+    if (!boCommentSkip()) vReport(ReportKey::EndOfCommentNotFound);
     m_boCopyOnRefill = true;
     m_iStart = m_iPosition + 1;
 }
@@ -335,8 +334,7 @@ ReadFile::Scan ReadFile::schemaResolve(const SchemaFromName& schemaFromName) {
     const std::string sName = m_pFile->headerBase().sSchemaNameGet();
     const def::SchemaPset* pSchema = sName.empty() ? nullptr : SchemaLoader::pSchemaGet(schemaFromName, sName);
     if (!pSchema) {
-        m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Model, "Error_UnknownSchemaName", sName,
-                             std::string(m_statement.text()), m_iLine);
+        m_info.m_pError->add(nullptr, ReportKey::UnknownSchemaName, sName, std::string(m_statement.text()), m_iLine);
         return Scan::Refused;
     }
     m_info.vUpdateSchemaCache(*pSchema);
@@ -360,8 +358,8 @@ void ReadFile::vEntityStatement(const ReadProgress& progress) {
     }
 }
 
-void ReadFile::vReport(const char* sKey) {
-    m_info.m_pError->add(nullptr, Errors::Fatal, Errors::Syntax, sKey, std::string(m_statement.text()), m_iLine);
+void ReadFile::vReport(ReportKey eKey) {
+    m_info.m_pError->add(nullptr, eKey, std::string(m_statement.text()), m_iLine);
 }
 
 }   // namespace oxa::ifc::io

@@ -17,8 +17,8 @@ using def::schema::ObjectName;
 
 namespace {
 
-void vReport(StepReadInfoData& info, Errors::Severity eSeverity, Errors::Category eCategory, const char* sKey) {
-    info.m_pCommon->m_pError->add(nullptr, eSeverity, eCategory, sKey, info.sourceText(), info.m_iLine);
+void vReport(StepReadInfoData& info, ReportKey eKey) {
+    info.m_pCommon->m_pError->add(nullptr, eKey, info.sourceText(), info.m_iLine);
 }
 
 // The parts of "#number=KEYWORD(...)", as offsets in the statement.
@@ -31,21 +31,21 @@ struct StatementParts {
 // The first fault is reported, and it is fatal: what follows can't be trusted to be a statement.
 std::optional<StatementParts> statementParts(StepReadInfoData& info) {
     const std::string_view line = info.m_line;
-    const auto refuse = [&info](const char* sKey) {
-        vReport(info, Errors::Fatal, Errors::Syntax, sKey);
+    const auto refuse = [&info](ReportKey eKey) {
+        vReport(info, eKey);
         return std::nullopt;
     };
-    if (line.empty() || line[0] != '#') return refuse("Error_ExpectedNumberSign");
+    if (line.empty() || line[0] != '#') return refuse(ReportKey::ExpectedNumberSign);
     const char* const pNumber = line.data() + 1;
     const char* const pLast = line.data() + line.size();
     StatementParts parts{0, 0, 0};
     const char* const pEqual = details::pHeadNumber(pNumber, pLast, parts.iId);
     if (!pEqual)   // a malformed number has no key of its own
-        return refuse(details::pHeadEnd(pNumber, pLast) ? "Error_ExpectedLeftParenthesis"
-                                                        : "Error_ExpectedEqualOperator");
+        return refuse(details::pHeadEnd(pNumber, pLast) ? ReportKey::ExpectedLeftParenthesis
+                                                        : ReportKey::ExpectedEqualOperator);
     parts.iKeyword = static_cast<std::size_t>(pEqual - line.data()) + 1;
     parts.iOpen = line.find('(', parts.iKeyword);
-    if (parts.iOpen == std::string::npos) return refuse("Error_InvalidEntity");
+    if (parts.iOpen == std::string::npos) return refuse(ReportKey::InvalidEntity);
     return parts;
 }
 
@@ -66,7 +66,7 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
     const def::schema::Entity* pType = info.m_pThread ? info.m_pThread->pEntityFromKeyword(*m_pSchema, keyword)
                                                       : m_pSchema->pEntityFromName(ObjectName(keyword));
     if (!pType) {
-        vReport(info, Errors::Error, Errors::Value, "Error_UnknownEntityType");
+        vReport(info, ReportKey::UnknownEntityType);
         return giveUp();
     }
     const std::size_t iClose = line.rfind(')');
@@ -79,7 +79,7 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
 
 const def::schema::Entity* Data::pConcreteType(const def::schema::Entity& type, StepReadInfoData& info) const {
     if (!type.boAbstract) return &type;
-    vReport(info, Errors::Error, Errors::Value, "Error_EntityIsAbstract");
+    vReport(info, ReportKey::EntityIsAbstract);
     for (const def::schema::Entity* pType = type.pParent; pType; pType = pType->pParent)
         if (!pType->boAbstract) return pType;
     // No concrete supertype: an abstract building element is kept as a proxy, with what its statement holds.
@@ -99,8 +99,8 @@ bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadIn
     std::optional<EntitySlotLock> lock;
     if (info.m_pCommon->m_boParallel) lock.emplace(slot);
     if (entity.m_pSchemaEntity) {
-        info.m_pCommon->m_pError->add(nullptr, Errors::Error, Errors::Identifier, "Error_EntityIdReused",
-                                      std::to_string(iId), info.sourceText(), info.m_iLine);
+        info.m_pCommon->m_pError->add(nullptr, ReportKey::EntityIdReused, std::to_string(iId), info.sourceText(),
+                                      info.m_iLine);
         if (info.m_pRooted) info.m_pRooted->boNumberReused = true;
         // The later statement wins; what the earlier one holds stays behind in the pool.
         entity.m_pSchemaEntity = nullptr;
@@ -145,10 +145,10 @@ void Data::finalizeEntity(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDa
 // The map keeps the earlier of two.
 void Data::vGuidEnter(const Guid& guid, Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line,
                       unsigned iLine) {
-    const char* sKey = guid.boIsNull()                           ? "Error_UnexpectedNullGuid"
-                       : m_guidEntityMap.boInsert(guid, pEntity) ? nullptr
-                                                                 : "Error_DuplicateGuids";
-    if (sKey) common.m_pError->add(nullptr, Errors::Error, Errors::Value, sKey, std::string(line), iLine);
+    if (guid.boIsNull())
+        common.m_pError->add(nullptr, ReportKey::UnexpectedNullGuid, std::string(line), iLine);
+    else if (!m_guidEntityMap.boInsert(guid, pEntity))
+        common.m_pError->add(nullptr, ReportKey::DuplicateGuids, std::string(line), iLine);
 }
 
 bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
@@ -182,8 +182,7 @@ bool Data::boNumbersSettle(ReadInfoCommon& info, bool boKeepIds) {
             if (boSeed) m_pEntityIdMap->vSeed(slot, iId);
         } else if (slot.boReferenced()) {
             boComplete = false;
-            info.m_pError->add(nullptr, Errors::Error, Errors::Reference, "Error_MissingEntityWithId",
-                               std::to_string(iId), {}, 0);
+            info.m_pError->add(nullptr, ReportKey::MissingEntityWithId, std::to_string(iId), {}, 0);
         }
     });
     return boComplete;

@@ -5,6 +5,7 @@
 #include <ostream>
 #include <utility>
 
+#include "Format/Ifc/Report/ReportKeys.h"
 #include "platform/Localization.h"
 
 namespace oxa::ifc {
@@ -21,38 +22,78 @@ void vArgumentFill(std::string& text, std::string_view argument) {
 
 }   // namespace
 
+// What a description is made of.
+struct Errors::Message {
+    explicit Message(ReportKey eOfKey) : key(reportKeyText(eOfKey)), reportKey(eOfKey) {}
+    Message(ReportKey eOfKey, std::string_view sArgument) : Message(eOfKey) { argument = sArgument; }
+    explicit Message(std::string_view sKey) : key(sKey), reportKey(reportKeyFromText(sKey)) {}
+    Message(std::string_view sKey, std::string_view sArgument) : Message(sKey) { argument = sArgument; }
+
+    // The text, and the place of the argument in it.
+    void vDescribe(ErrorRecord& record) const {
+        record.description = localize("Ifc", key);
+        record.reportKey = reportKey;
+        if (!argument) return;
+        const std::size_t iBegin = record.description.find(g_place);
+        if (iBegin == std::string::npos) return;
+        vArgumentFill(record.description, *argument);
+        record.argumentBegin = static_cast<std::uint32_t>(iBegin);
+        record.argumentLength = static_cast<std::uint32_t>(argument->size());
+    }
+
+    std::string_view key;
+    std::optional<ReportKey> reportKey;
+    std::optional<std::string_view> argument{};
+};
+
 Errors::Errors() = default;
 Errors::~Errors() = default;
 
+void Errors::add(const Entity* entity, ReportKey eKey, SourceText lineString, unsigned lineNumber) {
+    const report::KeyRow& row = report::keyRow(eKey);
+    vStore(Message(eKey), entity, row.eSeverity, row.eCategory, std::move(lineString), lineNumber);
+}
+
+void Errors::add(const Entity* entity, ReportKey eKey, std::string_view argument, SourceText lineString,
+                 unsigned lineNumber) {
+    const report::KeyRow& row = report::keyRow(eKey);
+    vStore(Message(eKey, argument), entity, row.eSeverity, row.eCategory, std::move(lineString), lineNumber);
+}
+
+void Errors::add(const Entity* entity, Severity severity, Category category, ReportKey eKey, SourceText lineString,
+                 unsigned lineNumber) {
+    vStore(Message(eKey), entity, severity, category, std::move(lineString), lineNumber);
+}
+
+void Errors::add(const Entity* entity, Severity severity, Category category, ReportKey eKey, std::string_view argument,
+                 SourceText lineString, unsigned lineNumber) {
+    vStore(Message(eKey, argument), entity, severity, category, std::move(lineString), lineNumber);
+}
+
 void Errors::add(const Entity* entity, Severity severity, Category category, std::string_view key,
                  SourceText lineString, unsigned lineNumber) {
-    vStore({entity, severity, category, localize("Ifc", key), std::move(lineString), lineNumber, 0, 0, {}}, key);
+    vStore(Message(key), entity, severity, category, std::move(lineString), lineNumber);
 }
 
 void Errors::add(const Entity* entity, Severity severity, Category category, std::string_view key,
                  std::string_view argument, SourceText lineString, unsigned lineNumber) {
-    std::string description = localize("Ifc", key);
-    const std::size_t iBegin = description.find(g_place);
-    const bool boPlace = iBegin != std::string::npos;
-    vArgumentFill(description, argument);
-    vStore({entity,
-            severity,
-            category,
-            std::move(description),
-            std::move(lineString),
-            lineNumber,
-            boPlace ? static_cast<std::uint32_t>(iBegin) : 0,
-            boPlace ? static_cast<std::uint32_t>(argument.size()) : 0,
-            {}},
-           key);
+    vStore(Message(key, argument), entity, severity, category, std::move(lineString), lineNumber);
 }
 
-void Errors::vStore(ErrorRecord&& record, std::string_view key) {
-    if (!record.lineString) record.lineString = std::string();
+// The text is made without the lock.
+void Errors::vStore(const Message& message, const Entity* entity, Severity severity, Category category,
+                    SourceText&& lineString, unsigned lineNumber) {
+    ErrorRecord record;
+    record.entity = entity;
+    record.severity = severity;
+    record.category = category;
+    record.lineString = lineString ? std::move(lineString) : SourceText(std::string());
+    record.lineNumber = lineNumber;
+    message.vDescribe(record);
     const std::lock_guard lock(m_mutex);
-    if (record.severity == Fatal) m_boFatal.store(true, std::memory_order_relaxed);
-    auto known = m_keys.find(key);
-    if (known == m_keys.end()) known = m_keys.emplace(key, std::string(key)).first;
+    if (severity == Fatal) m_boFatal.store(true, std::memory_order_relaxed);
+    auto known = m_keys.find(message.key);
+    if (known == m_keys.end()) known = m_keys.emplace(message.key, std::string(message.key)).first;
     record.key = known->second;
     m_records.push_back(std::move(record));
 }

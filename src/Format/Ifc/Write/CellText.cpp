@@ -21,10 +21,14 @@ using Info = AttributeBase::StepWriteInfoAttribute;
 
 namespace {
 
-void vReport(const Info& info, Errors::Severity eSeverity, Errors::Category eCategory, const char* sKey,
-             std::string_view sArgument, unsigned iLine) {
-    info.m_pLine->m_pCommon->m_pErrors->add(nullptr, eSeverity, eCategory, sKey, sArgument, info.m_pLine->m_line,
-                                            iLine);
+void vReport(const Info& info, ReportKey eKey, std::string_view sArgument) {
+    info.m_pLine->m_pCommon->m_pErrors->add(nullptr, eKey, sArgument, info.m_pLine->m_line, 0);
+}
+
+// What is an error of a file that is read is a fatal one here: the fault would be of our making.
+void vFatal(const Info& info, Errors::Category eCategory, ReportKey eKey) {
+    info.m_pLine->m_pCommon->m_pErrors->add(nullptr, Errors::Fatal, eCategory, eKey, info.m_pAttribute->sName,
+                                            info.m_pLine->m_line, info.m_pLine->m_iId);
 }
 
 // Writes "*" or "$" where the cell has no value, with a report on a mandatory position; true when that was all.
@@ -32,8 +36,7 @@ bool boNullWritten(const AttributeBase& cell, const Info& info) {
     if (cell.boHasValue()) return false;
     const bool boMandatory = info.m_boInList || !info.m_pAttribute->boOptional;
     if (boMandatory && cell.m_boUndefined && !cell.m_boDerived)
-        vReport(info, Errors::Fatal, Errors::Null, "Error_InvalidNullAttribute", info.m_pAttribute->sName,
-                info.m_pLine->m_iId);
+        vFatal(info, Errors::Null, ReportKey::InvalidNullAttribute);
     info.m_pLine->m_line.push_back(cell.m_boDerived ? '*' : '$');
     return true;
 }
@@ -140,9 +143,7 @@ void vWriteText(const Info& info, const char* pText) {
 
 void vWriteGuid(const AttributeGuid& cell, const Info& info) {
     const Guid guid = cell.m_value;
-    if (guid.boIsNull())
-        vReport(info, Errors::Fatal, Errors::Value, "Error_ExpectedValidGuidValueFor", info.m_pAttribute->sName,
-                info.m_pLine->m_iId);
+    if (guid.boIsNull()) vFatal(info, Errors::Value, ReportKey::ExpectedValidGuidValueFor);
     std::string& line = info.m_pLine->m_line;
     if (info.m_boPlainText) {
         line.append(guid.toString());
@@ -177,7 +178,7 @@ void vWriteEnumeration(const AttributeEnumeration& cell, const Info& info) {
     line.push_back('.');
     const def::schema::DataTypeEnum* pEnum = AttributeEnumeration::pEnumOf(info.m_pType, *info.m_pAttribute);
     if (pEnum && !pEnum->items.contains(std::string_view(pText)))
-        vReport(info, Errors::Error, Errors::Value, "Error_NotValidEnumerationValue", pText, 0);
+        vReport(info, ReportKey::NotValidEnumerationValue, pText);
 }
 
 void vWriteReference(StepWriteInfo& info, std::size_t iId) {
@@ -188,7 +189,7 @@ void vWriteReference(StepWriteInfo& info, std::size_t iId) {
 void vWriteEntity(const AttributeEntity& cell, const Info& info) {
     const Entity* pEntity = cell.m_value;
     if (!pEntity) {
-        vReport(info, Errors::Error, Errors::Null, "Error_InvalidNullAttribute", info.m_pAttribute->sName, 0);
+        vReport(info, ReportKey::InvalidNullAttribute, info.m_pAttribute->sName);
         return;
     }
     vWriteReference(*info.m_pLine, info.m_pLine->iEntityIdGet(pEntity));

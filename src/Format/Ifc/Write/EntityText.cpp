@@ -18,7 +18,7 @@ bool Entity::boCompose(StepWriteInfo& info) const {
     line.assign(1, '#').append(pNumber, pEnd).push_back('=');
     line.append(m_pSchemaEntity->sNameUpper).push_back('(');
     if (m_pSchemaEntity->boAbstract)
-        info.m_pCommon->m_pErrors->add(nullptr, Errors::Fatal, Errors::Value, "Error_EntityIsAbstract", line,
+        info.m_pCommon->m_pErrors->add(nullptr, Errors::Fatal, Errors::Value, ReportKey::EntityIsAbstract, line,
                                        info.m_iId);
     if (m_pAttributes) {
         bool boFirst = true;

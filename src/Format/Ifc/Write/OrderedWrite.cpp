@@ -216,8 +216,8 @@ void Data::vNumbersTwiceTell(StepWriteInfoCommon& info) const {
         const Entity* pOther = info.m_pEntityIdMap->pSeededFromId(iId);
         if (pOther == pEntity) continue;   // the number of a document beyond those of statements
         if (pEntity->pSchemaEntity() && pOther && pOther->pSchemaEntity() && info.boMet(*pOther))
-            info.m_pErrors->add(pEntity, Errors::Error, Errors::Identifier, "Error_NumberWrittenTwice",
-                                std::to_string(iId), pEntity->sWriteLine(*this), static_cast<unsigned>(iId));
+            info.m_pErrors->add(pEntity, ReportKey::NumberWrittenTwice, std::to_string(iId), pEntity->sWriteLine(*this),
+                                static_cast<unsigned>(iId));
     }
 }
 

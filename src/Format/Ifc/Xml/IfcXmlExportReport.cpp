@@ -44,9 +44,9 @@ void Export::vLeftOutReport(const Data& data, Errors& report) const {
         const std::string sInstance =
             '#' + std::to_string(data.iIdFromEntity(*pEntity)) + ' ' + pEntity->schemaEntity().sName;
         if (connected.boMet(*pEntity))
-            report.add(pEntity, Errors::Error, Errors::Value, "Error_EntityWithoutForm", sInstance, {}, 0);
+            report.add(pEntity, ReportKey::EntityWithoutForm, sInstance, {}, 0);
         else
-            report.add(pEntity, Errors::Error, Errors::Reference, "Error_EntityNotConnected", sInstance, {}, 0);
+            report.add(pEntity, ReportKey::EntityNotConnected, sInstance, {}, 0);
     }
 }
 

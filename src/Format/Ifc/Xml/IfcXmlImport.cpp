@@ -93,8 +93,8 @@ void vMissingId() {
     Assert::vTell("Format/Ifc/Xml/IfcXmlImport", "oxa::ifc::xml::Import::entityNodeImport", "Should always exist");
 }
 
-void vReport(ReadInfoCommon& info, const char* sKey) {
-    info.m_pError->add(nullptr, Errors::Error, Errors::Value, sKey, SourceText(), 0);
+void vReport(ReadInfoCommon& info, ReportKey eKey) {
+    info.m_pError->add(nullptr, Errors::Error, Errors::Value, eKey, SourceText(), 0);
 }
 
 // An inverse attribute of the type itself for that forward attribute: some documents name a relation this way.
@@ -183,7 +183,7 @@ bool Import::boEntityRead(const const_Element& element, Entity& entity, const st
                           ReadInfoCommon& info) {
     const def::schema::Entity* pType = pTypeOf(data, typeName);
     if (!pType) {
-        vReport(info, "Error_UnknownEntityType");
+        vReport(info, ReportKey::UnknownEntityType);
         return false;
     }
     // A number that the document gives twice begins anew.
@@ -204,7 +204,7 @@ void Import::vNodeRead(const const_Node& node, Entity& entity, Data& data, ReadI
     const AttributeInverse* pInverse = type.pAttributeInverseFromName(sName, true);
     if (!pInverse) pInverse = pInverseForAttribute(type, sName);
     if (pInverse) return vInverseRead(entity, node, *pInverse, data, info);
-    vReport(info, "Error_UnknownAttributeType");
+    vReport(info, ReportKey::UnknownAttributeType);
 }
 
 }   // namespace oxa::ifc::xml

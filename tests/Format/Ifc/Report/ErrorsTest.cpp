@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -139,7 +140,82 @@ TEST(Errors, RecordTellsItsKeyAndItsArgument) {
         EXPECT_EQ(copy.argument(), row.sExpected);
         EXPECT_EQ(errors.records().at(1).key, row.sKey);
         EXPECT_EQ(errors.records().at(1).argument(), "");
+        EXPECT_EQ(copy.reportKey, reportKeyFromText(row.sKey));
+        EXPECT_EQ(errors.records().at(1).reportKey, reportKeyFromText(row.sKey));
     }
+}
+
+// What each way of adding leaves in the record.
+struct AddRow {
+    const char* sRule;
+    void (*vAdd)(Errors& errors);
+    Errors::Severity eSeverity;
+    Errors::Category eCategory;
+    std::optional<ReportKey> eKey;
+    const char* sKey;
+    const char* sArgument;
+    const char* sDescription;
+};
+const AddRow g_addRows[] = {
+    {"a key has its usual severity and category",
+     [](Errors& errors) { errors.add(nullptr, ReportKey::HeaderTypeNotImplemented, "text", 7); }, Errors::Error,
+     Errors::Header, ReportKey::HeaderTypeNotImplemented, "Error_HeaderTypeNotImplemented", "",
+     "The header statement is of an unknown kind and was skipped."},
+    {"with an argument too", [](Errors& errors) { errors.add(nullptr, ReportKey::UnknownSchemaName, "X", "text", 7); },
+     Errors::Fatal, Errors::Model, ReportKey::UnknownSchemaName, "Error_UnknownSchemaName", "X",
+     "The schema \"X\" is not known; reading was stopped."},
+    {"or those that its raiser names",
+     [](Errors& errors) { errors.add(nullptr, Errors::Fatal, Errors::Value, ReportKey::EntityIsAbstract, "text", 7); },
+     Errors::Fatal, Errors::Value, ReportKey::EntityIsAbstract, "Error_EntityIsAbstract", "",
+     "The entity type is abstract and can have no instances."},
+    {"with an argument too",
+     [](Errors& errors) {
+         errors.add(nullptr, Errors::Fatal, Errors::Null, ReportKey::InvalidNullAttribute, "Name", "text", 7);
+     },
+     Errors::Fatal, Errors::Null, ReportKey::InvalidNullAttribute, "Error_InvalidNullAttribute", "Name",
+     "The mandatory attribute Name has no value."},
+    {"the text of a key is the same as the key",
+     [](Errors& errors) { errors.add(nullptr, Errors::Error, Errors::Null, "Error_InvalidFile", "text", 7); },
+     Errors::Error, Errors::Null, ReportKey::InvalidFile, "Error_InvalidFile", "",
+     "This is no complete IFC file: the end of its data section, ENDSEC, was not found."},
+    {"a text of the caller is no key of the library",
+     [](Errors& errors) { errors.add(nullptr, Errors::Error, Errors::Model, "my %1", "own", "text", 7); },
+     Errors::Error, Errors::Model, std::nullopt, "my %1", "own", "my own"},
+};
+
+TEST(Errors, EachWayOfAddingFillsTheRecord) {
+    for (const AddRow& row : g_addRows) {
+        SCOPED_TRACE(row.sRule);
+        Errors errors;
+        row.vAdd(errors);
+        ASSERT_EQ(errors.records().size(), 1u);
+        const ErrorRecord& record = errors.records().front();
+        EXPECT_EQ(record.entity, nullptr);
+        EXPECT_EQ(record.severity, row.eSeverity);
+        EXPECT_EQ(record.category, row.eCategory);
+        EXPECT_EQ(record.reportKey, row.eKey);
+        EXPECT_EQ(record.key, row.sKey);
+        EXPECT_EQ(record.argument(), row.sArgument);
+        EXPECT_EQ(record.description, row.sDescription);
+        EXPECT_EQ(record.lineString, "text");
+        EXPECT_EQ(record.lineNumber, 7u);
+        EXPECT_EQ(errors.boFatal(), row.eSeverity == Errors::Fatal);
+    }
+}
+
+// The key stands where the record had room: a file can have as many of them as bytes.
+TEST(Errors, AKeyCostsARecordNoMemory) {
+    struct WithoutKey {
+        const Entity* entity;
+        Errors::Severity severity;
+        Errors::Category category;
+        std::string description;
+        SourceText lineString;
+        std::uint32_t lineNumber, argumentBegin, argumentLength;
+        SharedText key;
+    };
+    EXPECT_EQ(sizeof(ErrorRecord), sizeof(WithoutKey));
+    EXPECT_EQ(ErrorRecord().reportKey, std::nullopt);
 }
 
 TEST(Errors, KeyOutlivesTheListAndIsOneForAll) {
