@@ -96,12 +96,13 @@ bool Model::boRead(std::istream& stream, bool boKeepIds, bool boSingleThreaded, 
 
 // A read that had other errors before the end says nothing at all about a missing end.
 void Model::vDiagnose(Input& input, ReadDiagnosis diagnosis) {
+    using ifc::ReportKey;
     const auto& records = m_pErrors->records();
     const auto boVague = [](const ifc::ErrorRecord& record) {
         if (record.severity != ifc::Errors::Fatal) return false;
-        for (const char* pKey : {"Error_InvalidFile", "Error_InvalidEndOfFile", "Error_EndOfCommentNotFound",
-                                 "Error_UnexpectedEqualOperator"})
-            if (record.key == pKey) return true;
+        for (const ReportKey eKey : {ReportKey::InvalidFile, ReportKey::InvalidEndOfFile,
+                                     ReportKey::EndOfCommentNotFound, ReportKey::UnexpectedEqualOperator})
+            if (record.reportKey == eKey) return true;
         return false;
     };
     const auto itVague = std::find_if(records.begin(), records.end(), boVague);
@@ -113,7 +114,8 @@ void Model::vDiagnose(Input& input, ReadDiagnosis diagnosis) {
     record.description = std::move(diagnosis.sText);
     if (!diagnosis.sSource.empty()) record.lineString = std::move(diagnosis.sSource);
     record.lineNumber = diagnosis.iLine;
-    record.key = itVague == records.end() ? ifc::SharedText("Error_InvalidFile") : itVague->key;
+    record.reportKey = itVague == records.end() ? ReportKey::InvalidFile : itVague->reportKey;
+    record.key = std::string(ifc::reportKeyText(*record.reportKey));
     m_diagnosed.assign(records.begin(), records.end());
     if (itVague == records.end())
         m_diagnosed.push_back(std::move(record));
@@ -149,7 +151,7 @@ bool Model::boReadSimple(ifc::FileSimple& file, std::istream& stream, bool boKee
     const ifc::def::SchemaPset* pSchema =
         sSchema.empty() ? nullptr : ifc::SchemaLoader::pSchemaGet(m_schemas.function(), sSchema);
     if (!pSchema) {
-        m_pErrors->add(nullptr, ifc::Errors::Fatal, ifc::Errors::Model, "Error_UnknownSchemaName", sSchema, {}, 0);
+        m_pErrors->add(nullptr, ifc::ReportKey::UnknownSchemaName, sSchema, {}, 0);
         return false;
     }
     file.vSchemaSet(*pSchema);

@@ -9,19 +9,20 @@
 #include <optional>
 #include <set>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/IfcWriteFile.h"
 #include "Format/Ifc/Write/WriteContext.h"
 #include "oxaifc/formats/XmlDocument.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
 #include "oxaifc/io/Progress.h"
-#include "platform/Utilities.h"
 
 namespace oxa::tool {
 
@@ -61,9 +62,12 @@ Instance instanceOf(const ifc::ErrorRecord& record) {
     return {iNumber, text.substr(iEqual + 1, text.find('(', iEqual) - iEqual - 1)};
 }
 
-// The texts of the read, with the numbers that their instances have now.
-std::set<std::pair<std::uint64_t, std::string_view>> toldWhileReading(const Model& model) {
-    std::set<std::pair<std::uint64_t, std::string_view>> told;
+// What is said of an instance: its number, the key and the argument.
+using Told = std::tuple<std::uint64_t, std::optional<ifc::ReportKey>, std::string_view>;
+
+// All of the read, with the numbers that the instances have now.
+std::set<Told> toldWhileReading(const Model& model) {
+    std::set<Told> told;
     const ifc::EntityIdMap& numbers = model.data().entityIdMap(false);
     for (const ifc::ErrorRecord& record : model.errors()) {
         std::optional<std::uint64_t> iId;
@@ -72,7 +76,7 @@ std::set<std::pair<std::uint64_t, std::string_view>> toldWhileReading(const Mode
         } else if (model.boIdsKept()) {
             iId = instanceOf(record).iId;
         }
-        if (iId) told.emplace(*iId, record.description);
+        if (iId) told.emplace(*iId, record.reportKey, record.argument());
     }
     return told;
 }
@@ -222,8 +226,7 @@ void ModelWrite::vXmlWrite(Model& model) {
                                sGrouped(iAll));
         });
         document.boExportData(model.data(), *m_pLeftOut, progress.function());
-    } catch (const oxa::exception& error) {
-        if (std::string_view(error.what()) != "returning nullptr") throw;
+    } catch (const ifc::MissingType&) {
         throw Failure(fmt::format("{}: refers to an instance that it does not define or that could not be read, which "
                                   "ifcXML can't hold; {} is not written (oxaifc check tells which)",
                                   model.sName(), m_target.sName()));
@@ -239,16 +242,16 @@ void ModelWrite::vXmlWrite(Model& model) {
                          sPrintable(m_target.sName())));
 }
 
-std::size_t ModelWrite::iLeftOut(ifc::Errors::Category category) const {
+std::size_t ModelWrite::iLeftOut(ifc::ReportKey eKey) const {
     const auto& records = m_pLeftOut->records();
     return static_cast<std::size_t>(
-        std::count_if(records.begin(), records.end(), [&](const auto& record) { return record.category == category; }));
+        std::count_if(records.begin(), records.end(), [&](const auto& record) { return record.reportKey == eKey; }));
 }
 
-std::string ModelWrite::sLeftOutRows(const Model& model, ifc::Errors::Category category) const {
+std::string ModelWrite::sLeftOutRows(const Model& model, ifc::ReportKey eKey) const {
     std::map<std::string, std::vector<std::size_t>> byType;
     for (const ifc::ErrorRecord& record : m_pLeftOut->records())
-        if (record.category == category)
+        if (record.reportKey == eKey)
             byType[record.entity->pSchemaEntity()->sNameUpper].push_back(model.data().iIdFromEntity(*record.entity));
     std::vector<std::pair<std::string, std::vector<std::size_t>>> byCount(byType.begin(), byType.end());
     std::stable_sort(byCount.begin(), byCount.end(),
@@ -263,18 +266,19 @@ std::string ModelWrite::sLeftOutRows(const Model& model, ifc::Errors::Category c
 
 void ModelWrite::vXmlLeftOutTell(const Model& model) const {
     const struct {
-        ifc::Errors::Category category;
+        ifc::ReportKey eKey;
         const char* pWhy;
         const char* pNote;
     } sorts[] = {
-        {ifc::Errors::Reference, "not connected with the project", " (ifcXML has no place for them)"},
-        {ifc::Errors::Value, "connected with the project only by values that ifcXML has no form for", ""},
+        {ifc::ReportKey::EntityNotConnected, "not connected with the project", " (ifcXML has no place for them)"},
+        {ifc::ReportKey::EntityWithoutForm, "connected with the project only by values that ifcXML has no form for",
+         ""},
     };
     for (const auto& sort : sorts)
-        if (const std::size_t iCount = iLeftOut(sort.category))
+        if (const std::size_t iCount = iLeftOut(sort.eKey))
             std::fputs(fmt::format("left out, {}: {}{}\n{}", sort.pWhy,
                                    iCount == 1 ? "1 entity" : sGrouped(iCount) + " entities", sort.pNote,
-                                   sLeftOutRows(model, sort.category))
+                                   sLeftOutRows(model, sort.eKey))
                            .c_str(),
                        stderr);
 }
@@ -328,12 +332,13 @@ int ModelWrite::iTell(const Model& model) const {
     if (!model.errors().empty())
         vSay(fmt::format("{}: {} while reading; oxaifc check tells them", sPrintable(model.sName()),
                          sCounted(model.errors().size(), "error")));
-    if (m_pErrors->records().empty()) return iLeftOut(ifc::Errors::Value) ? g_iExitErrors : model.iExitCode();
+    if (m_pErrors->records().empty())
+        return iLeftOut(ifc::ReportKey::EntityWithoutForm) ? g_iExitErrors : model.iExitCode();
     const auto told = toldWhileReading(model);
     std::vector<std::pair<std::optional<std::uint64_t>, const ifc::ErrorRecord*>> news;
     for (const ifc::ErrorRecord& record : m_pErrors->records()) {
         const std::optional<std::uint64_t> iId = instanceOf(record).iId;
-        if (!iId || !told.contains({*iId, record.description})) news.emplace_back(iId, &record);
+        if (!iId || !told.contains({*iId, record.reportKey, record.argument()})) news.emplace_back(iId, &record);
     }
     // Threads report in any order.
     std::stable_sort(news.begin(), news.end(), [](const auto& a, const auto& b) { return a.first < b.first; });

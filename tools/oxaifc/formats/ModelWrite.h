@@ -68,9 +68,9 @@ private:
     void vCheck(const Model& model) const;
     void vStatementsWrite(Model& model, const ifc::Entity* pRoot);
     void vXmlWrite(Model& model);
-    [[nodiscard]] std::size_t iLeftOut(ifc::Errors::Category category) const;
-    // The records of that category, by type: "           2  IFCMATERIAL  #3 #7", the most frequent first.
-    [[nodiscard]] std::string sLeftOutRows(const Model& model, ifc::Errors::Category category) const;
+    [[nodiscard]] std::size_t iLeftOut(ifc::ReportKey eKey) const;
+    // The records of that key, by type: "           2  IFCMATERIAL  #3 #7", the most frequent first.
+    [[nodiscard]] std::string sLeftOutRows(const Model& model, ifc::ReportKey eKey) const;
 
     const WriteOptions& m_options;
     FileForm m_eForm;

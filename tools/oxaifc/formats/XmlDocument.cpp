@@ -115,8 +115,7 @@ void XmlInput::vReferencesCheck(ifc::Errors& errors) const {
         if (const std::optional<const_Attr> ref = element.AttributeNodeGet("ref")) {
             const std::uint64_t iNumber = iNumberOf(ref->getValue());
             if (known.insert(iNumber).second)
-                errors.add(nullptr, ifc::Errors::Error, ifc::Errors::Reference, "Error_MissingEntityWithId",
-                           std::to_string(iNumber),
+                errors.add(nullptr, ifc::ReportKey::MissingEntityWithId, std::to_string(iNumber),
                            fmt::format("<{} ref=\"{}\"/>", element.getNodeName(), ref->getValue()), 0);
         } else if (const std::optional<const_Attr> id = element.AttributeNodeGet("id")) {
             known.insert(iNumberOf(id->getValue()));

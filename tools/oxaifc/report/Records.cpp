@@ -15,7 +15,7 @@ namespace oxa::tool {
 
 namespace {
 
-constexpr std::string_view g_missingKey = "Error_MissingEntityWithId";
+constexpr auto g_eMissing = ifc::ReportKey::MissingEntityWithId;
 
 bool boBefore(const ifc::ErrorRecord& a, const ifc::ErrorRecord& b) {
     const auto place = [](const ifc::ErrorRecord& record) {
@@ -59,11 +59,11 @@ std::vector<RecordGroup> recordGroups(const std::vector<ifc::ErrorRecord>& recor
     std::unordered_map<std::uint32_t, std::size_t> groupOfNumber;   // for statements with a record
     std::vector<const ifc::ErrorRecord*> missing;
     for (const ifc::ErrorRecord* pRecord : recordsByLine(records)) {
-        const std::string_view key = groupKey(*pRecord);
-        if (key == g_missingKey) {
+        if (pRecord->reportKey == g_eMissing) {
             missing.push_back(pRecord);
             continue;
         }
+        const std::string_view key = groupKey(*pRecord);
         const auto [it, boNew] = groupOf.try_emplace(key, groups.size());
         if (boNew) groups.push_back({key, {}, {}});
         groups[it->second].records.push_back(pRecord);
@@ -71,7 +71,7 @@ std::vector<RecordGroup> recordGroups(const std::vector<ifc::ErrorRecord>& recor
         if (!text.starts_with('#')) continue;
         if (const auto iNumber = number(text.substr(1), "=")) groupOfNumber.try_emplace(*iNumber, it->second);
     }
-    RecordGroup rest{g_missingKey, {}, {}};
+    RecordGroup rest{ifc::reportKeyText(g_eMissing), {}, {}};
     for (const ifc::ErrorRecord* pRecord : missing) {
         const auto iNumber = number(pRecord->argument(), "");
         const auto it = iNumber ? groupOfNumber.find(*iNumber) : groupOfNumber.end();
