@@ -7,7 +7,6 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
-#include "ReportKey.h"
 #include "models/ModelFiles.h"
 #include "models/PlainCount.h"
 
@@ -30,7 +29,7 @@ struct Model {
     }
     [[nodiscard]] Reports reports() const {
         Reports found;
-        for (const ErrorRecord& record : errors.records()) ++found[sReportKey(record.description)];
+        for (const ErrorRecord& record : errors.records()) ++found[record.key.value_or({})];
         return found;
     }
 };

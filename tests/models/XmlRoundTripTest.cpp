@@ -16,7 +16,6 @@
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
 #include "Format/Ifc/Xml/IfcXmlImport.h"
-#include "ReportKey.h"
 #include "models/ModelFiles.h"
 #include "provider/SchemaLoader.h"
 #include "schema/XmlSchema.h"
@@ -296,7 +295,7 @@ TEST_P(XmlRoundTrip, LosesNoInstanceInSilence) {
         ASSERT_NE(ids.contains(iId), record != told.end()) << sName;
         if (record == told.end()) continue;
         EXPECT_EQ(record->second->description.substr(0, sName.size() + 1), sName + ' ');
-        const std::string sKey = sReportKey(record->second->description);
+        const std::string sKey = record->second->key.value_or({});
         EXPECT_EQ(sKey, connected.contains(pEntity) ? "Error_EntityWithoutForm" : "Error_EntityNotConnected") << sName;
         ++counts[sKey];
     }

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "ReadResult.h"
+#include "platform/Localization.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa::ifc {

@@ -14,7 +14,6 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
-#include "platform/Localization.h"
 
 namespace oxa::ifc {
 
@@ -75,15 +74,8 @@ struct ReadFileModel {
     }
 };
 
-// True for a record with the text of that key.
-inline bool boIsKey(const Errors::ErrorRecord& record, const char* sKey) {
-    const std::string sText = localize("Ifc", sKey);
-    const std::size_t iArgument = std::min(sText.find("%1"), sText.size());
-    return record.description.starts_with(sText.substr(0, iArgument));
-}
-
 inline bool boHasKey(const Errors& errors, const char* sKey) {
-    return std::ranges::any_of(errors.records(), [&](const auto& record) { return boIsKey(record, sKey); });
+    return std::ranges::any_of(errors.records(), [&](const auto& record) { return record.key == sKey; });
 }
 
 // Which of two equal GUIDs is the second depends on timing, so those reports only count; for a bad GUID each read
@@ -91,14 +83,14 @@ inline bool boHasKey(const Errors& errors, const char* sKey) {
 inline std::multiset<std::string> comparableRecords(const Errors& errors) {
     std::multiset<std::string> texts;
     for (const Errors::ErrorRecord& record : errors.records())
-        texts.insert(boIsKey(record, "Error_DuplicateGuids") ? record.description : sRecordText(record));
+        texts.insert(record.key == "Error_DuplicateGuids" ? record.description : sRecordText(record));
     return texts;
 }
 
 inline ModelText comparableModel(const ReadFileModel& model) {
     ModelText text = modelText(model.file.data());
     for (const Errors::ErrorRecord& record : model.errors.records()) {
-        if (!record.entity || !boIsKey(record, "Error_ExpectedValidGuidValueFor")) continue;
+        if (!record.entity || record.key != "Error_ExpectedValidGuidValueFor") continue;
         const auto [first, last] = text.equal_range(model.file.data().iIdFromEntity(*record.entity));
         for (auto place = first; place != last; ++place) {
             std::string& sStatement = place->second.sStatement;

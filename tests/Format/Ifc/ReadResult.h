@@ -9,7 +9,6 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
-#include "ReportKey.h"
 
 namespace oxa::ifc {
 
@@ -18,7 +17,7 @@ inline std::string sRow(const ErrorRecord& record) {
     static constexpr const char* g_categories[] = {"Syntax", "Header", "Value",      "Null",  "Reference",
                                                    "Model",  "?",      "Identifier", "Schema"};
     return std::string(record.severity == Errors::Fatal ? "Fatal " : "Error ") + g_categories[record.category] + ' ' +
-           std::to_string(record.lineNumber) + ' ' + sReportKey(record.description) + " | " +
+           std::to_string(record.lineNumber) + ' ' + record.key.value_or({}) + " | " +
            record.lineString.value_or("(no text)");
 }
 

@@ -15,6 +15,7 @@
 #include "ModelText.h"
 #include "SmallModel.h"
 #include "StatementReader.h"
+#include "platform/Localization.h"
 
 namespace oxa::ifc {
 

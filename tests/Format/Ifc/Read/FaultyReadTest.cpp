@@ -214,8 +214,8 @@ TEST(FaultyRead, LengthAndDepthAreNoTrouble) {
         const auto& records = result.errors.records();
         ASSERT_EQ(records.size(), row.iReports);
         if (records.empty()) continue;
-        EXPECT_EQ(sReportKey(records.front().description), row.keys.front());
-        EXPECT_EQ(sReportKey(records.back().description), row.keys.back());
+        EXPECT_EQ(records.front().key.value_or({}), row.keys.front());
+        EXPECT_EQ(records.back().key.value_or({}), row.keys.back());
     }
 }
 

@@ -14,7 +14,7 @@
 
 #include "Format/Ifc/AssertLog.h"
 #include "Format/Ifc/SmallModel.h"
-#include "ReportKey.h"
+#include "platform/Localization.h"
 
 namespace oxa::ifc::io {
 namespace {
@@ -339,7 +339,7 @@ TEST(LineReadThreadPool, EntersWhatASlotHoldsWhenItsBatchIsParsed) {
         read.pool.reset();
         std::vector<std::string> reports;
         for (const ErrorRecord& record : read.errors.records()) {
-            reports.push_back(std::to_string(record.lineNumber) + ' ' + sReportKey(record.description));
+            reports.push_back(std::to_string(record.lineNumber) + ' ' + record.key.value_or({}));
             EXPECT_EQ(record.lineString, row.statements[record.lineNumber - 1]);
         }
         std::ranges::sort(reports);

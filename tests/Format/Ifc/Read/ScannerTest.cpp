@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "Format/Ifc/ReadResult.h"
+#include "platform/Localization.h"
 
 namespace oxa::ifc {
 namespace {

@@ -7,6 +7,7 @@
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/ReadResult.h"
 #include "Format/Ifc/SmallModel.h"
+#include "platform/Localization.h"
 #include "platform/Utilities.h"
 #include "provider/SchemaLoader.h"
 
@@ -218,7 +219,7 @@ TEST(DataReadLine, BuiltInSchemasHaveTheProxy) {
                                 "'));ENDSEC;DATA;#1=" + row.sKeyword +
                                 "('2CND9gmL0OS2wPqFz8m2Fi',#1,$,$,$,$,$,$);ENDSEC;");
         ASSERT_EQ(result.errors.records().size(), 1U);
-        EXPECT_EQ(sReportKey(result.errors.records()[0].description), "Error_EntityIsAbstract");
+        EXPECT_EQ(result.errors.records()[0].key.value_or({}), "Error_EntityIsAbstract");
         const Entity* pEntity = result.file.data().pEntityFromId(1);
         ASSERT_EQ(pEntity != nullptr, row.sType != nullptr);
         if (row.sType) {
@@ -336,7 +337,7 @@ TEST(DataReadLine, NestedTypedValuesAreBounded) {
     EXPECT_TRUE(result.boRead);
     EXPECT_EQ(result.iEntities(), 2U);
     ASSERT_EQ(result.errors.records().size(), 1U);
-    EXPECT_EQ(sReportKey(result.errors.records()[0].description), "Error_ExpectedValidSelectValueFor");
+    EXPECT_EQ(result.errors.records()[0].key.value_or({}), "Error_ExpectedValidSelectValueFor");
 }
 
 // A hundred thousand faults of one statement: linear in time and memory, where a copy of its text for each is not.

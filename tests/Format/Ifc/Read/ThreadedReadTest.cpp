@@ -32,9 +32,9 @@ ModelText modelWithout(ModelText text, const std::set<std::size_t>& numbers) {
 std::multiset<std::string> recordsBesideReuse(const Errors& errors) {
     std::multiset<std::string> texts;
     for (const Errors::ErrorRecord& record : errors.records()) {
-        if (boIsKey(record, "Error_EntityIdReused"))
+        if (record.key == "Error_EntityIdReused")
             texts.insert(record.description);
-        else if (!boIsKey(record, "Error_DuplicateGuids") && !boIsKey(record, "Error_UnexpectedNullGuid"))
+        else if (record.key != "Error_DuplicateGuids" && record.key != "Error_UnexpectedNullGuid")
             texts.insert(sRecordText(record));
     }
     return texts;

@@ -16,6 +16,7 @@
 #include "Format/Ifc/IfcStepStrings.h"
 #include "Format/Ifc/IfcWriteFile.h"
 #include "Format/Ifc/StatementReader.h"
+#include "platform/Localization.h"
 
 namespace oxa::ifc {
 namespace {

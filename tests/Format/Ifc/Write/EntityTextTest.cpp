@@ -4,6 +4,7 @@
 
 #include "Format/Ifc/IfcWriteFile.h"
 #include "Format/Ifc/SmallModel.h"
+#include "platform/Localization.h"
 
 namespace oxa::ifc {
 namespace {
