@@ -50,11 +50,11 @@ std::vector<Command> declareAll(CLI::App& app, std::string& sLanguage) {
     app.require_subcommand(1);
     app.get_formatter()->label("SUBCOMMAND", "VERB");
     std::vector<Command> commands;
-    for (const Verb& verb : verbs()) {
-        CLI::App* pApp = app.add_subcommand(verb.pName, verb.pSummary);
+    for (const Verb* pVerb : verbs()) {
+        CLI::App* pApp = app.add_subcommand(pVerb->pName, pVerb->pSummary);
         pApp->group("Verbs");
         vCommonDeclare(*pApp, sLanguage);
-        commands.push_back({pApp, verb.pDeclare(*pApp)});
+        commands.push_back({pApp, pVerb->pDeclare(*pApp)});
     }
     return commands;
 }
@@ -62,7 +62,7 @@ std::vector<Command> declareAll(CLI::App& app, std::string& sLanguage) {
 // CLI11 takes a word that is no verb for a superfluous argument; this says what is meant.
 void vVerbCheck(const std::vector<std::string>& words) {
     std::vector<std::string_view> names;
-    for (const Verb& verb : verbs()) names.push_back(verb.pName);
+    for (const Verb* pVerb : verbs()) names.push_back(pVerb->pName);
     if (words.empty()) throw Failure(fmt::format("a verb is missing; there are: {}", fmt::join(names, ", ")));
     const std::string_view word = words.front();
     if (word.starts_with('-')) return;

@@ -2,7 +2,7 @@
 // FirstBytes: what a file is that can't be read, by the way it begins.
 //
 // For      FileOpen, which refuses such a file before anybody reads it, and Model.
-// Not for  telling a STEP file from the simple text form or ifcXML: Model knows these.
+// Not for  telling a STEP file from the simple text form or ifcXML: Format.h knows these.
 #pragma once
 
 #include <string>

@@ -14,11 +14,8 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "oxaifc/formats/Format.h"
 #include "oxaifc/formats/SchemaSource.h"
-
-namespace CLI {
-class App;
-}   // namespace CLI
 
 namespace oxa::tool {
 
@@ -38,13 +35,10 @@ private:
     void vDeclareRead(CLI::App& command);
 };
 
-class Input;
-struct ReadDiagnosis;
-
 class Model {
 public:
-    // Reads the file: an exchange structure, the simple text form where the bytes begin so, or ifcXML where
-    // they begin as XML or the name ends so. With boKeepIds its instance numbers are kept.
+    // Reads the file as the format that its first bytes or the end of its name say (formatOfInput). With boKeepIds its
+    // instance numbers are kept.
     Model(const ModelOptions& options, bool boKeepIds);
     ~Model();
     Model(const Model&) = delete;
@@ -52,10 +46,12 @@ public:
 
     [[nodiscard]] ifc::FileBase& file() noexcept { return *m_pFile; }
     [[nodiscard]] const ifc::Data& data() const noexcept { return m_pFile->dataBase(); }
+    // The format that it was read as.
+    [[nodiscard]] const Format& format() const noexcept { return *m_pFormat; }
     // The header of an exchange structure or of an ifcXML document; null for the simple form.
-    [[nodiscard]] const ifc::FileHeader* pHeader() const noexcept;
+    [[nodiscard]] const ifc::FileHeader* pHeader() const noexcept { return m_pHeader; }
     // The header of the simple form; null for the others.
-    [[nodiscard]] const ifc::FileHeaderSimple* pHeaderSimple() const noexcept;
+    [[nodiscard]] const ifc::FileHeaderSimple* pHeaderSimple() const noexcept { return m_pHeaderSimple; }
     // The schema's own name; as the file spells it where no schema is known by that; empty where it tells none.
     [[nodiscard]] std::string sSchemaName() const { return m_pFile->headerBase().sSchemaNameGet(); }
 
@@ -63,8 +59,6 @@ public:
     [[nodiscard]] const std::vector<ifc::ErrorRecord>& errors() const noexcept {
         return m_diagnosed.empty() ? m_pErrors->records() : m_diagnosed;
     }
-    // True for ifcXML: what is not understood there is passed over, and errors() does not tell it.
-    [[nodiscard]] bool boXml() const noexcept { return m_boXml; }
     // What the model lacks and no error tells, by a fault inside or since the reading passes it over: "3 statements
     // were lost (the first at line 12): no memory or a fault inside". Empty where it is whole. It is told on standard
     // error too.
@@ -74,7 +68,7 @@ public:
     // Whether some of that was a fault inside: another read of the file may have another result.
     [[nodiscard]] bool boFaultInside() const { return m_pErrors->lostStatements().iCount > 0; }
     // What to say of a read without errors: "read without loss" where that is known.
-    [[nodiscard]] std::string_view noErrors() const noexcept;
+    [[nodiscard]] std::string sNoErrors() const;
     // The result of the read.
     [[nodiscard]] bool boOk() const noexcept { return m_boOk; }
     // Whether the entities have the numbers of the file.
@@ -91,20 +85,15 @@ public:
     [[nodiscard]] const std::string& sName() const noexcept { return m_sName; }
 
 private:
-    bool boRead(std::istream& stream, bool boKeepIds, bool boSingleThreaded, ifc::ReadProgress progress);
-    bool boReadSimple(ifc::FileSimple& file, std::istream& stream, bool boKeepIds, bool boSingleThreaded,
-                      ifc::ReadProgress progress);
-    void vXmlRead(Input& input, bool boKeepIds);
-    void vDiagnose(Input& input, ReadDiagnosis diagnosis);
-
     SchemaSource m_schemas;
-    ifc::def::SchemaPset m_noSchema{""};   // what a simple file is born with
+    const Format* m_pFormat = nullptr;
     std::unique_ptr<ifc::io::ReadError> m_pErrors;
     std::vector<ifc::ErrorRecord> m_diagnosed;   // empty where the read's own records say all
     std::unique_ptr<ifc::FileBase> m_pFile;
+    const ifc::FileHeader* m_pHeader = nullptr;               // of *m_pFile
+    const ifc::FileHeaderSimple* m_pHeaderSimple = nullptr;   // likewise
     std::string m_sName;
     bool m_boIdsKept;
-    bool m_boXml;
     bool m_boOk = false;
     std::vector<std::uint32_t> m_statementNumbers;
     double m_seconds = 0;

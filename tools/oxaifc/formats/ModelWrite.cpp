@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cstdio>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -16,13 +15,8 @@
 #include <fmt/format.h>
 
 #include "Format/Ifc/IfcFileEntity.h"
-#include "Format/Ifc/IfcMissingType.h"
-#include "Format/Ifc/IfcWriteFile.h"
-#include "Format/Ifc/Write/WriteContext.h"
-#include "oxaifc/formats/XmlDocument.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
-#include "oxaifc/io/Progress.h"
 
 namespace oxa::tool {
 
@@ -38,6 +32,22 @@ std::string sNumbers(const std::vector<std::size_t>& numbers) {
         while (i + 1 < numbers.size() && numbers[i + 1] == numbers[i] + 1) ++i;
         sText += fmt::format("{}#{}", sText.empty() ? "" : " ", numbers[iFirst]);
         if (i > iFirst) sText += fmt::format("{}#{}", i == iFirst + 1 ? " " : "-", numbers[i]);
+    }
+    return sText;
+}
+
+// The entities by type: "           2  IFCMATERIAL  #3 #7", the most frequent type first.
+std::string sRows(const Model& model, const std::vector<const ifc::Entity*>& entities) {
+    std::map<std::string, std::vector<std::size_t>> byType;
+    for (const ifc::Entity* pEntity : entities)
+        byType[pEntity->pSchemaEntity()->sNameUpper].push_back(model.data().iIdFromEntity(*pEntity));
+    std::vector<std::pair<std::string, std::vector<std::size_t>>> byCount(byType.begin(), byType.end());
+    std::stable_sort(byCount.begin(), byCount.end(),
+                     [](const auto& a, const auto& b) { return a.second.size() > b.second.size(); });
+    std::string sText;
+    for (auto& [sKeyword, numbers] : byCount) {
+        std::sort(numbers.begin(), numbers.end());
+        sText += fmt::format("{:>12}  {}  {}\n", sGrouped(numbers.size()), sKeyword, sNumbers(numbers));
     }
     return sText;
 }
@@ -117,42 +127,35 @@ void WriteOptions::vDeclareOut(CLI::App& command) {
             "with new ones behind; any, as they come")
         ->check(CLI::IsMember({"number", "file", "any"}))
         ->type_name("X");
+    std::vector<std::string_view> inPart;
+    for (const Format* pFormat : tool::formats())
+        if (!pFormat->holds.boReadTellsAll) inPart.push_back(pFormat->title);
     command.footer(
-        "OUT is replaced as a whole or not at all. Exit code: 0 fine, 1 the read or the write had errors "
-        "(OUT is written, and they are told), 2 unreadable, not to be written or wrong usage (OUT is as "
-        "it was). An IN with errors is not replaced by itself, nor is one in ifcXML, which is read in part.");
+        fmt::format("OUT is replaced as a whole or not at all. Exit code: 0 fine, 1 the read or the write had errors "
+                    "(OUT is written, and they are told), 2 unreadable, not to be written or wrong usage (OUT is as "
+                    "it was). An IN with errors is not replaced by itself, nor is one in {}, which is read in part.",
+                    fmt::join(inPart, " or ")));
 }
 
-void WriteOptions::vDeclareFormat(CLI::App& command, std::vector<FileForm> written) {
-    forms = std::move(written);
-    vFormatDeclare(command, sFormat, forms);
+void WriteOptions::vDeclareFormat(CLI::App& command, std::vector<const Format*> written, const Format* pOtherwise) {
+    formats = std::move(written);
+    pOpen = pOtherwise;
+    vFormatDeclare(command, sFormat, formats);
 }
 
-// Statements as they are composed, to the stream.
-class ModelWrite::Statements final : public ifc::io::IfcLineWriterInterface {
-public:
-    explicit Statements(std::ostream& out) : m_out(out) {}
-
-    std::size_t iLineAdd(std::string& lines, unsigned) override {
-        const std::lock_guard lock(m_mutex);
-        lines.push_back('\n');
-        m_out.write(lines.data(), static_cast<std::streamsize>(lines.size()));
-        return 0;
-    }
-    void vFinish() override {}
-    [[nodiscard]] std::size_t iBlockSize() const noexcept override { return 32768; }
-
-private:
-    std::mutex m_mutex;
-    std::ostream& m_out;   // guarded by m_mutex
-};
+std::function<std::string(unsigned)> writeProgress(const WriteJob& job) {
+    return [sName = sPrintable(job.target.sName()), iAll = job.model.data().entities().size()](unsigned iTaken) {
+        return fmt::format("writing {}: {} of {} entities", sName, sGrouped(iTaken), sGrouped(iAll));
+    };
+}
 
 ModelWrite::ModelWrite(const WriteOptions& options)
     : m_options(options),
-      m_eForm(fileForm(options.sOut, options.sFormat, options.forms)),
+      m_pFormat(pFormatOfOutput(options.sOut, options.sFormat, options.formats)),
       m_target(options.sOut),
-      m_pErrors(ifc::io::WriteError::pAllocate()),
-      m_pLeftOut(ifc::io::WriteError::pAllocate()) {}
+      m_pErrors(ifc::io::WriteError::pAllocate()) {
+    if (!m_pFormat) m_pFormat = options.pOpen;
+}
 
 ModelWrite::~ModelWrite() = default;
 
@@ -161,10 +164,10 @@ void ModelWrite::vCheck(const Model& model) const {
     if (pFatal || (!model.boOk() && model.errors().empty()))
         throw Failure(fmt::format("{}: not read to the end{}{}; {} is not written", model.sName(), pFatal ? ": " : "",
                                   pFatal ? sPrintable(pFatal->description) : std::string(), m_target.sName()));
-    if (model.boXml() && m_target.boIs(m_options.sPath))
-        throw Failure(fmt::format("{}: is ifcXML, which is read in part; what was passed over would be lost, so name "
+    if (!model.format().holds.boReadTellsAll && m_target.boIs(m_options.sPath))
+        throw Failure(fmt::format("{}: is {}, which is read in part; what was passed over would be lost, so name "
                                   "another OUT",
-                                  model.sName()));
+                                  model.sName(), model.format().title));
     if (model.lostStatements().iCount && m_target.boIs(m_options.sPath))
         throw Failure(fmt::format("{}: {}, so name another OUT", model.sName(), model.sLost()));
     if (!model.errors().empty() && m_target.boIs(m_options.sPath))
@@ -172,168 +175,36 @@ void ModelWrite::vCheck(const Model& model) const {
                                   model.sName(), sCounted(model.errors().size(), "error")));
 }
 
-void ModelWrite::vStatementsWrite(Model& model, const ifc::Entity* pRoot) {
-    const ifc::Data& data = model.data();
-    // Instances that are named and not defined get numbers in the write, which may be numbers that the file uses.
-    // What it dealt lies between the numbers of two entities that are no part of the model.
-    const ifc::Entity before, behind;
-    const bool boGuard = model.boIdsKept() && !model.errors().empty();
-    const std::size_t iBefore = boGuard ? data.iIdFromEntity(before) : 0;
-    {
-        Statements writer(m_target.stream());
-        const auto pInfo = std::make_unique<ifc::StepWriteInfoCommon>(data.entityIdMap(false), *m_pErrors, writer,
-                                                                      m_options.boSingleThreaded);
-        if (pRoot)
-            pInfo->iEntityIdGet(pRoot);
-        else
-            for (const ifc::Entity* pEntity : data.entities()) pInfo->iEntityIdGet(pEntity);
-        Progress progress([this, iAll = data.entities().size()](unsigned iTaken) {
-            return fmt::format("writing {}: {} of {} entities", sPrintable(m_target.sName()), sGrouped(iTaken),
-                               sGrouped(iAll));
-        });
-        // A walk without a first entity would never end.
-        if (pRoot || !data.entities().empty())
-            data.vWriteWith(*pInfo, {.progress = progress.function(),
-                                     .eOrder = m_options.eOrder,
-                                     .fileNumbers = model.statementNumbers(),
-                                     .boTellNumbersTwice = true});
-        for (const ifc::Entity* pEntity : data.entities())
-            if (pInfo->boMet(*pEntity)) m_written.push_back(data.iIdFromEntity(*pEntity));
-    }
-    std::sort(m_written.begin(), m_written.end());
-    const std::size_t iBehind = boGuard ? data.iIdFromEntity(behind) : 0;
-    for (std::size_t iId = iBefore + 1; iId < iBehind; ++iId)
-        if (data.pEntityFromId(iId))
-            throw Failure(fmt::format("{}: a reference to an instance that is not in the file would become one to "
-                                      "#{}; oxaifc convert --renumber gives all of them numbers of their own",
-                                      model.sName(), iId));
-}
-
-// The whole tree stands in memory before the first byte is written.
-void ModelWrite::vXmlWrite(Model& model) {
+void ModelWrite::vWrite(Model& model, const ifc::Entity* pRoot) {
     vCheck(model);
-    XmlOutput document;
-    if (!document.boExportHeader(model.file().headerBase()))
-        throw Failure(fmt::format("{}: is of schema {}, and ifcXML is written for IFC4 only; oxaifc convert --schema "
-                                  "IFC4 makes one of that",
-                                  model.sName(), sPrintable(model.sSchemaName())));
-    const auto& entities = model.data().entities();
-    if (!model.data().pProject())
-        throw Failure(fmt::format("{}: has no IFCPROJECT, where ifcXML starts from", model.sName()));
-    try {
-        Progress progress([this, iAll = entities.size()](unsigned iTaken) {
-            return fmt::format("writing {}: {} of {} entities", sPrintable(m_target.sName()), sGrouped(iTaken),
-                               sGrouped(iAll));
-        });
-        document.boExportData(model.data(), *m_pLeftOut, progress.function());
-    } catch (const ifc::MissingType&) {
-        throw Failure(fmt::format("{}: refers to an instance that it does not define or that could not be read, which "
-                                  "ifcXML can't hold; {} is not written (oxaifc check tells which)",
-                                  model.sName(), m_target.sName()));
-    }
-    document.boSave(m_target.stream());   // what fails is kept by the target
+    if (!m_pFormat) m_pFormat = model.format().holds.boReadTellsAll ? &model.format() : formats().front();
+    WriteJob job{.model = model, .pRoot = pRoot, .options = m_options, .target = m_target, .errors = *m_pErrors};
+    m_pFormat->vWrite(job);
     m_target.vFinish();
-    if (const std::size_t iDepth = document.iDepth(); iDepth > XmlOutput::g_iDepthLimit)
-        vSay(fmt::format("{}: has elements nested {} deep; many readers take fewer, this one {}",
-                         sPrintable(m_target.sName()), sGrouped(iDepth), sGrouped(XmlOutput::g_iDepthLimit)));
-    if (!model.data().pSchema()->pXmlDefaults)
-        vSay(fmt::format("{}: is written without the forms that are published for IFC4, whose shape the schema of "
-                         "--schema-file does not have; other readers may not take it",
-                         sPrintable(m_target.sName())));
+    m_written = std::move(job.written);
+    m_leftOut = std::move(job.leftOut);
+    for (const std::string& sNote : job.notes) vSay(sNote);
 }
 
-std::size_t ModelWrite::iLeftOut(ifc::ReportKey eKey) const {
-    const auto& records = m_pLeftOut->records();
-    return static_cast<std::size_t>(
-        std::count_if(records.begin(), records.end(), [&](const auto& record) { return record.reportKey == eKey; }));
-}
-
-std::string ModelWrite::sLeftOutRows(const Model& model, ifc::ReportKey eKey) const {
-    std::map<std::string, std::vector<std::size_t>> byType;
-    for (const ifc::ErrorRecord& record : m_pLeftOut->records())
-        if (record.reportKey == eKey)
-            byType[record.entity->pSchemaEntity()->sNameUpper].push_back(model.data().iIdFromEntity(*record.entity));
-    std::vector<std::pair<std::string, std::vector<std::size_t>>> byCount(byType.begin(), byType.end());
-    std::stable_sort(byCount.begin(), byCount.end(),
-                     [](const auto& a, const auto& b) { return a.second.size() > b.second.size(); });
-    std::string sText;
-    for (auto& [sKeyword, numbers] : byCount) {
-        std::sort(numbers.begin(), numbers.end());
-        sText += fmt::format("{:>12}  {}  {}\n", sGrouped(numbers.size()), sKeyword, sNumbers(numbers));
+void ModelWrite::vLeftOutTell(const Model& model) const {
+    for (const LeftOut& leftOut : m_leftOut) {
+        const std::size_t iCount = leftOut.entities.size();
+        std::fputs(fmt::format("left out, {}: {}{}\n{}", leftOut.sWhy,
+                               iCount == 1 ? "1 entity" : sGrouped(iCount) + " entities", leftOut.sNote,
+                               sRows(model, leftOut.entities))
+                       .c_str(),
+                   stderr);
     }
-    return sText;
-}
-
-void ModelWrite::vXmlLeftOutTell(const Model& model) const {
-    const struct {
-        ifc::ReportKey eKey;
-        const char* pWhy;
-        const char* pNote;
-    } sorts[] = {
-        {ifc::ReportKey::EntityNotConnected, "not connected with the project", " (ifcXML has no place for them)"},
-        {ifc::ReportKey::EntityWithoutForm, "connected with the project only by values that ifcXML has no form for",
-         ""},
-    };
-    for (const auto& sort : sorts)
-        if (const std::size_t iCount = iLeftOut(sort.eKey))
-            std::fputs(fmt::format("left out, {}: {}{}\n{}", sort.pWhy,
-                                   iCount == 1 ? "1 entity" : sGrouped(iCount) + " entities", sort.pNote,
-                                   sLeftOutRows(model, sort.eKey))
-                           .c_str(),
-                       stderr);
-}
-
-void ModelWrite::vExchangeWrite(Model& model, const ifc::Entity* pRoot) {
-    if (boXml()) return vXmlWrite(model);
-    vCheck(model);
-    ifc::FileHeader header;
-    if (const ifc::FileHeader* pHeader = model.pHeader()) {
-        header = *pHeader;
-    } else {
-        header.description.descriptions = {{}};   // ISO 10303-21, 8.2.1: one at least
-        header.name.vInit({}, {}, {}, {});
-        header.vSchemaNameSet(model.sSchemaName());
-    }
-    std::ostream& out = m_target.stream();
-    out << "ISO-10303-21;\n";
-    header.boWrite(out, *m_pErrors);
-    out << "DATA;\n";
-    vStatementsWrite(model, pRoot);
-    out << "ENDSEC;\nEND-ISO-10303-21;\n";
-    m_target.vFinish();
-}
-
-void ModelWrite::vSimpleWrite(Model& model, const ifc::Entity* pRoot) {
-    vCheck(model);
-    ifc::FileHeaderSimple header;
-    header.vSchemaNameSet(model.sSchemaName());
-    if (pRoot)
-        header.exportInfo = static_cast<std::uint64_t>(model.data().iIdFromEntity(*pRoot));
-    else if (const ifc::FileHeaderSimple* pHeader = model.pHeaderSimple())
-        header.exportInfo = pHeader->exportInfo;
-    else
-        header.exportInfo = ifc::FileHeaderSimple::WholeData;
-    header.boWrite(m_target.stream(), *m_pErrors);
-    vStatementsWrite(model, pRoot);
-    m_target.vFinish();
-}
-
-void ModelWrite::vSameWrite(Model& model) {
-    if (boXml()) {
-        vXmlWrite(model);
-        vXmlLeftOutTell(model);
-    } else if (m_eForm == FileForm::Step || (m_eForm == FileForm::Open && model.pHeader()))
-        vExchangeWrite(model, nullptr);
-    else
-        vSimpleWrite(model, nullptr);
 }
 
 int ModelWrite::iTell(const Model& model) const {
     if (!model.errors().empty())
         vSay(fmt::format("{}: {} while reading; oxaifc check tells them", sPrintable(model.sName()),
                          sCounted(model.errors().size(), "error")));
-    if (m_pErrors->records().empty())
-        return iLeftOut(ifc::ReportKey::EntityWithoutForm) ? g_iExitErrors : model.iExitCode();
+    if (m_pErrors->records().empty()) {
+        const auto boError = [](const LeftOut& leftOut) { return leftOut.boError; };
+        return std::any_of(m_leftOut.begin(), m_leftOut.end(), boError) ? g_iExitErrors : model.iExitCode();
+    }
     const auto told = toldWhileReading(model);
     std::vector<std::pair<std::optional<std::uint64_t>, const ifc::ErrorRecord*>> news;
     for (const ifc::ErrorRecord& record : m_pErrors->records()) {

@@ -12,7 +12,6 @@
 #include <fmt/format.h>
 
 #include "oxaifc/io/Failure.h"
-#include "oxaifc/io/NearNames.h"
 #include "oxaifc/io/Output.h"
 #include "platform/Xml.h"
 #include "provider/SchemaLoader.h"
@@ -77,11 +76,6 @@ bool boBeginsAsXml(std::string_view bytes) noexcept {
     using namespace std::string_view_literals;
     const std::size_t iFirst = bytes.find_first_not_of("\xEF\xBB\xBF\xFE\xFF\0 \t\r\n"sv);
     return iFirst != std::string_view::npos && bytes[iFirst] == '<';
-}
-
-bool boXmlName(std::string_view sPath) {
-    const std::string sEnd = sUpper(sPath.substr(sPath.size() - std::min<std::size_t>(sPath.size(), 7)));
-    return sEnd.ends_with(".XML") || sEnd == ".IFCXML";
 }
 
 std::string XmlInput::sLoad(std::istream& stream) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // XmlDocument: ifcXML documents, as far as the library's import and export leave something to tell.
 //
-// For      Model (XmlInput) and ModelWrite (XmlOutput).
+// For      FormatIfcXml.
 // Errors   Failure, in one line, for what is no ifcXML that can be read.
 // Threads  one import at a time in a process; it is the library's rule.
 #pragma once
@@ -21,8 +21,6 @@ namespace oxa::tool {
 
 // True for bytes that begin as XML: "<" behind a byte order mark and white space, in UTF-8 or UTF-16.
 [[nodiscard]] bool boBeginsAsXml(std::string_view bytes) noexcept;
-// True for a path that ends in ".ifcxml" or ".xml", in any case.
-[[nodiscard]] bool boXmlName(std::string_view sPath);
 
 // A document that is read: boLoad, then vImport.
 class XmlInput : public ifc::xml::Import {

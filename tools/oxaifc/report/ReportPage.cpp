@@ -120,7 +120,7 @@ std::string sVerdict(const Model& model, const RecordCounts& counts) {
     const std::string sLost = model.sLost();
     if (!sLost.empty()) return sText.append(sText.empty() ? "" : ", ").append(sLost);
     if (!sText.empty()) return model.boOk() ? sText : sText + ": not read to the end";
-    sText = model.noErrors();
+    sText = model.sNoErrors();
     sText.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(sText.front())));
     return sText;
 }

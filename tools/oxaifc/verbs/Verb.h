@@ -3,6 +3,7 @@
 //
 // A verb is a function that declares its options at "command" and gives back what to do once they are parsed.
 // What it gives back is called at most once; it writes to "output" and returns the exit code.
+// Each is defined as g_verbXxx in a file of its own and named in ../CMakeLists.txt.
 // Errors   Failure ends the program with its text and exit code 2.
 #pragma once
 
@@ -24,17 +25,7 @@ struct Verb {
     VerbRun (*pDeclare)(CLI::App& command);
 };
 
-// In the order in which help tells them.
-[[nodiscard]] std::span<const Verb> verbs();
-
-[[nodiscard]] VerbRun verbCheck(CLI::App& command);
-[[nodiscard]] VerbRun verbConvert(CLI::App& command);
-[[nodiscard]] VerbRun verbDiff(CLI::App& command);
-[[nodiscard]] VerbRun verbExtract(CLI::App& command);
-[[nodiscard]] VerbRun verbHeader(CLI::App& command);
-[[nodiscard]] VerbRun verbInfo(CLI::App& command);
-[[nodiscard]] VerbRun verbSchema(CLI::App& command);
-[[nodiscard]] VerbRun verbSet(CLI::App& command);
-[[nodiscard]] VerbRun verbShow(CLI::App& command);
+// In the order in which help tells them, which is that of the list in ../CMakeLists.txt.
+[[nodiscard]] std::span<const Verb* const> verbs();
 
 }   // namespace oxa::tool

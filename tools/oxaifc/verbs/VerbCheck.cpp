@@ -111,7 +111,7 @@ void vCountsWrite(const Model& model, Output& output) {
     const std::string sLost = model.sLost();
     if (!sLost.empty()) output.vPrint("{}: {}\n", sPrintable(model.sName()), sLost);
     if (!model.errors().empty() || (!sLost.empty() && model.boOk())) return;
-    output.vPrint("{}: {}\n", sPrintable(model.sName()), model.noErrors());
+    output.vPrint("{}: {}\n", sPrintable(model.sName()), model.sNoErrors());
 }
 
 // Most frequent groups first, the first records of each; with --all every record, each group followed by what
@@ -212,9 +212,7 @@ int iCheck(CheckOptions& options, Output& output) {
     return iCode;
 }
 
-}   // namespace
-
-VerbRun verbCheck(CLI::App& command) {
+VerbRun declare(CLI::App& command) {
     const auto pOptions = std::make_shared<CheckOptions>();
     pOptions->vDeclareSeveral(command, pOptions->paths);
     command.add_flag("--json", pOptions->boJson,
@@ -231,5 +229,9 @@ VerbRun verbCheck(CLI::App& command) {
         ->type_name("X");
     return [pOptions](Output& output) { return iCheck(*pOptions, output); };
 }
+
+}   // namespace
+
+extern const Verb g_verbCheck{"check", "Every error of a file, with line and source text; as a page, too", declare};
 
 }   // namespace oxa::tool

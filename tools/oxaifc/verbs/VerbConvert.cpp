@@ -66,32 +66,32 @@ void vMoveTell(const convert::SchemaMove& move, const std::string& sSchema) {
 int iConvert(const ConvertOptions& options) {
     const ifc::def::SchemaPset* pSchema = options.sSchema.empty() ? nullptr : &schemaBuiltIn(options.sSchema);
     ModelWrite write(options);
-    if (options.boAll && write.boXml())
-        throw Failure("convert: ifcXML holds what the project reaches, so --all and ifcXML don't go together");
+    const Format& format = *write.pFormat();
+    if (options.boAll && !format.holds.boEveryEntity)
+        throw Failure(fmt::format("convert: {0} holds what the project reaches, so --all and {0} don't go together",
+                                  format.title));
     // New numbers follow the walk, and the walk the inverse lists, whose order several reading threads don't keep.
     ModelOptions read = options;
     read.boSingleThreaded = read.boSingleThreaded || options.boRenumber;
     Model model(read, !options.boRenumber);
     const convert::SchemaMove move = pSchema ? convert::moveToSchema(model.file(), *pSchema) : convert::SchemaMove();
     const ifc::Entity* pProject = model.data().pProject();
-    if (!pProject && !options.boAll && !write.boXml() && model.boOk())
+    if (!pProject && !options.boAll && format.holds.boEveryEntity && model.boOk())
         throw Failure(fmt::format("{}: has no IFCPROJECT to start from; --all writes every entity", model.sName()));
-    write.vExchangeWrite(model, options.boAll ? nullptr : pProject);
-    if (write.boXml())
-        write.vXmlLeftOutTell(model);
-    else
+    write.vWrite(model, options.boAll ? nullptr : pProject);
+    if (format.holds.boEveryEntity)
         vLeftOutWrite(write, model);
+    else
+        write.vLeftOutTell(model);
     if (pSchema) vMoveTell(move, pSchema->sName);
     return std::max(write.iTell(model), move.boLossless() ? g_iExitFine : g_iExitErrors);
 }
 
-}   // namespace
-
-VerbRun verbConvert(CLI::App& command) {
+VerbRun declare(CLI::App& command) {
     const auto pOptions = std::make_shared<ConvertOptions>();
     pOptions->vDeclareIn(command);
     pOptions->vDeclareOut(command);
-    pOptions->vDeclareFormat(command, {FileForm::Step, FileForm::IfcXml});
+    pOptions->vDeclareFormat(command, formatsWith(&FormatHolds::boModel), &formatFromWord("step"));
     command.add_flag("--renumber", pOptions->boRenumber, "number the entities anew, from 1");
     command.add_flag("--all", pOptions->boAll, "every entity, also what is not connected with the project");
     command
@@ -100,5 +100,9 @@ VerbRun verbConvert(CLI::App& command) {
         ->type_name("NAME");
     return [pOptions](Output&) { return iConvert(*pOptions); };
 }
+
+}   // namespace
+
+extern const Verb g_verbConvert{"convert", "Reads a file and writes what its project reaches", declare};
 
 }   // namespace oxa::tool

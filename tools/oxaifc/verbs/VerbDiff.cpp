@@ -133,9 +133,7 @@ int iDiff(const DiffOptions& options, Output& output) {
     return diff.boEqual() ? g_iExitFine : g_iExitErrors;
 }
 
-}   // namespace
-
-VerbRun verbDiff(CLI::App& command) {
+VerbRun declare(CLI::App& command) {
     const auto pOptions = std::make_shared<DiffOptions>();
     pOptions->vDeclare(command, "A");
     command.add_option("B", pOptions->sPathNew, "the file to compare it with; - for standard input")
@@ -149,5 +147,9 @@ VerbRun verbDiff(CLI::App& command) {
                    "don't count. Exit code: 0 equal, 1 different, 2 unreadable or wrong usage.");
     return [pOptions](Output& output) { return iDiff(*pOptions, output); };
 }
+
+}   // namespace
+
+extern const Verb g_verbDiff{"diff", "How two models differ: by GlobalId, then by content", declare};
 
 }   // namespace oxa::tool

@@ -3,11 +3,13 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include "oxaifc/formats/ModelWrite.h"
-#include "oxaifc/formats/XmlDocument.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/verbs/Selection.h"
 #include "oxaifc/verbs/Verb.h"
@@ -20,29 +22,36 @@ struct ExtractOptions : WriteOptions {
     std::string sWhat;
 };
 
+// An OUT that is named as a file of a format that holds no part of a model.
+void vNameCheck(const ExtractOptions& options) {
+    const Format* const pNamed = options.sFormat.empty() ? pFormatFromName(options.sOut) : nullptr;
+    if (!pNamed || pNamed->holds.boFragment) return;
+    std::vector<std::string_view> files;
+    for (const Format* pFormat : options.formats) files.push_back(pFormat->file);
+    throw Failure(fmt::format("extract: writes {}, so OUT can't be named as {}; oxaifc convert writes that",
+                              fmt::join(files, " or "), pNamed->title));
+}
+
 int iExtract(const ExtractOptions& options) {
-    if (options.sFormat.empty() && boXmlName(options.sOut))
-        throw Failure("extract: writes a STEP file or the simple text form, so OUT can't be named as ifcXML; oxaifc "
-                      "convert writes that");
+    vNameCheck(options);
     ModelWrite write(options);
     Model model(options, true);
     const ifc::Entity& entity = entitySelected(model, options.sWhat);
-    if (write.form() == FileForm::Step)
-        write.vExchangeWrite(model, &entity);
-    else
-        write.vSimpleWrite(model, &entity);
+    write.vWrite(model, &entity);
     return write.iTell(model);
 }
 
-}   // namespace
-
-VerbRun verbExtract(CLI::App& command) {
+VerbRun declare(CLI::App& command) {
     const auto pOptions = std::make_shared<ExtractOptions>();
     pOptions->vDeclareIn(command);
     command.add_option("WHAT", pOptions->sWhat, "a number as 12 or '#12', or a GlobalId")->required()->type_name("");
     pOptions->vDeclareOut(command);
-    pOptions->vDeclareFormat(command, {FileForm::Step, FileForm::Simple});
+    pOptions->vDeclareFormat(command, formatsWith(&FormatHolds::boFragment), &formatFromWord("simple"));
     return [pOptions](Output&) { return iExtract(*pOptions); };
 }
+
+}   // namespace
+
+extern const Verb g_verbExtract{"extract", "Writes one entity and what it reaches", declare};
 
 }   // namespace oxa::tool

@@ -14,8 +14,8 @@
 #include <fmt/format.h>
 
 #include "Format/Ifc/IfcStepStrings.h"
-#include "oxaifc/formats/FileForm.h"
 #include "oxaifc/formats/FileOpen.h"
+#include "oxaifc/formats/Format.h"
 #include "oxaifc/formats/HeaderSection.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/NearNames.h"
@@ -36,6 +36,8 @@ struct HeaderOptions {
     std::vector<std::string> settings;   // "field=value"
     bool boJson = false;
 };
+
+std::vector<const Format*> written() { return formatsWith(&FormatHolds::boHeaderSection); }
 
 enum class FieldKind {
     Text,
@@ -146,7 +148,7 @@ int iTell(const HeaderOptions& options, Output& output) {
 
 int iChange(const HeaderOptions& options) {
     const std::vector<HeaderSection::Change> all = changes(options.settings);
-    (void)fileForm(options.sOut, options.sFormat, {FileForm::Step});   // refuses a name of another form
+    (void)pFormatOfOutput(options.sOut, options.sFormat, written());   // refuses a name of another
     Target target(options.sOut);
     const std::unique_ptr<Input> pInput = pFileOpen(options.sPath);
     const HeaderSection section(*pInput);
@@ -163,9 +165,7 @@ int iHeader(const HeaderOptions& options, Output& output) {
     return iChange(options);
 }
 
-}   // namespace
-
-VerbRun verbHeader(CLI::App& command) {
+VerbRun declare(CLI::App& command) {
     const auto pOptions = std::make_shared<HeaderOptions>();
     command.add_option("FILE", pOptions->sPath, "the file to read; - for standard input")->required()->type_name("");
     auto* const pSet =
@@ -180,7 +180,7 @@ VerbRun verbHeader(CLI::App& command) {
     command
         .add_option("OUT", pOptions->sOut, "with --set: the file to write, which may be FILE; - for standard output")
         ->type_name("");
-    vFormatDeclare(command, pOptions->sFormat, {FileForm::Step});
+    vFormatDeclare(command, pOptions->sFormat, written());
     command.footer("Without --set the header is printed. With it, all but the new values is copied byte for "
                    "byte, and OUT is "
                    "replaced as a whole or not at all. Exit code: 0 fine, 1 the header has errors (OUT is "
@@ -188,5 +188,9 @@ VerbRun verbHeader(CLI::App& command) {
                    "not to be written or wrong usage (OUT is as it was).");
     return [pOptions](Output& output) { return iHeader(*pOptions, output); };
 }
+
+}   // namespace
+
+extern const Verb g_verbHeader{"header", "The header of a file, told or changed; the data stay as they are", declare};
 
 }   // namespace oxa::tool

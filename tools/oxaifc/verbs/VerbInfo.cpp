@@ -152,8 +152,9 @@ void vTextWrite(const Model& model, const Figures& all, Output& output) {
     vRow("GlobalIds", sGrouped(all.iGlobalIds));
     vRow("inverse entries", sGrouped(all.iInverses));
     vRow("missing references", sGrouped(all.iMissing));
-    // What an import of ifcXML passes over, nobody counts.
-    if (!model.boXml()) vRow("errors", fmt::format("{}, fatal {}", sGrouped(all.iErrors), sGrouped(all.iFatal)));
+    // What a read passes over without a word, nobody counts.
+    if (model.format().holds.boReadTellsAll)
+        vRow("errors", fmt::format("{}, fatal {}", sGrouped(all.iErrors), sGrouped(all.iFatal)));
     vRow("read", sRead(model));
     vRow("time", fmt::format("{:.3f} s", model.seconds()));
     constexpr double g_mebibyte = 1024.0 * 1024.0;
@@ -184,13 +185,15 @@ int iInfo(InfoOptions& options, Output& output) {
     return iCode;
 }
 
-}   // namespace
-
-VerbRun verbInfo(CLI::App& command) {
+VerbRun declare(CLI::App& command) {
     const auto pOptions = std::make_shared<InfoOptions>();
     pOptions->vDeclareSeveral(command, pOptions->paths);
     command.add_flag("--json", pOptions->boJson, "print one JSON object; of several files an array of them");
     return [pOptions](Output& output) { return iInfo(*pOptions, output); };
 }
+
+}   // namespace
+
+extern const Verb g_verbInfo{"info", "What a file holds: schema, header, entities by type, memory", declare};
 
 }   // namespace oxa::tool

@@ -217,9 +217,7 @@ int iSchema(const SchemaOptions& options, Output& output) {
     return g_iExitFine;
 }
 
-}   // namespace
-
-VerbRun verbSchema(CLI::App& command) {
+VerbRun declare(CLI::App& command) {
     const auto pOptions = std::make_shared<SchemaOptions>();
     command.add_option("NAME", pOptions->sFirst, "a built-in schema, as IFC4; left out with --file")->type_name("");
     command.add_option("ENTITY", pOptions->sSecond, "an entity or type of it, in any case; without: a summary")
@@ -231,5 +229,9 @@ VerbRun verbSchema(CLI::App& command) {
     command.add_flag("--json", pOptions->boJson, "print JSON");
     return [pOptions](Output& output) { return iSchema(*pOptions, output); };
 }
+
+}   // namespace
+
+extern const Verb g_verbSchema{"schema", "What a schema says of its entities and types", declare};
 
 }   // namespace oxa::tool

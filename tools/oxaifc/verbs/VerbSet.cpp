@@ -62,13 +62,12 @@ int iSet(const SetOptions& options) {
     ifc::Entity& entity = entitySelected(model, options.sWhat);
     if (const auto refusal = convert::setFromText(model.file().dataBase(), entity, options.sAttribute, options.sValue))
         throw Failure(sRefusal(*refusal, model));
-    write.vSameWrite(model);
+    write.vWrite(model, nullptr);
+    write.vLeftOutTell(model);
     return write.iTell(model);
 }
 
-}   // namespace
-
-VerbRun verbSet(CLI::App& command) {
+VerbRun declare(CLI::App& command) {
     const auto pOptions = std::make_shared<SetOptions>();
     pOptions->vDeclareIn(command);
     command.add_option("WHAT", pOptions->sWhat, "a number as 12 or '#12', or a GlobalId")->required()->type_name("");
@@ -80,8 +79,12 @@ VerbRun verbSet(CLI::App& command) {
         ->required()
         ->type_name("");
     pOptions->vDeclareOut(command);
-    pOptions->vDeclareFormat(command, {FileForm::Step, FileForm::Simple, FileForm::IfcXml});
+    pOptions->vDeclareFormat(command, {formats().begin(), formats().end()}, nullptr);
     return [pOptions](Output&) { return iSet(*pOptions); };
 }
+
+}   // namespace
+
+extern const Verb g_verbSet{"set", "Changes one attribute and writes the file again", declare};
 
 }   // namespace oxa::tool

@@ -110,12 +110,10 @@ int iShow(const ShowOptions& options, Output& output) {
     return model.iExitCode();
 }
 
-}   // namespace
-
 constexpr const char* g_pWhatHelp =
     "a number as 12 or '#12', a GlobalId (22 characters or hexadecimal), or a type in any case";
 
-VerbRun verbShow(CLI::App& command) {
+VerbRun declare(CLI::App& command) {
     const auto pOptions = std::make_shared<ShowOptions>();
     pOptions->vDeclare(command);
     command.add_option("WHAT", pOptions->sWhat, g_pWhatHelp)->required()->type_name("");
@@ -123,5 +121,9 @@ VerbRun verbShow(CLI::App& command) {
     command.add_flag("--json", pOptions->boJson, "print a JSON array with one object an entity");
     return [pOptions](Output& output) { return iShow(*pOptions, output); };
 }
+
+}   // namespace
+
+extern const Verb g_verbShow{"show", "Entities with their attributes, values and referrers", declare};
 
 }   // namespace oxa::tool
