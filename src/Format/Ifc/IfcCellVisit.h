@@ -84,6 +84,16 @@ auto visitSelected(Select& select, Visitor&& visitor) {
     return visitCell(*pValue, boEntity ? CellClass::Entity : AttributeBase::cellClass(select.m_pType.load()), visitor);
 }
 
+// The select inside of a select, for whoever goes down to the value without a level of the stack for each; null where
+// the value is no select.
+template <class Select>
+Select* pSelectInside(Select& select) {
+    return visitSelected(select, Overloads{
+                                     [](Select& inner) { return &inner; },
+                                     [](const AttributeBase&) { return static_cast<Select*>(nullptr); },
+                                 });
+}
+
 // Calls function(std::type_identity<double>()), or what else items of that type are, or function(NoItems).
 template <class Function>
 auto visitItemType(AttributeType eType, Function&& function) {

@@ -68,6 +68,10 @@ enum class AttributeType : std::int32_t {
     Entity = 13,
 };
 
+[[nodiscard]] constexpr AttributeType attributeType(def::schema::DataKind kind) noexcept {
+    return static_cast<AttributeType>(static_cast<std::int32_t>(kind) + 1);
+}
+
 // The class of a cell, settled once per type and attribute (see DataSizeEntity).
 enum class CellClass : std::uint8_t {
     Real,

@@ -35,7 +35,7 @@ bool boIsGuidAttribute(const Attribute& attribute) noexcept {
 // Of an object that has a cell: the kind tells Array, List and Set apart, which have one class.
 AttributeType typeOf(const ObjectBase* pObject) noexcept {
     if (def::schema::pAsEntity(pObject)) return AttributeType::Entity;
-    return static_cast<AttributeType>(static_cast<int>(def::schema::pDataTypeOf(pObject)->kind) + 1);
+    return attributeType(def::schema::pDataTypeOf(pObject)->kind);
 }
 
 // Throws where there is no cell.

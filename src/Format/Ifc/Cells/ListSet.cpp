@@ -11,7 +11,8 @@
 #include <string>
 #include <type_traits>
 
-#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/Cells/ItemBlock.h"
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
 #include "platform/Assert.h"
@@ -78,23 +79,15 @@ struct ListSetter {
 
     [[nodiscard]] bool boIs(AttributeType eType) const noexcept { return list.m_eItemType.load() == eType; }
 
-    // The present block when its count is large enough, else a new, zeroed one; with the new count either way.
     template <class T>
-    Array<T>& arrayFor(std::size_t iCount, bool* pboNew = nullptr) {
-        Array<T>* pArray = list.pArray<T>();
-        const bool boReuse = pArray && pArray->size() >= iCount;
-        if (boReuse)
-            pArray->vCountSet(iCount);
-        else
-            list.m_pItems = pArray = Array<T>::pFromBytes(pool.pAllocate(Array<T>::iBlockSize(iCount)), iCount);
-        if (pboNew) *pboNew = !boReuse;
-        return *pArray;
+    [[nodiscard]] ItemBlock<T> blockFor(std::size_t iCount) const {
+        return itemBlock<T>(list, iCount, pool);
     }
 
     template <class T>
     bool boNumbers(AttributeType eType, const T* pFirst, std::size_t iCount) {
         if (!boIs(eType)) return false;
-        Array<T>& array = arrayFor<T>(iCount);
+        Array<T>& array = blockFor<T>(iCount).items;
         for (std::size_t i = 0; i < iCount; ++i) array[i] = pFirst[i];
         return true;
     }
@@ -112,8 +105,7 @@ struct ListSetter {
     template <class Row>
     bool boRows(const std::vector<Row>& rows) {
         if (!boIs(AttributeType::List)) return false;
-        bool boNew = false;
-        Array<AttributeList>& array = arrayFor<AttributeList>(rows.size(), &boNew);
+        const auto [array, boNew] = blockFor<AttributeList>(rows.size());
         for (std::size_t i = 0; i < rows.size(); ++i) {
             AttributeList& row = array[i];
             if (boNew) ::new (&row) AttributeList;
@@ -140,7 +132,7 @@ struct ListSetter {
     }
     bool boSet(const std::vector<std::string>& values) {
         if (!boIs(AttributeType::String)) return false;
-        Array<char*>& array = arrayFor<char*>(values.size());
+        Array<char*>& array = blockFor<char*>(values.size()).items;
         for (std::size_t i = 0; i < values.size(); ++i) {
             array[i] = pTextCopy(values[i], pool);
             vUtf8Check(values[i]);
@@ -149,8 +141,7 @@ struct ListSetter {
     }
     bool boSet(const std::vector<Bytes>& values) {
         if (!boIs(AttributeType::Binary)) return false;
-        bool boNew = false;
-        Array<AttributeBinary>& array = arrayFor<AttributeBinary>(values.size(), &boNew);
+        const auto [array, boNew] = blockFor<AttributeBinary>(values.size());
         for (std::size_t i = 0; i < values.size(); ++i) {
             if (boNew) ::new (&array[i]) AttributeBinary;
             array[i].boValueSet(values[i].data(), values[i].size(), pool);
@@ -172,8 +163,7 @@ struct ListSetter {
             return boSet(entities);
         }
         if (!boIs(AttributeType::Select)) return false;
-        bool boNew = false;
-        Array<AttributeSelect>& array = arrayFor<AttributeSelect>(values.size(), &boNew);
+        const auto [array, boNew] = blockFor<AttributeSelect>(values.size());
         if (boNew) ::new (array.begin()) AttributeSelect;   // the others stay zero until they are filled
         for (std::size_t i = 0; i < values.size(); ++i) {
             if (!array[i].boValueSet(values[i], pElement, pool)) continue;   // refused: it stays as it was
@@ -309,49 +299,41 @@ void AttributeListValueBase::vTypeListCreate(const std::vector<const ObjectBase*
     }
     const def::schema::Type* pType = def::schema::pAsType(pLast);
     if (!pType || !pType->pDataType) return;
+    const AttributeType eItems = attributeType(pType->pDataType->kind);
+    if (eItems == AttributeType::String && m_boGuid) {
+        boRefuse("oxa::ifc::AttributeListValueBase::vTypeListCreate", "Not implemented");
+        return;
+    }
+    if (eItems == m_eItemType.load()) return;
     // A block of zeroed items; cells get a header on the first one alone.
-    const auto vCreate = [&]<class T>(AttributeType eType, std::type_identity<T>) {
-        if (m_eItemType.load() == eType) return;
-        m_eItemType = eType;
+    const auto vCreate = [&]<class T>(std::type_identity<T>) {
+        m_eItemType = eItems;
         auto* pArray = Array<T>::pFromBytes(pool.pAllocate(Array<T>::iBlockSize(iCount)), iCount);
         m_pItems = pArray;
         if constexpr (std::is_base_of_v<AttributeBase, T>) ::new (pArray->begin()) T;
     };
-    switch (pType->pDataType->kind) {
-    case DataKind::Real: return vCreate(AttributeType::Real, std::type_identity<double>());
-    case DataKind::Integer: return vCreate(AttributeType::Integer, std::type_identity<long long>());
-    case DataKind::String:
-        if (m_boGuid) {
-            boRefuse("oxa::ifc::AttributeListValueBase::vTypeListCreate", "Not implemented");
-            return;
-        }
-        return vCreate(AttributeType::String, std::type_identity<char*>());
-    case DataKind::Binary: return vCreate(AttributeType::Binary, std::type_identity<AttributeBinary>());
-    case DataKind::Select: return vCreate(AttributeType::Select, std::type_identity<AttributeSelect>());
-    case DataKind::List: return vCreate(AttributeType::List, std::type_identity<AttributeList>());
-    default: return;
-    }
+    visitItemType(eItems, Overloads{vCreate, [](std::type_identity<Entity*>) {}, [](NoItems) {}});
 }
 
 AttributeListValueBase::~AttributeListValueBase() {
-    const auto vEach = [this]<class Cell>(std::type_identity<Cell>, auto&& end) {
-        if (Array<Cell>* pCells = pArray<Cell>())
-            for (Cell& cell : *pCells) end(cell);
+    const auto vEach = [](auto* pItems, auto&& end) {
+        if (pItems)
+            for (auto& item : *pItems) end(item);
     };
-    switch (m_eItemType.load()) {
-    case AttributeType::Binary:
-        vEach(std::type_identity<AttributeBinary>(), [](AttributeBinary& cell) {
-            if (!cell.m_boPooled) std::free(cell.m_value.load());
-        });
-        break;
-    case AttributeType::Select:
-        vEach(std::type_identity<AttributeSelect>(), [](AttributeSelect& cell) { cell.~AttributeSelect(); });
-        break;
-    case AttributeType::List:
-        vEach(std::type_identity<AttributeList>(), [](AttributeList& cell) { cell.~AttributeList(); });
-        break;
-    default: break;
-    }
+    visitItems(*this, Overloads{
+                          [&](Array<AttributeBinary>* pItems) {
+                              vEach(pItems, [](AttributeBinary& cell) {
+                                  if (!cell.m_boPooled) std::free(cell.m_value.load());
+                              });
+                          },
+                          [&](Array<AttributeSelect>* pItems) {
+                              vEach(pItems, [](AttributeSelect& cell) { cell.~AttributeSelect(); });
+                          },
+                          [&](Array<AttributeList>* pItems) {
+                              vEach(pItems, [](AttributeList& cell) { cell.~AttributeList(); });
+                          },
+                          [](AnyItems) {},
+                      });
 }
 
 // The closed lists of values.

@@ -2,6 +2,7 @@
 // Setting the cells of one plain value that own memory beside the cell. The other scalars are written directly.
 #include <cstring>
 
+#include "Format/Ifc/Cells/ItemBlock.h"
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "platform/Assert.h"
@@ -10,8 +11,9 @@
 namespace oxa::ifc {
 
 void AttributeString::vStore(const char* text, std::size_t size, Pool& pool) {
-    char* pText = m_value;
-    if (!pText || std::strlen(pText) < size) pText = static_cast<char*>(pool.pAllocate(size));
+    char* const pPresent = m_value;
+    char* const pText = pBlockOrNew(pPresent, pPresent ? std::strlen(pPresent) : 0, size,
+                                    [&] { return static_cast<char*>(pool.pAllocate(size)); });
     std::memmove(pText, text, size);   // a caller may hand the cell its own text
     m_value = pText;
 }
@@ -24,8 +26,8 @@ bool AttributeString::boValueSet(const char* text, std::size_t size, Pool& pool)
 }
 
 bool AttributeBinary::boValueSet(const unsigned char* bytes, std::size_t size, Pool& pool) {
-    unsigned char* pBytes = m_value;
-    if (!pBytes || m_iCount.load() < size) pBytes = static_cast<unsigned char*>(pool.pAllocate(size));
+    unsigned char* const pBytes = pBlockOrNew(m_value.load(), static_cast<std::size_t>(m_iCount.load()), size,
+                                              [&] { return static_cast<unsigned char*>(pool.pAllocate(size)); });
     if (size) std::memmove(pBytes, bytes, size);
     m_value = pBytes;
     m_iCount = size;

@@ -6,7 +6,7 @@
 #include <set>
 #include <type_traits>
 
-#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
@@ -28,12 +28,16 @@ bool boNotImplemented(const char* sFunction) {
 
 constexpr char g_sValueSet[] = "oxa::ifc::AttributeSelect::boValueSet";
 
-// The value of a list cell of numbers as the caller's vector.
+// The items of a list in a select as the caller's own.
 template <class T>
-std::vector<T> vectorOf(const AttributeListValueBase& list) {
-    std::vector<T> values;
-    if (const Array<T>* pArray = list.pArray<T>()) values.assign(pArray->begin(), pArray->end());
-    return values;
+std::vector<T> vectorOf(const Array<T>* pItems) {
+    return pItems ? std::vector<T>(pItems->begin(), pItems->end()) : std::vector<T>();
+}
+std::set<Entity*> setOf(const EntityList* pHead) {
+    std::set<Entity*> entities;
+    if (pHead)
+        for (Entity* pEntity : *pHead) entities.insert(pEntity);
+    return entities;
 }
 
 }   // namespace
@@ -119,48 +123,60 @@ bool AttributeSelect::boValueSet(const IfcSelectBase& value, const ObjectBase* p
             return boStoreList(AttributeType::List, pType, pIntegers, pool);
         return boStoreList(AttributeType::List, pType, value.pValueGet<std::vector<double>>(), pool);
     case DataKind::Set: return boStoreList(AttributeType::Set, pType, value.pValueGet<std::set<Entity*>>(), pool);
-    default: return false;
+    case DataKind::Select: break;   // of a type that is a select itself there is no value
     }
+    return false;
 }
+
+namespace {
+
+// The value of a select's cell as the caller's. What the items of a list become, the kind of the aggregate says.
+struct ValueGet {
+    IfcSelectBase& value;
+    const Type* pType;   // null for a reference
+
+    template <class T>
+    bool boGive(T typedValue) const {
+        value = IfcSelectBase(pType, std::move(typedValue));
+        return true;
+    }
+    bool operator()(const AttributeReal& cell) const { return boGive(cell.m_value.load()); }
+    bool operator()(const AttributeBoolean& cell) const { return boGive(cell.m_value != 0); }
+    bool operator()(const AttributeInteger& cell) const { return boGive(cell.m_value.load()); }
+    bool operator()(const AttributeString& cell) const {
+        const char* pText = cell.m_value;
+        return boGive(std::string(pText ? pText : ""));
+    }
+    bool operator()(const AttributeGuid& cell) const { return boGive(cell.m_value.load()); }
+    bool operator()(const AttributeLogical& cell) const { return boGive(cell.m_value.load()); }
+    bool operator()(const AttributeBinary& cell) const { return boGive(cell.m_value.load()); }
+    bool operator()(const AttributeEnumeration& cell) const { return boGive(cell.m_value.load()); }
+    bool operator()(const AttributeSelect&) const { return false; }   // can't be read this way
+    bool operator()(const AttributeList& list) const {
+        return visitItems(list, Overloads{
+                                    [this](const Array<double>* pItems) {
+                                        return pType->pDataType->kind == DataKind::Array && boGive(vectorOf(pItems));
+                                    },
+                                    [this](const Array<long long>* pItems) {
+                                        return pType->pDataType->kind == DataKind::List && boGive(vectorOf(pItems));
+                                    },
+                                    [this](const EntityList* pHead) {
+                                        return pType->pDataType->kind == DataKind::Set && boGive(setOf(pHead));
+                                    },
+                                    [](AnyItems) { return false; },
+                                });
+    }
+    bool operator()(const AttributeEntity& cell) const {
+        value.vEntitySet(cell.m_value);
+        return true;
+    }
+};
+
+}   // namespace
 
 bool AttributeSelect::boValueGet(IfcSelectBase& value) const {
     const AttributeBase* pCell = m_pValue;
-    if (!pCell || pCell->m_boUndefined) return false;
-    if (m_eType.load() == AttributeType::Entity) {
-        value.vEntitySet(static_cast<const AttributeEntity*>(pCell)->m_value);
-        return true;
-    }
-    const Type* pType = m_pType;
-    if (!pType || !pType->pDataType) return false;
-    const auto give = [&](auto typedValue) {
-        value = IfcSelectBase(pType, std::move(typedValue));
-        return true;
-    };
-    const auto& list = *static_cast<const AttributeListValueBase*>(pCell);
-    switch (pType->pDataType->kind) {
-    case DataKind::Real:
-    case DataKind::Number: return give(static_cast<const AttributeReal*>(pCell)->m_value.load());
-    case DataKind::Boolean: return give(static_cast<const AttributeBoolean*>(pCell)->m_value != 0);
-    case DataKind::Integer: return give(static_cast<const AttributeInteger*>(pCell)->m_value.load());
-    case DataKind::String: {
-        if (pCell->m_boGuid) return give(static_cast<const AttributeGuid*>(pCell)->m_value.load());
-        const char* pText = static_cast<const AttributeString*>(pCell)->m_value;
-        return give(std::string(pText ? pText : ""));
-    }
-    case DataKind::Logical: return give(static_cast<const AttributeLogical*>(pCell)->m_value.load());
-    case DataKind::Binary: return give(static_cast<const AttributeBinary*>(pCell)->m_value.load());
-    case DataKind::Enumeration: return give(static_cast<const AttributeEnumeration*>(pCell)->m_value.load());
-    case DataKind::Array: return list.m_eItemType.load() == AttributeType::Real && give(vectorOf<double>(list));
-    case DataKind::List: return list.m_eItemType.load() == AttributeType::Integer && give(vectorOf<long long>(list));
-    case DataKind::Set: {
-        if (list.m_eItemType.load() != AttributeType::Entity) return false;
-        std::set<Entity*> entities;
-        if (const EntityList* pHead = list.pEntities())
-            for (Entity* pEntity : *pHead) entities.insert(pEntity);
-        return give(std::move(entities));
-    }
-    default: return false;   // a select inside of a select can't be read this way
-    }
+    return pCell && !pCell->m_boUndefined && visitSelected(*this, ValueGet{value, m_pType});
 }
 
 bool AttributeSelect::boValueGetFromCell(const AttributeBase& cell, const def::schema::Attribute& attribute,
@@ -168,24 +184,16 @@ bool AttributeSelect::boValueGetFromCell(const AttributeBase& cell, const def::s
     if (!cell.boHasValue()) return false;
     if (attribute.types.empty()) throw MissingType();
     const ObjectBase* pObject = attribute.types.front();
-    const Type* pType = def::schema::pAsType(pObject);
-    switch (cellClass(pObject, attribute)) {
-    case CellClass::Entity: value.vEntitySet(static_cast<const AttributeEntity&>(cell).m_value); return true;
-    case CellClass::Real:
-    case CellClass::Number:
-        value = IfcSelectBase(pType, static_cast<const AttributeReal&>(cell).m_value.load());
-        return true;
-    case CellClass::Integer:
-        value = IfcSelectBase(pType, static_cast<const AttributeInteger&>(cell).m_value.load());
-        return true;
-    case CellClass::String: {
-        const char* pText = static_cast<const AttributeString&>(cell).m_value;
-        value = IfcSelectBase(pType, std::string(pText ? pText : ""));
-        return true;
-    }
-    case CellClass::Select: return static_cast<const AttributeSelect&>(cell).boValueGet(value);
-    default: return false;
-    }
+    const ValueGet get{value, def::schema::pAsType(pObject)};
+    return visitCell(cell, cellClass(pObject),
+                     Overloads{
+                         [&](const AttributeEntity& reference) { return get(reference); },
+                         [&](const AttributeReal& real) { return get(real); },
+                         [&](const AttributeInteger& integer) { return get(integer); },
+                         [&](const AttributeString& text) { return get(text); },
+                         [&](const AttributeSelect& select) { return select.boValueGet(value); },
+                         [](const AttributeBase&) { return false; },
+                     });
 }
 
 void AttributeSelect::vTypeCreate(const std::vector<const ObjectBase*>& path, Pool& pool) {
@@ -194,45 +202,34 @@ void AttributeSelect::vTypeCreate(const std::vector<const ObjectBase*>& path, Po
         return vCellTake(cellOf<AttributeEntity>(AttributeType::Entity, pool), AttributeType::Entity, nullptr);
     const Type* pType = def::schema::pAsType(path.front());
     if (!pType || !pType->pDataType) return;
-    const auto vPrepare = [&]<class Cell>(AttributeType eType, std::type_identity<Cell>) {
-        vCellTake(cellOf<Cell>(eType, pool), eType, pType);
-    };
-    const auto vRefuse = [] { boNotImplemented("oxa::ifc::AttributeSelect::vTypeCreate"); };
-    switch (pType->pDataType->kind) {
-    case DataKind::Real: return vPrepare(AttributeType::Real, std::type_identity<AttributeReal>());
-    case DataKind::Boolean: return vPrepare(AttributeType::Boolean, std::type_identity<AttributeBoolean>());
-    case DataKind::Integer: return vPrepare(AttributeType::Integer, std::type_identity<AttributeInteger>());
-    case DataKind::Number: return vPrepare(AttributeType::Number, std::type_identity<AttributeNumber>());
-    case DataKind::Logical: return vPrepare(AttributeType::Logical, std::type_identity<AttributeLogical>());
-    case DataKind::Select: return vPrepare(AttributeType::Select, std::type_identity<AttributeSelect>());
-    case DataKind::String:
-        if (m_boGuid) return vRefuse();
-        return vPrepare(AttributeType::String, std::type_identity<AttributeString>());
-    case DataKind::Binary:
-    case DataKind::Enumeration: return vRefuse();
-    default: return;
-    }
+    visitCellClass(cellClass(pType), [&]<class Cell>(std::type_identity<Cell>) {
+        if constexpr (!std::is_same_v<Cell, AttributeList>) {
+            const bool boRefused = std::is_same_v<Cell, AttributeBinary> ||
+                                   std::is_same_v<Cell, AttributeEnumeration> ||
+                                   (std::is_same_v<Cell, AttributeString> && m_boGuid);
+            if (boRefused) {
+                boNotImplemented("oxa::ifc::AttributeSelect::vTypeCreate");
+                return;
+            }
+            const AttributeType eType = attributeType(pType->pDataType->kind);
+            vCellTake(cellOf<Cell>(eType, pool), eType, pType);
+        }
+    });
 }
 
 AttributeSelect::~AttributeSelect() {
     AttributeBase* pCell = m_pValue;
     if (!pCell) return;
-    const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(m_pType.load());
-    if (m_eType.load() != AttributeType::Entity && pDataType) {
-        switch (pDataType->kind) {
-        case DataKind::String:
-            if (!pCell->m_boGuid && !pCell->m_boPooled) std::free(static_cast<AttributeString*>(pCell)->m_value.load());
-            break;
-        case DataKind::Binary:
-            if (!pCell->m_boPooled) std::free(static_cast<AttributeBinary*>(pCell)->m_value.load());
-            break;
-        case DataKind::Select: static_cast<AttributeSelect*>(pCell)->~AttributeSelect(); break;
-        case DataKind::Array:
-        case DataKind::List:
-        case DataKind::Set: static_cast<AttributeList*>(pCell)->~AttributeList(); break;
-        default: break;
-        }
-    }
+    const auto vFree = [](auto& cell) {
+        if (!cell.m_boPooled) std::free(cell.m_value.load());
+    };
+    visitSelected(*this, Overloads{
+                             [&](AttributeString& cell) { vFree(cell); },
+                             [&](AttributeBinary& cell) { vFree(cell); },
+                             [](AttributeSelect& cell) { cell.~AttributeSelect(); },
+                             [](AttributeList& cell) { cell.~AttributeList(); },
+                             [](const AttributeBase&) {},
+                         });
     if (!m_boPooled) std::free(pCell);
 }
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <new>
 
-#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcNumbers.h"
 #include "Format/Ifc/Read/ReadContext.h"
@@ -41,8 +41,12 @@ bool AttributeListValueBase::boInitTypeFromAttribute(const ObjectBase* pObject) 
         return true;
     case DataKind::List: m_eItemType = AttributeType::List; return true;
     case DataKind::Set: m_eItemType = AttributeType::Set; return true;
-    default: return false;   // Boolean, Logical, Enumeration and Array are no items
+    case DataKind::Boolean:
+    case DataKind::Logical:
+    case DataKind::Enumeration:
+    case DataKind::Array: break;   // are no items
     }
+    return false;
 }
 
 // The second half of the parsing constructor: the items of one token, by item type.
@@ -135,21 +139,25 @@ struct AttributeListValueBase::Reader {
         list.m_pItems = pHead;
     }
 
+    // By item type, each from its token: there is no block yet that a visit could hand over.
+    void vItems(std::type_identity<double>) {
+        vNumbers<double>([](const char* pBegin, const char* pEnd) { return toDouble(pBegin, pEnd); },
+                         ReportKey::ExpectedValidRealInListFor);
+    }
+    void vItems(std::type_identity<long long>) {
+        vNumbers<long long>([](const char* pBegin, const char* pEnd) { return toInt(pBegin, pEnd); },
+                            ReportKey::ExpectedValidIntegersInListFor);
+    }
+    void vItems(std::type_identity<char*>) { vStrings(); }
+    template <class Cell>
+    void vItems(std::type_identity<Cell>) {
+        vCells<Cell>();
+    }
+    void vItems(std::type_identity<Entity*>) { vEntities(); }
+    void vItems(NoItems) {}   // a list of sets stays empty
+
     void vRead() {
-        switch (list.m_eItemType.load()) {
-        case AttributeType::Real:
-            return vNumbers<double>([](const char* pBegin, const char* pEnd) { return toDouble(pBegin, pEnd); },
-                                    ReportKey::ExpectedValidRealInListFor);
-        case AttributeType::Integer:
-            return vNumbers<long long>([](const char* pBegin, const char* pEnd) { return toInt(pBegin, pEnd); },
-                                       ReportKey::ExpectedValidIntegersInListFor);
-        case AttributeType::String: return vStrings();
-        case AttributeType::Binary: return vCells<AttributeBinary>();
-        case AttributeType::Select: return vCells<AttributeSelect>();
-        case AttributeType::List: return vCells<AttributeList>();
-        case AttributeType::Entity: return vEntities();
-        default: return;   // a list of sets stays empty
-        }
+        visitItemType(list.m_eItemType, [this](auto eItem) { vItems(eItem); });
     }
 };
 

@@ -161,7 +161,7 @@ AttributeEnumeration::AttributeEnumeration(StepReadInfoAttribute& info) {
 
 const def::schema::DataTypeEnum* AttributeEnumeration::pEnumOf(const def::schema::ObjectBase* pType,
                                                                const def::schema::Attribute& attribute) noexcept {
-    if (!pType && !attribute.types.empty()) pType = attribute.types.front();
+    if (!pType) pType = attribute.pType();
     const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pType);
     if (!pDataType || pDataType->kind != def::schema::DataKind::Enumeration) return nullptr;
     return static_cast<const def::schema::DataTypeEnum*>(pDataType);

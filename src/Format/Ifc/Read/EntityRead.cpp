@@ -19,6 +19,8 @@ using Info = AttributeBase::StepReadInfoAttribute;
 
 // Constructs the cell of one token in place. Throws what its constructor throws, the text "illegal type" for a
 // kind outside the twelve, and for an attribute without a type the exception that says so.
+// A switch beside that of visitCellClass: it stands in the innermost loop of a read, where one parser serves reals and
+// numbers and the two classes without a cell are answered on the way, not looked for before.
 void vCellRead(CellClass eClass, void* pCell, Info& info) {
     switch (eClass) {
     case CellClass::Entity: ::new (pCell) AttributeEntity(info); return;

@@ -9,22 +9,18 @@
 //   list in a select, row     by items               unequal                -                -
 //
 // A list in a select or in a list is thus unequal to any other that has the same flags, which all ordinary ones have.
-#include <array>
 #include <cstring>
 #include <functional>
 #include <tuple>
-#include <type_traits>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
-#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "platform/Assert.h"
 
 namespace oxa::ifc {
-
-using def::schema::DataKind;
 
 namespace {
 
@@ -70,45 +66,23 @@ bool boSameFlags(const AttributeBase& a, const AttributeBase& b) noexcept {
 
 bool boSameText(const char* a, const char* b) noexcept { return a == b || (a && b && std::strcmp(a, b) == 0); }
 
-template <class Cell>
-bool boSameValue(const AttributeBase& a, const AttributeBase& b) noexcept {
-    return static_cast<const Cell&>(a).m_value == static_cast<const Cell&>(b).m_value;
+// Whether two cells of one class have the same single value.
+bool boSameValue(const AttributeReal& a, const AttributeReal& b) noexcept { return a.m_value == b.m_value; }
+bool boSameValue(const AttributeInteger& a, const AttributeInteger& b) noexcept { return a.m_value == b.m_value; }
+bool boSameValue(const AttributeBoolean& a, const AttributeBoolean& b) noexcept { return a.m_value == b.m_value; }
+bool boSameValue(const AttributeLogical& a, const AttributeLogical& b) noexcept { return a.m_value == b.m_value; }
+bool boSameValue(const AttributeString& a, const AttributeString& b) noexcept {
+    return boSameText(a.m_value, b.m_value);
 }
-
-template <class Cell>
-bool boSameTextValue(const AttributeBase& a, const AttributeBase& b) noexcept {
-    return boSameText(static_cast<const Cell&>(a).m_value, static_cast<const Cell&>(b).m_value);
+bool boSameValue(const AttributeGuid& a, const AttributeGuid& b) noexcept {
+    return a.m_value.load() == b.m_value.load();
 }
-
-// Both cells have the same GUID flag.
-bool boSameString(const AttributeBase& a, const AttributeBase& b) noexcept {
-    if (!a.m_boGuid) return boSameTextValue<AttributeString>(a, b);
-    return static_cast<const AttributeGuid&>(a).m_value.load() == static_cast<const AttributeGuid&>(b).m_value.load();
+bool boSameValue(const AttributeBinary& a, const AttributeBinary& b) noexcept {
+    const std::uint64_t iCount = a.m_iCount;
+    return iCount == b.m_iCount && (iCount == 0 || std::memcmp(a.m_value.load(), b.m_value.load(), iCount) == 0);
 }
-
-bool boSameBinary(const AttributeBase& a, const AttributeBase& b) noexcept {
-    const auto& left = static_cast<const AttributeBinary&>(a);
-    const auto& right = static_cast<const AttributeBinary&>(b);
-    const std::uint64_t iCount = left.m_iCount;
-    return iCount == right.m_iCount &&
-           (iCount == 0 || std::memcmp(left.m_value.load(), right.m_value.load(), iCount) == 0);
-}
-
-// For each kind that is a single value, how two cells of it compare. Selects and aggregates are beyond the table.
-using Same = bool (*)(const AttributeBase&, const AttributeBase&) noexcept;
-// clang-format off
-constexpr std::array<Same, 8> g_same{
-    boSameValue<AttributeReal>,   boSameValue<AttributeBoolean>, boSameValue<AttributeInteger>,
-    boSameValue<AttributeNumber>, boSameString,                  boSameValue<AttributeLogical>,
-    boSameBinary,                 boSameTextValue<AttributeEnumeration>,
-};
-// clang-format on
-static_assert(static_cast<std::size_t>(DataKind::Enumeration) + 1 == g_same.size());
-
-bool boSingleValue(DataKind kind) noexcept { return static_cast<std::size_t>(kind) < g_same.size(); }
-
-bool boSame(DataKind kind, const AttributeBase& a, const AttributeBase& b) noexcept {
-    return g_same[static_cast<std::size_t>(kind)](a, b);
+bool boSameValue(const AttributeEnumeration& a, const AttributeEnumeration& b) noexcept {
+    return boSameText(a.m_value, b.m_value);
 }
 
 }   // namespace
@@ -133,10 +107,9 @@ struct EntityComparison {
         const auto* pLeft = static_cast<const char*>(a.m_pAttributes);
         const auto* pRight = static_cast<const char*>(b.m_pAttributes);
         for (const DataSizeEntity::Cell& cell : pSchema->pDataSize.value()->cells) {
-            const auto& types = cell.pAttribute->types;
-            if (types.empty() || !types.front()) return false;
+            if (!cell.pAttribute->pType()) return false;
             if (cell.eClass == CellClass::Illegal) continue;   // no bytes
-            if (!boCells(types.front(), *reinterpret_cast<const AttributeBase*>(pLeft + cell.iOffset),
+            if (!boCells(cell.eClass, *reinterpret_cast<const AttributeBase*>(pLeft + cell.iOffset),
                          *reinterpret_cast<const AttributeBase*>(pRight + cell.iOffset)))
                 return false;
         }
@@ -144,20 +117,25 @@ struct EntityComparison {
     }
 
     // The values of one attribute.
-    [[nodiscard]] bool boCells(const def::schema::ObjectBase* pObject, const AttributeBase& a, const AttributeBase& b) {
+    [[nodiscard]] bool boCells(CellClass eClass, const AttributeBase& a, const AttributeBase& b) {
         if (!boSameFlags(a, b)) return false;
         if (!a.boHasValue()) return true;
-        if (def::schema::pAsEntity(pObject)) return boReferences(a, b);
-        const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pObject);
-        if (!pDataType) return false;
-        const DataKind kind = pDataType->kind;
-        if (kind == DataKind::String && a.m_boGuid != b.m_boGuid) return true;
-        if (boSingleValue(kind)) return boSame(kind, a, b);
-        if (kind == DataKind::Select)
-            return boSelects(static_cast<const AttributeSelect&>(a), static_cast<const AttributeSelect&>(b), false);
-        if (!def::schema::boIsAggregate(kind)) return true;
-        return boLists(static_cast<const AttributeListValueBase&>(a), static_cast<const AttributeListValueBase&>(b),
-                       false);
+        if (eClass == CellClass::Illegal) return true;   // no value in which the two could differ
+        const bool boText = eClass == CellClass::String || eClass == CellClass::Guid;
+        if (boText && a.m_boGuid != b.m_boGuid) return true;
+        return visitCell(a, eClass,
+                         Overloads{
+                             [&](const AttributeEntity& left) { return boReferences(left, b); },
+                             [&](const AttributeSelect& left) { return boSelects(left, as(left, b), false); },
+                             [&](const AttributeList& left) { return boLists(left, as(left, b), false); },
+                             [&](const auto& left) { return boSameValue(left, as(left, b)); },
+                         });
+    }
+
+    // Another cell of the same class.
+    template <class Cell>
+    [[nodiscard]] static const Cell& as(const Cell&, const AttributeBase& other) noexcept {
+        return static_cast<const Cell&>(other);
     }
 
     [[nodiscard]] bool boReferences(const AttributeBase& a, const AttributeBase& b) {
@@ -175,23 +153,25 @@ struct EntityComparison {
         for (;; boCompareFlags = true) {
             if (boCompareFlags && !boSameFlags(*pLeft, *pRight)) return false;
             if (pLeft->m_eType.load() != pRight->m_eType.load()) return false;
-            const AttributeBase* pA = pLeft->m_pValue;
-            const AttributeBase* pB = pRight->m_pValue;
-            if (!pA || !pB) return false;
-            if (pLeft->m_eType.load() == AttributeType::Entity) return !boSameFlags(*pA, *pB) && boReferences(*pA, *pB);
-            const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pLeft->m_pType.load());
-            if (!pDataType) return false;
-            const DataKind kind = pDataType->kind;
-            if (boSingleValue(kind))
-                return boSameFlags(*pA, *pB) && (kind != DataKind::String || pA->m_boGuid == pB->m_boGuid) &&
-                       boSame(kind, *pA, *pB);
-            if (def::schema::boIsAggregate(kind))
-                return boLists(static_cast<const AttributeListValueBase&>(*pA),
-                               static_cast<const AttributeListValueBase&>(*pB), true);
-            if (kind != DataKind::Select) return false;
-            pLeft = static_cast<const AttributeSelect*>(pA);
-            pRight = static_cast<const AttributeSelect*>(pB);
+            if (!pLeft->m_pValue.load() || !pRight->m_pValue.load()) return false;
+            const AttributeSelect* pInside = pSelectInside(*pLeft);
+            if (!pInside) return boSelected(*pLeft, *pRight->m_pValue.load());
+            pRight = static_cast<const AttributeSelect*>(pRight->m_pValue.load());
+            pLeft = pInside;
         }
+    }
+
+    // The value of a select and one of another that holds the same sort of value.
+    [[nodiscard]] bool boSelected(const AttributeSelect& select, const AttributeBase& b) {
+        return visitSelected(select,
+                             Overloads{
+                                 [&](const AttributeEntity& a) { return !boSameFlags(a, b) && boReferences(a, b); },
+                                 [&](const AttributeList& a) { return boLists(a, as(a, b), true); },
+                                 [](const AttributeSelect&) { return false; },   // the loop has looked through them
+                                 [&](const auto& a) {
+                                     return boSameFlags(a, b) && a.m_boGuid == b.m_boGuid && boSameValue(a, as(a, b));
+                                 },
+                             });
     }
 
     [[nodiscard]] bool boLists(const AttributeListValueBase& a, const AttributeListValueBase& b, bool boCompareFlags) {
@@ -202,29 +182,35 @@ struct EntityComparison {
         const AttributeType eItems = a.m_eItemType;
         if (eItems != b.m_eItemType.load() || !pLeft) return false;
         if (eItems < AttributeType::Unknown || eItems > AttributeType::Entity) return false;
-        if (eItems == AttributeType::Entity) return boEntityLists(a.pEntities(), b.pEntities());
-        const auto boItems = [&]<class T>(std::type_identity<T>, auto&& boSameItem) {
-            return pRight && boArrays(*a.pArray<T>(), *b.pArray<T>(), boSameItem);
+        const auto boCells = [&](const auto* pItems, auto&& boSameItem) {
+            return pRight && boArrays(*pItems, *static_cast<decltype(pItems)>(pRight), boSameItem);
         };
-        switch (eItems) {
-        case AttributeType::Real: return boItems(std::type_identity<double>(), std::equal_to<double>());
-        case AttributeType::Integer: return boItems(std::type_identity<long long>(), std::equal_to<long long>());
-        case AttributeType::String: return boItems(std::type_identity<char*>(), boSameText);
-        case AttributeType::Binary:
-            return boItems(std::type_identity<AttributeBinary>(), [](const auto& left, const auto& right) {
-                return boSameFlags(left, right) && boSameBinary(left, right);
-            });
-        case AttributeType::Select:
-            return boItems(std::type_identity<AttributeSelect>(),
-                           [this](const auto& left, const auto& right) { return boSelects(left, right, true); });
-        case AttributeType::List:
-            return boItems(std::type_identity<AttributeList>(),
-                           [this](const auto& left, const auto& right) { return boLists(left, right, true); });
-        default:
-            Assert::vTell("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeListValueBase::boIsEqual",
-                          "Not implemented");
-            return false;
-        }
+        return visitItems(
+            a, Overloads{
+                   [&](const Array<double>* pItems) { return boCells(pItems, std::equal_to<double>()); },
+                   [&](const Array<long long>* pItems) { return boCells(pItems, std::equal_to<long long>()); },
+                   [&](const Array<char*>* pItems) { return boCells(pItems, boSameText); },
+                   [&](const Array<AttributeBinary>* pItems) {
+                       return boCells(pItems, [](const auto& left, const auto& right) {
+                           return boSameFlags(left, right) && boSameValue(left, right);
+                       });
+                   },
+                   [&](const Array<AttributeSelect>* pItems) {
+                       return boCells(pItems, [this](const auto& left, const auto& right) {
+                           return boSelects(left, right, true);
+                       });
+                   },
+                   [&](const Array<AttributeList>* pItems) {
+                       return boCells(
+                           pItems, [this](const auto& left, const auto& right) { return boLists(left, right, true); });
+                   },
+                   [&](const EntityList* pItems) { return boEntityLists(pItems, b.pEntities()); },
+                   [](NoItems) {
+                       Assert::vTell("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeListValueBase::boIsEqual",
+                                     "Not implemented");
+                       return false;
+                   },
+               });
     }
 
     template <class T, class SameItem>
@@ -259,7 +245,7 @@ bool AttributeBase::boIsEqual(const def::schema::ObjectBase& object, const Attri
                               const def::schema::ObjectBase& otherObject, bool boSameEntity) const {
     if (&object != &otherObject) return false;
     EntityComparison comparison{{}, boSameEntity};
-    return comparison.boCells(&object, *this, other) && comparison.boRest();
+    return comparison.boCells(cellClass(&object), *this, other) && comparison.boRest();
 }
 
 bool AttributeSelect::boIsEqual(const AttributeSelect& other, bool boSameEntity, bool boCompareFlags) const {

@@ -8,7 +8,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/Cells/ItemBlock.h"
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
 #include "platform/Assert.h"
@@ -33,10 +34,6 @@ bool boRefuse(const char* sText) {
 bool boUndefined(AttributeBase& target, bool boResult) noexcept {
     target.m_boUndefined = true;
     return boResult;
-}
-
-const ObjectBase* pTypeOf(const Attribute& attribute) noexcept {
-    return attribute.types.empty() ? nullptr : attribute.types.front();
 }
 
 // The select that a defined type names; null for everything else.
@@ -72,69 +69,79 @@ bool boReferenceToSelect(const AttributeEntity& source, AttributeSelect& target,
     return true;
 }
 
-// The target's block when its count is large enough, else a new one whose cells are in their default state; with the
-// new count either way.
-template <class T>
-Array<T>& blockFor(AttributeListValueBase& target, std::size_t iCount, Pool& pool) {
-    Array<T>* pArray = target.pArray<T>();
-    if (pArray && pArray->size() >= iCount) {
-        pArray->vCountSet(iCount);
-        return *pArray;
+// The items of one list into another.
+struct ItemsCopy {
+    const AttributeListValueBase& source;
+    AttributeListValueBase& target;
+    const ObjectBase* pElement;   // of the target's aggregate
+    Data& data;
+    const AttributeBase::MapEntity& mapEntity;
+    const AttributeBase::MapType& mapType;
+
+    // Item by item with "boCopy", which ends the copy with false. A source that has no block has nothing to copy.
+    template <class T, class Copy>
+    bool boEach(const Array<T>* pItems, Copy&& boCopy) const {
+        if (!pItems) return false;
+        const auto [items, boNew] = itemBlock<T>(target, pItems->size(), data.pool());
+        if constexpr (std::is_base_of_v<AttributeBase, T>)
+            if (boNew)
+                for (T& cell : items) ::new (&cell) T;
+        for (std::size_t i = 0; i < pItems->size(); ++i)
+            if (!boCopy((*pItems)[i], items[i])) return false;
+        return true;
     }
-    pArray = Array<T>::pFromBytes(pool.pAllocate(Array<T>::iBlockSize(iCount)), iCount);
-    if constexpr (std::is_base_of_v<AttributeBase, T>)
-        for (T& cell : *pArray) ::new (&cell) T;
-    target.m_pItems = pArray;
-    return *pArray;
-}
+    template <class T>
+    bool boNumbers(const Array<T>* pItems) const {
+        return boEach(pItems, [](const Unaligned<T>& from, Unaligned<T>& to) {
+            to = from;
+            return true;
+        });
+    }
 
-// Copies item by item with "boCopy", which ends the copy with false. A source that has no block has nothing to copy.
-template <class T, class Copy>
-bool boItemsCopy(const AttributeListValueBase& source, AttributeListValueBase& target, Pool& pool, Copy&& boCopy) {
-    const Array<T>* pItems = source.pArray<T>();
-    if (!pItems) return false;
-    Array<T>& items = blockFor<T>(target, pItems->size(), pool);
-    for (std::size_t i = 0; i < pItems->size(); ++i)
-        if (!boCopy((*pItems)[i], items[i])) return false;
-    return true;
-}
-
-template <class T>
-bool boNumbersCopy(const AttributeListValueBase& source, AttributeListValueBase& target, Pool& pool) {
-    return boItemsCopy<T>(source, target, pool, [](const Unaligned<T>& from, Unaligned<T>& to) {
-        to = from;
+    bool operator()(const Array<double>* pItems) const { return boNumbers(pItems); }
+    bool operator()(const Array<long long>* pItems) const { return boNumbers(pItems); }
+    bool operator()(const Array<char*>* pItems) const {
+        if (source.m_boGuid) return boRefuse("AttributeListValueBase::copyTo is not implemented for lists of guids.");
+        return boEach(pItems, [this](const Unaligned<char*>& from, Unaligned<char*>& to) {
+            const char* pText = from;
+            const std::size_t iSize = pText ? std::strlen(pText) + 1 : 0;
+            to = pText ? static_cast<char*>(std::memcpy(data.pool().pAllocate(iSize), pText, iSize)) : nullptr;
+            return true;
+        });
+    }
+    bool operator()(const Array<AttributeBinary>* pItems) const {
+        return boEach(pItems, [this](const auto& from, auto& to) { return from.copyTo(to, data); }) ||
+               boUndefined(target, false);
+    }
+    bool operator()(const Array<AttributeSelect>* pItems) const {
+        return boEach(pItems, [this](const auto& from,
+                                     auto& to) { return from.copyTo(to, pElement, data, mapEntity, mapType); }) ||
+               boUndefined(target, false);
+    }
+    bool operator()(const Array<AttributeList>* pItems) const {
+        return boEach(
+            pItems, [this](const auto& from, auto& to) { return from.copyTo(to, pElement, data, mapEntity, mapType); });
+    }
+    bool operator()(const EntityList* pItems) const {
+        std::vector<Entity*> entities;
+        if (pItems)
+            for (Entity* pEntity : *pItems)
+                if (Entity* pTarget = pMapped(pEntity, mapEntity)) entities.push_back(pTarget);
+        EntityList* pHead = target.pEntities();
+        vListAssign(pHead, entities.begin(), entities.end(),
+                    [this](std::size_t iBytes) { return data.pool().pAllocate(iBytes); });
+        target.m_pItems = pHead;
         return true;
-    });
-}
-
-bool boTextsCopy(const AttributeListValueBase& source, AttributeListValueBase& target, Pool& pool) {
-    if (source.m_boGuid) return boRefuse("AttributeListValueBase::copyTo is not implemented for lists of guids.");
-    return boItemsCopy<char*>(source, target, pool, [&pool](const Unaligned<char*>& from, Unaligned<char*>& to) {
-        const char* pText = from;
-        const std::size_t iSize = pText ? std::strlen(pText) + 1 : 0;
-        to = pText ? static_cast<char*>(std::memcpy(pool.pAllocate(iSize), pText, iSize)) : nullptr;
-        return true;
-    });
-}
-
-void vEntitiesCopy(const AttributeListValueBase& source, AttributeListValueBase& target, Pool& pool,
-                   const AttributeBase::MapEntity& mapEntity) {
-    std::vector<Entity*> entities;
-    if (const EntityList* pHead = source.pEntities())
-        for (Entity* pEntity : *pHead)
-            if (Entity* pTarget = pMapped(pEntity, mapEntity)) entities.push_back(pTarget);
-    EntityList* pHead = target.pEntities();
-    vListAssign(pHead, entities.begin(), entities.end(),
-                [&pool](std::size_t iBytes) { return pool.pAllocate(iBytes); });
-    target.m_pItems = pHead;
-}
+    }
+    bool operator()(NoItems) const { return boRefuse("AttributeListValueBase::copyTo not implemented for this type"); }
+};
 
 }   // namespace
 
 bool AttributeBase::copyTo(AttributeBase& target, const Attribute& source, const Attribute& destination, Data& data,
                            const MapEntity& mapEntity, const MapType& mapType) const {
-    const ObjectBase* pSource = pTypeOf(source);
-    const ObjectBase* pDestination = pTypeOf(destination);
+    const ObjectBase* pSource = source.pType();
+    const ObjectBase* pDestination = destination.pType();
     if (def::schema::pAsEntity(pSource)) {
         const auto& reference = static_cast<const AttributeEntity&>(*this);
         if (def::schema::pAsType(pDestination))
@@ -146,37 +153,26 @@ bool AttributeBase::copyTo(AttributeBase& target, const Attribute& source, const
     const def::schema::DataTypeBase* pFrom = def::schema::pDataTypeOf(pSource);
     const def::schema::DataTypeBase* pTo = def::schema::pDataTypeOf(pDestination);
     if (!pFrom || !pTo || pFrom->kind != pTo->kind) return false;
-    const auto boValue = [&]<class Cell>(std::type_identity<Cell>) {
-        if (copyBaseTo(target)) static_cast<Cell&>(target).m_value = static_cast<const Cell&>(*this).m_value;
+    const auto as = [&target]<class Cell>(const Cell&) -> Cell& { return static_cast<Cell&>(target); };
+    const auto boPlain = [&](const auto& cell) {
+        if (copyBaseTo(target)) as(cell).m_value = cell.m_value;
         return true;
     };
-    switch (pFrom->kind) {
-    case DataKind::Real:
-    case DataKind::Number: return boValue(std::type_identity<AttributeReal>());
-    case DataKind::Integer: return boValue(std::type_identity<AttributeInteger>());
-    case DataKind::Boolean: return boValue(std::type_identity<AttributeBoolean>());
-    case DataKind::Logical:
-        return static_cast<const AttributeLogical&>(*this).copyTo(static_cast<AttributeLogical&>(target), destination,
-                                                                  data);
-    case DataKind::String:
-        if (m_boGuid != target.m_boGuid) return false;
-        if (m_boGuid) return static_cast<const AttributeGuid&>(*this).copyTo(static_cast<AttributeGuid&>(target));
-        return static_cast<const AttributeString&>(*this).copyTo(static_cast<AttributeString&>(target), data);
-    case DataKind::Binary:
-        return static_cast<const AttributeBinary&>(*this).copyTo(static_cast<AttributeBinary&>(target), data);
-    case DataKind::Enumeration:
-        return static_cast<const AttributeEnumeration&>(*this).copyTo(static_cast<AttributeEnumeration&>(target),
-                                                                      destination, data);
-    case DataKind::Select:
-        return static_cast<const AttributeSelect&>(*this).copyTo(static_cast<AttributeSelect&>(target), pDestination,
-                                                                 data, mapEntity, mapType);
-    case DataKind::Array:
-    case DataKind::List:
-    case DataKind::Set:
-        return static_cast<const AttributeListValueBase&>(*this).copyTo(static_cast<AttributeListValueBase&>(target),
-                                                                        pDestination, data, mapEntity, mapType);
-    }
-    return false;   // a kind outside the twelve
+    return visitCell(
+        *this, cellClass(pSource),
+        Overloads{
+            [&](const AttributeReal& cell) { return boPlain(cell); },
+            [&](const AttributeInteger& cell) { return boPlain(cell); },
+            [&](const AttributeBoolean& cell) { return boPlain(cell); },
+            [&](const AttributeLogical& cell) { return cell.copyTo(as(cell), destination, data); },
+            [&](const AttributeString& cell) { return !target.m_boGuid && cell.copyTo(as(cell), data); },
+            [&](const AttributeGuid& cell) { return target.m_boGuid && cell.copyTo(as(cell)); },
+            [&](const AttributeBinary& cell) { return cell.copyTo(as(cell), data); },
+            [&](const AttributeEnumeration& cell) { return cell.copyTo(as(cell), destination, data); },
+            [&](const AttributeSelect& cell) { return cell.copyTo(as(cell), pDestination, data, mapEntity, mapType); },
+            [&](const AttributeList& cell) { return cell.copyTo(as(cell), pDestination, data, mapEntity, mapType); },
+            [](const AttributeEntity&) { return false; },   // came to its end above
+        });
 }
 
 bool AttributeString::copyTo(AttributeString& target, Data& data) const {
@@ -214,7 +210,7 @@ bool AttributeEntity::copyTo(AttributeEntity& target, const Attribute& destinati
     if (!copyBaseTo(target)) return true;
     Entity* pEntity = pMapped(m_value, mapEntity);
     if (!pEntity) return boUndefined(target, true);
-    if (!pEntity->boIsCompatible(def::schema::pAsEntity(pTypeOf(destination)))) return boUndefined(target, false);
+    if (!pEntity->boIsCompatible(def::schema::pAsEntity(destination.pType()))) return boUndefined(target, false);
     target.m_value = pEntity;
     return true;
 }
@@ -246,27 +242,7 @@ bool AttributeListValueBase::copyTo(AttributeListValueBase& target, const Object
     }
     const def::schema::DataTypeBase* pAggregate = def::schema::pDataTypeOf(pObject);
     const ObjectBase* pElement = pAggregate ? pAggregate->pElementGet() : nullptr;
-    Pool& pool = data.pool();
-    switch (m_eItemType.load()) {
-    case AttributeType::Real: return boNumbersCopy<double>(*this, target, pool);
-    case AttributeType::Integer: return boNumbersCopy<long long>(*this, target, pool);
-    case AttributeType::String: return boTextsCopy(*this, target, pool);
-    case AttributeType::Binary:
-        return boItemsCopy<AttributeBinary>(*this, target, pool,
-                                            [&data](const auto& from, auto& to) { return from.copyTo(to, data); }) ||
-               boUndefined(target, false);
-    case AttributeType::Select:
-        return boItemsCopy<AttributeSelect>(
-                   *this, target, pool,
-                   [&](const auto& from, auto& to) { return from.copyTo(to, pElement, data, mapEntity, mapType); }) ||
-               boUndefined(target, false);
-    case AttributeType::List:
-        return boItemsCopy<AttributeList>(*this, target, pool, [&](const auto& from, auto& to) {
-            return from.copyTo(to, pElement, data, mapEntity, mapType);
-        });
-    case AttributeType::Entity: vEntitiesCopy(*this, target, pool, mapEntity); return true;
-    default: return boRefuse("AttributeListValueBase::copyTo not implemented for this type");
-    }
+    return visitItems(*this, ItemsCopy{*this, target, pElement, data, mapEntity, mapType});
 }
 
 }   // namespace oxa::ifc

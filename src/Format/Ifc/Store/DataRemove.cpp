@@ -13,6 +13,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "Format/Ifc/Cells/CellWalk.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/Store/ReferenceTaker.h"
 
@@ -59,33 +60,33 @@ const def::schema::Entity* pRelationshipOf(const def::schema::Entity& schema) {
     return pFirst && pFirst->allInverseAttributes().empty() ? pFirst : nullptr;
 }
 
+// The items of a list that count; 1 for all else.
 std::size_t iItemsOf(const AttributeBase& cell, CellClass eClass) {
     if (eClass != CellClass::List) return 1;
-    const auto& list = static_cast<const AttributeList&>(cell);
-    if (!list.m_pItems.load()) return 0;
-    switch (list.m_eItemType.load()) {
-    case AttributeType::Entity: {
-        std::size_t iCount = 0;
-        for (const Entity* pEntity : *list.pEntities()) iCount += pEntity ? 1 : 0;
-        return iCount;
-    }
-    case AttributeType::Select: return list.pArray<AttributeSelect>()->size();
-    case AttributeType::List: return list.pArray<AttributeList>()->size();
-    default: return 0;
-    }
+    const auto iSize = [](const auto* pItems) { return pItems ? pItems->size() : 0; };
+    return visitItems(static_cast<const AttributeList&>(cell),
+                      Overloads{
+                          [](const EntityList* pHead) {
+                              std::size_t iCount = 0;
+                              if (pHead)
+                                  for (const Entity* pEntity : *pHead) iCount += pEntity ? 1 : 0;
+                              return iCount;
+                          },
+                          [&](const Array<AttributeSelect>* pItems) { return iSize(pItems); },
+                          [&](const Array<AttributeList>* pItems) { return iSize(pItems); },
+                          [](AnyItems) { return std::size_t{0}; },
+                      });
 }
 
 template <class Visit>
-void vForEachReference(AttributeBase& cell, CellClass eClass, Visit&& visit) {
-    const auto look = [&visit](Entity* pEntity) {
-        visit(pEntity);
-        return false;
-    };
-    ReferenceTaker(look).boCell(cell, eClass);
+void vForEachReference(const AttributeBase& cell, CellClass eClass, Visit&& visit) {
+    vForEachEntity<Rows::Walked>(cell, eClass, [&visit](Entity* pEntity) {
+        if (pEntity) visit(pEntity);
+    });
 }
 
 // What counts down: the items, or the references where some of the items hold several.
-std::size_t iCountOf(AttributeBase& cell, CellClass eClass) {
+std::size_t iCountOf(const AttributeBase& cell, CellClass eClass) {
     std::size_t iReferences = 0;
     vForEachReference(cell, eClass, [&iReferences](const Entity*) { ++iReferences; });
     return std::max(iReferences, iItemsOf(cell, eClass));
@@ -146,7 +147,7 @@ private:
         const auto& cells = Entity::getDataSize(schema).cells;
         for (std::size_t i = 0; i < cells.size(); ++i) {
             const def::schema::Attribute& attribute = *cells[i].pAttribute;
-            const ObjectBase* pObject = attribute.types.empty() ? nullptr : attribute.types.front();
+            const ObjectBase* pObject = attribute.pType();
             if (cells[i].eClass >= CellClass::Unresolved || !boMayRefer(pObject)) continue;
             const bool boRelates =
                 pRelationship && !attribute.boOptional && def::schema::boIsSubtype(attribute.pOwner, pRelationship);

@@ -10,7 +10,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/Memory/List.h"
 
 namespace oxa::ifc {
@@ -27,23 +27,19 @@ public:
     bool boCell(AttributeBase& cell, CellClass eClass) {
         if (!cell.boHasValue()) return false;
         m_boTaken = false;
-        switch (eClass) {
-        case CellClass::Entity: {
-            auto& reference = static_cast<AttributeEntity&>(cell);
-            if (boGone(reference.m_value)) {
-                reference.m_value = static_cast<Entity*>(nullptr);
-                reference.m_boUndefined = true;
-            }
-            break;
-        }
-        case CellClass::Select: {
-            auto& select = static_cast<AttributeSelect&>(cell);
-            if (!boSelectStays(select)) vEmpty(select);
-            break;
-        }
-        case CellClass::List: boListStays(static_cast<AttributeList&>(cell)); break;
-        default: break;
-        }
+        visitCell(cell, eClass,
+                  Overloads{
+                      [this](AttributeEntity& reference) {
+                          if (!boGone(reference.m_value)) return;
+                          reference.m_value = static_cast<Entity*>(nullptr);
+                          reference.m_boUndefined = true;
+                      },
+                      [this](AttributeSelect& select) {
+                          if (!boSelectStays(select)) vEmpty(select);
+                      },
+                      [this](AttributeList& list) { boListStays(list); },
+                      [](const AttributeBase&) {},
+                  });
         return m_boTaken;
     }
 
@@ -62,44 +58,48 @@ private:
     }
 
     // False when it held what was taken out, and nothing else.
-    bool boSelectStays(const AttributeSelect& first) {
-        for (const AttributeSelect* pSelect = &first; pSelect->boHasValue();) {
-            AttributeBase* pValue = pSelect->m_pValue;
-            if (!pValue || !pValue->boHasValue()) return true;
-            if (pSelect->m_eType.load() == AttributeType::Entity)
-                return !boGone(static_cast<AttributeEntity*>(pValue)->m_value);
-            const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pSelect->m_pType.load());
-            if (!pDataType) return true;
-            if (def::schema::boIsAggregate(pDataType->kind)) return boListStays(*static_cast<AttributeList*>(pValue));
-            if (pDataType->kind != def::schema::DataKind::Select) return true;
-            pSelect = static_cast<const AttributeSelect*>(pValue);
-        }
-        return true;
+    bool boSelectStays(AttributeSelect& first) {
+        AttributeSelect* pSelect = &first;
+        bool boStays = true;
+        const auto pEnd = [&boStays](bool boValueStays) {
+            boStays = boValueStays;
+            return static_cast<AttributeSelect*>(nullptr);
+        };
+        while (pSelect && pSelect->boHasValue())
+            pSelect = visitSelected(
+                *pSelect,
+                Overloads{
+                    [](AttributeSelect& inner) { return &inner; },
+                    [&](AttributeEntity& value) { return pEnd(!value.boHasValue() || !boGone(value.m_value)); },
+                    [&](AttributeList& list) { return pEnd(!list.boHasValue() || boListStays(list)); },
+                    [&](const AttributeBase&) { return pEnd(true); },
+                });
+        return boStays;
     }
 
     // False when taking out left it empty.
     bool boListStays(AttributeList& list) {
-        switch (list.m_eItemType.load()) {
-        case AttributeType::Entity: {
-            EntityList* pHead = list.pEntities();
-            if (!boListRemoveIf(pHead, [this](Entity* pEntity) { return boGone(pEntity); })) return true;
-            list.m_pItems = pHead;
-            return pHead != nullptr;
-        }
-        case AttributeType::Select:
-            return boItemsStay<AttributeSelect>(list,
-                                                [this](const AttributeSelect& item) { return boSelectStays(item); });
-        case AttributeType::List:
-            return boItemsStay<AttributeList>(
-                list, [this](AttributeList& row) { return !row.boHasValue() || boListStays(row); });
-        default: return true;
-        }
+        return visitItems(
+            list, Overloads{
+                      [&](EntityList* pHead) {
+                          if (!boListRemoveIf(pHead, [this](Entity* pEntity) { return boGone(pEntity); })) return true;
+                          list.m_pItems = pHead;
+                          return pHead != nullptr;
+                      },
+                      [this](Array<AttributeSelect>* pItems) {
+                          return boItemsStay(pItems, [this](AttributeSelect& item) { return boSelectStays(item); });
+                      },
+                      [this](Array<AttributeList>* pItems) {
+                          return boItemsStay(
+                              pItems, [this](AttributeList& row) { return !row.boHasValue() || boListStays(row); });
+                      },
+                      [](AnyItems) { return true; },
+                  });
     }
 
     // The cells that stay close up; what is behind them is not the list's any more.
     template <class Cell, class Stays>
-    static bool boItemsStay(const AttributeList& list, Stays&& boStays) {
-        Array<Cell>* pArray = list.pArray<Cell>();
+    static bool boItemsStay(Array<Cell>* pArray, Stays&& boStays) {
         if (!pArray) return true;
         std::size_t iLeft = 0;
         for (std::size_t i = 0; i < pArray->size(); ++i) {

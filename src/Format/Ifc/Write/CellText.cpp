@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/IfcStepStrings.h"
@@ -42,7 +42,7 @@ bool boNullWritten(const AttributeBase& cell, const Info& info) {
 }
 
 template <class Number>
-void vWriteInteger(StepWriteInfo& info, Number number) {
+inline void vWriteInteger(StepWriteInfo& info, Number number) {
     char* const pBegin = info.m_number.data();
     info.m_line.append(pBegin, std::to_chars(pBegin, pBegin + info.m_number.size(), number).ptr);
 }
@@ -181,7 +181,7 @@ void vWriteEnumeration(const AttributeEnumeration& cell, const Info& info) {
         vReport(info, ReportKey::NotValidEnumerationValue, pText);
 }
 
-void vWriteReference(StepWriteInfo& info, std::size_t iId) {
+inline void vWriteReference(StepWriteInfo& info, std::size_t iId) {
     info.m_line.push_back('#');
     vWriteInteger(info, iId);
 }
@@ -201,27 +201,26 @@ void vWriteCell(const AttributeBase& cell, CellClass eClass, const Info& info);
 void vWriteSelect(const AttributeSelect& cell, const Info& info) {
     const AttributeBase* pValue = cell.m_pValue;
     const def::schema::Type* pType = cell.m_pType;
-    Info nested{info.m_pLine, info.m_pAttribute, pType, false, info.m_boPlainText};
+    const Info nested{info.m_pLine, info.m_pAttribute, pType, false, info.m_boPlainText};
     if (!pValue) return;
     if (cell.m_eType.load() == AttributeType::Entity) {
-        const auto& entity = *static_cast<const AttributeEntity*>(pValue);
+        const auto& entity = static_cast<const AttributeEntity&>(*pValue);
         if (!boNullWritten(entity, nested)) vWriteEntity(entity, nested);
         return;
     }
     if (!pType) return;
     std::string& line = info.m_pLine->m_line;
     line.append(pType->sNameUpper).append(1, '(');
-    vWriteCell(*pValue, AttributeBase::cellClass(pType, *info.m_pAttribute), nested);
+    vWriteCell(*pValue, AttributeBase::cellClass(pType), nested);
     line.push_back(')');
 }
 
 // One item after the other, with a comma before every one but the first.
-template <class T, class Write>
-void vWriteItems(const AttributeListValueBase& list, const Info& info, Write&& write) {
-    const Array<T>* pArray = list.pArray<T>();
-    if (!pArray) return;
+template <class Items, class Write>
+void vWriteItems(const Items* pItems, const Info& info, Write&& write) {
+    if (!pItems) return;
     bool boFirst = true;
-    for (const auto& item : *pArray) {
+    for (const auto& item : *pItems) {
         if (!boFirst) info.m_pLine->m_line.push_back(',');
         boFirst = false;
         write(item);
@@ -229,8 +228,7 @@ void vWriteItems(const AttributeListValueBase& list, const Info& info, Write&& w
 }
 
 // Two texts in one block would lose their comma: it stands before every text that is not the first item's own.
-void vWriteTexts(const AttributeListValueBase& list, const Info& info) {
-    const Array<char*>* pArray = list.pArray<char*>();
+void vWriteTexts(const Array<char*>* pArray, const Info& info) {
     if (!pArray || pArray->empty()) return;
     const char* pFirst = (*pArray)[0];
     for (const Unaligned<char*>& item : *pArray) {
@@ -239,8 +237,7 @@ void vWriteTexts(const AttributeListValueBase& list, const Info& info) {
     }
 }
 
-void vWriteEntities(const AttributeListValueBase& list, const Info& info) {
-    const EntityList* pHead = list.pEntities();
+void vWriteEntities(const EntityList* pHead, const Info& info) {
     if (!pHead) return;
     bool boFirst = true;
     for (const Entity* pEntity : *pHead) {
@@ -257,72 +254,81 @@ void vWriteEntities(const AttributeListValueBase& list, const Info& info) {
     }
 }
 
+void vWriteList(const AttributeListValueBase& list, const Info& info);
+
+// The items of a list, without its parentheses.
+struct ItemsWriter {
+    const Info& info;
+
+    void operator()(const Array<double>* pItems) const {
+        vWriteItems(pItems, info, [this](double value) { vWriteReal(*info.m_pLine, value); });
+    }
+    void operator()(const Array<long long>* pItems) const {
+        vWriteItems(pItems, info, [this](long long iValue) { vWriteInteger(*info.m_pLine, iValue); });
+    }
+    void operator()(const Array<char*>* pItems) const { vWriteTexts(pItems, info); }
+    void operator()(const Array<AttributeBinary>* pItems) const {
+        vWriteItems(pItems, info, [this](const AttributeBinary& cell) {
+            if (!boNullWritten(cell, info)) vWriteBinary(cell, info);
+        });
+    }
+    void operator()(const Array<AttributeSelect>* pItems) const {
+        vWriteItems(pItems, info, [this](const AttributeSelect& cell) {
+            if (!boNullWritten(cell, info)) vWriteSelect(cell, info);
+        });
+    }
+    void operator()(const Array<AttributeList>* pItems) const {
+        vWriteItems(pItems, info, [this](const AttributeList& cell) {
+            if (!boNullWritten(cell, info)) vWriteList(cell, info);
+        });
+    }
+    void operator()(const EntityList* pItems) const { vWriteEntities(pItems, info); }
+    void operator()(NoItems) const {}
+};
+
 void vWriteList(const AttributeListValueBase& list, const Info& infoList) {
     Info info = infoList;
     info.m_boInList = true;
-    StepWriteInfo& line = *info.m_pLine;
-    line.m_line.push_back('(');
-    switch (list.m_eItemType.load()) {
-    case AttributeType::Real:
-        vWriteItems<double>(list, info, [&line](double value) { vWriteReal(line, value); });
-        break;
-    case AttributeType::Integer:
-        vWriteItems<long long>(list, info, [&line](long long iValue) { vWriteInteger(line, iValue); });
-        break;
-    case AttributeType::String: vWriteTexts(list, info); break;
-    case AttributeType::Binary:
-        vWriteItems<AttributeBinary>(list, info, [&info](const AttributeBinary& cell) {
-            if (!boNullWritten(cell, info)) vWriteBinary(cell, info);
-        });
-        break;
-    case AttributeType::Select:
-        vWriteItems<AttributeSelect>(list, info, [&info](const AttributeSelect& cell) {
-            if (!boNullWritten(cell, info)) vWriteSelect(cell, info);
-        });
-        break;
-    case AttributeType::List:
-        vWriteItems<AttributeList>(list, info, [&info](const AttributeList& cell) {
-            if (!boNullWritten(cell, info)) vWriteList(cell, info);
-        });
-        break;
-    case AttributeType::Entity: vWriteEntities(list, info); break;
-    default: break;
-    }
-    line.m_line.push_back(')');
+    std::string& line = info.m_pLine->m_line;
+    line.push_back('(');
+    visitItems(list, ItemsWriter{info});
+    line.push_back(')');
 }
+
+// The text of a cell that has a value.
+struct CellWriter {
+    const Info& info;
+
+    void operator()(const AttributeReal& cell) const { vWriteReal(*info.m_pLine, cell.m_value); }
+    void operator()(const AttributeInteger& cell) const { vWriteInteger(*info.m_pLine, cell.m_value.load()); }
+    void operator()(const AttributeBoolean& cell) const {
+        info.m_pLine->m_line.append(cell.m_value ? ".T." : ".F.", 3);
+    }
+    void operator()(const AttributeLogical& cell) const {
+        const LogicalValue value = cell.m_value;
+        info.m_pLine->m_line.append(value == LogicalValue::False  ? ".F."
+                                    : value == LogicalValue::True ? ".T."
+                                                                  : ".U.",
+                                    3);
+    }
+    void operator()(const AttributeString& cell) const { vWriteText(info, cell.m_value); }
+    void operator()(const AttributeGuid& cell) const { vWriteGuid(cell, info); }
+    void operator()(const AttributeBinary& cell) const { vWriteBinary(cell, info); }
+    void operator()(const AttributeEnumeration& cell) const { vWriteEnumeration(cell, info); }
+    void operator()(const AttributeSelect& cell) const { vWriteSelect(cell, info); }
+    void operator()(const AttributeList& cell) const { vWriteList(cell, info); }
+    void operator()(const AttributeEntity& cell) const { vWriteEntity(cell, info); }
+};
 
 void vWriteCell(const AttributeBase& cell, CellClass eClass, const Info& info) {
     if (eClass >= CellClass::Unresolved || boNullWritten(cell, info)) return;
-    StepWriteInfo& line = *info.m_pLine;
-    switch (eClass) {
-    case CellClass::Real:
-    case CellClass::Number: return vWriteReal(line, static_cast<const AttributeReal&>(cell).m_value);
-    case CellClass::Boolean:
-        line.m_line.append(static_cast<const AttributeBoolean&>(cell).m_value ? ".T." : ".F.", 3);
-        return;
-    case CellClass::Integer: return vWriteInteger(line, static_cast<const AttributeInteger&>(cell).m_value.load());
-    case CellClass::String:
-    case CellClass::Guid:
-        if (cell.m_boGuid) return vWriteGuid(static_cast<const AttributeGuid&>(cell), info);
-        return vWriteText(info, static_cast<const AttributeString&>(cell).m_value);
-    case CellClass::Logical: {
-        const LogicalValue value = static_cast<const AttributeLogical&>(cell).m_value;
-        line.m_line.append(value == LogicalValue::False ? ".F." : value == LogicalValue::True ? ".T." : ".U.", 3);
-        return;
-    }
-    case CellClass::Binary: return vWriteBinary(static_cast<const AttributeBinary&>(cell), info);
-    case CellClass::Enumeration: return vWriteEnumeration(static_cast<const AttributeEnumeration&>(cell), info);
-    case CellClass::Select: return vWriteSelect(static_cast<const AttributeSelect&>(cell), info);
-    case CellClass::Entity: return vWriteEntity(static_cast<const AttributeEntity&>(cell), info);
-    default: return vWriteList(static_cast<const AttributeListValueBase&>(cell), info);
-    }
+    visitCell(cell, eClass, CellWriter{info});
 }
 
 }   // namespace
 
 void AttributeBase::vWriteAttribute(StepWriteInfoAttribute& info) const {
-    const auto& types = info.m_pAttribute->types;
-    vWriteCell(*this, cellClass(types.empty() ? nullptr : types.front(), *info.m_pAttribute), info);
+    vWriteCell(*this, cellClass(info.m_pAttribute->pType()), info);
 }
 
 void AttributeBase::vWriteAttribute(StepWriteInfoAttribute& info, CellClass eClass) const {

@@ -17,7 +17,8 @@
 #include <xlocale.h>
 #endif
 
-#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/Cells/ItemBlock.h"
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcGuid.h"
 #include "platform/Assert.h"
@@ -206,7 +207,7 @@ bool AttributeEntity::boValueAsXmlStringGet(std::string& text, const Data* data)
     return true;
 }
 
-// Which operation a cell of some class has. "cell" has the class that the kind says.
+// Which operation a cell of some class has.
 
 namespace {
 
@@ -221,6 +222,7 @@ struct GetText {
     }
     bool operator()(const AttributeSelect& cell) const { return cell.boValueAsXmlStringGet(text, attribute, data); }
     bool operator()(const AttributeList& cell) const { return cell.boValueAsXmlStringGet(text, attribute); }
+    bool operator()(const AttributeEntity& cell) const { return cell.boValueAsXmlStringGet(text, data); }
 };
 
 struct SetText {
@@ -244,70 +246,56 @@ struct SetText {
     bool operator()(AttributeList& cell) const {
         return cell.boValueAsXmlStringSet(object, text, attribute, data, path);
     }
+    bool operator()(AttributeEntity&) const { return false; }   // set by whoever knows the instances
 };
 
-// Hands the cell to the function as what the kind says; false for a kind outside the twelve.
-template <class Base, class Function>
-bool boOfKind(DataKind kind, Base& cell, const Function& function) {
-    const auto as = [&]<class Cell>(std::type_identity<Cell>) {
-        return function(static_cast<std::conditional_t<std::is_const_v<Base>, const Cell, Cell>&>(cell));
-    };
-    switch (kind) {
-    case DataKind::Real: return as(std::type_identity<AttributeReal>());
-    case DataKind::Boolean: return as(std::type_identity<AttributeBoolean>());
-    case DataKind::Integer: return as(std::type_identity<AttributeInteger>());
-    case DataKind::Number: return as(std::type_identity<AttributeNumber>());
-    case DataKind::String:
-        return cell.m_boGuid ? as(std::type_identity<AttributeGuid>()) : as(std::type_identity<AttributeString>());
-    case DataKind::Logical: return as(std::type_identity<AttributeLogical>());
-    case DataKind::Binary: return as(std::type_identity<AttributeBinary>());
-    case DataKind::Enumeration: return as(std::type_identity<AttributeEnumeration>());
-    case DataKind::Select: return as(std::type_identity<AttributeSelect>());
-    case DataKind::Array:
-    case DataKind::List:
-    case DataKind::Set: return as(std::type_identity<AttributeList>());
+// Only selects and lists have their value in several texts.
+struct GetTexts {
+    Texts& texts;
+    const Attribute& attribute;
+    const Data* data;
+
+    bool operator()(const AttributeSelect& cell) const { return cell.boValueAsXmlStringsGet(texts, attribute, data); }
+    bool operator()(const AttributeList& cell) const { return cell.boValueAsXmlStringsGet(texts, attribute, data); }
+    bool operator()(const AttributeBase&) const { return false; }
+};
+
+struct SetTexts {
+    const ObjectBase& object;
+    const Texts& texts;
+    const Attribute& attribute;
+    Data& data;
+    const Path& path;
+
+    bool operator()(AttributeSelect& cell) const { return cell.boValueAsXmlStringsSet(texts, attribute, data, path); }
+    bool operator()(AttributeList& cell) const {
+        return cell.boValueAsXmlStringsSet(object, texts, attribute, data, path);
     }
-    return false;
-}
+    bool operator()(const AttributeBase&) const { return false; }
+};
 
 }   // namespace
 
 bool AttributeBase::boValueAsXmlStringGet(const ObjectBase& object, std::string& text, const Attribute& attribute,
                                           const Data* data) const {
-    if (!boHasValue()) return false;
-    if (def::schema::pAsEntity(&object))
-        return static_cast<const AttributeEntity&>(*this).boValueAsXmlStringGet(text, data);
-    const DataTypeBase* pDataType = def::schema::pDataTypeOf(&object);
-    return pDataType && boOfKind(pDataType->kind, *this, GetText{text, attribute, data});
+    return boHasValue() && visitCell(*this, cellClass(&object), GetText{text, attribute, data});
 }
 
 bool AttributeBase::boValueAsXmlStringsGet(const ObjectBase& object, Texts& texts, const Attribute& attribute,
                                            const Data* data) const {
-    const DataTypeBase* pDataType = def::schema::pDataTypeOf(&object);
-    if (!boHasValue() || !pDataType) return false;
-    if (pDataType->kind == DataKind::Select)
-        return static_cast<const AttributeSelect&>(*this).boValueAsXmlStringsGet(texts, attribute, data);
-    return def::schema::boIsAggregate(pDataType->kind) &&
-           static_cast<const AttributeList&>(*this).boValueAsXmlStringsGet(texts, attribute, data);
+    return boHasValue() && visitCell(*this, cellClass(&object), GetTexts{texts, attribute, data});
 }
 
 bool AttributeBase::boValueAsXmlStringSet(const ObjectBase& object, const std::string& text, const Attribute& attribute,
                                           Data& data, const Path& path) {
-    const DataTypeBase* pDataType = def::schema::pDataTypeOf(&object);
-    const bool boSet = pDataType && boOfKind(pDataType->kind, *this, SetText{object, text, attribute, data, path});
+    const bool boSet = visitCell(*this, cellClass(&object), SetText{object, text, attribute, data, path});
     if (boSet) vDefined();
     return boSet;
 }
 
 bool AttributeBase::boValueAsXmlStringsSet(const ObjectBase& object, const Texts& texts, const Attribute& attribute,
                                            Data& data, const Path& path) {
-    const DataTypeBase* pDataType = def::schema::pDataTypeOf(&object);
-    if (!pDataType) return false;
-    bool boSet = false;
-    if (pDataType->kind == DataKind::Select)
-        boSet = static_cast<AttributeSelect&>(*this).boValueAsXmlStringsSet(texts, attribute, data, path);
-    else if (def::schema::boIsAggregate(pDataType->kind))
-        boSet = static_cast<AttributeList&>(*this).boValueAsXmlStringsSet(object, texts, attribute, data, path);
+    const bool boSet = visitCell(*this, cellClass(&object), SetTexts{object, texts, attribute, data, path});
     if (boSet) vDefined();
     return boSet;
 }
@@ -320,10 +308,9 @@ namespace {
 template <class Select, class Prepare>
 Select* pInnermost(Select* pSelect, const Prepare& boPrepare) {
     while (boPrepare(*pSelect) && pSelect->m_pValue.load() && pSelect->m_eType.load() != AttributeType::Entity) {
-        const DataTypeBase* pDataType = def::schema::pDataTypeOf(pSelect->m_pType);
-        if (!pDataType) return nullptr;
-        if (pDataType->kind != DataKind::Select) return pSelect;
-        pSelect = static_cast<Select*>(pSelect->m_pValue.load());
+        Select* pInside = pSelectInside(*pSelect);
+        if (!pInside) return def::schema::pDataTypeOf(pSelect->m_pType) ? pSelect : nullptr;
+        pSelect = pInside;
     }
     return nullptr;
 }
@@ -344,43 +331,29 @@ const AttributeSelect* pInnermost(const AttributeSelect& select) {
     return pInnermost(&select, [](const AttributeSelect&) { return true; });
 }
 
-DataKind kindOf(const AttributeSelect& select) { return select.m_pType.load()->pDataType->kind; }
-
 }   // namespace
 
 bool AttributeSelect::boValueAsXmlStringGet(std::string& text, const Attribute& attribute, const Data* data) const {
     const AttributeSelect* pHolder = this;
-    for (const AttributeBase* pCell = m_pValue; pCell; pCell = pHolder->m_pValue) {
-        if (pHolder->m_eType.load() == AttributeType::Entity)
-            return static_cast<const AttributeEntity*>(pCell)->boValueAsXmlStringGet(text, data);
-        const DataTypeBase* pDataType = def::schema::pDataTypeOf(pHolder->m_pType);
-        if (!pDataType) return false;
-        if (pDataType->kind != DataKind::Select)
-            return boOfKind(pDataType->kind, *pCell, GetText{text, attribute, data});
-        pHolder = static_cast<const AttributeSelect*>(pCell);
-    }
-    return false;
+    while (const AttributeSelect* pInner = pSelectInside(*pHolder)) pHolder = pInner;
+    return visitSelected(*pHolder, GetText{text, attribute, data});
 }
 
 bool AttributeSelect::boValueAsXmlStringsGet(Texts& texts, const Attribute& attribute, const Data* data) const {
     const AttributeSelect* pHolder = pInnermost(*this);
-    if (!pHolder || !def::schema::boIsAggregate(kindOf(*pHolder))) return false;
-    return static_cast<const AttributeList*>(pHolder->m_pValue.load())->boValueAsXmlStringsGet(texts, attribute, data);
+    return pHolder && visitSelected(*pHolder, GetTexts{texts, attribute, data});
 }
 
 bool AttributeSelect::boValueAsXmlStringSet(const std::string& text, const Attribute& attribute, Data& data,
                                             const Path& path) {
     AttributeSelect* pHolder = pInnermostFor(*this, path, data.pool());
-    return pHolder && boOfKind(kindOf(*pHolder), *pHolder->m_pValue.load(),
-                               SetText{*pHolder->m_pType.load(), text, attribute, data, path});
+    return pHolder && visitSelected(*pHolder, SetText{*pHolder->m_pType.load(), text, attribute, data, path});
 }
 
 bool AttributeSelect::boValueAsXmlStringsSet(const Texts& texts, const Attribute& attribute, Data& data,
                                              const Path& path) {
     AttributeSelect* pHolder = pInnermostFor(*this, path, data.pool());
-    if (!pHolder || !def::schema::boIsAggregate(kindOf(*pHolder))) return false;
-    return static_cast<AttributeList*>(pHolder->m_pValue.load())
-        ->boValueAsXmlStringsSet(*pHolder->m_pType.load(), texts, attribute, data, path);
+    return pHolder && visitSelected(*pHolder, SetTexts{*pHolder->m_pType.load(), texts, attribute, data, path});
 }
 
 // Lists.
@@ -389,66 +362,77 @@ namespace {
 
 // One text an item, by the item type; false for an item type that has none.
 bool boItemTexts(const AttributeListValueBase& list, const Attribute& attribute, const Data* data, Texts& texts) {
-    const auto vEach = [&]<class T>(std::type_identity<T>, auto&& sText) {
-        const Array<T>* pArray = list.pArray<T>();
-        if (!pArray) return true;
-        texts.reserve(pArray->size());
-        for (const auto& item : *pArray) texts.push_back(sText(item));
+    const auto boEach = [&texts](const auto* pItems, auto&& sText) {
+        if (!pItems) return true;
+        texts.reserve(pItems->size());
+        for (const auto& item : *pItems) texts.push_back(sText(item));
         return true;
     };
-    switch (list.m_eItemType.load()) {
-    case AttributeType::Real:
-        return vEach(std::type_identity<double>(), [](double value) {
-            std::string sText;
-            vRealAppend(sText, value);
-            return sText;
-        });
-    case AttributeType::Integer:
-        return vEach(std::type_identity<long long>(), [](long long iValue) { return std::to_string(iValue); });
-    case AttributeType::String:
-        return vEach(std::type_identity<char*>(), [](const char* pText) { return std::string(pText ? pText : ""); });
-    case AttributeType::Select:
-        return vEach(std::type_identity<AttributeSelect>(), [&](const AttributeSelect& item) {
-            std::string sText;
-            return item.boValueAsXmlStringGet(sText, attribute, data) ? sText : std::string();
-        });
-    default: return false;
-    }
+    return visitItems(list,
+                      Overloads{
+                          [&](const Array<double>* pItems) {
+                              return boEach(pItems, [](double value) {
+                                  std::string sText;
+                                  vRealAppend(sText, value);
+                                  return sText;
+                              });
+                          },
+                          [&](const Array<long long>* pItems) {
+                              return boEach(pItems, [](long long iValue) { return std::to_string(iValue); });
+                          },
+                          [&](const Array<char*>* pItems) {
+                              return boEach(pItems, [](const char* pText) { return std::string(pText ? pText : ""); });
+                          },
+                          [&](const Array<AttributeSelect>* pItems) {
+                              return boEach(pItems, [&](const AttributeSelect& item) {
+                                  std::string sText;
+                                  return item.boValueAsXmlStringGet(sText, attribute, data) ? sText : std::string();
+                              });
+                          },
+                          [](AnyItems) { return false; },
+                      });
 }
 
 // What the item texts of a list become. "iStep" is how far the walk moves on behind each select: 1 or 0.
-bool boItemsSet(AttributeListValueBase& list, const ObjectBase& object, const Texts& texts, const Attribute& attribute,
-                Data& data, const Path& path, std::size_t iStep, const char* sFunction) {
-    list.vTypeListCreate(path, texts.size(), data.pool());
-    switch (list.m_eItemType.load()) {
-    case AttributeType::Real: {
+struct ItemsSetter {
+    AttributeListValueBase& list;
+    const ObjectBase& object;
+    const Texts& texts;
+    const Attribute& attribute;
+    Data& data;
+    const Path& path;
+    std::size_t iStep;
+    const char* sFunction;
+
+    bool operator()(const Array<double>*) const {
         std::vector<double> values(texts.size());
         std::transform(texts.begin(), texts.end(), values.begin(), realOrZero);
         return list.boValueSet(values, &object, data.pool());
     }
-    case AttributeType::Integer:
-    case AttributeType::String: return false;
-    case AttributeType::Select: break;
-    default: vNotImplemented(sFunction); return false;
+    bool operator()(const Array<AttributeSelect>*) const {
+        const auto [items, boNew] = itemBlock<AttributeSelect>(list, texts.size(), data.pool());
+        if (boNew) ::new (items.begin()) AttributeSelect;   // the others stay zero until they are filled
+        const Path itemPath(path.begin(), path.empty() ? path.end() : path.end() - 1);
+        auto itText = texts.begin();
+        for (AttributeSelect& item : items) {
+            if (!item.m_pValue.load()) item.m_boPooled = true;
+            if (!item.boValueAsXmlStringSet(*itText, attribute, data, itemPath)) return false;
+            item.vDefined();
+            itText += static_cast<std::ptrdiff_t>(iStep);
+        }
+        return true;
     }
+    bool operator()(const Array<long long>*) const { return false; }
+    bool operator()(const Array<char*>*) const { return false; }
+    bool operator()(AnyItems) const {
+        vNotImplemented(sFunction);
+        return false;
+    }
+};
 
-    Array<AttributeSelect>* pItems = list.pArray<AttributeSelect>();
-    if (pItems && pItems->size() >= texts.size()) {
-        pItems->vCountSet(texts.size());
-    } else {
-        void* pBlock = data.pool().pAllocate(Array<AttributeSelect>::iBlockSize(texts.size()));
-        list.m_pItems = pItems = Array<AttributeSelect>::pFromBytes(pBlock, texts.size());
-        ::new (pItems->begin()) AttributeSelect;   // the others stay zero until they are filled
-    }
-    const Path itemPath(path.begin(), path.empty() ? path.end() : path.end() - 1);
-    auto itText = texts.begin();
-    for (AttributeSelect& item : *pItems) {
-        if (!item.m_pValue.load()) item.m_boPooled = true;
-        if (!item.boValueAsXmlStringSet(*itText, attribute, data, itemPath)) return false;
-        item.vDefined();
-        itText += static_cast<std::ptrdiff_t>(iStep);
-    }
-    return true;
+bool boItemsSet(const ItemsSetter& setter) {
+    setter.list.vTypeListCreate(setter.path, setter.texts.size(), setter.data.pool());
+    return visitItems(setter.list, setter);
 }
 
 }   // namespace
@@ -475,15 +459,15 @@ bool AttributeListValueBase::boValueAsXmlStringsGet(Texts& texts, const Attribut
 
 bool AttributeListValueBase::boValueAsXmlStringSet(const ObjectBase& object, const std::string& text,
                                                    const Attribute& attribute, Data& data, const Path& path) {
-    return boItemsSet(*this, object, words(text), attribute, data, path, 1,
-                      "oxa::ifc::AttributeListValueBase::boValueAsXmlStringSet");
+    return boItemsSet({*this, object, words(text), attribute, data, path, 1,
+                       "oxa::ifc::AttributeListValueBase::boValueAsXmlStringSet"});
 }
 
 // Every item of a list of selects gets the first text; importers count on it.
 bool AttributeListValueBase::boValueAsXmlStringsSet(const ObjectBase& object, const Texts& texts,
                                                     const Attribute& attribute, Data& data, const Path& path) {
-    return boItemsSet(*this, object, texts, attribute, data, path, 0,
-                      "oxa::ifc::AttributeListValueBase::boValueAsXmlStringsSet");
+    return boItemsSet(
+        {*this, object, texts, attribute, data, path, 0, "oxa::ifc::AttributeListValueBase::boValueAsXmlStringsSet"});
 }
 
 }   // namespace oxa::ifc

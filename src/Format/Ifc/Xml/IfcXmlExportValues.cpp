@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "Format/Ifc/Cells/CellWalk.h"
-#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcTypeSelectBase.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
@@ -56,7 +56,7 @@ std::optional<std::string> itemsText(const AttributeListValueBase& cell, const A
 void ExportCommon::vExportAttribute(Element& parent, const Attribute& attribute, const AttributeBase& cell,
                                     Walk& walk) {
     if (!cell.boHasValue() || attribute.types.empty()) return;
-    const def::schema::ObjectBase* pType = attribute.types.front();
+    const def::schema::ObjectBase* pType = attribute.pType();
     const bool boEntity = def::schema::pAsEntity(pType) != nullptr;
     def::xmlschema::Attribute mapping;
     if (attribute.pXml)
@@ -65,23 +65,22 @@ void ExportCommon::vExportAttribute(Element& parent, const Attribute& attribute,
         mapping.mode = boEntity ? m_pXmlDefaults->iModeEntity : m_pXmlDefaults->iModeValue;
     if (!mapping.boExported) return vLeftOutNote(attribute, cell, walk);
 
-    if (boEntity)
-        return vExportReference(parent, attribute, static_cast<const AttributeEntity&>(cell).m_value, mapping.mode,
-                                walk);
-    const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pType);
-    if (!pDataType) return;
-    if (pDataType->kind == def::schema::DataKind::Select)
-        vExportSelect(parent, static_cast<const AttributeSelect&>(cell), attribute, false, mapping.mode, walk);
-    else if (def::schema::boIsAggregate(pDataType->kind))
-        vExportList(parent, static_cast<const AttributeListValueBase&>(cell), attribute, mapping.mode, walk);
-    else
-        vExportScalar(parent, attribute, cell, mapping.mode);
+    visitCell(
+        cell, AttributeBase::cellClass(pType),
+        Overloads{
+            [&](const AttributeEntity& reference) {
+                vExportReference(parent, attribute, reference.m_value, mapping.mode, walk);
+            },
+            [&](const AttributeSelect& select) { vExportSelect(parent, select, attribute, false, mapping.mode, walk); },
+            [&](const AttributeList& list) { vExportList(parent, list, attribute, mapping.mode, walk); },
+            [&](const AttributeBase& scalar) { vExportScalar(parent, attribute, scalar, mapping.mode); },
+        });
 }
 
 // Nothing is written; but a walk that is to lose nothing comes back to what the attribute names.
 void ExportCommon::vLeftOutNote(const Attribute& attribute, const AttributeBase& cell, Walk& walk) const {
     if (!walk.m_boLeftOutNoted) return;
-    vForEachEntity(cell, AttributeBase::cellClass(attribute.types.front(), attribute), [&](const Entity* pEntity) {
+    vForEachEntity(cell, AttributeBase::cellClass(attribute.pType()), [&](const Entity* pEntity) {
         const bool boDefined = pEntity && pEntity->pSchemaEntity();
         if (boDefined && !m_exported.contains(pEntity)) walk.m_leftOut.push_back(pEntity);
     });
@@ -131,35 +130,35 @@ void ExportCommon::vExportSelect(Element& parent, const AttributeSelect& cell, c
 
 void ExportCommon::vExportList(Element& parent, const AttributeListValueBase& cell, const Attribute& attribute,
                                std::uint32_t mode, Walk& walk) {
-    std::optional<std::string> text;
-    switch (cell.m_eItemType.load()) {
-    case AttributeType::Real:
-    case AttributeType::Number:
-        text = itemsText<double>(cell, attribute, str::Manip::valueFormatDefault);
+    const auto vReals = [&] {
+        const auto text = itemsText<double>(cell, attribute, str::Manip::valueFormatDefault);
         if (text) parent.vAttributeSet(attribute.sName, *text);
-        return;
-    case AttributeType::String:
-        text =
-            itemsText<char*>(cell, attribute, [](const char* pText) { return std::string_view(pText ? pText : ""); });
-        if (text && !text->empty()) parent.vAttributeSet(attribute.sName, *text);
-        return;
-    case AttributeType::Select: {
-        Element element = parent.ElementNodeAppend(attribute.sName);
-        const auto* pItems = cell.pArray<AttributeSelect>();
-        if (!pItems) return;
-        for (const AttributeSelect& item : *pItems) vExportSelect(element, item, attribute, true, mode, walk);
-        return;
-    }
-    case AttributeType::Entity: {
-        Element element = parent.ElementNodeAppend(attribute.sName);
-        const EntityList* pHead = cell.pEntities();
-        if (!pHead || !boNestsInstances(mode)) return;
-        for (const Entity* pItem : *pHead)
-            if (pItem) vExportEntity(element, *pItem, &pItem->schemaEntity(), {}, walk);
-        return;
-    }
-    default: return;
-    }
+    };
+    visitItems(cell, Overloads{
+                         [&](const Array<double>*) { vReals(); },
+                         [&](const Array<char*>*) {
+                             const auto text = itemsText<char*>(cell, attribute, [](const char* pText) {
+                                 return std::string_view(pText ? pText : "");
+                             });
+                             if (text && !text->empty()) parent.vAttributeSet(attribute.sName, *text);
+                         },
+                         [&](const Array<AttributeSelect>* pItems) {
+                             Element element = parent.ElementNodeAppend(attribute.sName);
+                             if (!pItems) return;
+                             for (const AttributeSelect& item : *pItems)
+                                 vExportSelect(element, item, attribute, true, mode, walk);
+                         },
+                         [&](const EntityList* pItems) {
+                             Element element = parent.ElementNodeAppend(attribute.sName);
+                             if (!pItems || !boNestsInstances(mode)) return;
+                             for (const Entity* pItem : *pItems)
+                                 if (pItem) vExportEntity(element, *pItem, &pItem->schemaEntity(), {}, walk);
+                         },
+                         [&](NoItems none) {
+                             if (none.eType == AttributeType::Number) vReals();   // which raises an assertion
+                         },
+                         [](AnyItems) {},
+                     });
 }
 
 }   // namespace oxa::ifc::xml
