@@ -12,9 +12,9 @@
 #include <type_traits>
 
 #include "Format/Ifc/Cells/ItemBlock.h"
+#include "Format/Ifc/Cells/ValueTypes.h"
 #include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
-#include "Format/Ifc/IfcTypeSelectBase.h"
 #include "platform/Assert.h"
 #include "platform/String.h"
 
@@ -25,8 +25,6 @@ using def::schema::ObjectBase;
 using types::IfcSelectBase;
 
 namespace {
-
-using Bytes = std::vector<unsigned char>;
 
 bool boRefuse(const char* sFunction, const char* sText) {
     Assert::vTell("Format/Ifc/IfcFileAttribute", sFunction, sText);
@@ -238,7 +236,7 @@ struct ListSetter {
         if (boIs(AttributeType::Entity)) return boAppendEntity(value.pEntityGet());
         if (!boIs(AttributeType::Select)) return false;
         AttributeSelect* pCell = ::new (&append<AttributeSelect>()) AttributeSelect;
-        pCell->boValueSet(value, attribute.types.empty() ? nullptr : attribute.types.front(), pool);
+        pCell->boValueSet(value, attribute.pType(), pool);
         return true;
     }
     bool boPush(const Entity* const& pEntity, const def::schema::Attribute&) {
@@ -262,13 +260,12 @@ bool AttributeListValueBase::boValueSet(const Value& value, const ObjectBase* pO
 
 template <class Value>
 bool AttributeListValueBase::boValueSet(const Value& value, const def::schema::Attribute& attribute, Data& data) {
-    return boValueSet(value, attribute.types.empty() ? nullptr : attribute.types.front(), data.pool());
+    return boValueSet(value, attribute.pType(), data.pool());
 }
 
 template <class Value>
 bool AttributeListValueBase::boPushBackValue(const Value& value, const def::schema::Attribute& attribute, Data& data) {
-    if (m_eItemType.load() == AttributeType::Unknown)
-        boInitTypeFromAttribute(attribute.types.empty() ? nullptr : attribute.types.front());
+    if (m_eItemType.load() == AttributeType::Unknown) boInitTypeFromAttribute(attribute.pType());
     if (!boAppendable<Value>(m_eItemType))
         return boRefuse(g_sPushBack, std::is_same_v<Value, IfcSelectBase>
                                          ? "boPushBackValue is not implemented for this list type"
@@ -336,153 +333,20 @@ AttributeListValueBase::~AttributeListValueBase() {
                       });
 }
 
-// The closed lists of values.
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const double&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const double&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const long long&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const long long&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const unsigned long long&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const unsigned long long&, const def::schema::Attribute&,
-                                                             Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const bool&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const bool&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const LogicalValue&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const LogicalValue&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const Guid&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const Guid&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const char* const&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const char* const&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::string&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::string&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const Bytes&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const Bytes&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const Entity* const&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const Entity* const&, const def::schema::Attribute&,
-                                                             Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const IfcSelectBase&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const IfcSelectBase&, const def::schema::Attribute&,
-                                                             Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_2d::Point&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_2d::Point&, const def::schema::Attribute&,
-                                                             Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_2d::Vector&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_2d::Vector&, const def::schema::Attribute&,
-                                                             Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_3d::Point&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_3d::Point&, const def::schema::Attribute&,
-                                                             Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_3d::Vector&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const math::_3d::Vector&, const def::schema::Attribute&,
-                                                             Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<char>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<char>&, const def::schema::Attribute&,
-                                                             Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<long long>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<long long>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<double>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<double>&, const def::schema::Attribute&,
-                                                             Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::string>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::string>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<const char*>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<const char*>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<Entity*>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<Entity*>&, const def::schema::Attribute&,
-                                                             Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<const Entity*>&, const ObjectBase*,
-                                                             Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<const Entity*>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcSelectBase>&, const ObjectBase*,
-                                                             Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcSelectBase>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 2>>&,
-                                                             const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 2>>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 3>>&,
-                                                             const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<long long, 3>>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 2>>&, const ObjectBase*,
-                                                             Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 2>>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 3>>&, const ObjectBase*,
-                                                             Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<IfcArray<double, 3>>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_2d::Point>&, const ObjectBase*,
-                                                             Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_2d::Point>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_3d::Point>&, const ObjectBase*,
-                                                             Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<math::_3d::Point>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<Bytes>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<Bytes>&, const def::schema::Attribute&,
-                                                             Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<char>>&, const ObjectBase*,
-                                                             Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<char>>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<long long>>&,
-                                                             const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<long long>>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<double>>&, const ObjectBase*,
-                                                             Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<double>>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<std::string>>&,
-                                                             const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<std::string>>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<const Entity*>>&,
-                                                             const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::vector<std::vector<const Entity*>>&,
-                                                             const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::set<Entity*>&, const ObjectBase*, Pool&);
-template OXA_IFC_API bool AttributeListValueBase::boValueSet(const std::set<Entity*>&, const def::schema::Attribute&,
-                                                             Data&);
-
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const char&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const long long&, const def::schema::Attribute&,
-                                                                  Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const double&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::string&, const def::schema::Attribute&,
-                                                                  Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const char* const&, const def::schema::Attribute&,
-                                                                  Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcSelectBase&, const def::schema::Attribute&,
-                                                                  Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<long long, 2>&,
-                                                                  const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<long long, 3>&,
-                                                                  const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<double, 2>&,
-                                                                  const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const IfcArray<double, 3>&,
-                                                                  const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const math::_2d::Point&,
-                                                                  const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const math::_3d::Point&,
-                                                                  const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const Bytes&, const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<char>&,
-                                                                  const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<long long>&,
-                                                                  const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<double>&,
-                                                                  const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const std::vector<Entity*>&,
-                                                                  const def::schema::Attribute&, Data&);
-template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const Entity* const&, const def::schema::Attribute&,
-                                                                  Data&);
+#define OXA_SET_Yes(T)                                                                                \
+    template OXA_IFC_API bool AttributeListValueBase::boValueSet(const T&, const ObjectBase*, Pool&); \
+    template OXA_IFC_API bool AttributeListValueBase::boValueSet(const T&, const def::schema::Attribute&, Data&);
+#define OXA_SET_No(T)
+#define OXA_SET_LIST_Yes(T) OXA_SET_Yes(std::vector<T>)
+#define OXA_SET_LIST_Name(T)
+#define OXA_SET_LIST_No(T)
+#define OXA_APPEND_Yes(T) \
+    template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const T&, const def::schema::Attribute&, Data&);
+#define OXA_APPEND_List(T) OXA_APPEND_Yes(T)
+#define OXA_APPEND_No(T)
+#define OXA_STORE(T, eGet, eGetList, eSet, eSetList, eAppend, eWalk, sName) \
+    OXA_SET_##eSet(T) OXA_SET_LIST_##eSetList(T) OXA_APPEND_##eAppend(T)
+OXA_VALUE_TYPES(OXA_STORE)
+OXA_SET_Yes(std::set<Entity*>)   // what a select holds of a set
 
 }   // namespace oxa::ifc

@@ -7,10 +7,11 @@
 #include <set>
 #include <type_traits>
 
+#include "Format/Ifc/Cells/ValueTypes.h"
+#include "Format/Ifc/Cells/ValueWalk.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcMissingType.h"
-#include "Format/Ifc/IfcTypeSelectBase.h"
 #include "platform/Assert.h"
 
 namespace oxa::ifc {
@@ -20,9 +21,6 @@ using def::schema::AttributeName;
 using types::IfcSelectBase;
 
 namespace {
-
-using Bytes = std::vector<unsigned char>;
-using BytesView = std::pair<unsigned char*, std::size_t>;
 
 const def::schema::ObjectBase& typeOf(const Attribute& attribute) {
     if (attribute.types.empty() || !attribute.types.front()) throw MissingType();
@@ -278,116 +276,27 @@ bool Entity::boValueAsXmlStringsGet(const AttributeName& name, std::vector<std::
     return pCell && pCell->boValueAsXmlStringsGet(typeOf(*pAttribute), texts, *pAttribute, data);
 }
 
-// The closed lists of types, family by family.
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, double&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, long long&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, unsigned long long&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, bool&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, LogicalValue&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, Guid&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, const char*&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, std::string&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, Bytes&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, Entity*&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, math::_2d::Point&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, math::_2d::Vector&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, math::_3d::Point&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, math::_3d::Vector&) const;
-template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, IfcSelectBase&) const;
+#define OXA_GET_Yes(T) template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, T&) const;
+#define OXA_GET_No(T)
+#define OXA_GET_LIST_Yes(T) \
+    template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<T>&) const;
+#define OXA_GET_LIST_No(T)
+#define OXA_SET_Yes(T) template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const T&, Data&);
+#define OXA_SET_No(T)
+#define OXA_SET_LIST_Yes(T) \
+    template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<T>&, Data&);
+#define OXA_SET_LIST_Name(T) OXA_SET_LIST_Yes(T)
+#define OXA_SET_LIST_No(T)
+#define OXA_APPEND_Yes(T) template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const T&, Data&);
+#define OXA_APPEND_List(T)
+#define OXA_APPEND_No(T)
+#define OXA_ACCESS(T, eGet, eGetList, eSet, eSetList, eAppend, eWalk, sName) \
+    OXA_GET_##eGet(T) OXA_GET_LIST_##eGetList(T) OXA_SET_##eSet(T) OXA_SET_LIST_##eSetList(T) OXA_APPEND_##eAppend(T)
+OXA_VALUE_TYPES(OXA_ACCESS)
 
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<double>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<long long>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<char>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<unsigned char>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<const char*>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<std::string>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<Bytes>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<Entity*>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<IfcSelectBase>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<IfcArray<long long, 2>>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<IfcArray<long long, 3>>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<IfcArray<double, 2>>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<IfcArray<double, 3>>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<math::_2d::Point>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<math::_3d::Point>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<std::vector<long long>>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<std::vector<double>>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<std::vector<char>>&) const;
-template OXA_IFC_API bool Entity::boListValueGet(const AttributeName&, std::vector<std::vector<Entity*>>&) const;
-
-template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<long long, 2>&) const;
-template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<double, 2>&) const;
-template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<Entity*, 2>&) const;
-template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<long long, 3>&) const;
-template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<double, 3>&) const;
-template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<Entity*, 3>&) const;
-
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const double&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const long long&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const unsigned long long&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const bool&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const LogicalValue&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const Guid&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const char* const&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const std::string&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const Bytes&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const Entity* const&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const math::_2d::Point&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const math::_2d::Vector&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const math::_3d::Point&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const math::_3d::Vector&, Data&);
-template OXA_IFC_API bool Entity::boValueSet2(const AttributeName&, const IfcSelectBase&, Data&);
-
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<char>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<unsigned char>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<long long>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<double>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::string>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<const char*>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<Entity*>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<const Entity*>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcSelectBase>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<long long, 2>>&,
-                                                 Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<long long, 3>>&,
-                                                 Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<double, 2>>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<IfcArray<double, 3>>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<math::_2d::Point>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<math::_3d::Point>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<Bytes>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<char>>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<long long>>&,
-                                                 Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<double>>&, Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<std::string>>&,
-                                                 Data&);
-template OXA_IFC_API bool Entity::boListValueSet(const AttributeName&, const std::vector<std::vector<const Entity*>>&,
-                                                 Data&);
-
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const char&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const long long&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const double&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const std::string&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const char* const&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const IfcSelectBase&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const IfcArray<long long, 2>&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const IfcArray<long long, 3>&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const IfcArray<double, 2>&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const IfcArray<double, 3>&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const math::_3d::Point&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const Bytes&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const std::vector<char>&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const std::vector<long long>&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const std::vector<double>&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const std::vector<Entity*>&, Data&);
-template OXA_IFC_API bool Entity::boListValuePushBack(const AttributeName&, const Entity* const&, Data&);
-
-template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<long long, 2>&, Data&);
-template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<double, 2>&, Data&);
-template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<const Entity*, 2>&, Data&);
-template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<long long, 3>&, Data&);
-template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<double, 3>&, Data&);
-template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<const Entity*, 3>&, Data&);
+#define OXA_FIXED(Got, Stored, N)                                                                          \
+    template OXA_IFC_API bool Entity::boFixedArrayValueGet(const AttributeName&, IfcArray<Got, N>&) const; \
+    template OXA_IFC_API bool Entity::boFixedArrayValueSet(const AttributeName&, const IfcArray<Stored, N>&, Data&);
+OXA_FIXED_ARRAYS(OXA_FIXED)
 
 }   // namespace oxa::ifc
