@@ -209,11 +209,14 @@ private:
     bool boCompose(StepWriteInfo& info) const;
     // Brings cells iFirst and following to the undefined state. Throws the text "illegal type".
     void vCellsUndefined(const DataSizeEntity& size, std::size_t iFirst);
-    [[nodiscard]] AttributeBase* pCellFromName(const def::schema::AttributeName& name,
-                                               const def::schema::Attribute** ppAttribute = nullptr) const;
-    // The same with the class of the cell; throws for an attribute without a type.
-    [[nodiscard]] AttributeBase* pCellOf(const def::schema::AttributeName& name,
-                                         const def::schema::Attribute*& pAttribute, CellClass& eClass) const;
+    // An attribute of the instance: its cell, and its place in the layout, which says what the cell is.
+    struct Found {
+        const DataSizeEntity::Cell* pPlace = nullptr;
+        AttributeBase* pCell = nullptr;   // null for an unknown name, and for an instance without attributes
+    };
+    [[nodiscard]] Found find(const def::schema::AttributeName& name) const;
+    // The same for a setter: throws for an attribute without a type.
+    [[nodiscard]] Found findToSet(const def::schema::AttributeName& name) const;
     // The list head of one inverse attribute; null for an unknown name.
     [[nodiscard]] InverseEntry* pInverseEntry(const def::schema::AttributeName& name) const;
     [[nodiscard]] InverseEntry* pInverseEntries() const noexcept {

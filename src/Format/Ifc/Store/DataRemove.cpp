@@ -217,7 +217,7 @@ private:
         for (Entity* pEntity : m_data.m_entities) vInverseTakeFrom(*pEntity, boGone);
         for (Entity* pEntity : m_removal.removed) {
             vInverseTakeFrom(*pEntity, [](const Entity*) { return true; });
-            const AttributeBase* pGuid = pEntity->m_pAttributes ? pEntity->pCellFromName(g_globalId) : nullptr;
+            const AttributeBase* pGuid = pEntity->m_pAttributes ? pEntity->find(g_globalId).pCell : nullptr;
             if (pGuid && pGuid->m_boGuid) {
                 const Guid guid = static_cast<const AttributeGuid*>(pGuid)->m_value;
                 if (m_data.m_guidEntityMap.pFind(guid) == pEntity) m_data.m_guidEntityMap.boErase(guid);

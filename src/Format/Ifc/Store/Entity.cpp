@@ -40,7 +40,7 @@ std::size_t iPositionOf(const AttributeInverse& inverse) {
 std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& schema) {
     auto pSize = std::make_shared<DataSizeEntity>();
     for (const Attribute* pAttribute : schema.allAttributes()) {
-        const def::schema::ObjectBase* pObject = pAttribute->types.empty() ? nullptr : pAttribute->types.front();
+        const def::schema::ObjectBase* pObject = pAttribute->pType();
         const CellClass eClass = AttributeBase::cellClass(pObject, *pAttribute);
         std::uint32_t iSize = 0;
         if (eClass < CellClass::Unresolved) {
@@ -120,29 +120,28 @@ std::pair<const Attribute*, AttributeBase*> Entity::pAttributeFromIndex(unsigned
     return {cell.pAttribute, reinterpret_cast<AttributeBase*>(static_cast<char*>(m_pAttributes) + cell.iOffset)};
 }
 
-AttributeBase* Entity::pCellFromName(const AttributeName& name, const Attribute** ppAttribute) const {
-    const int iIndex = indexFromName(name);
-    if (iIndex < 0) return nullptr;
-    const auto [pAttribute, pCell] = pAttributeFromIndex(static_cast<unsigned>(iIndex));
-    if (ppAttribute) *ppAttribute = pAttribute;
-    return pCell;
+Entity::Found Entity::find(const AttributeName& name) const {
+    if (!m_pAttributes) return {};
+    for (const DataSizeEntity::Cell& place : getDataSize(schemaEntity()).cells)
+        if (place.pAttribute->uNameHash == name.hash && place.pAttribute->sName == name.name)
+            return {&place, reinterpret_cast<AttributeBase*>(static_cast<char*>(m_pAttributes) + place.iOffset)};
+    return {};
 }
 
 bool Entity::boIsUndefined(const AttributeName& name) const {
-    const AttributeBase* pCell = pCellFromName(name);
+    const AttributeBase* pCell = find(name).pCell;
     return !pCell || pCell->m_boUndefined;
 }
 
 bool Entity::boIsDerived(const AttributeName& name) const {
-    const AttributeBase* pCell = pCellFromName(name);
+    const AttributeBase* pCell = find(name).pCell;
     return !pCell || pCell->m_boDerived;
 }
 
 bool Entity::boUndefinedSet(const AttributeName& name, bool boUndefined) {
-    const Attribute* pAttribute = nullptr;
-    AttributeBase* pCell = pCellFromName(name, &pAttribute);
+    const auto [pPlace, pCell] = find(name);
     if (!pCell) return false;
-    if (boUndefined && !pAttribute->boOptional) {
+    if (boUndefined && !pPlace->pAttribute->boOptional) {
         Assert::vTell(g_sSource, "oxa::ifc::Entity::boUndefinedSet",
                       "oxa::ifc::Entity::vUndefinedSet: This attribute is not optional");
         return false;
@@ -152,7 +151,7 @@ bool Entity::boUndefinedSet(const AttributeName& name, bool boUndefined) {
 }
 
 bool Entity::boDerivedSet(const AttributeName& name, bool boDerived) {
-    AttributeBase* pCell = pCellFromName(name);
+    AttributeBase* pCell = find(name).pCell;
     if (!pCell) return false;
     pCell->m_boDerived = boDerived;
     return true;

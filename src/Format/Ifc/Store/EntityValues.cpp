@@ -23,8 +23,8 @@ using types::IfcSelectBase;
 namespace {
 
 const def::schema::ObjectBase& typeOf(const Attribute& attribute) {
-    if (attribute.types.empty() || !attribute.types.front()) throw MissingType();
-    return *attribute.types.front();
+    if (!attribute.pType()) throw MissingType();
+    return *attribute.pType();
 }
 
 // The cell as what its class says.
@@ -133,67 +133,71 @@ bool boStore(CellClass, AttributeBase&, const Attribute&, Data&, const math::Coo
 
 }   // namespace
 
-AttributeBase* Entity::pCellOf(const AttributeName& name, const Attribute*& pAttribute, CellClass& eClass) const {
-    AttributeBase* pCell = pCellFromName(name, &pAttribute);
-    if (pCell) eClass = AttributeBase::cellClass(&typeOf(*pAttribute), *pAttribute);
-    return pCell;
+Entity::Found Entity::findToSet(const AttributeName& name) const {
+    const Found found = find(name);
+    if (found.pCell && found.pPlace->eClass == CellClass::Unresolved) (void)typeOf(*found.pPlace->pAttribute);
+    return found;
 }
+
+namespace {
+
+// The values of the cell that a name stands for. "function" is called with each, as its Item.
+template <class Item, class Function>
+bool boWalk(const DataSizeEntity::Cell* pPlace, const AttributeBase* pCell, const Function& function, Wanted wanted) {
+    if (!pCell || !pCell->boHasValue()) return false;
+    if (pPlace->pAttribute->types.empty()) throw MissingType();
+    return boWalkValues<Item>(*pCell, pPlace->eClass, function, wanted);
+}
+
+}   // namespace
 
 template <class T>
 bool Entity::boValueGet(const AttributeName& name, T& value) const {
-    const Attribute* pAttribute = nullptr;
-    const AttributeBase* pCell = pCellFromName(name, &pAttribute);
-    if (!pCell) return false;
+    const auto [pPlace, pCell] = find(name);
     if constexpr (std::is_same_v<T, IfcSelectBase>) {
-        return AttributeSelect::boValueGetFromCell(*pCell, *pAttribute, value);
+        return pCell && AttributeSelect::boValueGetFromCell(*pCell, *pPlace->pAttribute, value);
     } else {
-        using Item = typename Walked<T>::Item;
-        const auto store = [&value](Item& item) {
+        const auto store = [&value](typename Walked<T>::Item& item) {
             Walked<T>::vStore(value, item);
             return true;
         };
-        return AttributeBase::boForEach<Item>(*pCell, *pAttribute, store, Walked<T>::boSingle, !Walked<T>::boSingle);
+        constexpr bool boSingle = Walked<T>::boSingle;
+        return boWalk<typename Walked<T>::Item>(pPlace, pCell, store, {boSingle, !boSingle});
     }
 }
 
 template <class T>
 bool Entity::boListValueGet(const AttributeName& name, std::vector<T>& values) const {
-    const Attribute* pAttribute = nullptr;
-    const AttributeBase* pCell = pCellFromName(name, &pAttribute);
+    const auto [pPlace, pCell] = find(name);
     values.clear();
-    if (!pCell) return false;
-    using Item = typename Walked<T>::Item;
-    const auto append = [&values](Item& item) {
+    const auto append = [&values](typename Walked<T>::Item& item) {
         T value{};
         Walked<T>::vStore(value, item);
         values.push_back(std::move(value));
         return true;
     };
-    return AttributeBase::boForEach<Item>(*pCell, *pAttribute, append, false, true);
+    return boWalk<typename Walked<T>::Item>(pPlace, pCell, append, {false, true});
 }
 
 template <class T, std::size_t N>
 bool Entity::boFixedArrayValueGet(const AttributeName& name, IfcArray<T, N>& value) const {
-    const Attribute* pAttribute = nullptr;
-    const AttributeBase* pCell = pCellFromName(name, &pAttribute);
-    if (!pCell) return false;
+    const auto [pPlace, pCell] = find(name);
     std::size_t iCount = 0;
     const auto store = [&](T& item) {
         value[iCount++] = item;
         return iCount < N;
     };
-    return AttributeBase::boForEach<T>(*pCell, *pAttribute, store, false, true) && iCount == N;
+    return boWalk<T>(pPlace, pCell, store, {false, true}) && iCount == N;
 }
 
 template <class T>
 bool Entity::boValueSet2(const AttributeName& name, const T& value, Data& data) {
-    const Attribute* pAttribute = nullptr;
-    CellClass eClass{};
-    AttributeBase* pCell = pCellOf(name, pAttribute, eClass);
+    const auto [pPlace, pCell] = findToSet(name);
     if (!pCell) return false;
-    const bool boStored = eClass == CellClass::List && !std::is_same_v<T, IfcSelectBase>
-                              ? as<AttributeList>(*pCell).boValueSet(value, &typeOf(*pAttribute), data.pool())
-                              : boStore(eClass, *pCell, *pAttribute, data, value);
+    const Attribute& attribute = *pPlace->pAttribute;
+    const bool boStored = pPlace->eClass == CellClass::List && !std::is_same_v<T, IfcSelectBase>
+                              ? as<AttributeList>(*pCell).boValueSet(value, attribute.pType(), data.pool())
+                              : boStore(pPlace->eClass, *pCell, attribute, data, value);
     if (boStored) pCell->vDefined();
     return boStored;
 }
@@ -203,11 +207,9 @@ bool Entity::boListValueSet(const AttributeName& name, const std::vector<T>& val
     if constexpr (std::is_same_v<T, unsigned char>) {
         return boValueSet2(name, values, data);
     } else {
-        const Attribute* pAttribute = nullptr;
-        CellClass eClass{};
-        AttributeBase* pCell = pCellOf(name, pAttribute, eClass);
-        if (!pCell || eClass != CellClass::List) return false;
-        if (!as<AttributeList>(*pCell).boValueSet(values, &typeOf(*pAttribute), data.pool())) return false;
+        const auto [pPlace, pCell] = findToSet(name);
+        if (!pCell || pPlace->eClass != CellClass::List) return false;
+        if (!as<AttributeList>(*pCell).boValueSet(values, pPlace->pAttribute->pType(), data.pool())) return false;
         pCell->vDefined();
         return true;
     }
@@ -215,11 +217,9 @@ bool Entity::boListValueSet(const AttributeName& name, const std::vector<T>& val
 
 template <class T>
 bool Entity::boListValuePushBack(const AttributeName& name, const T& value, Data& data) {
-    const Attribute* pAttribute = nullptr;
-    CellClass eClass{};
-    AttributeBase* pCell = pCellOf(name, pAttribute, eClass);
-    if (!pCell || eClass != CellClass::List) return false;
-    if (!as<AttributeList>(*pCell).boPushBackValue(value, *pAttribute, data)) return false;
+    const auto [pPlace, pCell] = findToSet(name);
+    if (!pCell || pPlace->eClass != CellClass::List) return false;
+    if (!as<AttributeList>(*pCell).boPushBackValue(value, *pPlace->pAttribute, data)) return false;
     pCell->vDefined();
     return true;
 }
@@ -229,10 +229,8 @@ bool Entity::boValuePushBack(const AttributeName& name, const Entity* pEntity, D
 }
 
 bool Entity::boValueRemove(const AttributeName& name, const Entity* pEntity, Data&) {
-    const Attribute* pAttribute = nullptr;
-    CellClass eClass{};
-    AttributeBase* pCell = pCellOf(name, pAttribute, eClass);
-    if (!pCell || eClass != CellClass::List) return false;
+    const auto [pPlace, pCell] = findToSet(name);
+    if (!pCell || pPlace->eClass != CellClass::List) return false;
     auto& list = as<AttributeList>(*pCell);
     if (list.m_eItemType.load() != AttributeType::Entity) return false;
     EntityList* pHead = list.pEntities();
@@ -251,29 +249,25 @@ bool Entity::boFixedArrayValueSet(const AttributeName& name, const IfcArray<T, N
 
 bool Entity::boValueAsXmlStringSet(const AttributeName& name, const std::string& text, Data& data,
                                    const std::vector<const def::schema::ObjectBase*>& path) {
-    const Attribute* pAttribute = nullptr;
-    AttributeBase* pCell = pCellFromName(name, &pAttribute);
-    return pCell && pCell->boValueAsXmlStringSet(typeOf(*pAttribute), text, *pAttribute, data, path);
+    const auto [pPlace, pCell] = find(name);
+    return pCell && pCell->boValueAsXmlStringSet(typeOf(*pPlace->pAttribute), text, *pPlace->pAttribute, data, path);
 }
 
 bool Entity::boValueAsXmlStringsSet(const AttributeName& name, const std::vector<std::string>& texts, Data& data,
                                     const std::vector<const def::schema::ObjectBase*>& path) {
-    const Attribute* pAttribute = nullptr;
-    AttributeBase* pCell = pCellFromName(name, &pAttribute);
-    return pCell && pCell->boValueAsXmlStringsSet(typeOf(*pAttribute), texts, *pAttribute, data, path);
+    const auto [pPlace, pCell] = find(name);
+    return pCell && pCell->boValueAsXmlStringsSet(typeOf(*pPlace->pAttribute), texts, *pPlace->pAttribute, data, path);
 }
 
 bool Entity::boValueAsXmlStringGet(const AttributeName& name, std::string& text, const Data* data) const {
-    const Attribute* pAttribute = nullptr;
-    const AttributeBase* pCell = pCellFromName(name, &pAttribute);
-    return pCell && pCell->boValueAsXmlStringGet(typeOf(*pAttribute), text, *pAttribute, data);
+    const auto [pPlace, pCell] = find(name);
+    return pCell && pCell->boValueAsXmlStringGet(typeOf(*pPlace->pAttribute), text, *pPlace->pAttribute, data);
 }
 
 bool Entity::boValueAsXmlStringsGet(const AttributeName& name, std::vector<std::string>& texts,
                                     const Data* data) const {
-    const Attribute* pAttribute = nullptr;
-    const AttributeBase* pCell = pCellFromName(name, &pAttribute);
-    return pCell && pCell->boValueAsXmlStringsGet(typeOf(*pAttribute), texts, *pAttribute, data);
+    const auto [pPlace, pCell] = find(name);
+    return pCell && pCell->boValueAsXmlStringsGet(typeOf(*pPlace->pAttribute), texts, *pPlace->pAttribute, data);
 }
 
 #define OXA_GET_Yes(T) template OXA_IFC_API bool Entity::boValueGet(const AttributeName&, T&) const;
