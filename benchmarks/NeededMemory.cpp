@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/Memory/List.h"
@@ -19,76 +20,51 @@ constexpr std::size_t g_iListNode = 16;
 
 std::size_t iTextBytes(const char* pText) { return pText ? std::strlen(pText) + 1 : 0; }
 
-std::size_t iListBytes(const AttributeListValueBase& list, const def::schema::Attribute& attribute);
-
-std::size_t iSelectBytes(const AttributeSelect& select, const def::schema::Attribute& attribute) {
-    std::size_t iBytes = 0;
-    for (const AttributeSelect* pSelect = &select; pSelect && pSelect->m_pValue.load();) {
-        const AttributeBase* pValue = pSelect->m_pValue;
-        if (pSelect->m_eType.load() == AttributeType::Entity) return iBytes + sizeof(AttributeEntity);
-        const def::schema::Type* pType = pSelect->m_pType;
-        if (!pType) return iBytes;
-        iBytes += AttributeBase::iAttributeSizeFromSchemaAttribute(*pType, attribute);
-        pSelect = nullptr;
-        switch (AttributeBase::cellClass(pType, attribute)) {
-        case CellClass::String: iBytes += iTextBytes(static_cast<const AttributeString*>(pValue)->m_value); break;
-        case CellClass::Binary:
-            iBytes += static_cast<std::size_t>(static_cast<const AttributeBinary*>(pValue)->m_iCount.load());
-            break;
-        case CellClass::List:
-            iBytes += iListBytes(static_cast<const AttributeListValueBase&>(*pValue), attribute);
-            break;
-        case CellClass::Select: pSelect = static_cast<const AttributeSelect*>(pValue); break;
-        default: break;
-        }
-    }
-    return iBytes;
-}
-
-// The block of an array and what its items point to.
-template <class T, class Beyond>
-std::size_t iArrayBytes(const AttributeListValueBase& list, Beyond&& iBeyond) {
-    const Array<T>* pArray = list.pArray<T>();
-    if (!pArray) return 0;
-    std::size_t iBytes = Array<T>::iBlockSize(pArray->size());
-    for (const auto& item : *pArray) iBytes += iBeyond(item);
-    return iBytes;
-}
-
-std::size_t iListBytes(const AttributeListValueBase& list, const def::schema::Attribute& attribute) {
-    const auto nothing = [](const auto&) { return std::size_t{0}; };
-    switch (list.m_eItemType.load()) {
-    case AttributeType::Real: return iArrayBytes<double>(list, nothing);
-    case AttributeType::Integer: return iArrayBytes<long long>(list, nothing);
-    case AttributeType::String:
-        return iArrayBytes<char*>(list, [](const Unaligned<char*>& text) { return iTextBytes(text); });
-    case AttributeType::Binary:
-        return iArrayBytes<AttributeBinary>(
-            list, [](const AttributeBinary& cell) { return static_cast<std::size_t>(cell.m_iCount.load()); });
-    case AttributeType::Select:
-        return iArrayBytes<AttributeSelect>(list,
-                                            [&](const AttributeSelect& item) { return iSelectBytes(item, attribute); });
-    case AttributeType::List:
-        return iArrayBytes<AttributeList>(list, [&](const AttributeList& row) { return iListBytes(row, attribute); });
-    case AttributeType::Entity: {
+// What a cell's value takes beyond the cell: the overloads for cells, and for the items of lists.
+struct BytesBeyond {
+    std::size_t operator()(const AttributeString& cell) const { return iTextBytes(cell.m_value); }
+    std::size_t operator()(const AttributeBinary& cell) const { return static_cast<std::size_t>(cell.m_iCount.load()); }
+    std::size_t operator()(const AttributeSelect& cell) const {
         std::size_t iBytes = 0;
-        if (const EntityList* pHead = list.pEntities())
-            for ([[maybe_unused]] Entity* pItem : *pHead) iBytes += iBytes ? g_iListNode : g_iListHead;
+        const AttributeSelect* pSelect = &cell;
+        while (pSelect)
+            pSelect = visitSelected(*pSelect, [&]<class Cell>(const Cell& value) {
+                iBytes += sizeof(Cell);
+                const AttributeSelect* pInside = nullptr;
+                if constexpr (std::is_same_v<Cell, AttributeSelect>)
+                    pInside = &value;
+                else
+                    iBytes += (*this)(value);
+                return pInside;
+            });
         return iBytes;
     }
-    default: return 0;
+    std::size_t operator()(const AttributeList& list) const { return visitItems(list, *this); }
+    std::size_t operator()(const AttributeBase&) const { return 0; }
+
+    std::size_t operator()(const EntityList* pItems) const {
+        std::size_t iBytes = 0;
+        if (pItems)
+            for ([[maybe_unused]] Entity* pItem : *pItems) iBytes += iBytes ? g_iListNode : g_iListHead;
+        return iBytes;
     }
-}
+    // The block of an array and what its items point to.
+    template <class T>
+    std::size_t operator()(const Array<T>* pItems) const {
+        if (!pItems) return 0;
+        std::size_t iBytes = Array<T>::iBlockSize(pItems->size());
+        for (const auto& item : *pItems) {
+            if constexpr (std::is_same_v<T, char*>) iBytes += iTextBytes(item);
+            if constexpr (std::is_base_of_v<AttributeBase, T>) iBytes += (*this)(item);
+        }
+        return iBytes;
+    }
+    std::size_t operator()(NoItems) const { return 0; }
+};
 
 std::size_t iValueBytes(const def::schema::Attribute& attribute, const AttributeBase& cell) {
     if (!cell.boHasValue()) return 0;
-    switch (AttributeBase::cellClass(attribute.types.empty() ? nullptr : attribute.types.front(), attribute)) {
-    case CellClass::String: return iTextBytes(static_cast<const AttributeString&>(cell).m_value);
-    case CellClass::Binary: return static_cast<std::size_t>(static_cast<const AttributeBinary&>(cell).m_iCount.load());
-    case CellClass::Select: return iSelectBytes(static_cast<const AttributeSelect&>(cell), attribute);
-    case CellClass::List: return iListBytes(static_cast<const AttributeListValueBase&>(cell), attribute);
-    default: return 0;
-    }
+    return visitCell(cell, AttributeBase::cellClass(attribute.pType()), BytesBeyond{});
 }
 
 }   // namespace

@@ -14,7 +14,7 @@ set(OXA_PUBLIC_HEADERS
   Format/Ifc/IfcFileEntity.h Format/Ifc/IfcFileError.h Format/Ifc/IfcFileHeader.h Format/Ifc/IfcFileHeaderSimple.h
   Format/Ifc/IfcGuid.h Format/Ifc/IfcLineReadThreadPool.h Format/Ifc/IfcMissingType.h Format/Ifc/IfcNumbers.h
   Format/Ifc/IfcReadFile.h Format/Ifc/IfcReportKey.h Format/Ifc/IfcStepStrings.h Format/Ifc/IfcTypeSelectBase.h
-  Format/Ifc/IfcWriteOptions.h
+  Format/Ifc/IfcValueVisit.h Format/Ifc/IfcWriteOptions.h
   Format/Ifc/Xml/IfcXmlExport.h Format/Ifc/Xml/IfcXmlImport.h)
 
 set(oxaHeadersToScan ${OXA_PUBLIC_HEADERS})

@@ -24,6 +24,7 @@ set(order Memory Text Report Cells Store Header File Read Write Xml)
 # The public headers.
 set(folder_IfcArray.h Cells)
 set(folder_IfcCellVisit.h Cells)
+set(folder_IfcValueVisit.h Cells)
 set(folder_IfcFileAttribute.h Cells)
 set(folder_IfcMissingType.h Cells)
 set(folder_IfcTypeSelectBase.h Cells)

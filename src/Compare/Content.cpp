@@ -6,11 +6,12 @@
 #include <cstring>
 #include <limits>
 
-#include "Compare/CellVisit.h"
+#include "Format/Ifc/IfcValueVisit.h"
 
 namespace oxa::compare {
 
 namespace schema = ifc::def::schema;
+namespace visit = ifc::visit;
 
 namespace {
 
@@ -63,31 +64,15 @@ ContentHash hashOf(const Guid& guid) noexcept {
 struct TargetVisitor {
     std::vector<const ifc::Entity*>& targets;
 
-    void vNull(bool) {}
-    void vReal(double) {}
-    void vInteger(long long) {}
-    void vBoolean(bool) {}
-    void vLogical(LogicalValue) {}
-    void vGuid(const Guid&) {}
-    void vText(const char*) {}
-    void vEnumerator(const char*) {}
-    void vBinary(const unsigned char*, std::size_t) {}
-    void vEntity(const ifc::Entity* pEntity) { targets.push_back(pEntity); }
-    void vListBegin(bool) {}
-    void vListEnd() {}
-    void vTypeBegin(const schema::Type&) {}
-    void vTypeEnd() {}
-    void vNothing() {}
+    template <class Other>
+    void operator()(const Other&) {}
+    void operator()(const ifc::Entity* pEntity) { targets.push_back(pEntity); }
 };
-
-const schema::ObjectBase* pTypeOf(const schema::Attribute& attribute) {
-    return attribute.types.empty() ? nullptr : attribute.types.front();
-}
 
 std::optional<Guid> guidOf(const ifc::Entity& entity) {
     std::optional<Guid> guid;
     entity.boForEachAttribute([&guid](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
-        if (ifc::AttributeBase::cellClass(pTypeOf(attribute), attribute) != ifc::CellClass::Guid) return false;
+        if (ifc::AttributeBase::cellClass(attribute.pType(), attribute) != ifc::CellClass::Guid) return false;
         if (cell.boHasValue()) guid = static_cast<const ifc::AttributeGuid&>(cell).m_value.load();
         return true;
     });
@@ -127,37 +112,33 @@ public:
     HashVisitor(const Content& model, const Contents* pContents) : m_model(model), m_pContents(pContents) {}
     [[nodiscard]] const ContentHash& hash() const noexcept { return m_hashes.back(); }
 
-    void vNull(bool boDerived) { m_hashes.push_back(compare::hashOf(boDerived ? Mark::Derived : Mark::Undefined)); }
-    void vReal(double value) {
+    void operator()(visit::Null null) {
+        m_hashes.push_back(compare::hashOf(null.boDerived ? Mark::Derived : Mark::Undefined));
+    }
+    void operator()(double value) {
         if (value == 0.0) value = 0.0;   // the one without a sign
         if (value != value) value = std::numeric_limits<double>::quiet_NaN();
         m_hashes.push_back(compare::hashOf(Mark::Real, std::bit_cast<std::uint64_t>(value)));
     }
-    void vInteger(long long iValue) {
+    void operator()(long long iValue) {
         m_hashes.push_back(compare::hashOf(Mark::Integer, static_cast<std::uint64_t>(iValue)));
     }
-    void vBoolean(bool boValue) { m_hashes.push_back(compare::hashOf(Mark::Boolean, std::uint64_t{boValue})); }
-    void vLogical(LogicalValue value) {
+    void operator()(bool boValue) { m_hashes.push_back(compare::hashOf(Mark::Boolean, std::uint64_t{boValue})); }
+    void operator()(LogicalValue value) {
         m_hashes.push_back(compare::hashOf(Mark::Logical, static_cast<std::uint64_t>(value)));
     }
-    void vGuid(const Guid& guid) { m_hashes.push_back(compare::hashOf(guid)); }
-    void vText(const char* pText) {
-        m_hashes.push_back(pText ? compare::hashOf(Mark::Text, std::string_view(pText))
-                                 : compare::hashOf(Mark::NoText));
+    void operator()(const Guid& guid) { m_hashes.push_back(compare::hashOf(guid)); }
+    void operator()(visit::Text text) { vText(Mark::Text, text.pText); }
+    void operator()(visit::Enumerator enumerator) { vText(Mark::Enumerator, enumerator.pText); }
+    void operator()(visit::Binary binary) {
+        m_hashes.push_back(compare::hashOf(Mark::Binary, std::string_view(reinterpret_cast<const char*>(binary.pBytes),
+                                                                          binary.pBytes ? binary.iCount : 0)));
     }
-    void vEnumerator(const char* pText) {
-        m_hashes.push_back(pText ? compare::hashOf(Mark::Enumerator, std::string_view(pText))
-                                 : compare::hashOf(Mark::NoText));
-    }
-    void vBinary(const unsigned char* pBytes, std::size_t iCount) {
-        m_hashes.push_back(compare::hashOf(
-            Mark::Binary, std::string_view(reinterpret_cast<const char*>(pBytes), pBytes ? iCount : 0)));
-    }
-    void vEntity(const ifc::Entity* pEntity) {
+    void operator()(const ifc::Entity* pEntity) {
         m_hashes.push_back(m_pContents ? m_model.hashOf(pEntity, *m_pContents) : compare::hashOf(Mark::Reference));
     }
-    void vListBegin(bool boSet) { m_lists.push_back({m_hashes.size(), boSet}); }
-    void vListEnd() {
+    void operator()(visit::ListBegin begin) { m_lists.push_back({m_hashes.size(), begin.boSet}); }
+    void operator()(visit::ListEnd) {
         const auto [iFirst, boSet] = m_lists.back();
         m_lists.pop_back();
         const auto itFirst = m_hashes.begin() + static_cast<std::ptrdiff_t>(iFirst);
@@ -167,17 +148,21 @@ public:
         m_hashes.erase(itFirst, m_hashes.end());
         m_hashes.push_back(hash);
     }
-    void vTypeBegin(const schema::Type& type) {
-        m_hashes.push_back(compare::hashOf(Mark::Type, std::string_view(type.sNameUpper)));
+    void operator()(visit::TypeBegin begin) {
+        m_hashes.push_back(compare::hashOf(Mark::Type, std::string_view(begin.type.sNameUpper)));
     }
-    void vTypeEnd() {
+    void operator()(visit::TypeEnd) {
         const ContentHash value = m_hashes.back();
         m_hashes.pop_back();
         m_hashes.back().vAdd(value);
     }
-    void vNothing() { m_hashes.push_back(compare::hashOf(Mark::Nothing)); }
+    void operator()(visit::Nothing) { m_hashes.push_back(compare::hashOf(Mark::Nothing)); }
 
 private:
+    void vText(Mark eMark, const char* pText) {
+        m_hashes.push_back(pText ? compare::hashOf(eMark, std::string_view(pText)) : compare::hashOf(Mark::NoText));
+    }
+
     struct List {
         std::size_t iFirst;   // of its items in m_hashes
         bool boSet;
@@ -283,7 +268,7 @@ void Content::vTargetsGather() {
         m_firstTarget.push_back(m_targets.size());
         targets.clear();
         pEntity->boForEachAttribute([&](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
-            vVisitCell(cell, pTypeOf(attribute), visitor);
+            ifc::visitValues(cell, attribute.pType(), visitor);
             return false;
         });
         for (const ifc::Entity* pTarget : targets)
@@ -391,11 +376,11 @@ ContentHash Content::attributes(Index i, const Contents& contents) const {
     ContentHash hash = compare::hashOf(Mark::Entity, std::string_view(entity.pSchemaEntity()->sNameUpper));
     entity.boForEachAttribute([&](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
         // What an entity without GlobalId has there is none of the file's.
-        const bool boGuid = ifc::AttributeBase::cellClass(pTypeOf(attribute), attribute) == ifc::CellClass::Guid;
+        const bool boGuid = ifc::AttributeBase::cellClass(attribute.pType(), attribute) == ifc::CellClass::Guid;
         if (cell.m_boUndefined || (boGuid && !m_guids[i])) return false;
         hash.vAdd(std::string_view(attribute.sName));
         HashVisitor visitor(*this, &contents);
-        vVisitCell(cell, pTypeOf(attribute), visitor);
+        ifc::visitValues(cell, attribute.pType(), visitor);
         hash.vAdd(visitor.hash());
         return false;
     });
@@ -405,7 +390,7 @@ ContentHash Content::attributes(Index i, const Contents& contents) const {
 ContentHash Content::value(const ifc::AttributeBase& cell, const schema::Attribute& attribute,
                            bool boReferences) const {
     HashVisitor visitor(*this, boReferences ? &m_contents : nullptr);
-    vVisitCell(cell, pTypeOf(attribute), visitor);
+    ifc::visitValues(cell, attribute.pType(), visitor);
     return visitor.hash();
 }
 

@@ -6,12 +6,13 @@
 #include <cmath>
 #include <string_view>
 
-#include "Compare/CellVisit.h"
 #include "Format/Ifc/IfcGuid.h"
+#include "Format/Ifc/IfcValueVisit.h"
 
 namespace oxa::compare {
 
 namespace schema = ifc::def::schema;
+namespace visit = ifc::visit;
 
 namespace {
 
@@ -41,35 +42,37 @@ public:
     TextVisitor(const Content& model, std::string& text) : m_model(model), m_text(text) {}
 
     void vCell(const ifc::AttributeBase& cell, const schema::Attribute& attribute) {
-        vVisitCell(cell, attribute.types.empty() ? nullptr : attribute.types.front(), *this);
+        ifc::visitValues(cell, attribute.pType(), *this);
     }
 
-    void vNull(bool boDerived) { vItem(boDerived ? "*" : "$"); }
-    void vReal(double value) { vItem(sReal(value)); }
-    void vInteger(long long iValue) { vItem(std::to_string(iValue)); }
-    void vBoolean(bool boValue) { vItem(boValue ? ".T." : ".F."); }
-    void vLogical(LogicalValue value) {
+    void operator()(visit::Null null) { vItem(null.boDerived ? "*" : "$"); }
+    void operator()(double value) { vItem(sReal(value)); }
+    void operator()(long long iValue) { vItem(std::to_string(iValue)); }
+    void operator()(bool boValue) { vItem(boValue ? ".T." : ".F."); }
+    void operator()(LogicalValue value) {
         vItem(value == LogicalValue::False ? ".F." : value == LogicalValue::True ? ".T." : ".U.");
     }
-    void vGuid(const Guid& guid) { vItem('\'' + ifc::IfcGuid::toIfcGuid(guid) + '\''); }
-    void vText(const char* pText) {
+    void operator()(const Guid& guid) { vItem('\'' + ifc::IfcGuid::toIfcGuid(guid) + '\''); }
+    void operator()(visit::Text text) {
         std::string sText = "'";
-        for (const char c : std::string_view(pText ? pText : "")) {
+        for (const char c : std::string_view(text.pText ? text.pText : "")) {
             if (c == '\'') sText += c;
             sText += c;
         }
         vItem(sText + '\'');
     }
-    void vEnumerator(const char* pText) { vItem(pText ? '.' + std::string(pText) + '.' : "(no enumerator)"); }
-    void vBinary(const unsigned char* pBytes, std::size_t iCount) {
+    void operator()(visit::Enumerator item) {
+        vItem(item.pText ? '.' + std::string(item.pText) + '.' : "(no enumerator)");
+    }
+    void operator()(visit::Binary binary) {
         std::string sText = "\"";
-        for (std::size_t i = 0; i < iCount && i < g_iMostText; ++i) {
+        for (std::size_t i = 0; i < binary.iCount && i < g_iMostText; ++i) {
             constexpr char digits[] = "0123456789ABCDEF";
-            sText.append({digits[pBytes[i] >> 4], digits[pBytes[i] & 0xF]});
+            sText.append({digits[binary.pBytes[i] >> 4], digits[binary.pBytes[i] & 0xF]});
         }
         vItem(sText + '"');
     }
-    void vEntity(const ifc::Entity* pEntity) {
+    void operator()(const ifc::Entity* pEntity) {
         if (!pEntity) return vItem("(no entity)");
         const schema::Entity* pType = pEntity->pSchemaEntity();
         if (!pType) return vItem("(an entity that is not in the file)");
@@ -84,11 +87,11 @@ public:
             });
         vClose();
     }
-    void vListBegin(bool) { vOpen({}); }
-    void vListEnd() { vClose(); }
-    void vTypeBegin(const schema::Type& type) { vOpen(type.sNameUpper); }
-    void vTypeEnd() { vClose(); }
-    void vNothing() { vItem("(nothing)"); }
+    void operator()(visit::ListBegin) { vOpen({}); }
+    void operator()(visit::ListEnd) { vClose(); }
+    void operator()(visit::TypeBegin begin) { vOpen(begin.type.sNameUpper); }
+    void operator()(visit::TypeEnd) { vClose(); }
+    void operator()(visit::Nothing) { vItem("(nothing)"); }
 
 private:
     void vItem(std::string_view text) {
@@ -130,7 +133,8 @@ std::string sValueText(const Content& model, const ifc::AttributeBase& cell, con
 
 std::string sReferenceText(const Content& model, const ifc::Entity* pEntity) {
     std::string sText;
-    TextVisitor(model, sText).vEntity(pEntity);
+    TextVisitor visitor(model, sText);
+    visitor(pEntity);
     return sText;
 }
 

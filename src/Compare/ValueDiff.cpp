@@ -6,20 +6,17 @@
 #include <tuple>
 #include <utility>
 
-#include "Compare/CellVisit.h"
 #include "Compare/ContentText.h"
+#include "Format/Ifc/IfcValueVisit.h"
 
 namespace oxa::compare {
 
 namespace schema = ifc::def::schema;
+namespace visit = ifc::visit;
 
 namespace {
 
 constexpr int g_iMostDepth = 64;   // references on the way to a value
-
-const schema::ObjectBase* pTypeOf(const schema::Attribute& attribute) {
-    return attribute.types.empty() ? nullptr : attribute.types.front();
-}
 
 // The references of a value, and whether it is nothing but a set of them.
 struct References {
@@ -28,29 +25,22 @@ struct References {
     bool boList = false;
 
     explicit References(const Value& value) {
-        vVisitCell(*value.pCell, pTypeOf(*value.pAttribute), *this);
+        ifc::visitValues(*value.pCell, value.pAttribute->pType(), *this);
         boSet = m_boSetOutside && !m_boOthers;
     }
 
-    void vNull(bool) { m_boOthers = true; }
-    void vReal(double) { m_boOthers = true; }
-    void vInteger(long long) { m_boOthers = true; }
-    void vBoolean(bool) { m_boOthers = true; }
-    void vLogical(LogicalValue) { m_boOthers = true; }
-    void vGuid(const Guid&) { m_boOthers = true; }
-    void vText(const char*) { m_boOthers = true; }
-    void vEnumerator(const char*) { m_boOthers = true; }
-    void vBinary(const unsigned char*, std::size_t) { m_boOthers = true; }
-    void vEntity(const ifc::Entity* pEntity) { entities.push_back(pEntity); }
-    void vListBegin(bool boIsSet) {
+    template <class Other>
+    void operator()(const Other&) {
+        m_boOthers = true;
+    }
+    void operator()(const ifc::Entity* pEntity) { entities.push_back(pEntity); }
+    void operator()(visit::ListBegin begin) {
         if (boList || !entities.empty()) m_boOthers = true;   // within another
-        if (!boList) m_boSetOutside = boIsSet;
+        if (!boList) m_boSetOutside = begin.boSet;
         boList = true;
     }
-    void vListEnd() {}
-    void vTypeBegin(const schema::Type&) { m_boOthers = true; }
-    void vTypeEnd() {}
-    void vNothing() { m_boOthers = true; }
+    void operator()(visit::ListEnd) {}
+    void operator()(visit::TypeEnd) {}
 
 private:
     bool m_boSetOutside = false;

@@ -82,7 +82,7 @@ std::vector<const ifc::Entity*> reached(const ifc::Entity& root) {
     for (std::size_t i = 0; i < found.size(); ++i) {
         const ifc::Entity& entity = *found[i];
         entity.boForEachAttribute([&](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
-            const schema::ObjectBase* const pType = attribute.types.empty() ? nullptr : attribute.types.front();
+            const schema::ObjectBase* const pType = attribute.pType();
             ifc::visitCell(cell, ifc::AttributeBase::cellClass(pType, attribute), references);
             return false;
         });

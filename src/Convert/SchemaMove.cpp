@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 
@@ -17,10 +18,6 @@ namespace oxa::convert {
 namespace schema = ifc::def::schema;
 
 namespace {
-
-const schema::ObjectBase* pTypeOf(const schema::Attribute& attribute) {
-    return attribute.types.empty() ? nullptr : attribute.types.front();
-}
 
 const schema::ObjectBase* pElementOf(const schema::ObjectBase* pObject) {
     const schema::DataTypeBase* pDataType = schema::pDataTypeOf(pObject);
@@ -100,22 +97,23 @@ private:
     }
 
     std::size_t iList(ifc::AttributeListValueBase& list, const schema::ObjectBase* pObject) {
-        switch (list.m_eItemType.load()) {
-        case ifc::AttributeType::Select: return iSelects(list, pObject);
-        case ifc::AttributeType::Entity: return iEntities(list, pObject);
-        case ifc::AttributeType::List: {
-            std::size_t iLost = 0;
-            if (auto* pRows = list.pArray<ifc::AttributeList>())
-                for (ifc::AttributeList& row : *pRows) iLost += iCell(row, pElementOf(pObject));
-            return iLost;
-        }
-        default: return 0;
-        }
+        return ifc::visitItems(list,
+                               ifc::Overloads{
+                                   [&](ifc::Array<ifc::AttributeSelect>* pItems) { return iSelects(pItems, pObject); },
+                                   [&](const ifc::EntityList* pItems) { return iEntities(pItems, list, pObject); },
+                                   [&](ifc::Array<ifc::AttributeList>* pRows) {
+                                       std::size_t iLost = 0;
+                                       if (pRows)
+                                           for (ifc::AttributeList& row : *pRows)
+                                               iLost += iCell(row, pElementOf(pObject));
+                                       return iLost;
+                                   },
+                                   [](ifc::AnyItems) { return std::size_t{0}; },
+                               });
     }
     // Items without a value would be no list of the schema's: the others move up.
-    std::size_t iSelects(ifc::AttributeListValueBase& list, const schema::ObjectBase* pObject) {
+    std::size_t iSelects(ifc::Array<ifc::AttributeSelect>* pItems, const schema::ObjectBase* pObject) {
         const schema::DataTypeSelect* pSelect = pSelectOf(pElementOf(pObject));
-        auto* pItems = list.pArray<ifc::AttributeSelect>();
         if (!pSelect || !pItems) return 0;
         std::size_t iKept = 0;
         for (std::size_t i = 0; i < pItems->size(); ++i) {
@@ -128,10 +126,10 @@ private:
         pItems->vCountSet(iKept);
         return iLost;
     }
-    std::size_t iEntities(ifc::AttributeListValueBase& list, const schema::ObjectBase* pObject) {
+    std::size_t iEntities(const ifc::EntityList* pHead, ifc::AttributeListValueBase& list,
+                          const schema::ObjectBase* pObject) {
         std::vector<ifc::Entity*> kept;
         std::size_t iLost = 0;
-        const ifc::EntityList* pHead = list.pEntities();
         if (!pHead) return 0;
         for (ifc::Entity* pEntity : *pHead)
             if (pEntity && boFits(*pEntity, pElementOf(pObject)))
@@ -219,7 +217,7 @@ private:
         }
         for (std::size_t i = 0; i < had.size(); ++i) {
             const auto [pAttribute, pCell] = moved.pEntity->pAttributeFromIndex(static_cast<unsigned>(i));
-            if (!pAttribute || had[i] || pAttribute->boOptional || !pTypeOf(*pAttribute)) continue;
+            if (!pAttribute || had[i] || pAttribute->boOptional || !pAttribute->pType()) continue;
             if (pCell->m_boUndefined) ++m_missing[{move.pNew->sNameUpper, pAttribute->sName}];
         }
     }
@@ -228,7 +226,7 @@ private:
     std::size_t iValueMove(const ifc::AttributeBase& source, const schema::Attribute& attribute, ifc::Entity& entity,
                            unsigned iNew) {
         const auto [pDestination, pTarget] = entity.pAttributeFromIndex(iNew);
-        if (!pDestination || !pTypeOf(*pDestination)) return source.boHasValue();
+        if (!pDestination || !pDestination->pType()) return source.boHasValue();
         std::size_t iLost = 0;
         const auto mapEntity = [&iLost](ifc::Entity* pEntity) {
             if (!pEntity || pEntity->pSchemaEntity()) return pEntity;
@@ -237,7 +235,7 @@ private:
         };
         // Only a value is refused once the flags are copied: the target is not derived.
         if (!boCopy(source, attribute, *pTarget, *pDestination, mapEntity)) pTarget->m_boUndefined = true;
-        iLost += Settle(m_target, m_data.pool()).iCell(*pTarget, pTypeOf(*pDestination));
+        iLost += Settle(m_target, m_data.pool()).iCell(*pTarget, pDestination->pType());
         if (source.boHasValue() && !pTarget->boHasValue() && !iLost) iLost = 1;
         return iLost;
     }
@@ -245,8 +243,8 @@ private:
     // As AttributeBase::copyTo, with the two neighbours of its kinds that the published schemas differ by.
     bool boCopy(const ifc::AttributeBase& source, const schema::Attribute& attribute, ifc::AttributeBase& target,
                 const schema::Attribute& destination, const ifc::AttributeBase::MapEntity& mapEntity) {
-        const schema::ObjectBase* pFrom = pTypeOf(attribute);
-        const schema::ObjectBase* pTo = pTypeOf(destination);
+        const schema::ObjectBase* pFrom = attribute.pType();
+        const schema::ObjectBase* pTo = destination.pType();
         const auto mapType = [this](const schema::Type* pType) {
             return m_target.pTypeFromName(schema::ObjectName(pType->sNameUpper));
         };

@@ -31,9 +31,7 @@ struct SchemaOptions {
     bool boJson = false;
 };
 
-std::string sAttributeType(const schema::Attribute& attribute) {
-    return schema::sTypeText(attribute.types.empty() ? nullptr : attribute.types.front());
-}
+std::string sAttributeType(const schema::Attribute& attribute) { return schema::sTypeText(attribute.pType()); }
 
 std::string sDeclaredType(const schema::Type& type) {
     if (type.pDeclared) return type.pDeclared->sName;

@@ -38,9 +38,8 @@ struct InverseFacts {
 std::vector<AttributeFacts> attributes(const ifc::Entity& entity, const Model& model) {
     std::vector<AttributeFacts> result;
     (void)entity.boForEachAttribute([&](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
-        result.push_back({attribute.sName,
-                          schema::sTypeText(attribute.types.empty() ? nullptr : attribute.types.front()),
-                          cell.sWriteLine(attribute, model.data(), true)});
+        result.push_back(
+            {attribute.sName, schema::sTypeText(attribute.pType()), cell.sWriteLine(attribute, model.data(), true)});
         return false;
     });
     return result;
