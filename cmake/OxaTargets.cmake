@@ -11,6 +11,13 @@ target_compile_options(OxaOptions INTERFACE
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict;-Wno-maybe-uninitialized>
   $<$<AND:$<BOOL:${OXA_WARNINGS_AS_ERRORS}>,$<CXX_COMPILER_ID:GNU,Clang,AppleClang>>:-Werror>)
 
+# A switch over an enumeration names each enumerator, with a default or without: who adds a class of cell, a kind of type
+# or an item type is shown every place that has to know it. For the libraries and the program; a source that switches
+# over another library's enumeration, or over one as long as a grammar, is left out by OXA_PARTIAL_SWITCHES.
+add_library(OxaWholeSwitches INTERFACE)
+target_compile_options(OxaWholeSwitches INTERFACE $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Werror=switch-enum>)
+set(OXA_PARTIAL_SWITCHES $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Wno-switch-enum>)
+
 # oxa_library(<target> <output name> <macro>): a library with hidden visibility and versioned name.
 # <macro> is defined while the library itself is compiled. Sources are added with target_sources, listed.
 function(oxa_library target output macro)
@@ -27,7 +34,7 @@ function(oxa_library target output macro)
   endif()
   target_include_directories(${target} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/oxaifc>)
-  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:OxaOptions>)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:OxaOptions> $<BUILD_INTERFACE:OxaWholeSwitches>)
 endfunction()
 
 # All test programs with the label "threads".

@@ -211,8 +211,10 @@ IfcSelectBase Reader::select(std::string_view text, const schema::ObjectBase* pS
     case DataKind::Array:
     case DataKind::List:
     case DataKind::Set: return typedList(*pType, inside);
-    default: vRefuse(text, "can't be set: " + pType->sName + " is " + schema::sTypeText(pType->pDataType));
+    case DataKind::Binary:
+    case DataKind::Select: break;
     }
+    vRefuse(text, "can't be set: " + pType->sName + " is " + schema::sTypeText(pType->pDataType));
 }
 
 IfcSelectBase Reader::typedList(const schema::Type& type, std::string_view text) const {
@@ -285,7 +287,7 @@ public:
           m_entity(entity),
           m_attribute(attribute),
           m_name(attribute),
-          m_pType(attribute.types.empty() ? nullptr : attribute.types.front()),
+          m_pType(attribute.pType()),
           m_reader(data, entity.schemaEntity().sName + '.' + attribute.sName) {}
 
     void vSet(std::string_view value) {
@@ -322,8 +324,11 @@ private:
             select.vDefined();
             return true;
         }
-        default: return boListSet(m_reader.items(value, m_pType), pElementOf(m_pType));
+        case DataKind::Array:
+        case DataKind::List:
+        case DataKind::Set: break;
         }
+        return boListSet(m_reader.items(value, m_pType), pElementOf(m_pType));
     }
 
     ifc::AttributeBase& cell() const {
@@ -376,8 +381,12 @@ private:
         case DataKind::Array:
         case DataKind::List:
         case DataKind::Set: return boRowsSet(items, pElement);
-        default: return false;
+        case DataKind::Number:
+        case DataKind::Boolean:
+        case DataKind::Logical:
+        case DataKind::Enumeration: break;
         }
+        return false;
     }
 
     template <class T, class Read>

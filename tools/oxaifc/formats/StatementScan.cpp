@@ -33,7 +33,9 @@ void StatementScan::Buffer::vByte(char c) {
             m_cLast = 0;   // begins no other comment
         }
         return;
-    default: break;
+    case State::Start:
+    case State::Number:
+    case State::Text: break;
     }
     if (c == '*' && cLast == '/') {
         m_eBehindComment = m_eState;
