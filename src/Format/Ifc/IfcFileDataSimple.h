@@ -132,9 +132,10 @@ public:
     bool boReadLine(StepReadInfoData& info, std::vector<Entity*>& result);
     // Enters what boReadLine made in the list and, when rooted, in the GUID map. One thread at a time.
     void finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line, unsigned iLine);
-    // The same for an entity whose GUID was told already; null for one that is not rooted.
-    void finalizeEntity(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common, std::string_view line,
-                        unsigned iLine);
+    // The same where the one who made the entity has told its GUID, null for one that is not rooted: the entity itself,
+    // which another processor has just written, is not looked at.
+    void vEntityEnterTold(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common, std::string_view line,
+                          unsigned iLine);
     // Data lines without any frame, of all entities or of one and what it reaches. False for a null entity and when
     // there is nothing to write. "out" failing goes unnoticed: look at its state.
     bool boWrite(std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const;
@@ -160,6 +161,7 @@ private:
 
     bool boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
                      std::size_t iLength, std::vector<Entity*>& result);
+    void vEntityEnter(Entity* pEntity, bool boMayBeRooted);
     void vGuidEnter(const Guid& guid, Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line,
                     unsigned iLine);
     // The GUID of a rooted entity, as far as its type has one in front. Under the lock of its slot.

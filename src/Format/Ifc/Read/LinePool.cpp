@@ -256,7 +256,7 @@ void IfcLineReadThreadPool::vBatchFinalize(const Batch& batch, std::size_t& iNex
             continue;
         }
         const bool boRooted = rooted != batch.m_rooted.results.end() && rooted->iResult == iNext;
-        data.finalizeEntity(pEntity, boRooted ? &rooted++->guid : nullptr, *m_pInfo, batch.text(line), line.m_iLine);
+        data.vEntityEnterTold(pEntity, boRooted ? &rooted++->guid : nullptr, *m_pInfo, batch.text(line), line.m_iLine);
     }
 }
 

@@ -124,21 +124,25 @@ std::optional<Guid> Data::rootGuid(const Entity& entity, const StepReadInfoDataC
     return static_cast<const AttributeGuid*>(pCell)->m_value.load();
 }
 
+// Memory first: an entity is entered in the list and in the map of GUIDs, or in none.
+void Data::vEntityEnter(Entity* pEntity, bool boMayBeRooted) {
+    if (boMayBeRooted) m_guidEntityMap.vReserveOne();
+    m_entities.push_back(pEntity);
+}
+
 void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line, unsigned iLine) {
     if (!pEntity) return;
-    if (common.m_pRootSchema) m_guidEntityMap.vReserveOne();   // memory first: an entity is entered in both or in none
-    m_entities.push_back(pEntity);
+    vEntityEnter(pEntity, common.m_pRootSchema);
     std::optional<EntitySlotLock> lock;
     if (common.m_boParallel) lock.emplace(EntitySlot::fromEntity(*pEntity));
     if (const std::optional<Guid> guid = rootGuid(*pEntity, common)) vGuidEnter(*guid, pEntity, common, line, iLine);
     vProjectOffer(pEntity);
 }
 
-void Data::finalizeEntity(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common, std::string_view line,
-                          unsigned iLine) {
+void Data::vEntityEnterTold(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common,
+                            std::string_view line, unsigned iLine) {
     if (!pEntity) return;
-    if (pRootGuid) m_guidEntityMap.vReserveOne();
-    m_entities.push_back(pEntity);
+    vEntityEnter(pEntity, pRootGuid);
     if (pRootGuid) vGuidEnter(*pRootGuid, pEntity, common, line, iLine);
 }
 

@@ -20,13 +20,6 @@ const EntitySlot* pAsSlot(const Entity* pEntity) noexcept { return reinterpret_c
 
 EntityIdMap::EntityIdMap(std::size_t iExpected) { m_map.reserve(iExpected); }
 
-std::size_t EntityIdMap::Hash::operator()(const Entity* pEntity) const noexcept {
-    std::uint64_t uHash = 0xcbf29ce484222325U;
-    auto uAddress = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(pEntity));
-    for (int i = 0; i < 8; ++i, uAddress >>= 8) uHash = (uHash ^ (uAddress & 0xffU)) * 0x100000001b3U;
-    return uHash;
-}
-
 // The chunk that the entity is a defined slot of; null when there is none.
 const EntityIdMap::SeededChunk* EntityIdMap::pSeededChunk(const Entity* pEntity) const noexcept {
     static_assert(sizeof(EntitySlot) == g_iSlotBytes);

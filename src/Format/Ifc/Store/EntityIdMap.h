@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "Format/Ifc/Memory/Fnv1a.h"
 #include "Format/Ifc/Store/SeenNumbers.h"
 #include "platform/Export.h"
 
@@ -97,11 +98,6 @@ private:
         }
     };
 
-    struct Hash {
-        // 64-bit FNV-1a over the pointer's bytes, low byte first.
-        std::size_t operator()(const Entity* pEntity) const noexcept;
-    };
-
     [[nodiscard]] const SeededChunk* pSeededChunk(const Entity* pEntity) const noexcept;
     [[nodiscard]] Number numberFar(const Entity* pEntity, Near& near);
     [[nodiscard]] std::optional<Number> knownFar(const Entity* pEntity, Near& near) const;
@@ -111,8 +107,8 @@ private:
     std::unordered_map<std::size_t, SeededChunk*> m_byNumber;            // by iFirstId
     SeededChunk* m_pLastSeeded = nullptr;                                // numbers are seeded in their order
     std::size_t m_iSeeded = 0;
-    std::size_t m_iAbove = 0;                                     // what dealt numbers are above the count of entries
-    std::unordered_map<const Entity*, std::size_t, Hash> m_map;   // the rest; guarded by m_lock
+    std::size_t m_iAbove = 0;   // what dealt numbers are above the count of entries
+    std::unordered_map<const Entity*, std::size_t, memory::Fnv1a> m_map;   // the rest; guarded by m_lock
     mutable std::shared_mutex m_lock;
 };
 

@@ -192,7 +192,7 @@ void vWriteEntity(const AttributeEntity& cell, const Info& info) {
         vReport(info, ReportKey::InvalidNullAttribute, info.m_pAttribute->sName);
         return;
     }
-    vWriteReference(*info.m_pLine, info.m_pLine->iEntityIdGet(pEntity));
+    vWriteReference(*info.m_pLine, info.m_pLine->iEntityIdNamed(pEntity));
 }
 
 // Cells whose text has the null step in front and nothing else around it.
@@ -241,7 +241,7 @@ void vWriteEntities(const EntityList* pHead, const Info& info) {
     if (!pHead) return;
     bool boFirst = true;
     for (const Entity* pEntity : *pHead) {
-        const std::size_t iId = info.m_pLine->iEntityIdGet(pEntity);
+        const std::size_t iId = info.m_pLine->iEntityIdNamed(pEntity);
         if (iId == 0) {
             Assert::vTell("Format/Ifc/IfcFileAttribute",
                           "oxa::ifc::AttributeListValueBase::vWrite::<lambda_7>::operator ()",

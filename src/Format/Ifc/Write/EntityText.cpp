@@ -10,7 +10,7 @@ namespace oxa::ifc {
 
 bool Entity::boCompose(StepWriteInfo& info) const {
     if (!m_pSchemaEntity) return false;   // a slot that no statement defined
-    const std::size_t iId = info.iEntityIdGet(this);
+    const std::size_t iId = info.iEntityIdNamed(this);
     info.m_iId = static_cast<std::uint32_t>(iId);
     std::string& line = info.m_line;
     char* const pNumber = info.m_number.data();
@@ -34,7 +34,7 @@ bool Entity::boCompose(StepWriteInfo& info) const {
     if (m_ppAttributesInverse && info.m_ePass != StepWriteInfo::Pass::Numbers)
         for (std::size_t i = 0, n = m_pSchemaEntity->allInverseAttributes().size(); i < n; ++i)
             if (const EntityList* pReferrers = pInverseEntries()[i])
-                for (const Entity* pReferrer : *pReferrers) info.iEntityIdGet(pReferrer);
+                for (const Entity* pReferrer : *pReferrers) info.iEntityIdNamed(pReferrer);
     line.append(");");
     return true;
 }

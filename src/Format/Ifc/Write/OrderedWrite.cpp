@@ -178,7 +178,8 @@ bool Data::boReachNumbered(StepWriteInfoCommon& info) const {
             for (const Entity* pEntity : share)
                 if (pEntity)
                     pEntity->vForEachNamedEntity([&](const Entity& named) {
-                        if (!info.boMeet(named, found, near)) boAllNumbered.store(false, std::memory_order_relaxed);
+                        if (!info.boNumberedCollect(named, found, near))
+                            boAllNumbered.store(false, std::memory_order_relaxed);
                     });
     };
     vOnAll(info.m_boSingleThreaded ? 0 : iExtraWriteThreads(m_entities.size()), step, [&info] { info.vStop(); });
@@ -187,14 +188,13 @@ bool Data::boReachNumbered(StepWriteInfoCommon& info) const {
 
 // Meets the rest, dealing numbers, from what is met by now: the lowest number first, then as entities are named.
 void Data::vReachOthers(StepWriteInfoCommon& info) const {
-    auto& walk = static_cast<WriteInfoCommon&>(info);
-    const auto vVisit = [&walk](const Entity& entity) {
-        entity.vForEachNamedEntity([&walk](const Entity& named) { walk.iEntityIdGet(&named); });
+    const auto vVisit = [&info](const Entity& entity) {
+        entity.vForEachNamedEntity([&info](const Entity& named) { info.iEntityIdQueue(&named); });
     };
-    for (const Entity* pEntity : walk.metByNumber()) vVisit(*pEntity);
-    while (!walk.m_queue.empty()) {
-        const Entity* pEntity = walk.m_queue.front();
-        walk.m_queue.pop_front();
+    for (const Entity* pEntity : info.metByNumber()) vVisit(*pEntity);
+    while (!info.m_queue.empty()) {
+        const Entity* pEntity = info.m_queue.front();
+        info.m_queue.pop_front();
         vVisit(*pEntity);
     }
 }

@@ -9,7 +9,7 @@
 
 namespace oxa::ifc {
 
-std::size_t WriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
+std::size_t WriteInfoCommon::iEntityIdQueue(const Entity* pEntity) {
     if (!pEntity) return 0;
     const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, m_near.number);
     if (boMark(pEntity, number, m_near)) m_queue.push_back(pEntity);
@@ -67,15 +67,15 @@ std::vector<const Entity*> WriteInfoCommon::metByFile(std::span<const std::uint3
 }
 
 std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
-    if (m_boSingleThreaded) return WriteInfoCommon::iEntityIdGet(pEntity);
+    if (m_boSingleThreaded) return iEntityIdQueue(pEntity);
     const std::lock_guard lock(m_mutex);
-    const std::size_t iId = WriteInfoCommon::iEntityIdGet(pEntity);
+    const std::size_t iId = iEntityIdQueue(pEntity);
     m_changed.notify_all();
     return iId;
 }
 
-std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity, std::vector<const Entity*>& found,
-                                              WalkNear& near) {
+std::size_t StepWriteInfoCommon::iEntityIdCollect(const Entity* pEntity, std::vector<const Entity*>& found,
+                                                  WalkNear& near) {
     if (!pEntity) return 0;
     const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, near.number);
     std::unique_lock lock(m_mutex, std::defer_lock);
@@ -84,7 +84,7 @@ std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity, std::vector
     return number.iId;
 }
 
-bool StepWriteInfoCommon::boMeet(const Entity& entity, std::vector<const Entity*>& found, WalkNear& near) {
+bool StepWriteInfoCommon::boNumberedCollect(const Entity& entity, std::vector<const Entity*>& found, WalkNear& near) {
     const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(&entity, near.number);
     if (!known) return false;
     std::unique_lock lock(m_mutex, std::defer_lock);
@@ -133,11 +133,11 @@ void StepWriteInfoCommon::vStop() {
     m_changed.notify_all();
 }
 
-std::size_t StepWriteInfo::iEntityIdGet(const Entity* pEntity) {
+std::size_t StepWriteInfo::iEntityIdNamed(const Entity* pEntity) {
     if (m_ePass == Pass::Numbers) return pEntity ? m_pCommon->m_pEntityIdMap->number(pEntity, m_near.number).iId : 0;
-    if (m_pCommon->m_boSingleThreaded) return m_pCommon->WriteInfoCommon::iEntityIdGet(pEntity);
+    if (m_pCommon->m_boSingleThreaded) return m_pCommon->iEntityIdQueue(pEntity);
     if (m_ePass == Pass::AtOnce) return m_pCommon->iEntityIdGet(pEntity);
-    return m_pCommon->iEntityIdGet(pEntity, m_found, m_near);
+    return m_pCommon->iEntityIdCollect(pEntity, m_found, m_near);
 }
 
 void StepWriteInfo::vLineAdd() {

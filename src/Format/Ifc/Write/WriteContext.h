@@ -46,8 +46,11 @@ public:
     WriteInfoCommon(const WriteInfoCommon&) = delete;
     WriteInfoCommon& operator=(const WriteInfoCommon&) = delete;
 
-    // The number of an entity, which is queued when this run meets it for the first time; 0 for null. One thread.
-    std::size_t iEntityIdGet(const Entity* pEntity);
+    // The number of an entity, which a walk of one thread queues when it meets it for the first time; 0 for null. For
+    // whoever names entities from outside of a statement: seeds, and the ifcXML export.
+    std::size_t iEntityIdGet(const Entity* pEntity) { return iEntityIdQueue(pEntity); }
+    // What that does, without a lock.
+    std::size_t iEntityIdQueue(const Entity* pEntity);
     // The number of an entity that is composed right now: this run has met it, and need not queue it. One thread.
     std::size_t iEntityIdMark(const Entity& entity);
     // Whether this run has met the entity. Once its threads have ended.
@@ -85,12 +88,13 @@ public:
           m_pWriter(&writer),
           m_boSingleThreaded(boSingleThreaded) {}
 
-    // As the base, from any thread.
+    // As the base, from any thread: queues under the lock.
     std::size_t iEntityIdGet(const Entity* pEntity);
-    // The number, for a composing thread: what this run meets for the first time is put into "found".
-    std::size_t iEntityIdGet(const Entity* pEntity, std::vector<const Entity*>& found, WalkNear& near);
+    // The number, for a composing thread: what this run meets for the first time is put into "found", which the thread
+    // queues later (boTake).
+    std::size_t iEntityIdCollect(const Entity* pEntity, std::vector<const Entity*>& found, WalkNear& near);
     // The same for an entity that has a number; false, and nothing done, for one that has none.
-    bool boMeet(const Entity& entity, std::vector<const Entity*>& found, WalkNear& near);
+    bool boNumberedCollect(const Entity& entity, std::vector<const Entity*>& found, WalkNear& near);
 
     // For a composing thread beside others. Queues "found", which is emptied, then waits for work and takes a share
     // of it. "boActive" is the thread's own, false at first. Calls "progress" for each entity taken, under the lock.
@@ -122,8 +126,9 @@ struct StepWriteInfo {
         : m_pCommon(&common),
           m_ePass(ePass) {}
 
-    // The number of an entity, which is queued when this run meets it for the first time; 0 for null.
-    std::size_t iEntityIdGet(const Entity* pEntity);
+    // The number of an entity that the statement names; 0 for null. One that this run meets for the first time is
+    // queued or collected, unless the walk is over: that is for the pass to say.
+    std::size_t iEntityIdNamed(const Entity* pEntity);
     // Hands the statement on: to the writer, or to this thread's block where the writer takes blocks.
     void vLineAdd();
     // Hands the rest of the block on.

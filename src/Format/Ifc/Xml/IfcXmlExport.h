@@ -26,7 +26,7 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "Format/Ifc/Xml/IfcXmlHash.h"
+#include "Format/Ifc/Memory/Fnv1a.h"
 #include "platform/Export.h"
 #include "schema/Schema.h"
 
@@ -82,9 +82,9 @@ protected:
                      const def::schema::Attribute& attribute, std::uint32_t mode, Walk& walk);
 
     std::unique_ptr<oxa::xml::File> m_pFile;
-    std::unique_ptr<oxa::xml::Element> m_pRootElement;          // null when it could not be created
-    const def::xmlschema::Defaults* m_pXmlDefaults = nullptr;   // of the schema; null before boExportData
-    std::unordered_set<const Entity*, Hash> m_exported;         // have their full element
+    std::unique_ptr<oxa::xml::Element> m_pRootElement;             // null when it could not be created
+    const def::xmlschema::Defaults* m_pXmlDefaults = nullptr;      // of the schema; null before boExportData
+    std::unordered_set<const Entity*, memory::Fnv1a> m_exported;   // have their full element
 };
 
 class OXA_IFC_API Export : public ExportCommon {

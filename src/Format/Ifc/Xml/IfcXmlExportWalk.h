@@ -52,7 +52,7 @@ struct ExportCommon::Walk : WriteInfoCommon {
     std::deque<const Entity*> m_leftOut;   // in the order of the walk; an instance may be there more than once
 
 private:
-    std::unordered_map<const def::schema::Entity*, std::vector<Step>, Hash> m_steps;
+    std::unordered_map<const def::schema::Entity*, std::vector<Step>, memory::Fnv1a> m_steps;
 };
 
 // The text of an instance number in a document.

@@ -7,8 +7,8 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/Memory/Fnv1a.h"
 #include "Format/Ifc/Read/ReadContext.h"
-#include "Format/Ifc/Xml/IfcXmlHash.h"
 #include "Format/Ifc/Xml/IfcXmlText.h"
 #include "platform/Assert.h"
 #include "platform/Utilities.h"
@@ -34,7 +34,7 @@ struct KnownId {
     std::weak_ptr<const Pool> life;
 };
 
-using IdTable = std::unordered_map<std::uint64_t, KnownId, Hash>;
+using IdTable = std::unordered_map<std::uint64_t, KnownId, memory::Fnv1a>;
 
 // Of all imports of the process, one after the other.
 IdTable& idTable() {

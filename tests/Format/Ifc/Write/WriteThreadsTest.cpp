@@ -72,7 +72,7 @@ std::size_t iExtraThreadsOf(std::size_t iEntities, std::size_t iBefore, std::siz
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         std::this_thread::sleep_for(std::chrono::milliseconds(5));   // for one too many
         iDuring = count();
-        static_cast<WriteInfoCommon&>(info).iEntityIdGet(data.pProject());
+        info.iEntityIdQueue(data.pProject());
         info.m_changed.notify_all();
     });
     locked.get_future().wait();
