@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "SchemaList.h"
 #include "tools/ProgramRun.h"
 
 namespace oxa::test {
@@ -120,8 +121,16 @@ TEST(Call, VersionIsToldEverywhere) {
 struct FailRow {
     const char* pRule;
     std::vector<std::string> words;
-    const char* pError;   // the one line, behind "oxaifc: "
+    std::string sError;   // the one line, behind "oxaifc: "
 };
+
+// The names of the built-in schemas, in their order.
+std::string sBuiltIn() {
+    std::string sNames;
+    for (const SchemaRow& row : schemaList()) sNames.append(sNames.empty() ? "" : ", ").append(row.sName);
+    return sNames;
+}
+
 const FailRow g_wrongCalls[] = {
     {"no verb", {}, "a verb is missing; there are: info, check, show, diff, convert, extract, set, header, schema"},
     {"a verb that does not exist",
@@ -153,11 +162,7 @@ const FailRow g_wrongCalls[] = {
     {"an option without its value",
      {"info", "a.ifc", "--schema-file"},
      "info: --schema-file: 1 required X.exp missing"},
-    {"no schema",
-     {"schema"},
-     "schema: a NAME or --file is missing; built in are: IFC2X3, IFC4, IFC4X1, IFC4X2, IFC4X3_RC1, "
-     "IFC4X3_RC2, "
-     "IFC4X3_RC3, IFC4X3_RC4, IFC4X3, IFC4X3_TC1, IFC4X3_ADD1, IFC4X3_ADD2"},
+    {"no schema", {"schema"}, "schema: a NAME or --file is missing; built in are: " + sBuiltIn()},
     {"a schema twice",
      {"schema", "IFC4", "IfcWall", "--file", "a.exp"},
      "schema: with --file there is no NAME, only an ENTITY or TYPE"},
@@ -186,7 +191,7 @@ void vExpectFailure(const ProgramRun& run, const std::string& sError) {
 TEST(Call, WrongCallGivesOneLineAndTwo) {
     for (const FailRow& row : g_wrongCalls) {
         SCOPED_TRACE(row.pRule);
-        vExpectFailure(runProgram(row.words), row.pError);
+        vExpectFailure(runProgram(row.words), row.sError);
     }
 }
 
