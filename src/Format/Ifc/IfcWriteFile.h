@@ -36,9 +36,6 @@ public:
     virtual std::size_t iLineAdd(std::string& line, unsigned id) = 0;
     // No further lines will come.
     virtual void vFinish() = 0;
-    // 0: statement by statement. Else the writer takes several as one text, LF between them, which a composing
-    // thread hands over once it has that many bytes.
-    [[nodiscard]] virtual std::size_t iBlockSize() const noexcept;
 
 protected:
     IfcLineWriterInterface() = default;
@@ -70,14 +67,12 @@ class OXA_IFC_API ThreadStringPool final : public IfcLineWriterInterface {
 public:
     static constexpr std::size_t g_iLines = 15;
 
-    // With iBlockSize: of statements by the block.
-    explicit ThreadStringPool(std::size_t iBlockSize = 0);
+    ThreadStringPool();
     ~ThreadStringPool() override;
 
     // Waits while the pool is full. Swaps the text in; the producer gets an old buffer back.
     std::size_t iLineAdd(std::string& line, unsigned id) override;
     void vFinish() override;
-    [[nodiscard]] std::size_t iBlockSize() const noexcept override { return m_iBlockSize; }
 
     enum class Take { Line, Nothing, Finished };
     // For the consumer: swaps the newest statement out.
@@ -98,7 +93,6 @@ private:
     std::condition_variable m_notFull;
     std::condition_variable m_notEmpty;   // or finished
     std::atomic<bool> m_boFinished{false};
-    const std::size_t m_iBlockSize;
 };
 
 class OXA_IFC_API WriteFile {
@@ -119,6 +113,12 @@ public:
     // Of one entity and what it reaches, or of all for null. False when there is nothing to write.
     static bool boWrite(const Data& data, const Entity* pEntity, std::ostream& out, WriteError& errors,
                         const WriteOptions& options);
+    // The same as a file with that header, which need not be the one that the data came with: an exchange structure
+    // with its frame, always true; or the short form, false where its head can't be written.
+    static bool boWrite(const FileHeader& header, const Data& data, const Entity* pEntity, std::ostream& out,
+                        WriteError& errors, const WriteOptions& options);
+    static bool boWrite(const FileHeaderSimple& header, const Data& data, const Entity* pEntity, std::ostream& out,
+                        WriteError& errors, const WriteOptions& options);
 };
 
 }   // namespace oxa::ifc::io

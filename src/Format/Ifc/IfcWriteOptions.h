@@ -5,9 +5,11 @@
 // Default  the walk from the project on, on several threads, without a further check.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <vector>
 
 namespace oxa::ifc {
 
@@ -37,6 +39,9 @@ struct WriteOptions {
     // with the entity that got the number later, its statement, and the number in place of the line. Files and dealt
     // numbers alone have none; see Data::boNumbersAbove.
     bool boTellNumbersTwice = false;
+    // Where not null: gets the numbers of the entities that the write has met, as far as they are in the list of the
+    // data, ascending.
+    std::vector<std::size_t>* pWritten = nullptr;
 };
 
 }   // namespace oxa::ifc

@@ -2,14 +2,12 @@
 #include "oxaifc/formats/StatementFile.h"
 
 #include <algorithm>
-#include <mutex>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcWriteFile.h"
-#include "Format/Ifc/Write/WriteContext.h"
 #include "oxaifc/formats/Model.h"
 #include "oxaifc/formats/ModelWrite.h"
 #include "oxaifc/formats/StatementScan.h"
@@ -51,25 +49,6 @@ void vDiagnose(ReadJob& job, ReadDiagnosis diagnosis) {
         job.diagnosed[static_cast<std::size_t>(itVague - records.begin())] = std::move(record);
 }
 
-// Statements as they are composed, to the stream.
-class Statements final : public ifc::io::IfcLineWriterInterface {
-public:
-    explicit Statements(std::ostream& out) : m_out(out) {}
-
-    std::size_t iLineAdd(std::string& lines, unsigned) override {
-        const std::lock_guard lock(m_mutex);
-        lines.push_back('\n');
-        m_out.write(lines.data(), static_cast<std::streamsize>(lines.size()));
-        return 0;
-    }
-    void vFinish() override {}
-    [[nodiscard]] std::size_t iBlockSize() const noexcept override { return 32768; }
-
-private:
-    std::mutex m_mutex;
-    std::ostream& m_out;   // guarded by m_mutex
-};
-
 }   // namespace
 
 void vStatementsRead(ReadJob& job, ReadDiagnosis begin,
@@ -101,24 +80,15 @@ void vStatementsWrite(WriteJob& job) {
     const bool boGuard = job.model.boIdsKept() && !job.model.errors().empty();
     const std::size_t iBefore = boGuard ? data.iIdFromEntity(before) : 0;
     {
-        Statements writer(job.target.stream());
-        const auto pInfo = std::make_unique<ifc::StepWriteInfoCommon>(data.entityIdMap(false), job.errors, writer,
-                                                                      job.options.boSingleThreaded);
-        if (job.pRoot)
-            pInfo->iEntityIdGet(job.pRoot);
-        else
-            for (const ifc::Entity* pEntity : data.entities()) pInfo->iEntityIdGet(pEntity);
         Progress progress(writeProgress(job));
-        // A walk without a first entity would never end.
-        if (job.pRoot || !data.entities().empty())
-            data.vWriteWith(*pInfo, {.progress = progress.function(),
+        ifc::io::WriteFile::boWrite(data, job.pRoot, job.target.stream(), job.errors,
+                                    {.boSingleThreaded = job.options.boSingleThreaded,
+                                     .progress = progress.function(),
                                      .eOrder = job.options.eOrder,
                                      .fileNumbers = job.model.statementNumbers(),
-                                     .boTellNumbersTwice = true});
-        for (const ifc::Entity* pEntity : data.entities())
-            if (pInfo->boMet(*pEntity)) job.written.push_back(data.iIdFromEntity(*pEntity));
+                                     .boTellNumbersTwice = true,
+                                     .pWritten = &job.written});
     }
-    std::sort(job.written.begin(), job.written.end());
     const std::size_t iBehind = boGuard ? data.iIdFromEntity(behind) : 0;
     for (std::size_t iId = iBefore + 1; iId < iBehind; ++iId)
         if (data.pEntityFromId(iId))

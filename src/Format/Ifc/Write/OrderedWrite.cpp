@@ -66,7 +66,7 @@ public:
     // One composing thread.
     void vCompose(bool boCaller) {
         StepWriteInfo statement(m_info, StepWriteInfo::Pass::Numbers);
-        const bool boBlocks = m_info.m_pWriter->iBlockSize() > 0;
+        const bool boBlocks = m_info.m_iBlockSize > 0;
         for (;;) {
             const std::size_t iShare = m_iNext.fetch_add(1, std::memory_order_relaxed);
             const std::size_t iBegin = iShare * g_iShare;
@@ -227,6 +227,11 @@ void Data::vWriteWith(StepWriteInfoCommon& info, const WriteOptions& options) co
     else
         vWriteInOrder(info, options);
     if (options.boTellNumbersTwice) vNumbersTwiceTell(info);
+    if (!options.pWritten) return;
+    options.pWritten->clear();
+    for (const Entity* pEntity : m_entities)
+        if (info.boMet(*pEntity)) options.pWritten->push_back(iIdFromEntity(*pEntity));
+    std::ranges::sort(*options.pWritten);
 }
 
 }   // namespace oxa::ifc

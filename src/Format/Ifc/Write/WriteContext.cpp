@@ -142,7 +142,7 @@ std::size_t StepWriteInfo::iEntityIdNamed(const Entity* pEntity) {
 
 void StepWriteInfo::vLineAdd() {
     io::IfcLineWriterInterface& writer = *m_pCommon->m_pWriter;
-    const std::size_t iBlock = writer.iBlockSize();
+    const std::size_t iBlock = m_pCommon->m_iBlockSize;
     if (iBlock == 0 || m_ePass == Pass::AtOnce) {
         writer.iLineAdd(m_line, m_iId);
         return;

@@ -111,6 +111,9 @@ public:
     std::int32_t m_iActive = 0;              // threads that took an entity and have not seen the queue empty since
     bool m_boDone = false;                   // the walk has ended
     bool m_boSingleThreaded;
+    // 0: the writer takes each statement by itself. Else it takes several as one text, LF between them, which a
+    // composing thread hands over once it has that many bytes.
+    std::size_t m_iBlockSize = 0;
 };
 
 // One composing thread: its strings keep their capacity from statement to statement.

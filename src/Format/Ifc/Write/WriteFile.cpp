@@ -10,8 +10,6 @@ namespace oxa::ifc::io {
 
 IfcLineWriterInterface::~IfcLineWriterInterface() = default;
 
-std::size_t IfcLineWriterInterface::iBlockSize() const noexcept { return 0; }
-
 IfcSingleThreadedLineWriter::IfcSingleThreadedLineWriter(std::ostream& out)
     : m_pState(new State{stream::StreamWriteBuffer(out)}) {}
 
@@ -27,7 +25,7 @@ void IfcSingleThreadedLineWriter::vFinish() {}
 
 void IfcSingleThreadedLineWriter::vBufferFlush() { m_pState->m_buffer.vBufferFlush(); }
 
-ThreadStringPool::ThreadStringPool(std::size_t iBlockSize) : m_iBlockSize(iBlockSize) {}
+ThreadStringPool::ThreadStringPool() = default;
 
 ThreadStringPool::~ThreadStringPool() = default;
 
@@ -69,9 +67,15 @@ bool ThreadStringPool::boTakeWait(std::string& line) {
 
 namespace {
 
+// Three ways to a stream of one shape, chosen once a write. g_iBlock is what the way's line writer takes at once: 0 for
+// one statement, else so many bytes of them; see StepWriteInfoCommon::m_iBlockSize.
+
 // Statements through a pool to a consumer thread, which starts at once.
 class ThreadedWriter {
 public:
+    // Enough that threads meet a few hundred times for a large file, little enough to stay in a core's cache.
+    static constexpr std::size_t g_iBlock = 32768;
+
     explicit ThreadedWriter(std::ostream& out) : m_buffer(out), m_consumer([this] { vConsume(); }) {}
 
     IfcLineWriterInterface& writer() noexcept { return m_pool; }
@@ -91,9 +95,6 @@ public:
     }
 
 private:
-    // Enough that threads meet a few hundred times for a large file, little enough to stay in a core's cache.
-    static constexpr std::size_t g_iBlock = 32768;
-
     void vConsume() {
         std::string block;
         while (m_pool.boTakeWait(block)) {
@@ -108,7 +109,7 @@ private:
     }
 
     stream::StreamWriteBuffer m_buffer;
-    ThreadStringPool m_pool{g_iBlock};
+    ThreadStringPool m_pool;
     std::exception_ptr m_pFault;   // the consumer's, until it is joined
     std::thread m_consumer;
 };
@@ -124,7 +125,6 @@ public:
         return ++m_iBlocks;
     }
     void vFinish() override {}
-    [[nodiscard]] std::size_t iBlockSize() const noexcept override { return stream::StreamWriteBuffer::g_iBufferSize; }
     void vBufferFlush() { m_buffer.vBufferFlush(); }
 
 private:
@@ -132,10 +132,12 @@ private:
     std::size_t m_iBlocks = 0;
 };
 
-// The same interface for all ways, chosen once a write: without a thread of its own.
-template <class LineWriter>
+// Without a thread of its own.
+template <class LineWriter, std::size_t iBlock>
 class DirectWriter {
 public:
+    static constexpr std::size_t g_iBlock = iBlock;
+
     explicit DirectWriter(std::ostream& out) : m_writer(out) {}
     IfcLineWriterInterface& writer() noexcept { return m_writer; }
     void vEnd() { m_writer.vBufferFlush(); }
@@ -145,8 +147,8 @@ private:
     LineWriter m_writer;
 };
 
-using SingleWriter = DirectWriter<IfcSingleThreadedLineWriter>;
-using OrderedWriter = DirectWriter<BlockLineWriter>;
+using SingleWriter = DirectWriter<IfcSingleThreadedLineWriter, 0>;
+using OrderedWriter = DirectWriter<BlockLineWriter, stream::StreamWriteBuffer::g_iBufferSize>;
 
 // Runs one step of a write. Its exceptions go on, once no thread is left that they would take down.
 template <class Writer, class Step>
@@ -173,6 +175,7 @@ struct SeededWrite {
         vGuarded(writer, [&] {
             pInfo = std::make_unique<StepWriteInfoCommon>(data.entityIdMap(false), errors, writer.writer(),
                                                           options.boSingleThreaded);
+            pInfo->m_iBlockSize = Writer::g_iBlock;
             seed(*pInfo);
         });
         {
@@ -185,26 +188,32 @@ struct SeededWrite {
     }
 };
 
-struct ProjectWrite {
-    const FileData& data;
-    std::ostream& out;
-    WriteError& errors;
-    const WriteOptions& options;
+// Data lines without any frame, of what the seed queues.
+bool boStatementsWrite(const Data& data, const WriteFile::Seed& seed, std::ostream& out, WriteError& errors,
+                       const WriteOptions& options) {
+    const SeededWrite write{data, seed, out, errors, options};
+    if (options.eOrder != WriteOrder::Any) return write.boRun<OrderedWriter>();
+    return options.boSingleThreaded ? write.boRun<SingleWriter>() : write.boRun<ThreadedWriter>();
+}
 
-    template <class Writer>
-    bool boRun() const {
-        Writer writer(out);
-        vGuarded(writer, [&] { data.boWrite(writer.writer(), errors, options); });
-        writer.vEnd();
-        return true;
-    }
-};
+WriteFile::Seed seedOf(const Entity* pEntity) {
+    return [pEntity](StepWriteInfoCommon& info) { info.iEntityIdGet(pEntity); };
+}
 
-template <class Write>
-bool boRun(const Write& write) {
-    if (write.options.eOrder != WriteOrder::Any) return write.template boRun<OrderedWriter>();
-    return write.options.boSingleThreaded ? write.template boRun<SingleWriter>()
-                                          : write.template boRun<ThreadedWriter>();
+WriteFile::Seed seedOfAll(const Data& data) {
+    return [&data](StepWriteInfoCommon& info) {
+        for (const Entity* pEntity : data.entities()) info.iEntityIdGet(pEntity);
+    };
+}
+
+// The frame of an exchange structure; lines() writes those of the DATA section.
+template <class Lines>
+void vFramedWrite(const FileHeader& header, std::ostream& out, WriteError& errors, Lines&& lines) {
+    out << "ISO-10303-21;" << std::endl;
+    header.boWrite(out, errors);
+    out << "DATA;" << std::endl;
+    lines();
+    out << "ENDSEC;" << std::endl << "END-ISO-10303-21;" << std::endl;
 }
 
 }   // namespace
@@ -215,41 +224,41 @@ bool WriteFile::boWrite(const File& file, std::ostream& out, WriteError& errors,
 }
 
 bool WriteFile::boWrite(const File& file, std::ostream& out, WriteError& errors, const WriteOptions& options) {
-    out << "ISO-10303-21;" << std::endl;
-    file.header().boWrite(out, errors);
-    out << "DATA;" << std::endl;
-    boRun(ProjectWrite{file.data(), out, errors, options});
-    out << "ENDSEC;" << std::endl << "END-ISO-10303-21;" << std::endl;
+    vFramedWrite(file.header(), out, errors, [&] {
+        if (const Entity* pProject = file.data().pProject())
+            boStatementsWrite(file.data(), seedOf(pProject), out, errors, options);
+    });
     return true;
 }
 
-bool WriteFile::boWrite(const Data& data, Seed seed, std::ostream& out, WriteError& errors, bool boSingleThreaded) {
-    return boRun(SeededWrite{data, seed, out, errors, {.boSingleThreaded = boSingleThreaded}});
+bool WriteFile::boWrite(const FileHeader& header, const Data& data, const Entity* pEntity, std::ostream& out,
+                        WriteError& errors, const WriteOptions& options) {
+    vFramedWrite(header, out, errors, [&] { boWrite(data, pEntity, out, errors, options); });
+    return true;
+}
+
+bool WriteFile::boWrite(const FileHeaderSimple& header, const Data& data, const Entity* pEntity, std::ostream& out,
+                        WriteError& errors, const WriteOptions& options) {
+    return header.boWrite(out, errors) && boWrite(data, pEntity, out, errors, options);
 }
 
 bool WriteFile::boWrite(const Data& data, const Entity* pEntity, std::ostream& out, WriteError& errors,
                         const WriteOptions& options) {
     if (!pEntity && data.entities().empty()) return false;
-    const Seed seed = [&](StepWriteInfoCommon& info) {
-        if (pEntity)
-            info.iEntityIdGet(pEntity);
-        else
-            for (const Entity* pOne : data.entities()) info.iEntityIdGet(pOne);
-    };
-    return boRun(SeededWrite{data, seed, out, errors, options});
+    return boStatementsWrite(data, pEntity ? seedOf(pEntity) : seedOfAll(data), out, errors, options);
+}
+
+bool WriteFile::boWrite(const Data& data, Seed seed, std::ostream& out, WriteError& errors, bool boSingleThreaded) {
+    return boStatementsWrite(data, seed, out, errors, {.boSingleThreaded = boSingleThreaded});
 }
 
 bool WriteFile::boWrite(const Data& data, std::ostream& out, WriteError& errors, bool boSingleThreaded) {
-    const auto seed = [&data](StepWriteInfoCommon& info) {
-        for (const Entity* pEntity : data.entities()) info.iEntityIdGet(pEntity);
-    };
-    return boWrite(data, seed, out, errors, boSingleThreaded);
+    return boWrite(data, seedOfAll(data), out, errors, boSingleThreaded);
 }
 
 bool WriteFile::boWrite(const Data& data, const Entity* pEntity, std::ostream& out, WriteError& errors,
                         bool boSingleThreaded) {
-    const auto seed = [pEntity](StepWriteInfoCommon& info) { info.iEntityIdGet(pEntity); };
-    return boWrite(data, seed, out, errors, boSingleThreaded);
+    return boWrite(data, seedOf(pEntity), out, errors, boSingleThreaded);
 }
 
 }   // namespace oxa::ifc::io

@@ -235,7 +235,6 @@ TEST(WriteOrder, HoldsBackWhatComesTooEarly) {
             return 0;
         }
         void vFinish() override {}
-        [[nodiscard]] std::size_t iBlockSize() const noexcept override { return 1000; }
     };
     constexpr int g_iPoints = 256 * 160;
     std::string statements;
@@ -245,6 +244,7 @@ TEST(WriteOrder, HoldsBackWhatComesTooEarly) {
         SlowWriter writer;
         WriteError errors;
         StepWriteInfoCommon info(model.file.data().entityIdMap(false), errors, writer, boSingleThreaded);
+        info.m_iBlockSize = 1000;
         for (const Entity* pEntity : model.file.data().entities()) info.iEntityIdGet(pEntity);
         model.file.data().vWriteWith(info, {.eOrder = WriteOrder::Number});
         EXPECT_TRUE(writer.m_text == statements) << writer.m_text.size() << " bytes of " << statements.size();

@@ -427,7 +427,7 @@ TEST(WriteFile, PassesTheCallersExceptionsOn) {
     }
 }
 
-TEST(StringPool, TakesBlocksWhereItIsToldTo) {
+TEST(ComposedStatements, ComeInBlocksWhereAskedFor) {
     const ReadFileModel model(sSmallFile(30), true, schemaIs(smallSchema()));
     Lines expected = linesOf(fileOf(model.file).text);
     expected.erase(expected.begin(), std::ranges::find(expected, "DATA;") + 1);
@@ -439,9 +439,7 @@ TEST(StringPool, TakesBlocksWhereItIsToldTo) {
     } rows[] = {{0, 91, 91}, {1, 91, 91}, {200, 2, 90}, {1000000, 1, 1}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.iBlock);
-        ThreadStringPool pool(row.iBlock);
-        EXPECT_EQ(pool.iBlockSize(), row.iBlock);
-        std::string text;
+        ThreadStringPool pool;
         Lines lines;
         std::size_t iTexts = 0;
         std::thread consumer([&] {
@@ -449,7 +447,10 @@ TEST(StringPool, TakesBlocksWhereItIsToldTo) {
                 for (std::string& sLine : linesOf(sText)) lines.push_back(std::move(sLine));
         });
         WriteError errors;
-        EXPECT_TRUE(model.file.data().boWrite(pool, errors, {}, true));
+        StepWriteInfoCommon info(model.file.data().entityIdMap(false), errors, pool, true);
+        info.m_iBlockSize = row.iBlock;
+        info.iEntityIdGet(model.file.data().pProject());
+        model.file.data().vWrite(info, {});
         consumer.join();
         EXPECT_THAT(lines, UnorderedElementsAreArray(expected));
         EXPECT_GE(iTexts, row.iTextsAtLeast);
