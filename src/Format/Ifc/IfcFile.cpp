@@ -37,8 +37,11 @@ File::~File() = default;
 
 bool File::boRead(std::istream& stream, SchemaFromName schemaFromName, io::ReadError& error, bool boKeepIds,
                   ReadProgress progress, bool boSingleThreaded) {
-    return io::ReadFile::boRead(*this, stream, std::move(schemaFromName), error, boKeepIds, std::move(progress),
-                                boSingleThreaded);
+    return boRead(stream, error, {std::move(schemaFromName), boKeepIds, std::move(progress), boSingleThreaded});
+}
+
+bool File::boRead(std::istream& stream, io::ReadError& error, const ReadOptions& options) {
+    return io::ReadFile::boRead(*this, stream, error, options);
 }
 
 FileSimple::FileSimple(const def::SchemaPset& schema) : m_data(*this) {
@@ -51,16 +54,19 @@ FileSimple::~FileSimple() = default;
 
 bool FileSimple::boRead(std::istream& stream, SchemaFromName schemaFromName, io::ReadError& error,
                         ReadProgress progress, bool boSingleThreaded) {
+    return boRead(stream, error, {std::move(schemaFromName), false, std::move(progress), boSingleThreaded});
+}
+
+bool FileSimple::boRead(std::istream& stream, io::ReadError& error, const ReadOptions& options) {
     if (!m_header.boRead(stream, error)) return false;
     const std::string sName = m_header.sSchemaNameGet();
-    const def::SchemaPset* pSchema = sName.empty() ? nullptr : SchemaLoader::pSchemaGet(schemaFromName, sName);
+    const def::SchemaPset* pSchema = sName.empty() ? nullptr : SchemaLoader::pSchemaGet(options.schemaFromName, sName);
     if (!pSchema) {
         error.add(nullptr, ReportKey::UnknownSchemaName, sName, {}, 0);
         return false;
     }
     vSchemaSet(*pSchema);
-    return io::ReadFile::boRead(*this, stream, std::move(schemaFromName), error, false, std::move(progress),
-                                boSingleThreaded);
+    return io::ReadFile::boRead(*this, stream, error, options);
 }
 
 void FileSimple::vEntityRootInit(ReadInfoCommon& info) {

@@ -16,6 +16,7 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileHeader.h"
 #include "Format/Ifc/IfcFileHeaderSimple.h"
+#include "Format/Ifc/IfcReadOptions.h"
 #include "Format/Ifc/IfcWriteOptions.h"
 #include "platform/Export.h"
 #include "schema/Schema.h"
@@ -29,11 +30,6 @@ class IfcLineWriterInterface;
 class ReadError;
 class WriteError;
 }   // namespace io
-
-// From a schema name to a schema, null for an unknown one. Empty: the built-in schemas are asked.
-using SchemaFromName = std::function<def::SchemaPset*(const std::string&)>;
-// Position in the stream, in bytes; for the first entity statement and for every further 1000.
-using ReadProgress = std::function<void(unsigned)>;
 
 // What reading and writing need of both kinds of file.
 class OXA_IFC_API FileBase {
@@ -95,13 +91,10 @@ public:
 
     // Reads an exchange structure into the file's header and data.
     //
-    // schemaFromName  handed to the schema loader with the name in the header.
-    // error           collects everything; whatever the result, what was read up to a fault stays in the model.
-    // boKeepIds       keep the file's instance numbers for a later write; false deals new ones. Who keeps them and adds
-    //                 entities calls Data::boNumbersAbove first: else these can get numbers that others have.
-    // progress        may be empty.
-    // boSingleThreaded  parse on the calling thread.
-    // returns         true when the input reached a proper end and no fatal fault was met. Bad input never throws.
+    // error     collects everything; whatever the result, what was read up to a fault stays in the model.
+    // returns   true when the input reached a proper end and no fatal fault was met. Bad input never throws.
+    bool boRead(std::istream& stream, io::ReadError& error, const ReadOptions& options);
+    // The same with the options one by one.
     bool boRead(std::istream& stream, SchemaFromName schemaFromName, io::ReadError& error, bool boKeepIds,
                 ReadProgress progress, bool boSingleThreaded);
 
@@ -128,7 +121,9 @@ public:
     // What the header names as root; null for whole data. May be a slot that nothing defined (no schema entity).
     [[nodiscard]] Entity* pRootEntity() const noexcept { return m_pRootEntity; }
 
-    // As File::boRead; numbers are never kept. A bad head gives false and no report.
+    // As File::boRead. A bad head gives false and no report.
+    bool boRead(std::istream& stream, io::ReadError& error, const ReadOptions& options);
+    // The same with the options one by one; numbers are not kept.
     bool boRead(std::istream& stream, SchemaFromName schemaFromName, io::ReadError& error, ReadProgress progress,
                 bool boSingleThreaded);
 

@@ -1,94 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
-// IfcReadFile: the scanner: from a byte stream to statements, each sent to its consumer.
+// IfcReadFile: the read of a file: from a byte stream to a model that is complete.
 //
-// Deliberately more forgiving and simpler than the grammar of ISO 10303-21: it knows statement ends, strings,
-// comments and blanks, and finds sections by plain substring search in whole statements. What stands between
-// the commas is nobody's business here. A "line" is a statement throughout the library.
-//
-// Callers  File::boRead and FileSimple::boRead.
-// Threads  runs on the caller's thread alone; statements are parsed there or by IfcLineReadThreadPool.
+// For      File::boRead and FileSimple::boRead, and callers with a file object of their own.
+// Behind   the scanner (Read/Scanner.h), which alone derives from this class.
+// Threads  on the caller's thread; statements are parsed there or by IfcLineReadThreadPool.
 #pragma once
 
-#include <cstdint>
-#include <functional>
 #include <iosfwd>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Read/ReadContext.h"
-#include "Format/Ifc/Read/ScanMap.h"
-#include "Format/Ifc/Read/StatementBuffer.h"
 #include "platform/Export.h"
 #include "platform/Stream.h"
 
 namespace oxa::ifc::io {
 
-class IfcLineReadThreadPool;
-
-class OXA_IFC_API ReadFile final : public stream::StreamReadBuffer {
+class OXA_IFC_API ReadFile : public stream::StreamReadBuffer {
 public:
-    // Scans, parses and completes; see File::boRead for the arguments and the result.
+    // Scans, parses and completes; see File::boRead for the arguments and the result. The head of the simple form has
+    // been read before.
+    static bool boRead(FileBase& file, std::istream& stream, ReadError& error, const ReadOptions& options);
     static bool boRead(FileBase& file, std::istream& stream, SchemaFromName schemaFromName, ReadError& error,
                        bool boKeepIds, ReadProgress progress, bool boSingleThreaded);
 
     ~ReadFile() override;
 
-private:
-    // What the scan found at the place where it stands.
-    enum class Scan : std::uint8_t { Continue, EndOfInput, Finished, Refused };
-
-    ReadFile(FileBase& file, std::istream& stream, ReadError& error, bool boSingleThreaded);
-
-    bool boScan(const SchemaFromName& schemaFromName, const ReadProgress& progress);
-    Scan scan(const SchemaFromName& schemaFromName, const ReadProgress& progress);
-    bool boEndOfInput();
-    Scan byteRead(bool& boAdvanced);
-    Scan statementEnd(const SchemaFromName& schemaFromName, const ReadProgress& progress);
-    Scan sectionStatement(const SchemaFromName& schemaFromName);
-    Scan schemaResolve(const SchemaFromName& schemaFromName);
-    void vEntityStatement(const ReadProgress& progress);
-
-    // On entry the position is on the slash, the quote. With boAdvanced set on return it already is on the next
-    // byte to look at.
-    void readComment(bool& boAdvanced);
-    void readString(bool& boAdvanced);
-    bool boCommentSkip();
-    void vEscapeSkip();
-    bool boFindStatementByte();
-    [[nodiscard]] unsigned iStringSkip(unsigned iQuote) const noexcept;
-    [[nodiscard]] unsigned iBlankSkip(unsigned iBlank);
-    bool boFindStringByte();
-    bool boRefill();
-    bool boStep();
-    void vSkip(unsigned iCount);
-    void vPendingTake(unsigned iEnd);
-    void vBeforeRefill(const char* pBuffer, unsigned iValid) override;
-    void vReport(ReportKey eKey);
-    void vPassOver();
-    void vLookBehind();
-
-    FileBase* m_pFile;
-    std::uint32_t m_iLine = 1;               // line feeds so far, from 1
-    details::ScanMap<g_iBufferSize> m_map;   // of the buffer
-    StatementBuffer m_statement;             // what is assembled of the statement in hand
-    std::uint32_t m_iStart = 0;              // first byte in the buffer that belongs to it and is not in m_statement
-    bool m_boSimple;
-    bool m_boCopyOnRefill = true;   // false inside comments
-    StepReadInfoDataCommon m_info;
-    StepReadThread m_thread;
-
-    bool m_boMarkerSeen;   // "ISO-10303-21" was seen
-    bool m_boInHeader = false;
-    bool m_boInData;
-    bool m_boHasNumberSign = false;   // of the statement in hand
-    bool m_boHasEqual = false;
-    static constexpr std::uint32_t g_iProgressStep = 1000;
-    std::uint32_t m_iProgress = g_iProgressStep;      // entity statements since the last call; the first one calls
-    std::vector<Entity*> m_entities;                  // the one result of a statement
-    std::unique_ptr<IfcLineReadThreadPool> m_pPool;   // null in a single-threaded read; dies before what it uses
+protected:
+    using StreamReadBuffer::StreamReadBuffer;
 };
 
 }   // namespace oxa::ifc::io

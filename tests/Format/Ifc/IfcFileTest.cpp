@@ -36,6 +36,42 @@ TEST(File, AsksTheCallersFunctionForTheSchema) {
     EXPECT_EQ(result.file.header().schema.schemaName, "IFC2X3");
 }
 
+// Every way to read says the same; what the options add is kept numbers for the short form.
+TEST(File, ReadsByOptionsAsByArguments) {
+    const std::string sStatement = "#7=IFCDIRECTION((1.));\n";
+    for (const bool boKeepIds : {true, false})
+        for (const bool boSingleThreaded : {true, false}) {
+            std::vector<std::string> asked;
+            unsigned iCalls = 0;
+            const ReadOptions options{[&](const std::string& sName) {
+                                          asked.push_back(sName);
+                                          return SchemaLoader::pBuiltIn(sName);
+                                      },
+                                      boKeepIds, [&](unsigned) { ++iCalls; }, boSingleThreaded};
+            const auto vExpectRead = [&](auto& file, const std::string& sText) {
+                SCOPED_TRACE(sText);
+                asked.clear();
+                iCalls = 0;
+                std::istringstream in(sText);
+                io::ReadError errors;
+                EXPECT_TRUE(file.boRead(in, errors, options));
+                EXPECT_THAT(errors.records(), IsEmpty());
+                EXPECT_THAT(asked, ElementsAre("IFC4"));
+                EXPECT_EQ(iCalls, 1U);
+                ASSERT_EQ(file.data().entities().size(), 1U);
+                EXPECT_EQ(file.data().pEntityFromId(7), boKeepIds ? file.data().entities().front() : nullptr);
+                EXPECT_EQ(file.data().iIdFromEntity(*file.data().entities().front()), boKeepIds ? 7U : 1U);
+            };
+            File file;
+            vExpectRead(file, sIfc4File(sStatement));
+            const def::SchemaPset none("");
+            FileSimple simple(none);
+            vExpectRead(simple, "Ifc file simple;\nIFC4;\n*;\n" + sStatement);
+        }
+    const ReadOptions plain;
+    EXPECT_FALSE(plain.schemaFromName || plain.boKeepIds || plain.progress || plain.boSingleThreaded);
+}
+
 // The first entity statement, then every further 1000; nothing else counts.
 TEST(File, CallsProgressByEntityStatements) {
     struct Row {

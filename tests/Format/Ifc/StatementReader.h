@@ -23,6 +23,7 @@
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Read/ReadThread.h"
 #include "platform/Localization.h"
 #include "provider/SchemaLoader.h"
 

@@ -4,9 +4,8 @@
 // For      entities, attribute blocks, texts, lists and list nodes of one Data.
 // Callers  Data, the cells, the setters. Library users only hand a pool on.
 // Not for  objects with a destructor to run (none is run), or memory to be given back one by one.
-// Threads  SimplePool: any number at once; the common path is one atomic add, a new block takes a lock.
-//          PoolArena: one thread; it draws larger pieces from a pool, so that a parsing thread
-//          touches the shared counter once for some hundred allocations.
+// Threads  any number at once; the common path is one atomic add, a new block takes a lock. A thread that allocates much
+//          has a PoolArena (PoolArena.h).
 #pragma once
 
 #include <atomic>
@@ -127,42 +126,5 @@ private:
 namespace oxa::ifc {
 
 using Pool = memory::SimplePool<char, 16384, 0>;
-
-// Bump allocation for one thread out of a shared pool. What it holds unused at its end is lost to the
-// pool; the pieces therefore start small and double, so that a small model wastes little.
-class PoolArena {
-public:
-    explicit PoolArena(Pool& pool) noexcept : m_pPool(&pool) {}
-    ~PoolArena() { memory::vGiveBack(m_pNext, static_cast<std::size_t>(m_pEnd - m_pNext)); }
-    PoolArena(const PoolArena&) = delete;
-    PoolArena& operator=(const PoolArena&) = delete;
-
-    // As SimplePool::pAllocate, without the threads.
-    [[nodiscard]] void* pAllocate(std::size_t iBytes) {
-        if (iBytes > static_cast<std::size_t>(m_pEnd - m_pNext) || !m_pNext) return pAllocateSlow(iBytes);
-        char* pBytes = m_pNext;
-        m_pNext += iBytes;
-        return pBytes;
-    }
-
-private:
-    static constexpr std::size_t g_iFirstPiece = 16 * 1024;
-    static constexpr std::size_t g_iLargestPiece = 128 * 1024;
-
-    void* pAllocateSlow(std::size_t iBytes) {
-        // A large request goes past the arena, so that it does not throw half a piece away.
-        if (iBytes >= m_iPiece / 4) return m_pPool->pAllocate(iBytes);
-        m_pNext = static_cast<char*>(m_pPool->pAllocatePiece(m_iPiece));
-        m_pEnd = m_pNext + m_iPiece;
-        memory::vPopulate(m_pNext, m_iPiece);   // one call instead of a fault a page
-        if (m_iPiece < g_iLargestPiece) m_iPiece *= 2;
-        return pAllocate(iBytes);
-    }
-
-    Pool* m_pPool;
-    char* m_pNext = nullptr;
-    char* m_pEnd = nullptr;
-    std::size_t m_iPiece = g_iFirstPiece;
-};
 
 }   // namespace oxa::ifc

@@ -7,6 +7,7 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Read/ReadThread.h"
 
 namespace oxa::ifc {
 

@@ -8,6 +8,7 @@
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Read/ReadThread.h"
 #include "Format/Ifc/Store/EntityBlocks.h"
 #include "Format/Ifc/Text/Parameters.h"
 

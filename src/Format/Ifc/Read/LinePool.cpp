@@ -1,10 +1,36 @@
 // SPDX-License-Identifier: Apache-2.0
+// How the threads of a read share its statements:
+//
+//   scanner  --batches of 200-->  line workers: Data::boReadLine  --results-->  collector: Data::finalizeEntity
+//
+// Shares   a worker takes eight batches at once: statements name what stands near them, and where one worker's statements
+//          end and another's begin, two processors want the same memory.
+// Order    within a batch that of the file; batches finish in any order. Nothing in a read depends on the order,
+//          save which of two equal GUIDs and which of several projects comes first.
+// Memory   batches circulate: the collector hands them back to the scanner with the capacity of their texts. There are
+//          so few that they stay in the processor's cache; when all are on their way, the scanner has to wait.
+// Wakes    putting a thread to sleep and waking it costs as much as a batch: each sleeps until there is a share for it,
+//          and the scanner never does while there is something to parse: it then works as one of the workers.
+// Stops    each queue can be closed: who waits then takes what is left, and ends when there is nothing. The line queue is
+//          closed first; once its workers have ended, nothing can come to the done queue any more, and it is closed too.
+// Progress no state exists in which all sleep before that. A batch is in one of the queues or in somebody's hands, and
+//          whoever has it in hand is awake; a lost batch goes to the free queue like any other. The workers sleep over
+//          fewer than eight batches in the line queue, the collector over fewer than eight in the done queue. The scanner
+//          sleeps only when the free queue is empty and all batches are made, 24 or more. So more than eight lie in one
+//          of the other two queues, or somebody is awake who will put his there.
 #include "Format/Ifc/IfcLineReadThreadPool.h"
 
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
 #include <new>
+#include <string>
+#include <thread>
 #include <utility>
+#include <vector>
 
 #include "Core/Utilities/Threads/ThreadedLoop.h"
+#include "Format/Ifc/Read/ReadThread.h"
 #include "platform/Assert.h"
 #include "platform/Utilities.h"
 
@@ -23,12 +49,104 @@ auto quietAssertions() {
 
 }   // namespace
 
-IfcLineReadThreadPool::Queue::~Queue() {
+class IfcLineReadThreadPool::Work {
+public:
+    Work(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker);
+    ~Work();
+    Work(const Work&) = delete;
+    Work& operator=(const Work&) = delete;
+
+    void addLineToQueue(std::string_view line, unsigned iLine);
+
+private:
+    struct QueuedLine {
+        std::size_t m_iBegin;   // in the batch's text
+        std::size_t m_iLength;
+        std::uint32_t m_iLine;
+    };
+    struct Batch;
+    using BatchPtr = std::unique_ptr<Batch>;
+    struct Batch {
+        BatchPtr m_pNext;     // while it is in a queue, or in a chain
+        std::string m_text;   // the statements, one behind the other, a NUL behind each
+        std::vector<QueuedLine> m_lines;
+        std::vector<Entity*> m_entities;   // one for each line; null where the statement yielded none
+        RootedResults m_rooted;            // what the map of GUIDs takes of them
+
+        [[nodiscard]] std::string_view text(const QueuedLine& line) const noexcept {
+            return std::string_view(m_text).substr(line.m_iBegin, line.m_iLength);
+        }
+        void vClear();
+    };
+    // A queue of batches that several threads share. It allocates nothing.
+    class Queue {
+    public:
+        // Who finds the queue empty sleeps until there are iWakeAt batches.
+        explicit Queue(std::size_t iWakeAt = 1) noexcept : m_iWakeAt(iWakeAt) {}
+        ~Queue();
+        Queue(const Queue&) = delete;
+        Queue& operator=(const Queue&) = delete;
+
+        void vPush(BatchPtr pBatch) noexcept;
+        // A chain of batches, which come first; null is no chain.
+        void vPushFront(BatchPtr pBatches) noexcept;
+        // Waits for batches and takes a chain of up to iMost; of one when the queue is closed, so that all have a part in
+        // the end. Null when it is closed and empty.
+        [[nodiscard]] BatchPtr pPop(std::size_t iMost);
+        // A chain of up to iMost without a wait; null when there is none.
+        [[nodiscard]] BatchPtr pTryPop(std::size_t iMost);
+        // Nothing is pushed any more, and nobody waits.
+        void vClose();
+        // Takes that back. Nobody waits.
+        void vOpen();
+
+    private:
+        [[nodiscard]] BatchPtr pTake(std::size_t iMost) noexcept;
+
+        const std::size_t m_iWakeAt;
+        BatchPtr m_pFirst;   // guarded by m_mutex, as the next three
+        Batch* m_pLast = nullptr;
+        std::size_t m_iCount = 0;
+        bool m_boClosed = false;
+        std::mutex m_mutex;
+        std::condition_variable m_changed;
+    };
+
+    static constexpr std::size_t g_iBatchesShared = 8;      // taken by a worker at once
+    static constexpr std::size_t g_iBatchesCollected = 8;   // that wake the collector
+
+    void vStart();
+    void vWorkersEnd();
+    void vBatchQueue();
+    [[nodiscard]] BatchPtr pBatchNext();
+    void vBatchFree(BatchPtr pBatch) noexcept;
+    void vBatchRead(Batch& batch, StepReadThread& thread);
+    [[nodiscard]] bool boBatchesRead(BatchPtr pBatches, StepReadThread& thread);
+    [[nodiscard]] bool boHelp();
+    void readLines(StepReadThread& thread);
+    void vBatchFinalize(const Batch& batch, std::size_t& iNext);
+    void finalizeLines();
+
+    Queue m_lineQueue{g_iBatchesShared};                      // waiting for a worker
+    Queue m_doneQueue{g_iBatchesCollected};                   // parsed, waiting for the collector
+    Queue m_freeQueue;                                        // finalised, empty again
+    std::vector<std::unique_ptr<StepReadThread>> m_threads;   // one a worker, one of the scanner
+    std::vector<std::thread> m_workers;                       // empty until the first statement
+    std::thread m_collector;
+    BatchPtr m_pBatch;            // being filled; the scanner's; null until there is a statement
+    std::size_t m_iBatches = 0;   // made so far; the scanner's
+    StepReadInfoDataCommon* m_pInfo;
+    FileBase* m_pFile;
+    bool m_boOneWorker;
+    bool m_boActive = true;   // false at the end; the scanner's
+};
+
+IfcLineReadThreadPool::Work::Queue::~Queue() {
     while (m_pFirst)
         m_pFirst = std::move(m_pFirst->m_pNext);   // one by one: a long chain must not end as deep as it is
 }
 
-void IfcLineReadThreadPool::Batch::vClear() {
+void IfcLineReadThreadPool::Work::Batch::vClear() {
     if (m_text.capacity() > g_iKeptCapacity) std::string().swap(m_text);   // an assignment would keep the memory
     m_text.clear();
     m_lines.clear();
@@ -36,7 +154,7 @@ void IfcLineReadThreadPool::Batch::vClear() {
     m_rooted.vClear();
 }
 
-void IfcLineReadThreadPool::Queue::vPush(BatchPtr pBatch) noexcept {
+void IfcLineReadThreadPool::Work::Queue::vPush(BatchPtr pBatch) noexcept {
     {
         const std::lock_guard lock(m_mutex);
         BatchPtr& pEnd = m_pLast ? m_pLast->m_pNext : m_pFirst;
@@ -47,7 +165,7 @@ void IfcLineReadThreadPool::Queue::vPush(BatchPtr pBatch) noexcept {
     m_changed.notify_one();
 }
 
-void IfcLineReadThreadPool::Queue::vPushFront(BatchPtr pBatches) noexcept {
+void IfcLineReadThreadPool::Work::Queue::vPushFront(BatchPtr pBatches) noexcept {
     if (!pBatches) return;
     Batch* pLast = pBatches.get();
     std::size_t iCount = 1;
@@ -63,7 +181,7 @@ void IfcLineReadThreadPool::Queue::vPushFront(BatchPtr pBatches) noexcept {
 }
 
 // The first iMost batches, in their order; null when there is none. Under the lock.
-IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pTake(std::size_t iMost) noexcept {
+IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::Queue::pTake(std::size_t iMost) noexcept {
     BatchPtr* pEnd = &m_pFirst;
     for (std::size_t i = 0; i < iMost && *pEnd; ++i, --m_iCount) pEnd = &(*pEnd)->m_pNext;
     BatchPtr pRest = std::move(*pEnd);
@@ -73,18 +191,18 @@ IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pTake(std::size_t 
     return pTaken;
 }
 
-IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pPop(std::size_t iMost) {
+IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::Queue::pPop(std::size_t iMost) {
     std::unique_lock lock(m_mutex);
     if (!m_pFirst) m_changed.wait(lock, [this] { return m_iCount >= m_iWakeAt || m_boClosed; });
     return pTake(m_boClosed ? 1 : iMost);
 }
 
-IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::Queue::pTryPop(std::size_t iMost) {
+IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::Queue::pTryPop(std::size_t iMost) {
     const std::lock_guard lock(m_mutex);
     return pTake(iMost);
 }
 
-void IfcLineReadThreadPool::Queue::vClose() {
+void IfcLineReadThreadPool::Work::Queue::vClose() {
     {
         const std::lock_guard lock(m_mutex);
         m_boClosed = true;
@@ -92,19 +210,19 @@ void IfcLineReadThreadPool::Queue::vClose() {
     m_changed.notify_all();
 }
 
-void IfcLineReadThreadPool::Queue::vOpen() {
+void IfcLineReadThreadPool::Work::Queue::vOpen() {
     const std::lock_guard lock(m_mutex);
     m_boClosed = false;
 }
 
-IfcLineReadThreadPool::IfcLineReadThreadPool(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker)
+IfcLineReadThreadPool::Work::Work(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker)
     : m_pInfo(&info),
       m_pFile(&file),
       m_boOneWorker(boOneWorker) {
     info.m_boParallel = true;
 }
 
-IfcLineReadThreadPool::~IfcLineReadThreadPool() {
+IfcLineReadThreadPool::Work::~Work() {
     m_boActive = false;
     vBatchQueue();
     vWorkersEnd();
@@ -113,18 +231,8 @@ IfcLineReadThreadPool::~IfcLineReadThreadPool() {
     // From here on every statement is in the model, or counted as lost.
 }
 
-std::size_t IfcLineReadThreadPool::iWorkerCount() noexcept {
-    static const std::size_t g_iCount = iWorkersOf(std::thread::hardware_concurrency());
-    return g_iCount;
-}
-
-std::size_t IfcLineReadThreadPool::iWorkersOf(unsigned iHardwareThreads) noexcept {
-    const std::size_t iHalf = iHardwareThreads / 2;
-    return iHalf > 3 ? iHalf - 2 : std::size_t{2};
-}
-
 // All threads or none: the next statement tries again.
-void IfcLineReadThreadPool::vStart() {
+void IfcLineReadThreadPool::Work::vStart() {
     const std::size_t iWorkers = m_boOneWorker ? 1 : iWorkerCount();
     Pool& pool = m_pFile->dataBase().pool();
     try {
@@ -141,14 +249,14 @@ void IfcLineReadThreadPool::vStart() {
 }
 
 // What is queued is parsed first.
-void IfcLineReadThreadPool::vWorkersEnd() {
+void IfcLineReadThreadPool::Work::vWorkersEnd() {
     m_lineQueue.vClose();
     for (std::thread& worker : m_workers) worker.join();
     m_workers.clear();
     m_threads.clear();
 }
 
-void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine) {
+void IfcLineReadThreadPool::Work::addLineToQueue(std::string_view line, unsigned iLine) {
     if (!m_boActive) {
         Assert::vTell("Format/Ifc/IfcLineReadThreadPool", "oxa::ifc::io::IfcLineReadThreadPool::addLineToQueue",
                       "Thread pool is not active");
@@ -165,13 +273,13 @@ void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine
 }
 
 // Hands the batch in hand on, if there is one.
-void IfcLineReadThreadPool::vBatchQueue() {
+void IfcLineReadThreadPool::Work::vBatchQueue() {
     if (m_pBatch) m_lineQueue.vPush(std::move(m_pBatch));
 }
 
 // An empty batch for the next statements. The workers' work is the larger part: a scanner far ahead of them would hold
 // the file in memory twice, so once all batches are made it helps them.
-IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::pBatchNext() {
+IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::pBatchNext() {
     for (;;) {
         if (BatchPtr pBatch = m_freeQueue.pTryPop(1)) return pBatch;
         if (m_iBatches < g_iBatchesPerWorker * (m_workers.size() + 1)) break;
@@ -184,14 +292,14 @@ IfcLineReadThreadPool::BatchPtr IfcLineReadThreadPool::pBatchNext() {
     return pBatch;
 }
 
-void IfcLineReadThreadPool::vBatchFree(BatchPtr pBatch) noexcept {
+void IfcLineReadThreadPool::Work::vBatchFree(BatchPtr pBatch) noexcept {
     pBatch->vClear();
     m_freeQueue.vPush(std::move(pBatch));
 }
 
 // Parses a share of batches on the scanner's thread, as a worker does it. False when none waits, or there is to be one
 // worker only.
-bool IfcLineReadThreadPool::boHelp() {
+bool IfcLineReadThreadPool::Work::boHelp() {
     if (m_boOneWorker) return false;
     BatchPtr pBatches = m_lineQueue.pTryPop(g_iBatchesShared);
     if (!pBatches) return false;
@@ -201,7 +309,7 @@ bool IfcLineReadThreadPool::boHelp() {
     return true;
 }
 
-void IfcLineReadThreadPool::vBatchRead(Batch& batch, StepReadThread& thread) {
+void IfcLineReadThreadPool::Work::vBatchRead(Batch& batch, StepReadThread& thread) {
     Data& data = m_pFile->dataBase();
     for (const QueuedLine& line : batch.m_lines) {
         StepReadInfoData info(batch.text(line), line.m_iLine, *m_pInfo, &thread);
@@ -212,7 +320,7 @@ void IfcLineReadThreadPool::vBatchRead(Batch& batch, StepReadThread& thread) {
 
 // One batch after the other. What is thrown loses the one in hand, and no other. False when memory ran out; those behind
 // it are then back in the queue.
-bool IfcLineReadThreadPool::boBatchesRead(BatchPtr pBatches, StepReadThread& thread) {
+bool IfcLineReadThreadPool::Work::boBatchesRead(BatchPtr pBatches, StepReadThread& thread) {
     bool boMemory = true;
     while (BatchPtr pBatch = boMemory ? std::move(pBatches) : nullptr) {
         pBatches = std::move(pBatch->m_pNext);
@@ -237,14 +345,14 @@ bool IfcLineReadThreadPool::boBatchesRead(BatchPtr pBatches, StepReadThread& thr
 }
 
 // A worker. What is queued is parsed to the end, also after a fatal fault.
-void IfcLineReadThreadPool::readLines(StepReadThread& thread) {
+void IfcLineReadThreadPool::Work::readLines(StepReadThread& thread) {
     const auto handler = quietAssertions();
     while (BatchPtr pBatches = m_lineQueue.pPop(g_iBatchesShared))
         static_cast<void>(boBatchesRead(std::move(pBatches), thread));
 }
 
 // iNext is the statement in hand.
-void IfcLineReadThreadPool::vBatchFinalize(const Batch& batch, std::size_t& iNext) {
+void IfcLineReadThreadPool::Work::vBatchFinalize(const Batch& batch, std::size_t& iNext) {
     Data& data = m_pFile->dataBase();
     auto rooted = batch.m_rooted.results.begin();
     for (; iNext < batch.m_lines.size(); ++iNext) {
@@ -261,13 +369,32 @@ void IfcLineReadThreadPool::vBatchFinalize(const Batch& batch, std::size_t& iNex
 }
 
 // The collector.
-void IfcLineReadThreadPool::finalizeLines() {
+void IfcLineReadThreadPool::Work::finalizeLines() {
     while (BatchPtr pBatch = m_doneQueue.pPop(1)) {
         std::size_t iNext = 0;
         if (!util::ThreadedLoop::boGuarded([&] { return vBatchFinalize(*pBatch, iNext), true; }))
             m_pInfo->m_pError->vLostAdd(pBatch->m_lines.size() - iNext, pBatch->m_lines[iNext].m_iLine);
         vBatchFree(std::move(pBatch));
     }
+}
+
+IfcLineReadThreadPool::IfcLineReadThreadPool(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker)
+    : m_pWork(std::make_unique<Work>(info, file, boOneWorker)) {}
+
+IfcLineReadThreadPool::~IfcLineReadThreadPool() = default;
+
+void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine) {
+    m_pWork->addLineToQueue(line, iLine);
+}
+
+std::size_t IfcLineReadThreadPool::iWorkerCount() noexcept {
+    static const std::size_t g_iCount = iWorkersOf(std::thread::hardware_concurrency());
+    return g_iCount;
+}
+
+std::size_t IfcLineReadThreadPool::iWorkersOf(unsigned iHardwareThreads) noexcept {
+    const std::size_t iHalf = iHardwareThreads / 2;
+    return iHalf > 3 ? iHalf - 2 : std::size_t{2};
 }
 
 }   // namespace oxa::ifc::io

@@ -5,7 +5,6 @@
 // Callers  the scanner and the line workers. Library users do not meet it.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -13,7 +12,6 @@
 #include <vector>
 
 #include "Format/Ifc/IfcFileError.h"
-#include "Format/Ifc/Memory/SimplePool.h"
 #include "Format/Ifc/Store/EntityTable.h"
 #include "platform/Id.h"
 #include "schema/Schema.h"
@@ -31,34 +29,7 @@ struct StepReadInfoDataCommon : ReadInfoCommon {
     bool m_boParallel = false;   // several threads parse statements of this read at once
 };
 
-// What a parsing thread keeps from statement to statement.
-class StepReadThread {
-public:
-    explicit StepReadThread(Pool& pool) noexcept : m_arena(pool) {}
-
-    // As Schema::pEntityFromName. A file names few types, mostly one of the last: those are found without hashing.
-    [[nodiscard]] const def::schema::Entity* pEntityFromKeyword(const def::schema::Schema& schema,
-                                                                std::string_view keyword) {
-        if (keyword.empty()) return nullptr;
-        if (m_pSchema != &schema) {
-            m_pSchema = &schema;
-            m_types = {};
-        }
-        const auto cAt = [&](std::size_t i) {
-            return static_cast<std::size_t>(static_cast<unsigned char>(keyword[i]));
-        };
-        const std::size_t iPlace = keyword.size() * 7 + cAt(keyword.size() - 1) + cAt(keyword.size() / 2) * 3;
-        const def::schema::Entity*& pType = m_types[iPlace % m_types.size()];
-        if (!pType || pType->sNameUpper != keyword) pType = schema.pEntityFromName(def::schema::ObjectName(keyword));
-        return pType;
-    }
-
-    PoolArena m_arena;   // its share of the model's memory
-
-private:
-    const def::schema::Schema* m_pSchema = nullptr;
-    std::array<const def::schema::Entity*, 64> m_types{};
-};
+class StepReadThread;   // ReadThread.h
 
 // A rooted instance among the results of several statements, with what the map of GUIDs takes of it: who enters it need
 // not look at the instance, which another processor has just written.

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Format/Ifc/IfcReadFile.h"
+#include "Format/Ifc/Read/Scanner.h"
 
 #include <algorithm>
 #include <cstring>
 #include <istream>
 #include <memory>
+#include <utility>
 
 #include "Format/Ifc/IfcLineReadThreadPool.h"
 #include "provider/SchemaLoader.h"
@@ -30,18 +31,24 @@ std::string_view behindBlanks(std::string_view text) {
 
 }   // namespace
 
+ReadFile::~ReadFile() = default;
+
 bool ReadFile::boRead(FileBase& file, std::istream& stream, SchemaFromName schemaFromName, ReadError& error,
                       bool boKeepIds, ReadProgress progress, bool boSingleThreaded) {
+    return boRead(file, stream, error, {std::move(schemaFromName), boKeepIds, std::move(progress), boSingleThreaded});
+}
+
+bool ReadFile::boRead(FileBase& file, std::istream& stream, ReadError& error, const ReadOptions& options) {
     // On the heap: buffer and entity table are too large for a stack.
-    const std::unique_ptr<ReadFile> pRead(new ReadFile(file, stream, error, boSingleThreaded));
-    if (!pRead->boScan(schemaFromName, progress)) return false;
+    const auto pScanner = std::make_unique<Scanner>(file, stream, error, options.boSingleThreaded);
+    if (!pScanner->boScan(options.schemaFromName, options.progress)) return false;
     // From here on every statement is parsed and no slot is filled any more.
-    file.dataBase().boFinished(pRead->m_info, boKeepIds);
+    file.dataBase().boFinished(pScanner->info(), options.boKeepIds);
     return !error.boFatal();
 }
 
-ReadFile::ReadFile(FileBase& file, std::istream& stream, ReadError& error, bool boSingleThreaded)
-    : StreamReadBuffer(stream),
+Scanner::Scanner(FileBase& file, std::istream& stream, ReadError& error, bool boSingleThreaded)
+    : ReadFile(stream),
       m_pFile(&file),
       m_boSimple(dynamic_cast<FileSimple*>(&file) != nullptr),
       m_info(error),
@@ -52,22 +59,22 @@ ReadFile::ReadFile(FileBase& file, std::istream& stream, ReadError& error, bool 
     if (!boSingleThreaded) m_pPool = std::make_unique<IfcLineReadThreadPool>(m_info, file, false);
 }
 
-ReadFile::~ReadFile() = default;
+Scanner::~Scanner() = default;
 
 // What is pending goes along with the buffer, unless it is comment. Statements so span buffers while most bytes are
 // copied once, in large pieces.
-void ReadFile::vBeforeRefill(const char* pBuffer, unsigned iValid) {
+void Scanner::vBeforeRefill(const char* pBuffer, unsigned iValid) {
     if (m_boCopyOnRefill && m_iStart < iValid) m_statement.vAppend(pBuffer + m_iStart, iValid - m_iStart);
     m_iStart = 0;
 }
 
-bool ReadFile::boScan(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
+bool Scanner::boScan(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
     const Scan eScan = scan(schemaFromName, progress);
     m_pPool.reset();   // every statement handed on is parsed and finalised, whatever ended the scan
     return eScan == Scan::EndOfInput ? boEndOfInput() : eScan == Scan::Finished;
 }
 
-ReadFile::Scan ReadFile::scan(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
+Scanner::Scan Scanner::scan(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
     for (;;) {
         if (m_iPosition >= m_iValid && !boRefill()) return Scan::EndOfInput;
         // A fault found on a worker stops the scan too.
@@ -88,7 +95,7 @@ ReadFile::Scan ReadFile::scan(const SchemaFromName& schemaFromName, const ReadPr
 // Moves to the next byte that needs more than this: a statement's end, a comment, a second "=", or anything whose
 // end lies behind the buffer's. Blanks, strings without escapes and the flags of a statement, nearly all of a file,
 // are dealt with on the way. False when the buffer holds no such byte any more.
-bool ReadFile::boFindStatementByte() {
+bool Scanner::boFindStatementByte() {
     const char* const pBytes = m_pBuffer;
     unsigned i = m_iPosition;
     for (;;) {
@@ -121,7 +128,7 @@ bool ReadFile::boFindStatementByte() {
 }
 
 // Behind a string that ends in the buffer and holds neither escape nor line end; else where it was.
-unsigned ReadFile::iStringSkip(unsigned iQuote) const noexcept {
+unsigned Scanner::iStringSkip(unsigned iQuote) const noexcept {
     const unsigned iEnd = m_map.iFindString(iQuote + 1);
     // A doubled quote ends one string and begins the next: the same to a scanner.
     return m_pBuffer[iEnd] == '\'' ? iEnd + 1 : iQuote;
@@ -129,7 +136,7 @@ unsigned ReadFile::iStringSkip(unsigned iQuote) const noexcept {
 
 // Behind a run of blanks, or behind as much of it as the buffer holds. Outside strings they never reach the
 // statement, not even inside a word. A tab is none.
-unsigned ReadFile::iBlankSkip(unsigned iBlank) {
+unsigned Scanner::iBlankSkip(unsigned iBlank) {
     unsigned iEnd = iBlank;
     unsigned iLines = 0;
     // The padding behind the buffer is none.
@@ -140,7 +147,7 @@ unsigned ReadFile::iBlankSkip(unsigned iBlank) {
     return iEnd;
 }
 
-ReadFile::Scan ReadFile::byteRead(bool& boAdvanced) {
+Scanner::Scan Scanner::byteRead(bool& boAdvanced) {
     switch (m_pBuffer[m_iPosition]) {
     case '\'': readString(boAdvanced); return Scan::Continue;
     case '/': readComment(boAdvanced); return Scan::Continue;
@@ -151,7 +158,7 @@ ReadFile::Scan ReadFile::byteRead(bool& boAdvanced) {
     }
 }
 
-bool ReadFile::boEndOfInput() {
+bool Scanner::boEndOfInput() {
     if (m_boSimple) {   // which needs no ENDSEC
         if (m_info.m_pError->boFatal()) return false;
         // A statement without ";" and what stands behind a backslash are not in the model.
@@ -164,29 +171,29 @@ bool ReadFile::boEndOfInput() {
 }
 
 // The next buffer and its map. False at the end of the input.
-bool ReadFile::boRefill() {
+bool Scanner::boRefill() {
     const bool boMore = boReadNextBuffer();
     m_map.vBuild(m_pBuffer, m_iValid);
     return boMore;
 }
 
 // One byte on. False at the end of the input.
-bool ReadFile::boStep() { return ++m_iPosition < m_iValid || boRefill(); }
+bool Scanner::boStep() { return ++m_iPosition < m_iValid || boRefill(); }
 
 // Some bytes on without looking at them, as far as there are any.
-void ReadFile::vSkip(unsigned iCount) {
+void Scanner::vSkip(unsigned iCount) {
     while (iCount-- && boStep()) {}
 }
 
 // Copies what is pending up to iEnd into the statement.
-void ReadFile::vPendingTake(unsigned iEnd) {
+void Scanner::vPendingTake(unsigned iEnd) {
     if (m_iStart < iEnd) m_statement.vAppend(m_pBuffer + m_iStart, iEnd - m_iStart);
     m_iStart = iEnd;
 }
 
 // Finds the closing quote. Escapes are passed over as far as a quote or a line end may stand inside of them;
 // what they mean is the codec's business (ISO 10303-21, 6.4.3).
-void ReadFile::readString(bool& boAdvanced) {
+void Scanner::readString(bool& boAdvanced) {
     for (;;) {
         if (!boStep() || !boFindStringByte()) return;
         switch (m_pBuffer[m_iPosition]) {
@@ -201,7 +208,7 @@ void ReadFile::readString(bool& boAdvanced) {
 }
 
 // Moves to the next byte that matters inside a string; false at the end of the input.
-bool ReadFile::boFindStringByte() {
+bool Scanner::boFindStringByte() {
     for (;;) {
         m_iPosition = m_map.iFindString(m_iPosition);
         if (m_iPosition != m_iValid) return true;
@@ -210,7 +217,7 @@ bool ReadFile::boFindStringByte() {
 }
 
 // On a backslash in a string: moves to the last byte of its escape.
-void ReadFile::vEscapeSkip() {
+void Scanner::vEscapeSkip() {
     if (!boStep()) return;
     switch (m_pBuffer[m_iPosition]) {
     case 'S': return vSkip(2);   // \S\ and any byte, a quote included
@@ -231,7 +238,7 @@ void ReadFile::vEscapeSkip() {
     }
 }
 
-void ReadFile::readComment(bool& boAdvanced) {
+void Scanner::readComment(bool& boAdvanced) {
     const unsigned iSlash = m_iPosition;
     if (!boStep()) return vReport(ReportKey::InvalidEndOfFile);
     if (m_pBuffer[m_iPosition] != '*') {
@@ -249,7 +256,7 @@ void ReadFile::readComment(bool& boAdvanced) {
 }
 
 // From the "*" behind the slash to the slash that closes the comment; false at the end of the input.
-bool ReadFile::boCommentSkip() {
+bool Scanner::boCommentSkip() {
     bool boStar = false;
     while (boStep()) {
         const char c = m_pBuffer[m_iPosition];
@@ -260,7 +267,7 @@ bool ReadFile::boCommentSkip() {
     return false;
 }
 
-inline ReadFile::Scan ReadFile::statementEnd(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
+inline Scanner::Scan Scanner::statementEnd(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
     vPendingTake(m_iPosition + 1);
     Scan eScan = Scan::Continue;
     if (m_boInData && m_boHasNumberSign)
@@ -275,7 +282,7 @@ inline ReadFile::Scan ReadFile::statementEnd(const SchemaFromName& schemaFromNam
 }
 
 // Everything but entity statements; what no state has a use for is counted and dropped.
-ReadFile::Scan ReadFile::sectionStatement(const SchemaFromName& schemaFromName) {
+Scanner::Scan Scanner::sectionStatement(const SchemaFromName& schemaFromName) {
     if (!m_boMarkerSeen) {
         m_boMarkerSeen = boContains(m_statement.text(), "ISO-10303-21");
         return Scan::Continue;
@@ -307,7 +314,7 @@ ReadFile::Scan ReadFile::sectionStatement(const SchemaFromName& schemaFromName) 
     return Scan::Continue;
 }
 
-void ReadFile::vPassOver() {
+void Scanner::vPassOver() {
     using namespace std::string_view_literals;
     if (m_statement.text().find_first_not_of("\t;\0"sv) != std::string_view::npos)
         m_info.m_pError->vPassedOverAdd(m_iLine);
@@ -315,7 +322,7 @@ void ReadFile::vPassOver() {
 
 // The read ends with the DATA section and takes no further byte. Those that it has taken tell whether another section
 // follows, or another file.
-void ReadFile::vLookBehind() {
+void Scanner::vLookBehind() {
     static constexpr std::string_view g_sEnd = "END-ISO-10303-21";
     const std::string_view all(m_pBuffer + m_iPosition, m_iValid - m_iPosition);
     std::string_view rest = behindBlanks(all);
@@ -330,7 +337,7 @@ void ReadFile::vLookBehind() {
 }
 
 // The schema is known before the first entity statement; without one there is nothing to read.
-ReadFile::Scan ReadFile::schemaResolve(const SchemaFromName& schemaFromName) {
+Scanner::Scan Scanner::schemaResolve(const SchemaFromName& schemaFromName) {
     const std::string sName = m_pFile->headerBase().sSchemaNameGet();
     const def::SchemaPset* pSchema = sName.empty() ? nullptr : SchemaLoader::pSchemaGet(schemaFromName, sName);
     if (!pSchema) {
@@ -342,7 +349,7 @@ ReadFile::Scan ReadFile::schemaResolve(const SchemaFromName& schemaFromName) {
     return Scan::Continue;
 }
 
-void ReadFile::vEntityStatement(const ReadProgress& progress) {
+void Scanner::vEntityStatement(const ReadProgress& progress) {
     if (m_pPool) {
         m_pPool->addLineToQueue(m_statement.text(), m_iLine);
     } else {
@@ -358,8 +365,6 @@ void ReadFile::vEntityStatement(const ReadProgress& progress) {
     }
 }
 
-void ReadFile::vReport(ReportKey eKey) {
-    m_info.m_pError->add(nullptr, eKey, std::string(m_statement.text()), m_iLine);
-}
+void Scanner::vReport(ReportKey eKey) { m_info.m_pError->add(nullptr, eKey, std::string(m_statement.text()), m_iLine); }
 
 }   // namespace oxa::ifc::io

@@ -9,6 +9,7 @@
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Read/InstanceNumber.h"
 #include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Read/ReadThread.h"
 #include "Format/Ifc/Store/InverseBuilder.h"
 
 namespace oxa::ifc {

@@ -7,7 +7,9 @@
 #include <limits>
 #include <mutex>
 
+#include "Format/Ifc/Memory/Fnv1a.h"
 #include "Format/Ifc/Store/EntityTable.h"
+#include "Format/Ifc/Store/SeenNumbers.h"
 
 namespace oxa::ifc {
 
@@ -18,7 +20,15 @@ const EntitySlot* pAsSlot(const Entity* pEntity) noexcept { return reinterpret_c
 
 }   // namespace
 
-EntityIdMap::EntityIdMap(std::size_t iExpected) { m_map.reserve(iExpected); }
+struct EntityIdMap::Dealt {
+    std::unordered_map<const Entity*, std::size_t, memory::Fnv1a> map;
+};
+
+EntityIdMap::EntityIdMap(std::size_t iExpected) : m_pDealt(std::make_unique<Dealt>()) {
+    m_pDealt->map.reserve(iExpected);
+}
+
+EntityIdMap::~EntityIdMap() = default;
 
 // The chunk that the entity is a defined slot of; null when there is none.
 const EntityIdMap::SeededChunk* EntityIdMap::pSeededChunk(const Entity* pEntity) const noexcept {
@@ -32,8 +42,8 @@ const EntityIdMap::SeededChunk* EntityIdMap::pSeededChunk(const Entity* pEntity)
 std::optional<std::size_t> EntityIdMap::find(const Entity* pEntity) const {
     if (const SeededChunk* pChunk = pSeededChunk(pEntity)) return pChunk->iFirstId + pChunk->iSlotOf(pEntity);
     const std::shared_lock lock(m_lock);
-    const auto found = m_map.find(pEntity);
-    return found == m_map.end() ? std::nullopt : std::optional(found->second);
+    const auto found = m_pDealt->map.find(pEntity);
+    return found == m_pDealt->map.end() ? std::nullopt : std::optional(found->second);
 }
 
 std::optional<EntityIdMap::Number> EntityIdMap::knownFar(const Entity* pEntity, Near& near) const {
@@ -43,14 +53,14 @@ std::optional<EntityIdMap::Number> EntityIdMap::knownFar(const Entity* pEntity, 
         return Number{pChunk->iFirstId + pChunk->iSlotOf(pEntity), false, boDense};
     }
     const std::shared_lock lock(m_lock);
-    const auto found = m_map.find(pEntity);
-    return found == m_map.end() ? std::nullopt : std::optional(Number{found->second, false, false});
+    const auto found = m_pDealt->map.find(pEntity);
+    return found == m_pDealt->map.end() ? std::nullopt : std::optional(Number{found->second, false, false});
 }
 
 EntityIdMap::Number EntityIdMap::numberFar(const Entity* pEntity, Near& near) {
     if (const std::optional<Number> number = knownFar(pEntity, near)) return *number;
     const std::unique_lock lock(m_lock);
-    const auto [entry, boNew] = m_map.try_emplace(pEntity, m_iAbove + m_iSeeded + m_map.size() + 1);
+    const auto [entry, boNew] = m_pDealt->map.try_emplace(pEntity, m_iAbove + m_iSeeded + m_pDealt->map.size() + 1);
     return {entry->second, boNew, false};
 }
 
@@ -92,7 +102,7 @@ std::size_t EntityIdMap::iHighest() const {
         if (iSlot > 0) iHighest = std::max(iHighest, chunk.iFirstId + iSlot - 1);
     }
     const std::shared_lock lock(m_lock);
-    for (const auto& [pEntity, iId] : m_map) iHighest = std::max(iHighest, iId);
+    for (const auto& [pEntity, iId] : m_pDealt->map) iHighest = std::max(iHighest, iId);
     return iHighest;
 }
 
@@ -113,7 +123,7 @@ std::vector<const Entity*> EntityIdMap::seededOf(const SeenNumbers& seen) const 
 
 std::size_t EntityIdMap::size() const {
     const std::shared_lock lock(m_lock);
-    return m_iSeeded + m_map.size();
+    return m_iSeeded + m_pDealt->map.size();
 }
 
 }   // namespace oxa::ifc

@@ -12,23 +12,24 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <shared_mutex>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
-#include "Format/Ifc/Memory/Fnv1a.h"
-#include "Format/Ifc/Store/SeenNumbers.h"
 #include "platform/Export.h"
 
 namespace oxa::ifc {
 
 class Entity;
+class SeenNumbers;
 struct EntitySlot;
 
 class OXA_IFC_API EntityIdMap {
     struct SeededChunk;
+    struct Dealt;
 
 public:
     // Where a caller's last entity was found: the next one mostly stands near it. Lives no longer than the map, and
@@ -40,6 +41,7 @@ public:
 
     // Empty, with room for that many entries beside seeded ones.
     explicit EntityIdMap(std::size_t iExpected);
+    ~EntityIdMap();
     EntityIdMap(const EntityIdMap&) = delete;
     EntityIdMap& operator=(const EntityIdMap&) = delete;
 
@@ -107,8 +109,8 @@ private:
     std::unordered_map<std::size_t, SeededChunk*> m_byNumber;            // by iFirstId
     SeededChunk* m_pLastSeeded = nullptr;                                // numbers are seeded in their order
     std::size_t m_iSeeded = 0;
-    std::size_t m_iAbove = 0;   // what dealt numbers are above the count of entries
-    std::unordered_map<const Entity*, std::size_t, memory::Fnv1a> m_map;   // the rest; guarded by m_lock
+    std::size_t m_iAbove = 0;          // what dealt numbers are above the count of entries
+    std::unique_ptr<Dealt> m_pDealt;   // the rest; guarded by m_lock
     mutable std::shared_mutex m_lock;
 };
 

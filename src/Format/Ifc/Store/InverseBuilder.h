@@ -11,6 +11,7 @@
 #include <cstddef>
 
 #include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/Memory/PoolArena.h"
 
 namespace oxa::ifc {
 

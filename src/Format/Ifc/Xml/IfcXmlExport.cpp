@@ -45,8 +45,9 @@ void vHeaderAppend(Element& root, const FileHeader& header) {
 }   // namespace
 
 ExportCommon::ExportCommon()
-    : m_pFile(std::make_unique<oxa::xml::File>(nullptr, oxa::xml::VerboseLevel::Default,
-                                               oxa::xml::ValidateLevel::Default)) {}
+    : m_pFile(
+          std::make_unique<oxa::xml::File>(nullptr, oxa::xml::VerboseLevel::Default, oxa::xml::ValidateLevel::Default)),
+      m_pExported(std::make_unique<Exported>()) {}
 
 ExportCommon::~ExportCommon() = default;
 
@@ -154,7 +155,7 @@ void Export::vExportInstance(Walk& walk) {
     Walk::Pending instance = walk.m_pending.back();
     walk.m_pending.pop_back();
     const def::schema::Entity& type = instance.pEntity->schemaEntity();
-    const bool boNew = m_exported.insert(instance.pEntity).second;
+    const bool boNew = m_pExported->insert(instance.pEntity).second;
     if (boNew) {
         instance.element.vAttributeSet("id", sIdText(walk.iEntityIdMark(*instance.pEntity)));
     } else {

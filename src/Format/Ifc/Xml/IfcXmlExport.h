@@ -24,9 +24,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 
-#include "Format/Ifc/Memory/Fnv1a.h"
 #include "platform/Export.h"
 #include "schema/Schema.h"
 
@@ -59,7 +57,8 @@ public:
     bool boSave(std::ostream& out) const;
 
 protected:
-    struct Walk;   // the instances to come; IfcXmlExportWalk.h
+    struct Walk;       // the instances to come; IfcXmlExportWalk.h
+    struct Exported;   // a set of instances
 
     // An element for the instance below "parent", named after its type unless there is a name; the walk fills it
     // later, in its turn. pDeclared: the type that a reader expects there, null for any. Throws MissingType
@@ -82,9 +81,9 @@ protected:
                      const def::schema::Attribute& attribute, std::uint32_t mode, Walk& walk);
 
     std::unique_ptr<oxa::xml::File> m_pFile;
-    std::unique_ptr<oxa::xml::Element> m_pRootElement;             // null when it could not be created
-    const def::xmlschema::Defaults* m_pXmlDefaults = nullptr;      // of the schema; null before boExportData
-    std::unordered_set<const Entity*, memory::Fnv1a> m_exported;   // have their full element
+    std::unique_ptr<oxa::xml::Element> m_pRootElement;          // null when it could not be created
+    const def::xmlschema::Defaults* m_pXmlDefaults = nullptr;   // of the schema; null before boExportData
+    std::unique_ptr<Exported> m_pExported;                      // instances that have their full element
 };
 
 class OXA_IFC_API Export : public ExportCommon {

@@ -7,6 +7,7 @@
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcWriteFile.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
+#include "Format/Ifc/Xml/IfcXmlExportWalk.h"
 
 namespace oxa::ifc::xml {
 
@@ -34,7 +35,7 @@ void vMeetConnected(StepWriteInfoCommon& common, const Data& data) {
 void Export::vLeftOutReport(const Data& data, Errors& report) const {
     std::vector<const Entity*> missing;
     for (const Entity* pEntity : data.entities())
-        if (pEntity->pSchemaEntity() && !m_exported.contains(pEntity)) missing.push_back(pEntity);
+        if (pEntity->pSchemaEntity() && !m_pExported->contains(pEntity)) missing.push_back(pEntity);
     if (missing.empty()) return;
     io::WriteError errors;   // of the values, which are told when a STEP file is written
     NoLines nowhere;

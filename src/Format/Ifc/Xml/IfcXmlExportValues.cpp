@@ -82,7 +82,7 @@ void ExportCommon::vLeftOutNote(const Attribute& attribute, const AttributeBase&
     if (!walk.m_boLeftOutNoted) return;
     vForEachEntity(cell, AttributeBase::cellClass(attribute.pType()), [&](const Entity* pEntity) {
         const bool boDefined = pEntity && pEntity->pSchemaEntity();
-        if (boDefined && !m_exported.contains(pEntity)) walk.m_leftOut.push_back(pEntity);
+        if (boDefined && !m_pExported->contains(pEntity)) walk.m_leftOut.push_back(pEntity);
     });
 }
 

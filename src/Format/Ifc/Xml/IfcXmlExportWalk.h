@@ -9,13 +9,17 @@
 
 #include <deque>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
+#include "Format/Ifc/Memory/Fnv1a.h"
 #include "Format/Ifc/Write/WriteContext.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
 #include "platform/Xml.h"
 
 namespace oxa::ifc::xml {
+
+struct ExportCommon::Exported : std::unordered_set<const Entity*, memory::Fnv1a> {};
 
 struct ExportCommon::Walk : WriteInfoCommon {
     using WriteInfoCommon::WriteInfoCommon;

@@ -6,6 +6,7 @@
 
 #include <set>
 
+#include "Format/Ifc/Memory/PoolArena.h"
 #include "Format/Ifc/OnThreads.h"
 
 namespace oxa::ifc {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The entity table: each number its place, whoever asks first.
 #include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Read/ReadThread.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -9,6 +9,7 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/OnThreads.h"
 #include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Store/SeenNumbers.h"
 
 namespace oxa::ifc {
 namespace {

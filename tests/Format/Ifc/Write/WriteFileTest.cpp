@@ -45,6 +45,39 @@ TEST(WriteFile, PutsTheFrameAroundTheProject) {
     }
 }
 
+// All entities behind a header that need not be the file's own, and told which they were.
+TEST(WriteFile, TakesAHeaderOfEitherForm) {
+    const ReadFileModel model = modelOf(g_sProject + "#7=IFCPOINT((1.));#5=IFCPOINT((2.));");
+    const Data& data = model.file.data();
+    const std::string sAll = g_sProject + "\n#5=IFCPOINT((2.));\n#7=IFCPOINT((1.));\n";
+    FileHeader header;
+    header.vSchemaNameSet("OTHER");
+    FileHeaderSimple simple;
+    simple.vSchemaNameSet("OTHER");
+    simple.exportInfo = std::uint64_t{5};
+    const std::string sFrame = "ISO-10303-21;\n" + header.writeToString() + "DATA;\n";
+    const std::string sEnd = "ENDSEC;\nEND-ISO-10303-21;\n";
+    for (const bool boSingleThreaded : {true, false}) {
+        std::vector<std::size_t> numbers{99};
+        const WriteOptions options{
+            .boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number, .pWritten = &numbers};
+        const auto fileWith = [&](const auto& head, const Data& written_, const Entity* pEntity) {
+            return written([&](auto& out, auto& errors) {
+                return WriteFile::boWrite(head, written_, pEntity, out, errors, options);
+            });
+        };
+        EXPECT_EQ(fileWith(header, data, nullptr).text, sFrame + sAll + sEnd);
+        EXPECT_THAT(numbers, ElementsAre(1, 5, 7));
+        EXPECT_EQ(fileWith(header, data, data.pEntityFromId(5)).text, sFrame + "#5=IFCPOINT((2.));\n" + sEnd);
+        EXPECT_THAT(numbers, ElementsAre(5));
+        EXPECT_EQ(fileWith(simple, data, nullptr).text, "Ifc file simple;\nOTHER;\n5;\n" + sAll);
+        const Written nothing = fileWith(header, Data(), nullptr);
+        EXPECT_TRUE(nothing.boResult);
+        EXPECT_EQ(nothing.text, sFrame + sEnd);
+        EXPECT_FALSE(fileWith(FileHeaderSimple(), data, nullptr).boResult);
+    }
+}
+
 struct ReachRow {
     const char* sRule;
     std::string statements;

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+// PoolArena: bump allocation for one thread out of a shared pool.
+//
+// For      a parsing thread: it draws larger pieces, and so touches the shared counter once for some hundred allocations.
+// Shape    what it holds unused at its end is lost to the pool; the pieces therefore start small and double, so that a
+//          small model wastes little.
+// Threads  one.
+#pragma once
+
+#include <cstddef>
+
+#include "Format/Ifc/Memory/SimplePool.h"
+
+namespace oxa::ifc {
+
+class PoolArena {
+public:
+    explicit PoolArena(Pool& pool) noexcept : m_pPool(&pool) {}
+    ~PoolArena() { memory::vGiveBack(m_pNext, static_cast<std::size_t>(m_pEnd - m_pNext)); }
+    PoolArena(const PoolArena&) = delete;
+    PoolArena& operator=(const PoolArena&) = delete;
+
+    // As SimplePool::pAllocate, without the threads.
+    [[nodiscard]] void* pAllocate(std::size_t iBytes) {
+        if (iBytes > static_cast<std::size_t>(m_pEnd - m_pNext) || !m_pNext) return pAllocateSlow(iBytes);
+        char* pBytes = m_pNext;
+        m_pNext += iBytes;
+        return pBytes;
+    }
+
+private:
+    static constexpr std::size_t g_iFirstPiece = 16 * 1024;
+    static constexpr std::size_t g_iLargestPiece = 128 * 1024;
+
+    void* pAllocateSlow(std::size_t iBytes) {
+        // A large request goes past the arena, so that it does not throw half a piece away.
+        if (iBytes >= m_iPiece / 4) return m_pPool->pAllocate(iBytes);
+        m_pNext = static_cast<char*>(m_pPool->pAllocatePiece(m_iPiece));
+        m_pEnd = m_pNext + m_iPiece;
+        memory::vPopulate(m_pNext, m_iPiece);   // one call instead of a fault a page
+        if (m_iPiece < g_iLargestPiece) m_iPiece *= 2;
+        return pAllocate(iBytes);
+    }
+
+    Pool* m_pPool;
+    char* m_pNext = nullptr;
+    char* m_pEnd = nullptr;
+    std::size_t m_iPiece = g_iFirstPiece;
+};
+
+}   // namespace oxa::ifc

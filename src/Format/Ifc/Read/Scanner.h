@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+// Scanner: from a byte stream to statements, each sent to its consumer.
+//
+// Deliberately more forgiving and simpler than the grammar of ISO 10303-21: it knows statement ends, strings,
+// comments and blanks, and finds sections by plain substring search in whole statements. What stands between
+// the commas is nobody's business here. A "line" is a statement throughout the library.
+//
+// Callers  ReadFile::boRead.
+// Threads  runs on the caller's thread alone; statements are parsed there or by IfcLineReadThreadPool.
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <memory>
+#include <vector>
+
+#include "Format/Ifc/IfcReadFile.h"
+#include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Read/ReadThread.h"
+#include "Format/Ifc/Read/ScanMap.h"
+#include "Format/Ifc/Read/StatementBuffer.h"
+
+namespace oxa::ifc::io {
+
+class IfcLineReadThreadPool;
+
+class Scanner final : public ReadFile {
+public:
+    Scanner(FileBase& file, std::istream& stream, ReadError& error, bool boSingleThreaded);
+    ~Scanner() override;
+
+    // False where the input has no proper end, or holds a fatal fault. Every statement is parsed then.
+    bool boScan(const SchemaFromName& schemaFromName, const ReadProgress& progress);
+    // Of the read, for what follows the scan.
+    [[nodiscard]] StepReadInfoDataCommon& info() noexcept { return m_info; }
+
+private:
+    // What the scan found at the place where it stands.
+    enum class Scan : std::uint8_t { Continue, EndOfInput, Finished, Refused };
+
+    Scan scan(const SchemaFromName& schemaFromName, const ReadProgress& progress);
+    bool boEndOfInput();
+    Scan byteRead(bool& boAdvanced);
+    Scan statementEnd(const SchemaFromName& schemaFromName, const ReadProgress& progress);
+    Scan sectionStatement(const SchemaFromName& schemaFromName);
+    Scan schemaResolve(const SchemaFromName& schemaFromName);
+    void vEntityStatement(const ReadProgress& progress);
+
+    // On entry the position is on the slash, the quote. With boAdvanced set on return it already is on the next
+    // byte to look at.
+    void readComment(bool& boAdvanced);
+    void readString(bool& boAdvanced);
+    bool boCommentSkip();
+    void vEscapeSkip();
+    bool boFindStatementByte();
+    [[nodiscard]] unsigned iStringSkip(unsigned iQuote) const noexcept;
+    [[nodiscard]] unsigned iBlankSkip(unsigned iBlank);
+    bool boFindStringByte();
+    bool boRefill();
+    bool boStep();
+    void vSkip(unsigned iCount);
+    void vPendingTake(unsigned iEnd);
+    void vBeforeRefill(const char* pBuffer, unsigned iValid) override;
+    void vReport(ReportKey eKey);
+    void vPassOver();
+    void vLookBehind();
+
+    FileBase* m_pFile;
+    std::uint32_t m_iLine = 1;               // line feeds so far, from 1
+    details::ScanMap<g_iBufferSize> m_map;   // of the buffer
+    StatementBuffer m_statement;             // what is assembled of the statement in hand
+    std::uint32_t m_iStart = 0;              // first byte in the buffer that belongs to it and is not in m_statement
+    bool m_boSimple;
+    bool m_boCopyOnRefill = true;   // false inside comments
+    StepReadInfoDataCommon m_info;
+    StepReadThread m_thread;
+
+    bool m_boMarkerSeen;   // "ISO-10303-21" was seen
+    bool m_boInHeader = false;
+    bool m_boInData;
+    bool m_boHasNumberSign = false;   // of the statement in hand
+    bool m_boHasEqual = false;
+    static constexpr std::uint32_t g_iProgressStep = 1000;
+    std::uint32_t m_iProgress = g_iProgressStep;      // entity statements since the last call; the first one calls
+    std::vector<Entity*> m_entities;                  // the one result of a statement
+    std::unique_ptr<IfcLineReadThreadPool> m_pPool;   // null in a single-threaded read; dies before what it uses
+};
+
+}   // namespace oxa::ifc::io
