@@ -3,12 +3,10 @@
 
 #include <utility>
 
-#include "Format/Ifc/IfcReadFile.h"
 #include "oxaifc/formats/Format.h"
 #include "oxaifc/formats/Model.h"
 #include "oxaifc/formats/StatementFile.h"
 #include "oxaifc/io/Target.h"
-#include "provider/SchemaLoader.h"
 
 namespace oxa::tool {
 
@@ -28,29 +26,13 @@ const ifc::def::SchemaPset& noSchema() {
     return *pSchema;
 }
 
-// What FileSimple::boRead does, except that it never keeps numbers.
-bool boKeepingRead(ifc::FileSimple& file, ReadJob& job, std::istream& stream, ifc::ReadProgress progress) {
-    if (!file.header().boRead(stream, job.errors)) return false;
-    const std::string sSchema = file.header().sSchemaNameGet();
-    const ifc::def::SchemaPset* pSchema =
-        sSchema.empty() ? nullptr : ifc::SchemaLoader::pSchemaGet(job.schemas, sSchema);
-    if (!pSchema) {
-        job.errors.add(nullptr, ifc::ReportKey::UnknownSchemaName, sSchema, {}, 0);
-        return false;
-    }
-    file.vSchemaSet(*pSchema);
-    return ifc::io::ReadFile::boRead(file, stream, job.schemas, job.errors, true, std::move(progress),
-                                     job.boSingleThreaded);
-}
-
 void vRead(ReadJob& job) {
     auto pFile = std::make_unique<ifc::FileSimple>(noSchema());
     ifc::FileSimple& file = *pFile;
     job.pHeaderSimple = &file.header();
     job.pFile = std::move(pFile);
     vStatementsRead(job, {}, [&](std::istream& stream, ifc::ReadProgress progress) {
-        if (job.boKeepIds) return boKeepingRead(file, job, stream, std::move(progress));
-        return file.boRead(stream, job.schemas, job.errors, std::move(progress), job.boSingleThreaded);
+        return file.boRead(stream, job.errors, {job.schemas, job.boKeepIds, std::move(progress), job.boSingleThreaded});
     });
 }
 
