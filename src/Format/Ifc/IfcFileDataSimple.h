@@ -49,6 +49,8 @@ class OXA_IFC_API Data {
 public:
     using iterator = std::vector<Entity*>::const_iterator;
 
+    // ---- Life
+
     Data();
     // The source keeps its schema pointers, but no entity and no pool: it can't allocate any more.
     Data(Data&& other) noexcept;
@@ -56,16 +58,26 @@ public:
     Data& operator=(Data&& other) noexcept;
     virtual ~Data();
 
-    // Ends a read: reports numbers that were named and never defined, settles the instance numbers (boKeepIds),
-    // builds the inverse lists and sorts. True when no reference is left dangling. Caller's thread, after all
-    // workers have ended.
-    virtual bool boFinished(ReadInfoCommon& info, bool boKeepIds);
+    // ---- Schema
 
     // Not owned, must outlive the model. Null takes the schema away.
     void vSchemaSet(const def::SchemaPset* pSchema);
     [[nodiscard]] const def::SchemaPset* pSchema() const noexcept { return m_pSchema; }
     // Null without a schema, and for a name that is no entity type.
     [[nodiscard]] const def::schema::Entity* pEntitySchemaFromName(const def::schema::ObjectName& name) const;
+
+    // ---- Looking for entities
+
+    // All entities, sorted by type: a type and its subtypes stand together. Sorts when needed.
+    [[nodiscard]] const std::vector<Entity*>& entities() const;
+    // The entities of exactly that type, or of it and its subtypes: two binary searches. Empty for an unknown name.
+    [[nodiscard]] std::pair<iterator, iterator> range(const def::schema::ObjectName& name, bool boWithSubtypes) const;
+    // The rooted entity with that GlobalId, or null. Entities that a caller made are found once their GlobalId is set.
+    [[nodiscard]] Entity* pEntityFromGuid(const Guid& guid) const;
+    // The first IFCPROJECT, or null.
+    [[nodiscard]] Entity* pProject() const noexcept { return m_pProject.load(std::memory_order_relaxed); }
+
+    // ---- Making and removing entities
 
     // A new entity, every attribute undefined; null without a schema or for a name that is no entity type.
     Entity* pEntityCreate(const def::schema::ObjectName& name);
@@ -98,16 +110,9 @@ public:
     bool boEntityRemove(Entity* pEntity);
     // Takes every entity without a schema out of the list.
     void deleteIncompleteEntities();
-    // The rooted entity with that GlobalId, or null. Entities that a caller made are found once their GlobalId is set.
-    [[nodiscard]] Entity* pEntityFromGuid(const Guid& guid) const;
 
-    // All entities, sorted by type: a type and its subtypes stand together. Sorts when needed.
-    [[nodiscard]] const std::vector<Entity*>& entities() const;
-    // The entities of exactly that type, or of it and its subtypes: two binary searches. Empty for an unknown name.
-    [[nodiscard]] std::pair<iterator, iterator> range(const def::schema::ObjectName& name, bool boWithSubtypes) const;
+    // ---- Instance numbers
 
-    // The numbers of the entities; see EntityIdMap. With boRebuild an old map is dropped.
-    [[nodiscard]] EntityIdMap& entityIdMap(bool boRebuild) const;
     // From here on entities without a number get numbers above all that the model has: the highest and 1 first. To be
     // called between a read that kept numbers and the first look at the number of a new entity, a write included;
     // without it new numbers count entities, and a file has them already where its own have gaps. False, with nothing
@@ -117,15 +122,33 @@ public:
     [[nodiscard]] std::size_t iIdFromEntity(const Entity& entity) const;
     // The entity of a kept number; null when no numbers were kept or the number is unknown.
     [[nodiscard]] Entity* pEntityFromId(std::size_t iId) const;
+    // The numbers of the entities; see EntityIdMap. With boRebuild an old map is dropped.
+    [[nodiscard]] EntityIdMap& entityIdMap(bool boRebuild) const;
 
-    // The first IFCPROJECT, or null.
-    [[nodiscard]] Entity* pProject() const noexcept { return m_pProject.load(std::memory_order_relaxed); }
+    // ---- Writing
+
+    // Data lines without any frame, of all entities or of one and what it reaches. False for a null entity and when
+    // there is nothing to write. "out" failing goes unnoticed: look at its state.
+    bool boWrite(std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const;
+    bool boWrite(const Entity* pEntity, std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const;
+
+    // ---- Memory, and what the entities are found by
+
     [[nodiscard]] Pool& pool() const noexcept { return *m_pPool; }
     // Expires when the memory of the entities goes, which may be later than this object: a move hands it on.
     [[nodiscard]] std::weak_ptr<const Pool> poolLife() const noexcept { return m_pPool; }
     // Rooted entities by GlobalId, as far as they are known by now.
     [[nodiscard]] const GuidMap& guidEntityMap() const noexcept { return m_guidEntityMap; }
+    // Diagnostic hook: writes the text to the standard error stream and raises it as an assertion.
+    static void vDebugMessage(Data* pData, const char* text);
 
+    // ---- For readers and writers, not for callers: what the line workers, the collector, the ifcXML import and the
+    // composing threads do to the model
+
+    // Ends a read: reports numbers that were named and never defined, settles the instance numbers (boKeepIds),
+    // builds the inverse lists and sorts. True when no reference is left dangling. Caller's thread, after all
+    // workers have ended.
+    virtual bool boFinished(ReadInfoCommon& info, bool boKeepIds);
     // One entity statement (ISO 10303-21, 11.2), blanks and comments removed, ending in ";". Appends exactly one
     // element to "result": the entity, or null when the statement made none. True when it made one. Any number of
     // threads, each with a statement of its own.
@@ -136,10 +159,6 @@ public:
     // which another processor has just written, is not looked at.
     void vEntityEnterTold(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common, std::string_view line,
                           unsigned iLine);
-    // Data lines without any frame, of all entities or of one and what it reaches. False for a null entity and when
-    // there is nothing to write. "out" failing goes unnoticed: look at its state.
-    bool boWrite(std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const;
-    bool boWrite(const Entity* pEntity, std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const;
     // Runs a walk whose queue holds its seeds to the end, then tells the line writer so. "progress" gets the running
     // count on the caller's thread, under the walk's lock: it must not call back into it.
     void vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const;
@@ -147,8 +166,6 @@ public:
     void vWriteWith(StepWriteInfoCommon& info, const WriteOptions& options) const;
     // The loop of one composing thread of such a walk.
     void operator()(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const;
-    // Diagnostic hook: writes the text to the standard error stream and raises it as an assertion.
-    static void vDebugMessage(Data* pData, const char* text);
 
 protected:
     void vSortEntities() const;
