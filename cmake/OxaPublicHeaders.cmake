@@ -46,7 +46,12 @@ set(OXA_PUBLIC_HEADERS
   Format/Ifc/IfcWriteFile.h
   Format/Ifc/IfcWriteOptions.h
   Format/Ifc/Xml/IfcXmlExport.h
-  Format/Ifc/Xml/IfcXmlImport.h)
+  Format/Ifc/Xml/IfcXmlImport.h
+  Model/Element.h
+  Model/Error.h
+  Model/Model.h
+  Model/Options.h
+  Model/Value.h)
 
 list(APPEND OXA_PUBLIC_HEADERS
   schema/SchemaCache.h              # what a schema object keeps for its users

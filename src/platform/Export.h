@@ -29,6 +29,12 @@
 #define OXA_SCHEMA_API OXA_API_IMPORT
 #endif
 
+#if defined(OXA_MODEL_BUILD)
+#define OXA_MODEL_API OXA_API_EXPORT
+#else
+#define OXA_MODEL_API OXA_API_IMPORT
+#endif
+
 #if defined(OXA_IFC_BUILD)
 #define OXA_IFC_API OXA_API_EXPORT
 #else

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Model/Model.h"
+
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+#include "Format/Ifc/IfcGuid.h"
+#include "Model/ModelRead.h"
+#include "Model/ModelState.h"
+#include "Model/Names.h"
+#include "provider/SchemaLoader.h"
+
+namespace oxa {
+
+using detail::ModelState;
+
+namespace {
+
+ifc::def::SchemaPset& builtIn(std::string_view name) {
+    if (ifc::def::SchemaPset* pSchema = ifc::SchemaLoader::pBuiltIn(name)) return *pSchema;
+    detail::vThrowName("there is no built-in schema " + std::string(name), name, ifc::SchemaLoader::builtInNames());
+}
+
+}   // namespace
+
+Model Model::open(const std::filesystem::path& path, const OpenOptions& options) {
+    std::error_code error;
+    const std::string sName = path.string();
+    if (std::filesystem::is_directory(path, error)) throw FileError(sName + ": is a folder");
+    errno = 0;
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream) throw FileError(sName + ": can't be opened: " + std::generic_category().message(errno));
+    const std::uintmax_t iSize = std::filesystem::file_size(path, error);
+    const auto size = error ? std::nullopt : std::optional<std::uint64_t>(iSize);
+    return Model(std::make_unique<ModelState>(detail::modelRead(stream, sName, size, options), options.keepNumbers));
+}
+
+Model Model::open(std::istream& stream, const OpenOptions& options) {
+    return Model(
+        std::make_unique<ModelState>(detail::modelRead(stream, "stream", std::nullopt, options), options.keepNumbers));
+}
+
+Model Model::fromBuffer(std::string_view bytes, const OpenOptions& options) {
+    struct Buffer final : std::streambuf {
+        explicit Buffer(std::string_view text) {
+            char* pFirst = const_cast<char*>(text.data());   // only read
+            setg(pFirst, pFirst, pFirst + text.size());
+        }
+    } buffer(bytes);
+    std::istream stream(&buffer);
+    return Model(
+        std::make_unique<ModelState>(detail::modelRead(stream, "buffer", bytes.size(), options), options.keepNumbers));
+}
+
+Model::Model(std::string_view schema)
+    : m_pState(std::make_unique<ModelState>(detail::modelNew(builtIn(schema)), true)) {}
+Model::Model(std::unique_ptr<ModelState> state) noexcept : m_pState(std::move(state)) {}
+Model::Model(Model&& other) noexcept = default;
+Model& Model::operator=(Model&& other) noexcept = default;
+Model::~Model() = default;
+
+ModelState& Model::state() const {
+    if (!m_pState) throw HandleError("the model was moved to another object");
+    return *m_pState;
+}
+
+std::string_view Model::schema() const { return state().schema().sName; }
+bool Model::knows(std::string_view type) const {
+    return ifc::def::schema::pAsEntity(state().schema().pObjectFromName(type)) != nullptr;
+}
+std::size_t Model::size() const { return state().iSize(); }
+
+Elements Model::all() const { return state().elementsOf(state().all()); }
+Elements Model::all(std::string_view type) const {
+    return state().elementsOf(state().all(detail::typeFromName(state().schema(), type), true));
+}
+Elements Model::all(std::string_view type, Exact) const {
+    return state().elementsOf(state().all(detail::typeFromName(state().schema(), type), false));
+}
+
+Element Model::byGuid(std::string_view guid) const {
+    const auto value = guid.size() == ifc::IfcGuid::Length ? ifc::IfcGuid::fromIfcGuid(guid) : std::nullopt;
+    if (!value) throw ValueError("\"" + std::string(guid.substr(0, 100)) + "\" is no GlobalId of 22 characters");
+    return state().elementOf(state().pFromGuid(*value));
+}
+Element Model::byId(std::uint64_t id) const { return state().elementOf(state().pFromNumber(id)); }
+
+std::span<const Record> Model::errors() const { return state().records(); }
+bool Model::whole() const { return state().boWhole(); }
+
+ifc::FileBase& Model::core() { return state().file(); }
+const ifc::FileBase& Model::core() const { return state().file(); }
+
+}   // namespace oxa

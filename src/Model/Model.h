@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+// Model: one building model in memory: opened, looked at, changed, saved. The short way in.
+//
+// For      programs with a file and a task. The headers in Format/Ifc say more, and core() leads there.
+// Example  for (oxa::Element wall : model.all("IfcWall")) std::cout << wall.text("Name").value_or("-") << '\n';
+// Errors   a mistake of the caller, and a file that can't be opened or written, is an exception (Error.h). What is wrong
+//          inside of a file is a record in errors(), and the rest of the model is there.
+// Memory   an element that is removed gives none back; all goes with the model.
+// Threads  any number may look at a model at the same time, handles and values included, as long as none changes, saves,
+//          moves or destroys it: who does that is alone with it. Different models know nothing of each other, except
+//          that one ifcXML document is read at a time.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <initializer_list>
+#include <iosfwd>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Model/Element.h"
+#include "Model/Error.h"
+#include "Model/Options.h"
+#include "Model/Value.h"
+#include "platform/Export.h"
+
+namespace oxa::ifc {
+class FileBase;
+}   // namespace oxa::ifc
+
+namespace oxa {
+
+/// For Model::all: without subtypes.
+struct Exact {};
+inline constexpr Exact exact{};
+
+class OXA_MODEL_API Model {
+public:
+    /// Reads a STEP file (ISO 10303-21), ifcXML or the short text form, told by the first bytes.
+    /// FileError where that can't be opened or is none of them, or its schema is not known. A file with faults, or cut
+    /// short, gives a model of what is there: see errors() and whole().
+    [[nodiscard]] static Model open(const std::filesystem::path& path, const OpenOptions& options = {});
+    /// The same from a stream (opened as binary), from where it stands to its end.
+    [[nodiscard]] static Model open(std::istream& stream, const OpenOptions& options = {});
+    /// The same from bytes in memory, which may go afterwards.
+    [[nodiscard]] static Model fromBuffer(std::string_view bytes, const OpenOptions& options = {});
+    /// A model without elements, of a built-in schema ("IFC4"); NameError for another name.
+    explicit Model(std::string_view schema);
+
+    Model(Model&& other) noexcept;              // handles go with it; "other" can only be assigned to or destroyed
+    Model& operator=(Model&& other) noexcept;   // handles of what was here before are dead
+    ~Model();
+
+    /// The name of the schema, as in IFC4.
+    [[nodiscard]] std::string_view schema() const;
+    /// Whether the schema has an entity type of that name.
+    [[nodiscard]] bool knows(std::string_view type) const;
+    /// How many elements there are.
+    [[nodiscard]] std::size_t size() const;
+
+    /// All elements, by number.
+    [[nodiscard]] Elements all() const;
+    /// Those of a type and its subtypes; with oxa::exact, of that type alone. NameError for an unknown type.
+    [[nodiscard]] Elements all(std::string_view type) const;
+    [[nodiscard]] Elements all(std::string_view type, Exact) const;
+    /// The element with that GlobalId of 22 characters; names nothing where there is none. ValueError for a text that
+    /// can't be one.
+    [[nodiscard]] Element byGuid(std::string_view guid) const;
+    /// The element with that number; names nothing where there is none.
+    [[nodiscard]] Element byId(std::uint64_t id) const;
+
+    /// What was wrong with the file, in the order in which it was found.
+    [[nodiscard]] std::span<const Record> errors() const;
+    /// Whether all of the file is in the model: read to its end, without a record, with nothing passed over. Of ifcXML
+    /// that is not known, which counts as false; a model from nothing is whole.
+    [[nodiscard]] bool whole() const;
+
+    /// The file of the core: header, data, entities. Whoever changes entities through it keeps inverse lists, GlobalIds
+    /// and handles right himself.
+    [[nodiscard]] ifc::FileBase& core();
+    [[nodiscard]] const ifc::FileBase& core() const;
+
+private:
+    explicit Model(std::unique_ptr<detail::ModelState> state) noexcept;
+    [[nodiscard]] detail::ModelState& state() const;
+
+    std::unique_ptr<detail::ModelState> m_pState;
+};
+
+}   // namespace oxa

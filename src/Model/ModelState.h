@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+// ModelState: what stands behind a Model, and behind the handles that point into it.
+//
+// Life     handles hold no reference to it, so that copying one costs nothing. They name a place that is never freed, in
+//          which the serial number of the model stands as long as that lives; a later model at the same place has
+//          another one.
+// Removed  an entity that is removed keeps its memory, which is the pool's, and loses its schema entity: by that any
+//          handle to it is told from others in one look.
+// Numbers  every entity has one from the start: that of its file, or one above all that the file has.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "Format/Ifc/IfcFile.h"
+#include "Format/Ifc/IfcFileError.h"
+#include "Model/Element.h"
+#include "Model/Options.h"
+#include "schema/Schema.h"
+
+namespace oxa::detail {
+
+class ModelState;
+
+struct Life {
+    std::atomic<std::uint64_t> uSerial{0};   // 0: of nobody
+    ModelState* pState = nullptr;
+};
+
+// How a read went.
+struct ReadResult {
+    std::unique_ptr<ifc::FileBase> pFile;
+    std::unique_ptr<ifc::io::ReadError> pErrors;
+    bool boWhole = false;
+};
+
+class ModelState {
+public:
+    ModelState(ReadResult read, bool boKeepNumbers);
+    ~ModelState();
+    ModelState(const ModelState&) = delete;
+    ModelState& operator=(const ModelState&) = delete;
+
+    // The model of a handle; throws HandleError unless the handle's element is there.
+    [[nodiscard]] static ModelState& of(const Element& element);
+    // The same, and its instance.
+    [[nodiscard]] static ifc::Entity& entityOf(const Element& element);
+    [[nodiscard]] static bool boThere(const Element& element) noexcept;
+
+    [[nodiscard]] ifc::FileBase& file() noexcept { return *m_read.pFile; }
+    [[nodiscard]] ifc::Data& data() noexcept { return m_read.pFile->dataBase(); }
+    [[nodiscard]] const ifc::def::SchemaPset& schema() noexcept { return *data().pSchema(); }
+    [[nodiscard]] bool boWhole() const noexcept { return m_read.boWhole; }
+    [[nodiscard]] const std::vector<Record>& records();
+
+    [[nodiscard]] Element elementOf(ifc::Entity* pEntity) const noexcept {
+        return pEntity ? Element(m_ref, pEntity) : Element();
+    }
+    [[nodiscard]] Elements elementsOf(std::vector<ifc::Entity*> entities) const { return {m_ref, std::move(entities)}; }
+    [[nodiscard]] std::uint64_t iNumberOf(const ifc::Entity& entity) { return data().iIdFromEntity(entity); }
+    // Null where there is none.
+    [[nodiscard]] ifc::Entity* pFromNumber(std::uint64_t iId);
+    [[nodiscard]] ifc::Entity* pFromGuid(const Guid& guid);
+
+    [[nodiscard]] std::size_t iSize();
+
+    // By number.
+    [[nodiscard]] std::vector<ifc::Entity*> all();
+    [[nodiscard]] std::vector<ifc::Entity*> all(const ifc::def::schema::Entity& type, bool boWithSubtypes);
+    void vSortByNumber(std::vector<ifc::Entity*>& entities);
+
+    // "IfcWall #12"
+    [[nodiscard]] std::string sNameOf(const ifc::Entity& entity);
+
+private:
+    [[noreturn]] static void vRefuse(const Element& element);
+    void vRenumber();
+
+    ReadResult m_read;
+    Life* m_pLife;
+    ModelRef m_ref;
+    // Beside those that the core knows, ascending: of created entities, and after a change of all numbers.
+    std::vector<std::pair<std::uint64_t, ifc::Entity*>> m_numbered;
+    std::unordered_map<const ifc::Entity*, std::string> m_removed;   // their names
+    std::mutex m_mutex;                                              // const operations of the core sort its list
+    std::once_flag m_recordsOnce;
+    std::vector<Record> m_records;
+};
+
+}   // namespace oxa::detail

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+// Options: how a model is opened and saved, and what was found on the way.
+//
+// Threads  functions are called on the thread of the caller.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <stop_token>
+#include <string>
+
+#include "platform/Export.h"
+
+namespace oxa::ifc::def {
+class SchemaPset;
+}   // namespace oxa::ifc::def
+
+namespace oxa {
+
+/// How far a read or a write is, in bytes.
+struct Progress {
+    std::uint64_t done = 0;
+    std::optional<std::uint64_t> total{};   ///< where it is known
+};
+
+struct OpenOptions {
+    /// 1: all on the calling thread. Else on as many as the machine has a use for.
+    unsigned threads = 0;
+    /// Elements have the numbers of the file, and save() writes them so. False: 1, 2, 3 and so on, in the order of
+    /// those of the file.
+    bool keepNumbers = true;
+    /// Where it asks for the end, open() throws Stopped.
+    std::stop_token stop{};
+    /// May be empty. Called now and then, with rising counts.
+    std::function<void(const Progress&)> progress{};
+    /// From the name in the file to a schema, which has to outlive the model; null for an unknown one. Empty: the
+    /// built-in schemas are asked.
+    std::function<ifc::def::SchemaPset*(const std::string& name)> schema{};
+};
+
+/// What a file is, on disk.
+enum class Format : std::uint8_t {
+    Auto,     ///< to be told by the end of the name: .ifc, .stp, .step, .p21; .ifcxml, .xml
+    Step,     ///< ISO 10303-21
+    IfcXml,   ///< ISO 10303-28, for IFC4 alone; docs/ifcxml.md tells what it has no place for
+    Simple,   ///< the short text form, for fragments
+};
+
+struct SaveOptions {
+    Format format = Format::Auto;
+    unsigned threads = 0;   ///< as in OpenOptions
+    /// Where it asks for the end, save() throws Stopped, and the file is as it was.
+    std::stop_token stop{};
+    /// May be empty. Called with the bytes that the file has so far.
+    std::function<void(const Progress&)> progress{};
+};
+
+/// One thing that was wrong with a file.
+struct Record {
+    enum class Severity : std::uint8_t { Error, Fatal };
+
+    std::string key;   ///< the same in all languages, as in Error_UnknownEntityType
+    Severity severity = Severity::Error;
+    std::string category;   ///< syntax, header, value, null, reference, model, identifier or schema
+    std::string message;
+    std::uint64_t line = 0;              ///< from 1; 0 where there is none
+    std::optional<std::uint64_t> id{};   ///< of the instance
+    std::string text;                    ///< of the file, that it is about
+};
+
+}   // namespace oxa
