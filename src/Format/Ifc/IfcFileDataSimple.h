@@ -108,6 +108,9 @@ public:
     EntityRemoval entitiesRemove(const std::vector<Entity*>& entities);
     // The same for one; false for null and for an entity that is not here.
     bool boEntityRemove(Entity* pEntity);
+    // Gives a rooted entity of this Data another GlobalId, by which it is found from then on. False, with nothing changed,
+    // for the null GUID, for one that another entity is found by, and for an entity without a GlobalId.
+    bool boGuidSet(Entity& entity, const Guid& guid);
     // Takes every entity without a schema out of the list.
     void deleteIncompleteEntities();
 

@@ -45,6 +45,18 @@ Entity* Data::pEntityFromGuid(const Guid& guid) const {
     return m_guidEntityMap.pFind(guid);
 }
 
+bool Data::boGuidSet(Entity& entity, const Guid& guid) {
+    if (guid.boIsNull() || !boRooted(entity)) return false;
+    if (const Entity* pOwner = pEntityFromGuid(guid)) return pOwner == &entity;
+    m_guidEntityMap.vReserveOne();
+    const Guid old = guidOf(entity);
+    if (!entity.boValueSet(g_globalId, guid, *this)) return false;
+    std::erase(m_pendingGuid, &entity);
+    if (m_guidEntityMap.pFind(old) == &entity) m_guidEntityMap.boErase(old);
+    m_guidEntityMap.boInsert(guid, &entity);
+    return true;
+}
+
 bool Data::boEntityDelete(Entity* pEntity) {
     if (!pEntity) return false;
     const std::uint16_t iOrdinal = pEntity->schemaEntity().iTypeOrdinal;

@@ -33,6 +33,35 @@ struct EditData : Data {
     }
 };
 
+TEST(GuidSet, MovesTheEntityInTheMap) {
+    EditData data;
+    Entity& first = data.made("IFCELEMENT", 1);
+    Entity& second = data.made("IFCELEMENT", 2);
+    EXPECT_TRUE(data.boGuidSet(first, guidOf(3)));
+    EXPECT_EQ(data.pEntityFromGuid(guidOf(3)), &first);
+    EXPECT_EQ(data.pEntityFromGuid(guidOf(1)), nullptr);
+    EXPECT_TRUE(data.boGuidSet(second, guidOf(1))) << "nobody has it any more";
+    EXPECT_EQ(data.pEntityFromGuid(guidOf(1)), &second);
+    EXPECT_TRUE(data.boGuidSet(first, guidOf(3))) << "it has it already";
+
+    Entity& without = data.made("IFCELEMENT");
+    EXPECT_TRUE(data.boGuidSet(without, guidOf(4)));
+    EXPECT_EQ(data.pEntityFromGuid(guidOf(4)), &without);
+    EXPECT_EQ(data.guidEntityMap().size(), 3U);
+}
+
+TEST(GuidSet, RefusesWhatCanBeFoundByNobody) {
+    EditData data;
+    Entity& first = data.made("IFCELEMENT", 1);
+    Entity& second = data.made("IFCELEMENT", 2);
+    EXPECT_FALSE(data.boGuidSet(first, guidOf(2)));
+    EXPECT_FALSE(data.boGuidSet(first, Guid{}));
+    EXPECT_FALSE(data.boGuidSet(data.made("IFCPOINT"), guidOf(3))) << "not rooted";
+    EXPECT_EQ(data.pEntityFromGuid(guidOf(1)), &first);
+    EXPECT_EQ(data.pEntityFromGuid(guidOf(2)), &second);
+    EXPECT_EQ(data.pEntityFromGuid(guidOf(3)), nullptr);
+}
+
 TEST(EntityDelete, TakesTheEntityOutOfTheListAndTheMap) {
     EditData data;
     Entity& first = data.made("IFCELEMENT", 1);
