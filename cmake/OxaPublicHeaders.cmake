@@ -51,7 +51,8 @@ set(OXA_PUBLIC_HEADERS
   Model/Error.h
   Model/Model.h
   Model/Options.h
-  Model/Value.h)
+  Model/Value.h
+  Model/NewValue.h)
 
 list(APPEND OXA_PUBLIC_HEADERS
   schema/SchemaCache.h              # what a schema object keeps for its users

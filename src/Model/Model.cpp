@@ -86,6 +86,29 @@ Element Model::byGuid(std::string_view guid) const {
 }
 Element Model::byId(std::uint64_t id) const { return state().elementOf(state().pFromNumber(id)); }
 
+Element Model::create(std::string_view type, std::initializer_list<Field> fields) {
+    return create(type, std::span<const Field>(fields.begin(), fields.size()));
+}
+Element Model::create(std::string_view type, std::span<const Field> fields) {
+    return state().elementOf(&state().create(detail::typeFromName(state().schema(), type), fields));
+}
+void Model::set(const Element& element, std::string_view name, const NewValue& value) {
+    state().vSet(state().entityHere(element), name, value);
+}
+void Model::append(const Element& element, std::string_view name, const NewValue& item) {
+    state().vAppend(state().entityHere(element), name, item);
+}
+Removed Model::remove(const Element& element) {
+    ifc::EntityRemoval removal = state().remove({&state().entityHere(element)});
+    return {removal.removed.size(), state().elementsOf(std::move(removal.incomplete))};
+}
+Removed Model::remove(const Elements& elements) {
+    std::vector<ifc::Entity*> entities;
+    for (const Element element : elements) entities.push_back(&state().entityHere(element));
+    ifc::EntityRemoval removal = state().remove(entities);
+    return {removal.removed.size(), state().elementsOf(std::move(removal.incomplete))};
+}
+
 std::span<const Record> Model::errors() const { return state().records(); }
 bool Model::whole() const { return state().boWhole(); }
 

@@ -24,6 +24,7 @@
 
 #include "Model/Element.h"
 #include "Model/Error.h"
+#include "Model/NewValue.h"
 #include "Model/Options.h"
 #include "Model/Value.h"
 #include "platform/Export.h"
@@ -37,6 +38,12 @@ namespace oxa {
 /// For Model::all: without subtypes.
 struct Exact {};
 inline constexpr Exact exact{};
+
+/// What a removal did.
+struct Removed {
+    std::size_t count = 0;   ///< elements that are gone, relationships too
+    Elements incomplete;     ///< that stay, and now lack a value which the schema wants, or items of one
+};
 
 class OXA_MODEL_API Model {
 public:
@@ -72,6 +79,21 @@ public:
     [[nodiscard]] Element byGuid(std::string_view guid) const;
     /// The element with that number; names nothing where there is none.
     [[nodiscard]] Element byId(std::uint64_t id) const;
+
+    /// A new element. It gets the next free number, and a GlobalId where its type has one and none is given. What is
+    /// not given has no value; where the schema wants one, save() says so.
+    /// NameError for an unknown type or attribute, ValueError for an abstract type and for what the schema does not
+    /// allow; nothing is created then.
+    Element create(std::string_view type, std::initializer_list<Field> fields = {});
+    Element create(std::string_view type, std::span<const Field> fields);
+    /// Sets an attribute. The same errors, with the element as it was; also for "no value" where the schema wants one.
+    void set(const Element& element, std::string_view name, const NewValue& value);
+    /// Adds an item to the end of a list.
+    void append(const Element& element, std::string_view name, const NewValue& item);
+    /// Takes elements out of the model, and out of everything that refers to them; relationships that have nothing left
+    /// to relate go as well. One pass over the model, however many they are.
+    Removed remove(const Element& element);
+    Removed remove(const Elements& elements);
 
     /// What was wrong with the file, in the order in which it was found.
     [[nodiscard]] std::span<const Record> errors() const;

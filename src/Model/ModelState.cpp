@@ -84,7 +84,7 @@ ModelState::ModelState(ReadResult read, bool boKeepNumbers)
       m_pLife(Lives::instance().pTake(*this)),
       m_ref{m_pLife, m_pLife->uSerial.load(std::memory_order_relaxed)} {
     if (boKeepNumbers)
-        static_cast<void>(data().boNumbersAbove());   // where none is left, create() says so
+        m_boRoom = data().boNumbersAbove();
     else
         vRenumber();
 }
@@ -117,8 +117,14 @@ void ModelState::vRefuse(const Element& element) {
     const ModelState* pState = pAlive(element.m_model);
     if (!pState) throw HandleError("the model of this element is gone");
     const auto found = pState->m_removed.find(element.m_pEntity);
-    throw HandleError(found == pState->m_removed.end() ? "the file does not define this element"
-                                                       : found->second + " was removed");
+    if (found == pState->m_removed.end()) throw HandleError("the file does not define this element");
+    throw HandleError(found->second.pType->sName + " #" + std::to_string(found->second.iId) + " was removed");
+}
+
+ifc::Entity& ModelState::entityHere(const Element& element) {
+    ifc::Entity& entity = entityOf(element);
+    if (element.m_model != m_ref) throw HandleError(of(element).sNameOf(entity) + " is of another model");
+    return entity;
 }
 
 const std::vector<Record>& ModelState::records() {

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -22,6 +23,7 @@
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Model/Element.h"
+#include "Model/NewValue.h"
 #include "Model/Options.h"
 #include "schema/Schema.h"
 
@@ -53,6 +55,8 @@ public:
     // The same, and its instance.
     [[nodiscard]] static ifc::Entity& entityOf(const Element& element);
     [[nodiscard]] static bool boThere(const Element& element) noexcept;
+    // The instance of a handle into this model.
+    [[nodiscard]] ifc::Entity& entityHere(const Element& element);
 
     [[nodiscard]] ifc::FileBase& file() noexcept { return *m_read.pFile; }
     [[nodiscard]] ifc::Data& data() noexcept { return m_read.pFile->dataBase(); }
@@ -76,20 +80,37 @@ public:
     [[nodiscard]] std::vector<ifc::Entity*> all(const ifc::def::schema::Entity& type, bool boWithSubtypes);
     void vSortByNumber(std::vector<ifc::Entity*>& entities);
 
+    // Changes; ModelEdit.cpp. Inverse lists and GlobalIds are right when they return, and nothing is changed when they
+    // throw.
+    ifc::Entity& create(const ifc::def::schema::Entity& type, std::span<const Field> fields);
+    void vSet(ifc::Entity& entity, std::string_view name, const NewValue& value);
+    void vAppend(ifc::Entity& entity, std::string_view name, const NewValue& item);
+    ifc::EntityRemoval remove(const std::vector<ifc::Entity*>& entities);
+
     // "IfcWall #12"
     [[nodiscard]] std::string sNameOf(const ifc::Entity& entity);
 
 private:
     [[noreturn]] static void vRefuse(const Element& element);
     void vRenumber();
+    [[nodiscard]] Value valueOf(ifc::Entity& entity, std::size_t iAttribute) const;
+    // What an attribute of references refers to, in its order.
+    [[nodiscard]] std::vector<ifc::Entity*> namedBy(ifc::Entity& entity, std::size_t iAttribute) const;
+    void vGuidDeal(ifc::Entity& entity);
+    void vAdd(ifc::Entity& entity);
 
     ReadResult m_read;
     Life* m_pLife;
     ModelRef m_ref;
     // Beside those that the core knows, ascending: of created entities, and after a change of all numbers.
     std::vector<std::pair<std::uint64_t, ifc::Entity*>> m_numbered;
-    std::unordered_map<const ifc::Entity*, std::string> m_removed;   // their names
-    std::mutex m_mutex;                                              // const operations of the core sort its list
+    bool m_boRoom = true;   // for numbers above those of the file
+    struct Name {
+        const ifc::def::schema::Entity* pType;
+        std::uint64_t iId;
+    };
+    std::unordered_map<const ifc::Entity*, Name> m_removed;
+    std::mutex m_mutex;   // const operations of the core sort its list
     std::once_flag m_recordsOnce;
     std::vector<Record> m_records;
 };
