@@ -8,7 +8,9 @@
 #include "Format/Ifc/IfcGuid.h"
 #include "Model/ModelRead.h"
 #include "Model/ModelState.h"
+#include "Model/ModelWrite.h"
 #include "Model/Names.h"
+#include "Model/TargetFile.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa {
@@ -107,6 +109,19 @@ Removed Model::remove(const Elements& elements) {
     for (const Element element : elements) entities.push_back(&state().entityHere(element));
     ifc::EntityRemoval removal = state().remove(entities);
     return {removal.removed.size(), state().elementsOf(std::move(removal.incomplete))};
+}
+
+std::vector<Record> Model::save(const std::filesystem::path& path, const SaveOptions& options) {
+    const Format format = options.format == Format::Auto ? detail::formatOf(path.string()) : options.format;
+    detail::TargetFile target(path);
+    std::vector<Record> records = detail::modelWrite(state(), target.stream(), format, options);
+    target.vFinish();
+    return records;
+}
+std::vector<Record> Model::save(std::ostream& out, const SaveOptions& options) {
+    std::vector<Record> records = detail::modelWrite(state(), out, options.format, options);
+    if (!out.flush()) throw FileError("the stream did not take all of the model");
+    return records;
 }
 
 std::span<const Record> Model::errors() const { return state().records(); }

@@ -95,6 +95,13 @@ public:
     Removed remove(const Element& element);
     Removed remove(const Elements& elements);
 
+    /// Writes all elements, statements by number. The file is replaced as a whole or not at all. The records tell what
+    /// the schema misses, as a mandatory attribute without a value, by number; they keep nothing from being written.
+    /// FileError where the file can't be written, or its form has no place for the model.
+    std::vector<Record> save(const std::filesystem::path& path, const SaveOptions& options = {});
+    /// The same to a stream (opened as binary); as STEP, where the options name no format.
+    std::vector<Record> save(std::ostream& out, const SaveOptions& options = {});
+
     /// What was wrong with the file, in the order in which it was found.
     [[nodiscard]] std::span<const Record> errors() const;
     /// Whether all of the file is in the model: read to its end, without a record, with nothing passed over. Of ifcXML

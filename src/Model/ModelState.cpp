@@ -65,6 +65,8 @@ std::optional<std::uint64_t> statementNumber(std::string_view text) {
     return iId < 0 ? static_cast<std::uint32_t>(iId) : static_cast<std::uint64_t>(iId);   // as the core takes it
 }
 
+}   // namespace
+
 Record recordOf(const ifc::ErrorRecord& error) {
     Record record;
     record.key = error.key.value_or("");
@@ -76,8 +78,6 @@ Record recordOf(const ifc::ErrorRecord& error) {
     record.id = statementNumber(record.text);
     return record;
 }
-
-}   // namespace
 
 ModelState::ModelState(ReadResult read, bool boKeepNumbers)
     : m_read(std::move(read)),

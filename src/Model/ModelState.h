@@ -36,6 +36,9 @@ struct Life {
     ModelState* pState = nullptr;
 };
 
+// As a caller sees it.
+[[nodiscard]] Record recordOf(const ifc::ErrorRecord& error);
+
 // How a read went.
 struct ReadResult {
     std::unique_ptr<ifc::FileBase> pFile;

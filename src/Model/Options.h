@@ -18,7 +18,7 @@ class SchemaPset;
 
 namespace oxa {
 
-/// How far a read or a write is, in bytes.
+/// How far a read is, in bytes, or a write, in elements.
 struct Progress {
     std::uint64_t done = 0;
     std::optional<std::uint64_t> total{};   ///< where it is known
@@ -52,7 +52,7 @@ struct SaveOptions {
     unsigned threads = 0;   ///< as in OpenOptions
     /// Where it asks for the end, save() throws Stopped, and the file is as it was.
     std::stop_token stop{};
-    /// May be empty. Called with the bytes that the file has so far.
+    /// May be empty. Called now and then, with rising counts.
     std::function<void(const Progress&)> progress{};
 };
 
