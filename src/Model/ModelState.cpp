@@ -83,6 +83,10 @@ ModelState::ModelState(ReadResult read, bool boKeepNumbers)
     : m_read(std::move(read)),
       m_pLife(Lives::instance().pTake(*this)),
       m_ref{m_pLife, m_pLife->uSerial.load(std::memory_order_relaxed)} {
+    if (m_read.pErrors)
+        m_boTwice = std::ranges::any_of(m_read.pErrors->records(), [](const ifc::ErrorRecord& error) {
+            return error.category == ifc::Errors::Identifier;
+        });
     if (boKeepNumbers)
         m_boRoom = data().boNumbersAbove();
     else
@@ -148,6 +152,7 @@ ifc::Entity* ModelState::pFromNumber(std::uint64_t iId) {
 ifc::Entity* ModelState::pFromGuid(const Guid& guid) { return data().pEntityFromGuid(guid); }
 
 std::size_t ModelState::iSize() {
+    if (m_boTwice) return all().size();
     const std::lock_guard lock(m_mutex);
     return data().entities().size();
 }
@@ -158,8 +163,7 @@ std::vector<ifc::Entity*> ModelState::all() {
         const std::lock_guard lock(m_mutex);
         entities = data().entities();
     }
-    vSortByNumber(entities);
-    return entities;
+    return ordered(std::move(entities));
 }
 
 std::vector<ifc::Entity*> ModelState::all(const ifc::def::schema::Entity& type, bool boWithSubtypes) {
@@ -169,7 +173,12 @@ std::vector<ifc::Entity*> ModelState::all(const ifc::def::schema::Entity& type, 
         const auto [first, last] = data().range(ifc::def::schema::ObjectName(type), boWithSubtypes);
         entities.assign(first, last);
     }
+    return ordered(std::move(entities));
+}
+
+std::vector<ifc::Entity*> ModelState::ordered(std::vector<ifc::Entity*> entities) {
     vSortByNumber(entities);
+    if (m_boTwice) entities.erase(std::unique(entities.begin(), entities.end()), entities.end());
     return entities;
 }
 

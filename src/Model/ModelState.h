@@ -96,6 +96,7 @@ public:
 private:
     [[noreturn]] static void vRefuse(const Element& element);
     void vRenumber();
+    [[nodiscard]] std::vector<ifc::Entity*> ordered(std::vector<ifc::Entity*> entities);
     [[nodiscard]] Value valueOf(ifc::Entity& entity, std::size_t iAttribute) const;
     // What an attribute of references refers to, in its order.
     [[nodiscard]] std::vector<ifc::Entity*> namedBy(ifc::Entity& entity, std::size_t iAttribute) const;
@@ -107,7 +108,8 @@ private:
     ModelRef m_ref;
     // Beside those that the core knows, ascending: of created entities, and after a change of all numbers.
     std::vector<std::pair<std::uint64_t, ifc::Entity*>> m_numbered;
-    bool m_boRoom = true;   // for numbers above those of the file
+    bool m_boTwice = false;   // the core's list has who was defined twice twice
+    bool m_boRoom = true;     // for numbers above those of the file
     struct Name {
         const ifc::def::schema::Entity* pType;
         std::uint64_t iId;

@@ -54,6 +54,7 @@ struct Writer {
                                      .progress = [this](unsigned iDone) { vTell(iDone); },
                                      .eOrder = ifc::WriteOrder::Number};
         ifc::io::WriteFile::boWrite(state.data(), nullptr, out, *pErrors, core);
+        vTell(state.iSize());
     }
 
     void vStep() {

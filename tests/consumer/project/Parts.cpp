@@ -10,6 +10,7 @@
 #include "Convert/ValueFromText.h"
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "Model/Model.h"
 #include "provider/SchemaLoader.h"
 
 namespace {
@@ -38,7 +39,10 @@ int main() {
     const convert::SchemaMove move = convert::moveToSchema(part, *ifc::SchemaLoader::pBuiltIn("IFC2X3"));
     std::cout << result.removed.size() << " removed, " << result.added.size() << " added, " << extracted.copies.size()
               << " copied\n";
-    return result.removed.size() == 1 && result.added.size() == 1 && extracted.copies.size() == 2 && move.boLossless()
+    Model model("IFC4");
+    model.create("IfcMaterial", {{"Name", "Oak"}});
+    return model.size() == 1 && result.removed.size() == 1 && result.added.size() == 1 &&
+                   extracted.copies.size() == 2 && move.boLossless()
                ? 0
                : 3;
 }
