@@ -169,7 +169,8 @@ struct Reader {
 }   // namespace
 
 ReadResult modelRead(std::istream& stream, const std::string& sName, std::optional<std::uint64_t> size,
-                     const OpenOptions& options) {
+                     const OpenOptions& options) try {
+    if (!stream.good() || !stream.rdbuf()) throw FileError(sName + ": is no stream that can be read");
     CountedBytes bytes(stream, size, options);
     Reader reader{bytes, sName, options};
     if (bytes.firstBytes().empty() && !bytes.boStopped()) reader.vRefuse("is empty");
@@ -181,6 +182,8 @@ ReadResult modelRead(std::istream& stream, const std::string& sName, std::option
         reader.vStep();
     reader.vCheck();
     return std::move(reader.result);
+} catch (const std::ios_base::failure& failure) {
+    throw FileError(sName + ": can't be read: " + failure.code().message());
 }
 
 ReadResult modelNew(ifc::def::SchemaPset& schema) {

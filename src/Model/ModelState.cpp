@@ -56,13 +56,16 @@ const char* pCategoryName(ifc::Errors::Category eCategory) {
     return iCategory < std::size(g_categories) ? g_categories[iCategory] : "";
 }
 
-// "#12=IFCWALL(": 12.
-std::optional<std::uint64_t> statementNumber(std::string_view text) {
+// "#12=IFCWALL(": 12 and IFCWALL.
+void vStatementTell(Record& record) {
+    const std::string_view text = record.text;
     std::int64_t iId = 0;
-    if (!text.starts_with('#')) return std::nullopt;
+    if (!text.starts_with('#')) return;
     const auto [pEnd, error] = std::from_chars(text.data() + 1, text.data() + text.size(), iId);
-    if (error != std::errc() || pEnd == text.data() + text.size() || *pEnd != '=') return std::nullopt;
-    return iId < 0 ? static_cast<std::uint32_t>(iId) : static_cast<std::uint64_t>(iId);   // as the core takes it
+    if (error != std::errc() || pEnd == text.data() + text.size() || *pEnd != '=') return;
+    record.id = iId < 0 ? static_cast<std::uint32_t>(iId) : static_cast<std::uint64_t>(iId);   // as the core takes it
+    const auto iKeyword = static_cast<std::size_t>(pEnd - text.data()) + 1;
+    record.type = text.substr(iKeyword, std::min(text.find('(', iKeyword), text.size()) - iKeyword);
 }
 
 }   // namespace
@@ -75,14 +78,14 @@ Record recordOf(const ifc::ErrorRecord& error) {
     record.message = error.description;
     record.line = error.lineNumber;
     record.text = error.lineString.value_or("");
-    record.id = statementNumber(record.text);
+    vStatementTell(record);
     return record;
 }
 
 ModelState::ModelState(ReadResult read, bool boKeepNumbers)
     : m_read(std::move(read)),
-      m_pLife(Lives::instance().pTake(*this)),
-      m_ref{m_pLife, m_pLife->uSerial.load(std::memory_order_relaxed)} {
+      m_life(*this),
+      m_ref(m_life.ref()) {
     if (m_read.pErrors)
         m_boTwice = std::ranges::any_of(m_read.pErrors->records(), [](const ifc::ErrorRecord& error) {
             return error.category == ifc::Errors::Identifier;
@@ -93,7 +96,8 @@ ModelState::ModelState(ReadResult read, bool boKeepNumbers)
         vRenumber();
 }
 
-ModelState::~ModelState() { Lives::instance().vGive(m_pLife); }
+LifeHolder::LifeHolder(ModelState& state) : m_pLife(Lives::instance().pTake(state)) {}
+LifeHolder::~LifeHolder() { Lives::instance().vGive(m_pLife); }
 
 void ModelState::vRenumber() {
     const std::vector<ifc::Entity*> entities = all();
@@ -134,9 +138,16 @@ ifc::Entity& ModelState::entityHere(const Element& element) {
 const std::vector<Record>& ModelState::records() {
     std::call_once(m_recordsOnce, [this] {
         if (!m_read.pErrors) return;
-        for (const ifc::ErrorRecord& error : m_read.pErrors->records()) m_records.push_back(recordOf(error));
+        for (const ifc::ErrorRecord& error : m_read.pErrors->records()) {
+            m_records.push_back(recordOf(error));
+            vTypeSpell(m_records.back());
+        }
     });
     return m_records;
+}
+
+void ModelState::vTypeSpell(Record& record) {
+    if (const auto* pObject = schema().pObjectFromName(record.type)) record.type = pObject->sName;
 }
 
 ifc::Entity* ModelState::pFromNumber(std::uint64_t iId) {

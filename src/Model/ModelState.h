@@ -36,6 +36,19 @@ struct Life {
     ModelState* pState = nullptr;
 };
 
+// The place of one model, as long as this lives.
+class LifeHolder {
+public:
+    explicit LifeHolder(ModelState& state);
+    ~LifeHolder();
+    LifeHolder(const LifeHolder&) = delete;
+    LifeHolder& operator=(const LifeHolder&) = delete;
+    [[nodiscard]] ModelRef ref() const noexcept { return {m_pLife, m_pLife->uSerial.load(std::memory_order_relaxed)}; }
+
+private:
+    Life* m_pLife;
+};
+
 // As a caller sees it.
 [[nodiscard]] Record recordOf(const ifc::ErrorRecord& error);
 
@@ -49,7 +62,7 @@ struct ReadResult {
 class ModelState {
 public:
     ModelState(ReadResult read, bool boKeepNumbers);
-    ~ModelState();
+    ~ModelState() = default;
     ModelState(const ModelState&) = delete;
     ModelState& operator=(const ModelState&) = delete;
 
@@ -66,6 +79,8 @@ public:
     [[nodiscard]] const ifc::def::SchemaPset& schema() noexcept { return *data().pSchema(); }
     [[nodiscard]] bool boWhole() const noexcept { return m_read.boWhole; }
     [[nodiscard]] const std::vector<Record>& records();
+    // A keyword becomes the name that the schema has for it.
+    void vTypeSpell(Record& record);
 
     [[nodiscard]] Element elementOf(ifc::Entity* pEntity) const noexcept {
         return pEntity ? Element(m_ref, pEntity) : Element();
@@ -104,7 +119,7 @@ private:
     void vAdd(ifc::Entity& entity);
 
     ReadResult m_read;
-    Life* m_pLife;
+    LifeHolder m_life;
     ModelRef m_ref;
     // Beside those that the core knows, ascending: of created entities, and after a change of all numbers.
     std::vector<std::pair<std::uint64_t, ifc::Entity*>> m_numbered;

@@ -69,8 +69,9 @@ struct Writer {
         ifc::FileHeaderSimple header;
         header.vSchemaNameSet(state.schema().sName);
         header.exportInfo = ifc::FileHeaderSimple::WholeData;
-        if (const auto* pFile = dynamic_cast<const ifc::FileSimple*>(&state.file()))
-            header.exportInfo = pFile->header().exportInfo;
+        const auto* pFile = dynamic_cast<const ifc::FileSimple*>(&state.file());
+        const ifc::Entity* pRoot = pFile ? pFile->pRootEntity() : nullptr;
+        if (pRoot && pRoot->pSchemaEntity()) header.exportInfo = std::uint64_t{state.iNumberOf(*pRoot)};
         header.boWrite(out, *pErrors);
         vStatements();
     }
@@ -115,6 +116,7 @@ std::vector<Record> modelWrite(ModelState& state, std::ostream& out, Format form
     for (const ifc::ErrorRecord& error : writer.pErrors->records()) {
         Record record = recordOf(error);
         if (!record.id && error.entity && error.entity->pSchemaEntity()) record.id = state.iNumberOf(*error.entity);
+        state.vTypeSpell(record);
         records.push_back(std::move(record));
     }
     std::ranges::stable_sort(records, {}, &Record::id);   // threads report in any order

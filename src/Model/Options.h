@@ -66,6 +66,7 @@ struct Record {
     std::string message;
     std::uint64_t line = 0;              ///< from 1; 0 where there is none
     std::optional<std::uint64_t> id{};   ///< of the instance
+    std::string type;                    ///< of the instance, as in IfcWall; as the file spells it where none is known
     std::string text;                    ///< of the file, that it is about
 };
 

@@ -142,6 +142,16 @@ TEST(ModelSave, WritesTheFormThatTheNameSays) {
     EXPECT_EQ(sData(sSaved(simple)), sData(sSaved(model)));
 }
 
+TEST(ModelSave, KeepsTheRootOfTheSimpleForm) {
+    Model model =
+        Model::fromBuffer("Ifc file simple;\nIFC4;\n2;\n#1=IFCCARTESIANPOINT((1.,2.));\n#2=IFCVERTEXPOINT(#1);\n");
+    EXPECT_EQ(sSaved(model, {.format = Format::Simple}),
+              "Ifc file simple;\nIFC4;\n2;\n#1=IFCCARTESIANPOINT((1.,2.));\n#2=IFCVERTEXPOINT(#1);\n");
+    model.remove(model.byId(2));
+    EXPECT_EQ(sSaved(model, {.format = Format::Simple}),
+              "Ifc file simple;\nIFC4;\n*;\n#1=IFCCARTESIANPOINT((1.,2.));\n");
+}
+
 TEST(ModelSave, TellsWhatTheSchemaMisses) {
     Model model("IFC4");
     model.create("IfcVertexPoint");
