@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <limits>
 #include <new>
+#include <string>
+#include <variant>
 
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Model/Error.h"
@@ -109,10 +111,9 @@ void ModelState::vSet(Entity& entity, std::string_view name, const NewValue& val
     const schema::Entity& type = entity.schemaEntity();
     const std::size_t iIndex = iAttribute(type, name);
     const std::string sWhere = sNameOf(entity) + ": " + type.allAttributes()[iIndex]->sName;
-    if (iIndex == iGuidCell(type)) {
+    if (iIndex == iGuidCell(type) && std::holds_alternative<std::string>(value.content())) {
         const Guid guid = ValueCheck(*this, sWhere).guid(value, type.allAttributes()[iIndex]->types.front(), entity);
-        static_cast<void>(data().boGuidSet(entity, guid));
-        return;
+        if (data().boGuidSet(entity, guid)) return;   // else its type is not rooted
     }
     InverseLists lists(data(), entity, iIndex);
     if (lists.empty()) return vValueStore(*this, entity, iIndex, value, sWhere);

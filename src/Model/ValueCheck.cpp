@@ -37,7 +37,7 @@ std::string sTaken(const ObjectBase* pType) {
 }
 
 std::string_view givenKind(const NewValue& value) {
-    constexpr std::string_view kinds[] = {"no value", "a derived value", "a truth value", "a truth value", "an integer",
+    constexpr std::string_view kinds[] = {"nothing",  "a derived value", "a truth value", "a truth value", "an integer",
                                           "a number", "a text",          "a binary",      "an element",    "a list"};
     return kinds[value.content().index()];
 }

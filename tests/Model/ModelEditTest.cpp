@@ -220,6 +220,11 @@ TEST(ModelCreate, RefusesWithReasons) {
          "ValueError: IfcPropertySingleValue: NominalValue takes a truth value (IfcBoolean), not unknown"},
         {"a truth value for a number", "IfcDoor", "OverallWidth", true,
          "ValueError: IfcDoor: OverallWidth takes a number (IfcPositiveLengthMeasure), not a truth value"},
+        {"nothing in a list",
+         "IfcCartesianPoint",
+         "Coordinates",
+         {1.0, nullptr},
+         "ValueError: IfcCartesianPoint: Coordinates takes a number (IfcLengthMeasure), not nothing"},
         {"no bytes", "IfcBlobTexture", "RasterCode", Bytes{},
          "ValueError: IfcBlobTexture: RasterCode takes a binary of one byte or more"},
     };
@@ -260,6 +265,9 @@ TEST(ModelSet, GlobalIdsAreFoundAnew) {
     EXPECT_FALSE(model.byGuid("0000000000000000000003"));
     EXPECT_EQ(sThrown([&] { model.set(wall, "GlobalId", "0000000000000000000004"); }),
               "ValueError: IfcWall #3: GlobalId can't be 0000000000000000000004: that is IfcWall #4");
+    EXPECT_EQ(sThrown([&] { model.set(wall, "GlobalId", nullptr); }), "ValueError: IfcWall #3: GlobalId is mandatory");
+    EXPECT_EQ(sThrown([&] { model.set(wall, "GlobalId", 1); }),
+              "ValueError: IfcWall #3: GlobalId takes a text (IfcGloballyUniqueId), not an integer");
     model.set(model.byId(4), "GlobalId", "0000000000000000000003");
     EXPECT_EQ(model.byGuid("0000000000000000000003").id(), 4U);
 }
