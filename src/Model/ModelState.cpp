@@ -88,7 +88,7 @@ ModelState::ModelState(ReadResult read, bool boKeepNumbers)
       m_ref(m_life.ref()) {
     if (m_read.pErrors)
         m_boTwice = std::ranges::any_of(m_read.pErrors->records(), [](const ifc::ErrorRecord& error) {
-            return error.category == ifc::Errors::Identifier;
+            return error.reportKey == ifc::ReportKey::EntityIdReused;
         });
     if (boKeepNumbers)
         m_boRoom = data().boNumbersAbove();

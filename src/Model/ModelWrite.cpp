@@ -5,11 +5,11 @@
 #include <filesystem>
 #include <ostream>
 
+#include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/IfcWriteFile.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
 #include "Model/Error.h"
 #include "Model/Names.h"
-#include "platform/Utilities.h"
 
 namespace oxa::detail {
 
@@ -83,8 +83,7 @@ struct Writer {
         if (!state.data().pProject()) throw FileError("ifcXML starts from a project, and the model has none");
         try {
             document.boExportData(state.data(), *pErrors, [this](unsigned iDone) { vTell(iDone); });
-        } catch (const oxa::exception& error) {
-            if (std::string_view(error.what()) != "returning nullptr") throw;
+        } catch (const ifc::MissingType&) {
             throw FileError("ifcXML has no place for a reference to an instance that the model does not define");
         }
         vStopCheck();

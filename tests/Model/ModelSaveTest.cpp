@@ -116,6 +116,9 @@ TEST(ModelSave, LeavesTheFileAsItWas) {
     Model ifc4 = modelOf("IFC4", g_sPoints);
     EXPECT_EQ(sThrown([&] { ifc4.save(path, {.format = Format::IfcXml}); }),
               "FileError: ifcXML starts from a project, and the model has none");
+    Model dangling = modelOf("IFC4", "#1=IFCPROJECT('0000000000000000000001',#9,$,$,$,$,$,$,$);\n");
+    EXPECT_EQ(sThrown([&] { dangling.save(path, {.format = Format::IfcXml}); }),
+              "FileError: ifcXML has no place for a reference to an instance that the model does not define");
     std::stop_source later;
     const SaveOptions stopping{.stop = later.get_token(), .progress = [&](const Progress&) { later.request_stop(); }};
     EXPECT_EQ(sThrown([&] { model.save(path, stopping); }), "Stopped: the write was stopped");
