@@ -50,9 +50,9 @@ set(OXA_PUBLIC_HEADERS
   Model/Element.h
   Model/Error.h
   Model/Model.h
+  Model/NewValue.h
   Model/Options.h
-  Model/Value.h
-  Model/NewValue.h)
+  Model/Value.h)
 
 list(APPEND OXA_PUBLIC_HEADERS
   schema/SchemaCache.h              # what a schema object keeps for its users

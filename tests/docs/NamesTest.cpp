@@ -130,7 +130,8 @@ TEST_P(DocumentNames, OfClassesStandInTheirHeaders) {
         for (const std::string& sHeader : inBackticks(cells[0]))
             for (const std::string& sPath : pathsOf(sHeader)) sText += sFileText(fs::path(OXA_SOURCE_DIR) / sPath);
         for (const std::string& sClass : inBackticks(cells[1]))
-            EXPECT_TRUE(std::regex_search(sText, std::regex("(class|struct) (OXA_\\w+ )?" + sClass + "( final)?\\b")))
+            EXPECT_TRUE(std::regex_search(
+                sText, std::regex("(class|struct|enum class|auto|void|bool) (OXA_\\w+ )?" + sClass + "( final)?\\b")))
                 << cells[0] << " does not declare " << sClass;
     }
 }
