@@ -52,6 +52,7 @@ set(OXA_PUBLIC_HEADERS
   Model/Model.h
   Model/NewValue.h
   Model/Options.h
+  Model/Relations.h
   Model/Value.h)
 
 list(APPEND OXA_PUBLIC_HEADERS

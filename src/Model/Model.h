@@ -114,6 +114,7 @@ public:
     [[nodiscard]] const ifc::FileBase& core() const;
 
 private:
+    friend class detail::ModelState;
     explicit Model(std::unique_ptr<detail::ModelState> state) noexcept;
     [[nodiscard]] detail::ModelState& state() const;
 

@@ -6,7 +6,9 @@
 #include <deque>
 
 #include "Model/Error.h"
+#include "Model/Model.h"
 #include "Model/Names.h"
+#include "Model/RelationTable.h"
 
 namespace oxa::detail {
 
@@ -148,6 +150,13 @@ const std::vector<Record>& ModelState::records() {
 
 void ModelState::vTypeSpell(Record& record) {
     if (const auto* pObject = schema().pObjectFromName(record.type)) record.type = pObject->sName;
+}
+
+ModelState& ModelState::of(const Model& model) { return model.state(); }
+
+const RelationTable& ModelState::relations() {
+    std::call_once(m_relationsOnce, [this] { m_pRelations = std::make_shared<const RelationTable>(schema()); });
+    return *m_pRelations;
 }
 
 ifc::Entity* ModelState::pFromNumber(std::uint64_t iId) {

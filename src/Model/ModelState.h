@@ -27,9 +27,14 @@
 #include "Model/Options.h"
 #include "schema/Schema.h"
 
+namespace oxa {
+class Model;
+}   // namespace oxa
+
 namespace oxa::detail {
 
 class ModelState;
+class RelationTable;
 
 struct Life {
     std::atomic<std::uint64_t> uSerial{0};   // 0: of nobody
@@ -68,6 +73,7 @@ public:
 
     // The model of a handle; throws HandleError unless the handle's element is there.
     [[nodiscard]] static ModelState& of(const Element& element);
+    [[nodiscard]] static ModelState& of(const Model& model);
     // The same, and its instance.
     [[nodiscard]] static ifc::Entity& entityOf(const Element& element);
     [[nodiscard]] static bool boThere(const Element& element) noexcept;
@@ -87,6 +93,9 @@ public:
     }
     [[nodiscard]] Elements elementsOf(std::vector<ifc::Entity*> entities) const { return {m_ref, std::move(entities)}; }
     [[nodiscard]] std::uint64_t iNumberOf(const ifc::Entity& entity) { return data().iIdFromEntity(entity); }
+    [[nodiscard]] Value valueOf(ifc::Entity& entity, std::size_t iAttribute) const;
+    // Which classes and attributes of the schema mean what; made on first use.
+    [[nodiscard]] const RelationTable& relations();
     // Null where there is none.
     [[nodiscard]] ifc::Entity* pFromNumber(std::uint64_t iId);
     [[nodiscard]] ifc::Entity* pFromGuid(const Guid& guid);
@@ -112,7 +121,6 @@ private:
     [[noreturn]] static void vRefuse(const Element& element);
     void vRenumber();
     [[nodiscard]] std::vector<ifc::Entity*> ordered(std::vector<ifc::Entity*> entities);
-    [[nodiscard]] Value valueOf(ifc::Entity& entity, std::size_t iAttribute) const;
     // What an attribute of references refers to, in its order.
     [[nodiscard]] std::vector<ifc::Entity*> namedBy(ifc::Entity& entity, std::size_t iAttribute) const;
     void vGuidDeal(ifc::Entity& entity);
@@ -131,6 +139,8 @@ private:
     };
     std::unordered_map<const ifc::Entity*, Name> m_removed;
     std::mutex m_mutex;   // const operations of the core sort its list
+    std::once_flag m_relationsOnce;
+    std::shared_ptr<const RelationTable> m_pRelations;
     std::once_flag m_recordsOnce;
     std::vector<Record> m_records;
 };

@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Model/Relations.h"
+
+#include <algorithm>
+
+#include "Model/RelationWalk.h"
+
+namespace oxa {
+
+using detail::Class;
+using detail::ModelState;
+using detail::Relation;
+using detail::RelationWalk;
+using detail::Side;
+using detail::Slot;
+using ifc::Entity;
+
+namespace {
+
+// An element, as the walk wants it.
+struct Asked {
+    explicit Asked(const Element& element) : walk(ModelState::of(element)), entity(ModelState::entityOf(element)) {}
+
+    [[nodiscard]] Element elementOf(Entity* pEntity) const { return walk.state().elementOf(pEntity); }
+    [[nodiscard]] Elements elementsOf(std::vector<Entity*> found) const {
+        return walk.state().elementsOf(std::move(found));
+    }
+
+    RelationWalk walk;
+    Entity& entity;
+};
+
+std::string sText(const char* pText) { return pText ? pText : ""; }
+
+}   // namespace
+
+Element type(const Element& element) {
+    const Asked asked(element);
+    return asked.elementOf(asked.walk.pType(asked.entity));
+}
+
+Element parent(const Element& element) {
+    const Asked asked(element);
+    return asked.elementOf(asked.walk.pParent(asked.entity));
+}
+
+Element container(const Element& element) {
+    const Asked asked(element);
+    return asked.elementOf(asked.walk.pAbove(asked.entity, Class::SpatialElement));
+}
+
+Element storey(const Element& element) {
+    const Asked asked(element);
+    return asked.elementOf(asked.walk.pAbove(asked.entity, Class::Storey));
+}
+
+Element building(const Element& element) {
+    const Asked asked(element);
+    return asked.elementOf(asked.walk.pAbove(asked.entity, Class::Building));
+}
+
+Elements parts(const Element& element) {
+    const Asked asked(element);
+    std::vector<Entity*> found;
+    for (const Relation eRelation : {Relation::Aggregate, Relation::Nest, Relation::Void, Relation::Filling,
+                                     Relation::Projection, Relation::Surface, Relation::Port})
+        asked.walk.vOthersAdd(asked.entity, eRelation, Side::Whole, found);
+    return asked.elementsOf(std::move(found));
+}
+
+Elements contents(const Element& element) {
+    const Asked asked(element);
+    return asked.elementsOf(asked.walk.others(asked.entity, Relation::Content, Side::Whole));
+}
+
+Elements groups(const Element& element) {
+    const Asked asked(element);
+    return asked.elementsOf(asked.walk.others(asked.entity, Relation::Group, Side::Part));
+}
+
+namespace {
+
+// What the entry of a material says, from the definition that an element is associated with down to the material.
+class MaterialEntries {
+public:
+    MaterialEntries(const Asked& asked, Source eSource) : m_asked(asked), m_eSource(eSource) {}
+
+    void vAdd(Entity& definition) {
+        const auto& table = m_asked.walk.table();
+        if (table.boIs(definition, Class::Material)) return vEntryAdd({}, &definition);
+        if (table.boIs(definition, Class::MaterialList)) {
+            table.forEachNamed(definition, Slot::ListedMaterials, [&](Entity& material) {
+                Material entry;
+                entry.set = m_asked.elementOf(&definition);
+                vEntryAdd(std::move(entry), &material);
+            });
+            return;
+        }
+        for (const Slot eUsed : {Slot::UsedLayerSet, Slot::UsedProfileSet})
+            table.forEachNamed(definition, eUsed, [&](Entity& set) { vSetAdd(set); });
+        vSetAdd(definition);
+        vItemAdd({}, definition);
+    }
+
+    std::vector<Material> entries;
+
+private:
+    void vSetAdd(Entity& set) {
+        struct Row {
+            Slot eItems;
+            Slot eName;
+        };
+        constexpr Row rows[] = {{Slot::Layers, Slot::LayerSetName},
+                                {Slot::Profiles, Slot::ProfileSetName},
+                                {Slot::Constituents, Slot::ConstituentSetName}};
+        const auto& table = m_asked.walk.table();
+        for (const Row& row : rows)
+            table.forEachNamed(set, row.eItems, [&](Entity& item) {
+                Material entry;
+                entry.set = m_asked.elementOf(&set);
+                entry.setName = sText(table.pText(set, row.eName));
+                vItemAdd(std::move(entry), item);
+            });
+    }
+
+    void vItemAdd(Material entry, Entity& item) {
+        struct Row {
+            Class eClass;
+            Slot eMaterial;
+            Slot eName;
+        };
+        constexpr Row rows[] = {{Class::Layer, Slot::LayerMaterial, Slot::LayerName},
+                                {Class::Profile, Slot::ProfileMaterial, Slot::ProfileName},
+                                {Class::Constituent, Slot::ConstituentMaterial, Slot::ConstituentName}};
+        const auto& table = m_asked.walk.table();
+        for (const Row& row : rows) {
+            if (!table.boIs(item, row.eClass)) continue;
+            Entity* pMaterial = nullptr;
+            table.forEachNamed(item, row.eMaterial, [&](Entity& material) { pMaterial = &material; });
+            entry.of = m_asked.elementOf(&item);
+            entry.part = sText(table.pText(item, row.eName));
+            entry.thickness = number(item, Slot::LayerThickness);
+            entry.fraction = number(item, Slot::ConstituentFraction);
+            return vEntryAdd(std::move(entry), pMaterial);
+        }
+    }
+
+    void vEntryAdd(Material entry, Entity* pMaterial) {
+        entry.element = m_asked.elementOf(pMaterial);
+        if (pMaterial) entry.name = sText(m_asked.walk.table().pText(*pMaterial, Slot::MaterialName));
+        entry.source = m_eSource;
+        entries.push_back(std::move(entry));
+    }
+
+    [[nodiscard]] std::optional<double> number(Entity& item, Slot eSlot) const {
+        const auto place = m_asked.walk.table().place(item, eSlot);
+        return place.pCell ? m_asked.walk.state().valueOf(item, place.iIndex).number() : std::nullopt;
+    }
+
+    const Asked& m_asked;
+    Source m_eSource;
+};
+
+}   // namespace
+
+std::vector<Material> materials(const Element& element) {
+    const Asked asked(element);
+    bool boOfType = false;
+    const std::vector<Entity*> definitions = asked.walk.materials(asked.entity, boOfType);
+    MaterialEntries found(asked, boOfType ? Source::Type : Source::Instance);
+    for (Entity* pDefinition : definitions) found.vAdd(*pDefinition);
+    return std::move(found.entries);
+}
+
+std::vector<Classification> classifications(const Element& element) {
+    const Asked asked(element);
+    const auto& table = asked.walk.table();
+    const std::vector<Entity*> own = asked.walk.others(asked.entity, Relation::Classification, Side::Part);
+    std::vector<Classification> found;
+    for (Entity* pReference : asked.walk.classifications(asked.entity)) {
+        const Entity* pSystem = asked.walk.pSystem(*pReference);
+        Classification one;
+        one.element = asked.elementOf(pReference);
+        if (pSystem) one.system = sText(table.pText(*pSystem, Slot::ClassificationName));
+        one.code = asked.walk.classificationCode(*pReference);
+        one.name = sText(table.pText(*pReference, Slot::ReferenceName));
+        one.source = std::ranges::find(own, pReference) == own.end() ? Source::Type : Source::Instance;
+        found.push_back(std::move(one));
+    }
+    return found;
+}
+
+}   // namespace oxa
