@@ -41,6 +41,7 @@ class OxaIfc(ConanFile):
         self.requires("inja/[>=3.4 <4]")
         self.requires("nlohmann_json/[>=3.11 <4]")
         self.requires("pugixml/[>=1.13 <2]")
+        self.requires("re2/[>=20220601]")
         self.requires("utfcpp/[>=3.2 <5]")
         if self.settings.os not in ("Windows", "Macos"):
             self.requires("util-linux-libuuid/[>=2.38 <3]")

@@ -21,6 +21,9 @@ pkg_check_modules(stringencoders REQUIRED IMPORTED_TARGET stringencoders)
 # pugixml, the tree of XML documents.
 pkg_check_modules(pugixml REQUIRED IMPORTED_TARGET pugixml)
 
+# RE2, the regular expressions of selectors.
+pkg_check_modules(re2 REQUIRED IMPORTED_TARGET re2)
+
 if(OXA_BUILD_TESTS)
   find_package(GTest REQUIRED)
   include(GoogleTest)

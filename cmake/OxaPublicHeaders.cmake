@@ -47,12 +47,14 @@ set(OXA_PUBLIC_HEADERS
   Format/Ifc/IfcWriteOptions.h
   Format/Ifc/Xml/IfcXmlExport.h
   Format/Ifc/Xml/IfcXmlImport.h
+  Model/Columns.h
   Model/Element.h
   Model/Error.h
   Model/Model.h
   Model/NewValue.h
   Model/Options.h
   Model/Relations.h
+  Model/Selector.h
   Model/Value.h)
 
 list(APPEND OXA_PUBLIC_HEADERS
