@@ -64,6 +64,11 @@ constexpr ClassRow g_classes[] = {
     {Class::Reference,        "IfcClassificationReference"},
     {Class::Classification,   "IfcClassification"},
     {Class::Notation,         "IfcClassificationNotation"},      // IFC2X3
+    {Class::SiUnit,           "IfcSIUnit"},
+    {Class::ConversionUnit,   "IfcConversionBasedUnit"},
+    {Class::ContextUnit,      "IfcContextDependentUnit"},
+    {Class::DerivedUnit,      "IfcDerivedUnit"},
+    {Class::MonetaryUnit,     "IfcMonetaryUnit"},
 };
 
 constexpr SlotRow g_slots[] = {
@@ -113,6 +118,24 @@ constexpr SlotRow g_slots[] = {
     {Slot::ClassificationName,  "IfcClassification",          "Name"},
     {Slot::NotationFacets,      "IfcClassificationNotation",  "NotationFacets"},
     {Slot::FacetValue,          "IfcClassificationNotationFacet", "NotationValue"},
+    {Slot::UnitsInContext,      "IfcContext",                 "UnitsInContext"},  // IFC4 on
+    {Slot::UnitsInContext,      "IfcProject",                 "UnitsInContext"},
+    {Slot::AssignedUnits,       "IfcUnitAssignment",          "Units"},
+    {Slot::UnitType,            "IfcNamedUnit",               "UnitType"},
+    {Slot::SiPrefix,            "IfcSIUnit",                  "Prefix"},
+    {Slot::SiName,              "IfcSIUnit",                  "Name"},
+    {Slot::ConversionName,      "IfcConversionBasedUnit",     "Name"},
+    {Slot::ConversionFactor,    "IfcConversionBasedUnit",     "ConversionFactor"},
+    {Slot::ConversionOffset,    "IfcConversionBasedUnitWithOffset", "ConversionOffset"},   // IFC4 on
+    {Slot::FactorValue,         "IfcMeasureWithUnit",         "ValueComponent"},
+    {Slot::FactorUnit,          "IfcMeasureWithUnit",         "UnitComponent"},
+    {Slot::ContextUnitName,     "IfcContextDependentUnit",    "Name"},
+    {Slot::DerivedElements,     "IfcDerivedUnit",             "Elements"},
+    {Slot::DerivedType,         "IfcDerivedUnit",             "UnitType"},
+    {Slot::DerivedUserType,     "IfcDerivedUnit",             "UserDefinedType"},
+    {Slot::ElementUnit,         "IfcDerivedUnitElement",      "Unit"},
+    {Slot::ElementExponent,     "IfcDerivedUnitElement",      "Exponent"},
+    {Slot::Currency,            "IfcMonetaryUnit",            "Currency"},
 };
 
 constexpr RelationRow g_relations[] = {

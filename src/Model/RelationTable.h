@@ -72,6 +72,11 @@ enum class Class : std::uint8_t {
     Reference,
     Classification,
     Notation,
+    SiUnit,
+    ConversionUnit,
+    ContextUnit,
+    DerivedUnit,
+    MonetaryUnit,
     Count
 };
 
@@ -121,6 +126,23 @@ enum class Slot : std::uint8_t {
     ClassificationName,
     NotationFacets,
     FacetValue,
+    UnitsInContext,
+    AssignedUnits,
+    UnitType,
+    SiPrefix,
+    SiName,
+    ConversionName,
+    ConversionFactor,
+    ConversionOffset,
+    FactorValue,
+    FactorUnit,
+    ContextUnitName,
+    DerivedElements,
+    DerivedType,
+    DerivedUserType,
+    ElementUnit,
+    ElementExponent,
+    Currency,
     Count
 };
 

@@ -236,8 +236,8 @@ TEST(Selector, NamesWhatASchemaDoesNotHave) {
         {"OverallWith=1",
          "NameError: column 1: no type of IFC4 has an attribute OverallWith; did you mean OverallWidth?"},
         {"IfcWall Name=1", "NameError: column 1: no type of IFC4 has an attribute IfcWall Name"},
-        {"#1, !type.Nam=x", "NameError: column 6: no type of IFC4 has an attribute Nam; did you mean Name, Names, "
-                            "LayerSetName, FamilyName, GivenName?"},
+        {"#1, !type.Nam=x", "NameError: column 6: no type of IFC4 has an attribute Nam; did you mean Name, "
+                            "LongName, GivenName, UsageName, FamilyName?"},
         {"/x.y/=1", "NameError: column 1: no type of IFC4 has an attribute /x.y/"},
     };
     for (const auto& row : rows) {
