@@ -55,6 +55,7 @@ set(OXA_PUBLIC_HEADERS
   Model/Options.h
   Model/Relations.h
   Model/Selector.h
+  Model/SetProperty.h
   Model/Units.h
   Model/Value.h)
 

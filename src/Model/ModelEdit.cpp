@@ -101,6 +101,7 @@ void ModelState::vGuidDeal(Entity& entity) {
 }
 
 void ModelState::vAdd(Entity& entity) {
+    ++m_uChanges;
     data().entityAdd(&entity);
     m_numbered.emplace_back(iNumberOf(entity), &entity);
     entity.vAttributeInverseInit(data());
@@ -108,6 +109,7 @@ void ModelState::vAdd(Entity& entity) {
 }
 
 void ModelState::vSet(Entity& entity, std::string_view name, const NewValue& value) {
+    ++m_uChanges;
     const schema::Entity& type = entity.schemaEntity();
     const std::size_t iIndex = iAttribute(type, name);
     const std::string sWhere = sNameOf(entity) + ": " + type.allAttributes()[iIndex]->sName;
@@ -125,6 +127,7 @@ void ModelState::vSet(Entity& entity, std::string_view name, const NewValue& val
 
 // A reference goes to the end of its list as it stands; all else is a new list.
 void ModelState::vAppend(Entity& entity, std::string_view name, const NewValue& item) {
+    ++m_uChanges;
     const std::size_t iIndex = iAttribute(entity.schemaEntity(), name);
     const schema::Attribute& attribute = *entity.schemaEntity().allAttributes()[iIndex];
     const schema::ObjectBase* pType = attribute.types.empty() ? nullptr : attribute.types.front();
@@ -143,6 +146,7 @@ void ModelState::vAppend(Entity& entity, std::string_view name, const NewValue& 
 }
 
 ifc::EntityRemoval ModelState::remove(const std::vector<Entity*>& entities) {
+    ++m_uChanges;
     ifc::EntityRemoval removal = data().entitiesRemove(entities);
     for (Entity* pEntity : removal.removed) {
         m_removed.insert_or_assign(pEntity, Name{pEntity->pSchemaEntity(), iNumberOf(*pEntity)});

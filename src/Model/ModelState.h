@@ -25,6 +25,7 @@
 #include "Model/Element.h"
 #include "Model/NewValue.h"
 #include "Model/Options.h"
+#include "Model/PropertyUses.h"
 #include "schema/Schema.h"
 
 namespace oxa {
@@ -114,6 +115,10 @@ public:
     void vAppend(ifc::Entity& entity, std::string_view name, const NewValue& item);
     ifc::EntityRemoval remove(const std::vector<ifc::Entity*>& entities);
 
+    // Another one after each change.
+    [[nodiscard]] std::uint64_t uChanges() const noexcept { return m_uChanges; }
+    [[nodiscard]] PropertyUses& propertyUses() noexcept { return m_propertyUses; }
+
     // "IfcWall #12"
     [[nodiscard]] std::string sNameOf(const ifc::Entity& entity);
 
@@ -138,6 +143,8 @@ private:
         std::uint64_t iId;
     };
     std::unordered_map<const ifc::Entity*, Name> m_removed;
+    std::uint64_t m_uChanges = 0;
+    PropertyUses m_propertyUses;
     std::mutex m_mutex;   // const operations of the core sort its list
     std::once_flag m_relationsOnce;
     std::shared_ptr<const RelationTable> m_pRelations;

@@ -73,6 +73,7 @@ constexpr ClassRow g_classes[] = {
 
 constexpr SlotRow g_slots[] = {
     {Slot::RootName,            "IfcRoot",                    "Name"},
+    {Slot::OwnerHistory,        "IfcRoot",                    "OwnerHistory"},
     {Slot::TypeSets,            "IfcTypeObject",              "HasPropertySets"},
     {Slot::SetProperties,       "IfcPropertySet",             "HasProperties"},
     {Slot::SetQuantities,       "IfcElementQuantity",         "Quantities"},
@@ -152,6 +153,10 @@ constexpr RelationRow g_relations[] = {
     {Relation::Material,       "IfcRelAssociatesMaterial",          "RelatingMaterial",           "RelatedObjects"},
     {Relation::Classification, "IfcRelAssociatesClassification",    "RelatingClassification",     "RelatedObjects"},
     {Relation::Group,          "IfcRelAssignsToGroup",              "RelatingGroup",              "RelatedObjects"},
+    {Relation::TypeSets,       "IfcTypeObject",                     "HasPropertySets",            "HasPropertySets"},
+    {Relation::SetProperties,  "IfcPropertySet",                    "HasProperties",              "HasProperties"},
+    {Relation::ComplexProperties, "IfcComplexProperty",             "HasProperties",              "HasProperties"},
+    {Relation::ComplexQuantities, "IfcPhysicalComplexQuantity",     "HasQuantities",              "HasQuantities"},
 };
 // clang-format on
 

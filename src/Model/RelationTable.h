@@ -36,6 +36,11 @@ enum class Relation : std::uint8_t {
     Material,
     Classification,
     Group,
+    // What has no relationship of its own: the class that has the list stands for one, and is its whole.
+    TypeSets,
+    SetProperties,
+    ComplexProperties,
+    ComplexQuantities,
     Count
 };
 
@@ -82,6 +87,7 @@ enum class Class : std::uint8_t {
 
 enum class Slot : std::uint8_t {
     RootName,
+    OwnerHistory,
     TypeSets,
     SetProperties,
     SetQuantities,
@@ -186,7 +192,13 @@ public:
         if (found.pCell) vCellWalk(*found.pCell, found.eClass, visit);
     }
 
-    /// Name of the relationship's class, and of its attribute for a side. Null where the schema has none.
+    /// Whether an instance tells by an inverse list in which relationships it stands on that side.
+    [[nodiscard]] bool boTells(const ifc::Entity& entity, Relation eRelation, Side eSide) const noexcept {
+        const ifc::def::schema::Entity* pType = entity.pSchemaEntity();
+        return pType && pType->iTypeOrdinal < m_inverses.size() &&
+               m_inverses[pType->iTypeOrdinal][static_cast<std::size_t>(eRelation)][iSide(eSide)] != g_iNone;
+    }
+    /// The class of the relationship, null where the schema has none; and the name of its attribute for a side.
     [[nodiscard]] const ifc::def::schema::Entity* pRelationship(Relation eRelation) const noexcept {
         return m_relations[static_cast<std::size_t>(eRelation)].pClass;
     }
