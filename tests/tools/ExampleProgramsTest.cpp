@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <set>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -71,11 +72,56 @@ TEST(ExamplePrograms, AddPropertyGivesNewEntitiesNumbersOfTheirOwn) {
 }
 
 TEST(ExamplePrograms, SayHowTheyAreCalled) {
-    for (const char* pName : {"AddProperty", "ChangeProperty", "CreateModel", "StoreyTree"}) {
+    for (const char* pName : {"AddProperty", "ChangeProperty", "CreateModel", "StoreyTree", "WallProperties",
+                              "SetWallProperty", "CreateWall"}) {
         const ProgramRun run = runExample(pName, {});
         EXPECT_EQ(run.iCode, 2);
         EXPECT_TRUE(run.sError.starts_with(std::string("usage: ") + pName + " ")) << run.sError;
     }
+}
+
+// What a listing of walls says of a property, over all of them.
+std::multiset<std::string> valuesOf(const std::string& sListing, const std::string& sProperty) {
+    std::multiset<std::string> found;
+    std::istringstream lines(sListing);
+    for (std::string sLine; std::getline(lines, sLine);)
+        if (const std::size_t i = sLine.find(sProperty + " = "); i == 4)
+            found.insert(sLine.substr(i + sProperty.size() + 3));
+    return found;
+}
+
+TEST(ExamplePrograms, SetWallPropertySetsWhatWallPropertiesList) {
+    for (const char* pName : {"house-ifc4.ifc", "house-ifc2x3.ifc"}) {
+        SCOPED_TRACE(pName);
+        const TestFolder folder;
+        const std::string sOut = (folder.path() / "out.ifc").string();
+        const std::string sBefore = runExample("WallProperties", {sExample(pName)}).sOut;
+        EXPECT_EQ(std::ranges::count(sBefore, '\n') - std::ranges::count(sBefore, '='), 3 + 11)
+            << sBefore;   // storeys, walls
+        EXPECT_EQ(valuesOf(sBefore, "Pset_Mine.Colour").size(), 0U);
+        EXPECT_EQ(runExample("SetWallProperty", {sExample(pName), "Pset_Mine", "Colour", "red", sOut}).iCode, 0);
+        EXPECT_EQ(runExample("SetWallProperty", {sOut, "Pset_WallCommon", "FireRating", "F 120", sOut}).iCode, 0);
+        const ProgramRun after = runExample("WallProperties", {sOut});
+        EXPECT_EQ(after.iCode, 0);
+        EXPECT_EQ(valuesOf(after.sOut, "Pset_Mine.Colour").count("red"), 11U);
+        EXPECT_EQ(valuesOf(after.sOut, "Pset_WallCommon.FireRating").count("F 120"), 11U);
+        EXPECT_EQ(valuesOf(after.sOut, "Pset_WallCommon.LoadBearing"),
+                  valuesOf(sBefore, "Pset_WallCommon.LoadBearing"));
+        EXPECT_EQ(runProgram({"check", sOut}).iCode, 0);
+    }
+    EXPECT_EQ(runExample("WallProperties", {"/no/such.ifc"}).sError,
+              "/no/such.ifc: can't be opened: No such file or directory\n");
+}
+
+TEST(ExamplePrograms, CreateWallMakesAModelWithoutAnError) {
+    const TestFolder folder;
+    const std::string sOut = (folder.path() / "out.ifc").string();
+    EXPECT_EQ(runExample("CreateWall", {sOut}).iCode, 0);
+    EXPECT_EQ(statements(sContent(sOut)).size(), 21U);
+    EXPECT_EQ(runProgram({"check", sOut}).iCode, 0);
+    const std::string sNew = sContent(sOut);
+    EXPECT_NE(sNew.find("=IFCPROPERTYSINGLEVALUE('FireRating',$,IFCLABEL('F 90'),$);"), std::string::npos);
+    EXPECT_NE(sNew.find("=IFCRECTANGLEPROFILEDEF(.AREA.,$,$,5.,0.3);"), std::string::npos);
 }
 
 TEST(ExamplePrograms, CreateModelMakesAModelWithoutAnError) {
