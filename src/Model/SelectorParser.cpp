@@ -164,8 +164,7 @@ private:
             part.sText = part.pPattern->text();
         } else
             part.sText = wordRead(ends);
-        if (part.sText.empty())
-            vRefuse(iStart, "a name is expected");
+        if (part.sText.empty()) vRefuse(iStart, "a name is expected");
         vBlanksSkip();
         return part;
     }
