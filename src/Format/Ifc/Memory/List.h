@@ -150,7 +150,7 @@ bool boListRemove(ForwardListHead<T>*& pHead, T value) {
     return false;
 }
 
-// Removes every node whose value "boGone(value)" answers true for; true when there was one. The tail becomes the last
+// Removes every node for whose value boGone(value) returns true; true when there was one. The tail becomes the last
 // node that is left.
 template <class T, class Gone>
 bool boListRemoveIf(ForwardListHead<T>*& pHead, Gone&& boGone) {

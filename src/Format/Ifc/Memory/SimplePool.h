@@ -34,12 +34,18 @@ public:
     SimplePool& operator=(const SimplePool&) = delete;
 
     // iBytes of zeroed memory at any byte address, good until the pool dies. Throws std::bad_alloc.
+    //
+    // The common path is one atomic add. The thread that adds owns the bytes between the old and the new count, since
+    // no two adds give the same range. If the range passes the end, the block is closed: the overshoot stays in the
+    // count, so that every later add fails as well, and the first to take the lock opens a new block. Another thread
+    // that failed finds m_pCurrent changed and starts over. What is left at the end of a closed block is lost. The
+    // pointer is published with release order after the block's memory is zero.
     [[nodiscard]] void* pAllocate(std::size_t iBytes) {
         if (iBytes > iBlockSize) return pAllocateLarge(iBytes);
         for (;;) {
             Block* pBlock = m_pCurrent.load(std::memory_order_acquire);
             if (pBlock) {
-                // A failed attempt leaves its overshoot behind and so closes the block for others too.
+                // Nothing is taken back on failure: the overshoot is what closes the block.
                 const std::uint64_t iUsed = pBlock->m_iUsed.fetch_add(iBytes, std::memory_order_relaxed);
                 if (iUsed + iBytes < iBlockSize) return pBlock->m_pData.get() + iUsed;
             }
@@ -73,7 +79,7 @@ public:
         return pBytes;
     }
 
-    // Returns the unused end of the last segment to the system, until somebody needs it.
+    // Returns the pages of the unused end of the last segment to the system; they are mapped again when they are used.
     void vTrim() noexcept {
         const std::lock_guard lock(m_largeMutex);
         vGiveBack(m_pSegment, m_iSegmentLeft);

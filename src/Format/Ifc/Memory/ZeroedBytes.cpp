@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Zeroed memory from the heap or from the system. Where there is no mmap, everything comes from the heap, and the
+// advice to the system does nothing.
 #include "Format/Ifc/Memory/ZeroedBytes.h"
 
 #include <cstdint>
@@ -16,9 +18,11 @@ namespace oxa::memory {
 
 namespace {
 
-// The heap is no place for large blocks that stay mostly empty, which chunks of an entity table may: once it has freed
-// a large one, calloc() cuts them from its top and clears up to 128 KiB of each. Smaller blocks are filled to their end,
-// and there memory that the process has already is the faster one.
+// From this size on a block is a mapping of its own. Three kinds of memory follow from it. Small blocks come from
+// calloc(), which has mapped memory at hand. Chunks of the entity table may stay mostly empty, and the heap is no place
+// for those: once it has freed a large block, calloc() cuts them from its top and clears up to 128 KiB of each. They
+// are mapped by themselves, with huge pages turned off, so that one number costs one page of 4 KiB. Segments are filled
+// to their end: for those huge pages are asked for, since each spares 511 entries of the TLB.
 constexpr std::size_t g_iMapFrom = 1024 * 1024;
 
 char* pMap(std::size_t iBytes) {
@@ -30,7 +34,7 @@ char* pMap(std::size_t iBytes) {
 ZeroedBytes mappedBytes(std::size_t iBytes) {
     char* pBytes = pMap(iBytes);
 #ifdef MADV_NOHUGEPAGE
-    // Neighbours grow together, and a huge page for each byte touched would fill all of them.
+    // Adjacent mappings are merged, and a huge page for each byte touched would use 2 MiB where 4 KiB will do.
     (void)madvise(pBytes, iBytes, MADV_NOHUGEPAGE);
 #endif
     return {pBytes, {iBytes}};
@@ -54,7 +58,8 @@ void ZeroedBytesDeleter::operator()(void* pBytes) const noexcept {
 }
 
 ZeroedBytes zeroedSegment() {
-    // A large page has an address that is a multiple of its size: twice the size holds one such, and the rest goes back.
+    // A huge page has an address that is a multiple of its size. A mapping of twice the size holds one such, and the
+    // rest is unmapped again.
     char* pMapped = pMap(2 * g_iSegmentBytes);
     const std::size_t iBefore = -reinterpret_cast<std::uintptr_t>(pMapped) % g_iSegmentBytes;
     char* pBytes = pMapped + iBefore;

@@ -22,16 +22,17 @@ using ZeroedBytes = std::unique_ptr<char[], ZeroedBytesDeleter>;
 // Aligned for every basic type. Throws std::bad_alloc.
 [[nodiscard]] OXA_IFC_API ZeroedBytes zeroedBytes(std::size_t iBytes);
 
-// A block that will be filled to its end: one large page where the system has such, so that a walk over a large model
-// misses fewer translations of addresses. Throws std::bad_alloc.
+// A block that will be filled to its end: a huge page where the system has such, so that a walk over a large model has
+// fewer TLB misses. Throws std::bad_alloc.
 constexpr std::size_t g_iSegmentBytes = std::size_t{2} * 1024 * 1024;
 [[nodiscard]] OXA_IFC_API ZeroedBytes zeroedSegment();
 
-// Has the system map the pages of a range that is about to be written, in one call instead of a fault a page. Where it
-// can't, the faults do it.
+// Maps the pages of a range that is about to be written in one system call (MADV_POPULATE_WRITE), instead of one page
+// fault each. Where the system does not know it, the faults do it.
 OXA_IFC_API void vPopulate(void* pBytes, std::size_t iBytes) noexcept;
 
-// Has the system take back the whole pages of a range that holds zeros only; they come again as zeros when written to.
+// Returns the whole pages of a range that holds zeros only to the system (MADV_DONTNEED); when accessed again they are
+// zero.
 OXA_IFC_API void vGiveBack(void* pBytes, std::size_t iBytes) noexcept;
 
 }   // namespace oxa::memory

@@ -11,6 +11,7 @@
 
 namespace oxa::ifc {
 
+// The nested cell of a select, of whatever class its type has. Null after a report, so that the select has no value.
 AttributeBase* AttributeBase::pAttributeNew(const def::schema::Type& type, StepReadInfoAttribute& info,
                                             AttributeType* pType) {
     try {
@@ -25,6 +26,8 @@ AttributeBase* AttributeBase::pAttributeNew(const def::schema::Type& type, StepR
     }
 }
 
+// "$" and "*" (ISO 10303-21, 6.4): true when the token is one of them, and the parser is done. A mandatory attribute
+// without a value is reported and stays undefined; the instance is kept.
 bool AttributeBase::boReadNull(const StepReadInfoAttribute& info) {
     if (info.m_iLength != 1) return false;
     switch (*info.pText()) {
@@ -46,6 +49,8 @@ void AttributeBase::vReport(const StepReadInfoAttribute& info, ReportKey eKey) {
     line.m_pCommon->m_pError->add(info.m_pEntity, eKey, info.m_pAttribute->sName, line.sourceText(), line.m_iLine);
 }
 
+// The byte at i of the token, counted on into the rest of the statement: parsers test the byte behind a token without
+// asking for its length. 0 behind the statement.
 char AttributeBase::StepReadInfoAttribute::cAt(std::size_t i) const noexcept {
     const std::string_view line = m_pInfo->m_line;
     return m_iStart + i < line.size() ? line[m_iStart + i] : '\0';

@@ -15,6 +15,8 @@ namespace oxa::ifc {
 using def::schema::DataKind;
 using def::schema::ObjectBase;
 
+// The item type of an aggregate's list; false for one that no list can have. A select whose members all are entities
+// becomes a list of plain references, without a select cell and a nested cell for each item.
 bool AttributeListValueBase::boInitTypeFromAttribute(const ObjectBase* pObject) noexcept {
     const def::schema::DataTypeBase* pAggregate = def::schema::pDataTypeOf(pObject);
     const ObjectBase* pElement = pAggregate ? pAggregate->pElementGet() : nullptr;
@@ -75,8 +77,11 @@ struct AttributeListValueBase::Reader {
         details::vForEachItem(info.m_pInfo->m_line.data(), first, last, item);
     }
 
-    // Counts the items, makes the block and calls fill(place, begin, end) for each item. The places of the first items
-    // are remembered, which most lists have no more of: those are cut apart once.
+    // Counts the items, makes the block and calls fill(place, begin, end) for each item.
+    //
+    // A block is allocated once and never grown, so the items have to be counted before they are read: two passes over
+    // the text. Most lists are short (three coordinates), and for those the first pass remembers where each item
+    // stands, so that the second need not cut the text again; sixteen places on the stack are enough for most.
     template <class T, class Fill>
     void vArray(Fill&& fill) {
         struct Place {

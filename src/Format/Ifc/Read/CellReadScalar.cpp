@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The parsing constructors of the cells that hold one plain value.
 //
-// They validate little, and what they do not look at is part of their contract: files of many exporters read.
+// They validate little, and what they leave untested is part of their contract, so that files of many exporters can be
+// read.
 #include <cstdlib>
 #include <cstring>
 
@@ -22,8 +23,9 @@ namespace {
 constexpr auto g_eBoolean = ReportKey::ExpectedValidBooleanValueFor;
 constexpr auto g_eLogical = ReportKey::ExpectedValidLogicValueFor;
 
-// The guard of ".T." compares two unrelated quantities, the token's length less its offset in the statement, as
-// an unsigned number. Only a token near the statement's front can fail it; that is how it stays.
+// The guard in front of ".T." compares the token's length with its offset in the statement, which have nothing to do
+// with each other, in unsigned arithmetic. Only a token near the statement's front can fail it, and none that ISO
+// 10303-21 allows. Kept, since it decides which damaged files are reported.
 bool boLongEnough(const AttributeBase::StepReadInfoAttribute& info) noexcept {
     return static_cast<std::uint64_t>(info.m_iLength) - static_cast<std::uint64_t>(info.m_iStart) >= 3;
 }
@@ -99,6 +101,8 @@ AttributeString::AttributeString(StepReadInfoAttribute& info) {
     m_value = pTextRead(info, info.m_iStart + 1, info.m_iLength - 2);
 }
 
+// The text between the quotes, decoded and terminated, in the memory of the model. Text without an escape, a quote or
+// an 8-bit byte, as most is, is copied at once; only the rest passes the codec and its scratch buffer.
 char* AttributeString::pTextRead(StepReadInfoAttribute& info, std::size_t iStart, std::size_t iLength) {
     const char* first = info.m_pInfo->m_line.data() + iStart;
     std::size_t iDecoded = iLength;
@@ -116,7 +120,7 @@ char* AttributeString::pTextRead(StepReadInfoAttribute& info, std::size_t iStart
 AttributeGuid::AttributeGuid(StepReadInfoAttribute& info) : AttributeGuid() {
     if (boReadNull(info)) return;
     Guid guid;
-    // What stands in the place of the quotes is not looked at.
+    // The bytes in the place of the quotes are not tested.
     if (info.m_iLength != 24 || !IfcGuid::boIfcStringToGuid(guid, info.pText() + 1)) {
         vReport(info, ReportKey::ExpectedValidGuidValueFor);
         guid.vGenerate();   // the entity keeps an identity
@@ -124,6 +128,8 @@ AttributeGuid::AttributeGuid(StepReadInfoAttribute& info) : AttributeGuid() {
     m_value = guid;
 }
 
+// Behind the opening quote stands one digit, the number of unused bits, and then two digits a byte, so the token has an
+// odd length. The first digit is passed over: a value is whole bytes.
 AttributeBinary::AttributeBinary(StepReadInfoAttribute& info) {
     if (boReadNull(info)) return;
     if (info.m_iLength < 3 || info.m_iLength % 2 == 0) {
@@ -172,6 +178,8 @@ AttributeEntity::AttributeEntity(StepReadInfoAttribute& info) {
     m_value = pEntityRead(info);
 }
 
+// A reference is the address of its number's slot, whether that statement has been read, will be, or never comes. The
+// mark lets the completion report the last case.
 Entity* AttributeEntity::pEntityRead(const StepReadInfoAttribute& info) {
     const char* pText = info.pText();
     if (info.m_iLength < 2 || *pText != '#') {

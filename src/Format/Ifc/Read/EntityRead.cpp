@@ -18,10 +18,11 @@ namespace {
 
 using Info = AttributeBase::StepReadInfoAttribute;
 
-// Constructs the cell of one token in place. Throws what its constructor throws, the text "illegal type" for a
-// kind outside the twelve, and for an attribute without a type the exception that says so.
+// Constructs the cell of one token in place. Throws what its constructor throws, the text "illegal type" for a kind
+// outside the twelve, and for an attribute without a type the exception that says so.
+//
 // A switch beside that of visitCellClass: it stands in the innermost loop of a read, where one parser serves reals and
-// numbers and the two classes without a cell are answered on the way, not looked for before.
+// numbers and the two classes without a cell are cases like the others, with no test in front.
 void vCellRead(CellClass eClass, void* pCell, Info& info) {
     switch (eClass) {
     case CellClass::Entity: ::new (pCell) AttributeEntity(info); return;
@@ -69,6 +70,9 @@ void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, Step
     const char* const pLine = info.m_line.data();
     Info token{&info, &data, this, nullptr, nullptr, 0, 0, 0};
     std::size_t iToken = 0;
+    // The layout of the type has, for the n-th parameter, its attribute, the offset of its cell and the class of that
+    // cell, so the loop asks the schema nothing. The cell is constructed in place; an exception of its constructor is
+    // reported, and the next token is read. Surplus tokens are reported one by one.
     const auto tokenRead = [&](const char* pBegin, const char* pEnd) {
         if (iToken >= pSize->cells.size()) {
             // A layout shorter than the type is an inside fault, and the file can't be trusted any further.
@@ -91,7 +95,7 @@ void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, Step
     try {
         if (iLength > 2) details::vForEachItem(pLine, pLine + iStart + 1, pLine + iStart + iLength - 1, tokenRead);
     } catch (...) {
-        vCellsUndefined(*pSize, iToken);   // whoever refers to the instance finds no value that the file does not have
+        vCellsUndefined(*pSize, iToken);   // references to it must find cells without a value
         throw;
     }
     // What the statement leaves out stays undefined, mandatory attributes too, and nothing is said about it:

@@ -3,21 +3,23 @@
 //
 //   scanner  --batches of 200-->  line workers: Data::boReadLine  --results-->  collector: Data::finalizeEntity
 //
-// Shares   a worker takes eight batches at once: statements name what stands near them, and where one worker's statements
-//          end and another's begin, two processors want the same memory.
+// Shares   a worker takes eight batches at once: statements name what stands near them in the file, so the slots and
+//          pages of one worker's share are mostly its own. With smaller shares two processors would write to the same
+//          cache lines of the entity table (false sharing) more often.
 // Order    within a batch that of the file; batches finish in any order. Nothing in a read depends on the order,
 //          save which of two equal GUIDs and which of several projects comes first.
-// Memory   batches circulate: the collector hands them back to the scanner with the capacity of their texts. There are
-//          so few that they stay in the processor's cache; when all are on their way, the scanner has to wait.
+// Memory   batches are reused: the collector returns them to the scanner with the capacity of their texts. There are
+//          so few that they stay in the last-level cache; when all are in use, the scanner has to wait.
 // Wakes    putting a thread to sleep and waking it costs as much as a batch: each sleeps until there is a share for it,
 //          and the scanner never does while there is something to parse: it then works as one of the workers.
-// Stops    each queue can be closed: who waits then takes what is left, and ends when there is nothing. The line queue is
-//          closed first; once its workers have ended, nothing can come to the done queue any more, and it is closed too.
-// Progress no state exists in which all sleep before that. A batch is in one of the queues or in somebody's hands, and
-//          whoever has it in hand is awake; a lost batch goes to the free queue like any other. The workers sleep over
-//          fewer than eight batches in the line queue, the collector over fewer than eight in the done queue. The scanner
-//          sleeps only when the free queue is empty and all batches are made, 24 or more. So more than eight lie in one
-//          of the other two queues, or somebody is awake who will put his there.
+// Stops    each queue can be closed: a thread that waits then takes what is left, and ends when there is nothing. The
+//          line queue is closed first; once its workers have ended, nothing can come to the done queue any more, and it
+//          is closed too.
+// Progress no state exists in which all threads sleep before that. A batch is in one of the queues or held by a thread,
+//          which then is awake; a lost batch goes to the free queue like any other. The workers sleep over fewer than
+//          eight batches in the line queue, the collector over fewer than eight in the done queue. The scanner sleeps
+//          only when the free queue is empty and all batches are made, 24 or more. So more than eight lie in one of the
+//          other two queues, or a thread is awake that will put its batch there.
 #include "Format/Ifc/IfcLineReadThreadPool.h"
 
 #include <condition_variable>
@@ -78,10 +80,13 @@ private:
         }
         void vClear();
     };
-    // A queue of batches that several threads share. It allocates nothing.
+    // A queue of batches that several threads share. Batches are linked through their own m_pNext, so that pushing and
+    // taking allocates nothing and cannot fail; a queue that had to allocate could lose a batch when memory runs out.
+    // m_iWakeAt is a low-water mark: a thread that slept for one batch would be woken some thousand times for a large
+    // file, and waking costs about what parsing a batch does.
     class Queue {
     public:
-        // Who finds the queue empty sleeps until there are iWakeAt batches.
+        // A thread that finds the queue empty sleeps until there are iWakeAt batches.
         explicit Queue(std::size_t iWakeAt = 1) noexcept : m_iWakeAt(iWakeAt) {}
         ~Queue();
         Queue(const Queue&) = delete;
@@ -191,6 +196,8 @@ IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::Queue::pTake(
     return pTaken;
 }
 
+// Once the queue is closed no thread waits for a full share any more, and each takes one batch at a time: so the last
+// ones are spread over all workers.
 IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::Queue::pPop(std::size_t iMost) {
     std::unique_lock lock(m_mutex);
     if (!m_pFirst) m_changed.wait(lock, [this] { return m_iCount >= m_iWakeAt || m_boClosed; });
@@ -222,6 +229,8 @@ IfcLineReadThreadPool::Work::Work(StepReadInfoDataCommon& info, FileBase& file, 
     info.m_boParallel = true;
 }
 
+// The order matters: the workers empty the line queue before they end, so the done queue may be closed only after they
+// have been joined, and the collector empties that one in turn.
 IfcLineReadThreadPool::Work::~Work() {
     m_boActive = false;
     vBatchQueue();
@@ -277,13 +286,18 @@ void IfcLineReadThreadPool::Work::vBatchQueue() {
     if (m_pBatch) m_lineQueue.vPush(std::move(m_pBatch));
 }
 
-// An empty batch for the next statements. The workers' work is the larger part: a scanner far ahead of them would hold
-// the file in memory twice, so once all batches are made it helps them.
+// An empty batch for the next statements.
+//
+// Where the scanner is held back. It runs several times as fast as one worker parses; left alone it would queue the
+// whole file. The number of batches is therefore fixed once there are a dozen for each worker and for the scanner. When
+// all are in use, the scanner takes a share from the line queue and parses it itself, which is the best use of its
+// time, and only where there is nothing to parse does it wait for a batch to come back. That cannot be for ever: see
+// Progress above.
 IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::pBatchNext() {
     for (;;) {
         if (BatchPtr pBatch = m_freeQueue.pTryPop(1)) return pBatch;
         if (m_iBatches < g_iBatchesPerWorker * (m_workers.size() + 1)) break;
-        if (!boHelp()) return m_freeQueue.pPop(1);   // all are in others' hands and come back
+        if (!boHelp()) return m_freeQueue.pPop(1);   // all are with other threads and come back
     }
     BatchPtr pBatch = std::make_unique<Batch>();
     pBatch->m_lines.reserve(g_iBatchLines);
@@ -318,8 +332,12 @@ void IfcLineReadThreadPool::Work::vBatchRead(Batch& batch, StepReadThread& threa
     }
 }
 
-// One batch after the other. What is thrown loses the one in hand, and no other. False when memory ran out; those behind
-// it are then back in the queue.
+// False when memory ran out; the batches behind that one are then back in the queue.
+//
+// A worker holds a chain of up to eight batches. Each is parsed under a guard of its own, so that an exception, which
+// is an internal fault or a lack of memory, costs one batch and no more: it is counted as lost and goes back to the
+// free queue, or the scanner would wait for it in vain. After std::bad_alloc the rest of the chain is put back in front
+// of the queue: another thread may have given memory back by then, and on the scanner's thread the caller can be told.
 bool IfcLineReadThreadPool::Work::boBatchesRead(BatchPtr pBatches, StepReadThread& thread) {
     bool boMemory = true;
     while (BatchPtr pBatch = boMemory ? std::move(pBatches) : nullptr) {

@@ -31,8 +31,8 @@ struct StepReadInfoDataCommon : ReadInfoCommon {
 
 class StepReadThread;   // ReadThread.h
 
-// A rooted instance among the results of several statements, with what the map of GUIDs takes of it: who enters it need
-// not look at the instance, which another processor has just written.
+// A rooted instance among the results of several statements, with its GUID: the collector, which enters it in the map,
+// so need not load the instance itself, whose cache lines the worker's processor has just written.
 struct RootedResult {
     std::size_t iResult;   // its place among the results
     Guid guid;
@@ -69,7 +69,7 @@ struct StepReadInfoData {
         return m_sourceText;
     }
 
-    // The first "(" at or behind iStart, npos when none follows. Remembers the last answer: select parsers ask for
+    // The first "(" at or behind iStart, npos when none follows. Remembers the last result: select parsers ask for
     // every item of a list, and a search of its own for each would make a long list quadratic.
     [[nodiscard]] std::size_t iParenthesisFind(std::size_t iStart) noexcept {
         if (iStart < m_iSearched || iStart > m_iParenthesis) {

@@ -19,6 +19,10 @@ public:
     explicit StepReadThread(Pool& pool) noexcept : m_arena(pool) {}
 
     // As Schema::pEntityFromName. A file names few types, mostly one of the last: those are found without hashing.
+    //
+    // A direct-mapped cache of 64 places. The place comes from the length, the last and the middle byte of the keyword,
+    // which tell the types of a file apart well: IFCCARTESIANPOINT and IFCDIRECTION differ in the length, IFCWALL and
+    // IFCSLAB in the other two. A wrong hit is found by comparing the name, and only replaces the entry.
     [[nodiscard]] const def::schema::Entity* pEntityFromKeyword(const def::schema::Schema& schema,
                                                                 std::string_view keyword) {
         if (keyword.empty()) return nullptr;

@@ -1,4 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+// From the bytes of a file to its statements (ISO 10303-21): blanks and comments fall away, strings stay
+// whole, and every ";" outside of them ends a statement. What a statement says is decided here only for sections and
+// markers; entity statements go on to the pool of workers, or are parsed at once on one thread.
+//
+// A read is lenient: sections are recognised by a word anywhere in a statement, and what has no place is counted as
+// passed over instead of ending the read. Fatal is only what makes the end of a statement uncertain.
 #include "Format/Ifc/Read/Scanner.h"
 
 #include <algorithm>
@@ -61,8 +67,11 @@ Scanner::Scanner(FileBase& file, std::istream& stream, ReadError& error, bool bo
 
 Scanner::~Scanner() = default;
 
-// What is pending goes along with the buffer, unless it is comment. Statements so span buffers while most bytes are
-// copied once, in large pieces.
+// How a statement gets its bytes. The buffer holds 16 KiB of the file, m_statement what of the present statement has
+// been copied so far, and m_iStart says from where in the buffer the rest is still missing. Nothing is copied byte by
+// byte: a piece ends at a blank, at a comment, at the ";" or at the end of the buffer, and goes to m_statement in one
+// call. So a refill only has to save the piece that lies across the buffer's end, and afterwards the statement goes on
+// at index 0. Inside of a comment there is no such piece; that is what m_boCopyOnRefill says.
 void Scanner::vBeforeRefill(const char* pBuffer, unsigned iValid) {
     if (m_boCopyOnRefill && m_iStart < iValid) m_statement.vAppend(pBuffer + m_iStart, iValid - m_iStart);
     m_iStart = 0;
@@ -74,6 +83,8 @@ bool Scanner::boScan(const SchemaFromName& schemaFromName, const ReadProgress& p
     return eScan == Scan::EndOfInput ? boEndOfInput() : eScan == Scan::Finished;
 }
 
+// Turns of the loop end at a byte that boFindStatementByte() leaves over, or at the end of the buffer. readString() and
+// readComment() may stand on the byte behind theirs already, which boAdvanced says; a step then would lose it.
 Scanner::Scan Scanner::scan(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
     for (;;) {
         if (m_iPosition >= m_iValid && !boRefill()) return Scan::EndOfInput;
@@ -92,9 +103,15 @@ Scanner::Scan Scanner::scan(const SchemaFromName& schemaFromName, const ReadProg
     }
 }
 
-// Moves to the next byte that needs more than this: a statement's end, a comment, a second "=", or anything whose
-// end lies behind the buffer's. Blanks, strings without escapes and the flags of a statement, nearly all of a file,
-// are dealt with on the way. False when the buffer holds no such byte any more.
+// Moves to the next byte that the caller has to deal with. False when the buffer holds no such byte any more.
+//
+// This is the loop in which a read spends its scanning time. ScanMap has found the bytes that matter already, so each
+// turn is a search for the next set bit, and most turns end here: a blank run is skipped and the text in front of it
+// copied, a string without escapes and line ends is skipped to its closing quote, "#" and the first "=" only set a
+// flag. What is left for the caller is rare: the end of a statement, a slash, a second "=", a backslash, and any string
+// that is not plain or does not end inside of this buffer, which is read byte by byte with refills in between. "#" is
+// no bit of the map, since it would stop the search at every reference; it is looked for by the table until the
+// statement has its first one, which mostly is its first byte.
 bool Scanner::boFindStatementByte() {
     const char* const pBytes = m_pBuffer;
     unsigned i = m_iPosition;
@@ -158,6 +175,8 @@ Scanner::Scan Scanner::byteRead(bool& boAdvanced) {
     }
 }
 
+// What the end of the input means. A STEP file has to reach the ENDSEC of its data section, and one without any report
+// so far gets one; the simple form ends with its bytes.
 bool Scanner::boEndOfInput() {
     if (m_boSimple) {   // which needs no ENDSEC
         if (m_info.m_pError->boFatal()) return false;
@@ -314,6 +333,7 @@ Scanner::Scan Scanner::sectionStatement(const SchemaFromName& schemaFromName) {
     return Scan::Continue;
 }
 
+// Counts the statement as passed over, unless nothing is left of it but what a statement may be empty with.
 void Scanner::vPassOver() {
     using namespace std::string_view_literals;
     if (m_statement.text().find_first_not_of("\t;\0"sv) != std::string_view::npos)

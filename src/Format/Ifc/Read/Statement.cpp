@@ -52,6 +52,8 @@ std::optional<StatementParts> statementParts(StepReadInfoData& info) {
 
 }   // namespace
 
+// One statement to one result, null where it yields no entity: a batch relates results to lines by their position. Only
+// a malformed head is fatal. An unknown type costs its statement, and so does a parameter list that is never closed.
 bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
     const auto giveUp = [&result] {
         result.push_back(nullptr);
@@ -78,6 +80,8 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
     return boEntityAdd(iId, *pType, info, parts->iOpen, iClose - parts->iOpen + 1, result) || giveUp();
 }
 
+// The type that an instance of an abstract type is kept as. Such a statement is a fault of the file, but the parameters
+// of the nearest concrete supertype are the first ones of its own, so those values can be kept.
 const def::schema::Entity* Data::pConcreteType(const def::schema::Entity& type, StepReadInfoData& info) const {
     if (!type.boAbstract) return &type;
     vReport(info, ReportKey::EntityIsAbstract);
@@ -89,6 +93,10 @@ const def::schema::Entity* Data::pConcreteType(const def::schema::Entity& type, 
     return def::schema::pAsEntity(m_pSchema->pObjectFromName("IfcBuildingElementProxy"));
 }
 
+// The slot is fixed by the number. Two statements with one number are a fault of the file, but they may be parsed at
+// the same time: the lock keeps the three pointers of the slot together, and the later statement simply starts anew,
+// leaving the blocks of the earlier one behind in the pool. The GUID is read out here, under the lock, for the
+// collector: what it would find in the slot later might be the other statement's (boNumberReused makes it look again).
 bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
                        std::size_t iLength, std::vector<Entity*>& result) {
     const def::schema::Entity* pType = pConcreteType(type, info);
@@ -131,6 +139,9 @@ void Data::vEntityEnter(Entity* pEntity, bool boMayBeRooted) {
     m_entities.push_back(pEntity);
 }
 
+// Two ways to the same end. This one looks at the instance, as a single-threaded read does, whose cache still holds it.
+// vEntityEnterTold() was told the GUID by the worker that parsed the statement: to the collector the instance is a
+// cache miss, and with millions of instances those misses would be much of its work.
 void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line, unsigned iLine) {
     if (!pEntity) return;
     vEntityEnter(pEntity, common.m_pRootSchema);
@@ -156,6 +167,9 @@ void Data::vGuidEnter(const Guid& guid, Entity* pEntity, StepReadInfoDataCommon&
         common.m_pError->add(nullptr, ReportKey::DuplicateGuids, std::string(line), iLine);
 }
 
+// The completion of a read, on one thread: the numbers, then the inverse lists, which need every attribute in its
+// place, then the order. Sorting comes last, so that inverse lists are made in the order in which the entities were
+// entered.
 bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
     const bool boComplete = boNumbersSettle(info, boKeepIds);
     {
@@ -175,8 +189,8 @@ bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
     return boComplete;
 }
 
-// One report for each number that was named and never defined: nobody knows any more which statement named it. The
-// others are kept, where that is asked for and no map is there yet. One look at each slot serves both.
+// One report for each number that was named and never defined; by now it is no longer known which statement named it.
+// The others are kept, where that is asked for and no map is there yet. One visit of each slot serves both.
 bool Data::boNumbersSettle(ReadInfoCommon& info, bool boKeepIds) {
     const bool boSeed = boKeepIds && !m_pEntityIdMap;
     if (boSeed) m_pEntityIdMap = std::make_unique<EntityIdMap>(0);

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The 22 characters of a GlobalId: the 128 bits as a number in base 64, whose first digit holds two bits only. The
+// number is cut into one group of 8 bits, two digits, and five of 24 bits, four digits each, so no digit crosses a
+// group.
 #include "Format/Ifc/IfcGuid.h"
 
 #include <array>
@@ -69,6 +72,8 @@ bool boWriteGroup(char* pText, std::size_t length, std::uint32_t value) {
     return value == 0;
 }
 
+// A NUL ends the group early, whose value then is that of the digits before it; a foreign byte makes the whole text
+// invalid.
 bool boReadGroup(const char* pText, std::size_t length, std::uint32_t& value) {
     value = 0;
     for (std::size_t i = 0; i < length; ++i) {

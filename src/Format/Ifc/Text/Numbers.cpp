@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Reals from text. Short ones, most coordinates of a model, are read here with exact arithmetic; longer ones, and every
+// form with an exponent, by fast_float. Both give the nearest double.
 #include "Format/Ifc/IfcNumbers.h"
 
 #include <array>

@@ -16,8 +16,13 @@
 
 namespace oxa::ifc::details {
 
-// The first byte of [first, last) between "'" and cHigh, or last. The bytes that cut a list, ' ( ) ,, lie in one run of
-// the code table with * and +, which the caller passes over. Bytes from pReadable on can be read.
+// The first byte of [first, last) between "'" and cHigh, or last. Bytes from pReadable on can be read.
+//
+// The bytes that cut a list are ' ( ) , and lie in one run of the code table, 0x27 to 0x2C, together with * and +. So
+// one test for a range finds all of them, where the four would need four comparisons; "*" and "+" come along and are
+// rare: a derived value, the sign of an exponent. The caller passes over them. What is left behind the last whole
+// block, fewer than sixteen bytes, is searched as the end of the block that ends with it, and the bits of the bytes in
+// front are shifted out; pReadable says whether there are so many bytes in front.
 template <char cHigh, class Block = ByteBlock>
 [[nodiscard]] inline const char* pFindFromQuoteTo(const char* pReadable, const char* first, const char* last) noexcept {
     constexpr std::ptrdiff_t iBlock = Block::g_iSize;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The codec of STEP strings (ISO 10303-21, 6.4.3). Reading never fails: a directive that is unknown or cut off is
+// dropped, because a model with one damaged text is worth more than none. Writing gives 7-bit text only.
 #include "Format/Ifc/IfcStepStrings.h"
 
 #include <cstdint>
@@ -26,11 +28,11 @@ void vAssertInvalid(std::string_view sWhat, std::string_view sInput, int iLine =
     Assert::vTell(g_sSource, g_sReader, text, iLine);
 }
 
-// One pass over the inside of a STEP string (ISO 10303-21, clause 6.4.3).
-//
-// Up to the first directive that names a character, everything goes to "out". From there on 7-bit characters
-// and named ones are kept as code points, to be converted at the end, while 8-bit bytes still go to "out" at
-// once: in a string that has both they come out in front.
+// One pass over the inside of a STEP string (ISO 10303-21, 6.4.3), with two outputs. Up to the first directive that
+// names a character, text goes to m_out as it stands, which is all that most strings need. From there on characters are
+// collected as code points in m_pending and converted in the end, because the groups of \X2\ are code points and no
+// bytes. 8-bit bytes are no STEP and go to m_out at any time, so in a string with both they come in front of what
+// follows the first directive. That order is part of the behaviour.
 class StringReader {
 public:
     StringReader(std::string& out, std::u32string& pending, const char* text, std::size_t length)
@@ -180,7 +182,9 @@ bool StringReader::boReadPage() {
     return true;
 }
 
-// What is written for each code point that is not printable ASCII.
+// What is written for each code point that is not printable ASCII. A run of them shares one \X2\ or \X4\ block, which
+// stays open until a printable character, or a code point that needs the wider form; \X\ with two digits is used only
+// outside of a block, where it is shorter.
 class HexWriter {
 public:
     explicit HexWriter(std::string& out) : m_out(out) {}
@@ -218,7 +222,7 @@ private:
 
 constexpr bool boPrintable(char32_t codePoint) { return codePoint >= 32 && codePoint <= 126; }
 
-// True for a text that is written as it is.
+// True for a text that is written unchanged.
 bool boWrittenVerbatim(std::string_view text) {
     for (const char c : text)
         if (!boPrintable(static_cast<unsigned char>(c)) || c == '\\' || c == '\'') return false;
@@ -268,6 +272,8 @@ const std::string& sIfcStrFromUtf8(std::string& out, const char* text, std::size
     return out;
 }
 
+// As sIfcStrFromUtf8, for a text that need not be UTF-8: each byte that is none becomes the Latin-1 character of its
+// value.
 const std::string& sIfcStrFromText(std::string& out, std::string_view text) {
     try {
         return sIfcStrFromUtf8(out, text.data(), text.size());

@@ -19,8 +19,12 @@ namespace oxa::ifc::details {
     return c == '\\' || c == '\'' || static_cast<unsigned char>(c) >= 0x80;
 }
 
-// Whether one of the 8 bytes is special. Subtracting 1 from each byte sets the high bit of those that are 0,
-// and of some above the first of them, which does no harm to a yes or no.
+// Whether one of the 8 bytes is special.
+//
+// Eight bytes in a register. x ^ 0x5C5C... makes a backslash 0; subtracting 1 from each byte then borrows, which sets
+// the high bit of a byte that was 0. It is also set for bytes that had it already, and the borrow may set it in the
+// byte above a 0. Both do no harm: the first are 8-bit bytes, which are special anyway, and for the second there is a
+// special byte below, so "true" is right. Where the first one is the caller finds byte by byte.
 [[nodiscard]] inline bool boHasSpecial(std::uint64_t bytes) noexcept {
     constexpr std::uint64_t ones = 0x0101010101010101u;
     const std::uint64_t backslash = bytes ^ (ones * '\\');
