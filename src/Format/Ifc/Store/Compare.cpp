@@ -24,8 +24,13 @@ namespace oxa::ifc {
 
 namespace {
 
-// The pairs of instances that a comparison came across. A pair counts as equal from then on: if it is not, its own
-// turn tells. So a cycle ends, and as all pairs must hold, none needs to be settled before the one that led to it.
+// The pairs of instances that a comparison came across.
+//
+// Equality of cyclic graphs. Two instances are equal when no difference can be reached from the pair. So a pair that
+// was met before is passed over: if it is unequal, its own turn finds that; if the only way to prove it equal leads
+// back to itself, there is no difference to be found. This is the largest relation that the rules allow (a
+// bisimulation), and it ends because there are finitely many pairs. The work list is a vector, not the stack: a chain
+// of references may be as long as the model.
 class EntityPairs {
 public:
     void vAdd(const Entity& a, const Entity& b) {

@@ -138,6 +138,7 @@ struct ItemsCopy {
 
 }   // namespace
 
+// By the kinds of both sides. Equal kinds copy; besides, a reference may become a select. All else is refused.
 bool AttributeBase::copyTo(AttributeBase& target, const Attribute& source, const Attribute& destination, Data& data,
                            const MapEntity& mapEntity, const MapType& mapType) const {
     const ObjectBase* pSource = source.pType();
@@ -231,6 +232,7 @@ bool AttributeSelect::copyTo(AttributeSelect& target, const ObjectBase* pObject,
     return target.boValueSet(value, pObject, data.pool());
 }
 
+// Lists are copied between equal item types only. A target that has no item type yet gets it from its own schema first.
 bool AttributeListValueBase::copyTo(AttributeListValueBase& target, const ObjectBase* pObject, Data& data,
                                     const MapEntity& mapEntity, const MapType& mapType) const {
     if (!copyBaseTo(target)) return true;

@@ -43,7 +43,7 @@ Data& Data::operator=(Data&& other) noexcept {
 }
 
 Data::~Data() {
-    m_pPool.reset();   // first: nothing of an entity is looked at when the rest goes
+    m_pPool.reset();   // first: nothing below follows a pointer to an entity
 }
 
 void Data::vSchemaSet(const def::SchemaPset* pSchema) {
@@ -85,6 +85,8 @@ const std::vector<Entity*>& Data::entities() const {
     return m_entities;
 }
 
+// A type and its subtypes have ordinals without a gap, and entities are sorted by them, so the entities of a type are
+// one contiguous part of the list, found by two binary searches.
 std::pair<Data::iterator, Data::iterator> Data::range(const ObjectName& name, bool boWithSubtypes) const {
     if (!m_pSchema) return {m_entities.cend(), m_entities.cend()};
     vSortEntities();
@@ -122,6 +124,7 @@ EntityIdMap& Data::entityIdMap(bool boRebuild) const {
     return *m_pEntityIdMap;
 }
 
+// False where no number of 32 bits is left above the highest.
 bool Data::boNumbersAbove() const {
     EntityIdMap& numbers = entityIdMap(false);
     if (numbers.iHighest() >= std::numeric_limits<std::uint32_t>::max()) return false;

@@ -27,6 +27,8 @@ bool boRooted(const Entity& entity) {
 
 }   // namespace
 
+// Entities that callers made come into the map at the first look-up after they were made, when their GlobalId mostly
+// has been set; those still without one are tried again at the next.
 void Data::vGuidUpdate() const {
     std::vector<Entity*> stillPending;
     for (Entity* pEntity : m_pendingGuid) {
@@ -57,6 +59,7 @@ bool Data::boGuidSet(Entity& entity, const Guid& guid) {
     return true;
 }
 
+// Takes the entity out of the container's lists only: what refers to it keeps doing so, unlike with entitiesRemove.
 bool Data::boEntityDelete(Entity* pEntity) {
     if (!pEntity) return false;
     const std::uint16_t iOrdinal = pEntity->schemaEntity().iTypeOrdinal;

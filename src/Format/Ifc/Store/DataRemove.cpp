@@ -3,7 +3,7 @@
 //
 // First it is settled what goes, by counting, while nothing is changed: one pass over the model notes who names the
 // entities in question and the relationships among the rest; from there each end of a relationship counts down with the
-// entities that go, so that no list is looked at twice. Then cells, inverse lists and the container's own lists let go of
+// entities that go, so that no list is walked twice. Then cells, inverse lists and the container's own lists let go of
 // them, which takes no memory: an exception leaves the model as it was.
 #include <algorithm>
 #include <charconv>
@@ -94,6 +94,12 @@ std::size_t iCountOf(const AttributeBase& cell, CellClass eClass) {
 
 }   // namespace
 
+// A relationship goes when one of its mandatory ends has lost too much, and its going may take others along. Walking
+// each list again whenever one of its entities goes would be quadratic for a relationship with many members, which is
+// what a container or a type relation is. So the first pass notes, for everything that may go, who refers to it from
+// which attribute, as chains through one vector. Each end then has a count of what is left, made when it is first
+// touched; an entity that goes counts down the ends of its chain, and an end that falls below its minimum sends its
+// relationship after. Each reference is visited once.
 class Data::Remover {
 public:
     explicit Remover(Data& data) noexcept : m_data(data) {}
@@ -208,6 +214,8 @@ private:
         }
     }
 
+    // Only here the model changes. What this needs in memory was reserved before, and everything else shortens lists in
+    // place, so nothing can throw half-way.
     void vTakeOut() noexcept {
         const auto boGone = [this](const Entity* pEntity) { return m_gone.contains(pEntity); };
         for (const Referrer& referrer : m_referrers)
@@ -226,6 +234,8 @@ private:
         }
     }
 
+    // Out of the cells of an entity that stays. It is told as incomplete when a mandatory attribute has lost its value,
+    // or a list has fewer items than its bounds ask for.
     template <class Gone>
     void vTakeFrom(const Referrer& referrer, const Gone& boGone) {
         bool boLacks = false;

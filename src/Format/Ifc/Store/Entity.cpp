@@ -37,6 +37,11 @@ std::size_t iPositionOf(const AttributeInverse& inverse) {
     return found == all.end() ? DataSizeEntity::Feed::g_iNone : static_cast<std::size_t>(found - all.begin());
 }
 
+// The layout of a type, made once and shared by all threads. Cells stand one behind the other in parameter order,
+// without padding, so a walk over the values of an instance is one stream of memory; that is why cells hold unaligned
+// values. For each attribute that inverse attributes are declared FOR it also notes whose list it feeds, and at which
+// position of the inverse block: that position is the same in all subtypes of the owner, since inherited inverse
+// attributes come first.
 std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& schema) {
     auto pSize = std::make_shared<DataSizeEntity>();
     for (const Attribute* pAttribute : schema.allAttributes()) {
@@ -84,6 +89,8 @@ void Entity::vFill(Data& data, const def::schema::Entity& schema, bool boInit) {
     if (pSize && boInit) vCellsUndefined(*pSize, 0);
 }
 
+// With boInit the instance starts anew: fresh blocks, every cell undefined. The old blocks stay in the pool, readable
+// as long as the model lives.
 void Entity::vSchemaEntitySet(Data& data, const def::schema::Entity& schema, bool boInit) {
     if (!boInit) {
         m_pSchemaEntity = &schema;

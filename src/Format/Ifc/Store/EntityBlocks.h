@@ -9,7 +9,7 @@
 namespace oxa::ifc {
 
 // The attribute block, then the inverse block behind it, in one request: they are used together. Memory comes
-// zeroed, so every inverse list is empty. Null for a type without attributes, whose layout nobody needs here.
+// zeroed, so every inverse list is empty. Null for a type without attributes, whose layout is not needed here.
 template <class Allocate>
 const DataSizeEntity* Entity::pBlocksAllocate(const def::schema::Entity& schema, Allocate&& alloc) {
     const bool boAttributes = !schema.allAttributes().empty();

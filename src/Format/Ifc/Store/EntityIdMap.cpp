@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Numbers of entities that no file has numbered are in a hash table; the others are computed from the address, so after
+// a read that keeps its numbers the table stays empty until new entities come.
 #include "Format/Ifc/Store/EntityIdMap.h"
 
 #include <algorithm>
@@ -46,6 +48,8 @@ std::optional<std::size_t> EntityIdMap::find(const Entity* pEntity) const {
     return found == m_pDealt->map.end() ? std::nullopt : std::optional(found->second);
 }
 
+// Where "near" does not help. A chunk is remembered in "near" only when its numbers have 32 bits: that is what its
+// short path promises of every number that it returns.
 std::optional<EntityIdMap::Number> EntityIdMap::knownFar(const Entity* pEntity, Near& near) const {
     if (const SeededChunk* pChunk = pSeededChunk(pEntity)) {
         const bool boDense = pChunk->iFirstId <= std::numeric_limits<std::uint32_t>::max();
@@ -76,6 +80,8 @@ const Entity* EntityIdMap::pSeededFromId(std::size_t iId) const {
     return &found->second->pFirst[iId % g_iSlots].entity;
 }
 
+// Seeding goes through the slots in the order of their numbers, so the chunk mostly is the last one. Its first slot
+// follows from any of its slots and that slot's number.
 EntityIdMap::SeededChunk& EntityIdMap::chunkOf(const EntitySlot& slot, std::size_t iId) {
     const std::size_t iFirstId = iId - iId % g_iSlots;
     if (m_pLastSeeded && m_pLastSeeded->iFirstId == iFirstId) return *m_pLastSeeded;
@@ -93,6 +99,8 @@ void EntityIdMap::vSeed(const EntitySlot& slot, std::size_t iId) {
     ++m_iSeeded;
 }
 
+// From the end of each chunk to its last defined slot: no number is kept that every seeding would have to keep up to
+// date.
 std::size_t EntityIdMap::iHighest() const {
     std::size_t iHighest = 0;
     for (const auto& [pFirst, chunk] : m_byAddress) {
@@ -106,6 +114,9 @@ std::size_t EntityIdMap::iHighest() const {
     return iHighest;
 }
 
+// A dealt number is m_iAbove + count + 1, and count grows by one with each, so that numbers go on without a gap. By
+// rule m_iAbove is 0: in a map that was seeded from a file with gaps such a number may be another instance's. From here
+// on it is highest - count, so that the next number is highest + 1.
 void EntityIdMap::vDealAbove() {
     // Where the only number is 0 this wraps around, and the sum with the count wraps back.
     m_iAbove = iHighest() - size();

@@ -87,6 +87,11 @@ private:
     static constexpr std::size_t g_iSlotBytes = 32;
 
     // The slots of one chunk of a table, by address; numbers run from iFirstId.
+    //
+    // The slots of a chunk stand 32 bytes apart, so (address - first) / 32 is the slot and with it the number: no entry
+    // for each instance is needed, only one bit that says whether the slot is defined. The subtraction is unsigned: an
+    // address in front of the chunk becomes a huge number and fails the same test as one behind it. A million numbers
+    // so take 128 KiB where a hash table would take some tens of MB.
     struct SeededChunk {
         const EntitySlot* pFirst;
         std::size_t iFirstId;

@@ -69,6 +69,7 @@ std::vector<const Entity*> Entity::entitiesInverseFromIndex(unsigned iIndex) con
     return {entities.begin(), entities.end()};
 }
 
+// Heads only: the nodes stay behind in the pool.
 void Entity::attributeInverseClear() {
     const def::schema::Entity& schema = schemaEntity();
     if (!schema.boHasInverse || !m_ppAttributesInverse) return;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The parts of the entity table that are not on the common path: the lock of a slot, and new chunks.
 #include "Format/Ifc/Store/EntityTable.h"
 
 #include <thread>
@@ -14,6 +15,9 @@ enum SlotState : std::uint8_t { Free = 0, Held = 1 };
 }   // namespace
 
 EntitySlotLock::EntitySlotLock(EntitySlot& slot) noexcept : m_state(slot.state) {
+    // A spin lock of one byte. It is contended only where two statements of a file have the same number, so in all
+    // other reads it is one uncontended exchange on a cache line that this thread is about to write anyway. yield() and
+    // not a pause: the holder parses a whole statement, and on one core it needs this processor to do so.
     while (m_state.exchange(Held, std::memory_order_acquire) == Held) std::this_thread::yield();
 }
 
@@ -32,7 +36,12 @@ EntitySlot& ReadInfoCommon::slotCreate(Data& data, std::size_t iChunk, std::size
     return slot;
 }
 
-// The chunk, with its slots. The acquire load of a reader meets the release store here: it sees zeroed memory.
+// The chunk, with its slots.
+//
+// Double-checked creation. The pointer is stored with release order after the memory is zero, and loaded with acquire
+// order by every reader, so none sees a chunk before its zeros. Chunks of a file without gaps come from a segment of
+// the pool, where huge pages spare TLB misses; a chunk whose predecessor is mostly empty gets a mapping of its own,
+// whose pages are mapped one by one, because then most of it will never be touched.
 ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) {
     const auto vCreate = [&data](Chunk& chunk, bool boDense) {
         void* pSlots = boDense ? data.pool().pAllocatePiece(g_iChunkBytes) : data.pool().pAllocate(g_iChunkBytes);

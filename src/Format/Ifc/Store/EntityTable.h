@@ -34,11 +34,11 @@ class Data;
 struct EntitySlot {
     Entity entity;
     std::uint8_t referenced;   // true once anything named this number or defined it
-    std::uint8_t state;        // who may touch "entity" right now, see EntitySlotLock
+    std::uint8_t state;        // whether a thread holds "entity", see EntitySlotLock
     std::uint8_t unused[6];
 
-    // With others at work the line is left to who has it, unless it has to change; alone, a look would only be a wait
-    // for memory.
+    // Test before store: with other threads at work the cache line stays shared unless the flag has to change, instead
+    // of moving to this processor. On one thread the load would only be a cache miss to wait for.
     void vReferencedSet(bool boParallel = true) noexcept {
         std::atomic_ref flag(referenced);
         if (!boParallel || !flag.load(std::memory_order_relaxed)) flag.store(1, std::memory_order_relaxed);
@@ -65,6 +65,11 @@ private:
     std::atomic_ref<std::uint8_t> m_state;
 };
 
+// Why a table of chunks. Statements name each other in any order, and the references of one statement are parsed on one
+// thread while their targets are parsed on another, or have not been scanned yet. If number n always has the same
+// address, a reference is that address, and nothing has to be patched later. A vector that grows would move; a hash
+// table would need a lock or a probe for each reference. Chunks of 32,768 slots never move, are found by one atomic
+// load, and cost memory only where numbers are: the pages of a chunk that nothing is written to are never mapped.
 struct ReadInfoCommon {
     static constexpr std::size_t g_iSlotsPerChunk = 32768;
     static constexpr std::size_t g_iChunkBytes = g_iSlotsPerChunk * sizeof(EntitySlot);
@@ -93,8 +98,8 @@ struct ReadInfoCommon {
         return slotCreate(data, iChunk, iSlot);
     }
 
-    // Returns pages that nobody has touched to the system: those of a chunk that was expected to be full. Not while other
-    // threads ask for slots.
+    // Unmaps the pages that were never accessed (madvise): those of a chunk that was expected to be full. Not while
+    // other threads ask for slots.
     void vTrim() noexcept;
 
     // Calls visit(number, slot) for the slots of all pages touched so far, numbers ascending. Not while
@@ -111,8 +116,8 @@ struct ReadInfoCommon {
     io::ReadError* m_pError;
 
 private:
-    // One bit a page of 128 slots, 4 KiB, that anyone has touched, so that completion does not walk (and so make the
-    // system map) the empty rest of a chunk in a file with sparse numbers.
+    // One bit a page of 128 slots, 4 KiB, that was accessed, so that completion does not walk the empty rest of a chunk
+    // in a file with sparse numbers: the walk alone would have the kernel map those pages.
     struct Chunk {
         static constexpr std::size_t g_iPageSlots = 128;
         static constexpr std::size_t g_iPages = g_iSlotsPerChunk / g_iPageSlots;
@@ -120,8 +125,8 @@ private:
         std::atomic<EntitySlot*> pSlots{nullptr};
         std::array<std::atomic<std::uint64_t>, g_iPages / 64> pages{};
 
-        // The first access to a page writes: after a look alone the system would have to replace its page of zeros by
-        // one of ours, and to tell all processors that run this process.
+        // The first access to a page is a store: after a load the kernel would have mapped its shared zero page, and
+        // would have to replace it at the first store, with a TLB shootdown on every processor that runs this process.
         void vTouch(EntitySlot& slot, std::size_t iSlot) noexcept {
             std::atomic<std::uint64_t>& word = pages[iSlot / g_iPageSlots / 64];
             const std::uint64_t uBit = std::uint64_t{1} << (iSlot / g_iPageSlots % 64);
@@ -141,7 +146,7 @@ private:
                 memory::vGiveBack(pFirst + iPage * g_iPageSlots,
                                   (g_iPages - iPage) * g_iPageSlots * sizeof(EntitySlot));
         }
-        // Whoever numbers without gaps fills the next chunk, too.
+        // A file that numbers without gaps fills the next chunk, too.
         [[nodiscard]] bool boMostlyTouched() const noexcept {
             std::size_t iTouched = 0;
             for (const auto& word : pages)

@@ -133,6 +133,8 @@ bool boStore(CellClass, AttributeBase&, const Attribute&, Data&, const math::Coo
 
 }   // namespace
 
+// A getter finds no value in an attribute whose type the schema lacks; a setter has to refuse it, by the exception that
+// says so.
 Entity::Found Entity::findToSet(const AttributeName& name) const {
     const Found found = find(name);
     if (found.pCell && found.pPlace->eClass == CellClass::Unresolved) (void)typeOf(*found.pPlace->pAttribute);
@@ -190,6 +192,8 @@ bool Entity::boFixedArrayValueGet(const AttributeName& name, IfcArray<T, N>& val
     return boWalk<T>(pPlace, pCell, store, {false, true}) && iCount == N;
 }
 
+// A list cell takes a value that is a list as a whole, as coordinates are. A select value is never one: it goes to the
+// overload of its class, which refuses lists.
 template <class T>
 bool Entity::boValueSet2(const AttributeName& name, const T& value, Data& data) {
     const auto [pPlace, pCell] = findToSet(name);
@@ -202,6 +206,7 @@ bool Entity::boValueSet2(const AttributeName& name, const T& value, Data& data) 
     return boStored;
 }
 
+// Bytes are the exception: a vector of them is one binary value, no list of numbers.
 template <class T>
 bool Entity::boListValueSet(const AttributeName& name, const std::vector<T>& values, Data& data) {
     if constexpr (std::is_same_v<T, unsigned char>) {

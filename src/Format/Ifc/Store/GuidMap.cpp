@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Open addressing with linear probing; what the order of the entries is good for says GuidMap.h.
 #include "Format/Ifc/Store/GuidMap.h"
 
 #include <cstring>
@@ -59,6 +60,7 @@ bool GuidMap::boInsert(const Guid& guid, Entity* pEntity) {
     return true;
 }
 
+// The new table is complete before the old one goes, so a lack of memory leaves the map as it was.
 void GuidMap::vGrow() {
     const unsigned iBits = m_iBits ? m_iBits + 1 : g_iFirstBits;
     std::vector<Entry> old(std::size_t{1} << iBits);
@@ -68,11 +70,14 @@ void GuidMap::vGrow() {
         if (entry.pEntity) m_table[iPlaceOf(entry.guid)] = entry;
 }
 
+// Erasing without tombstones. A free place ends a search, so the hole may not stay where an entry behind it needs the
+// run to be unbroken. Each entry behind the hole, up to the next free place, is moved into it unless that would bring
+// it in front of its own home; distances are taken modulo the size of the table, for runs that wrap around. The hole
+// moves along, and where the run ends nothing depends on it any more.
 bool GuidMap::boErase(const Guid& guid) noexcept {
     if (m_table.empty()) return false;
     std::size_t iFree = iPlaceOf(guid);
     if (!m_table[iFree].pEntity) return false;
-    // Those behind it move up, as far as that does not bring them in front of their own place.
     const std::size_t iMask = m_table.size() - 1;
     for (std::size_t i = iNext(iFree); m_table[i].pEntity; i = iNext(i)) {
         if (((i - iHome(m_table[i].guid)) & iMask) < ((i - iFree) & iMask)) continue;

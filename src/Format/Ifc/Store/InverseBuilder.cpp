@@ -10,11 +10,13 @@ void InverseBuilder::vAdd(Entity& entity) {
     try {
         vAnnounce(entity);
     } catch (...) {
-        vFlush();   // what is on its way belongs to instances before the fault
+        vFlush();   // what is queued belongs to instances before the fault
         throw;
     }
 }
 
+// The attributes that feed inverse lists are noted in the layout of the type, so an instance that feeds none is done
+// with the first tests, and of the others only those attributes are visited.
 void InverseBuilder::vAnnounce(Entity& entity) {
     const def::schema::Entity& schema = entity.schemaEntity();
     if (!schema.boHasInverse || schema.inverseTargets().empty()) return;
@@ -25,7 +27,7 @@ void InverseBuilder::vAnnounce(Entity& entity) {
                           "Not able to find attribute");
             continue;
         }
-        if (feed.iPosition == DataSizeEntity::Feed::g_iNone) continue;   // nobody has such a list
+        if (feed.iPosition == DataSizeEntity::Feed::g_iNone) continue;   // no type has such a list
         const DataSizeEntity::Cell& place = size.cells[feed.iCell];
         const auto& cell =
             *reinterpret_cast<const AttributeBase*>(static_cast<const char*>(entity.m_pAttributes) + place.iOffset);
@@ -55,6 +57,7 @@ void InverseBuilder::vTargetLook() {
     m_entries.vPush({pHead, reference.pSource});
 }
 
+// The memory first: when there is none, the entry stays in its queue.
 void InverseBuilder::vNodeEnter() {
     void* pBytes = m_pArena ? m_pArena->pAllocate(sizeof(EntityList)) : m_pool.pAllocate(sizeof(EntityList));
     const Entry entry = m_entries.pop();

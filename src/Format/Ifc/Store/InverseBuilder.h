@@ -2,8 +2,8 @@
 // InverseBuilder: announces instances to everything that they refer to.
 //
 // For      the completion of a read, which does it for each instance of a model, and single new instances.
-// Shape    a reference passes two short queues: while the target's memory is on its way from afar, the builder looks at
-//          the references behind it. Within a list the order is as if each had been entered at once.
+// Shape    a reference passes two short queues with a prefetch each: while the cache lines of its target are fetched,
+//          the builder works on other references. Within a list the order is as if each had been entered at once.
 // Threads  one; the lists of other instances are written.
 #pragma once
 
@@ -58,14 +58,19 @@ private:
     };
 
     void vAnnounce(Entity& entity);
+    // Entering one reference needs two cache lines of the target, the second found through the first: its slot, for the
+    // type and the inverse block, and then the list head in that block. In a large model both are misses of some
+    // hundred cycles, and one after the other they would be nearly all of the completion. So a reference waits in
+    // m_references while a prefetch fetches its slot, then in m_entries while another one fetches the list head: up to
+    // sixteen are in flight in each. The queues are first in, first out, so the entries of one list keep their order.
     void vReference(const Reference& reference);
     void vTargetLook();
     void vNodeEnter();
 
     Pool& m_pool;
     PoolArena* m_pArena;
-    Ring<Reference> m_references;   // the target's own memory is called for
-    Ring<Entry> m_entries;          // its inverse block is called for
+    Ring<Reference> m_references;   // the target's slot is being prefetched
+    Ring<Entry> m_entries;          // the list head is being prefetched
 };
 
 }   // namespace oxa::ifc

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // ReferenceTaker: takes references out of cells.
 //
-// For      removal of entities, which looks at each reference of a model and takes some of them away.
+// For      removal of entities, which visits each reference of a model and takes some of them away.
 // Visits   a plain reference; what a select holds, nested selects and aggregates looked through; the items of lists of
 //          references, of selects and of lists. Null references are not visited.
 // Threads  none of its own: a cell belongs to the owner of its entity.
@@ -15,7 +15,7 @@
 
 namespace oxa::ifc {
 
-// boGone(Entity*) is asked for each reference once; what it answers true for is taken out. With one that never does,
+// boGone(Entity*) is called once for each reference; those for which it returns true are taken out. If it never does,
 // nothing is written.
 template <class Gone>
 class ReferenceTaker {

@@ -15,6 +15,11 @@
 
 namespace oxa::ifc {
 
+// Several threads walk one model, and each instance must be composed exactly once. A set under a lock would be asked
+// for every reference of the model. Here the question is one load, mostly of a bit that is set already, and the first
+// to set it wins by fetch_or, whose old value tells. Pages of 32,768 bits are made on first use: two threads that make
+// the same page agree by compare_exchange, and the loser deletes its own. Nothing is ever taken away while threads
+// mark, so a pointer to a page stays good, and each thread remembers its last one.
 class SeenNumbers {
     struct Page;
 
@@ -41,7 +46,8 @@ public:
         }
         std::atomic<std::uint64_t>& word = near.m_pPage->words[iBit / 64];
         const std::uint64_t uMask = std::uint64_t{1} << iBit % 64;
-        // Most questions are about numbers met before, and those need no exclusive hold of the cache line.
+        // Most numbers have been met before: a load leaves the cache line shared, where fetch_or would need it
+        // exclusive.
         if (word.load(std::memory_order_relaxed) & uMask) return false;
         return !(word.fetch_or(uMask, std::memory_order_relaxed) & uMask);
     }
