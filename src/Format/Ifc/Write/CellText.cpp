@@ -58,8 +58,8 @@ bool boWholeWritten(StepWriteInfo& info, double value) {
     return true;
 }
 
-// A number of up to so many decimals and 15 digits. "size" is the double nearest to such a number when that number, made
-// a whole one by a power of ten and divided again, gives it back.
+// A number of up to so many decimals and 15 digits. "size" is the double nearest to such a number when that number,
+// made a whole one by a power of ten and divided again, gives it back.
 struct Decimals {
     double scale;   // 10 to the power of iCount, exactly
     int iCount;
@@ -69,8 +69,17 @@ struct Decimals {
     [[nodiscard]] bool boFits(double size) const noexcept { return size < largest && scaled(size) / scale == size; }
 };
 
-// Numbers of up to 15 digits, most of the others. Of the 16 digits that are asked for the last could still be another
-// one: the number's distance from the double, which fma gives exactly, must be below half of that digit.
+// "%.16G" for numbers with few decimals, without the library, and provably the same digits.
+//
+//   Let v be the double, n = round(v * 10^k) with k = 9 or 13, and D = n / 10^k the decimal number that is to be
+//   written. n < 10^15 and 10^k are exact doubles, so n / 10^k in double arithmetic is the double nearest to D. Where
+//   that is v (boFits), D is a decimal number with at most 15 digits that v stands for. "%.16G" writes the 16-digit
+//   number nearest to v. D, padded with zeros, is one of those; it is the nearest when |v - D| is less than half a
+//   unit of the 16th digit. Scaled by 10^k that is |v * 10^k - n| < 0.5 * 10^(digits of n - 16). fma computes
+//   v * 10^k - n with a single rounding, so the left side is as good as exact; the right side is a table, with 0.49
+//   for 0.5, which more than covers the rounding of both.
+//
+// Fifteen digits and not sixteen: there are decimal numbers of 16 digits that share their double with another one.
 bool boDecimalWritten(StepWriteInfo& info, double value) {
     constexpr Decimals g_few{1e9, 9, 1e6};
     constexpr Decimals g_many{1e13, 13, 1e2};

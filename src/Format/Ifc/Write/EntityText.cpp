@@ -30,7 +30,9 @@ bool Entity::boCompose(StepWriteInfo& info) const {
                 ->vWriteAttribute(value, cell.eClass);
         }
     }
-    // Who refers to this instance is written too: a relationship hangs on its members by nothing else.
+    // The walk goes both ways. Forward references are numbered while their text is written. A relationship is named by
+    // no other statement and is reached only from its members, so what refers to this instance is queued as well. In an
+    // ordered write all are met by then, and the numbers are asked for without queueing (Pass::Numbers).
     if (m_ppAttributesInverse && info.m_ePass != StepWriteInfo::Pass::Numbers)
         for (std::size_t i = 0, n = m_pSchemaEntity->allInverseAttributes().size(); i < n; ++i)
             if (const EntityList* pReferrers = pInverseEntries()[i])

@@ -9,6 +9,8 @@
 
 namespace oxa::ifc {
 
+// The caller's thread walks too, and is the only one that tells progress. When one throws, the others must not wait for
+// work that never comes: the walk is stopped before they are joined.
 void Data::vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const {
     std::vector<std::thread> threads;
     const auto join = [&threads] {
@@ -32,6 +34,8 @@ void Data::vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progr
     info.m_pWriter->vFinish();
 }
 
+// One composing thread. Alone it takes entities from the queue one by one, and what a statement names goes to the queue
+// at once; beside others it works on shares and hands on what it found with the next one (boTake).
 void Data::operator()(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const {
     StepWriteInfo statement(info, StepWriteInfo::Pass::InBatches);
     if (info.m_boSingleThreaded) {

@@ -115,7 +115,13 @@ private:
         m_changed.notify_all();
     }
 
-    // Leaves the text for whoever comes to its turn, which may be this thread. False as above.
+    // Leaves the text for the thread that comes to its turn, which may be this one. False as above.
+    //
+    // Texts are composed in any order and written in the order of their shares. A thread that has a text leaves it at
+    // its place in a ring and, if none is writing, writes all that are ready from the turn on. It waits where its text
+    // would be too far ahead, in shares or in bytes, so that a slow stream or one late share cannot pile up the whole
+    // model as text. No wait is for ever: the share at its turn is never held back, whatever lies in the ring, and
+    // shares are given out in order, so that the share at its turn is always with a thread that runs.
     bool boHandOver(std::size_t iShare, StepWriteInfo& statement) {
         std::unique_lock lock(m_mutex);
         // The text at its turn never waits, whatever the others hold: they wait for it.
@@ -186,7 +192,10 @@ bool Data::boReachNumbered(StepWriteInfoCommon& info) const {
     return boAllNumbered;
 }
 
-// Meets the rest, dealing numbers, from what is met by now: the lowest number first, then as entities are named.
+// Meets the rest, dealing numbers. These must not depend on which thread came first. Numbered entities are met in any
+// order, because their numbers are settled. New ones are dealt here, on one thread, by a walk whose order the model
+// alone decides: from the entities that are met by now, the lowest number first, to what each of them names, in the
+// order in which its statement names it.
 void Data::vReachOthers(StepWriteInfoCommon& info) const {
     const auto vVisit = [&info](const Entity& entity) {
         entity.vForEachNamedEntity([&info](const Entity& named) { info.iEntityIdQueue(&named); });

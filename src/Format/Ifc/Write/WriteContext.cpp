@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Which entities a walk has met, and their order; how several threads share one queue. Entities with a number of the
+// file are marked as bits, without a lock; the others are in a set under the lock.
 #include "Format/Ifc/Write/WriteContext.h"
 
 #include <algorithm>
@@ -38,6 +40,8 @@ std::vector<const Entity*> WriteInfoCommon::metUnseeded() const {
     return entities;
 }
 
+// Both parts are in order already, so they are merged. Of two with one number the seeded one comes first, as a merge
+// takes equal ones of its first range first.
 std::vector<const Entity*> WriteInfoCommon::metByNumber() const {
     std::vector<const Entity*> seeded = m_pEntityIdMap->seededOf(m_seenSeeded);
     if (m_seen.empty()) return seeded;
@@ -51,6 +55,8 @@ std::vector<const Entity*> WriteInfoCommon::metByNumber() const {
     return entities;
 }
 
+// The numbers in the order of the file first, each once; the rest by number. A bit for what was placed costs less than
+// looking the entities up again.
 std::vector<const Entity*> WriteInfoCommon::metByFile(std::span<const std::uint32_t> numbers) const {
     std::vector<const Entity*> entities;
     SeenNumbers placed;
@@ -93,9 +99,16 @@ bool StepWriteInfoCommon::boNumberedCollect(const Entity& entity, std::vector<co
     return true;
 }
 
+// How a walk on several threads knows that it has ended. An empty queue is not enough: another thread may be composing
+// a statement that names something new. m_iActive counts the threads that took a share and have not seen the queue
+// empty since. A thread comes here, first queues what it has found, and only then looks: if the queue is empty, it has
+// nothing left to add and leaves the count. When the last one leaves, the queue is empty and no thread is composing, so
+// nothing can be queued any more: the walk is done, and all that wait are woken. A thread that gets work joins the
+// count again. All of it happens under one lock, taken once a share and not once an instance; a share is an eighth of
+// the queue, so that others get some, and at most 64, so that what is found in it does not keep others waiting.
 bool StepWriteInfoCommon::boTake(std::vector<const Entity*>& found, std::vector<const Entity*>& share, bool& boActive,
                                  const std::function<void(unsigned)>& progress) {
-    // Large enough that the lock is seldom taken, small enough that nobody runs dry beside a full queue.
+    // Large enough that the lock is seldom taken, small enough that no thread runs dry beside a full queue.
     constexpr std::size_t g_iShareMax = 64;
     constexpr std::size_t g_iSharesOfQueue = 8;
     share.clear();
@@ -106,7 +119,6 @@ bool StepWriteInfoCommon::boTake(std::vector<const Entity*>& found, std::vector<
         m_changed.notify_all();
     }
     if (m_queue.empty()) {
-        // Who sees the queue empty leaves the count; when the last one does, nothing can come any more.
         if (boActive && --m_iActive == 0) {
             m_boDone = true;
             m_changed.notify_all();

@@ -5,8 +5,8 @@
 // puts those on the queue. There is no other list of what to write.
 //
 // Callers  Data, the cells, the writers, the ifcXML export, and seeds of library users.
-// Threads  StepWriteInfoCommon: the composing threads of one run share it. StepWriteInfo belongs to one of them: what
-//          a thread finds and composes it keeps to itself for a while, so that threads seldom meet.
+// Threads  StepWriteInfoCommon is shared by the composing threads of one run. StepWriteInfo belongs to one of them: it
+//          keeps what it finds and composes until a share is done, so that the lock is taken once a share.
 #pragma once
 
 #include <array>
@@ -74,7 +74,7 @@ protected:
                                : m_seen.insert(pEntity).second;
     }
 
-    WalkNear m_near;                            // of the one thread, or of who holds the lock
+    WalkNear m_near;                            // of the one thread, or under the lock
     SeenNumbers m_seenSeeded;                   // entities whose number came with a file
     std::unordered_set<const Entity*> m_seen;   // all others
 };

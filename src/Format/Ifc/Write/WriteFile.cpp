@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Where statements go: straight to the stream on one thread, through a bounded pool to a consumer thread, or as blocks
+// in a fixed order; and the frame of a STEP file around them.
 #include "Format/Ifc/IfcWriteFile.h"
 
 #include <exception>
@@ -70,10 +72,13 @@ namespace {
 // Three ways to a stream of one shape, chosen once a write. g_iBlock is what the way's line writer takes at once: 0 for
 // one statement, else so many bytes of them; see StepWriteInfoCommon::m_iBlockSize.
 
-// Statements through a pool to a consumer thread, which starts at once.
+// Statements through a pool to a consumer thread, which starts at once. Composers never touch the stream: they leave
+// blocks in the pool and go on. An exception of the stream is kept and thrown on the caller's thread once all have
+// ended; until then the consumer goes on taking blocks and drops them, for a composer that waits for room in the pool
+// would wait for ever.
 class ThreadedWriter {
 public:
-    // Enough that threads meet a few hundred times for a large file, little enough to stay in a core's cache.
+    // Large enough that the lock is taken a few hundred times for a large file, small enough to stay in the L2 cache.
     static constexpr std::size_t g_iBlock = 32768;
 
     explicit ThreadedWriter(std::ostream& out) : m_buffer(out), m_consumer([this] { vConsume(); }) {}
