@@ -24,8 +24,8 @@ constexpr std::array<CellClass, 12> g_classes{
 };
 static_assert(static_cast<std::size_t>(DataKind::Set) + 1 == g_classes.size());
 
-// The GUID test looks at the attribute and not at the object in hand: an IFCGLOBALLYUNIQUEID that a select
-// reaches is an ordinary string.
+// The GUID test is one of the attribute and not of the object in hand: an IFCGLOBALLYUNIQUEID that a select reaches is
+// an ordinary string.
 bool boIsGuidAttribute(const Attribute& attribute) noexcept {
     constexpr def::schema::ObjectName g_guid("IFCGLOBALLYUNIQUEID");
     const ObjectBase* pFirst = attribute.pType();

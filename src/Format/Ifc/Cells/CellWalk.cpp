@@ -83,6 +83,7 @@ struct CellValues {
         }
     }
     bool operator()(const AttributeList& list) const { return wanted.boList && boWalkItems<T>(list, function); }
+    // A loop and no recursion, since selects can nest in each other.
     bool operator()(const AttributeSelect& select) const {
         bool boAnswer = false;
         const AttributeSelect* pSelect = &select;
@@ -214,6 +215,7 @@ private:
                 if (!function(item)) return false;
         return true;
     }
+    // A list of exactly as many numbers as the value has.
     template <class Number>
     bool boAll(const Array<Number>* pItems) const {
         if (!pItems || pItems->size() != T::iSize) return false;
@@ -221,7 +223,7 @@ private:
         for (std::size_t i = 0; i < T::iSize; ++i) value[i] = (*pItems)[i];
         return function(value);
     }
-    // Every select is looked at; the answer is false when one of them held no T, or the function stopped the walk.
+    // Visits every select; false when one of them held no T, or the function stopped the walk.
     bool boSelected(const Array<AttributeSelect>* pItems) const {
         if (!pItems) return true;
         bool boAll = true;

@@ -39,8 +39,8 @@ constexpr bool boKnown(AttributeType eType) noexcept {
     return eType >= AttributeType::Real && eType <= AttributeType::Entity;
 }
 
-// Those that an overload of boPushBackValue answers, be it with false; a list of sets is none of them, and a select
-// or a reference is at home only where it can be an item.
+// Those for which an overload of boPushBackValue is defined, if only to return false; a list of sets is none of them,
+// and a select or a reference is at home only where it can be an item.
 template <class Value>
 constexpr bool boAppendable(AttributeType eType) noexcept {
     if constexpr (std::is_same_v<Value, const Entity*>) {
@@ -70,6 +70,9 @@ void vUtf8Check(std::string_view text) {
 
 }   // namespace
 
+// One overload a family of values: boSet() for a whole list, boPush() for one item more. Each first asks whether the
+// item type is its own, and refuses by false before anything is written. A block that is large enough is used again,
+// whose cells then have a header already (boNew).
 struct ListSetter {
     AttributeListValueBase& list;
     const ObjectBase* pElement;   // of the aggregate in hand; null where it has none
@@ -191,6 +194,10 @@ struct ListSetter {
     }
 
     // A new block with one item more; the old items' bytes move, the old block stays behind.
+    //
+    // A block stores no capacity, so it can't grow in place: n appends copy n*n/2 items and leave as much behind in the
+    // pool. Lists are mostly set as a whole, and a capacity would cost every list of every model eight bytes more;
+    // callers that append often collect in a vector and set once.
     template <class T>
     typename Array<T>::Item& append() {
         const Array<T>* pOld = list.pArray<T>();

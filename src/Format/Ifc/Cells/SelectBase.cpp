@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// IfcSelectBase owns what it points to, save an entity: a text, or a typed value behind a base class. The type_info
+// beside the union says which, so that copies, moves and the destructor know what to do.
 #include "Format/Ifc/IfcTypeSelectBase.h"
 
 #include <utility>
@@ -61,6 +63,7 @@ void IfcSelectBase::vEntitySet(Entity* pEntity) noexcept {
     m_uValue.pEntity = pEntity;
 }
 
+// The new text first: a lack of memory leaves the value as it was.
 void IfcSelectBase::vStringSet(std::string sValue) {
     auto* pString = new std::string(std::move(sValue));
     vClear();

@@ -42,7 +42,9 @@ std::set<Entity*> setOf(const EntityList* pHead) {
 
 }   // namespace
 
-// The nested cell of that kind: the present one, or a new one with a fresh header that is not the select's yet.
+// The nested cell of that kind: the present one, or a new one with a fresh header that is not the select's yet. It
+// becomes that once it holds its value (vCellTake): a setter that refuses the value leaves the select with its old
+// cell, tag and type, and no reader ever sees a tag that belongs to another cell.
 template <class Cell>
 Cell& AttributeSelect::cellOf(AttributeType eType, Pool& pool) const {
     AttributeBase* pCell = m_pValue;
@@ -56,8 +58,7 @@ void AttributeSelect::vCellTake(AttributeBase& cell, AttributeType eType, const 
     m_pType = pType;
 }
 
-// A value was stored in the cell, and only now cell, tag and type become the select's: what is refused leaves it as it
-// was, and readers never take a cell for one of another class.
+// A value was stored in the cell, and only now cell, tag and type become the select's.
 bool AttributeSelect::boStored(AttributeBase& cell, AttributeType eType, const Type* pType) noexcept {
     vCellTake(cell, eType, pType);
     cell.vDefined();
@@ -90,6 +91,8 @@ bool AttributeSelect::boStoreText(const Type* pType, const IfcSelectBase& value,
     return cell.boValueSet(text.data(), text.size() + 1, pool) && boStored(cell, AttributeType::String, pType);
 }
 
+// By the kind of the value's own type, which decides the class of the nested cell. A value whose C++ type is not the
+// one of that kind is refused.
 bool AttributeSelect::boValueSet(const IfcSelectBase& value, const ObjectBase* pObject, Pool& pool) {
     if (Entity* pEntity = value.pEntityGet())
         return boStore<AttributeEntity>(AttributeType::Entity, nullptr, &pEntity, pool);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// ValueWalk: the values of a cell as a caller's type, for those who know the class of the cell.
+// ValueWalk: the values of a cell as a caller's type, for callers that know the class of the cell.
 //
 // For      typed access by name, which finds the class in the layout. AttributeBase::boForEach derives it first.
 // Cost     an indirect call a value, and no std::function.
@@ -37,7 +37,7 @@ struct Wanted {
     bool boList;
 };
 
-// Walks the values of type T that the cell holds, until the function answers false. False without a value, for a class
+// Walks the values of type T that the cell holds, until the function returns false. False without a value, for a class
 // that holds no T, and when the function stopped the walk. One instance for each T to walk of Cells/ValueTypes.h.
 template <class T>
 bool boWalkValues(const AttributeBase& cell, CellClass eClass, ValueFunction<T> function, Wanted wanted);

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The header section of a STEP file: its three statements from text and back, and the section as a text of its own.
+// Reading tests neither quotes nor parentheses: whatever stands in their place is taken off, and a field that is
+// missing leaves the header's value.
 #include "Format/Ifc/IfcFileHeader.h"
 
 #include <algorithm>
@@ -220,6 +223,7 @@ FileHeader::FileHeader(FileHeader&&) noexcept = default;
 FileHeader& FileHeader::operator=(const FileHeader&) = default;
 FileHeader& FileHeader::operator=(FileHeader&&) noexcept = default;
 
+// A statement is known by its keyword anywhere in the text, since a comment or a fault may stand in front of it.
 bool FileHeader::boReadLine(std::string&& line, io::ReadError& errors, unsigned int lineNumber) {
     const std::size_t iSemicolon = line.rfind(';');
     if (iSemicolon == std::string::npos) {
@@ -268,6 +272,8 @@ void FileHeader::vSchemaNameSet(std::string sName) { schema.schemaName = std::mo
 
 std::string FileHeader::sSchemaNameGet() const { return schema.schemaName; }
 
+// Here statements end at line feeds, unlike in a file: a header that was written by writeToString() has one a line. The
+// first one has to be "HEADER;"; what stands behind "ENDSEC;" is not read.
 std::optional<FileHeader> FileHeader::parseFromString(std::string_view text) {
     FileHeader header;
     StatementScanner scanner;
@@ -279,7 +285,7 @@ std::optional<FileHeader> FileHeader::parseFromString(std::string_view text) {
         if (iStatement == 0 && buffer != g_headerBegin) return std::nullopt;
         if (iStatement != 0) {
             if (buffer == g_headerEnd) break;
-            io::ReadError errors;   // of this statement alone: nobody hears of them
+            io::ReadError errors;   // of this statement alone; only a fatal one matters
             header.boReadLine(std::move(buffer), errors, iStatement);
             if (errors.boFatal()) return std::nullopt;
         }

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The head of the simple form: a line that names the form, a line with the schema, and a line that is "*" for a whole
+// model or the number of the instance that the text was written for.
 #include "Format/Ifc/IfcFileHeaderSimple.h"
 
 #include <cstdlib>

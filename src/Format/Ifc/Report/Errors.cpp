@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Records of faults: from any thread, each with its text made once, when it is stored.
 #include "Format/Ifc/IfcFileError.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::string_view g_place = "%1";
 
-// Every "%1" of "text" becomes "argument", from left to right; what was put in is not looked at again.
+// Every "%1" of "text" becomes "argument", from left to right; a "%1" inside of the argument stays.
 void vArgumentFill(std::string& text, std::string_view argument) {
     for (std::size_t i = text.find(g_place); i != std::string::npos; i = text.find(g_place, i + argument.size()))
         text.replace(i, g_place.size(), argument);
@@ -80,7 +81,8 @@ void Errors::add(const Entity* entity, Severity severity, Category category, std
     vStore(Message(key, argument), entity, severity, category, std::move(lineString), lineNumber);
 }
 
-// The text is made without the lock.
+// The text is made before the lock is taken: threads that report at the same time only take turns for the list. Keys
+// are kept once each, so that a record's view of its key stays good whatever the caller passed.
 void Errors::vStore(const Message& message, const Entity* entity, Severity severity, Category category,
                     SourceText&& lineString, unsigned lineNumber) {
     ErrorRecord record;

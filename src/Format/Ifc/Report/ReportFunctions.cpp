@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The functions that replace those of the template engine. They give the same results, but throw where the engine would
+// overflow, divide by zero or read past the end of a list.
 #include "Format/Ifc/Report/ReportFunctions.h"
 
 #include <algorithm>
@@ -17,6 +19,8 @@ namespace {
 using Integer = Json::number_integer_t;
 using Real = Json::number_float_t;
 
+// The bounds are tested as reals before the cast, which is undefined outside of them. -min is a power of two and so an
+// exact real; max is not.
 template <class Number>
 Number fromReal(Real value) {
     if (!(value >= static_cast<Real>(std::numeric_limits<Number>::min()) &&
@@ -27,6 +31,7 @@ Number fromReal(Real value) {
 
 enum class Sign { Plus, Minus, Times };
 
+// As the engine: text joins text, integers stay integers, and everything else is a real.
 template <Sign eSign>
 Json calculated(Arguments& args) {
     const Json& a = *args.at(0);

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// All reports, one row each: enumerator, key, severity, category, and the text in both languages. Adding one is a row
+// here and an enumerator; the rows are asserted to be in the order of both.
 #include "Format/Ifc/Report/ReportKeys.h"
 
 #include <algorithm>

@@ -290,10 +290,13 @@ private:
 
 using Expression = std::shared_ptr<inja::ExpressionNode>;
 
-// A value and the functions that are applied to it, one after the other where inja has each as the first
-// argument of the next: sums, conditions, pipelines. Each function finds the value on top of the stack of
-// values, where its first argument would have put it; that argument is a plain ExpressionNode now, which does
-// nothing.
+// A value and the functions that are applied to it, one after the other where inja has each as the first argument of
+// the next: sums, conditions, pipelines. Each function finds the value on top of the stack of values, where its first
+// argument would have put it; that argument is a plain ExpressionNode now, which does nothing.
+//
+// Why rows. "a + b + c + ..." is to inja a call in a call in a call: rendering a sum of some thousand terms would need
+// as many frames of the stack, and a template is text of a stranger. Only the first argument nests that way, so the
+// calls are laid out in a row; what is left of depth is what the template nests in parentheses.
 class FunctionRow final : public inja::ExpressionNode {
 public:
     explicit FunctionRow(std::vector<Expression> steps)
@@ -377,6 +380,9 @@ private:
     }
 
     // "iDepth": how many functions stand around it that have it as another than their first argument.
+    //
+    // The chain of first arguments is unwound into steps in a loop. Only the other arguments recurse, and these nest no
+    // deeper than the template has parentheses.
     void vGuard(Expression& pExpression, std::size_t iDepth) {
         if (iDepth > g_iMostNested) throw std::length_error("an expression nested too deeply");
         std::vector<Expression> steps;   // the last function first

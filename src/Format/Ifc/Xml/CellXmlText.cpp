@@ -246,7 +246,7 @@ struct SetText {
     bool operator()(AttributeList& cell) const {
         return cell.boValueAsXmlStringSet(object, text, attribute, data, path);
     }
-    bool operator()(AttributeEntity&) const { return false; }   // set by whoever knows the instances
+    bool operator()(AttributeEntity&) const { return false; }   // set by the importer, which knows the instances
 };
 
 // Only selects and lists have their value in several texts.

@@ -116,6 +116,8 @@ void Export::vQueueLeftOut(Walk& walk) {
     }
 }
 
+// The order of an instance's content: level by level from the root of its supertypes, at each level the attributes and
+// then the inverse attributes that it declares. Made once a type.
 const std::vector<ExportCommon::Walk::Step>& ExportCommon::Walk::stepsOf(const def::schema::Entity& type) {
     const auto [place, boNew] = m_steps.try_emplace(&type);
     if (!boNew) return place->second;
@@ -138,6 +140,12 @@ void ExportCommon::vExportEntity(Element& parent, const Entity& entity, const de
 }
 
 // Fills all elements that wait, and those that their instances nest, in document order.
+//
+// Nested instances without recursion: a chain of references may be as long as the model, and each would be a frame of
+// the stack. m_open is the chain of instances whose attributes are being written, m_pending what elements wait to be
+// filled, the next one last. A step may append several elements; they are reversed so that the first is filled first,
+// together with all that it nests (iPending says how far down that goes), before the next step of its parent. So a
+// document has the order that recursion would give it.
 void Export::vExportQueued(Walk& walk) {
     for (;;) {
         const std::size_t iDone = walk.m_open.empty() ? 0 : walk.m_open.back().iPending;
@@ -150,7 +158,8 @@ void Export::vExportQueued(Walk& walk) {
     }
 }
 
-// The last of the elements that wait: what it is to begin with, its attributes later.
+// The last of the elements that wait: what it is to begin with, its attributes later. An instance is written in full
+// where it is met first, with an "id"; everywhere else its element is empty and has a "ref".
 void Export::vExportInstance(Walk& walk) {
     Walk::Pending instance = walk.m_pending.back();
     walk.m_pending.pop_back();
@@ -186,6 +195,8 @@ void Export::vExportStep(Walk& walk) {
     std::reverse(walk.m_pending.begin() + static_cast<std::ptrdiff_t>(iBefore), walk.m_pending.end());
 }
 
+// Without a record the relations only join the walk, to be written later at the top of the document. Mode 1 writes an
+// element of the inverse attribute's name for each of them, mode 2 one such element around all.
 void Export::vExportInverse(Element& element, const Entity& entity, const def::schema::AttributeInverse& inverse,
                             Walk& walk) {
     const int iIndex = entity.inverseIndexFromName(def::schema::AttributeName(inverse));

@@ -28,7 +28,7 @@ namespace {
 constexpr std::string_view g_sNamespaceBase = "http://www.buildingsmart-tech.org/ifcXML/";
 static_assert(g_sNamespaceBase.size() == 41);
 
-// What a number stands for. The instance may be looked at while its memory lives.
+// What a number stands for. The instance may be accessed while its memory lives.
 struct KnownId {
     Entity* pEntity = nullptr;
     std::weak_ptr<const Pool> life;
@@ -36,7 +36,9 @@ struct KnownId {
 
 using IdTable = std::unordered_map<std::uint64_t, KnownId, memory::Fnv1a>;
 
-// Of all imports of the process, one after the other.
+// One table for the process: a "ref" may name an instance of a document that was imported before. The weak pointer
+// tells whether that model's memory still lives; without it a "ref" could lead to freed memory. It is also why one
+// import runs at a time.
 IdTable& idTable() {
     static IdTable table;
     return table;
@@ -141,8 +143,10 @@ bool Import::boImportHeader(FileBase& file, std::function<def::SchemaPset*(const
     return true;
 }
 
+// Instances stand at the top of a document or nested in others; either way they come through entityNodeImport().
+// Inverse lists are built at the end, when all values are in place.
 bool Import::boImportData(Data& data) {
-    io::ReadError errors;   // nobody asks for them
+    io::ReadError errors;   // the caller has no use for them
     ReadInfoCommon info(errors);
     const std::optional<const_Element> root = m_pFile->RootElementGet();
     if (!root) return false;
@@ -195,6 +199,8 @@ bool Import::boEntityRead(const const_Element& element, Entity& entity, const st
     return true;
 }
 
+// XML attributes and child elements alike: by name an attribute of the type, an inverse attribute, or the forward
+// attribute that one of its inverse attributes is declared FOR.
 void Import::vNodeRead(const const_Node& node, Entity& entity, Data& data, ReadInfoCommon& info) {
     const std::string sName(node.getNodeName());
     if (sName == "id") return;

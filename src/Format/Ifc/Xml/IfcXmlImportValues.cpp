@@ -81,6 +81,7 @@ void Import::vReferenceRead(Entity& entity, const const_Node& node, const Attrib
     entity.boValueSet<const Entity*>(AttributeName(attribute), pTarget, data);
 }
 
+// A value is wrapped by an element that names its type, a reference is an element of the instance's type.
 void Import::vSelectRead(Entity& entity, const const_Node& node, const Attribute& attribute, Data& data,
                          ReadInfoCommon& info) {
     const std::optional<const_Node> child = node.FirstChildGet();
@@ -99,6 +100,8 @@ void Import::vForEachChild(const const_Node& node, Data& data, ReadInfoCommon& i
             visit(entityNodeImport(*element, std::string(element->getNodeName()), data, info));
 }
 
+// An XML attribute holds all items as one text, an element has one child for each instance. Which of the two a document
+// uses is seen from the node.
 void Import::vListRead(Entity& entity, const const_Node& node, const Attribute& attribute, Data& data,
                        ReadInfoCommon& info) {
     if (!const_Element::toWrapper(node)) {
@@ -126,7 +129,7 @@ void Import::vInverseRead(Entity& entity, const const_Node& node, const def::sch
     if (!pForward || !pForward->pOwner || pForward->types.empty()) return;
     const AttributeName name(*pForward);
     const auto vAdd = [&](Entity* pTarget) {
-        if (!pTarget) return;   // a number that nobody knows
+        if (!pTarget) return;   // a number that stands for no instance
         if (def::schema::boIsAggregate(kindOf(pForward->types.front())))
             pTarget->boValuePushBack(name, &entity, data);
         else
