@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Which entities of two models stand for each other, and what is left over. Entities with a GlobalId are paired by it;
+// those that no such entity leads to, by content. All others are a part of the entities that lead to them, and show
+// there.
 #include "Compare/Compare.h"
 
 #include <algorithm>
@@ -101,6 +104,9 @@ private:
         return groups;
     }
 
+    // A GlobalId that several entities share is a fault of the file, so pairs are taken in three rounds: equal
+    // attributes first, then the same type, then whatever is left. With one on each side, the usual case, the last
+    // round pairs them.
     void vRooted() {
         const auto all =
             groups<Guid, std::hash<Guid>>([](const Content& content, Index i) { return content.pGuid(i); });
@@ -123,6 +129,8 @@ private:
         }
     }
 
+    // Of each content, as many as both sides have are equal; the surplus is removed or added. There is no change
+    // between entities that nothing identifies.
     void vApart() {
         const auto all = groups<ContentHash, ContentHashHash>(
             [](const Content& content, Index i) { return content.boApart(i) ? &content.content(i) : nullptr; });

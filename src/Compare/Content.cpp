@@ -1,4 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+// Contents as hashes, so that two models are compared in nearly linear time. An entity's content is that of its values
+// and of all that it refers to, down to entities with a GlobalId, which count as that GlobalId alone: a change there is
+// a change of that entity and of none that refers to it.
+//
+// References may go in circles. So the entities are taken by strongly connected component, each after those it leads
+// to; within a component hashes are refined in rounds, until the members can be told apart no further or the rounds are
+// used up.
 #include "Compare/Content.h"
 
 #include <algorithm>
@@ -277,6 +284,8 @@ void Content::vTargetsGather() {
     m_firstTarget.push_back(m_targets.size());
 }
 
+// In the order of the components every content that one refers to is settled already, unless it is of the same
+// component.
 template <class Wanted>
 void Content::vContentsSettle(const Components& components, Contents& contents, Wanted&& boWanted) const {
     for (const std::vector<Index>& members : components.all()) {
@@ -291,7 +300,9 @@ void Content::vContentsSettle(const Components& components, Contents& contents, 
     }
 }
 
-// From one round to the next each member sees one reference further, until no two differ that were alike before.
+// From one round to the next each member sees one reference further, until no two differ that were alike before: the
+// refinement of a partition, where the count of different hashes only grows, so an equal count is the end. At last each
+// member takes the set of all hashes along: two components that differ in one place differ in all members.
 void Content::vCycleSettle(const std::vector<Index>& members, Contents& contents) const {
     Contents views(members.size());
     Contents different;   // views, each once, ascending
@@ -311,6 +322,7 @@ void Content::vCycleSettle(const std::vector<Index>& members, Contents& contents
     for (const Index i : members) contents[i].vAdd(all);
 }
 
+// What an entity with a GlobalId leads to, over any number of others.
 void Content::vReachedSettle() {
     m_reached.resize(iCount());
     std::vector<Index> open;
@@ -330,6 +342,8 @@ void Content::vReachedSettle() {
     }
 }
 
+// Entities that neither an entity with a GlobalId nor another component leads to: the tops of what stands apart, which
+// stand for all below them.
 void Content::vApartSettle(const Components& components) {
     std::vector<bool> named(components.all().size());   // components that others refer to
     for (Index i = 0; i < iCount(); ++i)
@@ -341,6 +355,7 @@ void Content::vApartSettle(const Components& components) {
     for (Index i = 0; i < iCount(); ++i) m_apart[i] = !m_reached[i] && !named[components.of(i)];
 }
 
+// Where what stands apart, from iFirst on, meets what entities with a GlobalId lead to.
 std::vector<Content::Index> Content::borders(Index iFirst) const {
     std::vector<Index> borders;
     std::vector<Index> open{iFirst};
@@ -375,7 +390,7 @@ ContentHash Content::attributes(Index i, const Contents& contents) const {
     const ifc::Entity& entity = *m_entities[i];
     ContentHash hash = compare::hashOf(Mark::Entity, std::string_view(entity.pSchemaEntity()->sNameUpper));
     entity.boForEachAttribute([&](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
-        // What an entity without GlobalId has there is none of the file's.
+        // Without a GlobalId that could be read the value there was generated, and differs from read to read.
         const bool boGuid = ifc::AttributeBase::cellClass(attribute.pType(), attribute) == ifc::CellClass::Guid;
         if (cell.m_boUndefined || (boGuid && !m_guids[i])) return false;
         hash.vAdd(std::string_view(attribute.sName));

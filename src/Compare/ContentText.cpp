@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Values for people: as in a STEP file, but references are followed, since numbers mean nothing across two models, and
+// texts end after a bounded length.
 #include "Compare/ContentText.h"
 
 #include <algorithm>
@@ -37,6 +39,8 @@ std::string sReal(double value) {
     return sReal;
 }
 
+// Items with commas between them, and parentheses around lists, typed values and entities. Once the text is full
+// nothing is appended, not even the parentheses that are still open.
 class TextVisitor {
 public:
     TextVisitor(const Content& model, std::string& text) : m_model(model), m_text(text) {}

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// What differs in two entities, as paths to the values: an attribute whose references have other contents is followed
+// into the entities, as long as both sides have entities of one type without a GlobalId there.
 #include "Compare/ValueDiff.h"
 
 #include <algorithm>
@@ -97,7 +99,8 @@ private:
         m_values.push_back({sPath, std::move(sOld), std::move(sNew)});
     }
 
-    // True where they differ, told or not.
+    // True where they differ, told or not. Three cases: sets of references are compared as sets; values that only
+    // differ in what they refer to are followed pair by pair; everything else is told as text.
     bool boValues(const std::string& sPath, const Value& a, const Value& b, int iDepth) {
         if (!a.pAttribute || !b.pAttribute) {
             const Value& only = a.pAttribute ? a : b;
@@ -124,7 +127,8 @@ private:
 
     [[nodiscard]] bool boFull() const noexcept { return m_values.size() > m_iFirst && m_values.back().boMore; }
 
-    // What only one of the sets has. As many on both sides: one by one.
+    // What only one of the sets has, by content. As many on both sides are taken for changed ones and followed one by
+    // one.
     void vSets(const std::string& sPath, const std::vector<const ifc::Entity*>& a,
                const std::vector<const ifc::Entity*>& b, int iDepth) {
         const auto only = [](const Content& side, const std::vector<const ifc::Entity*>& entities,
@@ -159,6 +163,8 @@ private:
         vTell(sPath, text(m_before, old), text(m_after, now));
     }
 
+    // A pair is followed once an attribute (m_told): so circles end, and what several paths lead to is told on the
+    // first.
     void vReferences(const std::string& sPath, const ifc::Entity* pOld, const ifc::Entity* pNew, int iDepth) {
         if (m_before.content(pOld) == m_after.content(pNew)) return;
         const auto boInside = [](const Content& side, const ifc::Entity* pEntity) {
@@ -190,6 +196,7 @@ Value::Value(const ifc::Entity& entity, std::string_view name) {
     if (iIndex >= 0) std::tie(pAttribute, pCell) = entity.pAttributeFromIndex(static_cast<unsigned>(iIndex));
 }
 
+// Cuts both texts to a window around their first difference, at the bounds of UTF-8 characters.
 void vCut(std::string& a, std::string& b, std::size_t iMost) {
     if (a.size() <= iMost && b.size() <= iMost) return;
     const auto itDifference = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// An entity as people name it: by number, or by GlobalId in any of its spellings.
 #include "Convert/EntityFromText.h"
 
 #include <algorithm>
@@ -49,6 +50,7 @@ std::optional<Guid> guidFromText(std::string_view text) {
     return text.size() == ifc::IfcGuid::Length ? ifc::IfcGuid::fromIfcGuid(text) : guidFromHexadecimal(text);
 }
 
+// A number too large for its type is one that no entity has, not a text that is none.
 std::optional<std::size_t> numberFromText(std::string_view text) {
     if (text.size() < 2 || text.front() != '#') return std::nullopt;
     std::size_t iNumber = 0;
@@ -59,6 +61,7 @@ std::optional<std::size_t> numberFromText(std::string_view text) {
     return error == std::errc() ? std::optional(iNumber) : std::nullopt;
 }
 
+// The map first. It does not have a GlobalId that was given to an entity after that came into it, hence the search.
 ifc::Entity* pEntityFromGlobalId(const ifc::Data& data, const Guid& guid) {
     if (ifc::Entity* pEntity = data.pEntityFromGuid(guid)) return pEntity;
     const auto [first, last] = data.range(schema::ObjectName("IFCROOT"), true);

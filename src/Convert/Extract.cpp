@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A part of a model as a model of its own, in two passes: first a copy without values for each entity, in the order of
+// their numbers, then the values, whose references are mapped from source to copy. So references may go in any
+// direction.
 #include "Convert/Extract.h"
 
 #include <algorithm>
@@ -17,7 +20,7 @@ namespace {
 // From an entity of the source to its copy.
 using Copies = std::unordered_map<const ifc::Entity*, ifc::Entity*>;
 
-// Tells every entity that a cell names.
+// Calls vMeet for every entity that a cell names.
 template <class Meet>
 struct References {
     Meet& vMeet;
@@ -71,6 +74,8 @@ std::size_t iValuesCopy(const ifc::Entity& source, ifc::Entity& copy, const Copi
 
 }   // namespace
 
+// Breadth first, over references in both directions: a relationship belongs to its members and names them. The list of
+// what was found is the queue.
 std::vector<const ifc::Entity*> reached(const ifc::Entity& root) {
     std::vector<const ifc::Entity*> found;
     std::unordered_set<const ifc::Entity*> seen;

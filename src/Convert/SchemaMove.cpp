@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// A model from one schema to another, in place: the entities stay the same objects, with new types and new cells.
+//
+// The old cells stay readable in the pool, and that is what the move lives on: it notes where they are, gives every
+// entity its new type, and then copies value by value. All types change before the first value does, so a copied
+// reference already tells whether its target fits.
 #include "Convert/SchemaMove.h"
 
 #include <cstring>
@@ -49,6 +54,7 @@ struct TypeMove {
     const schema::Entity* pNew = nullptr;   // null: they are removed
     std::vector<int> newFromOld;            // for each attribute its place in the new type; -1 where it has none
 
+    // The same name, or the nearest supertype that the target has; abstract ones hold no instances.
     TypeMove(const schema::Entity& type, const schema::Schema& target) : pOld(&type) {
         for (const schema::Entity* p = &type; p && !pNew; p = p->pParent) {
             pNew = target.pEntityFromName(schema::ObjectName(*p));
@@ -64,7 +70,8 @@ struct TypeMove {
     }
 };
 
-// Values of the new schema's attributes, once copied: what the copy lets pass and the new schema does not have.
+// Values of the new schema's attributes, once copied: takes out what the copy lets pass and the new schema does not
+// have.
 class Settle {
 public:
     Settle(const schema::Schema& target, ifc::Pool& pool) : m_target(target), m_pool(pool) {}
@@ -188,6 +195,8 @@ private:
         }
     }
 
+    // The container lets go of all entities, gets the new schema, and takes those that have a type in it again: so
+    // their order is that of the new schema.
     void vTypesChange() {
         for (const Moved& moved : m_moved) moved.pEntity->unsafeSetSchemaEntity(nullptr);
         m_data.deleteIncompleteEntities();

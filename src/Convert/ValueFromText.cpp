@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Values as people write them, into the attribute of an entity. Everything is parsed and checked before the cell is
+// written; the first fault ends it, as an exception inside of this file and as a Refusal outside.
 #include "Convert/ValueFromText.h"
 
 #include <algorithm>
@@ -191,6 +193,7 @@ void Reader::vUntyped(std::string_view text, const schema::ObjectBase* pSelect) 
         {Refusal::Why::SelectType, m_sWhere, std::string(text), sReason, schema::sTypeText(pSelect), texts(names)}};
 }
 
+// "#12", or the type's name and the value in parentheses: IFCLABEL(text).
 IfcSelectBase Reader::select(std::string_view text, const schema::ObjectBase* pSelect) const {
     if (text.starts_with('#')) return IfcSelectBase(pEntity(text, pSelect));
     const std::size_t iOpen = text.find('(');
@@ -236,7 +239,8 @@ IfcSelectBase Reader::typedList(const schema::Type& type, std::string_view text)
     return {&type, std::move(reals)};
 }
 
-// "[1:?]" and the like: as many items as that, for an ARRAY exactly its indices. Other bounds are not looked at.
+// "[1:?]" and the like: as many items as that, for an ARRAY exactly its indices. Bounds that are no numbers are not
+// tested.
 void Reader::vCountCheck(std::string_view text, std::size_t iCount, const schema::ObjectBase* pAggregate) const {
     const auto* pType = dynamic_cast<const schema::DataTypeAggregate*>(schema::pDataTypeOf(pAggregate));
     if (!pType || pType->sBounds.size() < 5) return;
@@ -255,6 +259,7 @@ void Reader::vCountCheck(std::string_view text, std::size_t iCount, const schema
         vRefuse(text, "has " + sItems(iCount) + "; its type is " + schema::sTypeText(pType));
 }
 
+// Commas inside of quotes and of nested parentheses cut nothing. "()" is an empty list.
 std::vector<std::string_view> Reader::items(std::string_view text, const schema::ObjectBase* pAggregate) const {
     if (!text.starts_with('(') || !text.ends_with(')') || text.size() < 2)
         vRefuse(text, "is no " + sKind(pAggregate) + ", which is written (a,b,c)");
