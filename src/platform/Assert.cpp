@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Assertions: the handler of the thread first, then that of the process, then the standard error stream.
 #include "platform/Assert.h"
 
 #include <cstdio>

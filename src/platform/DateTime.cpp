@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Times as ISO 8601 texts. What is written has no fraction and no offset; what is read may have both where the format
+// allows it.
 #include "platform/DateTime.h"
 
 #include <date/date.h>

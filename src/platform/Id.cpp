@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// GUIDs: random ones (RFC 4122, version 4), their text and their hash.
 #include "platform/Id.h"
 
 #include <uuid/uuid.h>

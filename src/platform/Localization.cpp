@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Texts in the language of the user. Tables are linked into one list and never taken out, so a look-up needs no lock;
+// the newest comes first, so that a program can replace a library's text.
 #include "platform/Localization.h"
 
 #include <algorithm>
@@ -23,13 +25,14 @@ Language language() noexcept { return g_language.load(std::memory_order_relaxed)
 
 // Reaches into the tables, which show nothing of themselves.
 struct TextList {
-    // Calls take(texts) for each table of a domain, newest first, until it answers true.
+    // Calls take(texts) for each table of a domain, newest first, until it returns true.
     template <class Take>
     static void vForEach(std::string_view domain, Take&& take) {
         for (const auto* p = g_pFirst.load(std::memory_order_acquire); p; p = p->m_pNext)
             if (p->m_domain == domain && take(p->m_texts)) return;
     }
 
+    // A table that is in the list already stays where it is.
     static void vAdd(LocalizedTexts& texts) {
         const std::lock_guard lock(g_mutex);
         const LocalizedTexts* const pFirst = g_pFirst.load(std::memory_order_relaxed);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Streams in large buffers: a call of the stream for 16 KiB, not for each byte or line.
 #include "platform/Stream.h"
 
 #include <algorithm>
@@ -49,7 +50,7 @@ StreamWriteBuffer::~StreamWriteBuffer() {
     try {
         vBufferFlush();
     } catch (...) {
-        // A destructor has nobody to tell; who wants to know asks boGood() after vBufferFlush().
+        // A destructor can report nothing; callers that need to know use boGood() after vBufferFlush().
     }
 }
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// UTF-8 by utfcpp, whose own iterators and exceptions stay in here. A text that can't be converted leaves its target as
+// it was.
 #include "platform/String.h"
 
 #include <utf8.h>

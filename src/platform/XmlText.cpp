@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Names, characters and references of XML 1.0, Fifth Edition. The tables are its productions 2, 4 and 4a; the arguments
+// of all functions may be any bytes.
 #include "platform/XmlText.h"
 
 #include <utf8.h>
@@ -20,11 +22,13 @@ struct Range {
     char32_t last;
 };
 
+// NameStartChar, production 4.
 constexpr Range g_nameStart[] = {
     {':', ':'},       {'A', 'Z'},       {'_', '_'},       {'a', 'z'},         {0xC0, 0xD6},     {0xD8, 0xF6},
     {0xF8, 0x2FF},    {0x370, 0x37D},   {0x37F, 0x1FFF},  {0x200C, 0x200D},   {0x2070, 0x218F}, {0x2C00, 0x2FEF},
     {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF},
 };
+// What NameChar has besides, production 4a.
 constexpr Range g_nameFurther[] = {
     {'-', '.'}, {'0', '9'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040},
 };
@@ -34,6 +38,7 @@ bool boIn(const Range (&ranges)[N], char32_t c) noexcept {
     return std::ranges::any_of(ranges, [c](const Range& range) { return range.first <= c && c <= range.last; });
 }
 
+// Char, production 2.
 bool boIsChar(char32_t c) noexcept {
     if (c < 0x20) return c == '\t' || c == '\n' || c == '\r';
     return c < 0xD800 || (c > 0xDFFF && c < 0xFFFE) || (c > 0xFFFF && c <= 0x10FFFF);
@@ -52,7 +57,8 @@ struct Entity {
 };
 constexpr Entity g_entities[] = {{"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
 
-// "reference" is what stands between "&" and ";".
+// "reference" is what stands between "&" and ";": a character by its code, one of the five names that XML has by
+// itself, or another name, which is kept as it stands, since no document type is read. False where it is none of these.
 bool boReferenceAppend(std::string& out, std::string_view reference) {
     if (!reference.starts_with('#')) {
         const auto* pEntity = std::ranges::find(g_entities, reference, &Entity::name);
@@ -138,6 +144,8 @@ bool boReferencesDecode(std::string& sText) {
     return true;
 }
 
+// Runs without a byte to escape are appended at once. A document stays well-formed whatever the text holds: what XML
+// has no form for becomes U+FFFD.
 void vEscape(std::string& out, std::string_view text, bool boAttribute) {
     std::string sRepaired;
     if (!str::boIsValidUtf8(text)) {

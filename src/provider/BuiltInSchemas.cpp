@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Schemas from the tables that the library carries as text. Each is decoded when it is first asked for, and kept.
 #include "provider/BuiltInSchemas.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The words of EXPRESS (ISO 10303-11, 7). Only what declarations need: operators come as single characters, ":=" aside,
+// since expressions are passed over.
 #include "provider/ExpressLexer.h"
 
 #include <algorithm>
@@ -128,6 +130,7 @@ void ExpressLexer::vAdvance(std::size_t iCount) noexcept {
     }
 }
 
+// Behind "(* ... *)", in which further ones may stand. False when the text ends first.
 bool ExpressLexer::boSkipComment() noexcept {
     std::size_t iDepth = 0;
     do {
@@ -145,6 +148,7 @@ bool ExpressLexer::boSkipComment() noexcept {
     return true;
 }
 
+// Behind blanks and remarks of both kinds. What is wrong with one, or null.
 const char* ExpressLexer::pSkipBlanks() noexcept {
     for (;;) {
         if (boIs(cAt(0), Blank)) {
@@ -162,6 +166,7 @@ const char* ExpressLexer::pSkipBlanks() noexcept {
     }
 }
 
+// With both quotes; 0 for a string that does not end on its line.
 std::size_t ExpressLexer::iStringLength() const noexcept {
     const char cQuote = cAt(0);   // ' of a plain, " of an encoded string literal
     for (std::size_t i = 1; m_iAt + i < m_text.size() && cAt(i) != '\n'; ++i) {

@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// EXPRESS declarations by descent, a function for each rule; its comment is the syntax that it takes. No rule calls
+// itself: what nests, aggregates and passed-over blocks, is read in loops, so no text can exhaust the stack.
+//
+// After a fault the current token is the end of the text for good. So every loop and every rule above ends by itself,
+// and functions need to test for faults only where the end of the text would be taken for a success.
 #include "provider/ExpressParser.h"
 
 #include <charconv>

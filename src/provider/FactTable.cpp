@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The text form of a schema's declarations, a line each, and its difference to the table of a related schema.
 #include "provider/FactTable.h"
 
 #include <algorithm>
@@ -59,7 +60,11 @@ void vSortByName(std::vector<Declaration>& declarations) {
               [](const Declaration& a, const Declaration& b) { return a.name.text < b.name.text; });
 }
 
-// Takes the declarations of the base that "touched" names out of "to", and puts in those of the table.
+// Takes the declarations of the base whose names are in "touched" out of "to", and puts in those of the table.
+//
+// Related schemas share a table: IFC4X1 is IFC4 and some lines. What a table declares or drops replaces the declaration
+// of the base with that name, as a whole; there is no merging inside of a type. Declarations are sorted by name, so
+// that tables and schemas compare equal whatever the order in which a published text has them.
 template <class Declaration>
 void vMerge(std::vector<Declaration>& to, std::vector<Declaration>& from,
             const std::unordered_set<std::string_view>& touched) {

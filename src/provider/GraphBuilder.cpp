@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// From declarations to the graph of a schema, in passes (pBuild), each over all types or entities. A pass may rely on
+// the ones before it, because a fault ends the build behind the pass that found it, with all faults that this pass can
+// find.
 #include "provider/GraphBuilder.h"
 
 #include <algorithm>
@@ -27,8 +30,13 @@ constexpr std::size_t g_iNone = std::numeric_limits<std::size_t>::max();
 constexpr unsigned g_iHeightUnknown = 0;
 constexpr unsigned g_iHeightOpen = std::numeric_limits<unsigned>::max();
 
-// Nodes that each lead to at most one other: "next" holds its index, or none. Calls vDone for each node,
-// after the one that it leads to; vCycle once for each cycle. What leads into a cycle is never done.
+// Nodes that each lead to at most one other: "next" holds its index, or none. Calls vDone for each node, after the one
+// that it leads to; vCycle once for each cycle. What leads into a cycle is never done.
+//
+// Supertypes, "type A = B" and "enumeration based on" are all of this form, chains that join, and perhaps cycles. From
+// each untouched node the chain is followed until it ends, meets a node that is done, or meets its own path, which is a
+// cycle. Then the path is unwound, last node first, so that each node comes after the one that it leads to. Every node
+// is on a path once: linear time, and no recursion, whatever a text declares.
 template <class OnDone, class OnCycle>
 void vWalkChains(const std::vector<std::size_t>& next, OnDone&& vDone, OnCycle&& vCycle) {
     enum class State : char { Untouched, OnPath, Done, Broken };
@@ -120,6 +128,7 @@ void GraphBuilder::vDeclare() {
 
 // ---- Types
 
+// The items of a type, those of the type that it is based on in front, over any number of extensions.
 void GraphBuilder::vExtendItems() {
     const auto& types = m_declaration.types;
     Indices basedOn(types.size(), g_iNone);
@@ -210,6 +219,8 @@ const schema::ObjectBase* GraphBuilder::pBuildReference(const TypeReference& typ
     return pObject;
 }
 
+// "TYPE A = B" takes the data type of B, which may be such a type itself. m_declaring is the type at the end of the
+// chain, the one that the data type belongs to.
 void GraphBuilder::vFollowTypes() {
     Indices next(m_types.size(), g_iNone);
     for (std::size_t i = 0; i < m_types.size(); ++i) {
@@ -247,8 +258,12 @@ void GraphBuilder::vFillSelects() {
         if (m_selects[i].pSelect) (void)iSelectHeight(i, 1);
 }
 
-// How many selects deep the members of a select nest, itself included. Sets boAllEntities on the way, which
-// wants the nested selects first.
+// How many selects deep the members of a select nest, itself included. Sets boAllEntities on the way back, when that of
+// the nested selects is known.
+//
+// Depth first with three states: unknown, open, done. A select that is met while it is open contains itself. The depth
+// of the recursion is bounded by a constant far above every published schema, and a select that is only too deep is
+// told from one that contains itself.
 unsigned GraphBuilder::iSelectHeight(std::size_t iType, unsigned iDepth) {
     Select& select = m_selects[iType];
     const Name& name = m_declaration.types[iType].name;
@@ -279,6 +294,7 @@ unsigned GraphBuilder::iSelectHeight(std::size_t iType, unsigned iDepth) {
     return iHeight;
 }
 
+// An aggregate of a named type is as deep as both together, so the depth is summed along the chains of names.
 void GraphBuilder::vCheckTypeDepth() {
     Indices next(m_types.size(), g_iNone);
     for (std::size_t i = 0; i < m_types.size(); ++i) {
@@ -342,6 +358,8 @@ void GraphBuilder::vBuildAttributes() {
     }
 }
 
+// "types" is the path from the attribute's type down to its innermost element: the parser of a list of lists takes one
+// step of it a level.
 void GraphBuilder::vBuildAttribute(schema::Entity& entity, const AttributeDeclaration& declaration) {
     std::vector<const schema::ObjectBase*> types;
     const schema::ObjectBase* pObject = pBuildReference(declaration.type, {});
@@ -422,6 +440,10 @@ void GraphBuilder::vMarkInverseRelations() {
 }
 
 // Depth first, roots and subtypes as declared, from 1: 0 stays with an entity that no schema holds.
+//
+// A type and all its subtypes then have numbers without a gap, from its own to iTypeOrdinalLast, so that "all walls
+// with subtypes" of a model that is sorted by number is one contiguous range, found by two binary searches. The last
+// numbers are filled in from the leaves upward, which is the order of m_supertypesFirst read backwards.
 void GraphBuilder::vNumberEntities() {
     std::vector<const schema::Entity*> stack;
     for (auto pEntity = m_entities.rbegin(); pEntity != m_entities.rend(); ++pEntity)

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The schema graph: names, inherited lists, and the text of types. What follows from the declarations is computed on
+// first use and kept (SchemaCache).
 #include "schema/Schema.h"
 
 #include <algorithm>
@@ -115,6 +117,8 @@ DataTypeSelect::DataTypeSelect(std::string name) : DataTypeBase(DataKind::Select
 
 DataTypeSelect::~DataTypeSelect() = default;
 
+// Whether the object, or for an entity one of its supertypes, is among the members, nested selects looked through. All
+// that can be reached is gathered once, sorted by address.
 bool DataTypeSelect::isCompatible(const ObjectBase& object) const {
     const auto& reachable = m_reachable.get([this] {
         // Breadth first, each object once: a select that contains itself ends, too.
@@ -183,6 +187,8 @@ Schema::Schema(std::string name) : sName(std::move(name)) {}
 
 Schema::~Schema() = default;
 
+// Open addressing over indices. The objects stand sorted by hash, length and name, which is what callers may walk; the
+// table beside them holds 32-bit indices, plus one so that 0 is free. Built once; read by any number of threads.
 void Schema::vFinish() {
     objects.clear();
     for (const auto& pObject : m_owned)
@@ -193,7 +199,7 @@ void Schema::vFinish() {
         return ObjectName(a.key, a.pObject->uNameHash) < ObjectName(b.key, b.pObject->uNameHash);
     });
 
-    // At most half full, so that a probe sequence stays short and always meets an empty slot.
+    // At most half full: a look-up takes one probe and a half on average, and always meets an empty slot.
     m_slots.assign(std::bit_ceil(objects.size() * 2 + 2), 0);
     const std::size_t iMask = m_slots.size() - 1;
     for (std::size_t i = 0; i < objects.size(); ++i) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The loop of a background thread, with a wait that a stop interrupts at once.
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 
 #include <chrono>
@@ -51,7 +52,7 @@ void ThreadedLoop::vLoop(const std::function<void()>& first, int iIntervalMs) {
     while (!boWaitForStop(iIntervalMs)) {
         if (boGuardedCall()) continue;
         vRunningSet(false);
-        // The last work may have come between the function's look at its queue and its look at its flag.
+        // Work may have come in after the function tested its queue and before boRunning() became false.
         if (!boGuardedCall()) return;
         vRunningSet(true);
     }

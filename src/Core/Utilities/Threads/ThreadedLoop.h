@@ -5,7 +5,7 @@
 //          work has no use for the rhythm; it takes boGuarded() alone, as the threads of a read do.
 // Owner    perform() and vStop() belong to one thread, the owner's; the function runs on the loop's thread.
 // Errors   what the function throws never leaves the loop: it is written to the standard error stream, breaks into
-//          an attached debugger, and counts as an answer of false.
+//          an attached debugger, and counts as a return value of false.
 #pragma once
 
 #include <atomic>
@@ -36,8 +36,8 @@ public:
     ThreadedLoop& operator=(const ThreadedLoop&) = delete;
 
     // Starts the thread: "first" once when it is not empty, then "function" every iIntervalMs milliseconds for as
-    // long as it answers true. A false answer is asked for once more before the loop ends, since work may have come
-    // in between. A thread that still runs is stopped and joined first. An empty function raises an assertion and
+    // long as it returns true. After false it is called once more before the loop ends, since work may have come in
+    // between. A thread that still runs is stopped and joined first. An empty function raises an assertion and
     // starts nothing. Throws std::system_error when no thread can be had.
     void perform(std::function<void()> first, std::function<bool()> function, int iIntervalMs, Options options);
 
