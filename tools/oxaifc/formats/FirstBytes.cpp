@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// What a file is that is no IFC file, told by its first bytes, so that the message can say what to do with it.
 #include "oxaifc/formats/FirstBytes.h"
 
 #include <algorithm>

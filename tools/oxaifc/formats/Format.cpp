@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The search in the table of formats: by word, by the end of a name, by the first bytes.
 #include "oxaifc/formats/Format.h"
 
 #include <algorithm>
@@ -55,6 +56,8 @@ const Format* pFormatFromName(std::string_view path) {
     return pFirst([end](const Format& format) { return boHasEnd(format, end); });
 }
 
+// The name decides only for formats that say so, since files are often misnamed; then the bytes do. STEP, which begins
+// like no other, is what remains.
 const Format& formatOfInput(std::string_view path, std::string_view firstBytes) {
     const Format* const pNamed = pFormatFromName(path);
     if (pNamed && pNamed->boNameDecides) return *pNamed;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The header section with the places of its parameters in the file, so that a change replaces the bytes of one value
+// and leaves all others as they are.
 #include "oxaifc/formats/HeaderSection.h"
 
 #include <algorithm>

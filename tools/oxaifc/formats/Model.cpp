@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Opens a file, finds its format, reads it, and keeps what the read has to tell.
 #include "oxaifc/formats/Model.h"
 
 #include <algorithm>

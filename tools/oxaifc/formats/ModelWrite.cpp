@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The frame of every write: when OUT may be replaced, and which errors of the write are news. A model is written as it
+// was read, faults included, so a fault that the read has told already is not told again.
 #include "oxaifc/formats/ModelWrite.h"
 
 #include <algorithm>
@@ -159,6 +161,8 @@ ModelWrite::ModelWrite(const WriteOptions& options)
 
 ModelWrite::~ModelWrite() = default;
 
+// What is refused before OUT is touched: a model that was not read to its end, and a loss that could not be undone,
+// because OUT is the file that was read.
 void ModelWrite::vCheck(const Model& model) const {
     const ifc::ErrorRecord* pFatal = pFirstFatal(model);
     if (pFatal || (!model.boOk() && model.errors().empty()))

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// A second look at a file whose read failed. The reader knows where it stopped; for people the place where the text
+// began that never ended is of more use.
 #include "oxaifc/formats/ReadDiagnosis.h"
 
 #include <streambuf>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Schemas for a read: those of the files that the user names. A single one serves every name; behind several come the
+// built-in ones.
 #include "oxaifc/formats/SchemaSource.h"
 
 #include <algorithm>

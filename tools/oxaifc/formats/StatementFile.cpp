@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// What the two formats made of statements share: the read with its progress and its diagnosis, and the write.
 #include "oxaifc/formats/StatementFile.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The order of the statements of a file, noted while the reader takes the bytes: a filter between the stream and the
+// reader, with just enough of the grammar to tell a statement's number from text.
 #include "oxaifc/formats/StatementScan.h"
 
 #include <limits>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Import and export of ifcXML with what the library's classes do not tell: the fault of a document that is no XML,
+// references to nothing, and the depth of the elements.
 #include "oxaifc/formats/XmlDocument.h"
 
 #include <algorithm>

@@ -32,8 +32,8 @@ public:
     [[nodiscard]] std::string sLoad(std::istream& stream);
 
     // Builds the model, with the numbers of the document. "errors" gets a record for each instance that an
-    // element refers to where the document has not defined it so far. All else that the import passes over,
-    // nobody knows.
+    // element refers to where the document has not defined it so far. All else that the import passes over
+    // is not reported.
     void vImport(ifc::File& file, const ifc::SchemaFromName& schemas, ifc::Errors& errors);
 
 private:

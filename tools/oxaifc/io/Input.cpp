@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// A file or standard input as a stream, which the system's errors do not pass as a mere end of the file: they become a
+// Failure that names the file.
 #include "oxaifc/io/Input.h"
 
 #include <cerrno>

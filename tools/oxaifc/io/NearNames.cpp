@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Names that a misspelt one may stand for: few letters away, or with the word inside.
 #include "oxaifc/io/NearNames.h"
 
 #include <algorithm>

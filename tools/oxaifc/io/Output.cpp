@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Standard output in one buffer, and texts made fit for a terminal.
 #include "oxaifc/io/Output.h"
 
 #include <array>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Where a verb writes a file: a temporary file beside it, renamed at the end. A fault on the way leaves the old content
+// as it was, and readers never see half of the new one.
 #include "oxaifc/io/Target.h"
 
 #include <cerrno>
@@ -137,7 +139,7 @@ Target::~Target() {
 
 void Target::vFinish() {
     const int iError = m_pBuffer->iClose(!m_sTemporary.empty());
-    // A reader of standard output who goes away early has what he wanted.
+    // A reader that closes the pipe early has what it wanted.
     if (iError && !(m_sPath.empty() && iError == EPIPE)) vFail(m_sName, iError);
     if (m_sTemporary.empty()) return;
     std::error_code error;
@@ -148,7 +150,7 @@ void Target::vFinish() {
 
 bool Target::boIs(const std::string& sPath) const {
     std::error_code error;
-    // A shell may have made a file standard input; a system without this name answers with an error.
+    // A shell may have made a file standard input; a system without this name returns an error.
     const fs::path path = sPath == "-" ? "/dev/stdin" : sPath;
     return !m_sPath.empty() && fs::equivalent(m_sPath, path, error) && !error;
 }

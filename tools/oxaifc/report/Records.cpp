@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Error records in the order and the groups in which they are told. A reference to an instance that was skipped for an
+// error is a consequence of that error, and is counted with its group.
 #include "oxaifc/report/Records.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// A report by a template: that of the user, or the page.
 #include "oxaifc/report/Report.h"
 
 #include <cstdio>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The page: which of the records it draws, and everything as HTML. A page with all records of a faulty file could be
+// larger than a browser takes, so the rows are limited, fairly among the groups.
 #include "oxaifc/report/ReportPage.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// What the user means by WHAT: a number, a GlobalId or a type.
 #include "oxaifc/verbs/Selection.h"
 
 #include <algorithm>

@@ -184,7 +184,7 @@ int iCheckOne(const CheckOptions& options, JsonRest& rest, Output& output) {
     if (boReport) report.emplace(options.report, options.sPath);
     const Model model(options, true);
     if (report) report->vWrite(model);
-    // A report has the records; where it went to a file, the counts are the answer.
+    // A report has the records; where it went to a file, the counts are the output.
     if (options.boJson)
         vJsonWrite(options, model, rest, output);
     else if (!boReport)

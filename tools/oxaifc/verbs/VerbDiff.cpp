@@ -31,7 +31,7 @@ void vCheck(const Model& model) {
         if (record.severity == ifc::Errors::Fatal)
             throw Failure(fmt::format("{}: not read to the end: {}", model.sName(), sPrintable(record.description)));
     if (!model.boOk() && model.errors().empty()) throw Failure(model.sName() + ": not read to the end");
-    // Which statements were lost nobody knows: a difference and none would both be guesses.
+    // It is not known which statements were lost: a difference and none would both be guesses.
     if (model.boFaultInside())
         throw Failure(fmt::format("{}: has lost statements in the read, so it can't be compared", model.sName()));
     if (!model.errors().empty())

@@ -152,7 +152,7 @@ void vTextWrite(const Model& model, const Figures& all, Output& output) {
     vRow("GlobalIds", sGrouped(all.iGlobalIds));
     vRow("inverse entries", sGrouped(all.iInverses));
     vRow("missing references", sGrouped(all.iMissing));
-    // What a read passes over without a word, nobody counts.
+    // What a read passes over without a report is not counted.
     if (model.format().holds.boReadTellsAll)
         vRow("errors", fmt::format("{}, fatal {}", sGrouped(all.iErrors), sGrouped(all.iFatal)));
     vRow("read", sRead(model));
