@@ -89,6 +89,7 @@ void AttributeBase::vAttributeNew(const ObjectBase& object, const Attribute& att
     if (pType) *pType = typeOf(&object);
 }
 
+// The header alone, whatever the class: the value behind it stays what the memory holds.
 void AttributeBase::vAttributeUndefined(CellClass eClass, void* pCell) {
     if (eClass == CellClass::Illegal) throw "illegal type";
     if (eClass == CellClass::Unresolved) return;

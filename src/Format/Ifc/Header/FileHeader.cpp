@@ -223,7 +223,7 @@ FileHeader::FileHeader(FileHeader&&) noexcept = default;
 FileHeader& FileHeader::operator=(const FileHeader&) = default;
 FileHeader& FileHeader::operator=(FileHeader&&) noexcept = default;
 
-// A statement is known by its keyword anywhere in the text, since a comment or a fault may stand in front of it.
+// A statement is known by its keyword anywhere in the text, so whatever a faulty file has in front of it does no harm.
 bool FileHeader::boReadLine(std::string&& line, io::ReadError& errors, unsigned int lineNumber) {
     const std::size_t iSemicolon = line.rfind(';');
     if (iSemicolon == std::string::npos) {

@@ -45,6 +45,7 @@ void vCellRead(CellClass eClass, void* pCell, Info& info) {
 
 }   // namespace
 
+// Fills an instance that has no type yet; one that has a type is reported and left as it is.
 void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, StepReadInfoData& info, std::size_t iStart,
                              std::size_t iLength) {
     const auto report = [&](ReportKey eKey, const std::string& sArgument) {

@@ -295,7 +295,7 @@ using Expression = std::shared_ptr<inja::ExpressionNode>;
 // argument would have put it; that argument is a plain ExpressionNode now, which does nothing.
 //
 // Why rows. "a + b + c + ..." is to inja a call in a call in a call: rendering a sum of some thousand terms would need
-// as many frames of the stack, and a template is text of a stranger. Only the first argument nests that way, so the
+// as many frames of the stack, and a template may come from anyone. Only the first argument nests that way, so the
 // calls are laid out in a row; what is left of depth is what the template nests in parentheses.
 class FunctionRow final : public inja::ExpressionNode {
 public:

@@ -57,6 +57,7 @@ const def::schema::Entity* Data::pEntitySchemaFromName(const ObjectName& name) c
 
 Entity* Data::pEntityCreate(const ObjectName& name) { return pEntityCreate(pEntitySchemaFromName(name)); }
 
+// Aligned, unlike everything else in the pool: an Entity is accessed by plain pointers.
 Entity* Data::pEntityCreate(const def::schema::Entity* pSchema) {
     if (!pSchema) return nullptr;
     if (pSchema->boAbstract) throw oxa::exception("Can't create abstract class");

@@ -47,6 +47,7 @@ Entity* Data::pEntityFromGuid(const Guid& guid) const {
     return m_guidEntityMap.pFind(guid);
 }
 
+// The map is changed last, and has room for the new entry by then: a lack of memory leaves entity and map in agreement.
 bool Data::boGuidSet(Entity& entity, const Guid& guid) {
     if (guid.boIsNull() || !boRooted(entity)) return false;
     if (const Entity* pOwner = pEntityFromGuid(guid)) return pOwner == &entity;

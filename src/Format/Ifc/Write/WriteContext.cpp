@@ -152,6 +152,8 @@ std::size_t StepWriteInfo::iEntityIdNamed(const Entity* pEntity) {
     return m_pCommon->iEntityIdCollect(pEntity, m_found, m_near);
 }
 
+// Statements are gathered in a block where the writer takes blocks, so that its lock is taken once a block and not once
+// a statement.
 void StepWriteInfo::vLineAdd() {
     io::IfcLineWriterInterface& writer = *m_pCommon->m_pWriter;
     const std::size_t iBlock = m_pCommon->m_iBlockSize;

@@ -31,6 +31,8 @@ ThreadStringPool::ThreadStringPool() = default;
 
 ThreadStringPool::~ThreadStringPool() = default;
 
+// The caller gets the string of an earlier record in exchange, whose capacity it can use: the texts of a write
+// circulate between composers and consumer. Records are a stack, since their order does not matter.
 std::size_t ThreadStringPool::iLineAdd(std::string& line, unsigned id) {
     std::unique_lock lock(m_mutex);
     m_notFull.wait(lock, [this] { return m_iCount < g_iLines; });

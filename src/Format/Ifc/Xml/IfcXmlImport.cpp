@@ -28,7 +28,7 @@ namespace {
 constexpr std::string_view g_sNamespaceBase = "http://www.buildingsmart-tech.org/ifcXML/";
 static_assert(g_sNamespaceBase.size() == 41);
 
-// What a number stands for. The instance may be accessed while its memory lives.
+// The instance that a number stands for. It may be accessed while its memory lives.
 struct KnownId {
     Entity* pEntity = nullptr;
     std::weak_ptr<const Pool> life;
