@@ -50,7 +50,7 @@ std::optional<Guid> guidFromText(std::string_view text) {
     return text.size() == ifc::IfcGuid::Length ? ifc::IfcGuid::fromIfcGuid(text) : guidFromHexadecimal(text);
 }
 
-// A number too large for its type is one that no entity has, not a text that is none.
+// A number too large for its type still is a number, one that no entity has.
 std::optional<std::size_t> numberFromText(std::string_view text) {
     if (text.size() < 2 || text.front() != '#') return std::nullopt;
     std::size_t iNumber = 0;

@@ -360,6 +360,8 @@ std::optional<const_Element> File::parse(std::istream& in, std::string_view sNam
     return parsed(in, sName, pExceptions);
 }
 
+// The former document goes in any case; a new one comes only if it is well-formed and within the limits. pugixml parses
+// the bytes in place, so they live as long as the tree.
 std::optional<const_Element> File::parsed(std::istream& in, std::string_view sName, ExceptionInterface* pExceptions) {
     m_pDocument = std::make_unique<Document>();
     auto pDocument = std::make_unique<Document>();
@@ -385,6 +387,8 @@ std::optional<const_Element> File::parsed(std::istream& in, std::string_view sNa
     return RootElementGet();
 }
 
+// Without a root element nothing is opened, so a file that is there is kept. The system's reason is taken from errno,
+// which streams don't pass on.
 bool File::save(const std::filesystem::path& path, ExceptionInterface* pExceptions, std::error_code* pError, Encoding,
                 LineEnding) const {
     bool boDone = RootElementGet().has_value();   // else a file that is there stays

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Base64 as xs:base64Binary has it: white space may stand anywhere, and a text that is not valid is no bytes at all.
+// Base64 as xs:base64Binary has it: white space may stand anywhere, and a text that is not valid decodes to no bytes.
 #include "platform/XmlBase64.h"
 
 #include <modp_b64.h>

@@ -130,7 +130,7 @@ void ExpressLexer::vAdvance(std::size_t iCount) noexcept {
     }
 }
 
-// Behind "(* ... *)", in which further ones may stand. False when the text ends first.
+// Moves behind "(* ... *)", in which further ones may stand. False when the text ends first.
 bool ExpressLexer::boSkipComment() noexcept {
     std::size_t iDepth = 0;
     do {
@@ -148,7 +148,7 @@ bool ExpressLexer::boSkipComment() noexcept {
     return true;
 }
 
-// Behind blanks and remarks of both kinds. What is wrong with one, or null.
+// Moves behind blanks and remarks of both kinds. Returns what is wrong with a remark, or null.
 const char* ExpressLexer::pSkipBlanks() noexcept {
     for (;;) {
         if (boIs(cAt(0), Blank)) {
@@ -166,7 +166,7 @@ const char* ExpressLexer::pSkipBlanks() noexcept {
     }
 }
 
-// With both quotes; 0 for a string that does not end on its line.
+// The length with both quotes; 0 for a string that does not end on its line.
 std::size_t ExpressLexer::iStringLength() const noexcept {
     const char cQuote = cAt(0);   // ' of a plain, " of an encoded string literal
     for (std::size_t i = 1; m_iAt + i < m_text.size() && cAt(i) != '\n'; ++i) {
