@@ -44,7 +44,7 @@ std::set<Entity*> setOf(const EntityList* pHead) {
 
 // The nested cell of that kind: the present one, or a new one with a fresh header that is not the select's yet. It
 // becomes that once it holds its value (vCellTake): a setter that refuses the value leaves the select with its old
-// cell, tag and type, and no reader ever sees a tag that belongs to another cell.
+// cell, tag and type, which always belong together.
 template <class Cell>
 Cell& AttributeSelect::cellOf(AttributeType eType, Pool& pool) const {
     AttributeBase* pCell = m_pValue;

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// From the bytes of a file to its statements (ISO 10303-21): blanks and comments fall away, strings stay
-// whole, and every ";" outside of them ends a statement. What a statement says is decided here only for sections and
-// markers; entity statements go on to the pool of workers, or are parsed at once on one thread.
+// From the bytes of a file to its statements (ISO 10303-21): blanks and comments fall away, strings stay whole, and
+// every ";" outside of them ends a statement. What a statement says is decided here only for sections and markers;
+// entity statements go on to the pool of workers, or are parsed at once on one thread.
 //
 // A read is lenient: sections are recognised by a word anywhere in a statement, and what has no place is counted as
-// passed over instead of ending the read. Fatal is only what makes the end of a statement uncertain.
+// passed over instead of ending the read. The scan itself gives up only where the end of a statement is uncertain, or
+// without a schema.
 #include "Format/Ifc/Read/Scanner.h"
 
 #include <algorithm>
