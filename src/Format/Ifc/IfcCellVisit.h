@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// IfcCellVisit: a cell as the class that it is of, and the items of a list as they are stored.
-//
-// For      whatever does something else with a real than with a text: writing, comparing, copying, showing, counting.
-// Visitor  a set of overloads of operator(), one for each class that it tells apart. A class that is added here and
-//          forgotten in a visitor does not compile; const AttributeBase& and AnyItems take what is left over.
-// Result   what the overloads give, all of one type; what has no cell gives a default one: nothing, false, 0, null.
-// Not for  the flags: cells without a value are visited like all others, since setters and destructors ask for them.
-// Cost     one jump. The overloads are inlined where the visit stands.
-// Threads  none of its own: a cell belongs to the owner of its entity.
+/// @file
+/// IfcCellVisit: a cell as the class that it is of, and the items of a list as they are stored.
+///
+/// - For: whatever does something else with a real than with a text: writing, comparing, copying, showing, counting.
+/// - Visitor: a set of overloads of operator(), one for each class that it tells apart. A class that is added here and
+///   forgotten in a visitor does not compile; const AttributeBase& and AnyItems take what is left over.
+/// - Result: what the overloads give, all of one type; what has no cell gives a default one: nothing, false, 0, null.
+/// - Not for: the flags: cells without a value are visited like all others, since setters and destructors ask for them.
+/// - Cost: one jump. The overloads are inlined where the visit stands.
+/// - Threads: none of its own: a cell belongs to the owner of its entity.
 #pragma once
 
 #include <cstddef>
@@ -17,26 +18,28 @@
 
 namespace oxa::ifc {
 
-// What a list without items passes: one of an item type that is not known yet, or that no list stores.
+/// What a list without items passes: one of an item type that is not known yet, or that no list stores.
 struct NoItems {
-    AttributeType eType;
+    AttributeType eType;   ///< of the items, as the list has it
 };
 
-// Takes the items that no other overload takes, and NoItems.
+/// Takes the items that no other overload takes, and NoItems.
 struct AnyItems {
+    /// From items of any class, which are not kept.
     template <class Items>
     AnyItems(const Items&) noexcept {}
 };
 
-// A visitor from functions, such as Overloads{[](const AttributeReal&) {...}, [](const AttributeBase&) {...}}.
+/// A visitor from functions, such as Overloads{[](const AttributeReal&) {...}, [](const AttributeBase&) {...}}.
 template <class... Functions>
 struct Overloads : Functions... {
     using Functions::operator()...;
 };
+/// The types of the functions follow from the functions.
 template <class... Functions>
 Overloads(Functions...) -> Overloads<Functions...>;
 
-// Calls function(std::type_identity<AttributeReal>()), or what else cells of that class are.
+/// Calls function(std::type_identity<AttributeReal>()), or what else cells of that class are.
 template <class Function>
 auto visitCellClass(CellClass eClass, Function&& function) {
     switch (eClass) {
@@ -58,11 +61,11 @@ auto visitCellClass(CellClass eClass, Function&& function) {
     return decltype(function(std::type_identity<AttributeReal>()))();
 }
 
-// T, or const T where Like is const.
+/// T, or const T where Like is const.
 template <class Like, class T>
 using ConstLike = std::conditional_t<std::is_const_v<Like>, const T, T>;
 
-// Calls visitor(cell) with the cell as its class. For the two classes of texts the cell's own flag says which it is.
+/// Calls visitor(cell) with the cell as its class. For the two classes of texts the cell's own flag says which it is.
 template <class Base, class Visitor>
 auto visitCell(Base& base, CellClass eClass, Visitor&& visitor) {
     ConstLike<Base, AttributeBase>& cell = base;
@@ -75,7 +78,7 @@ auto visitCell(Base& base, CellClass eClass, Visitor&& visitor) {
     });
 }
 
-// The same with the cell that holds the value of a select; of an empty select as of what has no cell.
+/// The same with the cell that holds the value of a select; of an empty select as of what has no cell.
 template <class Select, class Visitor>
 auto visitSelected(Select& select, Visitor&& visitor) {
     ConstLike<Select, AttributeBase>* const pValue = select.m_pValue;
@@ -84,8 +87,8 @@ auto visitSelected(Select& select, Visitor&& visitor) {
     return visitCell(*pValue, boEntity ? CellClass::Entity : AttributeBase::cellClass(select.m_pType.load()), visitor);
 }
 
-// The select inside of a select, for whoever goes down to the value without a level of the stack for each; null where
-// the value is no select.
+/// The select inside of a select, for whoever goes down to the value without a level of the stack for each; null where
+/// the value is no select.
 template <class Select>
 Select* pSelectInside(Select& select) {
     return visitSelected(select, Overloads{
@@ -94,7 +97,7 @@ Select* pSelectInside(Select& select) {
                                  });
 }
 
-// Calls function(std::type_identity<double>()), or what else items of that type are, or function(NoItems).
+/// Calls function(std::type_identity<double>()), or what else items of that type are, or function(NoItems).
 template <class Function>
 auto visitItemType(AttributeType eType, Function&& function) {
     switch (eType) {
@@ -116,8 +119,8 @@ auto visitItemType(AttributeType eType, Function&& function) {
     return function(NoItems{eType});
 }
 
-// Calls visitor(items) with an Array<T>* of double, long long, char*, AttributeBinary, AttributeSelect or
-// AttributeList, or with an EntityList*: null for a list that was never filled. Or visitor(NoItems).
+/// Calls visitor(items) with an Array<T>* of double, long long, char*, AttributeBinary, AttributeSelect or
+/// AttributeList, or with an EntityList*: null for a list that was never filled. Or visitor(NoItems).
 template <class List, class Visitor>
 auto visitItems(List& list, Visitor&& visitor) {
     void* const pItems = list.m_pItems;

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// IfcLineReadThreadPool: parses entity statements on several threads while the scanner goes on reading.
-//
-// Order    nothing in a read depends on the order in which statements are parsed, save which of two equal GUIDs and which
-//          of several projects comes first.
-// Behind   Read/LinePool.cpp, which says how the threads share the work.
-// Threads  addLineToQueue and the destructor on the scanner's thread.
-// Errors   what boReadLine throws loses the batch, what finalizeEntity throws the rest of it. The thread goes on with the
-//          next one; the exception goes to the standard error stream and the loss to Errors::lostStatements().
+/// @file
+/// IfcLineReadThreadPool: parses entity statements on several threads while the scanner goes on reading.
+///
+/// - Order: nothing in a read depends on the order in which statements are parsed, save which of two equal GUIDs and
+///   which of several projects comes first.
+/// - Behind: Read/LinePool.cpp, which says how the threads share the work.
+/// - Threads: addLineToQueue and the destructor on the scanner's thread.
+/// - Errors: what boReadLine throws loses the batch, what finalizeEntity throws the rest of it. The thread goes on with
+///   the next one; the exception goes to the standard error stream and the loss to Errors::lostStatements().
 #pragma once
 
 #include <cstddef>
@@ -19,22 +20,23 @@
 
 namespace oxa::ifc::io {
 
+/// The threads of one read. Made, fed and destroyed by the thread that scans the file.
 class OXA_IFC_API IfcLineReadThreadPool {
 public:
-    // No thread starts before the first statement. Both arguments must outlive the pool.
+    /// No thread starts before the first statement. Both arguments must outlive the pool.
     IfcLineReadThreadPool(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker);
-    // Drains and joins: the one way to wait for the work. Every statement is parsed and finalised afterwards.
+    /// Drains and joins: the one way to wait for the work. Every statement is parsed and finalised afterwards.
     ~IfcLineReadThreadPool();
     IfcLineReadThreadPool(const IfcLineReadThreadPool&) = delete;
     IfcLineReadThreadPool& operator=(const IfcLineReadThreadPool&) = delete;
 
-    // Copies the statement. Throws std::system_error when the first one finds no thread to be had, and std::bad_alloc
-    // without memory; the statement is lost then, and no other.
+    /// Copies the statement. Throws std::system_error when the first one finds no thread to be had, and std::bad_alloc
+    /// without memory; the statement is lost then, and no other.
     void addLineToQueue(std::string_view line, unsigned iLine);
 
-    // The workers of this machine. Counted once a process.
+    /// The workers of this machine. Counted once a process.
     [[nodiscard]] static std::size_t iWorkerCount() noexcept;
-    // Half the hardware threads, less two where that half is above three, else two; 0 threads: not known.
+    /// Half the hardware threads, less two where that half is above three, else two; 0 threads: not known.
     [[nodiscard]] static std::size_t iWorkersOf(unsigned iHardwareThreads) noexcept;
 
 private:

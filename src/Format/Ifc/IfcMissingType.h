@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// MissingType: the exception for an instance, an attribute or a cell that has no type.
-//
-// For      telling this fault from others: the walks that ask for types end with it where a model names an instance
-//          that no statement defines.
-// Threads  a plain value.
+/// @file
+/// MissingType: the exception for an instance, an attribute or a cell that has no type.
+///
+/// - For: telling this fault from others: the walks that ask for types end with it where a model names an instance that
+///   no statement defines.
+/// - Threads: a plain value.
 #pragma once
 
 #include "platform/Export.h"

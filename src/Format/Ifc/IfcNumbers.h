@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Numbers: from the text of a token to its value.
-//
-// For      the parsers of attribute cells, the string codec, the ifcXML import.
-// Grammar  wider than ISO 10303-21, clause 6.4 (INTEGER, REAL): ".5" and "1E3" are numbers too. What may
-//          never stand there is a leading "+", a blank, or anything behind the number: "1.5mm" is none.
-// Threads  any number at once. Nothing is allocated; the process locale has no say.
+/// @file
+/// Numbers: from the text of a token to its value.
+///
+/// - For: the parsers of attribute cells, the string codec, the ifcXML import.
+/// - Grammar: wider than ISO 10303-21, clause 6.4 (INTEGER, REAL): ".5" and "1E3" are numbers too. What may never stand
+///   there is a leading "+", a blank, or anything behind the number: "1.5mm" is none.
+/// - Threads: any number at once. Nothing is allocated; the process locale has no say.
 #pragma once
 
 #include <bit>
@@ -58,15 +59,15 @@ struct Digits {
 
 }   // namespace details
 
-// The whole range as a signed 32-bit integer in base 10; empty where it is none or does not fit.
+/// The whole range as a signed 32-bit integer in base 10; empty where it is none or does not fit.
 [[nodiscard]] inline std::optional<int> toInt(const char* first, const char* last) noexcept {
     std::int32_t value = 0;
     if (details::pReadInteger(first, last, 10, value) != last || first == last) return std::nullopt;
     return value;
 }
 
-// The whole range as the nearest double; "inf" and "nan" in any case are numbers. Empty where it is none or
-// lies beyond the range of a double: "1E999".
+/// The whole range as the nearest double; "inf" and "nan" in any case are numbers. Empty where it is none or
+/// lies beyond the range of a double: "1E999".
 [[nodiscard]] OXA_IFC_API std::optional<double> toDouble(const char* first, const char* last) noexcept;
 
 }   // namespace oxa::ifc

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// IfcReadOptions: how a model is read, beyond what the file says.
-//
-// For      File::boRead, FileSimple::boRead.
-// Default  the built-in schemas, new numbers, several threads.
+/// @file
+/// IfcReadOptions: how a model is read, beyond what the file says.
+///
+/// - For: File::boRead, FileSimple::boRead.
+/// - Default: the built-in schemas, new numbers, several threads.
 #pragma once
 
 #include <functional>
@@ -12,20 +13,21 @@
 
 namespace oxa::ifc {
 
-// From a schema name to a schema, null for an unknown one. Empty: the built-in schemas are asked.
+/// From a schema name to a schema, null for an unknown one. Empty: the built-in schemas are asked.
 using SchemaFromName = std::function<def::SchemaPset*(const std::string&)>;
-// Position in the stream, in bytes; for the first entity statement and for every further 1000.
+/// Position in the stream, in bytes; for the first entity statement and for every further 1000.
 using ReadProgress = std::function<void(unsigned)>;
 
+/// What a caller may ask of a read.
 struct ReadOptions {
-    // Handed to the schema loader with the name in the header.
+    /// Handed to the schema loader with the name in the header.
     SchemaFromName schemaFromName{};
-    // Keep the file's instance numbers for a later write; false deals new ones. Who keeps them and adds entities calls
-    // Data::boNumbersAbove first: else these can get numbers that others have.
+    /// Keep the file's instance numbers for a later write; false deals new ones. Who keeps them and adds entities calls
+    /// Data::boNumbersAbove first: else these can get numbers that others have.
     bool boKeepIds = false;
-    // May be empty. Called on the caller's thread.
+    /// May be empty. Called on the caller's thread.
     ReadProgress progress{};
-    // Parse on the calling thread.
+    /// Parse on the calling thread.
     bool boSingleThreaded = false;
 };
 

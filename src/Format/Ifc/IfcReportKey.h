@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// ReportKey: what a report says, one enumerator for each message of the library.
-//
-// For      whoever raises, filters, counts or groups reports: a message has a language, a key has none.
-// Callers  Errors and its users; a host that shows the texts on its own.
-// New one  an enumerator here and a row in Report/ReportKeys.cpp, both in the order of the alphabet.
-// Threads  any number at once.
+/// @file
+/// ReportKey: what a report says, one enumerator for each message of the library.
+///
+/// - For: whoever raises, filters, counts or groups reports: a message has a language, a key has none.
+/// - Callers: Errors and its users; a host that shows the texts on its own.
+/// - New one: an enumerator here and a row in Report/ReportKeys.cpp, both in the order of the alphabet.
+/// - Threads: any number at once.
 #pragma once
 
 #include <cstdint>

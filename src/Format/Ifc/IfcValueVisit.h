@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// IfcValueVisit: the values of a cell in the order of its text, told one by one, apart from how they lie in memory.
-//
-// For      what hashes, shows or gathers values. Who needs the cells themselves takes visitCell of IfcCellVisit.h.
-// Visitor  a set of overloads of operator() for
-//            double, long long, bool, LogicalValue, const Guid&
-//            const Entity*                   a reference; null where a file had none that could be read
-//            and the structs of namespace visit
-//          What tells only some of them apart has a template for the others.
-// Threads  none of its own: a cell belongs to the owner of its entity.
+/// @file
+/// IfcValueVisit: the values of a cell in the order of its text, told one by one, apart from how they lie in memory.
+///
+/// - For: what hashes, shows or gathers values. Who needs the cells themselves takes visitCell of IfcCellVisit.h.
+/// - Visitor: a set of overloads of operator() for double, long long, bool, LogicalValue, const Guid&, the structs of
+///   namespace visit, and const Entity*: a reference, null where a file had none that could be read. What tells only
+///   some of them apart has a template for the others.
+/// - Threads: none of its own: a cell belongs to the owner of its entity.
 #pragma once
 
 #include <cstddef>
@@ -16,29 +15,39 @@
 
 namespace oxa::ifc {
 
+/// What a visitor of values gets besides plain values.
 namespace visit {
 
-struct Null {   // "$" or "*"
-    bool boDerived;
+/// A value that a file has as "$" or "*".
+struct Null {
+    bool boDerived;   ///< it is "*"
 };
-struct Nothing {};   // a select or an attribute that has neither value nor "$"
+/// A select or an attribute that has neither value nor "$".
+struct Nothing {};
+/// A STRING.
 struct Text {
-    const char* pText;   // null where a file had none that could be read
+    const char* pText;   ///< UTF-8 with a NUL behind it, not owned; null where a file had none that could be read
 };
+/// A value of an enumeration.
 struct Enumerator {
-    const char* pText;   // the same
+    const char* pText;   ///< the enumerator, not owned; null where a file had none that could be read
 };
+/// A BINARY.
 struct Binary {
-    const unsigned char* pBytes;
-    std::size_t iCount;
+    const unsigned char* pBytes;   ///< not owned; may be null for no bytes
+    std::size_t iCount;            ///< of the bytes
 };
-struct ListBegin {   // around the items of an aggregate
-    bool boSet;
+/// Stands in front of the items of an aggregate.
+struct ListBegin {
+    bool boSet;   ///< the aggregate is a SET: the order of its items means nothing
 };
+/// Stands behind the items of an aggregate.
 struct ListEnd {};
-struct TypeBegin {   // around the typed value of a select
-    const def::schema::Type& type;
+/// Stands in front of the typed value of a select.
+struct TypeBegin {
+    const def::schema::Type& type;   ///< the type that the file names
 };
+/// Stands behind the typed value of a select.
 struct TypeEnd {};
 
 }   // namespace visit
@@ -125,7 +134,7 @@ private:
 
 }   // namespace details
 
-// "pObject": the type of the cell, as Attribute::pType gives it.
+/// Calls visitor(value) for each value of the cell. "pObject": the type of the cell, as Attribute::pType gives it.
 template <class Visitor>
 void visitValues(const AttributeBase& cell, const def::schema::ObjectBase* pObject, Visitor& visitor) {
     const CellClass eClass = AttributeBase::cellClass(pObject);
