@@ -30,6 +30,7 @@ namespace oxa::compare {
 
 /// One of the two models. Nothing is owned; all of it must stay as it is while differences() runs.
 struct Side {
+    /// The entities and the schema.
     const ifc::Data& data;
     /// As the header names it, for Result::boEqual: models of two schemas are not equal.
     std::string sSchema{};
@@ -60,6 +61,7 @@ struct Difference {
     std::string sAttribute;
     /// Of a SET of entities only the members that differ. Empty where a type has no such attribute.
     std::optional<std::string> sOld;
+    /// The same of the other model, in the same form.
     std::optional<std::string> sNew;
     /// The attribute has more differences, which are not listed.
     bool boMore = false;
@@ -67,7 +69,9 @@ struct Difference {
 
 /// An entity that is in both models and not the same.
 struct Change {
+    /// The entity in the old model.
     Element before;
+    /// The same entity in the new model; its number and type may be others.
     Element after;
     /// One at least, in the order of the type's attributes.
     std::vector<Difference> differences;
@@ -75,17 +79,24 @@ struct Change {
 
 /// What one model has and says otherwise than another. Each list by number, of changed the old one.
 struct Result {
+    /// Side::sSchema of the first model.
     std::string sSchemaOld;
+    /// Side::sSchema of the second model.
     std::string sSchemaNew;
+    /// Entities that only the old model has.
     std::vector<Element> removed;
+    /// Entities that only the new model has.
     std::vector<Element> added;
+    /// Entities that both have, with other values.
     std::vector<Change> changed;
 
+    /// Whether both models say the same: one schema, and all three lists are empty.
     [[nodiscard]] bool boEqual() const noexcept {
         return sSchemaOld == sSchemaNew && removed.empty() && added.empty() && changed.empty();
     }
 };
 
+/// How much of the differences is told; what is compared does not depend on it.
 struct Options {
     /// Bytes of a text: longer ones are cut to about that, around the first difference, with "..." where they go on.
     std::size_t iMostText = 64 * 1024;

@@ -4,9 +4,9 @@
 ///
 /// - Entities become the type of the same name, else the nearest supertype that the other schema has and that is not
 ///   abstract; where there is none, they are taken out of the model. GlobalIds and numbers stay.
-/// - Attributes are moved by name. Values must be of the same kind there and fit: enumerators, members of selects, types
-///   of references. A reference that was one of a select, or becomes one, is moved as well, and an aggregate of another
-///   kind.
+/// - Attributes are moved by name. Values must be of the same kind there and fit: enumerators, members of selects,
+///   types of references. A reference that was one of a select, or becomes one, is moved as well, and an aggregate of
+///   another kind.
 /// - Everything else is told. No value is ever made up, so mandatory attributes can be left without one.
 #pragma once
 
@@ -22,11 +22,13 @@ namespace oxa::convert {
 
 /// What a move to another schema did beyond what both schemas have. Each list by name.
 struct SchemaMove {
+    /// How often one thing happened to entities of one type.
     struct Row {
         /// The keyword of a type: of the old schema, in "missing" of the new one.
         std::string sType;
         /// The attribute; in "became" the keyword of the new type, in "removed" empty.
         std::string sAttribute;
+        /// Entities, values or items, as the list says.
         std::size_t iCount;
     };
     /// Entities without a type in the new schema, which are no longer in the model.
@@ -38,6 +40,7 @@ struct SchemaMove {
     /// Mandatory attributes without a value that had none to be moved.
     std::vector<Row> missing;
 
+    /// Whether every entity kept its type and every value its place; "missing" does not count.
     [[nodiscard]] bool boLossless() const noexcept { return removed.empty() && became.empty() && lost.empty(); }
 };
 

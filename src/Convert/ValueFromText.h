@@ -27,6 +27,7 @@ namespace oxa::convert {
 
 /// Why a text is no value for an attribute. Parts of one sentence: "IfcWall.Name: 12x is no number".
 struct Refusal {
+    /// What is wrong, for programs; sReason says it to people.
     enum class Why {
         Attribute,    ///< the type has no attribute sValue; names has those that it has
         Fixed,        ///< the attribute takes no such value at all: it is derived, or mandatory
@@ -35,10 +36,10 @@ struct Refusal {
         Enumerator,   ///< sValue is none of names
         SelectType,   ///< sValue has none of the types in front that the select sType takes; names has them
     };
-    Why eWhy;
-    std::string sWhere;   ///< "IfcWall.Name"; for Why::Attribute "IfcWall"
-    std::string sValue;   ///< the part of the text in question, as it is
-    std::string sReason;
+    Why eWhy;                           ///< what is wrong
+    std::string sWhere;                 ///< "IfcWall.Name"; for Why::Attribute "IfcWall"
+    std::string sValue;                 ///< the part of the text in question, as it is
+    std::string sReason;                ///< the rest of the sentence, in English, without a full stop
     std::string sType{};                ///< of SelectType
     std::vector<std::string> names{};   ///< what might stand there, in the order of the schema
 };

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// Element: one instance of a model ("#12=IFCWALL(...)") as a handle, and rows of them.
-//
-// For      callers of Model. "Element" is any instance: a wall as well as a placement or a relationship.
-// Shape    a handle is 24 bytes, copied as such: which model, and where in it. It owns nothing, and making one allocates
-//          nothing; an Elements is one block of pointers.
-// Life     a handle may outlive its element and its model. Asked anything then, it throws HandleError; so does one that
-//          names nothing. operator bool tells.
-// Names    of types and attributes in any case of letters. An unknown one throws NameError.
-// Threads  see Model.
+/// @file
+/// Element: one instance of a model ("#12=IFCWALL(...)") as a handle, and rows of them.
+///
+/// For      callers of Model. "Element" is any instance: a wall as well as a placement or a relationship.
+/// Shape    a handle is 24 bytes, copied as such: which model, and where in it. It owns nothing, and making one
+///          allocates nothing; an Elements is one block of pointers.
+/// Life     a handle may outlive its element and its model. Asked anything then, it throws HandleError; so does one
+///          that names nothing. operator bool tells.
+/// Names    of types and attributes in any case of letters. An unknown one throws NameError.
+/// Threads  see Model.
 #pragma once
 
 #include <cstddef>
@@ -75,6 +76,7 @@ public:
     /// Who refers to this one over the inverse attribute of that name, by number.
     [[nodiscard]] Elements inverse(std::string_view name) const;
 
+    ///@{
     /// The operations of Value by the same names: (*this)[name].text() and so on.
     [[nodiscard]] std::optional<std::string> text(std::string_view name) const;
     [[nodiscard]] std::optional<double> number(std::string_view name) const;
@@ -85,6 +87,7 @@ public:
     [[nodiscard]] Elements elements(std::string_view name) const;
     template <class T>
     [[nodiscard]] T get(std::string_view name) const;   // in Value.h
+    ///@}
 
     /// The instance of the core, for what this class has no operation for. Whoever changes it keeps inverse lists and
     /// the model's tables right himself.
@@ -114,17 +117,26 @@ private:
 /// Elements in an order, as they were when somebody asked: what is created or removed later changes nothing here.
 class OXA_MODEL_API Elements {
 public:
+    /// A random access iterator that gives elements by value; good as long as the Elements.
     class Iterator {
     public:
+        ///@{
+        /// For the algorithms of the standard library.
         using iterator_category = std::random_access_iterator_tag;
         using value_type = Element;
         using difference_type = std::ptrdiff_t;
         using pointer = const Element*;
         using reference = Element;
+        ///@}
 
         Iterator() noexcept = default;
+        /// The element at its place.
         Element operator*() const noexcept { return {m_model, *m_ppEntity}; }
+        /// The element that many places further on.
         Element operator[](difference_type i) const noexcept { return {m_model, m_ppEntity[i]}; }
+
+        ///@{
+        /// Moves by that many places, or by one.
         Iterator& operator++() noexcept { return *this += 1; }
         Iterator& operator--() noexcept { return *this += -1; }
         Iterator operator++(int) noexcept { return std::exchange(*this, *this + 1); }
@@ -134,6 +146,8 @@ public:
             return *this;
         }
         Iterator& operator-=(difference_type i) noexcept { return *this += -i; }
+        ///@}
+
         friend Iterator operator+(Iterator it, difference_type i) noexcept { return it += i; }
         friend Iterator operator+(difference_type i, Iterator it) noexcept { return it += i; }
         friend Iterator operator-(Iterator it, difference_type i) noexcept { return it -= i; }
@@ -152,17 +166,29 @@ public:
         detail::ModelRef m_model;
         ifc::Entity* const* m_ppEntity = nullptr;
     };
+
+    ///@{
+    /// For the algorithms of the standard library.
     using value_type = Element;
     using const_iterator = Iterator;
     using iterator = Iterator;
+    ///@}
 
     /// None.
     Elements() noexcept = default;
 
+    ///@{
+    /// From the first element to behind the last.
     [[nodiscard]] Iterator begin() const noexcept { return {m_model, m_entities.data()}; }
     [[nodiscard]] Iterator end() const noexcept { return {m_model, m_entities.data() + m_entities.size()}; }
+    ///@}
+
+    ///@{
+    /// How many there are.
     [[nodiscard]] std::size_t size() const noexcept { return m_entities.size(); }
     [[nodiscard]] bool empty() const noexcept { return m_entities.empty(); }
+    ///@}
+
     /// Names nothing at or beyond size().
     [[nodiscard]] Element operator[](std::size_t i) const noexcept {
         return i < m_entities.size() ? Element(m_model, m_entities[i]) : Element();
@@ -185,8 +211,10 @@ private:
 
 }   // namespace oxa
 
+/// For the unordered containers of the standard library.
 template <>
 struct std::hash<oxa::Element> {
+    /// By place in memory; any handle may be asked.
     std::size_t operator()(const oxa::Element& element) const noexcept {
         return std::hash<const void*>()(element.m_pEntity);
     }

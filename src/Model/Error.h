@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Error: what the short way in throws.
-//
-// For      callers who made a mistake, or whose file can't be opened or written: each has a message that says what was
-//          wrong with what, and what would be right.
-// Not for  what is wrong inside of a file: that is a record (Model::errors), and the rest of the file is there.
-// Threads  plain values.
+/// @file
+/// Error: what the short way in throws.
+///
+/// For      callers who made a mistake, or whose file can't be opened or written: each has a message that says what was
+///          wrong with what, and what would be right.
+/// Not for  what is wrong inside of a file: that is a record (Model::errors), and the rest of the file is there.
+/// Threads  plain values.
 #pragma once
 
 #include <stdexcept>
@@ -26,6 +27,7 @@ public:
 /// A type, an attribute or a schema by a name that there is none of.
 class OXA_MODEL_API NameError final : public Error {
 public:
+    /// With the text of what().
     explicit NameError(const std::string& message, std::vector<std::string> nearNames = {})
         : Error(message),
           m_near(std::move(nearNames)) {}

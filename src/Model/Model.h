@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// Model: one building model in memory: opened, looked at, changed, saved. The short way in.
-//
-// For      programs with a file and a task. The headers in Format/Ifc say more, and core() leads there.
-// Example  for (oxa::Element wall : model.all("IfcWall")) std::cout << wall.text("Name").value_or("-") << '\n';
-// Errors   a mistake of the caller, and a file that can't be opened or written, is an exception (Error.h). What is wrong
-//          inside of a file is a record in errors(), and the rest of the model is there.
-// Memory   an element that is removed gives none back; all goes with the model.
-// Threads  any number may look at a model at the same time, handles and values included, as long as none changes, saves,
-//          moves or destroys it: who does that is alone with it. Different models know nothing of each other, except
-//          that one ifcXML document is read at a time.
+/// @file
+/// Model: one building model in memory: opened, looked at, changed, saved. The short way in.
+///
+///     for (oxa::Element wall : model.all("IfcWall")) std::cout << wall.text("Name").value_or("-") << '\n';
+///
+/// For      programs with a file and a task. The headers in Format/Ifc say more, and core() leads there.
+/// Errors   a mistake of the caller, and a file that can't be opened or written, is an exception (Error.h). What is
+///          wrong inside of a file is a record in errors(), and the rest of the model is there.
+/// Memory   an element that is removed gives none back; all goes with the model.
+/// Threads  any number may look at a model at the same time, handles and values included, as long as none changes,
+///          saves, moves or destroys it: who does that is alone with it. Different models know nothing of each other,
+///          except that one ifcXML document is read at a time.
 #pragma once
 
 #include <cstddef>
@@ -33,10 +35,12 @@ namespace oxa::ifc {
 class FileBase;
 }   // namespace oxa::ifc
 
+/// Building models: Model and what it hands out. The namespaces below have the core and its parts.
 namespace oxa {
 
 /// For Model::all: without subtypes.
 struct Exact {};
+/// As in model.all("IfcWall", oxa::exact).
 inline constexpr Exact exact{};
 
 /// What a removal did.
@@ -45,6 +49,7 @@ struct Removed {
     Elements incomplete;     ///< that stay, and now lack a value which the schema wants, or items of one
 };
 
+/// One building model, with all of its elements; moved, never copied.
 class OXA_MODEL_API Model {
 public:
     /// Reads a STEP file (ISO 10303-21), ifcXML or the short text form, told by the first bytes.
@@ -58,8 +63,10 @@ public:
     /// A model without elements, of a built-in schema ("IFC4"); NameError for another name.
     explicit Model(std::string_view schema);
 
-    Model(Model&& other) noexcept;              // handles go with it; "other" can only be assigned to or destroyed
-    Model& operator=(Model&& other) noexcept;   // handles of what was here before are dead
+    /// Handles go with it; "other" can only be assigned to or destroyed.
+    Model(Model&& other) noexcept;
+    /// Handles of what was here before are dead.
+    Model& operator=(Model&& other) noexcept;
     ~Model();
 
     /// The name of the schema, as in IFC4.
@@ -71,29 +78,39 @@ public:
 
     /// All elements, by number.
     [[nodiscard]] Elements all() const;
+
+    ///@{
     /// Those of a type and its subtypes; with oxa::exact, of that type alone. NameError for an unknown type.
     [[nodiscard]] Elements all(std::string_view type) const;
     [[nodiscard]] Elements all(std::string_view type, Exact) const;
+    ///@}
+
     /// The element with that GlobalId of 22 characters; names nothing where there is none. ValueError for a text that
     /// can't be one.
     [[nodiscard]] Element byGuid(std::string_view guid) const;
     /// The element with that number; names nothing where there is none.
     [[nodiscard]] Element byId(std::uint64_t id) const;
 
+    ///@{
     /// A new element. It gets the next free number, and a GlobalId where its type has one and none is given. What is
     /// not given has no value; where the schema wants one, save() says so.
     /// NameError for an unknown type or attribute, ValueError for an abstract type and for what the schema does not
     /// allow; nothing is created then.
     Element create(std::string_view type, std::initializer_list<Field> fields = {});
     Element create(std::string_view type, std::span<const Field> fields);
+    ///@}
+
     /// Sets an attribute. The same errors, with the element as it was; also for "no value" where the schema wants one.
     void set(const Element& element, std::string_view name, const NewValue& value);
     /// Adds an item to the end of a list.
     void append(const Element& element, std::string_view name, const NewValue& item);
+
+    ///@{
     /// Takes elements out of the model, and out of everything that refers to them; relationships that have nothing left
     /// to relate go as well. One pass over the model, however many they are.
     Removed remove(const Element& element);
     Removed remove(const Elements& elements);
+    ///@}
 
     /// Writes all elements, statements by number. The file is replaced as a whole or not at all. The records tell what
     /// the schema misses, as a mandatory attribute without a value, by number; they keep nothing from being written.
@@ -108,10 +125,12 @@ public:
     /// that is not known, which counts as false; a model from nothing is whole.
     [[nodiscard]] bool whole() const;
 
+    ///@{
     /// The file of the core: header, data, entities. Whoever changes entities through it keeps inverse lists, GlobalIds
     /// and handles right himself.
     [[nodiscard]] ifc::FileBase& core();
     [[nodiscard]] const ifc::FileBase& core() const;
+    ///@}
 
 private:
     friend class detail::ModelState;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Options: how a model is opened and saved, and what was found on the way.
-//
-// Threads  functions are called on the thread of the caller.
+/// @file
+/// Options: how a model is opened and saved, and what was found on the way.
+///
+/// Threads  functions are called on the thread of the caller.
 #pragma once
 
 #include <cstdint>
@@ -20,10 +21,11 @@ namespace oxa {
 
 /// How far a read is, in bytes, or a write, in elements.
 struct Progress {
-    std::uint64_t done = 0;
+    std::uint64_t done = 0;                 ///< so far
     std::optional<std::uint64_t> total{};   ///< where it is known
 };
 
+/// How a model is read.
 struct OpenOptions {
     /// 1: all on the calling thread. Else on as many as the machine has a use for.
     unsigned threads = 0;
@@ -47,7 +49,9 @@ enum class Format : std::uint8_t {
     Simple,   ///< the short text form, for fragments
 };
 
+/// How a model is written.
 struct SaveOptions {
+    /// Auto: by the name of the file.
     Format format = Format::Auto;
     unsigned threads = 0;   ///< as in OpenOptions
     /// Where it asks for the end, save() throws Stopped, and the file is as it was.
@@ -58,16 +62,17 @@ struct SaveOptions {
 
 /// One thing that was wrong with a file.
 struct Record {
+    /// Error: reading or writing went on. Fatal: the file was given up.
     enum class Severity : std::uint8_t { Error, Fatal };
 
-    std::string key;   ///< the same in all languages, as in Error_UnknownEntityType
-    Severity severity = Severity::Error;
-    std::string category;   ///< syntax, header, value, null, reference, model, identifier or schema
-    std::string message;
-    std::uint64_t line = 0;              ///< from 1; 0 where there is none
-    std::optional<std::uint64_t> id{};   ///< of the instance
-    std::string type;                    ///< of the instance, as in IfcWall; as the file spells it where none is known
-    std::string text;                    ///< of the file, that it is about
+    std::string key;                       ///< the same in all languages, as in Error_UnknownEntityType
+    Severity severity = Severity::Error;   ///< whether the work went on
+    std::string category;                  ///< syntax, header, value, null, reference, model, identifier or schema
+    std::string message;                   ///< for people, in the language that is set (platform/Localization.h)
+    std::uint64_t line = 0;                ///< from 1; 0 where there is none
+    std::optional<std::uint64_t> id{};     ///< of the instance
+    std::string type;   ///< of the instance, as in IfcWall; as the file spells it where none is known
+    std::string text;   ///< of the file, that it is about
 };
 
 }   // namespace oxa

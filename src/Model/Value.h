@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// Value: what an attribute holds, told by kind; and an item of a list likewise.
-//
-// For      callers of Element: wall["OverallWidth"].number().
-// Shape    a view of some 60 bytes, copied as such: it shows what the attribute holds when it is asked. Items of a list
-//          show the list that they were taken from.
-// Select   a value wrapped in a type, IFCLABEL('x'), is told as the value itself; typeName() and boTyped() tell the rest.
-// Errors   TypeError for a value of another kind; HandleError once the element or the model is gone. "No value" is no
-//          error, except for get(): optionals are empty then, lists too.
-// Threads  see Model.
+/// @file
+/// Value: what an attribute holds, told by kind; and an item of a list likewise.
+///
+/// For      callers of Element: wall["OverallWidth"].number().
+/// Shape    a view of some 60 bytes, copied as such: it shows what the attribute holds when it is asked. Items of a
+///          list show the list that they were taken from.
+/// Select   a value wrapped in a type, IFCLABEL('x'), is told as the value itself; typeName() and isTyped() tell the
+///          rest.
+/// Errors   TypeError for a value of another kind; HandleError once the element or the model is gone. "No value" is no
+///          error, except for get(): optionals are empty then, lists too.
+/// Threads  see Model.
 #pragma once
 
 #include <cstddef>
@@ -32,6 +34,7 @@ struct ObjectBase;
 
 namespace oxa {
 
+/// What a value is.
 enum class Kind : std::uint8_t {
     Null,      ///< no value: "$", or one that could not be read
     Derived,   ///< "*": the schema derives it from other attributes
@@ -49,6 +52,7 @@ enum class Kind : std::uint8_t {
 /// "a number", "a list" and so on: for messages.
 [[nodiscard]] OXA_MODEL_API std::string_view kindName(Kind kind) noexcept;
 
+/// A binary.
 using Bytes = std::vector<unsigned char>;
 
 namespace detail {
@@ -64,11 +68,13 @@ inline constexpr bool g_boValueType =
               std::vector<double>, std::vector<std::int64_t>, std::vector<std::string>, std::vector<Element>>;
 }   // namespace detail
 
+/// What one attribute, or one item of a list, holds.
 class OXA_MODEL_API Value {
 public:
     /// Null, of nobody.
     Value() noexcept = default;
 
+    /// What the value is at this moment; of a select what it holds.
     [[nodiscard]] Kind kind() const;
     /// True for kind Null.
     [[nodiscard]] bool isNull() const { return kind() == Kind::Null; }
@@ -77,10 +83,13 @@ public:
     [[nodiscard]] std::optional<std::string> text() const;
     /// A number or an integer, in the unit of the model.
     [[nodiscard]] std::optional<double> number() const;
+    /// An integer; a number is a TypeError, even a whole one.
     [[nodiscard]] std::optional<std::int64_t> integer() const;
     /// A boolean, or a logical; empty for "unknown" too.
     [[nodiscard]] std::optional<bool> boolean() const;
+    /// A logical or a boolean.
     [[nodiscard]] std::optional<LogicalValue> logical() const;
+    /// A binary.
     [[nodiscard]] std::optional<Bytes> binary() const;
     /// The element that is referred to; names nothing where there is no value, or an instance that the file does not
     /// define.
@@ -92,7 +101,7 @@ public:
     /// How many items() there are.
     [[nodiscard]] std::size_t size() const;
 
-    /// The value as a T, or a ValueError where there is none. As std::optional<T>: empty where there is none.
+    /// The value as a T, or a ValueError where there is none. As `std::optional<T>`: empty where there is none.
     template <class T>
     [[nodiscard]] T get() const;
 
@@ -141,10 +150,11 @@ private:
 /// One attribute of an element.
 struct Attribute {
     std::string_view name;   ///< as the schema spells it
-    Value value;
-    bool optional = false;
+    Value value;             ///< what it holds
+    bool optional = false;   ///< whether the schema lets it be without a value
 };
 
+/// @cond specialisations of a private member
 template <>
 OXA_MODEL_API std::optional<bool> Value::optional() const;
 template <>
@@ -173,6 +183,7 @@ template <>
 OXA_MODEL_API std::optional<std::vector<std::string>> Value::optional() const;
 template <>
 OXA_MODEL_API std::optional<std::vector<Element>> Value::optional() const;
+/// @endcond
 
 template <class T>
 T Value::get() const {

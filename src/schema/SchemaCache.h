@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// SchemaCache: a value that is built once, on first use, and read without a lock from then on.
-//
-// For      the caches of schema::Entity.
-// Threads  any number at once: the ready flag is set with release order after the value is complete.
-//          A build may ask other caches; who does so keeps to one order (subtype before supertype).
+/// @file
+/// SchemaCache: a value that is built once, on first use, and read without a lock from then on.
+///
+/// For      the caches of schema::Entity.
+/// Threads  any number at once: the ready flag is set with release order after the value is complete.
+///          A build may ask other caches; who does so keeps to one order (subtype before supertype).
 #pragma once
 
 #include <atomic>
@@ -12,6 +13,7 @@
 
 namespace oxa::ifc::def::schema {
 
+/// A value, empty until somebody asks for it. Belongs to one object of a schema and is neither copied nor moved.
 template <class Value>
 class SchemaCache {
 public:
@@ -19,15 +21,16 @@ public:
     SchemaCache(const SchemaCache&) = delete;
     SchemaCache& operator=(const SchemaCache&) = delete;
 
-    // The value; "build" makes it if nobody has yet. An exception of "build" leaves the cache unbuilt.
+    /// The value; "build" makes it if nobody has yet. An exception of "build" leaves the cache unbuilt.
     template <class Build>
     const Value& get(Build&& build) const {
         if (!m_boReady.load(std::memory_order_acquire)) vBuild(std::forward<Build>(build));
         return m_value;
     }
 
+    /// Whether the value has been built.
     [[nodiscard]] bool boReady() const noexcept { return m_boReady.load(std::memory_order_acquire); }
-    [[nodiscard]] const Value& value() const noexcept { return m_value; }   // empty unless boReady()
+    [[nodiscard]] const Value& value() const noexcept { return m_value; }   ///< empty unless boReady()
 
 private:
     template <class Build>

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// SimplePool: memory for the many small things of one model, which all die together.
-//
-// For      entities, attribute blocks, texts, lists and list nodes of one Data.
-// Callers  Data, the cells, the setters. Library users only hand a pool on.
-// Not for  objects with a destructor to run (none is run), or memory to be given back one by one.
-// Threads  any number at once; the common path is one atomic add, a new block takes a lock. A thread that allocates much
-//          has a PoolArena (PoolArena.h).
+/// @file
+/// SimplePool: memory for the many small things of one model, which all die together.
+///
+/// For      entities, attribute blocks, texts, lists and list nodes of one Data.
+/// Callers  Data, the cells, the setters. Library users only hand a pool on.
+/// Not for  objects with a destructor to run (none is run), or memory to be given back one by one.
+/// Threads  any number at once; the common path is one atomic add, a new block takes a lock. A thread that allocates
+///          much has a PoolArena (PoolArena.h).
 #pragma once
 
 #include <atomic>
@@ -20,10 +21,11 @@
 
 #include "Format/Ifc/Memory/ZeroedBytes.h"
 
+/// Memory of a model as a whole.
 namespace oxa::memory {
 
-// Bump allocation in blocks of iBlockSize bytes; iAlignment 0: no alignment is added, a caller who needs
-// one asks for sizes that keep it or aligns by itself (pAllocateAligned).
+/// Bump allocation in blocks of iBlockSize bytes; iAlignment 0: no alignment is added, a caller who needs
+/// one asks for sizes that keep it or aligns by itself (pAllocateAligned).
 template <class Byte, std::size_t iBlockSize, std::size_t iAlignment>
 class SimplePool {
     static_assert(sizeof(Byte) == 1 && iAlignment == 0, "a pool of bytes, without alignment");
@@ -33,7 +35,7 @@ public:
     SimplePool(const SimplePool&) = delete;
     SimplePool& operator=(const SimplePool&) = delete;
 
-    // iBytes of zeroed memory at any byte address, good until the pool dies. Throws std::bad_alloc.
+    /// iBytes of zeroed memory at any byte address, good until the pool dies. Throws std::bad_alloc.
     //
     // The common path is one atomic add. The thread that adds owns the bytes between the old and the new count, since
     // no two adds give the same range. If the range passes the end, the block is closed: the overshoot stays in the
@@ -53,15 +55,15 @@ public:
         }
     }
 
-    // The same at an address that is a multiple of 8.
+    /// The same at an address that is a multiple of 8.
     [[nodiscard]] void* pAllocateAligned(std::size_t iBytes) {
         void* pBytes = pAllocate(iBytes + 7);
         std::size_t iSpace = iBytes + 7;
         return std::align(8, iBytes, pBytes, iSpace);
     }
 
-    // The same for a large piece that its owner fills from its start to its end. Once the pool is large, pieces are cut
-    // from segments.
+    /// The same for a large piece that its owner fills from its start to its end. Once the pool is large, pieces are
+    /// cut from segments.
     [[nodiscard]] void* pAllocatePiece(std::size_t iBytes) {
         if (m_iReserved.load(std::memory_order_relaxed) < g_iSegmentsFrom || iBytes > g_iSegmentBytes)
             return pAllocate(iBytes);
@@ -79,13 +81,13 @@ public:
         return pBytes;
     }
 
-    // Returns the pages of the unused end of the last segment to the system; they are mapped again when they are used.
+    /// Returns the pages of the unused end of the last segment to the system; they are mapped again when they are used.
     void vTrim() noexcept {
         const std::lock_guard lock(m_largeMutex);
         vGiveBack(m_pSegment, m_iSegmentLeft);
     }
 
-    // Bytes taken from the heap so far: blocks and large allocations.
+    /// Bytes taken from the heap so far: blocks and large allocations.
     [[nodiscard]] std::size_t iBytesReserved() const noexcept { return m_iReserved.load(std::memory_order_relaxed); }
 
 private:
@@ -131,6 +133,7 @@ private:
 
 namespace oxa::ifc {
 
+/// The pool of a model.
 using Pool = memory::SimplePool<char, 16384, 0>;
 
 }   // namespace oxa::ifc

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Unaligned: a field that may stand at any byte address.
-//
-// For      the fields of cells, arrays and list nodes, which are packed into pool memory without padding.
-// Why      a plain double at an odd address is undefined behaviour, whatever the processor makes of it.
-//          load() and set() are one plain move each after optimisation.
+/// @file
+/// Unaligned: a field that may stand at any byte address.
+///
+/// For      the fields of cells, arrays and list nodes, which are packed into pool memory without padding.
+/// Why      a plain double at an odd address is undefined behaviour, whatever the processor makes of it.
+///          load() and set() are one plain move each after optimisation.
 #pragma once
 
 #include <cstring>
@@ -11,17 +12,25 @@
 
 namespace oxa::ifc {
 
+/// The bytes of a plain value. Its alignment is 1, and it is read and written as a copy.
 template <class Value>
 class Unaligned {
     static_assert(std::is_trivially_copyable_v<Value>);
 
 public:
     Unaligned() = default;
+
+    ///@{
+    /// Stores the value.
     Unaligned(Value value) noexcept { set(value); }
     Unaligned& operator=(Value value) noexcept {
         set(value);
         return *this;
     }
+    ///@}
+
+    ///@{
+    /// A copy of the value.
     operator Value() const noexcept { return load(); }
 
     [[nodiscard]] Value load() const noexcept {
@@ -29,6 +38,9 @@ public:
         std::memcpy(&value, m_bytes, sizeof value);
         return value;
     }
+    ///@}
+
+    /// Stores the value.
     void set(Value value) noexcept { std::memcpy(m_bytes, &value, sizeof value); }
 
 private:

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// EntityIdMap: from an entity to its instance number, and back.
-//
-// For      Data and the writers. A read with kept numbers seeds it; otherwise numbers are dealt on demand.
-// Shape    entities of a read stand in the chunks of its entity table, where the address gives the number: a
-//          seeded chunk costs one bit a slot. Everything else is in a hash table.
-// Threads  look-ups run in parallel, a new number takes the lock alone. Seeding is for one thread.
+/// @file
+/// EntityIdMap: from an entity to its instance number, and back.
+///
+/// For      Data and the writers. A read with kept numbers seeds it; otherwise numbers are dealt on demand.
+/// Shape    entities of a read stand in the chunks of its entity table, where the address gives the number: a
+///          seeded chunk costs one bit a slot. Everything else is in a hash table.
+/// Threads  look-ups run in parallel, a new number takes the lock alone. Seeding is for one thread.
 #pragma once
 
 #include <bitset>
@@ -27,59 +28,62 @@ class Entity;
 class SeenNumbers;
 struct EntitySlot;
 
+/// The instance numbers of a model. It owns no entity.
 class OXA_IFC_API EntityIdMap {
     struct SeededChunk;
     struct Dealt;
 
 public:
-    // Where a caller's last entity was found: the next one mostly stands near it. Lives no longer than the map, and
-    // belongs to one thread.
+    /// Where a caller's last entity was found: the next one mostly stands near it. Lives no longer than the map, and
+    /// belongs to one thread.
     class Near {
         friend class EntityIdMap;
         const SeededChunk* m_pChunk = nullptr;
     };
 
-    // Empty, with room for that many entries beside seeded ones.
+    /// Empty, with room for that many entries beside seeded ones.
     explicit EntityIdMap(std::size_t iExpected);
     ~EntityIdMap();
     EntityIdMap(const EntityIdMap&) = delete;
     EntityIdMap& operator=(const EntityIdMap&) = delete;
 
-    // The number and whether it is new. A new one is the count of entries with it, so 1 in an empty map; it is not
-    // checked against numbers that a file brought, which are not dense: such a map can hold a number twice.
+    /// The number and whether it is new. A new one is the count of entries with it, so 1 in an empty map; it is not
+    /// checked against numbers that a file brought, which are not dense: such a map can hold a number twice.
     [[nodiscard]] std::pair<std::size_t, bool> get(const Entity* pEntity);
+    /// A number with where it comes from.
     struct Number {
-        std::size_t iId;
-        bool boNew;
-        bool boSeeded;   // it came with a file and has 32 bits: no other seeded entity has it
+        std::size_t iId;   ///< from 1
+        bool boNew;        ///< it was dealt by this very call
+        bool boSeeded;     ///< it came with a file and has 32 bits: no other seeded entity has it
     };
-    // As get, with where the number comes from.
+    /// As get, with where the number comes from.
     [[nodiscard]] Number number(const Entity* pEntity, Near& near) {
         if (near.m_pChunk)
             if (const std::size_t iSlot = near.m_pChunk->iSlotOf(pEntity); iSlot < g_iSlots)
                 return {near.m_pChunk->iFirstId + iSlot, false, true};
         return numberFar(pEntity, near);
     }
-    // The same; empty for an entity that has no number. Deals none.
+    /// The same; empty for an entity that has no number. Deals none.
     [[nodiscard]] std::optional<Number> known(const Entity* pEntity, Near& near) const {
         if (near.m_pChunk)
             if (const std::size_t iSlot = near.m_pChunk->iSlotOf(pEntity); iSlot < g_iSlots)
                 return Number{near.m_pChunk->iFirstId + iSlot, false, true};
         return knownFar(pEntity, near);
     }
-    // The number; empty for an entity that has none. Deals none.
+    /// The number; empty for an entity that has none. Deals none.
     [[nodiscard]] std::optional<std::size_t> find(const Entity* pEntity) const;
-    // The entity that was seeded with that number; null when there is none.
+    /// The entity that was seeded with that number; null when there is none.
     [[nodiscard]] const Entity* pSeededFromId(std::size_t iId) const;
-    // Enters a defined slot of an entity table under its number.
+    /// Enters a defined slot of an entity table under its number.
     void vSeed(const EntitySlot& slot, std::size_t iId);
+    /// Entries, seeded and dealt ones together.
     [[nodiscard]] std::size_t size() const;
 
-    // From here on numbers are dealt above the highest that any entity has, in place of the rule at get. One thread.
+    /// From here on numbers are dealt above the highest that any entity has, in place of the rule at get. One thread.
     void vDealAbove();
-    // The highest number of any entity; 0 where there is none.
+    /// The highest number of any entity; 0 where there is none.
     [[nodiscard]] std::size_t iHighest() const;
-    // The entities that were seeded with the numbers that "seen" has, ascending. It has no other numbers.
+    /// The entities that were seeded with the numbers that "seen" has, ascending. It has no other numbers.
     [[nodiscard]] std::vector<const Entity*> seededOf(const SeenNumbers& seen) const;
 
 private:

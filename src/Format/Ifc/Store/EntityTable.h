@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// EntityTable: the place of each instance number while a file is read.
-//
-// Each number n has a fixed place, chunk n >> 15, slot n & 0x7fff, so that "#123" becomes a pointer before statement 123
-// has been read, or even if it never comes.
-//
-//   slot, 32 bytes     offset 0  Entity, 24 referenced, 25 state, 26 unused
-//   chunk, 1 MiB       32,768 slots, zeroed, from the pool of the Data; outlives the table that found it
-//
-// Callers  the scanner, the line workers, the ifcXML import. Library users do not meet it.
-// Threads  any number may ask for chunks and mark slots; creation is guarded, the common path is one
-//          atomic load. The table itself forgets everything when the read ends.
+/// @file
+/// EntityTable: the place of each instance number while a file is read.
+///
+/// Each number n has a fixed place, chunk n >> 15, slot n & 0x7fff, so that "#123" becomes a pointer before statement
+/// 123 has been read, or even if it never comes.
+///
+///     slot, 32 bytes     offset 0  Entity, 24 referenced, 25 state, 26 unused
+///     chunk, 1 MiB       32,768 slots, zeroed, from the pool of the Data; outlives the table that found it
+///
+/// Callers  the scanner, the line workers, the ifcXML import. Library users do not meet it.
+/// Threads  any number may ask for chunks and mark slots; creation is guarded, the common path is one
+///          atomic load. The table itself forgets everything when the read ends.
 #pragma once
 
 #include <array>
@@ -30,32 +31,35 @@ namespace oxa::ifc {
 
 class Data;
 
-// One place of the entity table. The pointer to a slot is the pointer to its Entity.
+/// One place of the entity table. The pointer to a slot is the pointer to its Entity.
 struct EntitySlot {
-    Entity entity;
-    std::uint8_t referenced;   // true once anything named this number or defined it
-    std::uint8_t state;        // whether a thread holds "entity", see EntitySlotLock
-    std::uint8_t unused[6];
+    Entity entity;             ///< zeroed until a statement defines it
+    std::uint8_t referenced;   ///< true once anything named this number or defined it
+    std::uint8_t state;        ///< whether a thread holds "entity", see EntitySlotLock
+    std::uint8_t unused[6];    ///< zero; a write of the first one makes the system map the page
 
-    // Test before store: with other threads at work the cache line stays shared unless the flag has to change, instead
-    // of moving to this processor. On one thread the load would only be a cache miss to wait for.
+    /// Test before store: with other threads at work the cache line stays shared unless the flag has to change, instead
+    /// of moving to this processor. On one thread the load would only be a cache miss to wait for.
     void vReferencedSet(bool boParallel = true) noexcept {
         std::atomic_ref flag(referenced);
         if (!boParallel || !flag.load(std::memory_order_relaxed)) flag.store(1, std::memory_order_relaxed);
     }
+    /// Whether anything named this number or defined it, so far.
     [[nodiscard]] bool boReferenced() noexcept {
         return std::atomic_ref(referenced).load(std::memory_order_relaxed) != 0;
     }
+    /// The slot of an entity that stands in a table; of no other one.
     [[nodiscard]] static EntitySlot& fromEntity(Entity& entity) noexcept {
         return reinterpret_cast<EntitySlot&>(entity);
     }
 };
 static_assert(sizeof(EntitySlot) == 32 && offsetof(EntitySlot, entity) == 0);
 
-// Holds a slot's Entity against a second statement of the same number on another thread. Such a file is
-// faulty, and which statement wins is open, but nothing may be torn. Without a rival it costs one exchange.
+/// Holds a slot's Entity against a second statement of the same number on another thread. Such a file is
+/// faulty, and which statement wins is open, but nothing may be torn. Without a rival it costs one exchange.
 class EntitySlotLock {
 public:
+    /// Waits until nobody else holds the slot.
     explicit EntitySlotLock(EntitySlot& slot) noexcept;
     ~EntitySlotLock();
     EntitySlotLock(const EntitySlotLock&) = delete;
@@ -70,21 +74,24 @@ private:
 // address, a reference is that address, and nothing has to be patched later. A vector that grows would move; a hash
 // table would need a lock or a probe for each reference. Chunks of 32,768 slots never move, are found by one atomic
 // load, and cost memory only where numbers are: the pages of a chunk that nothing is written to are never mapped.
+/// The entity table, with where the read reports.
 struct ReadInfoCommon {
-    static constexpr std::size_t g_iSlotsPerChunk = 32768;
-    static constexpr std::size_t g_iChunkBytes = g_iSlotsPerChunk * sizeof(EntitySlot);
-    static constexpr std::size_t g_iFirstChunks = 1000;
-    static constexpr std::size_t g_iFarChunk = (std::size_t{1} << 32) / g_iSlotsPerChunk;   // from here on m_farChunks
+    static constexpr std::size_t g_iSlotsPerChunk = 32768;                                ///< numbers of a chunk
+    static constexpr std::size_t g_iChunkBytes = g_iSlotsPerChunk * sizeof(EntitySlot);   ///< 1 MiB
+    static constexpr std::size_t g_iFirstChunks = 1000;   ///< chunks that need no look-up
+    /// The first chunk of numbers beyond 32 bits.
+    static constexpr std::size_t g_iFarChunk = (std::size_t{1} << 32) / g_iSlotsPerChunk;
 
+    /// An empty table. Reports go to "error", which is not owned.
     explicit ReadInfoCommon(io::ReadError& error) noexcept : m_pError(&error) {}
     ReadInfoCommon(const ReadInfoCommon&) = delete;
     ReadInfoCommon& operator=(const ReadInfoCommon&) = delete;
 
-    // Never null. Creates the chunk in the pool of "data" when it does not exist yet. Its caller may mark and fill any
-    // slot of it, so all of them are visited from here on; slotGet, for one number, notes the slot's page alone.
+    /// Never null. Creates the chunk in the pool of "data" when it does not exist yet. Its caller may mark and fill any
+    /// slot of it, so all of them are visited from here on; slotGet, for one number, notes the slot's page alone.
     [[nodiscard]] EntitySlot* pChunkGet(Data& data, std::size_t iChunk);
 
-    // The slot of a number; from here on vForEachSlot visits it.
+    /// The slot of a number; from here on vForEachSlot visits it.
     [[nodiscard]] EntitySlot& slotGet(Data& data, std::size_t iId) {
         const std::size_t iChunk = iId >> 15;
         const std::size_t iSlot = iId & 0x7fffU;
@@ -98,12 +105,12 @@ struct ReadInfoCommon {
         return slotCreate(data, iChunk, iSlot);
     }
 
-    // Unmaps the pages that were never accessed (madvise): those of a chunk that was expected to be full. Not while
-    // other threads ask for slots.
+    /// Unmaps the pages that were never accessed (madvise): those of a chunk that was expected to be full. Not while
+    /// other threads ask for slots.
     void vTrim() noexcept;
 
-    // Calls visit(number, slot) for the slots of all pages touched so far, numbers ascending. Not while
-    // other threads create chunks.
+    /// Calls visit(number, slot) for the slots of all pages touched so far, numbers ascending. Not while
+    /// other threads create chunks.
     template <class Visit>
     void vForEachSlot(Visit&& visit) {
         for (std::size_t i = 0; i < g_iFirstChunks; ++i) vVisitChunk(m_chunks[i], i, visit);
@@ -113,7 +120,7 @@ struct ReadInfoCommon {
             if (pChunk) vVisitChunk(*pChunk, iChunk, visit);
     }
 
-    io::ReadError* m_pError;
+    io::ReadError* m_pError;   ///< where the read reports
 
 private:
     // One bit a page of 128 slots, 4 KiB, that was accessed, so that completion does not walk the empty rest of a chunk

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// SeenNumbers: which instance numbers a walk has met, a bit a number.
-//
-// For      the writers: a model's numbers are mostly dense, and then a bit is far less than an entry of a set.
-// Shape    a tree of three levels over 32 bits, grown where numbers fall; what is never met costs nothing.
-// Threads  any number at once, without a lock: exactly one caller gets true for each number.
+/// @file
+/// SeenNumbers: which instance numbers a walk has met, a bit a number.
+///
+/// For      the writers: a model's numbers are mostly dense, and then a bit is far less than an entry of a set.
+/// Shape    a tree of three levels over 32 bits, grown where numbers fall; what is never met costs nothing.
+/// Threads  any number at once, without a lock: exactly one caller gets true for each number.
 #pragma once
 
 #include <array>
@@ -20,12 +21,13 @@ namespace oxa::ifc {
 // to set it wins by fetch_or, whose old value tells. Pages of 32,768 bits are made on first use: two threads that make
 // the same page agree by compare_exchange, and the loser deletes its own. Nothing is ever taken away while threads
 // mark, so a pointer to a page stays good, and each thread remembers its last one.
+/// A set of numbers of 32 bits that only grows.
 class SeenNumbers {
     struct Page;
 
 public:
-    // Where a caller's last number was: the next one mostly is near it. Lives no longer than the numbers, and belongs
-    // to one thread.
+    /// Where a caller's last number was: the next one mostly is near it. Lives no longer than the numbers, and belongs
+    /// to one thread.
     class Near {
         friend class SeenNumbers;
         Page* m_pPage = nullptr;
@@ -36,7 +38,7 @@ public:
     SeenNumbers(const SeenNumbers&) = delete;
     SeenNumbers& operator=(const SeenNumbers&) = delete;
 
-    // True the first time for that number.
+    /// True the first time for that number.
     bool boMark(std::uint32_t iNumber, Near& near) {
         const std::uint32_t iBit = iNumber % g_iPageBits;
         const std::uint32_t iPage = iNumber / g_iPageBits;
@@ -52,7 +54,7 @@ public:
         return !(word.fetch_or(uMask, std::memory_order_relaxed) & uMask);
     }
 
-    // Whether the number was marked.
+    /// Whether the number was marked.
     [[nodiscard]] bool boMarked(std::uint32_t iNumber) const {
         const std::uint32_t iPage = iNumber / g_iPageBits;
         const Branch<Page, g_iPages>* pFolder = m_root.pAt(iPage / g_iPages);
@@ -62,7 +64,7 @@ public:
         return pPage->words[iBit / 64].load(std::memory_order_relaxed) >> iBit % 64 & 1U;
     }
 
-    // Calls visit(number) for each number that was marked, ascending. Not while others mark.
+    /// Calls visit(number) for each number that was marked, ascending. Not while others mark.
     template <class Visit>
     void vForEach(Visit&& visit) const {
         for (std::uint32_t iPage = 0; iPage < g_iFolders * g_iPages; ++iPage) {

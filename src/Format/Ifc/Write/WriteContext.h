@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// WriteContext: what travels with a write: the queue of a walk over the model, and the statement in hand.
-//
-// A write is a graph walk: each composed statement asks for the numbers of the entities that it names, and that
-// puts those on the queue. There is no other list of what to write.
-//
-// Callers  Data, the cells, the writers, the ifcXML export, and seeds of library users.
-// Threads  StepWriteInfoCommon is shared by the composing threads of one run. StepWriteInfo belongs to one of them: it
-//          keeps what it finds and composes until a share is done, so that the lock is taken once a share.
+/// @file
+/// WriteContext: what travels with a write: the queue of a walk over the model, and the statement in hand.
+///
+/// A write is a graph walk: each composed statement asks for the numbers of the entities that it names, and that
+/// puts those on the queue. There is no other list of what to write.
+///
+/// Callers  Data, the cells, the writers, the ifcXML export, and seeds of library users.
+/// Threads  StepWriteInfoCommon is shared by the composing threads of one run. StepWriteInfo belongs to one of them: it
+///          keeps what it finds and composes until a share is done, so that the lock is taken once a share.
 #pragma once
 
 #include <array>
@@ -33,54 +34,61 @@ class IfcLineWriterInterface;
 class WriteError;
 }   // namespace io
 
-// What a thread of a walk found last.
+/// What a thread of a walk found last.
 struct WalkNear {
-    EntityIdMap::Near number;
-    SeenNumbers::Near seen;
+    EntityIdMap::Near number;   ///< in the map of numbers
+    SeenNumbers::Near seen;     ///< in the numbers met
 };
 
-// The part of a walk that does not care where its statements go.
+/// The part of a walk that does not care where its statements go.
 class OXA_IFC_API WriteInfoCommon {
 public:
+    /// A walk that has met nothing yet. The map is not owned, and gets the numbers that the walk deals.
     explicit WriteInfoCommon(EntityIdMap& entityIdMap) : m_pEntityIdMap(&entityIdMap) {}
     WriteInfoCommon(const WriteInfoCommon&) = delete;
     WriteInfoCommon& operator=(const WriteInfoCommon&) = delete;
 
-    // The number of an entity, which a walk of one thread queues when it meets it for the first time; 0 for null. For
-    // whoever names entities from outside of a statement: seeds, and the ifcXML export.
+    /// The number of an entity, which a walk of one thread queues when it meets it for the first time; 0 for null. For
+    /// whoever names entities from outside of a statement: seeds, and the ifcXML export.
     std::size_t iEntityIdGet(const Entity* pEntity) { return iEntityIdQueue(pEntity); }
-    // What that does, without a lock.
+    /// As iEntityIdGet(), without a lock.
     std::size_t iEntityIdQueue(const Entity* pEntity);
-    // The number of an entity that is composed right now: this run has met it, and need not queue it. One thread.
+    /// The number of an entity that is composed right now: this run has met it, and need not queue it. One thread.
     std::size_t iEntityIdMark(const Entity& entity);
-    // Whether this run has met the entity. Once its threads have ended.
+    /// Whether this run has met the entity. Once its threads have ended.
     [[nodiscard]] bool boMet(const Entity& entity) const;
-    // All that this run has met, empty instances included. By number, and of two with one number first the one that
-    // the file gave it to; in the order of a list of numbers, with the others behind it by number. Once its threads
-    // have ended.
+
+    ///@{
+    /// All that this run has met, empty instances included. By number, and of two with one number first the one that
+    /// the file gave it to; in the order of a list of numbers, with the others behind it by number. Once its threads
+    /// have ended.
     [[nodiscard]] std::vector<const Entity*> metByNumber() const;
     [[nodiscard]] std::vector<const Entity*> metByFile(std::span<const std::uint32_t> numbers) const;
-    // Those of them whose numbers came with no file, by number.
+    ///@}
+
+    /// Those of them whose numbers came with no file, by number.
     [[nodiscard]] std::vector<const Entity*> metUnseeded() const;
 
-    EntityIdMap* m_pEntityIdMap;         // the numbers of the Data; shared with later runs
-    std::deque<const Entity*> m_queue;   // waiting to be composed
-    std::uint32_t m_iDequeued = 0;       // taken from the queue so far
+    EntityIdMap* m_pEntityIdMap;         ///< the numbers of the Data; shared with later runs
+    std::deque<const Entity*> m_queue;   ///< waiting to be composed
+    std::uint32_t m_iDequeued = 0;       ///< taken from the queue so far
 
 protected:
-    // True the first time.
+    /// True the first time.
     bool boMark(const Entity* pEntity, const EntityIdMap::Number& number, WalkNear& near) {
         return number.boSeeded ? m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId), near.seen)
                                : m_seen.insert(pEntity).second;
     }
 
-    WalkNear m_near;                            // of the one thread, or under the lock
-    SeenNumbers m_seenSeeded;                   // entities whose number came with a file
-    std::unordered_set<const Entity*> m_seen;   // all others
+    WalkNear m_near;                            ///< of the one thread, or under the lock
+    SeenNumbers m_seenSeeded;                   ///< entities whose number came with a file
+    std::unordered_set<const Entity*> m_seen;   ///< all others
 };
 
+/// A walk whose statements go to a writer of lines, with the lock that its threads share.
 class OXA_IFC_API StepWriteInfoCommon : public WriteInfoCommon {
 public:
+    /// Nothing is owned; the map, the errors and the writer must outlive it.
     StepWriteInfoCommon(EntityIdMap& entityIdMap, io::WriteError& errors, io::IfcLineWriterInterface& writer,
                         bool boSingleThreaded)
         : WriteInfoCommon(entityIdMap),
@@ -88,64 +96,65 @@ public:
           m_pWriter(&writer),
           m_boSingleThreaded(boSingleThreaded) {}
 
-    // As the base, from any thread: queues under the lock.
+    /// As the base, from any thread: queues under the lock.
     std::size_t iEntityIdGet(const Entity* pEntity);
-    // The number, for a composing thread: what this run meets for the first time is put into "found", which the thread
-    // queues later (boTake).
+    /// The number, for a composing thread: what this run meets for the first time is put into "found", which the thread
+    /// queues later (boTake).
     std::size_t iEntityIdCollect(const Entity* pEntity, std::vector<const Entity*>& found, WalkNear& near);
-    // The same for an entity that has a number; false, and nothing done, for one that has none.
+    /// The same for an entity that has a number; false, and nothing done, for one that has none.
     bool boNumberedCollect(const Entity& entity, std::vector<const Entity*>& found, WalkNear& near);
 
-    // For a composing thread beside others. Queues "found", which is emptied, then waits for work and takes a share
-    // of it. "boActive" is the thread's own, false at first. Calls "progress" for each entity taken, under the lock.
-    // False: the walk has ended.
+    /// For a composing thread beside others. Queues "found", which is emptied, then waits for work and takes a share
+    /// of it. "boActive" is the thread's own, false at first. Calls "progress" for each entity taken, under the lock.
+    /// False: the walk has ended.
     bool boTake(std::vector<const Entity*>& found, std::vector<const Entity*>& share, bool& boActive,
                 const std::function<void(unsigned)>& progress);
-    // Ends the walk where it stands.
+    /// Ends the walk where it stands.
     void vStop();
 
-    io::WriteError* m_pErrors;               // where statements report
-    io::IfcLineWriterInterface* m_pWriter;   // where statements go
-    std::mutex m_mutex;                      // guards m_queue, m_iDequeued, m_seen and the two below
-    std::condition_variable m_changed;       // m_queue has grown, or the walk has ended
-    std::int32_t m_iActive = 0;              // threads that took an entity and have not seen the queue empty since
-    bool m_boDone = false;                   // the walk has ended
-    bool m_boSingleThreaded;
-    // 0: the writer takes each statement by itself. Else it takes several as one text, LF between them, which a
-    // composing thread hands over once it has that many bytes.
+    io::WriteError* m_pErrors;               ///< where statements report
+    io::IfcLineWriterInterface* m_pWriter;   ///< where statements go
+    std::mutex m_mutex;                      ///< guards m_queue, m_iDequeued, m_seen and the two below
+    std::condition_variable m_changed;       ///< m_queue has grown, or the walk has ended
+    std::int32_t m_iActive = 0;              ///< threads that took an entity and have not seen the queue empty since
+    bool m_boDone = false;                   ///< the walk has ended
+    bool m_boSingleThreaded;                 ///< all of the walk runs on the thread of the caller
+    /// 0: the writer takes each statement by itself. Else it takes several as one text, LF between them, which a
+    /// composing thread hands over once it has that many bytes.
     std::size_t m_iBlockSize = 0;
 };
 
-// One composing thread: its strings keep their capacity from statement to statement.
+/// One composing thread: its strings keep their capacity from statement to statement.
 struct StepWriteInfo {
-    // What becomes of the entities that a statement names, and of the statement.
+    /// What becomes of the entities that a statement names, and of the statement.
     enum class Pass : std::uint8_t {
-        AtOnce,      // the ones go to the queue, the other to the writer, at once: nothing is lost with this object
-        InBatches,   // both wait here for a while; for a thread of a walk, which hands them on in the end
-        Numbers,     // the walk is over: entities are asked for their numbers only
+        AtOnce,      ///< the ones go to the queue, the other to the writer, at once: nothing is lost with this object
+        InBatches,   ///< both wait here for a while; for a thread of a walk, which hands them on in the end
+        Numbers,     ///< the walk is over: entities are asked for their numbers only
     };
 
+    /// For one thread of that walk, which must outlive it.
     explicit StepWriteInfo(StepWriteInfoCommon& common, Pass ePass = Pass::AtOnce) noexcept
         : m_pCommon(&common),
           m_ePass(ePass) {}
 
-    // The number of an entity that the statement names; 0 for null. One that this run meets for the first time is
-    // queued or collected, unless the walk is over: that is for the pass to say.
+    /// The number of an entity that the statement names; 0 for null. One that this run meets for the first time is
+    /// queued or collected, unless the walk is over: that is for the pass to say.
     std::size_t iEntityIdNamed(const Entity* pEntity);
-    // Hands the statement on: to the writer, or to this thread's block where the writer takes blocks.
+    /// Hands the statement on: to the writer, or to this thread's block where the writer takes blocks.
     void vLineAdd();
-    // Hands the rest of the block on.
+    /// Hands the rest of the block on.
     void vBlockAdd();
 
-    std::string m_line;                   // the statement
-    std::string m_block;                  // statements on their way to a writer that takes blocks
-    std::vector<const Entity*> m_found;   // met for the first time, not queued yet; beside other threads only
-    WalkNear m_near;                      // beside other threads only
-    std::string m_encoded;                // scratch for encoded text
-    std::array<char, 65> m_number;        // scratch for one number
-    StepWriteInfoCommon* m_pCommon;
-    std::uint32_t m_iId = 0;   // of the statement
-    Pass m_ePass;
+    std::string m_line;                   ///< the statement
+    std::string m_block;                  ///< statements on their way to a writer that takes blocks
+    std::vector<const Entity*> m_found;   ///< met for the first time, not queued yet; beside other threads only
+    WalkNear m_near;                      ///< beside other threads only
+    std::string m_encoded;                ///< scratch for encoded text
+    std::array<char, 65> m_number;        ///< scratch for one number
+    StepWriteInfoCommon* m_pCommon;       ///< what the threads share
+    std::uint32_t m_iId = 0;              ///< of the statement
+    Pass m_ePass;                         ///< fixed from the start
 };
 
 }   // namespace oxa::ifc
