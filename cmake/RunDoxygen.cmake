@@ -2,9 +2,14 @@
 # RunDoxygen: runs Doxygen, and tells what it warned of: how much, and the first of it.
 #
 # Usage    cmake -D DOXYGEN=<program> -D FOLDER=<with the Doxyfile> -P RunDoxygen.cmake
+# Skipped  without a program, which is told.
 # Fails    with any warning, once the pages are written. The same of several classes that inherit it counts once.
 cmake_minimum_required(VERSION 3.22)
 
+if(NOT DOXYGEN)
+  message("Skipped: Doxygen 1.9.2 or newer was not found")
+  return()
+endif()
 set(shown 20)
 
 file(REMOVE "${FOLDER}/warnings.txt")
