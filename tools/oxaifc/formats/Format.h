@@ -3,7 +3,7 @@
 // it is read and written.
 //
 // For      Model and ModelWrite, which read and write by it, and verbs, which ask the table instead of naming formats.
-// A row    is defined in a file of its own, FormatXxx.cpp, and named in ../CMakeLists.txt; README.md has the steps.
+// A row    is defined in a file of its own, FormatXxx.cpp, and named in ../CMakeLists.txt; docs/adding.md has the steps.
 // Threads  the table is constant: any number.
 #pragma once
 
