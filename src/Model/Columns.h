@@ -37,12 +37,22 @@ using Cell = std::variant<std::monostate, bool, std::int64_t, double, std::strin
 /// "true", "12", "0.9", the text itself; nothing for no value.
 [[nodiscard]] OXA_MODEL_API std::string toText(const Cell& cell);
 
+/// Values of elements by the names of columns: the names are resolved once a type of element, not once a row.
 class OXA_MODEL_API Columns {
 public:
+    ///@{
+    /// The model is only looked at, and must outlive this. The opening comment says what a name may be, and what is
+    /// thrown.
     Columns(const Model& model, std::span<const std::string> names);
     Columns(const Model& model, std::initializer_list<std::string> names);
+    ///@}
+
+    ///@{
+    /// "other" can only be assigned to or destroyed afterwards.
     Columns(Columns&& other) noexcept;
     Columns& operator=(Columns&& other) noexcept;
+    ///@}
+
     ~Columns();
 
     /// As they were given.
@@ -59,20 +69,23 @@ private:
     std::unique_ptr<State> m_pState;
 };
 
+/// A column added up.
 struct Sum {
-    double value = 0;
+    double value = 0;        ///< in the unit of the model
     std::size_t count = 0;   ///< how many elements have a number there
 };
 
 /// Elements that are equal in some columns.
 struct Group {
-    std::vector<Cell> keys;
-    std::size_t count = 0;
-    std::vector<Sum> sums;
+    std::vector<Cell> keys;   ///< what they are equal in, a value a column
+    std::size_t count = 0;    ///< how many elements
+    std::vector<Sum> sums;    ///< one a column to add up
 };
 
+///@{
 /// Groups by the values of "keys", ascending, those without a value last; "sums" are columns to add up.
 [[nodiscard]] OXA_MODEL_API std::vector<Group> groupBy(const Elements& elements, Columns& keys, Columns& sums);
 [[nodiscard]] OXA_MODEL_API std::vector<Group> groupBy(const Elements& elements, Columns& keys);
+///@}
 
 }   // namespace oxa

@@ -48,6 +48,7 @@ namespace oxa {
 /// Whether an element has a property, a material or a classification by itself or by its type.
 enum class Source : std::uint8_t { Instance, Type };
 
+/// What holds the values of a property: the class of IfcProperty, or something else that is told as one.
 enum class PropertyKind : std::uint8_t {
     Single,
     Bounded,
@@ -60,12 +61,13 @@ enum class PropertyKind : std::uint8_t {
     Attribute   ///< of a set that the schema defines, as the panel of a door
 };
 
+/// A property or a quantity, with its values.
 struct Property {
-    std::string name;
-    PropertyKind kind = PropertyKind::Single;
-    Source source = Source::Instance;
-    Element element;   ///< the property; of an attribute its set
-    Element unit;      ///< where one is given here; see Units.h
+    std::string name;                           ///< as the file has it
+    PropertyKind kind = PropertyKind::Single;   ///< which of the values below there can be
+    Source source = Source::Instance;           ///< of the set that it stands in
+    Element element;                            ///< the property; of an attribute its set
+    Element unit;                               ///< where one is given here; see Units.h
     /// The value: of a list or an enumeration all of them, of a bounded one the set point, of a table the defined
     /// values, of a reference the element. Null where there is none, and of a complex one.
     Value value;
@@ -75,11 +77,12 @@ struct Property {
     std::vector<Property> properties;   ///< of a complex one
 };
 
+/// A property set or a set of quantities.
 struct PropertySet {
-    std::string name;
+    std::string name;                   ///< as the file has it
     Source source = Source::Instance;   ///< Type where the element has no set of this name by itself
     Element element;                    ///< the set, the element's own where there are two
-    std::vector<Property> properties;
+    std::vector<Property> properties;   ///< in their order; see psets()
 };
 
 /// Property sets, those of the element first, then those of its type. Sets of one name are one set here, and of two
@@ -92,28 +95,30 @@ struct PropertySet {
 [[nodiscard]] OXA_MODEL_API std::optional<Property> property(const Element& element, std::string_view set,
                                                              std::string_view name);
 
+/// A material, and the place that it has in an element.
 struct Material {
     Element element;    ///< the material; names nothing for a layer of air
     std::string name;   ///< of the material
     std::string part;   ///< the name of the layer, profile or constituent
     Element of;         ///< that layer, profile or constituent; names nothing for a material on its own or in a list
     Element set;        ///< the layer, profile or constituent set, or the list; names nothing for a material on its own
-    std::string setName;
+    std::string setName;                 ///< the name of that set; empty where it has none
     std::optional<double> thickness{};   ///< of a layer, in the unit of the model
     std::optional<double> fraction{};    ///< of a constituent, from 0 to 1
-    Source source = Source::Instance;
+    Source source = Source::Instance;    ///< who says so
 };
 
 /// What the element consists of, an entry a layer, profile or constituent in their order; where it says nothing itself,
 /// what its type says.
 [[nodiscard]] OXA_MODEL_API std::vector<Material> materials(const Element& element);
 
+/// A place in a system of classification.
 struct Classification {
-    Element element;      ///< the reference, notation or classification
-    std::string system;   ///< as in Uniclass 2015; empty where the file does not say
-    std::string code;     ///< as in Ss_25_10_20
-    std::string name;
-    Source source = Source::Instance;
+    Element element;                    ///< the reference, notation or classification
+    std::string system;                 ///< as in Uniclass 2015; empty where the file does not say
+    std::string code;                   ///< as in Ss_25_10_20
+    std::string name;                   ///< in words
+    Source source = Source::Instance;   ///< who says so
 };
 
 /// Those of the element, then those of its type.

@@ -44,6 +44,7 @@ struct Query;
 /// A text that is no query. The message begins with the column.
 class OXA_MODEL_API QueryError final : public Error {
 public:
+    /// A column is told from 1, in characters.
     QueryError(std::size_t column, const std::string& message)
         : Error("column " + std::to_string(column) + ": " + message),
           m_iColumn(column) {}
@@ -56,19 +57,23 @@ private:
     std::size_t m_iColumn;
 };
 
+/// What a query gives.
 struct Selection {
     Elements elements;                ///< each once, by number
     std::vector<std::string> hints;   ///< why there may be less than was meant: what no element has, with near names
 };
 
+/// A query, taken apart once and asked of any number of models.
 class OXA_MODEL_API Selector {
 public:
-    static constexpr std::size_t g_iMostBytes = 100'000;
-    static constexpr std::size_t g_iMostTerms = 1000;
-    static constexpr std::size_t g_iMostPatterns = 100;
+    static constexpr std::size_t g_iMostBytes = 100'000;   ///< of a query; beyond it there is a QueryError
+    static constexpr std::size_t g_iMostTerms = 1000;      ///< of all groups together
+    static constexpr std::size_t g_iMostPatterns = 100;    ///< regular expressions
 
+    /// QueryError for a text that is no query.
     explicit Selector(std::string_view query);
 
+    /// The elements of the model that the query means. NameError for a class or attribute that its schema lacks.
     [[nodiscard]] Selection select(const Model& model) const;
     /// Classes without their subtypes.
     [[nodiscard]] Selection select(const Model& model, Exact) const;

@@ -27,14 +27,15 @@ namespace oxa {
 
 class Model;
 
+/// A unit of a file, with the way to SI.
 struct Unit {
-    Element element;
+    Element element;        ///< the instance that says it
     std::string type;       ///< what it measures, as in LENGTHUNIT; MONETARYUNIT for money
     std::string name;       ///< "millimetre"; of the file's own units what the file calls them
     std::string symbol;     ///< "mm"; the name where it has none
     std::string siSymbol;   ///< "m"; empty where the unit has no SI value
-    double factor = 1;
-    double offset = 0;
+    double factor = 1;      ///< SI values a value of this unit
+    double offset = 0;      ///< added behind the factor, as for degrees Celsius
 
     /// Empty where the unit has no SI value.
     [[nodiscard]] std::optional<double> toSi(double value) const {
@@ -46,7 +47,7 @@ struct Unit {
 struct Measure {
     double value = 0;             ///< as the file has it
     std::optional<Unit> unit{};   ///< none for counts, ratios and plain numbers, and where the file gives none
-    std::optional<double> si{};
+    std::optional<double> si{};   ///< in SI; none where the unit has no SI value
 };
 
 /// What an instance of a unit says, be it prefixed, conversion-based, derived, of the file's own or of money; empty for
@@ -56,6 +57,7 @@ struct Measure {
 /// The units of a model.
 class OXA_MODEL_API Units {
 public:
+    /// Reads them from the project; what is set later is not seen.
     explicit Units(const Model& model);
 
     /// As the project assigns them.
