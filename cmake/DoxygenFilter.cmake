@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# DoxygenFilter: gives Doxygen a header, with the rows of its comments as a list: "For      callers of Model" in the header
-# is "- **For** callers of Model" to Doxygen, which would run the rows together. No line comes or goes.
+# DoxygenFilter: gives Doxygen a header, with the rows of its comments as a list: "For      callers of Model" in the
+# header is "- **For** callers of Model" to Doxygen, which would run the rows together. No line comes or goes.
 #
 # Usage    cmake -DFOLDER=<for a file in between> -P DoxygenFilter.cmake <header>; Doxygen reads what it writes.
 

@@ -36,12 +36,12 @@ public:
     SimplePool& operator=(const SimplePool&) = delete;
 
     /// iBytes of zeroed memory at any byte address, good until the pool dies. Throws std::bad_alloc.
-    //
-    // The common path is one atomic add. The thread that adds owns the bytes between the old and the new count, since
-    // no two adds give the same range. If the range passes the end, the block is closed: the overshoot stays in the
-    // count, so that every later add fails as well, and the first to take the lock opens a new block. Another thread
-    // that failed finds m_pCurrent changed and starts over. What is left at the end of a closed block is lost. The
-    // pointer is published with release order after the block's memory is zero.
+    ///
+    /// The common path is one atomic add. The thread that adds owns the bytes between the old and the new count, since
+    /// no two adds give the same range. If the range passes the end, the block is closed: the overshoot stays in the
+    /// count, so that every later add fails as well, and the first to take the lock opens a new block. Another thread
+    /// that failed finds m_pCurrent changed and starts over. What is left at the end of a closed block is lost. The
+    /// pointer is published with release order after the block's memory is zero.
     [[nodiscard]] void* pAllocate(std::size_t iBytes) {
         if (iBytes > iBlockSize) return pAllocateLarge(iBytes);
         for (;;) {

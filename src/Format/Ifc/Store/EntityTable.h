@@ -69,12 +69,13 @@ private:
     std::atomic_ref<std::uint8_t> m_state;
 };
 
-// Why a table of chunks. Statements name each other in any order, and the references of one statement are parsed on one
-// thread while their targets are parsed on another, or have not been scanned yet. If number n always has the same
-// address, a reference is that address, and nothing has to be patched later. A vector that grows would move; a hash
-// table would need a lock or a probe for each reference. Chunks of 32,768 slots never move, are found by one atomic
-// load, and cost memory only where numbers are: the pages of a chunk that nothing is written to are never mapped.
 /// The entity table, with where the read reports.
+///
+/// Why a table of chunks. Statements name each other in any order, and the references of one statement are parsed on
+/// one thread while their targets are parsed on another, or have not been scanned yet. If number n always has the same
+/// address, a reference is that address, and nothing has to be patched later. A vector that grows would move; a hash
+/// table would need a lock or a probe for each reference. Chunks of 32,768 slots never move, are found by one atomic
+/// load, and cost memory only where numbers are: the pages of a chunk that nothing is written to are never mapped.
 struct ReadInfoCommon {
     static constexpr std::size_t g_iSlotsPerChunk = 32768;                                ///< numbers of a chunk
     static constexpr std::size_t g_iChunkBytes = g_iSlotsPerChunk * sizeof(EntitySlot);   ///< 1 MiB

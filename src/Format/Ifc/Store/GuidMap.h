@@ -22,10 +22,11 @@ namespace oxa::ifc {
 
 class Entity;
 
-// Linear probing in the order of the hashes. An entry's home is named by the first bits of its hash, so that doubling
-// the table sends the homes of place i to 2i and 2i + 1: growing is one pass from start to end over both tables, which
-// the prefetcher of the processor serves, instead of a random write for each entry.
 /// A hash table from GlobalIds to entities, which it does not own.
+///
+/// Linear probing in the order of the hashes. An entry's home is named by the first bits of its hash, so that doubling
+/// the table sends the homes of place i to 2i and 2i + 1: growing is one pass from start to end over both tables, which
+/// the prefetcher of the processor serves, instead of a random write for each entry.
 class OXA_IFC_API GuidMap {
 public:
     GuidMap() = default;

@@ -16,12 +16,13 @@
 
 namespace oxa::ifc {
 
-// Several threads walk one model, and each instance must be composed exactly once. A set under a lock would be asked
-// for every reference of the model. Here the question is one load, mostly of a bit that is set already, and the first
-// to set it wins by fetch_or, whose old value tells. Pages of 32,768 bits are made on first use: two threads that make
-// the same page agree by compare_exchange, and the loser deletes its own. Nothing is ever taken away while threads
-// mark, so a pointer to a page stays good, and each thread remembers its last one.
 /// A set of numbers of 32 bits that only grows.
+///
+/// Several threads walk one model, and each instance must be composed exactly once. A set under a lock would be asked
+/// for every reference of the model. Here the question is one load, mostly of a bit that is set already, and the first
+/// to set it wins by fetch_or, whose old value tells. Pages of 32,768 bits are made on first use: two threads that make
+/// the same page agree by compare_exchange, and the loser deletes its own. Nothing is ever taken away while threads
+/// mark, so a pointer to a page stays good, and each thread remembers its last one.
 class SeenNumbers {
     struct Page;
 
