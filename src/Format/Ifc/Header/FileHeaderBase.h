@@ -12,6 +12,7 @@
 
 #include "platform/Export.h"
 
+/// Files and what they hold: header, entities, attributes, and their reading and writing.
 namespace oxa::ifc {
 
 namespace io {
