@@ -55,6 +55,12 @@ Model Model::fromBuffer(std::string_view bytes, const OpenOptions& options) {
         std::make_unique<ModelState>(detail::modelRead(stream, "buffer", bytes.size(), options), options.keepNumbers));
 }
 
+Model Model::fromCore(std::unique_ptr<ifc::FileBase> file) {
+    if (!file || !file->dataBase().pSchema()) throw ValueError("a file without a schema is no model");
+    return Model(
+        std::make_unique<ModelState>(detail::ReadResult{std::move(file), nullptr, true, /*boMayBeTwice*/ true}, true));
+}
+
 Model::Model(std::string_view schema)
     : m_pState(std::make_unique<ModelState>(detail::modelNew(builtIn(schema)), true)) {}
 Model::Model(std::unique_ptr<ModelState> state) noexcept : m_pState(std::move(state)) {}

@@ -60,6 +60,9 @@ public:
     [[nodiscard]] static Model open(std::istream& stream, const OpenOptions& options = {});
     /// The same from bytes in memory, which may go afterwards.
     [[nodiscard]] static Model fromBuffer(std::string_view bytes, const OpenOptions& options = {});
+    /// Over a file that was read or made with the core. ValueError for one without a schema. What its read reported stays
+    /// with who read it: errors() is empty here, and whole() true.
+    [[nodiscard]] static Model fromCore(std::unique_ptr<ifc::FileBase> file);
     /// A model without elements, of a built-in schema ("IFC4"); NameError for another name.
     explicit Model(std::string_view schema);
 

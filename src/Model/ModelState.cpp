@@ -87,7 +87,8 @@ Record recordOf(const ifc::ErrorRecord& error) {
 ModelState::ModelState(ReadResult read, bool boKeepNumbers)
     : m_read(std::move(read)),
       m_life(*this),
-      m_ref(m_life.ref()) {
+      m_ref(m_life.ref()),
+      m_boTwice(m_read.boMayBeTwice) {
     if (m_read.pErrors)
         m_boTwice = std::ranges::any_of(m_read.pErrors->records(), [](const ifc::ErrorRecord& error) {
             return error.reportKey == ifc::ReportKey::EntityIdReused;

@@ -63,6 +63,7 @@ struct ReadResult {
     std::unique_ptr<ifc::FileBase> pFile;
     std::unique_ptr<ifc::io::ReadError> pErrors;
     bool boWhole = false;
+    bool boMayBeTwice = false;   // entities may be in the list twice, and no record tells
 };
 
 class ModelState {

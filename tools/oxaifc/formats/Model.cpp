@@ -53,7 +53,8 @@ Model::Model(const ModelOptions& options, bool boKeepIds)
     const auto start = std::chrono::steady_clock::now();
     m_pFormat->vRead(job);
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    m_pFile = std::move(job.pFile);
+    m_pOwned = std::move(job.pFile);
+    m_pFile = m_pOwned.get();
     m_pHeader = job.pHeader;
     m_pHeaderSimple = job.pHeaderSimple;
     m_boOk = job.boOk;

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Format/Ifc/IfcFile.h"
@@ -43,6 +44,9 @@ public:
     ~Model();
     Model(const Model&) = delete;
     Model& operator=(const Model&) = delete;
+
+    // Hands the file over; it has to live as long as this, which goes on to look at it.
+    [[nodiscard]] std::unique_ptr<ifc::FileBase> pFileTake() noexcept { return std::move(m_pOwned); }
 
     [[nodiscard]] ifc::FileBase& file() noexcept { return *m_pFile; }
     [[nodiscard]] const ifc::Data& data() const noexcept { return m_pFile->dataBase(); }
@@ -89,7 +93,8 @@ private:
     const Format* m_pFormat = nullptr;
     std::unique_ptr<ifc::io::ReadError> m_pErrors;
     std::vector<ifc::ErrorRecord> m_diagnosed;   // empty where the read's own records say all
-    std::unique_ptr<ifc::FileBase> m_pFile;
+    std::unique_ptr<ifc::FileBase> m_pOwned;     // null once it is taken
+    ifc::FileBase* m_pFile = nullptr;
     const ifc::FileHeader* m_pHeader = nullptr;               // of *m_pFile
     const ifc::FileHeaderSimple* m_pHeaderSimple = nullptr;   // likewise
     std::string m_sName;

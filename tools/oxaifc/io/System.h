@@ -9,6 +9,9 @@ namespace oxa::tool {
 
 [[nodiscard]] bool boIsTerminal(std::FILE* pFile);
 
+// How many columns a terminal has; 80 where it does not say.
+[[nodiscard]] std::size_t iTerminalWidth(std::FILE* pFile);
+
 // The most memory that the process has held so far, in bytes; 0 where the system does not say.
 [[nodiscard]] std::uint64_t iPeakMemory();
 

@@ -2,12 +2,18 @@
 #include "oxaifc/io/System.h"
 
 #include <csignal>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 namespace oxa::tool {
 
 bool boIsTerminal(std::FILE* pFile) { return isatty(fileno(pFile)) == 1; }
+
+std::size_t iTerminalWidth(std::FILE* pFile) {
+    winsize size{};
+    return ioctl(fileno(pFile), TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
 
 std::uint64_t iPeakMemory() {
     rusage usage{};

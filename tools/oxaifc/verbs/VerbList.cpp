@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: Apache-2.0
+// VerbList: "oxaifc list": elements by a query, as rows of a table; counted and summed by groups.
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "Model/Columns.h"
+#include "Model/Selector.h"
+#include "oxaifc/formats/ElementModel.h"
+#include "oxaifc/formats/Format.h"
+#include "oxaifc/io/Failure.h"
+#include "oxaifc/io/Output.h"
+#include "oxaifc/io/System.h"
+#include "oxaifc/io/Target.h"
+#include "oxaifc/report/Table.h"
+#include "oxaifc/verbs/Several.h"
+#include "oxaifc/verbs/Verb.h"
+
+namespace oxa::tool {
+
+namespace {
+
+struct ListOptions : ModelOptions {
+    std::vector<std::string> words;   // paths, and behind them the query
+    std::string sQuery;
+    std::vector<std::string> columns, keys, sums;   // each with commas
+    std::string sForm, sOut;
+    bool boExact = false;
+    bool boCount = false;
+    bool boBom = false;
+
+    [[nodiscard]] bool boGroups() const { return boCount || !keys.empty() || !sums.empty(); }
+};
+
+struct FormRow {
+    const char* pWord;
+    const char* pEnd;   // of a name
+    TableForm eForm;
+};
+constexpr FormRow g_forms[] = {{"table", ".txt", TableForm::Text},
+                               {"csv", ".csv", TableForm::Csv},
+                               {"tsv", ".tsv", TableForm::Tsv},
+                               {"json", ".json", TableForm::JsonArray},
+                               {"ndjson", ".ndjson", TableForm::JsonLines}};
+
+TableForm form(const ListOptions& options) {
+    const std::string sEnd = std::filesystem::path(options.sOut).extension().string();
+    for (const FormRow& row : g_forms)
+        if (options.sForm.empty() ? sEnd == row.pEnd : options.sForm == row.pWord) return row.eForm;
+    if (options.sOut.empty() || options.sOut == "-") return TableForm::Text;
+    throw Failure(fmt::format("list: {}: its end is none of .csv, .tsv, .json, .ndjson and .txt; -f says the form",
+                              sPrintable(options.sOut)));
+}
+
+// "A,B.'c,d'": the names between commas, apart from those in quotes.
+std::vector<std::string> namesOf(const std::vector<std::string>& texts) {
+    std::vector<std::string> names;
+    for (const std::string& sText : texts) {
+        names.emplace_back();
+        char cQuote = 0;
+        for (std::size_t i = 0; i < sText.size(); ++i) {
+            const char c = sText[i];
+            if (c == ',' && !cQuote) {
+                names.emplace_back();
+                continue;
+            }
+            names.back() += c;
+            if (cQuote && c == '\\' && i + 1 < sText.size())
+                names.back() += sText[++i];
+            else if (cQuote ? c == cQuote : c == '"' || c == '\'')
+                cQuote = cQuote ? '\0' : c;
+        }
+    }
+    return names;
+}
+
+// The words of a table's head.
+std::vector<std::string> headOf(const ListOptions& options, bool boSeveral) {
+    std::vector<std::string> head;
+    if (boSeveral) head.emplace_back("file");
+    const std::vector<std::string>& names = options.boGroups() ? options.keys : options.columns;
+    head.insert(head.end(), names.begin(), names.end());
+    if (options.boCount) head.emplace_back("count");
+    for (const std::string& sName : options.sums) head.push_back("sum(" + sName + ")");
+    return head;
+}
+
+// The rows of one file. A query and columns that fit it are the condition that the table begins.
+void vRows(const ListOptions& options, const std::optional<Selector>& selector, const oxa::Model& model,
+           std::vector<Cell> front, Table& table) {
+    Selection selection;
+    if (!selector)
+        selection.elements =
+            options.boExact ? model.all("IfcObjectDefinition", exact) : model.all("IfcObjectDefinition");
+    else
+        selection = options.boExact ? selector->select(model, exact) : selector->select(model);
+    Columns columns(model, options.boGroups() ? options.keys : options.columns);
+    Columns sums(model, options.sums);
+    for (const std::string& sHint : selection.hints) vTell(sHint);
+    const std::size_t iFront = front.size();
+    if (!options.boGroups()) {
+        std::vector<Cell> cells;
+        for (const Element element : selection.elements) {
+            columns.read(element, cells);
+            front.resize(iFront);
+            front.insert(front.end(), cells.begin(), cells.end());
+            table.vRow(front);
+        }
+    } else {
+        std::vector<Group> groups = groupBy(selection.elements, columns, sums);
+        if (groups.empty() && options.keys.empty()) groups.push_back({{}, 0, std::vector<Sum>(options.sums.size())});
+        for (const Group& group : groups) {
+            front.resize(iFront);
+            front.insert(front.end(), group.keys.begin(), group.keys.end());
+            if (options.boCount) front.emplace_back(static_cast<std::int64_t>(group.count));
+            for (const Sum& sum : group.sums) front.push_back(sum.count ? Cell(sum.value) : Cell());
+            table.vRow(front);
+        }
+    }
+    for (const Columns* pColumns : {&columns, &sums})
+        for (const std::string& sHint : pColumns->hints()) vTell(sHint);
+}
+
+bool boNamesFile(const std::string& sWord) {
+    std::error_code error;
+    if (sWord == "-" || std::filesystem::exists(sWord, error)) return true;
+    return pFormatFromName(sWord) && sWord.find('=') == std::string::npos;
+}
+
+// A last word that names no file is the query.
+std::vector<std::string> pathsOf(ListOptions& options) {
+    std::vector<std::string> paths = options.words;
+    if (paths.size() < 2 || boNamesFile(paths.back())) return paths;
+    options.sQuery = paths.back();
+    paths.pop_back();
+    return paths;
+}
+
+std::optional<Selector> selectorOf(const std::string& sQuery) try {
+    return sQuery.empty() ? std::nullopt : std::optional<Selector>(sQuery);
+} catch (const QueryError& error) {
+    throw Failure(fmt::format("list: QUERY, {}", sPrintable(error.what())));
+}
+
+int iList(ListOptions& options, Output& output) {
+    const std::vector<std::string> paths = pathsOf(options);
+    for (std::vector<std::string>* pNames : {&options.columns, &options.keys, &options.sums})
+        *pNames = namesOf(*pNames);
+    if (options.columns.empty()) options.columns = {"id", "class", "GlobalId", "Name"};
+    if (options.sums.empty() && !options.keys.empty()) options.boCount = true;
+    const std::optional<Selector> selector = selectorOf(options.sQuery);
+
+    TableOptions tableOptions{.eForm = form(options), .boBom = options.boBom};
+    if (options.boBom && tableOptions.eForm != TableForm::Csv && tableOptions.eForm != TableForm::Tsv)
+        throw Failure("list: --bom goes with csv and tsv alone");
+    std::unique_ptr<Target> pTarget;
+    if (!options.sOut.empty() && options.sOut != "-")
+        pTarget = std::make_unique<Target>(options.sOut);
+    else if (output.boTerminal())
+        tableOptions.iWidth = iTerminalWidth(stdout);
+    if (pTarget && std::ranges::any_of(paths, [&](const std::string& sPath) { return pTarget->boIs(sPath); }))
+        throw Failure(fmt::format("{}: is the file that is read", pTarget->sName()));
+    Table table(tableOptions, headOf(options, paths.size() > 1), [&](std::string_view text) {
+        if (pTarget)
+            pTarget->stream() << text;
+        else
+            output.vPrint("{}", text);
+    });
+
+    const int iCode = iForEachFile(paths, [&](const std::string& sPath) {
+        options.sPath = sPath;
+        ElementModel file(options);
+        try {
+            vRows(options, selector, file.model(), paths.size() > 1 ? std::vector<Cell>{sPath} : std::vector<Cell>(),
+                  table);
+        } catch (const NameError& error) {
+            throw Failure(fmt::format("{}: {}", file.file().sName(), sPrintable(error.what())));
+        }
+        return file.iExitCode();
+    });
+    table.vFinish();
+    if (pTarget) pTarget->vFinish();
+    return iCode;
+}
+
+VerbRun declare(CLI::App& command) {
+    const auto pOptions = std::make_shared<ListOptions>();
+    pOptions->vDeclareSeveral(command, pOptions->words);
+    // FILE takes all words; this tells what the last of them may be.
+    command.add_option("QUERY", pOptions->sQuery, "which elements, as in 'IfcDoor, storey=EG'; without it all objects")
+        ->type_name("");
+    const auto list = [&command](const char* pName, std::vector<std::string>& names, const char* pHelp) {
+        return command.add_option(pName, names, pHelp)->type_name("A,B")->allow_extra_args(false);
+    };
+    CLI::Option* pColumns = list("-c,--columns", pOptions->columns,
+                                 "class, id, Name, storey.Name, Set.Property; default id,class,GlobalId,Name");
+    list("--group-by", pOptions->keys, "a row for each value of these columns")->excludes(pColumns);
+    list("--sum", pOptions->sums, "the sum of these columns")->excludes(pColumns);
+    command.add_flag("--count", pOptions->boCount, "how many there are, in all or in each group")->excludes(pColumns);
+    command.add_flag("--exact", pOptions->boExact, "classes without their subtypes");
+    std::vector<std::string> forms;
+    for (const FormRow& row : g_forms) forms.emplace_back(row.pWord);
+    command.add_option("-f,--format", pOptions->sForm, "what to write; default by the end of OUT, else table")
+        ->check(CLI::IsMember(forms))
+        ->type_name("table|csv|tsv|json|ndjson");
+    command.add_option("-o,--output", pOptions->sOut, "a file to write, .csv, .tsv, .json, .ndjson or .txt")
+        ->type_name("OUT");
+    command.add_flag("--bom", pOptions->boBom, "begin CSV and TSV with a byte order mark");
+    return [pOptions](Output& output) { return iList(*pOptions, output); };
+}
+
+}   // namespace
+
+extern const Verb g_verbList{"list", "Elements by a query, as a table, CSV or JSON; counted and summed", declare};
+
+}   // namespace oxa::tool
