@@ -28,6 +28,7 @@ const VerbRow g_verbs[] = {
     {"show", "Usage: oxaifc show [OPTIONS] FILE WHAT\n", true, true, {"#1"}},
     {"list", "Usage: oxaifc list [OPTIONS] FILE... [QUERY]\n", true, false, {}},
     {"props", "Usage: oxaifc props [OPTIONS] FILE WHAT\n", true, true, {"#1"}},
+    {"tree", "Usage: oxaifc tree [OPTIONS] FILE\n", true, true, {}},
     {"diff", "Usage: oxaifc diff [OPTIONS] A B\n", true, true, {"b.ifc"}},
     {"convert", "Usage: oxaifc convert [OPTIONS] IN OUT\n", true, false, {"-"}},
     {"extract", "Usage: oxaifc extract [OPTIONS] IN WHAT OUT\n", true, false, {"#1", "-"}},
@@ -136,15 +137,15 @@ std::string sBuiltIn() {
 const FailRow g_wrongCalls[] = {
     {"no verb",
      {},
-     "a verb is missing; there are: info, check, show, list, props, diff, convert, extract, set, header, schema"},
+     "a verb is missing; there are: info, check, show, list, props, tree, diff, convert, extract, set, header, schema"},
     {"a verb that does not exist",
      {"frobnicate"},
-     "there is no verb frobnicate; there are: info, check, show, list, props, diff, convert, extract, set, "
+     "there is no verb frobnicate; there are: info, check, show, list, props, tree, diff, convert, extract, set, "
      "header, schema"},
     {"a verb with a letter too few", {"chek"}, "there is no verb chek; did you mean check?"},
     {"line ends in a word stay on the line",
      {"a\nb"},
-     "there is no verb a b; there are: info, check, show, list, props, diff, convert, extract, set, header, "
+     "there is no verb a b; there are: info, check, show, list, props, tree, diff, convert, extract, set, header, "
      "schema"},
     {"info without a file", {"info"}, "info: FILE is required"},
     {"check without a file", {"check"}, "check: FILE is required"},
