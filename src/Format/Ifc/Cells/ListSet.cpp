@@ -20,7 +20,6 @@
 
 namespace oxa::ifc {
 
-using def::schema::DataKind;
 using def::schema::ObjectBase;
 using types::IfcSelectBase;
 

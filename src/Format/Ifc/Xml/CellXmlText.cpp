@@ -29,7 +29,6 @@ namespace oxa::ifc {
 
 using def::schema::Attribute;
 using def::schema::DataKind;
-using def::schema::DataTypeBase;
 using def::schema::ObjectBase;
 using xml::utilities::Base64;
 
