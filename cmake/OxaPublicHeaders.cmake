@@ -16,6 +16,7 @@ set(OXA_PUBLIC_HEADERS
   platform/Id.h
   platform/Localization.h
   platform/Object.h
+  platform/ReplacedFile.h
   platform/Stream.h
   platform/String.h
   platform/Utilities.h

@@ -10,7 +10,7 @@
 #include "Model/ModelState.h"
 #include "Model/ModelWrite.h"
 #include "Model/Names.h"
-#include "Model/TargetFile.h"
+#include "platform/ReplacedFile.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa {
@@ -22,6 +22,14 @@ namespace {
 ifc::def::SchemaPset& builtIn(std::string_view name) {
     if (ifc::def::SchemaPset* pSchema = ifc::SchemaLoader::pBuiltIn(name)) return *pSchema;
     detail::vThrowName("there is no built-in schema " + std::string(name), name, ifc::SchemaLoader::builtInNames());
+}
+
+// What a step of a write gives, with the system's errors as the model tells them.
+template <class Step>
+auto written(const std::filesystem::path& path, Step&& step) try {
+    return step();
+} catch (const std::system_error& error) {
+    throw FileError(path.string() + ": can't be written: " + error.code().message());
 }
 
 }   // namespace
@@ -119,9 +127,9 @@ Removed Model::remove(const Elements& elements) {
 
 std::vector<Record> Model::save(const std::filesystem::path& path, const SaveOptions& options) {
     const Format format = options.format == Format::Auto ? detail::formatOf(path.string()) : options.format;
-    detail::TargetFile target(path);
-    std::vector<Record> records = detail::modelWrite(state(), target.stream(), format, options);
-    target.vFinish();
+    const auto pTarget = written(path, [&] { return std::make_unique<stream::ReplacedFile>(path); });
+    std::vector<Record> records = detail::modelWrite(state(), pTarget->stream(), format, options);
+    written(path, [&] { pTarget->vFinish(); });
     return records;
 }
 std::vector<Record> Model::save(std::ostream& out, const SaveOptions& options) {

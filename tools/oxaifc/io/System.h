@@ -15,9 +15,6 @@ namespace oxa::tool {
 // The most memory that the process has held so far, in bytes; 0 where the system does not say.
 [[nodiscard]] std::uint64_t iPeakMemory();
 
-// Hands what the system holds back of a file to the disk. False, and errno, when that fails.
-[[nodiscard]] bool boFlushToDisk(std::FILE* pFile);
-
 // From here on a write to a pipe that nobody reads, or beyond a limit of file sizes, is an error of the write, not a
 // signal.
 void vIgnoreWriteSignals();

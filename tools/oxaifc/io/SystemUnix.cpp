@@ -26,8 +26,6 @@ std::uint64_t iPeakMemory() {
     return static_cast<std::uint64_t>(usage.ru_maxrss) * iUnit;
 }
 
-bool boFlushToDisk(std::FILE* pFile) { return std::fflush(pFile) == 0 && fsync(fileno(pFile)) == 0; }
-
 void vIgnoreWriteSignals() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

@@ -12,6 +12,10 @@
 #include <ostream>
 #include <string>
 
+namespace oxa::stream {
+class ReplacedFile;
+}   // namespace oxa::stream
+
 namespace oxa::tool {
 
 class Target {
@@ -24,7 +28,7 @@ public:
     Target& operator=(const Target&) = delete;
 
     // Once it fails it stays so and drops what follows.
-    [[nodiscard]] std::ostream& stream() noexcept { return m_stream; }
+    [[nodiscard]] std::ostream& stream() noexcept;
     // Puts the new file in the place of the old one, with the permissions of that.
     void vFinish();
 
@@ -34,13 +38,8 @@ public:
     [[nodiscard]] bool boIs(const std::string& sPath) const;
 
 private:
-    class Buffer;
-
     std::string m_sName;
-    std::string m_sPath;        // of the file to replace, links followed; empty for standard output
-    std::string m_sTemporary;   // empty where nothing is to be renamed
-    std::unique_ptr<Buffer> m_pBuffer;
-    std::ostream m_stream;
+    std::unique_ptr<stream::ReplacedFile> m_pFile;
 };
 
 }   // namespace oxa::tool
