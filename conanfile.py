@@ -43,8 +43,6 @@ class OxaIfc(ConanFile):
         self.requires("pugixml/[>=1.13 <2]")
         self.requires("re2/[>=20220601]")
         self.requires("utfcpp/[>=3.2 <5]")
-        if self.settings.os not in ("Windows", "Macos"):
-            self.requires("util-linux-libuuid/[>=2.38 <3]")
 
     def build_requirements(self):
         self.test_requires("gtest/[>=1.12 <2]")

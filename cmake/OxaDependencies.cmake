@@ -11,14 +11,8 @@ find_path(OXA_UTF8CPP_INCLUDE utf8.h PATH_SUFFIXES utf8cpp REQUIRED)
 find_path(OXA_DATE_INCLUDE date/date.h REQUIRED)
 find_path(OXA_INJA_INCLUDE inja/inja.hpp REQUIRED)
 
-# libuuid, which random GUIDs come from.
-find_package(PkgConfig REQUIRED)
-pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
-
-# modp_b64, which base64 in ifcXML comes from.
-pkg_check_modules(stringencoders REQUIRED IMPORTED_TARGET stringencoders)
-
 # pugixml, the tree of XML documents.
+find_package(PkgConfig REQUIRED)
 pkg_check_modules(pugixml REQUIRED IMPORTED_TARGET pugixml)
 
 # RE2, the regular expressions of selectors.

@@ -12,9 +12,7 @@ set(oxaLibraries Platform SchemaPset OxaIfc Model Compare Convert)
 set(oxaUserNeeds
   "Threads::Threads|find_dependency(Threads)||-pthread"
   "PkgConfig::pugixml|oxaifc_find_module(pugixml)|pugixml|"
-  "PkgConfig::re2|oxaifc_find_module(re2)|re2|"
-  "PkgConfig::stringencoders|oxaifc_find_module(stringencoders)|stringencoders|"
-  "PkgConfig::uuid|oxaifc_find_module(uuid)|uuid|")
+  "PkgConfig::re2|oxaifc_find_module(re2)|re2|")
 
 # oxa_is_header_only(<variable> <target>): whether linking the target adds nothing to a link line.
 function(oxa_is_header_only variable target)

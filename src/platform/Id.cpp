@@ -2,16 +2,18 @@
 // GUIDs: random ones (RFC 4122, version 4), their text and their hash.
 #include "platform/Id.h"
 
-#include <uuid/uuid.h>
-
 #include <cstdio>
 #include <cstring>
+
+#include "platform/System.h"
 
 namespace oxa {
 
 Guid Guid::generate() {
-    uuid_t bytes;
-    uuid_generate_random(bytes);
+    unsigned char bytes[16];
+    platform::vRandomFill(bytes, sizeof bytes);
+    bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);   // the version
+    bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);   // the variant
     Guid guid;
     guid.Data1 = static_cast<std::uint32_t>(bytes[0]) << 24 | static_cast<std::uint32_t>(bytes[1]) << 16 |
                  static_cast<std::uint32_t>(bytes[2]) << 8 | bytes[3];

@@ -30,7 +30,7 @@ struct Guid {
 
     /// Whether all 128 bits are zero.
     [[nodiscard]] bool boIsNull() const noexcept { return *this == Guid{}; }
-    /// A random one (RFC 4122, version 4).
+    /// A random one (RFC 4122, version 4). Throws std::system_error where the system has no random bytes.
     [[nodiscard]] OXA_PLATFORM_API static Guid generate();
     /// Becomes a random one.
     void vGenerate() { *this = generate(); }

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/FileFlush.h"
 #include "platform/Id.h"
+#include "platform/System.h"
 
 namespace oxa::stream {
 
@@ -31,7 +31,7 @@ public:
     // Hands the rest on, to the disk itself with boToDisk, and closes. The error number of the first fault, or 0.
     int iClose(bool boToDisk) {
         boDrain();
-        if (boToDisk && !m_iError && !boFlushToDisk(m_pFile)) m_iError = errno;
+        if (boToDisk && !m_iError && !platform::boFlushToDisk(m_pFile)) m_iError = errno;
         std::FILE* pFile = std::exchange(m_pFile, nullptr);
         if (m_boOwned && std::fclose(pFile) != 0 && !m_iError) m_iError = errno;
         return m_iError;
