@@ -4,7 +4,7 @@
 include(CMakePackageConfigHelpers)
 include(OxaPublicHeaders)
 
-set(oxaLibraries Platform SchemaPset OxaIfc Model Compare Convert)
+set(oxaLibraries Platform SchemaPset OxaIfc Model Compare Convert Check)
 
 # What a user of the libraries may have to find besides them, a row a target:
 #   target | how CMake finds it | pkg-config module | link flags, where there is no such module
@@ -135,7 +135,7 @@ configure_file("${PROJECT_SOURCE_DIR}/cmake/OxaIfc.pc.in" "${PROJECT_BINARY_DIR}
 install(FILES "${PROJECT_BINARY_DIR}/OxaIfc.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
   COMPONENT OxaIfc_Development)
 # Each library on the core has a module of its own, which brings that one.
-foreach(OXA_PC_PART IN ITEMS Model Compare Convert)
+foreach(OXA_PC_PART IN ITEMS Model Compare Convert Check)
   configure_file("${PROJECT_SOURCE_DIR}/cmake/OxaIfcPart.pc.in" "${PROJECT_BINARY_DIR}/OxaIfc${OXA_PC_PART}.pc" @ONLY)
   install(FILES "${PROJECT_BINARY_DIR}/OxaIfc${OXA_PC_PART}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
     COMPONENT OxaIfc_Development)

@@ -5,6 +5,7 @@
 # (tests/consumer).
 
 set(OXA_PUBLIC_HEADERS
+  Check/Check.h
   Compare/Compare.h
   Convert/EntityFromText.h
   Convert/Extract.h

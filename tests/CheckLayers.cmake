@@ -18,8 +18,9 @@ set(allowed_Format schema platform Core provider)
 set(allowed_Model Format schema platform provider)
 set(allowed_Compare Format schema platform)
 set(allowed_Convert Format schema platform)
+set(allowed_Check Model Format schema platform provider Core)
 # Libraries on the core, which take its public headers alone.
-set(above_core Model Compare Convert)
+set(above_core Model Compare Convert Check)
 
 set(order Memory Text Report Cells Store Header File Read Write Xml)
 # The public headers.

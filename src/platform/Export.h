@@ -56,6 +56,14 @@
 #define OXA_IFC_API OXA_API_IMPORT
 #endif
 
+/// @def OXA_CHECK_API
+/// Marks what belongs to the library that checks files.
+#if defined(OXA_CHECK_BUILD)
+#define OXA_CHECK_API OXA_API_EXPORT
+#else
+#define OXA_CHECK_API OXA_API_IMPORT
+#endif
+
 /// @def OXA_COMPARE_API
 /// Marks what belongs to the library that compares two models.
 #if defined(OXA_COMPARE_BUILD)

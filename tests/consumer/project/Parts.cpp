@@ -4,6 +4,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "Check/Check.h"
 #include "Compare/Compare.h"
 #include "Convert/Extract.h"
 #include "Convert/SchemaMove.h"
@@ -41,6 +42,8 @@ int main() {
               << " copied\n";
     Model model("IFC4");
     model.create("IfcMaterial", {{"Name", "Oak"}});
+    std::istringstream cut("ISO-10303-21;HEADER;");
+    if (checkStream(cut).verdict() == CheckVerdict::Valid) return 4;
     return model.size() == 1 && result.removed.size() == 1 && result.added.size() == 1 &&
                    extracted.copies.size() == 2 && move.boLossless()
                ? 0
