@@ -18,7 +18,7 @@
 
 namespace oxa::check {
 
-inline constexpr std::size_t g_iMaxGroups = 100'000;
+inline constexpr std::size_t g_iMaxGroups = 20'000;
 
 // One failure, as its finder has it. All views are copied.
 struct Failure {
