@@ -39,10 +39,12 @@ class OxaIfc(ConanFile):
         self.requires("fast_float/[>=8.0 <9]")
         self.requires("fmt/[>=9.1]")
         self.requires("inja/[>=3.4 <4]")
+        self.requires("libzip/[>=1.7 <2]")
         self.requires("nlohmann_json/[>=3.11 <4]")
         self.requires("pugixml/[>=1.13 <2]")
         self.requires("re2/[>=20220601]")
         self.requires("utfcpp/[>=3.2 <5]")
+        self.requires("zlib/[>=1.2.11 <2]")
 
     def build_requirements(self):
         self.test_requires("gtest/[>=1.12 <2]")

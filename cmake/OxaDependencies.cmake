@@ -18,6 +18,10 @@ pkg_check_modules(pugixml REQUIRED IMPORTED_TARGET pugixml)
 # RE2, the regular expressions of selectors.
 pkg_check_modules(re2 REQUIRED IMPORTED_TARGET re2)
 
+# libzip and zlib, which unpack .ifczip and .gz.
+pkg_check_modules(libzip REQUIRED IMPORTED_TARGET libzip)
+pkg_check_modules(zlib REQUIRED IMPORTED_TARGET zlib)
+
 if(OXA_BUILD_TESTS)
   find_package(GTest REQUIRED)
   include(GoogleTest)

@@ -11,8 +11,10 @@ set(oxaLibraries Platform SchemaPset OxaIfc Model Compare Convert Check)
 # A module that is missing is a reason for find_package to find nothing, not an end of the user's configuration.
 set(oxaUserNeeds
   "Threads::Threads|find_dependency(Threads)||-pthread"
+  "PkgConfig::libzip|oxaifc_find_module(libzip)|libzip|"
   "PkgConfig::pugixml|oxaifc_find_module(pugixml)|pugixml|"
-  "PkgConfig::re2|oxaifc_find_module(re2)|re2|")
+  "PkgConfig::re2|oxaifc_find_module(re2)|re2|"
+  "PkgConfig::zlib|oxaifc_find_module(zlib)|zlib|")
 
 # oxa_is_header_only(<variable> <target>): whether linking the target adds nothing to a link line.
 function(oxa_is_header_only variable target)

@@ -49,6 +49,7 @@ set(OXA_PUBLIC_HEADERS
   Format/Ifc/IfcWriteOptions.h
   Format/Ifc/Xml/IfcXmlExport.h
   Format/Ifc/Xml/IfcXmlImport.h
+  Model/Archive.h
   Model/Columns.h
   Model/Element.h
   Model/Error.h

@@ -3,9 +3,11 @@
 
 #include <cerrno>
 #include <fstream>
+#include <optional>
 #include <system_error>
 
 #include "Format/Ifc/IfcGuid.h"
+#include "Model/Archive.h"
 #include "Model/ModelRead.h"
 #include "Model/ModelState.h"
 #include "Model/ModelWrite.h"
@@ -43,7 +45,9 @@ Model Model::open(const std::filesystem::path& path, const OpenOptions& options)
     if (!stream) throw FileError(sName + ": can't be opened: " + std::generic_category().message(errno));
     const std::uintmax_t iSize = std::filesystem::file_size(path, error);
     const auto size = error ? std::nullopt : std::optional<std::uint64_t>(iSize);
-    return Model(std::make_unique<ModelState>(detail::modelRead(stream, sName, size, options), options.keepNumbers));
+    const bool boFile = std::filesystem::is_regular_file(path, error);
+    return Model(std::make_unique<ModelState>(
+        detail::modelRead(stream, sName, size, options, boFile ? path : std::filesystem::path()), options.keepNumbers));
 }
 
 Model Model::open(std::istream& stream, const OpenOptions& options) {
@@ -128,7 +132,13 @@ Removed Model::remove(const Elements& elements) {
 std::vector<Record> Model::save(const std::filesystem::path& path, const SaveOptions& options) {
     const Format format = options.format == Format::Auto ? detail::formatOf(path.string()) : options.format;
     const auto pTarget = written(path, [&] { return std::make_unique<stream::ReplacedFile>(path); });
-    std::vector<Record> records = detail::modelWrite(state(), pTarget->stream(), format, options);
+    const std::string sInside = unpackedName(path.filename().string(), detail::endOf(format));
+    std::optional<Packer> packer;
+    if (const Packing packing = packingOfName(path.string()); packing != Packing::None)
+        packer.emplace(pTarget->stream(), packing, sInside);
+    std::vector<Record> records =
+        detail::modelWrite(state(), packer ? packer->stream() : pTarget->stream(), format, options);
+    if (packer) packer->finish();
     written(path, [&] { pTarget->vFinish(); });
     return records;
 }

@@ -52,7 +52,8 @@ struct Removed {
 /// One building model, with all of its elements; moved, never copied.
 class OXA_MODEL_API Model {
 public:
-    /// Reads a STEP file (ISO 10303-21), ifcXML or the short text form, told by the first bytes.
+    /// Reads a STEP file (ISO 10303-21), ifcXML or the short text form, told by the first bytes; also one that is packed,
+    /// as .ifczip (one model in a ZIP archive) or .gz.
     /// FileError where that can't be opened or is none of them, or its schema is not known. A file with faults, or cut
     /// short, gives a model of what is there: see errors() and whole().
     [[nodiscard]] static Model open(const std::filesystem::path& path, const OpenOptions& options = {});
@@ -117,6 +118,7 @@ public:
 
     /// Writes all elements, statements by number. The file is replaced as a whole or not at all. The records tell what
     /// the schema misses, as a mandatory attribute without a value, by number; they keep nothing from being written.
+    /// A name that ends in .ifczip or .gz makes a packed file, which holds what the rest of the name says.
     /// FileError where the file can't be written, or its form has no place for the model.
     std::vector<Record> save(const std::filesystem::path& path, const SaveOptions& options = {});
     /// The same to a stream (opened as binary); as STEP, where the options name no format.

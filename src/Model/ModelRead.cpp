@@ -9,6 +9,7 @@
 
 #include "Format/Ifc/IfcReadFile.h"
 #include "Format/Ifc/Xml/IfcXmlImport.h"
+#include "Model/Archive.h"
 #include "Model/Error.h"
 #include "platform/Xml.h"
 #include "provider/SchemaLoader.h"
@@ -168,9 +169,10 @@ struct Reader {
 
 }   // namespace
 
-ReadResult modelRead(std::istream& stream, const std::string& sName, std::optional<std::uint64_t> size,
-                     const OpenOptions& options) try {
-    if (!stream.good() || !stream.rdbuf()) throw FileError(sName + ": is no stream that can be read");
+namespace {
+
+ReadResult plainRead(std::istream& stream, const std::string& sName, std::optional<std::uint64_t> size,
+                     const OpenOptions& options) {
     CountedBytes bytes(stream, size, options);
     Reader reader{bytes, sName, options};
     if (bytes.firstBytes().empty() && !bytes.boStopped()) reader.vRefuse("is empty");
@@ -182,6 +184,46 @@ ReadResult modelRead(std::istream& stream, const std::string& sName, std::option
         reader.vStep();
     reader.vCheck();
     return std::move(reader.result);
+}
+
+void vFaultCheck(const Unpacked& unpacked) {
+    if (unpacked.fault().empty()) return;
+    throw FileError(unpacked.fault() + (unpacked.beyondLimits() ? "; OpenOptions::unpack has the limits" : ""));
+}
+
+// What is wrong with the archive is the reason for whatever the text inside of it lacks.
+ReadResult packedRead(Unpacked& unpacked, const std::string& sName, const OpenOptions& options) {
+    vFaultCheck(unpacked);
+    try {
+        std::istream inside(&unpacked.bytes());
+        ReadResult result = plainRead(inside, sName, unpacked.size(), options);
+        while (unpacked.bytes().sbumpc() != std::streambuf::traits_type::eof())
+            continue;   // its check sum is behind it
+        vFaultCheck(unpacked);
+        return result;
+    } catch (const FileError&) {
+        vFaultCheck(unpacked);
+        throw;
+    }
+}
+
+}   // namespace
+
+ReadResult modelRead(std::istream& stream, const std::string& sName, std::optional<std::uint64_t> size,
+                     const OpenOptions& options, const std::filesystem::path& path) try {
+    if (!stream.good() || !stream.rdbuf()) throw FileError(sName + ": is no stream that can be read");
+    // Only what may be packed is looked at twice.
+    const int iFirst = stream.rdbuf()->sgetc();
+    if (iFirst != 'P' && iFirst != 0x1f) return plainRead(stream, sName, size, options);
+    const OpenOptions quiet;   // progress and stop are of what is inside
+    CountedBytes bytes(stream, size, quiet);
+    const Packing packing = packingOf(bytes.firstBytes());
+    if (packing == Packing::None) {
+        std::istream plain(&bytes);
+        return plainRead(plain, sName, size, options);
+    }
+    Unpacked unpacked(packing, bytes, sName, path, options.unpack);
+    return packedRead(unpacked, sName, options);
 } catch (const std::ios_base::failure& failure) {
     throw FileError(sName + ": can't be read: " + failure.code().message());
 }

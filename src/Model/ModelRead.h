@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <iosfwd>
 #include <optional>
 #include <string>
@@ -14,9 +15,10 @@
 
 namespace oxa::detail {
 
-/// "sName" is what messages call the file; "size" the bytes of it, where that is known. Throws FileError, Stopped.
+/// "sName" is what messages call the file; "size" the bytes of it, where that is known; "path" the file itself, where
+/// the stream is one. Throws FileError, Stopped.
 [[nodiscard]] ReadResult modelRead(std::istream& stream, const std::string& sName, std::optional<std::uint64_t> size,
-                                   const OpenOptions& options);
+                                   const OpenOptions& options, const std::filesystem::path& path = {});
 
 /// Of an empty model.
 [[nodiscard]] ReadResult modelNew(ifc::def::SchemaPset& schema);

@@ -8,6 +8,7 @@
 #include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/IfcWriteFile.h"
 #include "Format/Ifc/Xml/IfcXmlExport.h"
+#include "Model/Archive.h"
 #include "Model/Error.h"
 #include "Model/Names.h"
 
@@ -94,12 +95,22 @@ struct Writer {
 }   // namespace
 
 Format formatOf(const std::string& sName) {
-    const std::string sEnding = std::filesystem::path(sName).extension().string();
+    const std::string sEnding = std::filesystem::path(unpackedName(sName)).extension().string();
     for (const Ending& ending : g_endings)
         if (boSameName(sEnding, ending.pEnding)) return ending.format;
     throw FileError(sName +
-                    ": the end of the name says no form that is written (.ifc, .stp, .step, .p21, .spf, .ifcxml, "
-                    ".xml); SaveOptions::format does");
+                    ": the end of the name says no form that is written (.ifc, .stp, .step, .p21, .spf, .ifczip, "
+                    ".ifcxml, .xml, or .gz behind one of them); SaveOptions::format does");
+}
+
+std::string_view endOf(Format format) noexcept {
+    switch (format) {
+    case Format::Auto:
+    case Format::Step: break;
+    case Format::IfcXml: return ".ifcxml";
+    case Format::Simple: return ".txt";
+    }
+    return ".ifc";
 }
 
 std::vector<Record> modelWrite(ModelState& state, std::ostream& out, Format format, const SaveOptions& options) {

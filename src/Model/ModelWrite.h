@@ -5,6 +5,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <string_view>
 #include <vector>
 
 #include "Model/ModelState.h"
@@ -14,6 +15,9 @@ namespace oxa::detail {
 
 /// The form that the end of a name says; FileError where it says none.
 [[nodiscard]] Format formatOf(const std::string& sName);
+
+/// The end of names of that form.
+[[nodiscard]] std::string_view endOf(Format format) noexcept;
 
 /// Statements stand by their numbers. What the write has to tell, by number. Throws Stopped, and FileError for a model
 /// that has no place in the form; whether the stream took all, it says itself.

@@ -11,6 +11,7 @@
 #include <stop_token>
 #include <string>
 
+#include "Model/Archive.h"
 #include "platform/Export.h"
 
 namespace oxa::ifc::def {
@@ -39,11 +40,13 @@ struct OpenOptions {
     /// From the name in the file to a schema, which has to outlive the model; null for an unknown one. Empty: the
     /// built-in schemas are asked.
     std::function<ifc::def::SchemaPset*(const std::string& name)> schema{};
+    /// What may come out of a file that is packed; more of it is a FileError.
+    UnpackLimits unpack{};
 };
 
 /// What a file is, on disk.
 enum class Format : std::uint8_t {
-    Auto,     ///< to be told by the end of the name: .ifc, .stp, .step, .p21; .ifcxml, .xml
+    Auto,     ///< to be told by the end of the name: .ifc, .stp, .step, .p21; .ifcxml, .xml; .ifczip holds STEP
     Step,     ///< ISO 10303-21
     IfcXml,   ///< ISO 10303-28, for IFC4 alone; docs/ifcxml.md tells what it has no place for
     Simple,   ///< the short text form, for fragments

@@ -126,7 +126,8 @@ TEST(ModelSave, LeavesTheFileAsItWas) {
               "FileError: /no/such/a.ifc: can't be written: No such file or directory");
     EXPECT_EQ(sThrown([&] { model.save(folder / "a.csv"); }),
               "FileError: " + (folder / "a.csv").string() +
-                  ": the end of the name says no form that is written (.ifc, .stp, .step, .p21, .spf, .ifcxml, .xml); "
+                  ": the end of the name says no form that is written (.ifc, .stp, .step, .p21, .spf, .ifczip, "
+                  ".ifcxml, .xml, or .gz behind one of them); "
                   "SaveOptions::format does");
     EXPECT_EQ(folder.sNames(), "a.ifc ");
     EXPECT_EQ(sFile(path), "old");

@@ -123,7 +123,7 @@ TEST(Adding, FormatIsReadAndWrittenByEveryVerb) {
          2,
          "",
          "oxaifc: can't write house.csv: .csv is the end of no form that is written; there are: .ifc, .stp, .step, "
-         ".p21 "
+         ".p21, .ifczip "
          "(STEP), .ifcxml, .xml (ifcXML), .toy (toy); --format step writes that under any name\n"},
     };
     for (const FormatRow& row : rows) {

@@ -75,6 +75,8 @@ TEST(Call, EveryVerbTellsItsOptions) {
         EXPECT_EQ(run.sOut.find("--json") != std::string::npos, row.boJson);
         EXPECT_EQ(run.sOut.find("--schema-file") != std::string::npos, row.boReadsModels);
         EXPECT_EQ(run.sOut.find("--single-threaded") != std::string::npos, row.boReadsModels);
+        EXPECT_EQ(run.sOut.find("--unpack-all") != std::string::npos,
+                  row.boReadsModels || row.pVerb == std::string_view("header"));
     }
 }
 
@@ -211,8 +213,9 @@ const FileRow g_unreadable[] = {
     {"missing", "missing.ifc", "there is no such file"},
     {"a folder", "", "is a folder, not a file"},
     {"without a byte", "empty.ifc", "is empty"},
-    {"a ZIP archive", "house.ifczip", "is a ZIP archive; unpack it and name the file inside"},
-    {"gzip", "house.ifc.gz", "is compressed with gzip; unpack it (gunzip) and name the file that comes out"},
+    {"a ZIP archive", "house.ifczip",
+     "is a ZIP archive that was cut or is damaged: the list of its files, at its end, is missing"},
+    {"gzip", "house.ifc.gz", "is compressed with gzip and was cut: its end is missing"},
     {"a program", "house.elf", "is a program, not a text"},
 };
 

@@ -91,16 +91,17 @@ struct RefuseRow {
     const char* pEnd;
     const char* pForms;
 };
-constexpr const char* g_pStepForms = ".ifc, .stp, .step, .p21 (STEP)";
-constexpr const char* g_pConvertForms = ".ifc, .stp, .step, .p21 (STEP), .ifcxml, .xml (ifcXML)";
-constexpr const char* g_pExtractForms = ".ifc, .stp, .step, .p21 (STEP), .txt (the simple text form)";
+constexpr const char* g_pStepForms = ".ifc, .stp, .step, .p21, .ifczip (STEP)";
+constexpr const char* g_pConvertForms = ".ifc, .stp, .step, .p21, .ifczip (STEP), .ifcxml, .xml (ifcXML)";
+constexpr const char* g_pExtractForms = ".ifc, .stp, .step, .p21, .ifczip (STEP), .txt (the simple text form)";
 constexpr const char* g_pSetForms =
-    ".ifc, .stp, .step, .p21 (STEP), .txt (the simple text form), .ifcxml, .xml (ifcXML)";
+    ".ifc, .stp, .step, .p21, .ifczip (STEP), .txt (the simple text form), .ifcxml, .xml (ifcXML)";
 const RefuseRow g_refusals[] = {
     {"a table", g_convert, "a.csv", ".csv", g_pConvertForms},
     {"JSON", g_convert, "a.json", ".json", g_pConvertForms},
-    {"an archive", g_convert, "a.ifczip", ".ifczip", g_pConvertForms},
-    {"the last point counts", g_convert, "a.ifc.gz", ".gz", g_pConvertForms},
+    {"another archive", g_convert, "a.zip", ".zip", g_pConvertForms},
+    {"the last point counts", g_convert, "a.ifc.csv", ".csv", g_pConvertForms},
+    {"packed", g_convert, "a.csv.gz", ".csv", g_pConvertForms},
     {"a form of another verb", g_convert, "a.txt", ".txt", g_pConvertForms},
     {"a point and nothing", g_convert, "a.", ".", g_pConvertForms},
     {"extracted", g_extract, "a.csv", ".csv", g_pExtractForms},

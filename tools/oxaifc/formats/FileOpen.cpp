@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "oxaifc/formats/FileOpen.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "oxaifc/formats/FirstBytes.h"
@@ -8,11 +9,18 @@
 
 namespace oxa::tool {
 
-std::unique_ptr<Input> pFileOpen(const std::string& sPath) {
+std::unique_ptr<Input> pFileOpen(const std::string& sPath, const UnpackLimits& limits) {
     auto pInput = std::make_unique<Input>(sPath);
+    pInput->vUnpack(limits);
     if (const std::string sForm = sForeignForm(pInput->firstBytes()); !sForm.empty())
         throw Failure(fmt::format("{}: {}", pInput->sName(), sForm));
     return pInput;
+}
+
+void UnpackOption::vDeclare(CLI::App& command) {
+    command.add_flag("--unpack-all", boAll,
+                     "read what a packed file (.ifczip, .gz) holds however large it is; without it 32 GiB at most, and "
+                     "200 times its size");
 }
 
 }   // namespace oxa::tool

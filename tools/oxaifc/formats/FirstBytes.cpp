@@ -23,9 +23,6 @@ struct Signature {
 };
 constexpr std::string_view g_program = "is a program, not a text";
 constexpr Signature g_signatures[] = {
-    {"PK\x03\x04"sv, "is a ZIP archive; unpack it and name the file inside"},
-    {"PK\x05\x06"sv, "is a ZIP archive with nothing in it"},
-    {"\x1f\x8b"sv, "is compressed with gzip; unpack it (gunzip) and name the file that comes out"},
     {"BZh"sv, "is compressed with bzip2; unpack it (bunzip2) and name the file that comes out"},
     {"\xfd"
      "7zXZ\0"sv,

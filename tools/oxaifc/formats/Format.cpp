@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "Model/Archive.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/NearNames.h"
 #include "oxaifc/io/Output.h"
@@ -15,8 +16,9 @@ namespace oxa::tool {
 
 namespace {
 
-// From the last point of the name on; empty where it has none.
+// From the last point of the name on, without a .gz; empty where it has none.
 std::string_view endOf(std::string_view path) {
+    if (packingOfName(path) == Packing::Gzip) path = path.substr(0, unpackedName(path).size());
     const std::string_view name = path.substr(path.find_last_of('/') + 1);
     const std::size_t iPoint = name.find_last_of('.');
     return iPoint == std::string_view::npos ? std::string_view() : name.substr(iPoint);

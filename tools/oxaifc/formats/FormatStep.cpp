@@ -13,7 +13,7 @@ namespace oxa::tool {
 
 namespace {
 
-constexpr std::string_view g_ends[] = {".ifc", ".stp", ".step", ".p21"};
+constexpr std::string_view g_ends[] = {".ifc", ".stp", ".step", ".p21", ".ifczip"};
 
 void vRead(ReadJob& job) {
     auto pFile = std::make_unique<ifc::File>();

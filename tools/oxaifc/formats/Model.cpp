@@ -9,7 +9,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include "oxaifc/formats/FileOpen.h"
 #include "oxaifc/formats/FirstBytes.h"
 #include "oxaifc/formats/FormatJob.h"
 #include "oxaifc/io/Failure.h"
@@ -34,16 +33,17 @@ void ModelOptions::vDeclareRead(CLI::App& command) {
         ->type_name("X.exp")
         ->allow_extra_args(false);
     command.add_flag("--single-threaded", boSingleThreaded, "parse on one thread");
+    unpack.vDeclare(command);
 }
 
 Model::Model(const ModelOptions& options, bool boKeepIds)
     : m_schemas(options.schemaPaths),
       m_pErrors(ifc::io::ReadError::pAllocate()),
       m_boIdsKept(boKeepIds) {
-    const std::unique_ptr<Input> pInput = pFileOpen(options.sPath);
+    const std::unique_ptr<Input> pInput = pFileOpen(options.sPath, options.unpack.limits());
     m_sName = pInput->sName();
     if (boBeginsAsHtml(pInput->firstBytes())) throw Failure(fmt::format("{}: is a page of the web (HTML)", m_sName));
-    m_pFormat = &formatOfInput(options.sPath, pInput->firstBytes());
+    m_pFormat = &formatOfInput(pInput->sInside(), pInput->firstBytes());
     ReadJob job{.input = *pInput,
                 .schemas = m_schemas.function(),
                 .errors = *m_pErrors,

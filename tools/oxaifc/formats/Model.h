@@ -15,6 +15,7 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "oxaifc/formats/FileOpen.h"
 #include "oxaifc/formats/Format.h"
 #include "oxaifc/formats/SchemaSource.h"
 
@@ -25,6 +26,7 @@ struct ModelOptions {
     std::string sPath;   // "-" is standard input
     std::vector<std::string> schemaPaths;
     bool boSingleThreaded = false;
+    UnpackOption unpack;
     bool boStatementOrder = false;   // note in which order statements stand
 
     // Adds them to a verb, the file under this name. This object must live until the command line is parsed.

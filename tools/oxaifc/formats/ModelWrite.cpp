@@ -154,7 +154,7 @@ std::function<std::string(unsigned)> writeProgress(const WriteJob& job) {
 ModelWrite::ModelWrite(const WriteOptions& options)
     : m_options(options),
       m_pFormat(pFormatOfOutput(options.sOut, options.sFormat, options.formats)),
-      m_target(options.sOut),
+      m_target(options.sOut, m_pFormat ? m_pFormat->ends.front() : ".ifc"),
       m_pErrors(ifc::io::WriteError::pAllocate()) {
     if (!m_pFormat) m_pFormat = options.pOpen;
 }

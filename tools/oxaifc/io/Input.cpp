@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A file or standard input as a stream, which the system's errors do not pass as a mere end of the file: they become a
-// Failure that names the file.
+// A file or standard input as a stream, packed or not, which errors of the system and of an archive do not pass as a mere
+// end of the file: they become a Failure that names the file.
 #include "oxaifc/io/Input.h"
 
 #include <cerrno>
@@ -9,37 +9,33 @@
 #include <filesystem>
 #include <streambuf>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "Model/Error.h"
 #include "oxaifc/io/Failure.h"
+#include "oxaifc/io/Output.h"
 
 namespace oxa::tool {
 
-// Large pieces straight from the system: the users have buffers of their own.
-class Input::Buffer final : public std::streambuf {
+// Large pieces straight from where they come: the users have buffers of their own.
+class Input::Buffer : public std::streambuf {
 public:
-    explicit Buffer(std::FILE* pFile) : m_pFile(pFile), m_bytes(g_iSize) {
-        std::setvbuf(pFile, nullptr, _IONBF, 0);
-        m_boSeekable = std::fgetpos(pFile, &m_begin) == 0;
-    }
-    ~Buffer() override {
-        if (m_pFile != stdin) std::fclose(m_pFile);
-    }
-    Buffer(const Buffer&) = delete;
-    Buffer& operator=(const Buffer&) = delete;
+    Buffer() : m_bytes(g_iSize) {}
 
     [[nodiscard]] std::string_view waiting() const { return {gptr(), static_cast<std::size_t>(egptr() - gptr())}; }
     [[nodiscard]] std::uint64_t iRead() const noexcept { return m_iRead; }
-    [[nodiscard]] int iError() const noexcept { return m_iError; }
+    // Why the bytes ended too early, with the name of the file; empty where they did not.
+    [[nodiscard]] virtual std::string sFault() const = 0;
 
     void vReadToEnd() {
         while (underflow() != traits_type::eof()) setg(eback(), egptr(), egptr());
     }
 
     bool boRestart() {
-        if (!m_boSeekable || std::fsetpos(m_pFile, &m_begin) != 0) return false;
+        if (!boBegin()) return false;
         setg(m_bytes.data(), m_bytes.data(), m_bytes.data());
         m_iRead = 0;
         m_boEnd = false;
@@ -47,14 +43,16 @@ public:
     }
 
 protected:
+    // Up to so many bytes; fewer only at the end.
+    virtual std::size_t iTake(char* pTo, std::size_t iWanted) = 0;
+    // Back to the first of them, where that can be.
+    virtual bool boBegin() = 0;
+
     int_type underflow() override {
         if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
         if (m_boEnd) return traits_type::eof();
-        const std::size_t iCount = std::fread(m_bytes.data(), 1, m_bytes.size(), m_pFile);
-        if (iCount < m_bytes.size()) {
-            m_boEnd = true;
-            if (std::ferror(m_pFile)) m_iError = errno;
-        }
+        const std::size_t iCount = iTake(m_bytes.data(), m_bytes.size());
+        m_boEnd = iCount < m_bytes.size();
         m_iRead += iCount;
         setg(m_bytes.data(), m_bytes.data(), m_bytes.data() + iCount);
         return iCount ? traits_type::to_int_type(*gptr()) : traits_type::eof();
@@ -63,13 +61,75 @@ protected:
 private:
     static constexpr std::size_t g_iSize = 256 * 1024;
 
-    std::FILE* m_pFile;
     std::vector<char> m_bytes;
     std::uint64_t m_iRead = 0;
-    int m_iError = 0;
     bool m_boEnd = false;
+};
+
+// The bytes of the system.
+class Input::FileBuffer final : public Buffer {
+public:
+    FileBuffer(std::FILE* pFile, std::string sName) : m_pFile(pFile), m_sName(std::move(sName)) {
+        std::setvbuf(pFile, nullptr, _IONBF, 0);
+        m_boSeekable = std::fgetpos(pFile, &m_begin) == 0;
+    }
+    ~FileBuffer() override {
+        if (m_pFile != stdin) std::fclose(m_pFile);
+    }
+    FileBuffer(const FileBuffer&) = delete;
+    FileBuffer& operator=(const FileBuffer&) = delete;
+
+    [[nodiscard]] std::string sFault() const override {
+        return m_iError ? fmt::format("{}: {}", m_sName, std::strerror(m_iError)) : std::string();
+    }
+
+protected:
+    std::size_t iTake(char* pTo, std::size_t iWanted) override {
+        const std::size_t iCount = std::fread(pTo, 1, iWanted, m_pFile);
+        if (iCount < iWanted && std::ferror(m_pFile)) m_iError = errno;
+        return iCount;
+    }
+    bool boBegin() override { return m_boSeekable && std::fsetpos(m_pFile, &m_begin) == 0; }
+
+private:
+    std::FILE* m_pFile;
+    std::string m_sName;
+    int m_iError = 0;
     std::fpos_t m_begin{};   // standard input may come with some of it taken
     bool m_boSeekable = false;
+};
+
+// Those inside of others.
+class Input::UnpackBuffer final : public Buffer {
+public:
+    UnpackBuffer(std::unique_ptr<Buffer> pPacked, Packing packing, const std::string& sName,
+                 const std::filesystem::path& path, const UnpackLimits& limits)
+        : m_pPacked(std::move(pPacked)),
+          m_boGzip(packing == Packing::Gzip),
+          m_unpacked(packing, *m_pPacked, sName, path, limits) {}
+
+    [[nodiscard]] const Unpacked& unpacked() const noexcept { return m_unpacked; }
+    // What the system could not read comes first.
+    [[nodiscard]] std::string sFault() const override {
+        if (std::string sText = m_pPacked->sFault(); !sText.empty()) return sText;
+        return sPrintable(m_unpacked.fault() + (m_unpacked.beyondLimits() ? "; --unpack-all reads it" : ""));
+    }
+
+protected:
+    std::size_t iTake(char* pTo, std::size_t iWanted) override {
+        return static_cast<std::size_t>(m_unpacked.bytes().sgetn(pTo, static_cast<std::streamsize>(iWanted)));
+    }
+    // The archive of a .zip is at hand, of a file or kept.
+    bool boBegin() override {
+        if (m_boGzip && !m_pPacked->boRestart()) return false;
+        m_unpacked.restart();
+        return true;
+    }
+
+private:
+    std::unique_ptr<Buffer> m_pPacked;
+    bool m_boGzip;
+    Unpacked m_unpacked;
 };
 
 namespace {
@@ -97,16 +157,40 @@ std::uint64_t iSize(const std::string& sPath) {
 }   // namespace
 
 Input::Input(const std::string& sPath)
-    : m_sName(sPath == "-" ? "standard input" : sPath),
+    : m_sPath(sPath),
+      m_sName(sPath == "-" ? "standard input" : sPath),
+      m_sInside(sPath),
       m_iExpected(iSize(sPath)),
-      m_pBuffer(std::make_unique<Buffer>(pOpen(sPath))),
+      m_pBuffer(std::make_unique<FileBuffer>(pOpen(sPath), m_sName)),
       m_stream(m_pBuffer.get()) {
     m_pBuffer->sgetc();
-    if (m_pBuffer->iError()) vFail(m_sName, std::strerror(m_pBuffer->iError()));
+    vFaultCheck();
     if (m_pBuffer->waiting().empty()) vFail(m_sName, "is empty");
 }
 
 Input::~Input() = default;
+
+void Input::vUnpack(const UnpackLimits& limits) try {
+    const Packing packing = packingOf(firstBytes());
+    if (packing == Packing::None) return;
+    std::error_code error;
+    const bool boFile = m_sPath != "-" && std::filesystem::is_regular_file(m_sPath, error);
+    auto pInside =
+        std::make_unique<UnpackBuffer>(std::move(m_pBuffer), packing, m_sName,
+                                       boFile ? std::filesystem::path(m_sPath) : std::filesystem::path(), limits);
+    m_sInside = pInside->unpacked().inside();
+    m_iExpected = pInside->unpacked().size().value_or(0);
+    m_pBuffer = std::move(pInside);
+    m_stream.rdbuf(m_pBuffer.get());
+    m_pBuffer->sgetc();
+    vFaultCheck();
+} catch (const FileError& error) {
+    throw Failure(sPrintable(error.what()));
+}
+
+void Input::vFaultCheck() const {
+    if (const std::string sFault = m_pBuffer->sFault(); !sFault.empty()) throw Failure(sFault);
+}
 
 bool Input::boBeginsWith(std::string_view text) const noexcept { return m_pBuffer->waiting().starts_with(text); }
 
@@ -116,7 +200,7 @@ std::uint64_t Input::iBytesRead() const noexcept { return m_pBuffer->iRead(); }
 
 std::uint64_t Input::iFinish() {
     m_pBuffer->vReadToEnd();
-    if (m_pBuffer->iError()) vFail(m_sName, std::strerror(m_pBuffer->iError()));
+    vFaultCheck();
     return m_pBuffer->iRead();
 }
 

@@ -2,7 +2,7 @@
 // Input: the bytes of one file, or of standard input, as a stream.
 //
 // For      FileOpen.h, which looks at the first bytes. Nothing is kept: any size, pipes too.
-// Errors   Failure, for what is no file to be read: missing, a folder, without a byte.
+// Errors   Failure, for what is no file to be read: missing, a folder, without a byte, an archive that can't be unpacked.
 // Threads  one.
 #pragma once
 
@@ -11,6 +11,8 @@
 #include <memory>
 #include <string>
 #include <string_view>
+
+#include "Model/Archive.h"
 
 namespace oxa::tool {
 
@@ -22,9 +24,15 @@ public:
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
 
+    // Where the first bytes say that it is packed: from here on all of this is about what is inside. Before the stream
+    // is read from.
+    void vUnpack(const UnpackLimits& limits);
+
     [[nodiscard]] std::istream& stream() noexcept { return m_stream; }
     // How messages call it.
     [[nodiscard]] const std::string& sName() const noexcept { return m_sName; }
+    // The path, or the name of what is inside of an archive.
+    [[nodiscard]] const std::string& sInside() const noexcept { return m_sInside; }
     // True when the bytes begin so.
     [[nodiscard]] bool boBeginsWith(std::string_view text) const noexcept;
     // The first bytes, a few hundred thousand at most, until the stream is read from.
@@ -42,8 +50,14 @@ public:
 
 private:
     class Buffer;
+    class FileBuffer;
+    class UnpackBuffer;
 
+    void vFaultCheck() const;
+
+    std::string m_sPath;
     std::string m_sName;
+    std::string m_sInside;
     std::uint64_t m_iExpected = 0;
     std::unique_ptr<Buffer> m_pBuffer;
     std::istream m_stream;

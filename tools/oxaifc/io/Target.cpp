@@ -33,13 +33,23 @@ std::unique_ptr<stream::ReplacedFile> pOpen(const std::string& sPath) try {
 
 }   // namespace
 
-Target::Target(const std::string& sPath) : m_sName(sPath == "-" ? "standard output" : sPath), m_pFile(pOpen(sPath)) {}
+Target::Target(const std::string& sPath, std::string_view inside)
+    : m_sName(sPath == "-" ? "standard output" : sPath),
+      m_pFile(pOpen(sPath)) {
+    const Packing packing = packingOfName(sPath);
+    if (packing == Packing::None) return;
+    const std::string sInside = unpackedName(fs::path(sPath).filename().string(), inside);
+    m_pPacker = std::make_unique<Packer>(m_pFile->stream(), packing, sInside);
+}
 
 Target::~Target() = default;
 
-std::ostream& Target::stream() noexcept { return m_pFile->stream(); }
+std::ostream& Target::stream() noexcept { return m_pPacker ? m_pPacker->stream() : m_pFile->stream(); }
 
-void Target::vFinish() try { m_pFile->vFinish(); } catch (const std::system_error& error) {
+void Target::vFinish() try {
+    if (m_pPacker) m_pPacker->finish();
+    m_pFile->vFinish();
+} catch (const std::system_error& error) {
     // A reader that closes the pipe early has what it wanted.
     const int iError = error.code().value();
     if (!m_pFile->path().empty() || iError != EPIPE) vFail(m_sName, iError);

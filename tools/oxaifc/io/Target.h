@@ -3,6 +3,7 @@
 //
 // For      verbs with an OUT. The text goes to a new file in the same folder, which takes the name in the end:
 //          whoever looks sees the old content or the new one, and OUT may be the file that was read.
+//          A name that ends in .ifczip or .gz is that of a packed file, and packed on the way.
 // Not for  the answer of a verb: Output.
 // Errors   Failure, which leaves an existing file as it was and no other behind.
 // Threads  one at a time; the writers of the library hand their text to one.
@@ -11,6 +12,9 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <string_view>
+
+#include "Model/Archive.h"
 
 namespace oxa::stream {
 class ReplacedFile;
@@ -20,8 +24,9 @@ namespace oxa::tool {
 
 class Target {
 public:
-    // Opens it: "-" is standard output. What is no regular file, as a pipe or a device, is written as it comes.
-    explicit Target(const std::string& sPath);
+    // Opens it: "-" is standard output. What is no regular file, as a pipe or a device, is written as it comes. What is
+    // inside of an .ifczip gets a name with this end.
+    explicit Target(const std::string& sPath, std::string_view inside = ".ifc");
     // Removes what was written, unless vFinish took it over.
     ~Target();
     Target(const Target&) = delete;
@@ -40,6 +45,7 @@ public:
 private:
     std::string m_sName;
     std::unique_ptr<stream::ReplacedFile> m_pFile;
+    std::unique_ptr<Packer> m_pPacker;   // null for a file that is not packed
 };
 
 }   // namespace oxa::tool

@@ -35,6 +35,7 @@ struct HeaderOptions {
     std::string sFormat;
     std::vector<std::string> settings;   // "field=value"
     bool boJson = false;
+    UnpackOption unpack;
 };
 
 std::vector<const Format*> written() { return formatsWith(&FormatHolds::boHeaderSection); }
@@ -134,7 +135,7 @@ int iExitCode(const HeaderSection& section, const std::string& sName) {
 }
 
 int iTell(const HeaderOptions& options, Output& output) {
-    const std::unique_ptr<Input> pInput = pFileOpen(options.sPath);
+    const std::unique_ptr<Input> pInput = pFileOpen(options.sPath, options.unpack.limits());
     const HeaderSection section(*pInput);
     if (options.boJson) {
         Json header = headerJson(section.header());
@@ -150,7 +151,7 @@ int iChange(const HeaderOptions& options) {
     const std::vector<HeaderSection::Change> all = changes(options.settings);
     (void)pFormatOfOutput(options.sOut, options.sFormat, written());   // refuses a name of another
     Target target(options.sOut);
-    const std::unique_ptr<Input> pInput = pFileOpen(options.sPath);
+    const std::unique_ptr<Input> pInput = pFileOpen(options.sPath, options.unpack.limits());
     const HeaderSection section(*pInput);
     target.stream() << section.sChanged(all);
     vCopyRest(*pInput, target.stream());
@@ -181,6 +182,7 @@ VerbRun declare(CLI::App& command) {
         .add_option("OUT", pOptions->sOut, "with --set: the file to write, which may be FILE; - for standard output")
         ->type_name("");
     vFormatDeclare(command, pOptions->sFormat, written());
+    pOptions->unpack.vDeclare(command);
     command.footer("Without --set the header is printed. With it, all but the new values is copied byte for "
                    "byte, and OUT is "
                    "replaced as a whole or not at all. Exit code: 0 fine, 1 the header has errors (OUT is "
