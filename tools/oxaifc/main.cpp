@@ -20,6 +20,7 @@
 #include "oxaifc/io/NearNames.h"
 #include "oxaifc/io/Output.h"
 #include "oxaifc/io/System.h"
+#include "oxaifc/verbs/ManPage.h"
 #include "oxaifc/verbs/Verb.h"
 #include "platform/Localization.h"
 
@@ -27,6 +28,7 @@ namespace oxa::tool {
 namespace {
 
 constexpr const char* g_pVersion = "oxaifc " OXA_VERSION;
+constexpr const char* g_pSummary = "Reads, checks, explains and rewrites building models in IFC (ISO 16739).";
 constexpr const char* g_pFooter = "oxaifc help VERB tells what a verb takes. Exit code: 0 fine, 1 the file has errors, "
                                   "2 unreadable or wrong usage.";
 
@@ -97,10 +99,24 @@ int iParseEnd(const CLI::App& app, const CLI::ParseError& error, Output& output)
     throw Failure(sVerb + sText);
 }
 
+// "help --man" is for the build, which installs the page.
+bool boManPage(int iCount, char** ppWords) {
+    return iCount == 3 && ppWords[1] == std::string_view("help") && ppWords[2] == std::string_view("--man");
+}
+
+int iManPage(Output& output) {
+    CLI::App app(g_pSummary, "oxaifc");
+    std::string sLanguage;
+    (void)declareAll(app, sLanguage);
+    vManPageWrite(app, g_pVersion, output);
+    return g_iExitFine;
+}
+
 int iRun(int iCount, char** ppWords, Output& output) {
+    if (boManPage(iCount, ppWords)) return iManPage(output);
     std::vector<std::string> words = wordsOf(iCount, ppWords);
     vVerbCheck(words);
-    CLI::App app("Reads, checks, explains and rewrites building models in IFC (ISO 16739).", "oxaifc");
+    CLI::App app(g_pSummary, "oxaifc");
     std::string sLanguage;
     const std::vector<Command> commands = declareAll(app, sLanguage);
     try {

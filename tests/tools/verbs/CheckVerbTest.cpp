@@ -72,7 +72,8 @@ void vExpectRecords(const CheckRow& row, const ProgramRun& run) {
     ASSERT_TRUE(value.is_array()) << run.sOut;
     ASSERT_EQ(value.size(), row.records.size()) << run.sOut;
     for (std::size_t i = 0; i < value.size(); ++i) {
-        EXPECT_EQ(keys(value[i]), (std::vector<std::string>{"key", "severity", "category", "message", "line", "text"}));
+        EXPECT_EQ(keys(value[i]), (std::vector<std::string>{"key", "severity", "category", "message", "line", "entity",
+                                                            "type", "attribute", "text"}));
         EXPECT_TRUE(value[i]["key"].get<std::string>().starts_with("Error_"));
         EXPECT_EQ(value[i]["severity"], row.records[i].pSeverity);
         EXPECT_EQ(value[i]["category"], row.records[i].pCategory);

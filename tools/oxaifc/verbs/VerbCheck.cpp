@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +17,7 @@
 #include "oxaifc/formats/Model.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
+#include "oxaifc/report/RecordJson.h"
 #include "oxaifc/report/Records.h"
 #include "oxaifc/report/Report.h"
 #include "oxaifc/verbs/Several.h"
@@ -57,18 +59,6 @@ std::string sEntity(const ifc::ErrorRecord& record, const Model& model) {
     if (!record.entity || !record.entity->pSchemaEntity()) return {};
     const auto number = model.data().entityIdMap(false).find(record.entity);
     return record.entity->pSchemaEntity()->sNameUpper + (number ? " #" + std::to_string(*number) : std::string());
-}
-
-// As it is up to so many bytes.
-std::string sLimited(std::string_view text, std::size_t iMost) {
-    return text.size() <= iMost ? std::string(text) : sShortened(text, iMost);
-}
-
-Json recordJson(const ifc::ErrorRecord& record, bool boAll) {
-    const std::string_view text = sourceText(record);
-    return {{"key", record.key.value_or({})},   {"severity", severityWord(record)},
-            {"category", categoryWord(record)}, {"message", record.description},
-            {"line", record.lineNumber},        {"text", sLimited(text, boAll ? text.size() : g_iLongText)}};
 }
 
 Json groupJson(const RecordGroup& group) {
@@ -168,9 +158,10 @@ void vJsonWrite(const CheckOptions& options, const Model& model, JsonRest& rest,
                           {"lostStatements", lost.iCount},
                           {"firstLostLine", lost.iFirstLine}});
     const auto records = options.boAll ? recordsByLine(model.errors()) : recordsByLine(jsonRecords(groups));
+    const std::size_t iMostText = options.boAll ? std::numeric_limits<std::size_t>::max() : g_iLongText;
     for (const ifc::ErrorRecord* pRecord : records) {
         if (!output.boWanted()) break;
-        output.vJsonItem(withFile(recordJson(*pRecord, options.boAll)));
+        output.vJsonItem(withFile(recordJson(*pRecord, model, iMostText)));
     }
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // VerbShow: "oxaifc show": entities with their attributes, values and referrers.
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
@@ -10,8 +11,9 @@
 #include <CLI/CLI.hpp>
 
 #include "Format/Ifc/IfcFileEntity.h"
-#include "oxaifc/formats/Model.h"
+#include "oxaifc/formats/ElementModel.h"
 #include "oxaifc/io/Output.h"
+#include "oxaifc/report/TypedJson.h"
 #include "oxaifc/verbs/Selection.h"
 #include "oxaifc/verbs/Verb.h"
 
@@ -55,18 +57,17 @@ std::vector<InverseFacts> inverses(const ifc::Entity& entity, const Model& model
     return result;
 }
 
-Json entityJson(const ifc::Entity& entity, const Model& model) {
-    Json attributeArray = Json::array();
-    for (const AttributeFacts& facts : attributes(entity, model))
-        attributeArray.push_back({{"name", facts.sName}, {"type", facts.sType}, {"value", facts.sValue}});
-    Json inverseArray = Json::array();
-    for (const InverseFacts& facts : inverses(entity, model))
-        inverseArray.push_back({{"name", facts.sName}, {"entities", facts.numbers}});
-    return {{"id", model.data().iIdFromEntity(entity)},
-            {"type", entity.schemaEntity().sNameUpper},
-            {"statement", entity.sWriteLine(model.data())},
-            {"attributes", std::move(attributeArray)},
-            {"inverses", std::move(inverseArray)}};
+// The typed form, with who refers to the entity, by number, and its statement.
+Json entityJson(const ifc::Entity& entity, const ElementModel& file, const Model& model) {
+    Json json = typedJson(file.model().byId(model.data().iIdFromEntity(entity)));
+    Json& lists = json["inverses"] = Json::object();
+    for (InverseFacts& facts : inverses(entity, model)) {
+        std::sort(facts.numbers.begin(), facts.numbers.end());
+        Json& list = lists[facts.sName] = Json::array();
+        for (const std::size_t iNumber : facts.numbers) list.push_back(Json{{"ref", iNumber}});
+    }
+    json["statement"] = entity.sWriteLine(model.data());
+    return json;
 }
 
 void vEntityWrite(const ifc::Entity& entity, const Model& model, Output& output) {
@@ -79,7 +80,7 @@ void vEntityWrite(const ifc::Entity& entity, const Model& model, Output& output)
 
 // What to say of a type that the model does not use: "no IfcWall", and of which of its subtypes there are some.
 std::string sNothing(Model& model, const ShowOptions& options) {
-    std::string sText = fmt::format("{}: no {}", sPrintable(model.sName()), sPrintable(options.sWhat));
+    std::string sText = fmt::format("{}: no {}", model.sName(), options.sWhat);
     if (options.boSubtypes) return sText;
     std::map<std::string, std::size_t> counts;
     for (const ifc::Entity* pEntity : entitiesSelected(model, options.sWhat, true))
@@ -92,20 +93,23 @@ std::string sNothing(Model& model, const ShowOptions& options) {
 }
 
 int iShow(const ShowOptions& options, Output& output) {
-    Model model(options, true);
+    ElementModel file(options);
+    Model& model = file.file();
     const std::vector<ifc::Entity*> entities = entitiesSelected(model, options.sWhat, options.boSubtypes);
     if (options.boJson) output.vJsonBegin();
     for (const ifc::Entity* pEntity : entities) {
         if (!output.boWanted()) break;
         if (options.boJson)
-            output.vJsonItem(entityJson(*pEntity, model));
+            output.vJsonItem(entityJson(*pEntity, file, model));
         else
             vEntityWrite(*pEntity, model, output);
     }
+    if (options.boJson) output.vJsonEnd();
+    if (!entities.empty()) return model.iExitCode();
     if (options.boJson)
-        output.vJsonEnd();
-    else if (entities.empty())
-        output.vPrint("{}\n", sNothing(model, options));
+        vTell(sNothing(model, options));
+    else
+        output.vPrint("{}\n", sPrintable(sNothing(model, options)));
     return model.iExitCode();
 }
 
