@@ -2,6 +2,7 @@
 #include "Model/Columns.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 
 #include "Model/ElementKey.h"
@@ -103,32 +104,49 @@ struct RowBefore {
     }
 };
 
-void vSumAdd(Sum& sum, const Cell& cell) {
+// A sum that does not lose what is small beside it (Neumaier), whatever the order.
+struct ExactSum {
+    double value = 0;
+    double rest = 0;   // what the value has no digits for
+    std::size_t iCount = 0;
+
+    void vAdd(double number) {
+        const double sum = value + number;
+        const bool boLarger = std::abs(value) >= std::abs(number);
+        rest += boLarger ? (value - sum) + number : (number - sum) + value;
+        value = sum;
+        ++iCount;
+    }
+    [[nodiscard]] Sum result() const { return {std::isfinite(value) ? value + rest : value, iCount}; }
+};
+
+void vSumAdd(ExactSum& sum, const Cell& cell) {
     if (const auto* pInteger = std::get_if<std::int64_t>(&cell))
-        sum.value += static_cast<double>(*pInteger);
+        sum.vAdd(static_cast<double>(*pInteger));
     else if (const auto* pNumber = std::get_if<double>(&cell))
-        sum.value += *pNumber;
-    else
-        return;
-    ++sum.count;
+        sum.vAdd(*pNumber);
 }
 
 std::vector<Group> grouped(const Elements& elements, Columns& keys, Columns* pSums) {
-    std::map<std::vector<Cell>, Group, RowBefore> groups;
+    struct Counted {
+        std::size_t iCount = 0;
+        std::vector<ExactSum> sums;
+    };
+    std::map<std::vector<Cell>, Counted, RowBefore> groups;
     std::vector<Cell> row;
     std::vector<Cell> values;
     for (const Element element : elements) {
         keys.read(element, row);
         if (pSums) pSums->read(element, values);
-        Group& group = groups[row];
-        ++group.count;
+        Counted& group = groups[row];
+        ++group.iCount;
         group.sums.resize(values.size());
         for (std::size_t i = 0; i < values.size(); ++i) vSumAdd(group.sums[i], values[i]);
     }
     std::vector<Group> result;
     for (auto& [cells, group] : groups) {
-        group.keys = cells;
-        result.push_back(std::move(group));
+        Group& told = result.emplace_back(Group{cells, group.iCount, {}});
+        for (const ExactSum& sum : group.sums) told.sums.push_back(sum.result());
     }
     return result;
 }

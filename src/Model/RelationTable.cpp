@@ -33,6 +33,8 @@ constexpr ClassRow g_classes[] = {
     {Class::TypeObject,       "IfcTypeObject"},
     {Class::Context,          "IfcContext"},                     // IFC4 on: the project, and libraries
     {Class::Context,          "IfcProject"},
+    {Class::Project,          "IfcProject"},
+    {Class::PhysicalElement,  "IfcElement"},
     {Class::SpatialElement,   "IfcSpatialElement"},              // IFC4 on
     {Class::SpatialElement,   "IfcSpatialStructureElement"},
     {Class::Storey,           "IfcBuildingStorey"},

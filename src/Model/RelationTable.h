@@ -48,6 +48,8 @@ enum class Class : std::uint8_t {
     ObjectDefinition,
     TypeObject,
     Context,
+    Project,
+    PhysicalElement,
     SpatialElement,
     Storey,
     Building,

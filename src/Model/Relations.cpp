@@ -34,6 +34,26 @@ std::string sText(const char* pText) { return pText ? pText : ""; }
 
 }   // namespace
 
+namespace {
+
+Elements all(const Model& model, Class eClass) {
+    ModelState& state = ModelState::of(model);
+    const auto* pClass = state.relations().pClass(eClass);
+    return pClass ? state.elementsOf(state.all(*pClass, true)) : Elements();
+}
+
+}   // namespace
+
+Elements objects(const Model& model) { return all(model, Class::ObjectDefinition); }
+Elements projects(const Model& model) { return all(model, Class::Project); }
+Elements spatialElements(const Model& model) { return all(model, Class::SpatialElement); }
+Elements physicalElements(const Model& model) { return all(model, Class::PhysicalElement); }
+
+bool isSpatial(const Element& element) {
+    const Asked asked(element);
+    return asked.walk.table().boIs(asked.entity, Class::SpatialElement);
+}
+
 Element type(const Element& element) {
     const Asked asked(element);
     return asked.elementOf(asked.walk.pType(asked.entity));

@@ -23,6 +23,19 @@
 
 namespace oxa {
 
+class Model;
+
+///@{
+/// All of a kind, by number: objects and types of objects; projects; sites, buildings, storeys and spaces; what stands in
+/// them, as walls and doors.
+[[nodiscard]] OXA_MODEL_API Elements objects(const Model& model);
+[[nodiscard]] OXA_MODEL_API Elements projects(const Model& model);
+[[nodiscard]] OXA_MODEL_API Elements spatialElements(const Model& model);
+[[nodiscard]] OXA_MODEL_API Elements physicalElements(const Model& model);
+///@}
+/// Whether it is a site, a building, a storey, a space or another part of the spatial structure.
+[[nodiscard]] OXA_MODEL_API bool isSpatial(const Element& element);
+
 /// The type object of an element.
 [[nodiscard]] OXA_MODEL_API Element type(const Element& element);
 

@@ -47,6 +47,8 @@ TEST(JsonForm, EveryVerbKeepsToTheSchema) {
             {"props", sBad, "1"},
             {"tree", sHouse},
             {"tree", sHouse, "--counts"},
+            {"tree", sBad, "--outside"},
+            {"tree", sBad, "--outside", "--counts"},
             {"diff", sHouse, sExample("house-ifc4.ifc")},
             {"diff", sHouse, sBad},
             {"header", sHouse},
@@ -112,8 +114,7 @@ TEST(JsonForm, TheValidatorTellsFaults) {
         {"attributes", R"({"a":{"type":"T","value":[1,{"ref":2},{"derived":true},null]}})", ""},
         {"attributes", R"({"a":{"derived":false}})", "/a: fits none of 5 forms; the last: /a: is no \"array\""},
         {"list", R"([{"a":1},{"b":[]}])", "/1/b: is no [\"null\",\"boolean\",\"number\",\"string\"]"},
-        {"tree", R"([{"id":1,"type":"T","name":null,"elements":[],"children":[{"id":2}]}])",
-         "/0/children/0: has no type"},
+        {"node", R"({"id":1,"type":"T","name":null,"elements":[],"children":[{"id":2}]})", "/children/0: has no type"},
     };
     for (const auto& row : rows) EXPECT_EQ(schema().sFault(Json::parse(row.pValue), row.pDefinition), row.pFault);
     const JsonSchema other(Json::parse(R"({"$defs":{"a":{"pattern":"x"}}})"));

@@ -58,6 +58,44 @@ TEST(ListVerb, FormsOfATable) {
         }
 }
 
+// A spreadsheet takes what begins so for a formula; white space in front of it does not help.
+TEST(ListVerb, TextsThatAreNoFormulas) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"=1", "'=1"},
+        {"+1", "'+1"},
+        {"-1", "'-1"},
+        {"@A1", "'@A1"},
+        {"\\X\\09=1", "'\t=1"},
+        {"1=1", "1=1"},
+        {"a\\X\\0Ab", "\"a\nb\""},
+        {"\\X\\0D=1", "\"'\r=1\""},
+        {"\\X2\\00E4\\X0\\;", "\u00e4;"},
+    };
+    for (const auto& [pName, pCell] : rows) {
+        const std::string sFile =
+            sExchangeFile("IFC4", std::string("#1=IFCWALL('28ORztRAzL4xGwAknWjIBd',$,'") + pName + "',$,$,$,$,$,$);\n");
+        EXPECT_EQ(runProgram({"list", "-", "-c", "Name", "-f", "csv"}, sFile).sOut,
+                  std::string("Name\r\n") + pCell + "\r\n");
+    }
+}
+
+TEST(ListVerb, SumsHaveFifteenDigits) {
+    std::string sFile;
+    for (int i = 1; i <= 3; ++i)
+        sFile += "#" + std::to_string(i) + "=IFCDOOR($,$,$,$,$,$,$,$," + (i == 3 ? "1.E-17" : "0.1") + "," +
+                 (i == 1   ? "1.E16"
+                  : i == 2 ? "1."
+                           : "-1.E16") +
+                 ",$,$,$);\n";
+    const ProgramRun run = runProgram({"list", "-", "IfcDoor", "--sum", "OverallHeight,OverallWidth", "-f", "csv"},
+                                      sExchangeFile("IFC4", sFile + "#4=IFCDOOR($,$,$,$,$,$,$,$,0.1,$,$,$,$);\n"));
+    EXPECT_EQ(run.sOut, "sum(OverallHeight),sum(OverallWidth)\r\n0.3,1\r\n") << run.sError;
+    const ProgramRun value =
+        runProgram({"list", "-", "IfcDoor", "-c", "OverallHeight", "-f", "csv"},
+                   sExchangeFile("IFC4", "#1=IFCDOOR($,$,$,$,$,$,$,$,0.30000000000000004,$,$,$,$);\n"));
+    EXPECT_EQ(value.sOut, "OverallHeight\r\n0.30000000000000004\r\n");
+}
+
 TEST(ListVerb, NoRows) {
     const FormRow rows[] = {{"table", "id\n"}, {"csv", "id\r\n"}, {"tsv", "id\n"}, {"json", "[]\n"}, {"ndjson", ""}};
     for (const FormRow& row : rows)

@@ -87,6 +87,35 @@ TEST(TreeVerb, Json) {
     }
 }
 
+// A wall of its own, a door in nothing that fills nothing, and a window in a wall that stands in a storey.
+TEST(TreeVerb, ElementsOutsideAreTold) {
+    const std::string sFile = sTreeFile("IFC4");
+    const std::string sMore = "#20=IFCWALL('2QWI79ePzLcPoq72xK$sRF',#90,'W',$,$,$,$,$,$);\n"
+                              "#21=IFCDOOR('0eJbDTRADPtPogG4_sR1YD',#90,$,$,$,$,$,$,2.,1.,$,$,$);\n"
+                              "#22=IFCELEMENTASSEMBLY('0LCUVxNqjTy8Rgrnt1cats',#90,$,$,$,$,$,$,$,$);\n"
+                              "#23=IFCRELAGGREGATES('0GBXQqFNTSPQ9PR7g3FFqm',#90,$,$,#10,(#22));\n";
+    std::string sText = sFile;
+    sText.insert(sText.find("ENDSEC;\nEND-"), sMore);
+    const ProgramRun tree = runProgram({"tree", "-", "--counts"}, sText);
+    EXPECT_EQ(tree.sOut, g_texts[1].pOut);
+    EXPECT_EQ(tree.sError, "oxaifc: 2 elements stand in no spatial element; --outside lists them\n");
+    const std::pair<std::vector<std::string>, const char*> rows[] = {
+        {{}, "#20 IfcWall W\n#21 IfcDoor\n"},
+        {{"--counts"}, "1 IfcDoor\n1 IfcWall\n"},
+    };
+    for (const auto& [words, pOut] : rows) {
+        std::vector<std::string> call{"tree", "-", "--outside"};
+        call.insert(call.end(), words.begin(), words.end());
+        const ProgramRun run = runProgram(call, sText);
+        EXPECT_EQ(run.sOut, pOut);
+        EXPECT_EQ(run.sError, "");
+    }
+    EXPECT_EQ(runProgram({"tree", "-", "--outside", "--json"}, sText).json(),
+              Json::parse(R"([{"id":20,"type":"IfcWall","name":"W"},{"id":21,"type":"IfcDoor","name":null}])"));
+    EXPECT_EQ(runProgram({"tree", "-", "--outside", "--json", "--counts"}, sText).json(),
+              Json::parse(R"({"IfcDoor":1,"IfcWall":1})"));
+}
+
 TEST(TreeVerb, CircleAndDepthEnd) {
     const ProgramRun circle = runProgram(
         {"tree", "-"}, sExchangeFile("IFC4", "#1=IFCSPACE('0YvctVUKr0kugbFTf53O9L',$,$,$,$,$,$,$,$,$,$);\n"

@@ -102,7 +102,7 @@ void Table::vSeparated(const std::vector<Cell>& cells) {
         if (i > 0) sLine += boCsv ? ',' : '\t';
         std::string sText = toText(cells[i]);
         if (std::holds_alternative<std::string>(cells[i]) && !sText.empty() &&
-            std::string_view("=+-@").find(sText.front()) != std::string_view::npos)
+            std::string_view("=+-@\t\r").find(sText.front()) != std::string_view::npos)
             sText.insert(0, 1, '\'');
         if (sText.find_first_of(boCsv ? ",\"\r\n" : "\t\"\r\n") == std::string::npos) {
             sLine += sText;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -13,6 +14,7 @@
 #include <CLI/CLI.hpp>
 
 #include "Model/Columns.h"
+#include "Model/Relations.h"
 #include "Model/Selector.h"
 #include "oxaifc/formats/ElementModel.h"
 #include "oxaifc/formats/Format.h"
@@ -93,13 +95,20 @@ std::vector<std::string> headOf(const ListOptions& options, bool boSeveral) {
     return head;
 }
 
+// What is added up is as good as 15 digits: no 0.30000000000000004 of 0.1 and 0.2.
+double rounded(double value) {
+    double result = value;
+    const std::string sText = fmt::format("{:.15g}", value);
+    std::from_chars(sText.data(), sText.data() + sText.size(), result);
+    return result;
+}
+
 // The rows of one file. A query and columns that fit it are the condition that the table begins.
 void vRows(const ListOptions& options, const std::optional<Selector>& selector, const oxa::Model& model,
            std::vector<Cell> front, Table& table) {
     Selection selection;
     if (!selector)
-        selection.elements =
-            options.boExact ? model.all("IfcObjectDefinition", exact) : model.all("IfcObjectDefinition");
+        selection.elements = objects(model);
     else
         selection = options.boExact ? selector->select(model, exact) : selector->select(model);
     Columns columns(model, options.boGroups() ? options.keys : options.columns);
@@ -121,7 +130,7 @@ void vRows(const ListOptions& options, const std::optional<Selector>& selector, 
             front.resize(iFront);
             front.insert(front.end(), group.keys.begin(), group.keys.end());
             if (options.boCount) front.emplace_back(static_cast<std::int64_t>(group.count));
-            for (const Sum& sum : group.sums) front.push_back(sum.count ? Cell(sum.value) : Cell());
+            for (const Sum& sum : group.sums) front.push_back(sum.count ? Cell(rounded(sum.value)) : Cell());
             table.vRow(front);
         }
     }

@@ -25,6 +25,7 @@ constexpr std::size_t g_iDeepest = 100;
 
 struct TreeOptions : ModelOptions {
     bool boCounts = false;
+    bool boOutside = false;
     bool boJson = false;
 };
 
@@ -37,12 +38,12 @@ struct Node {
 // The spatial elements of a model below their projects. One that nothing leads to is a root of its own.
 class Tree {
 public:
-    explicit Tree(const oxa::Model& model)
-        : m_pSpatial(model.knows("IfcSpatialElement") ? "IfcSpatialElement" : "IfcSpatialStructureElement") {
-        for (const Element project : model.all("IfcProject")) vRoot(project);
-        for (const Element spatial : model.all(m_pSpatial))
+    explicit Tree(const oxa::Model& model) {
+        const Elements all = spatialElements(model);
+        for (const Element project : projects(model)) vRoot(project);
+        for (const Element spatial : all)
             if (!parent(spatial)) vRoot(spatial);
-        for (const Element spatial : model.all(m_pSpatial)) vRoot(spatial);   // those in a circle
+        for (const Element spatial : all) vRoot(spatial);   // those in a circle
         if (m_iTooDeep)
             vTell(fmt::format("{} deeper than {} levels left out", sCounted(m_iTooDeep, "part"), g_iDeepest));
     }
@@ -56,7 +57,7 @@ private:
     Node node(const Element& element, std::size_t iDepth) {
         Node node{element, contents(element), {}};
         for (const Element part : parts(element)) {
-            if (!part.is(m_pSpatial) || !m_seen.insert(part).second) continue;
+            if (!isSpatial(part) || !m_seen.insert(part).second) continue;
             if (iDepth < g_iDeepest)
                 node.children.push_back(this->node(part, iDepth + 1));
             else
@@ -65,7 +66,6 @@ private:
         return node;
     }
 
-    const char* m_pSpatial;
     std::set<Element> m_seen;
     std::vector<Node> m_roots;
     std::size_t m_iTooDeep = 0;
@@ -73,13 +73,15 @@ private:
 
 using Counts = std::map<std::string, std::size_t, std::less<>>;
 
-Counts countsOf(const Elements& elements) {
+template <class Range>
+Counts countsOf(const Range& elements) {
     Counts counts;
     for (const Element element : elements) ++counts[std::string(element.type())];
     return counts;
 }
 
-Json elementsJson(const Elements& elements, bool boCounts) {
+template <class Range>
+Json elementsJson(const Range& elements, bool boCounts) {
     if (boCounts) return Json(countsOf(elements));
     Json json = Json::array();
     for (const Element element : elements) json.push_back(nameJson(element));
@@ -100,19 +102,46 @@ void vLine(const Element& element, std::size_t iDepth, Output& output) {
                   sPrintable(sName));
 }
 
+template <class Range>
+void vContents(const Range& elements, bool boCounts, std::size_t iDepth, Output& output) {
+    if (!boCounts)
+        for (const Element element : elements) vLine(element, iDepth, output);
+    else
+        for (const auto& [sType, iCount] : countsOf(elements))
+            output.vPrint("{:{}}{} {}\n", "", 2 * iDepth, sGrouped(iCount), sType);
+}
+
 void vNode(const Node& node, bool boCounts, std::size_t iDepth, Output& output) {
     vLine(node.element, iDepth, output);
-    if (boCounts) {
-        for (const auto& [sType, iCount] : countsOf(node.contents))
-            output.vPrint("{:{}}{} {}\n", "", 2 * iDepth + 2, sGrouped(iCount), sType);
-    } else {
-        for (const Element element : node.contents) vLine(element, iDepth + 1, output);
-    }
+    vContents(node.contents, boCounts, iDepth + 1, output);
     for (const Node& child : node.children) vNode(child, boCounts, iDepth + 1, output);
+}
+
+// The elements that no part of the spatial structure contains, not even by what they are a part of.
+std::vector<Element> outside(const oxa::Model& model) {
+    std::vector<Element> found;
+    for (const Element element : physicalElements(model))
+        if (!container(element)) found.push_back(element);
+    return found;
+}
+
+void vOutside(const std::vector<Element>& elements, const TreeOptions& options, Output& output) {
+    if (options.boJson)
+        output.vJson(elementsJson(elements, options.boCounts));
+    else
+        vContents(elements, options.boCounts, 0, output);
 }
 
 int iTree(const TreeOptions& options, Output& output) {
     const ElementModel file(options);
+    const std::vector<Element> homeless = outside(file.model());
+    if (options.boOutside) {
+        vOutside(homeless, options, output);
+        return file.iExitCode();
+    }
+    if (!homeless.empty())
+        vTell(fmt::format("{} {} in no spatial element; --outside lists {}", sCounted(homeless.size(), "element"),
+                          homeless.size() == 1 ? "stands" : "stand", homeless.size() == 1 ? "it" : "them"));
     const Tree tree(file.model());
     if (options.boJson) output.vJsonBegin();
     for (const Node& root : tree.roots()) {
@@ -129,6 +158,7 @@ VerbRun declare(CLI::App& command) {
     const auto pOptions = std::make_shared<TreeOptions>();
     pOptions->vDeclare(command);
     command.add_flag("--counts", pOptions->boCounts, "how many elements of a class, instead of each");
+    command.add_flag("--outside", pOptions->boOutside, "only the elements that stand in no spatial element");
     command.add_flag("--json", pOptions->boJson, "print a JSON array with one object a root, nodes in \"children\"");
     return [pOptions](Output& output) { return iTree(*pOptions, output); };
 }
