@@ -16,6 +16,7 @@ set(OXA_PUBLIC_HEADERS
   platform/Export.h
   platform/Id.h
   platform/Localization.h
+  platform/NearNames.h
   platform/Object.h
   platform/ReplacedFile.h
   platform/Stream.h

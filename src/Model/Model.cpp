@@ -46,8 +46,9 @@ Model Model::open(const std::filesystem::path& path, const OpenOptions& options)
     const std::uintmax_t iSize = std::filesystem::file_size(path, error);
     const auto size = error ? std::nullopt : std::optional<std::uint64_t>(iSize);
     const bool boFile = std::filesystem::is_regular_file(path, error);
-    return Model(std::make_unique<ModelState>(
-        detail::modelRead(stream, sName, size, options, boFile ? path : std::filesystem::path()), options.keepNumbers));
+    detail::ReadResult read = detail::modelRead(stream, sName, size, options, boFile ? path : std::filesystem::path());
+    read.path = std::filesystem::absolute(path, error);
+    return Model(std::make_unique<ModelState>(std::move(read), options.keepNumbers));
 }
 
 Model Model::open(std::istream& stream, const OpenOptions& options) {
@@ -131,6 +132,10 @@ Removed Model::remove(const Elements& elements) {
 
 std::vector<Record> Model::save(const std::filesystem::path& path, const SaveOptions& options) {
     const Format format = options.format == Format::Auto ? detail::formatOf(path.string()) : options.format;
+    if (!options.replaceIncomplete && !whole() && state().boIsFrom(path))
+        throw FileError(path.string() +
+                        ": is the file that the model was read from, and not all of it is in the model: "
+                        "the rest would be lost; SaveOptions::replaceIncomplete saves nevertheless");
     const auto pTarget = written(path, [&] { return std::make_unique<stream::ReplacedFile>(path); });
     const std::string sInside = unpackedName(path.filename().string(), detail::endOf(format));
     std::optional<Packer> packer;

@@ -119,7 +119,8 @@ public:
     /// Writes all elements, statements by number. The file is replaced as a whole or not at all. The records tell what
     /// the schema misses, as a mandatory attribute without a value, by number; they keep nothing from being written.
     /// A name that ends in .ifczip or .gz makes a packed file, which holds what the rest of the name says.
-    /// FileError where the file can't be written, or its form has no place for the model.
+    /// FileError where the file can't be written, or its form has no place for the model; and where it is the one that the
+    /// model was read from, and the model is not whole().
     std::vector<Record> save(const std::filesystem::path& path, const SaveOptions& options = {});
     /// The same to a stream (opened as binary); as STEP, where the options name no format.
     std::vector<Record> save(std::ostream& out, const SaveOptions& options = {});

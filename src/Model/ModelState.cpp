@@ -99,6 +99,11 @@ ModelState::ModelState(ReadResult read, bool boKeepNumbers)
         vRenumber();
 }
 
+bool ModelState::boIsFrom(const std::filesystem::path& path) const {
+    std::error_code error;
+    return !m_read.path.empty() && std::filesystem::equivalent(m_read.path, path, error) && !error;
+}
+
 LifeHolder::LifeHolder(ModelState& state) : m_pLife(Lives::instance().pTake(state)) {}
 LifeHolder::~LifeHolder() { Lives::instance().vGive(m_pLife); }
 

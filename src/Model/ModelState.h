@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <span>
@@ -63,7 +64,8 @@ struct ReadResult {
     std::unique_ptr<ifc::FileBase> pFile;
     std::unique_ptr<ifc::io::ReadError> pErrors;
     bool boWhole = false;
-    bool boMayBeTwice = false;   // entities may be in the list twice, and no record tells
+    bool boMayBeTwice = false;      // entities may be in the list twice, and no record tells
+    std::filesystem::path path{};   // the file it was read from; empty for another source
 };
 
 class ModelState {
@@ -86,6 +88,8 @@ public:
     [[nodiscard]] ifc::Data& data() noexcept { return m_read.pFile->dataBase(); }
     [[nodiscard]] const ifc::def::SchemaPset& schema() noexcept { return *data().pSchema(); }
     [[nodiscard]] bool boWhole() const noexcept { return m_read.boWhole; }
+    // Whether this is the file that the model was read from, by whatever name.
+    [[nodiscard]] bool boIsFrom(const std::filesystem::path& path) const;
     [[nodiscard]] const std::vector<Record>& records();
     // A keyword becomes the name that the schema has for it.
     void vTypeSpell(Record& record);

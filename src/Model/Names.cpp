@@ -2,10 +2,9 @@
 #include "Model/Names.h"
 
 #include <algorithm>
-#include <numeric>
-#include <utility>
 
 #include "Model/Error.h"
+#include "platform/NearNames.h"
 
 namespace oxa::detail {
 
@@ -13,32 +12,10 @@ namespace schema = ifc::def::schema;
 
 namespace {
 
-constexpr std::size_t g_iMostNear = 5;
 constexpr std::size_t g_iMostListed = 40;   // names in a message
-constexpr std::size_t g_iLongest = 100;     // of a name worth comparing; the cost grows with the square
+constexpr std::size_t g_iLongest = 100;     // of a name that is told
 
 constexpr char cLower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-std::string sLower(std::string_view text) {
-    std::string sText(text);
-    std::transform(sText.begin(), sText.end(), sText.begin(), cLower);
-    return sText;
-}
-
-// The letters to insert, remove or replace to make one text of the other (Levenshtein).
-std::size_t iDistance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t iDiagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t iReplaced = iDiagonal + (a[i] == b[j] ? 0 : 1);
-            iDiagonal = row[j + 1];
-            row[j + 1] = std::min({iReplaced, row[j] + 1, row[j + 1] + 1});
-        }
-    }
-    return row.back();
-}
 
 std::string sJoined(const std::vector<std::string>& names) {
     std::string sText;
@@ -79,24 +56,8 @@ bool boSameName(std::string_view a, std::string_view b) noexcept {
 }
 
 std::vector<std::string> nearNames(std::string_view wanted, const std::vector<std::string_view>& names) {
-    if (wanted.empty() || wanted.size() > g_iLongest) return {};
-    const std::string sWanted = sLower(wanted);
-    const std::size_t iLimit = std::max<std::size_t>(1, sWanted.size() / 4);
-    std::vector<std::pair<std::size_t, std::string_view>> found;
-    for (const std::string_view name : names) {
-        const std::string sName = sLower(name);
-        const std::size_t iFar = iDistance(sWanted, sName);
-        // A part of a name counts behind all misspellings, the shortest name first.
-        if (iFar <= iLimit)
-            found.emplace_back(iFar, name);
-        else if (sWanted.size() > 2 && sName.find(sWanted) != std::string::npos)
-            found.emplace_back(iLimit + iFar, name);
-    }
-    std::sort(found.begin(), found.end());
-    found.resize(std::min(found.size(), g_iMostNear));
-    std::vector<std::string> result;
-    for (const auto& [iFar, name] : found) result.emplace_back(name);
-    return result;
+    const std::vector<std::string_view> near = str::nearNames(wanted, names);
+    return {near.begin(), near.end()};
 }
 
 void vThrowName(const std::string& sMessage, std::string_view wanted, const std::vector<std::string_view>& names) {

@@ -17,7 +17,7 @@ namespace oxa::detail {
 /// Whether both are the same but for the case of ASCII letters.
 [[nodiscard]] bool boSameName(std::string_view a, std::string_view b) noexcept;
 
-/// Up to five of "names" that are "wanted" with a few letters changed, or that hold it; nearest first. Any case.
+/// Those of str::nearNames, as texts of their own.
 [[nodiscard]] std::vector<std::string> nearNames(std::string_view wanted, const std::vector<std::string_view>& names);
 
 /// "<message>; did you mean A, B?", or, where nothing is near, "<message>; there are: " and all names, if they are few.

@@ -57,6 +57,9 @@ struct SaveOptions {
     /// Auto: by the name of the file.
     Format format = Format::Auto;
     unsigned threads = 0;   ///< as in OpenOptions
+    /// Replace the file that the model was read from even where not all of it is in the model (Model::whole), which
+    /// loses the rest. Otherwise that is a FileError.
+    bool replaceIncomplete = false;
     /// Where it asks for the end, save() throws Stopped, and the file is as it was.
     std::stop_token stop{};
     /// May be empty. Called now and then, with rising counts.

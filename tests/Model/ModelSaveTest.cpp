@@ -191,4 +191,30 @@ TEST(ModelOpen, IsStoppedAndToldHowFarItIs) {
               "Stopped: buffer: the read was stopped");
 }
 
+// What could not be read would be gone.
+TEST(ModelSave, KeepsAFileThatIsNotWholeInTheModel) {
+    const Folder folder;
+    const fs::path path = folder / "a.ifc";
+    const fs::path link = folder / "b.ifc";
+    const std::string sFaulty = fileText("IFC4", "#1=IFCCARTESIANPOINT((1.,2.));\n#2=IFCTEAPOT();\n");
+    std::ofstream(path, std::ios::binary) << sFaulty;
+    fs::create_symlink(path, link);
+    Model model = Model::open(path);
+    EXPECT_FALSE(model.whole());
+    for (const fs::path& name : {path, link, path.parent_path() / "." / "a.ifc"}) {
+        EXPECT_EQ(
+            sThrown([&] { model.save(name); }),
+            "FileError: " + name.string() +
+                ": is the file that the model was read from, and not all of it is in the model: the rest would be "
+                "lost; SaveOptions::replaceIncomplete saves nevertheless");
+        EXPECT_EQ(sFile(path), sFaulty);
+    }
+    model.save(folder / "c.ifc");
+    model.save(path, {.replaceIncomplete = true});
+    EXPECT_EQ(sData(sFile(path)), "#1=IFCCARTESIANPOINT((1.,2.));\n");
+    Model whole = Model::open(path);
+    EXPECT_TRUE(whole.whole());
+    whole.save(path);
+}
+
 }   // namespace oxa::test

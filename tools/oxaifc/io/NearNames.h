@@ -6,14 +6,14 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/NearNames.h"
+
 namespace oxa::tool {
 
 // ASCII letters only, which is all that the names of a schema have.
 [[nodiscard]] std::string sUpper(std::string_view text);
 
-// Up to five of "names" that are "wanted" with a few letters changed, or that hold it; nearest first. Any case.
-[[nodiscard]] std::vector<std::string_view> nearNames(std::string_view wanted,
-                                                      const std::vector<std::string_view>& names);
+using str::nearNames;
 
 // For a message: "did you mean A, B?", or, where nothing is near, "otherwise" followed by all names.
 [[nodiscard]] std::string sNearText(std::string_view wanted, const std::vector<std::string_view>& names,
