@@ -8,7 +8,9 @@ set(OXA_PUBLIC_HEADERS
   Check/Check.h
   Compare/Compare.h
   Convert/EntityFromText.h
+  Convert/Excerpt.h
   Convert/Extract.h
+  Convert/Merge.h
   Convert/SchemaMove.h
   Convert/ValueFromText.h
   platform/Assert.h

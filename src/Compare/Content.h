@@ -21,11 +21,12 @@
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
+#include "platform/Export.h"
 #include "platform/Id.h"
 
 namespace oxa::compare {
 
-struct ContentHash {
+struct OXA_COMPARE_API ContentHash {
     std::uint64_t iHigh = 0;
     std::uint64_t iLow = 0;
 
@@ -42,7 +43,7 @@ struct ContentHashHash {
 };
 using ContentCounts = std::unordered_map<ContentHash, std::size_t, ContentHashHash>;
 
-class Content {
+class OXA_COMPARE_API Content {
 public:
     using Index = std::uint32_t;
 

@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "Format/Ifc/IfcCellVisit.h"
+#include "Convert/References.h"
 #include "Format/Ifc/IfcFileEntity.h"
 
 namespace oxa::convert {
@@ -19,37 +19,6 @@ namespace {
 
 // From an entity of the source to its copy.
 using Copies = std::unordered_map<const ifc::Entity*, ifc::Entity*>;
-
-// Calls vMeet for every entity that a cell names.
-template <class Meet>
-struct References {
-    Meet& vMeet;
-
-    void operator()(const ifc::AttributeBase&) {}
-    void operator()(const ifc::AttributeEntity& cell) {
-        if (cell.boHasValue()) vMeet(cell.m_value);
-    }
-    void operator()(const ifc::AttributeSelect& cell) {
-        if (cell.boHasValue()) ifc::visitSelected(cell, *this);
-    }
-    void operator()(const ifc::AttributeList& cell) {
-        if (cell.boHasValue()) ifc::visitItems(cell, *this);
-    }
-    void operator()(const ifc::EntityList* pEntities) {
-        if (!pEntities) return;
-        for (const ifc::Entity* pEntity : *pEntities) vMeet(pEntity);
-    }
-    void operator()(const ifc::Array<ifc::AttributeSelect>* pItems) { vEach(pItems); }
-    void operator()(const ifc::Array<ifc::AttributeList>* pRows) { vEach(pRows); }
-    void operator()(ifc::AnyItems) {}
-
-private:
-    template <class Items>
-    void vEach(const Items* pItems) {
-        if (!pItems) return;
-        for (const auto& item : *pItems) (*this)(item);
-    }
-};
 
 // The values of one entity; the count of what did not arrive.
 std::size_t iValuesCopy(const ifc::Entity& source, ifc::Entity& copy, const Copies& copies, ifc::Data& data) {

@@ -20,6 +20,10 @@ struct SlotRow {
     const char* pClass;
     const char* pAttribute;
 };
+struct FollowerRow {
+    const char* pClass;
+    const char* pAttribute;
+};
 struct RelationRow {
     Relation eRelation;
     const char* pClass;
@@ -29,12 +33,15 @@ struct RelationRow {
 
 // clang-format off
 constexpr ClassRow g_classes[] = {
+    {Class::Root,             "IfcRoot"},
+    {Class::Relationship,     "IfcRelationship"},
     {Class::ObjectDefinition, "IfcObjectDefinition"},
     {Class::TypeObject,       "IfcTypeObject"},
     {Class::Context,          "IfcContext"},                     // IFC4 on: the project, and libraries
     {Class::Context,          "IfcProject"},
     {Class::Project,          "IfcProject"},
     {Class::PhysicalElement,  "IfcElement"},
+    {Class::RepresentationContext, "IfcRepresentationContext"},
     {Class::SpatialElement,   "IfcSpatialElement"},              // IFC4 on
     {Class::SpatialElement,   "IfcSpatialStructureElement"},
     {Class::Storey,           "IfcBuildingStorey"},
@@ -75,6 +82,8 @@ constexpr ClassRow g_classes[] = {
 
 constexpr SlotRow g_slots[] = {
     {Slot::RootName,            "IfcRoot",                    "Name"},
+    {Slot::RepresentationContexts, "IfcContext",              "RepresentationContexts"},   // IFC4 on
+    {Slot::RepresentationContexts, "IfcProject",              "RepresentationContexts"},
     {Slot::OwnerHistory,        "IfcRoot",                    "OwnerHistory"},
     {Slot::TypeSets,            "IfcTypeObject",              "HasPropertySets"},
     {Slot::SetProperties,       "IfcPropertySet",             "HasProperties"},
@@ -160,6 +169,39 @@ constexpr RelationRow g_relations[] = {
     {Relation::ComplexProperties, "IfcComplexProperty",             "HasProperties",              "HasProperties"},
     {Relation::ComplexQuantities, "IfcPhysicalComplexQuantity",     "HasQuantities",              "HasQuantities"},
 };
+
+constexpr FollowerRow g_followers[] = {
+    {"IfcRelDefines",                       "RelatedObjects"},            // IFC2X3
+    {"IfcRelDefinesByProperties",           "RelatedObjects"},
+    {"IfcRelDefinesByType",                 "RelatedObjects"},
+    {"IfcRelDefinesByObject",               "RelatedObjects"},            // IFC4 on
+    {"IfcRelDefinesByTemplate",             "RelatedPropertySets"},       // IFC4 on
+    {"IfcRelAssociates",                    "RelatedObjects"},
+    {"IfcRelAssignsToGroup",                "RelatedObjects"},
+    {"IfcRelDeclares",                      "RelatedDefinitions"},        // IFC4 on
+    {"IfcStyledItem",                       "Item"},
+    {"IfcPresentationLayerAssignment",      "AssignedItems"},
+    {"IfcShapeAspect",                      "PartOfProductDefinitionShape"},
+    {"IfcIndexedColourMap",                 "MappedTo"},                  // IFC4 on
+    {"IfcIndexedTextureMap",                "MappedTo"},                  // IFC4 on
+    {"IfcTextureMap",                       "MappedTo"},                  // IFC4 on
+    {"IfcGeometricRepresentationSubContext", "ParentContext"},
+    {"IfcCoordinateOperation",              "SourceCRS"},                 // IFC4 on
+    {"IfcWellKnownText",                    "CoordinateReferenceSystem"}, // IFC4X3
+    {"IfcMaterialDefinitionRepresentation", "RepresentedMaterial"},
+    {"IfcMaterialProperties",               "Material"},
+    {"IfcMaterialRelationship",             "RelatingMaterial"},          // IFC4 on
+    {"IfcMaterialClassificationRelationship", "ClassifiedMaterial"},      // IFC2X3
+    {"IfcProfileProperties",                "ProfileDefinition"},
+    {"IfcExternalReferenceRelationship",    "RelatedResourceObjects"},    // IFC4 on
+    {"IfcResourceApprovalRelationship",     "RelatedResourceObjects"},    // IFC4 on
+    {"IfcResourceConstraintRelationship",   "RelatedResourceObjects"},    // IFC4 on
+    {"IfcApprovalPropertyRelationship",     "ApprovedProperties"},        // IFC2X3
+    {"IfcPropertyConstraintRelationship",   "RelatedProperties"},         // IFC2X3
+    {"IfcReferencesValueDocument",          "ReferencingValues"},         // IFC2X3
+    {"IfcPropertyDependencyRelationship",   "DependingProperty"},
+    {"IfcOrganizationRelationship",         "RelatedOrganizations"},
+};
 // clang-format on
 
 const schema::Entity* pEntityOf(const schema::Schema& schema, const char* pName) {
@@ -189,6 +231,9 @@ RelationTable::RelationTable(const schema::Schema& schema) {
         Resolved& slot = m_slots[static_cast<std::size_t>(row.eSlot)];
         if (!slot.pClass) slot = resolve(row.pClass, row.pAttribute);
     }
+    for (const FollowerRow& row : g_followers)
+        if (const Resolved follower = resolve(row.pClass, row.pAttribute); follower.pClass)
+            m_followers.push_back(follower);
     for (const RelationRow& row : g_relations)
         m_relations[static_cast<std::size_t>(row.eRelation)] = {
             pEntityOf(schema, row.pClass), {resolve(row.pClass, row.pWhole), resolve(row.pClass, row.pPart)}};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // RelationTable: which classes and attributes of IFC say what an element is related to, resolved for one schema.
 //
-// For      the sources of this folder. No other place in the libraries knows a class of IFC by its name.
+// For      the sources of this folder, and of libraries on it. No other place in them knows a class of IFC by its name.
 // Table    one for IFC2X3, IFC4, IFC4X3 and those between (RelationTable.cpp): a row that a schema has no class or no
 //          attribute for does not count there, and of several rows for one thing the first that counts does.
 // Inverse  which inverse list of a type leads to a relationship, the schema itself tells: the list that is declared FOR
@@ -12,11 +12,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileEntity.h"
+#include "platform/Export.h"
 #include "schema/Schema.h"
 
 namespace oxa::detail {
@@ -45,11 +47,14 @@ enum class Relation : std::uint8_t {
 };
 
 enum class Class : std::uint8_t {
+    Root,
+    Relationship,
     ObjectDefinition,
     TypeObject,
     Context,
     Project,
     PhysicalElement,
+    RepresentationContext,
     SpatialElement,
     Storey,
     Building,
@@ -89,6 +94,7 @@ enum class Class : std::uint8_t {
 
 enum class Slot : std::uint8_t {
     RootName,
+    RepresentationContexts,
     OwnerHistory,
     TypeSets,
     SetProperties,
@@ -156,7 +162,7 @@ enum class Slot : std::uint8_t {
 
 enum class Side : std::uint8_t { Whole, Part };
 
-class RelationTable {
+class OXA_MODEL_API RelationTable {
 public:
     explicit RelationTable(const ifc::def::schema::Schema& schema);
 
@@ -207,15 +213,19 @@ public:
     [[nodiscard]] std::string_view attributeName(Relation eRelation, Side eSide) const noexcept;
     [[nodiscard]] std::string_view attributeName(Slot eSlot) const noexcept;
 
-private:
-    static constexpr std::size_t g_iRelations = static_cast<std::size_t>(Relation::Count);
-    static constexpr std::uint16_t g_iNone = 0xffff;
-
     // An attribute of a class; subtypes have it at the same position.
     struct Resolved {
         const ifc::def::schema::Entity* pClass = nullptr;
         unsigned iIndex = 0;
     };
+    /// Attributes whose entities the class only adds something to: a property set to walls, a style to a solid, a layer
+    /// to its members. Where one of them goes, the instance goes along.
+    [[nodiscard]] std::span<const Resolved> followers() const noexcept { return m_followers; }
+
+private:
+    static constexpr std::size_t g_iRelations = static_cast<std::size_t>(Relation::Count);
+    static constexpr std::uint16_t g_iNone = 0xffff;
+
     struct ResolvedRelation {
         const ifc::def::schema::Entity* pClass = nullptr;
         std::array<Resolved, 2> sides;
@@ -237,6 +247,7 @@ private:
     std::array<const ifc::def::schema::Entity*, static_cast<std::size_t>(Class::Count)> m_classes{};
     std::array<Resolved, static_cast<std::size_t>(Slot::Count)> m_slots{};
     std::array<ResolvedRelation, g_iRelations> m_relations{};
+    std::vector<Resolved> m_followers;
     std::vector<Inverses> m_inverses;   // by the ordinal of a type
 };
 

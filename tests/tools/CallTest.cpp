@@ -32,6 +32,7 @@ const VerbRow g_verbs[] = {
     {"diff", "Usage: oxaifc diff [OPTIONS] A B\n", true, true, {"b.ifc"}},
     {"convert", "Usage: oxaifc convert [OPTIONS] IN OUT\n", true, false, {"-"}},
     {"extract", "Usage: oxaifc extract [OPTIONS] IN WHAT OUT\n", true, false, {"#1", "-"}},
+    {"merge", "Usage: oxaifc merge [OPTIONS] FILE... OUT\n", true, false, {"b.ifc", "-"}},
     {"set", "Usage: oxaifc set [OPTIONS] IN WHAT ATTRIBUTE VALUE OUT\n", true, false, {"#1", "Name", "x", "-"}},
     {"header", "Usage: oxaifc header [OPTIONS] FILE [OUT]\n", false, true, {}},
     {"schema", "Usage: oxaifc schema [OPTIONS] [NAME] [ENTITY]\n", false, true, {}},
@@ -142,16 +143,19 @@ std::string sBuiltIn() {
 const FailRow g_wrongCalls[] = {
     {"no verb",
      {},
-     "a verb is missing; there are: info, check, show, list, props, tree, diff, convert, extract, set, header, schema, "
+     "a verb is missing; there are: info, check, show, list, props, tree, diff, convert, extract, merge, set, header, "
+     "schema, "
      "completion"},
     {"a verb that does not exist",
      {"frobnicate"},
-     "there is no verb frobnicate; there are: info, check, show, list, props, tree, diff, convert, extract, set, "
+     "there is no verb frobnicate; there are: info, check, show, list, props, tree, diff, convert, extract, merge, "
+     "set, "
      "header, schema, completion"},
     {"a verb with a letter too few", {"chek"}, "there is no verb chek; did you mean check?"},
     {"line ends in a word stay on the line",
      {"a\nb"},
-     "there is no verb a b; there are: info, check, show, list, props, tree, diff, convert, extract, set, header, "
+     "there is no verb a b; there are: info, check, show, list, props, tree, diff, convert, extract, merge, set, "
+     "header, "
      "schema, completion"},
     {"info without a file", {"info"}, "info: FILE is required"},
     {"check without a file", {"check"}, "check: FILE is required"},

@@ -201,8 +201,8 @@ void ModelWrite::vLeftOutTell(const Model& model) const {
     }
 }
 
-int ModelWrite::iTell(const Model& model) const {
-    if (!model.errors().empty())
+int ModelWrite::iTell(const Model& model, bool boRead) const {
+    if (boRead && !model.errors().empty())
         vSay(fmt::format("{}: {} while reading; oxaifc check tells them", sPrintable(model.sName()),
                          sCounted(model.errors().size(), "error")));
     if (m_pErrors->records().empty()) {

@@ -55,8 +55,9 @@ public:
     // Tells on standard error what the format left out, each entity by its number.
     void vLeftOutTell(const Model& model) const;
     // Tells the errors of the read and the write on standard error, those of the write with their instances, and
-    // without those that the read told of the same instance. The exit code of the verb.
-    int iTell(const Model& model) const;
+    // without those that the read told of the same instance. The exit code of the verb. Those of the read are left out
+    // without boRead, for a verb that writes several files.
+    int iTell(const Model& model, bool boRead = true) const;
     // True for an entity with a statement in OUT.
     [[nodiscard]] bool boWritten(const Model& model, const ifc::Entity& entity) const;
 
