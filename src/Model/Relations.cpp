@@ -210,4 +210,63 @@ std::vector<Classification> classifications(const Element& element) {
     return found;
 }
 
+namespace {
+
+struct RoleRow {
+    Relation eRelation;
+    Role role;
+};
+constexpr RoleRow g_roles[] = {
+    {Relation::Type, Role::TypeOf},         {Relation::Sets, Role::SetsOf},
+    {Relation::Content, Role::PlaceOf},     {Relation::Aggregate, Role::PlaceOf},
+    {Relation::Nest, Role::PlaceOf},        {Relation::Void, Role::PlaceOf},
+    {Relation::Filling, Role::PlaceOf},     {Relation::Projection, Role::PlaceOf},
+    {Relation::Surface, Role::PlaceOf},     {Relation::Port, Role::PlaceOf},
+    {Relation::Material, Role::MaterialOf}, {Relation::Classification, Role::ClassificationOf},
+    {Relation::Group, Role::GroupOf},
+};
+
+const RoleRow* pRoleRow(const Asked& asked) {
+    const auto found = std::ranges::find_if(g_roles, [&asked](const RoleRow& row) {
+        const auto* pClass = asked.walk.table().pRelationship(row.eRelation);
+        return pClass && asked.entity.boIsCompatible(pClass);
+    });
+    return found == std::end(g_roles) ? nullptr : &*found;
+}
+
+}   // namespace
+
+Role role(const Element& element) {
+    const Asked asked(element);
+    if (asked.walk.table().boIs(asked.entity, Class::ObjectDefinition)) return Role::Object;
+    if (asked.walk.table().boIs(asked.entity, Class::SetDefinition)) return Role::Set;
+    const RoleRow* pRow = pRoleRow(asked);
+    return pRow ? pRow->role : Role::Other;
+}
+
+Elements concerned(const Element& element) {
+    const Asked asked(element);
+    const auto& walk = asked.walk;
+    std::vector<Entity*> found;
+    const auto vElementsOf = [&](const Entity& type) { walk.vOthersAdd(type, Relation::Type, Side::Whole, found); };
+    if (const RoleRow* pRow = pRoleRow(asked)) {
+        walk.table().forEachOn(asked.entity, pRow->eRelation, Side::Part,
+                               [&found](Entity& one) { found.push_back(&one); });
+        if (pRow->role == Role::SetsOf || pRow->role == Role::MaterialOf || pRow->role == Role::ClassificationOf) {
+            const std::vector<Entity*> types = found;   // some of them, which hand on what they have
+            for (const Entity* pType : types) vElementsOf(*pType);
+        }
+    } else {
+        walk.vOthersAdd(asked.entity, Relation::Sets, Side::Whole, found);
+        for (Entity* pType : walk.relationships(asked.entity, Relation::TypeSets, Side::Whole)) {
+            found.push_back(pType);
+            vElementsOf(*pType);
+        }
+        if (walk.table().boIs(asked.entity, Class::TypeObject)) vElementsOf(asked.entity);
+    }
+    walk.state().vSortByNumber(found);
+    found.erase(std::unique(found.begin(), found.end()), found.end());
+    return asked.elementsOf(std::move(found));
+}
+
 }   // namespace oxa

@@ -137,4 +137,22 @@ struct Classification {
 /// Those of the element, then those of its type.
 [[nodiscard]] OXA_MODEL_API std::vector<Classification> classifications(const Element& element);
 
+/// What an entity is to those who look at elements.
+enum class Role : std::uint8_t {
+    Other,
+    Object,             ///< an element, a spatial element, a type object, the project
+    Set,                ///< a set of properties or quantities
+    TypeOf,             ///< relationships: who has which type,
+    SetsOf,             ///< which set,
+    PlaceOf,            ///< stands in, is a part of, or fills what,
+    MaterialOf,         ///< is made of what,
+    ClassificationOf,   ///< is classified as what,
+    GroupOf             ///< belongs to which group
+};
+/// That role, by the class of the entity.
+[[nodiscard]] OXA_MODEL_API Role role(const Element& element);
+/// Of whom an entity tells something: of a relationship the elements that have the type, the set, the material and so on;
+/// of a set those that have it, types too, with the elements of these; of a type object its elements. Each once.
+[[nodiscard]] OXA_MODEL_API Elements concerned(const Element& element);
+
 }   // namespace oxa

@@ -2,6 +2,9 @@
 #include "Model/SetProperty.h"
 
 #include <algorithm>
+#include <map>
+#include <unordered_set>
+#include <vector>
 
 #include "Model/ModelState.h"
 #include "Model/PropertyReader.h"
@@ -56,9 +59,13 @@ NewValue typedValue(const NewValue& value, const std::string& sType) {
     return type.empty() ? value : typed(type, value);
 }
 
+// The elements that get the value in one call.
+using Chosen = std::unordered_set<const Entity*>;
+
 class PropertyEdit {
 public:
-    PropertyEdit(Model& model, const Element& element, std::string_view set, std::string_view name)
+    PropertyEdit(Model& model, const Element& element, const Chosen& chosen, std::string_view set,
+                 std::string_view name)
         : m_model(model),
           m_state(ModelState::of(model)),
           m_walk(m_state),
@@ -66,6 +73,7 @@ public:
           m_table(m_walk.table()),
           m_element(element),
           m_entity(m_state.entityHere(element)),
+          m_chosen(chosen),
           m_set(set),
           m_name(name) {
         const bool boHasSets = m_table.boTells(m_entity, Relation::Sets, Side::Part) || boType();
@@ -78,6 +86,30 @@ public:
         const Element property = setAny(value);
         if (m_boCounted) m_state.propertyUses().vSettle(m_state);   // all changes have been told
         return property;
+    }
+
+    // Whether the element needs a relationship with a set of its own, which it may have in common with others.
+    [[nodiscard]] bool boLacksSet() const {
+        if (boType() || pOwnSet()) return false;
+        const FoundProperty found = m_reader.find(m_entity, m_set, m_name);
+        return !found || found.eSource != Source::Instance;
+    }
+    // The type that a value gets there; empty where only its form says one.
+    [[nodiscard]] std::string sTypeThere() const {
+        const FoundProperty found = m_reader.find(m_entity, m_set, m_name);
+        return found ? sTypeOf(m_reader.value(found)) : std::string();
+    }
+    // One new set for all of them, which lack one and have the same type there.
+    void vSetMakeFor(const std::vector<Element>& elements, const NewValue& value) {
+        m_boCounted = m_state.propertyUses().boCurrent(m_state);
+        const Element property = propertyMake(typedValue(value, sTypeThere()));
+        try {
+            vRelate(setMake(property), {elements.begin(), elements.end()});
+        } catch (...) {
+            static_cast<void>(m_model.remove(property));
+            throw;
+        }
+        if (m_boCounted) m_state.propertyUses().vSettle(m_state);
     }
 
 private:
@@ -206,14 +238,18 @@ private:
         return iCount + m_state.propertyUses().iUses(property);
     }
 
-    // Whether another element or type has the set as well.
+    // Whether an element or type has the set as well that is not to have the value.
     [[nodiscard]] bool boShared(const Entity& set) const {
-        std::size_t iElements = m_walk.relationships(set, Relation::TypeSets, Side::Whole).size();
+        const auto boOther = [this](const Entity& user) { return !m_chosen.contains(&user); };
+        for (const Entity* pType : m_walk.relationships(set, Relation::TypeSets, Side::Whole))
+            if (boOther(*pType)) return true;
+        bool boFound = false;
         for (const Entity* pRelationship : m_walk.relationships(set, Relation::Sets, Side::Whole))
-            m_table.forEachOn(*pRelationship, Relation::Sets, Side::Part, [&](const Entity&) { ++iElements; });
-        return iElements > 1;
+            m_table.forEachOn(*pRelationship, Relation::Sets, Side::Part,
+                              [&](const Entity& user) { boFound = boFound || boOther(user); });
+        return boFound;
     }
-    // The set, where only this element has it; else a copy that stands in its place.
+    // The set, where nobody else has it; else a copy that stands in its place.
     [[nodiscard]] Entity& setOfItsOwn(Entity& set) {
         if (!boShared(set)) return set;
         const Element copy = copyOf(set);
@@ -230,17 +266,18 @@ private:
             vTakeOver(m_walk.relationships(set, Relation::Sets, Side::Whole), set, copy);
     }
 
-    // The element leaves the relationship with others, for one of its own with all that the former one defines.
+    // The elements leave the relationship with others, for one of their own with all that the former one defines.
     void vTakeOver(const std::vector<Entity*>& relationships, Entity& set, const Element& copy) {
         const std::string_view related = m_table.attributeName(Relation::Sets, Side::Part);
         const std::string_view defined = m_table.attributeName(Relation::Sets, Side::Whole);
         for (Entity* pRelationship : relationships) {
             const Element relationship = m_state.elementOf(pRelationship);
             NewValue::List others;
+            NewValue::List chosen;
             bool boHere = false;
             for (const Element one : relationship.elements(related)) {
                 boHere = boHere || one == m_element;
-                if (one != m_element) others.emplace_back(one);
+                (m_chosen.contains(&ModelState::entityOf(one)) ? chosen : others).emplace_back(one);
             }
             if (!boHere) continue;
             NewValue::List sets;
@@ -250,27 +287,30 @@ private:
                 sets.size() == 1 ? sets.front() : typed(relationship[defined].typeName(), NewValue(std::move(sets)));
             if (others.empty()) return m_model.set(relationship, defined, definition);
             m_model.set(relationship, related, others);
-            vRelate(definition);
+            vRelate(definition, chosen);
             return;
         }
     }
 
-    void vRelate(const NewValue& definition) {
+    void vRelate(const NewValue& definition, const NewValue::List& elements) {
         const Field fields[] = {{attribute(Slot::OwnerHistory), history()},
-                                {m_table.attributeName(Relation::Sets, Side::Part), NewValue::List{m_element}},
+                                {m_table.attributeName(Relation::Sets, Side::Part), elements},
                                 {m_table.attributeName(Relation::Sets, Side::Whole), definition}};
         m_model.create(m_table.pRelationship(Relation::Sets)->sName, fields);
     }
 
-    void vSetMake(const Element& property) {
+    Element setMake(const Element& property) {
         const Field fields[] = {{attribute(Slot::OwnerHistory), history()},
                                 {attribute(Slot::RootName), m_set},
                                 {attribute(Slot::SetProperties), NewValue::List{property}}};
-        const Element set = m_model.create(m_table.pClass(Class::PropertySet)->sName, fields);
+        return m_model.create(m_table.pClass(Class::PropertySet)->sName, fields);
+    }
+    void vSetMake(const Element& property) {
+        const Element set = setMake(property);
         if (boType())
             m_model.append(m_element, attribute(Slot::TypeSets), set);
         else
-            vRelate(set);
+            vRelate(set, {m_element});
     }
 
     Element propertyMake(const NewValue& value) {
@@ -301,6 +341,7 @@ private:
     const RelationTable& m_table;
     Element m_element;
     Entity& m_entity;
+    const Chosen& m_chosen;
     std::string_view m_set;
     std::string_view m_name;
     bool m_boCounted = false;   // what properties stand in several sets is known, and is told of each change
@@ -310,7 +351,24 @@ private:
 
 Element setProperty(Model& model, const Element& element, std::string_view set, std::string_view name,
                     const NewValue& value) {
-    return PropertyEdit(model, element, set, name).set(value);
+    const Chosen chosen{&ModelState::of(model).entityHere(element)};
+    return PropertyEdit(model, element, chosen, set, name).set(value);
+}
+
+void setProperty(Model& model, std::span<const Element> elements, std::string_view set, std::string_view name,
+                 const NewValue& value) {
+    Chosen chosen;
+    for (const Element& element : elements) chosen.insert(&ModelState::of(model).entityHere(element));
+    std::map<std::string, std::vector<Element>> lacking;   // by the type that the value gets there
+    for (const Element& element : elements) {
+        PropertyEdit edit(model, element, chosen, set, name);
+        if (edit.boLacksSet())
+            lacking[edit.sTypeThere()].push_back(element);
+        else
+            edit.set(value);
+    }
+    for (const auto& [sType, ofType] : lacking)
+        PropertyEdit(model, ofType.front(), chosen, set, name).vSetMakeFor(ofType, value);
 }
 
 }   // namespace oxa

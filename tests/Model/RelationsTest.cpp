@@ -245,4 +245,27 @@ TEST(Relations, AskOnlyWhatIsThere) {
     EXPECT_EQ(sThrown([&] { static_cast<void>(storey(wall)); }), "HandleError: the model of this element is gone");
 }
 
+TEST(Relations, RoleSaysWhatAnEntityIsAboutAndForWhom) {
+    const struct {
+        std::uint64_t iId;
+        Role role;
+        std::vector<std::uint64_t> concerned;
+    } rows[] = {
+        {10, Role::Object, {}},   {20, Role::Object, {10, 11}}, {21, Role::TypeOf, {10, 11}},
+        {30, Role::PlaceOf, {3}}, {33, Role::PlaceOf, {10}},    {36, Role::PlaceOf, {13}},
+        {40, Role::Set, {10}},    {44, Role::SetsOf, {10}},     {50, Role::Set, {10, 11, 20}},
+        {41, Role::Other, {}},
+    };
+    for (const char* pSchema : g_families) {
+        const Model model = Model::fromBuffer(houseText(pSchema, g_sHouse));
+        for (const auto& row : rows) {
+            SCOPED_TRACE(std::string(pSchema) + " #" + std::to_string(row.iId));
+            EXPECT_EQ(role(model.byId(row.iId)), row.role);
+            std::vector<std::uint64_t> ids;
+            for (const Element one : concerned(model.byId(row.iId))) ids.push_back(one.id());
+            EXPECT_EQ(ids, row.concerned);
+        }
+    }
+}
+
 }   // namespace oxa::test

@@ -188,4 +188,43 @@ TEST(SetProperty, RefusesWithNothingChanged) {
     EXPECT_EQ(model.size(), iBefore);
 }
 
+// What all that have it are given is changed where it is; what only some of them have is copied once for these.
+TEST(SetProperty, SeveralShareWhatTheyCan) {
+    const struct {
+        const char* sRule;
+        std::vector<std::uint64_t> ids;
+        const char* pExpected;
+        std::size_t iMore;   // elements than before
+    } rows[] = {
+        {"both that share a set, whose property another set has too", {1, 2}, "new new old type - type type", 1},
+        {"all that have the property", {1, 2, 3}, "new new new type - type type", 1},
+        {"two without a set, one with a type that says one", {4, 5}, "old old old new new type type", 6},
+        {"two without a set and two with one", {2, 5, 3}, "old new new type new type type", 7},
+        {"both types that share a set", {30, 34}, "old old old new - new new", 0},
+        {"one of two that share a set", {2}, "old new old type - type type", 3},
+        {"nobody", {}, "old old old type - type type", 0},
+    };
+    for (const char* pSchema : g_families)
+        for (const auto& row : rows) {
+            SCOPED_TRACE(std::string(pSchema) + ": " + row.sRule);
+            Model model = Model::fromBuffer(houseText(pSchema, g_sShared));
+            const std::size_t iBefore = model.size();
+            std::vector<Element> elements;
+            for (const std::uint64_t iId : row.ids) elements.push_back(model.byId(iId));
+            for (int iTime = 0; iTime < 2; ++iTime) {
+                setProperty(model, elements, "S", "P", "new");
+                EXPECT_EQ(sValues(model), row.pExpected);
+                EXPECT_EQ(model.size(), iBefore + row.iMore);
+            }
+        }
+    // Those without a set have one in common, and lose it to nobody.
+    Model model = Model::fromBuffer(houseText("IFC4", g_sShared));
+    const std::vector<Element> walls{model.byId(1), model.byId(5)};
+    setProperty(model, walls, "New", "P", 7);
+    EXPECT_EQ(psets(walls[0]).back().element, psets(walls[1]).back().element);
+    setProperty(model, walls[1], "New", "P", 8);
+    EXPECT_EQ(property(walls[0], "New", "P")->value.toString(), "7");
+    EXPECT_EQ(property(walls[1], "New", "P")->value.toString(), "8");
+}
+
 }   // namespace oxa::test
