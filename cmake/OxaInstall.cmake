@@ -138,6 +138,10 @@ install(FILES "${PROJECT_BINARY_DIR}/OxaIfc.pc" DESTINATION "${CMAKE_INSTALL_LIB
   COMPONENT OxaIfc_Development)
 # Each library on the core has a module of its own, which brings that one.
 foreach(OXA_PC_PART IN ITEMS Model Compare Convert Check)
+  set(OXA_PC_PART_NEEDS)
+  if(NOT OXA_PC_PART STREQUAL "Model")   # which the others stand on
+    set(OXA_PC_PART_NEEDS "OxaIfcModel = ${PROJECT_VERSION} ")
+  endif()
   configure_file("${PROJECT_SOURCE_DIR}/cmake/OxaIfcPart.pc.in" "${PROJECT_BINARY_DIR}/OxaIfc${OXA_PC_PART}.pc" @ONLY)
   install(FILES "${PROJECT_BINARY_DIR}/OxaIfc${OXA_PC_PART}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
     COMPONENT OxaIfc_Development)

@@ -7,11 +7,15 @@
 set(OXA_PUBLIC_HEADERS
   Check/Check.h
   Compare/Compare.h
+  Convert/Assignment.h
   Convert/EntityFromText.h
   Convert/Excerpt.h
   Convert/Extract.h
   Convert/Merge.h
+  Convert/Patch.h
   Convert/SchemaMove.h
+  Convert/Snapshot.h
+  Convert/TextScan.h
   Convert/ValueFromText.h
   platform/Assert.h
   platform/DateTime.h

@@ -16,7 +16,7 @@ set(allowed_schema platform)
 set(allowed_provider schema platform)
 set(allowed_Format schema platform Core provider)
 set(allowed_Model Format schema platform provider)
-set(allowed_Compare Format schema platform)
+set(allowed_Compare Model Format schema platform)
 set(allowed_Convert Model Compare Format schema platform)
 set(allowed_Check Model Format schema platform provider Core)
 # Libraries on the core, which take its public headers alone.

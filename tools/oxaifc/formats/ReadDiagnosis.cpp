@@ -8,8 +8,8 @@
 
 #include <fmt/format.h>
 
+#include "Convert/TextScan.h"
 #include "oxaifc/formats/FirstBytes.h"
-#include "oxaifc/formats/TextScan.h"
 #include "oxaifc/io/Output.h"
 #include "platform/Localization.h"
 
@@ -166,7 +166,7 @@ private:
     State m_state = State::Between;
     char m_before = '\0';     // 0 where it can't open or close a comment
     unsigned m_iOpened = 0;   // the line in which the text or comment began
-    TextScan m_text;
+    convert::TextScan m_text;
     Begin m_eBegin = Begin::Nothing;
     std::size_t m_iHeaderWord = 0;   // bytes of the word so far
     BrokenText m_brokenText;         // the first

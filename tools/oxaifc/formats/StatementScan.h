@@ -12,7 +12,7 @@
 #include <streambuf>
 #include <vector>
 
-#include "oxaifc/formats/TextScan.h"
+#include "Convert/TextScan.h"
 
 namespace oxa::tool {
 
@@ -47,7 +47,7 @@ private:
         std::vector<char> m_bytes;
         State m_eState = State::Start;
         State m_eBehindComment = State::Start;
-        TextScan m_text;
+        convert::TextScan m_text;
         char m_cLast = 0;
         bool m_boNegative = false;
         bool m_boDigits = false;

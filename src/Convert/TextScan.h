@@ -1,20 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-// TextScan: the bytes of one text of an exchange structure, up to the quote that closes it.
-//
-// For      ReadDiagnosis and StatementScan, which take a file byte by byte as the reader does.
-// Not for  what the text means.
-// Threads  one.
+/// @file
+/// TextScan: the bytes of one text of an exchange structure, up to the quote that closes it.
+///
+/// - For: whoever takes a file byte by byte, as the reader does.
+/// - Not for: what the text means.
+/// - Threads: one.
 #pragma once
 
 #include <utility>
 
-namespace oxa::tool {
+namespace oxa::convert {
 
+/// A text that is being passed over.
 class TextScan {
 public:
-    // Takes the byte behind those taken so far, the first one being that behind the opening quote. True for the quote that
-    // closes the text; the next byte is then the first of another. What stands in an escape closes nothing: \S\ takes any
-    // byte (ISO 10303-21, 6.4.3).
+    /// Takes the byte behind those taken so far, the first one being that behind the opening quote. True for the quote
+    /// that closes the text; the next byte is then the first of another. What stands in an escape closes nothing, as
+    /// the byte behind "\S\" (ISO 10303-21, 6.4.3).
     bool boCloses(char c) noexcept {
         if (m_iSkip) {
             --m_iSkip;
@@ -39,4 +41,4 @@ private:
     unsigned m_iSkip = 0;   // bytes of an escape that are still to be passed over
 };
 
-}   // namespace oxa::tool
+}   // namespace oxa::convert
