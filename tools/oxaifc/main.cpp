@@ -95,7 +95,8 @@ int iParseEnd(const CLI::App& app, const CLI::ParseError& error, Output& output)
     const std::string sVerb = parsed.empty() ? "" : parsed.front()->get_name() + ": ";
     std::string sText = sPrintable(error.what());
     // A shell hands on nothing of a line from a word that begins so.
-    if (sText == "WHAT is required") sText += "; a shell takes # for a comment, so write 12 or '#12'";
+    if (sText == "WHAT is required" || sText == "QUERY is required")
+        sText += "; a shell takes # for a comment, so write 12 or '#12'";
     throw Failure(sVerb + sText);
 }
 

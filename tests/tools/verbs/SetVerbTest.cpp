@@ -2,6 +2,7 @@
 // "oxaifc set": every kind of value, and every reason to refuse one.
 
 #include <algorithm>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -277,7 +278,242 @@ TEST(SetVerb, FileWithErrorsGoesToAnotherFileOnly) {
     const ProgramRun run = runProgram({"set", sIn, "#1", "Name", "b", sOut});
     EXPECT_EQ(run.iCode, 1);
     EXPECT_EQ(run.sError, "oxaifc: " + sIn + ": 1 error while reading; oxaifc check tells them\n");
-    EXPECT_EQ(statements(sContent(sOut)), std::multiset<std::string>{"#1=IFCMATERIAL('b',$,$);"});
+    EXPECT_EQ(sContent(sOut), sExchangeFile("IFC4", "#1=IFCMATERIAL('b',$,$);\n#2=IFCTEAPOT();\n"));
+}
+
+// With assignments too, since what could not be read stays in the text.
+TEST(SetVerb, FileWithErrorsIsPatchedInItsPlace) {
+    const TestFolder folder;
+    const std::string sIn =
+        folder.sFile("in.ifc", sExchangeFile("IFC4", "#1=IFCMATERIAL('a',$,$);\n#2=IFCTEAPOT();\n"));
+    const ProgramRun run = runProgram({"set", sIn, "#1", "Name=b", sIn});
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_EQ(run.sError, "oxaifc: " + sIn + ": 1 error while reading; oxaifc check tells them\n");
+    EXPECT_EQ(sContent(sIn), sExchangeFile("IFC4", "#1=IFCMATERIAL('b',$,$);\n#2=IFCTEAPOT();\n"));
+}
+
+// A house of two walls with one set and a door, in a file with its own ways of writing.
+std::string sHouse() {
+    return "ISO-10303-21;\r\nHEADER;\r\nFILE_DESCRIPTION((''),'2;1');\r\n/* by hand; */\r\n"
+           "FILE_NAME('h','2020-02-02T00:00:00',(''),(''),'','','');\r\nFILE_SCHEMA(('IFC4'));\r\nENDSEC;\r\nDATA;\r\n"
+           "#1= IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,'South',$,$,$,$,$,$);\r\n"
+           "#2= IFCWALL('2cp60asVrO3R4Q9IgcHKIk',$,'North',$,$,$,$,$,$);\r\n"
+           "#3= IFCDOOR('3X5rmEjoXQ$f8Sn8KSdx0i',$,'D1',$,$,$,$,$,2.1E0,$,$,$,$);\r\n"
+           "#4= IFCRELDEFINESBYPROPERTIES('0e_8SiFPnIEh3pPRu4cB6E',$,$,$,(#1,#2),#5);\r\n"
+           "#5= IFCPROPERTYSET('1XxWclp6bOHAdQixVqmAPd',$,'Pset_WallCommon',$,(#6));\r\n"
+           "#6= IFCPROPERTYSINGLEVALUE('FireRating',$,IFCLABEL('F 30'),$);\r\n"
+           "#9= IFCTEAPOT('spout;');\r\nENDSEC;\r\nEND-ISO-10303-21;\r\n";
+}
+
+// The lines that differ: "-" those of the first, "+" those of the second, GlobalIds that are not in the first as GUID.
+std::string sLinesChanged(const std::string& sOld, const std::string& sNew) {
+    std::vector<std::string> lines[2];
+    for (const int i : {0, 1}) {
+        std::istringstream stream(i ? sNew : sOld);
+        for (std::string sLine; std::getline(stream, sLine);) lines[i].push_back(sLine);
+    }
+    std::string sText;
+    for (const int i : {0, 1})
+        for (const std::string& sLine : lines[i]) {
+            if (std::find(lines[1 - i].begin(), lines[1 - i].end(), sLine) != lines[1 - i].end()) continue;
+            std::string sShown = sLine.substr(0, sLine.find('\r'));
+            const std::size_t iGuid = sShown.find("('") + 2;
+            if (i && sShown.find("',$,", iGuid) == iGuid + 22 &&
+                sOld.find(sShown.substr(iGuid, 22)) == std::string::npos)
+                sShown.replace(iGuid, 22, "GUID");
+            sText += (i ? "+" : "-") + sShown + '\n';
+        }
+    return sText;
+}
+
+struct AssignRow {
+    const char* pRule;
+    std::vector<std::string> words;   // between IN and OUT
+    const char* pLines;               // that differ
+    const char* pSummary;
+};
+const AssignRow g_assigns[] = {
+    {"an attribute of one, by number",
+     {"3", "Name=D2"},
+     "-#3= IFCDOOR('3X5rmEjoXQ$f8Sn8KSdx0i',$,'D1',$,$,$,$,$,2.1E0,$,$,$,$);\n"
+     "+#3= IFCDOOR('3X5rmEjoXQ$f8Sn8KSdx0i',$,'D2',$,$,$,$,$,2.1E0,$,$,$,$);\n",
+     "1 element: 1 statement changed"},
+    {"of one that is no element",
+     {"#6", "Description=x"},
+     "-#6= IFCPROPERTYSINGLEVALUE('FireRating',$,IFCLABEL('F 30'),$);\n"
+     "+#6= IFCPROPERTYSINGLEVALUE('FireRating','x',IFCLABEL('F 30'),$);\n",
+     "1 element: 1 statement changed"},
+    {"by GlobalId, two attributes",
+     {"3X5rmEjoXQ$f8Sn8KSdx0i", "Name=NULL", "overallheight=2"},
+     "-#3= IFCDOOR('3X5rmEjoXQ$f8Sn8KSdx0i',$,'D1',$,$,$,$,$,2.1E0,$,$,$,$);\n"
+     "+#3= IFCDOOR('3X5rmEjoXQ$f8Sn8KSdx0i',$,$,$,$,$,$,$,2.,$,$,$,$);\n",
+     "1 element: 1 statement changed"},
+    {"a property of all that share it",
+     {"IfcWall", "Pset_WallCommon.FireRating=F 90"},
+     "-#6= IFCPROPERTYSINGLEVALUE('FireRating',$,IFCLABEL('F 30'),$);\n"
+     "+#6= IFCPROPERTYSINGLEVALUE('FireRating',$,IFCLABEL('F 90'),$);\n",
+     "2 elements: 1 statement changed"},
+    {"a property of one that shares it",
+     {"Name=South", "Pset_WallCommon.FireRating=F 90"},
+     "-#4= IFCRELDEFINESBYPROPERTIES('0e_8SiFPnIEh3pPRu4cB6E',$,$,$,(#1,#2),#5);\n"
+     "+#4= IFCRELDEFINESBYPROPERTIES('0e_8SiFPnIEh3pPRu4cB6E',$,$,$,(#2),#5);\n"
+     "+#10=IFCPROPERTYSINGLEVALUE('FireRating',$,IFCLABEL('F 90'),$);\n"
+     "+#11=IFCPROPERTYSET('GUID',$,'Pset_WallCommon',$,(#10));\n"
+     "+#12=IFCRELDEFINESBYPROPERTIES('GUID',$,$,$,(#1),#11);\n",
+     "1 element: 1 statement changed, 3 added"},
+    {"a property that is not there, and an attribute",
+     {"IfcDoor + IfcWall", "Mine.Checked=TRUE", "ObjectType=x"},
+     "-#1= IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,'South',$,$,$,$,$,$);\n"
+     "-#2= IFCWALL('2cp60asVrO3R4Q9IgcHKIk',$,'North',$,$,$,$,$,$);\n"
+     "-#3= IFCDOOR('3X5rmEjoXQ$f8Sn8KSdx0i',$,'D1',$,$,$,$,$,2.1E0,$,$,$,$);\n"
+     "+#1= IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,'South',$,'x',$,$,$,$);\n"
+     "+#2= IFCWALL('2cp60asVrO3R4Q9IgcHKIk',$,'North',$,'x',$,$,$,$);\n"
+     "+#3= IFCDOOR('3X5rmEjoXQ$f8Sn8KSdx0i',$,'D1',$,'x',$,$,$,2.1E0,$,$,$,$);\n"
+     "+#10=IFCPROPERTYSINGLEVALUE('Checked',$,IFCBOOLEAN(.T.),$);\n"
+     "+#11=IFCPROPERTYSET('GUID',$,'Mine',$,(#10));\n"
+     "+#12=IFCRELDEFINESBYPROPERTIES('GUID',$,$,$,(#1,#2,#3),#11);\n",
+     "3 elements: 3 statements changed, 3 added"},
+    {"what is there already", {"IfcWall", "Pset_WallCommon.FireRating=F 30"}, "", "2 elements: nothing to change"},
+    {"no value of what is not there", {"IfcDoor", "Mine.Checked=NULL"}, "", "1 element: nothing to change"},
+};
+
+TEST(SetVerb, AssignmentsChangeTheirStatementsAlone) {
+    const std::string sTold = "1 error while reading; oxaifc check tells them\n";
+    for (const AssignRow& row : g_assigns) {
+        SCOPED_TRACE(row.pRule);
+        const TestFolder folder;
+        const std::string sIn = folder.sFile("in.ifc", sHouse());
+        const std::string sOut = (folder.path() / "out.ifc").string();
+        const auto set = [&row](const std::string& sFrom, const std::string& sTo, std::string_view input = {}) {
+            std::vector<std::string> words{"set", sFrom};
+            words.insert(words.end(), row.words.begin(), row.words.end());
+            words.push_back(sTo);
+            return runProgram(words, input);
+        };
+        const ProgramRun run = set(sIn, sOut);
+        EXPECT_EQ(run.iCode, 1) << "the teapot";
+        EXPECT_EQ(run.sOut, std::string(row.pSummary) + "\n");
+        EXPECT_EQ(run.sError, "oxaifc: " + sIn + ": " + sTold);
+        const std::string sChanged = sContent(sOut);
+        EXPECT_EQ(sLinesChanged(sHouse(), sChanged), row.pLines);
+        // The second time there is nothing to change, in the place of the file too.
+        const ProgramRun again = set(sOut, sOut);
+        EXPECT_NE(again.sOut.find("nothing to change"), std::string::npos) << again.sOut;
+        EXPECT_EQ(sContent(sOut), sChanged);
+        // From a pipe to a pipe.
+        const ProgramRun pipe = set("-", "-", sHouse());
+        EXPECT_EQ(sLinesChanged(sHouse(), pipe.sOut), row.pLines);
+        EXPECT_EQ(pipe.sError, "oxaifc: " + std::string(row.pSummary) + "\noxaifc: standard input: " + sTold);
+        EXPECT_EQ(filesIn(folder.path()), (std::vector<std::string>{"in.ifc", "out.ifc"}));
+    }
+}
+
+TEST(SetVerb, DryRunTellsWhatWouldChange) {
+    const TestFolder folder;
+    const std::string sIn = folder.sFile("in.ifc", sHouse());
+    const ProgramRun run =
+        runProgram({"set", sIn, "IfcElement", "Pset_WallCommon.FireRating=F 90", "Name=N", sIn, "--dry-run"});
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_EQ(run.sOut, "#1 IfcWall 'South'  Pset_WallCommon.FireRating: F 30 -> F 90\n"
+                        "#1 IfcWall 'South'  Name: South -> N\n"
+                        "#2 IfcWall 'North'  Pset_WallCommon.FireRating: F 30 -> F 90\n"
+                        "#2 IfcWall 'North'  Name: North -> N\n"
+                        "#3 IfcDoor 'D1'  Pset_WallCommon.FireRating: (none) -> F 90\n"
+                        "#3 IfcDoor 'D1'  Name: D1 -> N\n"
+                        "3 elements: 4 statements changed, 3 added\n");
+    EXPECT_EQ(sContent(sIn), sHouse());
+    EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>{"in.ifc"});
+}
+
+// With another format, or another order, the whole file is written.
+TEST(SetVerb, AssignmentsGoIntoOtherFormsToo) {
+    const std::string sSimple = "Ifc file simple;\nIFC4;\n*;\n#2=IFCMATERIAL('b',$,$);\n#1=IFCMATERIAL('a',$,$);\n";
+    EXPECT_EQ(runProgram({"set", "-", "class=IfcMaterial", "Category=c", "-"}, sSimple).iCode, 2) << "no element";
+    EXPECT_EQ(runProgram({"set", "-", "IfcMaterial", "Category=c", "-"}, sSimple).sOut,
+              "Ifc file simple;\nIFC4;\n*;\n#1=IFCMATERIAL('a',$,'c');\n#2=IFCMATERIAL('b',$,'c');\n");
+    const ProgramRun ordered = runProgram({"set", "-", "IfcWall", "Tag=t", "-", "--order", "number"}, sHouse());
+    EXPECT_TRUE(statements(ordered.sOut).contains("#1=IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,'South',$,$,$,$,'t',$);"))
+        << ordered.sOut;
+    EXPECT_EQ(ordered.sOut.find("TEAPOT"), std::string::npos);
+}
+
+struct MisuseRow {
+    const char* pRule;
+    std::vector<std::string> words;   // between IN and OUT
+    const char* pError;               // the one line, behind "oxaifc: "
+};
+const MisuseRow g_misuses[] = {
+    {"nothing selected", {"IfcSlab", "Name=x"}, "IN: nothing is selected by IfcSlab"},
+    {"a property that nobody has",
+     {"Pset_WallComon.FireRating=F 30", "Name=x"},
+     "IN: nothing is selected by Pset_WallComon.FireRating=F 30; no element has a set Pset_WallComon; did you mean "
+     "Pset_WallCommon?"},
+    {"an unknown class",
+     {"IfcWal", "Name=x"},
+     "IN: column 1: IFC4 has no entity type IfcWal; did you mean IfcWall, IfcWallType, IfcWallStandardCase, "
+     "IfcWallElementedCase?"},
+    {"a query with a fault", {"IfcWall,", "Name=x"}, "set: QUERY, column 9: a name is expected"},
+    {"a number that is not there", {"77", "Name=x"}, "IN: there is no #77"},
+    {"an unknown attribute", {"IfcWall", "Nme=x"}, "IN: #1: IfcWall has no attribute Nme; did you mean Name?"},
+    {"a value that does not fit",
+     {"IfcDoor", "OverallHeight=high"},
+     "IN: #3: IfcDoor.OverallHeight: high is no number"},
+    {"a property that does not fit", {"IfcDoor", "A.B=IFCREAL(high)"}, "IN: #3: A.B: high is no number"},
+    {"one that has no sets",
+     {"#6", "A.B=1"},
+     "IN: A.B: IfcPropertySingleValue #6 is of a type that has no property sets"},
+    {"a second word without =",
+     {"IfcWall", "Name=x", "Tag"},
+     "set: Tag: has no = behind the name, as in Name=South or Pset_WallCommon.FireRating=F90"},
+    {"three words without =",
+     {"#1", "Name", "x", "y"},
+     "set: Name: has no =, as in Name=South or Pset_WallCommon.FireRating=F90"},
+    {"what can only be asked",
+     {"IfcWall", "storey=EG"},
+     "set: storey=EG: storey can be asked for and not set; what can be are "
+     "attributes and properties"},
+    {"a GlobalId for two",
+     {"IfcWall", "GlobalId=0GBXQqFNTSPQ9PR7g3FFqm"},
+     "IN: #2: IfcWall.GlobalId: 0GBXQqFNTSPQ9PR7g3FFqm is the GlobalId of #1"},
+    {"a dry run of the other form",
+     {"#1", "Name", "x", "--dry-run"},
+     "set: --dry-run goes with ASSIGNMENT, as in Name=South"},
+};
+
+TEST(SetVerb, MisuseIsOneLineAndNoFile) {
+    for (const MisuseRow& row : g_misuses) {
+        SCOPED_TRACE(row.pRule);
+        const TestFolder folder;
+        const std::string sIn = folder.sFile("in.ifc", sHouse());
+        std::vector<std::string> words{"set", sIn};
+        words.insert(words.end(), row.words.begin(), row.words.end());
+        words.push_back(sIn);
+        std::string sError = row.pError;
+        if (sError.starts_with("IN: ")) sError.replace(0, 2, sIn);
+        const ProgramRun run = runProgram(words);
+        EXPECT_EQ(run.iCode, 2);
+        EXPECT_EQ(run.sOut, "");
+        EXPECT_EQ(run.sError, "oxaifc: " + sError + "\n");
+        EXPECT_EQ(sContent(sIn), sHouse());
+        EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>{"in.ifc"});
+    }
+}
+
+TEST(SetVerb, FilesThatCantBePatchedAreNotWritten) {
+    const TestFolder folder;
+    const std::string sTwice = sExchangeFile("IFC4", "#1=IFCMATERIAL('a',$,$);\n#1=IFCMATERIAL('b',$,$);\n");
+    const std::string sIn = folder.sFile("in.ifc", sTwice);
+    const ProgramRun twice = runProgram({"set", sIn, "1", "Name=c", sIn});
+    EXPECT_EQ(twice.iCode, 2);
+    EXPECT_EQ(twice.sError, "oxaifc: " + sIn + ": #1 stands twice, in line 8 and in line 9, so it can't be changed\n");
+    EXPECT_EQ(sContent(sIn), sTwice);
+    const std::string sWhole = sExchangeFile("IFC4", "#1=IFCMATERIAL('a',$,$);\n");
+    const std::string sCut = sWhole.substr(0, sWhole.find("ENDSEC;\nEND-ISO"));
+    const std::string sPath = folder.sFile("cut.ifc", sCut);
+    const ProgramRun cut = runProgram({"set", sPath, "1", "Name=c", sPath});
+    EXPECT_EQ(cut.iCode, 2);
+    EXPECT_EQ(cut.sError.find("oxaifc: " + sPath + ": not read to the end: "), 0U) << cut.sError;
+    EXPECT_EQ(sContent(sPath), sCut);
 }
 
 }   // namespace

@@ -22,14 +22,18 @@ namespace {
 }
 
 oxa::Model elements(Model& file) {
-    if (!file.data().pSchema()) vNoSchema(file);
-    if (const std::size_t iErrors = file.errors().size())
+    if (const std::size_t iErrors = file.errors().size(); iErrors && file.data().pSchema())
         vTell(fmt::format("{}: {} while reading; oxaifc check tells {}", file.sName(), sCounted(iErrors, "error"),
                           iErrors == 1 ? "it" : "them"));
-    return oxa::Model::fromCore(file.pFileTake());
+    return elementsOf(file);
 }
 
 }   // namespace
+
+oxa::Model elementsOf(Model& file) {
+    if (!file.data().pSchema()) vNoSchema(file);
+    return oxa::Model::fromCore(file.pFileTake());
+}
 
 ElementModel::ElementModel(const ModelOptions& options) : m_file(options, true), m_model(elements(m_file)) {}
 

@@ -28,6 +28,9 @@ private:
     oxa::Model m_model;   // owns the file's content
 };
 
+// The elements of a file, which gives its content to them and has to live as long. Failure without a schema.
+[[nodiscard]] oxa::Model elementsOf(Model& file);
+
 // A hint or a warning: a line on standard error.
 void vTell(const std::string& sText);
 

@@ -29,6 +29,7 @@ struct ReadJob {
     bool boKeepIds;
     bool boSingleThreaded;
     bool boStatementOrder;   // note in which order statements stand
+    std::string* pCopy;      // gets the bytes of a format that has statements; null: they are not asked for
 
     std::unique_ptr<ifc::FileBase> pFile{};
     // One of them, in *pFile.

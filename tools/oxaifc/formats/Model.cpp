@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <sstream>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -15,6 +16,13 @@
 #include "oxaifc/io/Output.h"
 
 namespace oxa::tool {
+
+namespace {
+
+// Whether the bytes can be read twice; they stand at their begin afterwards.
+bool boSourceAgain(Input& input) { return input.boRestart() && input.stream().peek() != std::char_traits<char>::eof(); }
+
+}   // namespace
 
 void ModelOptions::vDeclare(CLI::App& command, const char* pFileName) {
     command.add_option(pFileName, sPath, "the file to read; - for standard input")->required()->type_name("");
@@ -40,7 +48,7 @@ Model::Model(const ModelOptions& options, bool boKeepIds)
     : m_schemas(options.schemaPaths),
       m_pErrors(ifc::io::ReadError::pAllocate()),
       m_boIdsKept(boKeepIds) {
-    const std::unique_ptr<Input> pInput = pFileOpen(options.sPath, options.unpack.limits());
+    std::unique_ptr<Input> pInput = pFileOpen(options.sPath, options.unpack.limits());
     m_sName = pInput->sName();
     if (boBeginsAsHtml(pInput->firstBytes())) throw Failure(fmt::format("{}: is a page of the web (HTML)", m_sName));
     m_pFormat = &formatOfInput(pInput->sInside(), pInput->firstBytes());
@@ -49,7 +57,8 @@ Model::Model(const ModelOptions& options, bool boKeepIds)
                 .errors = *m_pErrors,
                 .boKeepIds = boKeepIds,
                 .boSingleThreaded = options.boSingleThreaded,
-                .boStatementOrder = options.boStatementOrder};
+                .boStatementOrder = options.boStatementOrder,
+                .pCopy = options.boKeepSource && !boSourceAgain(*pInput) ? &m_sCopy : nullptr};
     const auto start = std::chrono::steady_clock::now();
     m_pFormat->vRead(job);
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -61,11 +70,21 @@ Model::Model(const ModelOptions& options, bool boKeepIds)
     m_iBytes = job.iBytes;
     m_statementNumbers = std::move(job.statementNumbers);
     m_diagnosed = std::move(job.diagnosed);
+    if (options.boKeepSource) m_pInput = std::move(pInput);
     if (const std::string sText = sLost(); !sText.empty())
         std::fputs(fmt::format("oxaifc: {}: {}\n", sPrintable(m_sName), sText).c_str(), stderr);
 }
 
 Model::~Model() = default;
+
+std::istream& Model::source() {
+    if (m_pInput && m_sCopy.empty()) {
+        if (!m_pInput->boRestart()) throw Failure(m_sName + ": can't be read a second time");
+        return m_pInput->stream();
+    }
+    m_pCopy = std::make_unique<std::istringstream>(m_sCopy);
+    return *m_pCopy;
+}
 
 std::string Model::sLost() const {
     const ifc::Errors::LostStatements lost = m_pErrors->lostStatements();

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <istream>
 #include <memory>
 #include <string>
 #include <utility>
@@ -18,6 +19,7 @@
 #include "oxaifc/formats/FileOpen.h"
 #include "oxaifc/formats/Format.h"
 #include "oxaifc/formats/SchemaSource.h"
+#include "oxaifc/io/Input.h"
 
 namespace oxa::tool {
 
@@ -28,6 +30,7 @@ struct ModelOptions {
     bool boSingleThreaded = false;
     UnpackOption unpack;
     bool boStatementOrder = false;   // note in which order statements stand
+    bool boKeepSource = false;       // what was read can be read again: Model::source
 
     // Adds them to a verb, the file under this name. This object must live until the command line is parsed.
     void vDeclare(CLI::App& command, const char* pFileName = "FILE");
@@ -61,6 +64,10 @@ public:
     // The schema's own name; as the file spells it where no schema is known by that; empty where it tells none.
     [[nodiscard]] std::string sSchemaName() const { return m_pFile->headerBase().sSchemaNameGet(); }
 
+    // The bytes of a file with statements, from their begin, where boKeepSource asked for them: the file once more, or
+    // the copy of a pipe. Failure where the system does not go back.
+    [[nodiscard]] std::istream& source();
+
     // What the read reported. Where it says only that the end was not found, the record says why instead.
     [[nodiscard]] const std::vector<ifc::ErrorRecord>& errors() const noexcept {
         return m_diagnosed.empty() ? m_pErrors->records() : m_diagnosed;
@@ -93,6 +100,9 @@ public:
 private:
     SchemaSource m_schemas;
     const Format* m_pFormat = nullptr;
+    std::unique_ptr<Input> m_pInput;   // kept for source()
+    std::string m_sCopy;               // of what can't be read twice
+    std::unique_ptr<std::istream> m_pCopy;
     std::unique_ptr<ifc::io::ReadError> m_pErrors;
     std::vector<ifc::ErrorRecord> m_diagnosed;   // empty where the read's own records say all
     std::unique_ptr<ifc::FileBase> m_pOwned;     // null once it is taken

@@ -112,7 +112,7 @@ const ifc::ErrorRecord* pFirstFatal(const Model& model) {
 
 }   // namespace
 
-void WriteOptions::vDeclareOut(CLI::App& command) {
+void WriteOptions::vDeclareOut(CLI::App& command, const char* pNoOrder) {
     command.add_option("OUT", sOut, "the file to write, which may be IN; - for standard output")
         ->required()
         ->type_name("");
@@ -124,9 +124,10 @@ void WriteOptions::vDeclareOut(CLI::App& command) {
                          : sName == "file" ? ifc::WriteOrder::File
                                            : ifc::WriteOrder::Number;
                 boStatementOrder = eOrder == ifc::WriteOrder::File;
+                boOrderAsked = true;
             },
-            "how the statements of STEP stand: number (without this option), as their numbers rise; file, as in IN, "
-            "with new ones behind; any, as they come")
+            fmt::format("how the statements of STEP stand: {}; file, as in IN, with new ones behind; any, as they come",
+                        pNoOrder))
         ->check(CLI::IsMember({"number", "file", "any"}))
         ->type_name("X");
     std::vector<std::string_view> inPart;
@@ -161,13 +162,17 @@ ModelWrite::ModelWrite(const WriteOptions& options)
 
 ModelWrite::~ModelWrite() = default;
 
-// What is refused before OUT is touched: a model that was not read to its end, and a loss that could not be undone,
-// because OUT is the file that was read.
-void ModelWrite::vCheck(const Model& model) const {
+void vReadCheck(const Model& model, const std::string& sOut) {
     const ifc::ErrorRecord* pFatal = pFirstFatal(model);
     if (pFatal || (!model.boOk() && model.errors().empty()))
         throw Failure(fmt::format("{}: not read to the end{}{}; {} is not written", model.sName(), pFatal ? ": " : "",
-                                  pFatal ? sPrintable(pFatal->description) : std::string(), m_target.sName()));
+                                  pFatal ? sPrintable(pFatal->description) : std::string(), sOut));
+}
+
+// What is refused before OUT is touched: a model that was not read to its end, and a loss that could not be undone,
+// because OUT is the file that was read.
+void ModelWrite::vLossCheck(const Model& model) const {
+    vReadCheck(model, m_target.sName());
     if (!model.format().holds.boReadTellsAll && m_target.boIs(m_options.sPath))
         throw Failure(fmt::format("{}: is {}, which is read in part; what was passed over would be lost, so name "
                                   "another OUT",
@@ -180,7 +185,7 @@ void ModelWrite::vCheck(const Model& model) const {
 }
 
 void ModelWrite::vWrite(Model& model, const ifc::Entity* pRoot) {
-    vCheck(model);
+    vLossCheck(model);
     if (!m_pFormat) m_pFormat = model.format().holds.boReadTellsAll ? &model.format() : formats().front();
     WriteJob job{.model = model, .pRoot = pRoot, .options = m_options, .target = m_target, .errors = *m_pErrors};
     m_pFormat->vWrite(job);
@@ -188,6 +193,22 @@ void ModelWrite::vWrite(Model& model, const ifc::Entity* pRoot) {
     m_written = std::move(job.written);
     m_leftOut = std::move(job.leftOut);
     for (const std::string& sNote : job.notes) vSay(sNote);
+}
+
+bool ModelWrite::boPatches(const Model& model) const {
+    return model.format().holds.boHeaderSection && (!m_pFormat || m_pFormat == &model.format()) &&
+           !m_options.boOrderAsked;
+}
+
+convert::Patched ModelWrite::vPatch(Model& model, const convert::Edits& edits) {
+    vReadCheck(model, m_target.sName());
+    if (model.boFaultInside() && m_target.boIs(m_options.sPath))
+        throw Failure(fmt::format("{}: {}, so name another OUT", model.sName(), model.sLost()));
+    const std::size_t iHighest = edits.added.empty() ? 0 : convert::highestNumber(model.source());
+    convert::Patched patched = convert::patch(model.source(), m_target.stream(), model.data(), edits, iHighest);
+    if (patched.refusal) throw Failure(fmt::format("{}: {}", model.sName(), patched.refusal->sReason));
+    m_target.vFinish();
+    return patched;
 }
 
 void ModelWrite::vLeftOutTell(const Model& model) const {

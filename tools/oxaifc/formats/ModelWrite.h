@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "Convert/Patch.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "oxaifc/formats/Format.h"
 #include "oxaifc/formats/FormatJob.h"
@@ -28,11 +29,13 @@ struct WriteOptions : ModelOptions {
     std::vector<const Format*> formats;   // that the verb writes
     const Format* pOpen = nullptr;        // of an OUT whose name says none; null: that of IN
     ifc::WriteOrder eOrder = ifc::WriteOrder::Number;
+    bool boOrderAsked = false;   // the caller named one
 
     // Adds IN, FILE's name here, and the options of a read.
     void vDeclareIn(CLI::App& command) { vDeclare(command, "IN"); }
-    // Adds OUT, which comes last on the command line, and what help says of all these verbs.
-    void vDeclareOut(CLI::App& command);
+    // Adds OUT, which comes last on the command line, and what help says of all these verbs. "order" is what --order says
+    // of the order that there is without it.
+    void vDeclareOut(CLI::App& command, const char* pNoOrder = "number (without this option), as their numbers rise");
     // Adds --format, for a verb that writes these; "pOtherwise" where neither that nor OUT's name says one, null: the
     // format of IN.
     void vDeclareFormat(CLI::App& command, std::vector<const Format*> written, const Format* pOtherwise);
@@ -47,10 +50,23 @@ public:
     // What OUT becomes; null until vWrite where that is the format of IN.
     [[nodiscard]] const Format* pFormat() const noexcept { return m_pFormat; }
 
+    // How messages call OUT.
+    [[nodiscard]] const std::string& sTarget() const noexcept { return m_target.sName(); }
+
     // Writes the file, with the numbers of the model and in the order that was asked for: "pRoot" and what it reaches
     // over references and inverse lists, or everything for null. A format that holds no more than what the project
     // reaches holds that. Nothing at all to write is no failure.
     void vWrite(Model& model, const ifc::Entity* pRoot);
+
+    // Failure where OUT would replace what could not be read: vWrite asks it, vPatch does not.
+    void vLossCheck(const Model& model) const;
+
+    // Whether vPatch can write it: both files are exchange structures, and nobody asks for another order of statements.
+    [[nodiscard]] bool boPatches(const Model& model) const;
+    // Writes what was read, which boKeepSource kept, with these changes of the model and all else byte for byte. Nothing
+    // of it is lost, so that an IN with errors may be replaced by itself.
+    // Errors   Failure, for a changed statement that can't be told from others.
+    convert::Patched vPatch(Model& model, const convert::Edits& edits);
 
     // Tells on standard error what the format left out, each entity by its number.
     void vLeftOutTell(const Model& model) const;
@@ -62,8 +78,6 @@ public:
     [[nodiscard]] bool boWritten(const Model& model, const ifc::Entity& entity) const;
 
 private:
-    void vCheck(const Model& model) const;
-
     const WriteOptions& m_options;
     const Format* m_pFormat;
     Target m_target;
@@ -71,6 +85,9 @@ private:
     std::vector<std::size_t> m_written;   // numbers, ascending
     std::vector<LeftOut> m_leftOut;
 };
+
+// Failure for a model that was not read to its end, which says that OUT, as messages call it, is not written.
+void vReadCheck(const Model& model, const std::string& sOut);
 
 // The line that tells how far a write is.
 [[nodiscard]] std::function<std::string(unsigned)> writeProgress(const WriteJob& job);

@@ -3,6 +3,7 @@
 #include "oxaifc/formats/StatementFile.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include <fmt/format.h>
@@ -12,6 +13,7 @@
 #include "oxaifc/formats/Model.h"
 #include "oxaifc/formats/ModelWrite.h"
 #include "oxaifc/formats/StatementScan.h"
+#include "oxaifc/formats/StreamCopy.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
 #include "oxaifc/io/Progress.h"
@@ -62,13 +64,17 @@ void vStatementsRead(ReadJob& job, ReadDiagnosis begin,
         return fmt::format("reading {}: {}", sPrintable(input.sName()),
                            iAll ? fmt::format("{} %", iRead * 100 / iAll) : sGrouped(iRead) + " bytes");
     });
+    std::optional<StreamCopy> copy;
+    if (job.pCopy) copy.emplace(input.stream(), *job.pCopy);
+    std::istream& stream = copy ? copy->stream() : input.stream();
     if (job.boStatementOrder) {
-        StatementScan scan(input.stream());
+        StatementScan scan(stream);
         job.boOk = boRead(scan.stream(), progress.function());
         job.statementNumbers = std::move(scan.numbers());
     } else {
-        job.boOk = boRead(input.stream(), progress.function());
+        job.boOk = boRead(stream, progress.function());
     }
+    if (copy) copy->vFinish();
     job.iBytes = input.iFinish();
     if (!job.boOk) vDiagnose(job, std::move(begin));
 }

@@ -31,7 +31,7 @@ ifc::Entity* pEntityFromNumber(const Model& model, const std::string& sNumber) {
 ifc::Entity* pEntitySelected(const Model& model, const std::string& sWhat) {
     const std::optional<Guid> guid = convert::guidFromText(sWhat);
     const bool boNumber = !guid && !sWhat.empty() && sWhat.find_first_not_of("0123456789") == std::string::npos;
-    if (boNumber || sWhat.starts_with('#')) {
+    if (boNumber || (sWhat.starts_with('#') && sWhat.find_first_of(",+") == std::string::npos)) {
         const std::string sNumber = boNumber ? "#" + sWhat : sWhat;
         ifc::Entity* pEntity = pEntityFromNumber(model, sNumber);
         if (!pEntity) throw Failure(fmt::format("{}: there is no {}", model.sName(), sNumber));
@@ -69,6 +69,11 @@ std::vector<ifc::Entity*> entitiesSelected(Model& model, const std::string& sWha
     if (ifc::Entity* pEntity = pEntitySelected(model, sWhat)) return {pEntity};
     if (!pSchema) throw Failure(fmt::format("{}: has no schema that is known", model.sName()));
     vUnknownType(*pSchema, sWhat);
+}
+
+std::optional<std::uint64_t> numberSelected(Model& model, const std::string& sWhat) {
+    const ifc::Entity* pEntity = pEntitySelected(model, sWhat);
+    return pEntity ? std::optional<std::uint64_t>(model.data().iIdFromEntity(*pEntity)) : std::nullopt;
 }
 
 ifc::Entity& entitySelected(Model& model, const std::string& sWhat) {

@@ -6,6 +6,8 @@
 // Errors   Failure, with what may have been meant.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +18,9 @@ namespace oxa::tool {
 // The numbers of the model must be kept ones. A type's entities come by number, none for a type that the file does
 // not use; with boSubtypes those of its subtypes are among them.
 [[nodiscard]] std::vector<ifc::Entity*> entitiesSelected(Model& model, const std::string& sWhat, bool boSubtypes);
+
+// The number of the one entity that a number or a GlobalId names; empty for a word that is neither.
+[[nodiscard]] std::optional<std::uint64_t> numberSelected(Model& model, const std::string& sWhat);
 
 // One entity by number or GlobalId.
 [[nodiscard]] ifc::Entity& entitySelected(Model& model, const std::string& sWhat);
