@@ -400,7 +400,7 @@ def ask_lacking(title, query, types):
         check(title + " " + term + "=NULL", [i for i, v in values.items() if v is None], selected(term + "=NULL"))
         check(title + " " + term + "!=NULL", [i for i, v in values.items() if v is not None], selected(term + "!=NULL"))
         count = collections.Counter(v for v in values.values() if v is not None)
-        for value in sorted(count, key=str)[:2]:
+        for value in sorted(count, key=str)[:1]:
             if isinstance(value, bool):
                 text = "TRUE" if value else "FALSE"
             else:
