@@ -59,12 +59,6 @@ std::optional<Selector> selectorOf(const std::string& sQuery) try {
     throw Failure(fmt::format("extract: WHAT, {}", sPrintable(error.what())));
 }
 
-// What was read, as elements.
-oxa::Model elementsOf(Model& file) {
-    if (!file.data().pSchema()) throw Failure(fmt::format("{}: has no schema that is known", file.sName()));
-    return oxa::Model::fromCore(file.pFileTake());
-}
-
 std::string sPlural(std::size_t iCount) { return iCount == 1 ? "1 entity" : sGrouped(iCount) + " entities"; }
 
 Elements selected(const ExtractOptions& options, const std::optional<Selector>& selector, const oxa::Model& model,
