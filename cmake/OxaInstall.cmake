@@ -142,6 +142,9 @@ foreach(OXA_PC_PART IN ITEMS Model Compare Convert Check)
   if(NOT OXA_PC_PART STREQUAL "Model")   # which the others stand on
     set(OXA_PC_PART_NEEDS "OxaIfcModel = ${PROJECT_VERSION} ")
   endif()
+  if(OXA_PC_PART STREQUAL "Convert")   # a merge compares
+    string(PREPEND OXA_PC_PART_NEEDS "OxaIfcCompare = ${PROJECT_VERSION} ")
+  endif()
   configure_file("${PROJECT_SOURCE_DIR}/cmake/OxaIfcPart.pc.in" "${PROJECT_BINARY_DIR}/OxaIfc${OXA_PC_PART}.pc" @ONLY)
   install(FILES "${PROJECT_BINARY_DIR}/OxaIfc${OXA_PC_PART}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
     COMPONENT OxaIfc_Development)
