@@ -7,6 +7,7 @@
 set(OXA_PUBLIC_HEADERS
   Check/Check.h
   Compare/Compare.h
+  Compare/Elements.h
   Convert/Assignment.h
   Convert/EntityFromText.h
   Convert/Excerpt.h

@@ -12,6 +12,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "Compare/ComparedModel.h"
 #include "Compare/Content.h"
 #include "Compare/ContentText.h"
 #include "Compare/ValueDiff.h"
@@ -25,45 +26,12 @@ namespace {
 using Index = Content::Index;
 using Indices = std::vector<Index>;
 
-// Entities with a GlobalId that could not be read: the read gives them one by chance.
-std::unordered_set<const ifc::Entity*> withoutGuid(const Side& side) {
-    std::unordered_set<const ifc::Entity*> entities;
-    for (const ifc::ErrorRecord& record : side.reported)
-        if (record.entity && record.reportKey == ifc::ReportKey::ExpectedValidGuidValueFor)
-            entities.insert(record.entity);
-    return entities;
-}
-
-// One of the two, with what its entities stand for.
-struct Model {
-    explicit Model(const Side& given) : side(given), content(given.data, withoutGuid(given)) {}
-
-    [[nodiscard]] std::size_t iNumber(Index i) const { return side.data.iIdFromEntity(content.entity(i)); }
-    void vSort(Indices& indices) const {
-        std::sort(indices.begin(), indices.end(), [this](Index a, Index b) { return iNumber(a) < iNumber(b); });
-    }
-
-    // How often each content occurs among these entities.
-    [[nodiscard]] ContentCounts contents(const Indices& indices) const {
-        ContentCounts counts;
-        for (const Index i : indices) ++counts[content.content(i)];
-        return counts;
-    }
-    // The same of all entities without GlobalId that entities with one lead to.
-    [[nodiscard]] ContentCounts reached() const {
-        ContentCounts counts;
-        for (Index i = 0; i < content.iCount(); ++i)
-            if (content.boReached(i) && !content.pGuid(i)) ++counts[content.content(i)];
-        return counts;
-    }
-
-    const Side& side;
-    Content content;
-};
+// What an entity of one of the models stands for.
+using Model = ComparedModel;
 
 class Differ {
 public:
-    Differ(const Side& before, const Side& after, const Options& options)
+    Differ(const Model& before, const Model& after, const Options& options)
         : m_before(before),
           m_after(after),
           m_options(options) {}
@@ -224,16 +192,29 @@ private:
         return result;
     }
 
-    Model m_before;
-    Model m_after;
+    const Model& m_before;
+    const Model& m_after;
     const Options& m_options;
     Result m_result;
 };
 
 }   // namespace
 
-Result differences(const Side& before, const Side& after, const Options& options) {
+// Entities with a GlobalId that could not be read: the read gives them one by chance.
+std::unordered_set<const ifc::Entity*> ComparedModel::withoutGuid(const Side& side) {
+    std::unordered_set<const ifc::Entity*> entities;
+    for (const ifc::ErrorRecord& record : side.reported)
+        if (record.entity && record.reportKey == ifc::ReportKey::ExpectedValidGuidValueFor)
+            entities.insert(record.entity);
+    return entities;
+}
+
+Result differences(const ComparedModel& before, const ComparedModel& after, const Options& options) {
     return Differ(before, after, options).run();
+}
+
+Result differences(const Side& before, const Side& after, const Options& options) {
+    return differences(ComparedModel(before), ComparedModel(after), options);
 }
 
 }   // namespace oxa::compare
