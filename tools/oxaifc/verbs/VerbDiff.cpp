@@ -1,16 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
-// VerbDiff: "oxaifc diff": what one model has and says otherwise than another.
+// VerbDiff: "oxaifc diff": what one model has and says otherwise than another, by element.
 
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <CLI/CLI.hpp>
 
-#include "Compare/Compare.h"
-#include "oxaifc/formats/Model.h"
+#include "Compare/Elements.h"
+#include "Model/Selector.h"
+#include "oxaifc/formats/ElementModel.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
+#include "oxaifc/io/Target.h"
+#include "oxaifc/report/DiffText.h"
 #include "oxaifc/verbs/Verb.h"
 
 namespace oxa::tool {
@@ -22,7 +26,11 @@ constexpr std::size_t g_iMostTextJson = 1000;
 
 struct DiffOptions : ModelOptions {
     std::string sPathNew;
+    std::string sOnly, sHtml;
     bool boJson = false;
+    bool boCsv = false;
+    bool boAll = false;
+    bool boEntities = false;
 };
 
 // What was not read to its end can't be compared. Other errors may have cost an entity or a value: they are told.
@@ -41,96 +49,68 @@ void vCheck(const Model& model) {
                    stderr);
 }
 
-compare::Side side(const Model& model) { return {model.data(), model.sSchemaName(), model.errors()}; }
+std::optional<Selector> selectorOf(const std::string& sQuery) try {
+    return sQuery.empty() ? std::nullopt : std::optional<Selector>(sQuery);
+} catch (const QueryError& error) {
+    throw Failure(fmt::format("diff: --only, {}", sPrintable(error.what())));
+}
 
-Json entityJson(const compare::Element& entity) {
-    Json value{{"number", entity.iNumber}, {"type", entity.sType}};
-    if (entity.sGlobalId.empty()) {
-        value["content"] = entity.sText;
-    } else {
-        value["globalId"] = entity.sGlobalId;
-        if (!entity.sText.empty()) value["name"] = entity.sText;
+int iTell(const DiffOptions& options, const compare::ElementResult& diff, Target* pPage, const std::string& sOld,
+          const std::string& sNew, Output& output) {
+    if (pPage) {
+        pPage->stream() << sDiffPage(diff, sOld, sNew);
+        pPage->vFinish();
     }
-    return value;
+    if (options.boJson)
+        output.vJson(diffJson(diff.entities, &diff));
+    else if (options.boCsv)
+        vDiffTable(diff, output);
+    else if (options.sHtml != "-")
+        vDiffLines(diff, options.boAll, output);
+    const bool boEqual = diff.others.boEqual() && diff.removed.empty() && diff.added.empty() && diff.changed.empty();
+    return boEqual ? g_iExitFine : g_iExitErrors;
 }
 
-Json listJson(const std::vector<compare::Element>& entities) {
-    Json list = Json::array();
-    for (const compare::Element& entity : entities) list.push_back(entityJson(entity));
-    return list;
-}
-
-Json changesJson(const std::vector<compare::Change>& changes) {
-    const auto text = [](const std::optional<std::string>& sText) { return sText ? Json(*sText) : Json(); };
-    Json list = Json::array();
-    for (const compare::Change& change : changes) {
-        Json values = Json::array();
-        for (const compare::Difference& value : change.differences) {
-            Json row{{"attribute", value.sAttribute}, {"old", text(value.sOld)}, {"new", text(value.sNew)}};
-            if (value.boMore) row["more"] = true;
-            values.push_back(std::move(row));
-        }
-        Json entity = entityJson(change.after);
-        entity["oldNumber"] = change.before.iNumber;
-        entity["values"] = std::move(values);
-        list.push_back(std::move(entity));
-    }
-    return list;
-}
-
-void vJsonWrite(const compare::Result& diff, Output& output) {
-    output.vJson({{"equal", diff.boEqual()},
-                  {"schema", {{"old", diff.sSchemaOld}, {"new", diff.sSchemaNew}}},
-                  {"removed", listJson(diff.removed)},
-                  {"added", listJson(diff.added)},
-                  {"changed", changesJson(diff.changed)}});
-}
-
-std::string sEntity(const compare::Element& entity) {
-    if (entity.sGlobalId.empty()) return fmt::format("#{} {}", entity.iNumber, sPrintable(entity.sText));
-    return fmt::format("#{} {} {}{}{}", entity.iNumber, entity.sType, entity.sGlobalId, entity.sText.empty() ? "" : " ",
-                       sPrintable(entity.sText));
-}
-
-std::string sValue(const std::optional<std::string>& sText) {
-    return sText ? sPrintable(*sText) : "(no such attribute)";
-}
-
-void vTextWrite(const compare::Result& diff, Output& output) {
-    if (diff.sSchemaOld != diff.sSchemaNew)
-        output.vPrint("schema   {} -> {}\n", sPrintable(diff.sSchemaOld), sPrintable(diff.sSchemaNew));
-    for (const compare::Element& entity : diff.removed)
-        output.vPrint("{}  {}\n", output.sTinted(Tint::Red, "removed"), sEntity(entity));
-    for (const compare::Element& entity : diff.added)
-        output.vPrint("{}    {}\n", output.sTinted(Tint::Green, "added"), sEntity(entity));
-    for (const compare::Change& change : diff.changed) {
-        output.vPrint("{}  {}\n", output.sTinted(Tint::Yellow, "changed"), sEntity(change.after));
-        for (const compare::Difference& value : change.differences)
-            output.vPrint("         {}: {} -> {}{}\n", value.sAttribute, sValue(value.sOld), sValue(value.sNew),
-                          value.boMore ? "\n         and more of this attribute" : "");
-    }
-    if (diff.boEqual())
-        output.vPrint("no difference\n");
+// A model without a schema has entities alone.
+int iEntities(const DiffOptions& options, const Model& before, const Model& after, Output& output) {
+    const auto side = [](const Model& model) {
+        return compare::Side{model.data(), model.sSchemaName(), model.errors()};
+    };
+    const compare::Result diff = compare::differences(
+        side(before), side(after), {.iMostText = options.boJson ? g_iMostTextJson : g_iMostTextShown});
+    if (options.boJson)
+        output.vJson(diffJson(diff, nullptr));
     else
-        output.vPrint("{} removed, {} added, {} changed\n", sGrouped(diff.removed.size()), sGrouped(diff.added.size()),
-                      sGrouped(diff.changed.size()));
+        vEntityLines(diff, output);
+    return diff.boEqual() ? g_iExitFine : g_iExitErrors;
 }
 
 int iDiff(const DiffOptions& options, Output& output) {
     if (options.sPath == "-" && options.sPathNew == "-") throw Failure("diff: A and B can't both be standard input");
+    const std::optional<Selector> only = selectorOf(options.sOnly);
+    std::optional<Target> page;
+    if (!options.sHtml.empty()) page.emplace(options.sHtml);
+    for (const std::string* pPath : {&options.sPath, &options.sPathNew})
+        if (page && page->boIs(*pPath)) throw Failure(fmt::format("{}: is a file that is read", page->sName()));
     ModelOptions optionsNew = options;
     optionsNew.sPath = options.sPathNew;
-    const Model before(options, true);
+    Model before(options, true);
     vCheck(before);
-    const Model after(optionsNew, true);
+    Model after(optionsNew, true);
     vCheck(after);
-    const compare::Result diff = compare::differences(
-        side(before), side(after), {.iMostText = options.boJson ? g_iMostTextJson : g_iMostTextShown});
-    if (options.boJson)
-        vJsonWrite(diff, output);
-    else
-        vTextWrite(diff, output);
-    return diff.boEqual() ? g_iExitFine : g_iExitErrors;
+    if (options.boEntities) return iEntities(options, before, after, output);
+    oxa::Model elementsBefore = elementsOf(before);
+    oxa::Model elementsAfter = elementsOf(after);
+    compare::ElementOptions how{{.iMostText = options.boJson ? g_iMostTextJson : g_iMostTextShown}, nullptr};
+    if (only) how.pOnly = &*only;
+    try {
+        const compare::ElementResult diff =
+            compare::elementDifferences({elementsBefore, before.sSchemaName(), before.errors()},
+                                        {elementsAfter, after.sSchemaName(), after.errors()}, how);
+        return iTell(options, diff, page ? &*page : nullptr, before.sName(), after.sName(), output);
+    } catch (const NameError& error) {
+        throw Failure(fmt::format("diff: --only, {}", sPrintable(error.what())));
+    }
 }
 
 VerbRun declare(CLI::App& command) {
@@ -139,17 +119,31 @@ VerbRun declare(CLI::App& command) {
     command.add_option("B", pOptions->sPathNew, "the file to compare it with; - for standard input")
         ->required()
         ->type_name("");
-    command.add_flag("--json", pOptions->boJson, "print one JSON object");
-    command.footer("Entities are matched by GlobalId. What has none is compared by content, with the "
-                   "attribute that leads to "
-                   "it, or on its own. Numbers, order of statements, order within a SET, header texts and "
-                   "inverse attributes "
-                   "don't count. Exit code: 0 equal, 1 different, 2 unreadable or wrong usage.");
+    auto* const pOnly = command
+                            .add_option("--only", pOptions->sOnly,
+                                        "of these elements alone, selected in either file, as in 'IfcWall, storey=EG'")
+                            ->type_name("QUERY");
+    command.add_flag("--all", pOptions->boAll, "a line for each element, where several have the same change");
+    auto* const pCsv = command.add_flag("--csv", pOptions->boCsv, "print CSV (RFC 4180), a row for each change");
+    auto* const pHtml =
+        command.add_option("--html", pOptions->sHtml, "write a page about the changes; - for standard output")
+            ->type_name("OUT");
+    auto* const pJson = command.add_flag("--json", pOptions->boJson, "print one JSON object")->excludes(pCsv);
+    command.add_flag("--entities", pOptions->boEntities, "tell what differs by entity instead of by element")
+        ->excludes(pOnly)
+        ->excludes(pCsv)
+        ->excludes(pHtml);
+    static_cast<void>(pJson);
+    command.footer(
+        "Elements are matched by GlobalId, and what has none is compared by content, with the attribute that "
+        "leads to it, or on its own. Numbers, order of statements, order within a SET, header texts and "
+        "inverse attributes don't count. What differs and belongs to no element is told by entity. "
+        "Exit code: 0 equal, 1 different, 2 unreadable or wrong usage.");
     return [pOptions](Output& output) { return iDiff(*pOptions, output); };
 }
 
 }   // namespace
 
-extern const Verb g_verbDiff{"diff", "How two models differ: by GlobalId, then by content", declare};
+extern const Verb g_verbDiff{"diff", "How two models differ, by element", declare};
 
 }   // namespace oxa::tool
