@@ -17,8 +17,6 @@
 
 namespace oxa::convert {
 
-namespace schema = ifc::def::schema;
-
 namespace {
 
 // From the numbers of new entities in the model to those in the text.

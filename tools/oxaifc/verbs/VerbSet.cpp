@@ -161,9 +161,14 @@ void vAssign(oxa::Model& model, Model& file, const std::vector<Element>& element
 std::string sSummary(std::size_t iElements, const convert::Patched& patched) {
     std::string sText = sCounted(iElements, "element") + ": ";
     if (patched.iChanged + patched.iAdded + patched.iRemoved == 0) return sText + "nothing to change";
-    sText += sCounted(patched.iChanged, "statement") + " changed";
-    if (patched.iAdded) sText += fmt::format(", {} added", sGrouped(patched.iAdded));
-    if (patched.iRemoved) sText += fmt::format(", {} removed", sGrouped(patched.iRemoved));
+    const std::pair<std::size_t, const char*> parts[] = {
+        {patched.iChanged, "changed"}, {patched.iAdded, "added"}, {patched.iRemoved, "removed"}};
+    const char* pBetween = "";
+    for (const auto& [iCount, pWhat] : parts) {
+        if (iCount == 0) continue;
+        sText += fmt::format("{}{} {}", pBetween, *pBetween ? sGrouped(iCount) : sCounted(iCount, "statement"), pWhat);
+        pBetween = ", ";
+    }
     return sText;
 }
 
