@@ -30,7 +30,7 @@ struct Source {
         EXPECT_FALSE(setFromText(file.data(), entity(iNumber), pName, pValue)) << pName;
     }
     void vMaterialAdd(const char* pName) {
-        ifc::Entity* const pMaterial = file.data().pEntityCreate(ifc::def::schema::ObjectName("IfcMaterial"));
+        ifc::Entity* const pMaterial = file.data().pEntityCreate(ifc::def::schema::ObjectName("IFCMATERIAL"));
         (void)file.data().iIdFromEntity(*pMaterial);
         EXPECT_TRUE(pMaterial->boValueSet(ifc::def::schema::AttributeName("Name"), std::string(pName), file.data()));
     }

@@ -161,7 +161,7 @@ const GroupRow g_groups[] = {
          {"class":"IfcWallStandardCase","storey.Name":"EG","count":1}])J"},
     {"two sums and a count",
      {"IfcDoor", "--group-by", "storey.Name", "--count", "--sum", "OverallHeight,id"},
-     R"J([{"storey.Name":"EG","count":2,"sum(OverallHeight)":4.109999999999999,"sum(id)":82},
+     R"J([{"storey.Name":"EG","count":2,"sum(OverallHeight)":4.11,"sum(id)":82},
          {"storey.Name":"OG","count":1,"sum(OverallHeight)":null,"sum(id)":41}])J"},
     {"without a key: all of them", {"IfcWall", "--count"}, R"J([{"count":5}])J"},
     {"none of them", {"IfcSlab", "--count"}, R"J([{"count":0}])J"},
