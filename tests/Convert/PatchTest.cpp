@@ -201,7 +201,7 @@ TEST(Patch, RemovedStatementsGoWithTheirLines) {
     const auto vRemove = [](Source& source) { EXPECT_TRUE(source.file.data().boEntityRemove(&source.entity(1))); };
     vExpect({
         {"a line", "#1=IFCMATERIAL('a',$,$);\n#2=IFCMATERIAL('b',$,$);\n", vRemove, "#2=IFCMATERIAL('b',$,$);\n"},
-        {"with blanks around it", "  #1=IFCMATERIAL('a',$,$); \t\n#2=IFCMATERIAL('b',$,$);\n", vRemove,
+        {"with blanks around it", "  #1=IFCMATERIAL('a',$,$);  \n#2=IFCMATERIAL('b',$,$);\n", vRemove,
          "#2=IFCMATERIAL('b',$,$);\n"},
         {"two in a row", "#1=IFCMATERIAL('a',$,$);\n#2=IFCMATERIAL('b',$,$);\n",
          [&](Source& source) {

@@ -153,13 +153,19 @@ void vEntities(const compare::Result& diff, Output& output) {
     }
 }
 
-std::string sCounts(std::size_t iRemoved, std::size_t iAdded, std::size_t iChanged) {
-    return fmt::format("{} removed, {} added, {} changed", sGrouped(iRemoved), sGrouped(iAdded), sGrouped(iChanged));
+std::string sCounts(std::size_t iRemoved, std::size_t iAdded, std::size_t iChanged, const Output* pOutput = nullptr) {
+    const std::pair<std::size_t, const char*> counts[] = {
+        {iRemoved, "removed"}, {iAdded, "added"}, {iChanged, "changed"}};
+    std::string sText;
+    for (const auto& [iCount, pWord] : counts)
+        sText += fmt::format("{}{} {}", sText.empty() ? "" : ", ", sGrouped(iCount),
+                             pOutput && iCount ? pOutput->sTinted(tint(pWord), pWord) : pWord);
+    return sText;
 }
 
-std::string sSummary(const compare::ElementResult& diff) {
+std::string sSummary(const compare::ElementResult& diff, const Output* pOutput = nullptr) {
     const std::size_t iOthers = diff.others.removed.size() + diff.others.added.size() + diff.others.changed.size();
-    std::string sText = sCounts(diff.removed.size(), diff.added.size(), diff.changed.size());
+    std::string sText = sCounts(diff.removed.size(), diff.added.size(), diff.changed.size(), pOutput);
     if (iOthers)
         sText += fmt::format("; {} that no element tells", iOthers == 1 ? "1 entity" : sGrouped(iOthers) + " entities");
     return sText;
@@ -262,7 +268,7 @@ void vDiffLines(const compare::ElementResult& diff, bool boAll, Output& output) 
     vSchemaLine(diff.others, output);
     vElementLines(rowsOf(diff), boAll, output);
     vEntities(diff.others, output);
-    output.vPrint("{}\n", boNothing(diff) ? "no difference" : sSummary(diff));
+    output.vPrint("{}\n", boNothing(diff) ? "no difference" : sSummary(diff, &output));
 }
 
 void vEntityLines(const compare::Result& diff, Output& output) {
