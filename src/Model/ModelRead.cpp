@@ -133,8 +133,11 @@ struct Reader {
     }
 
     void vScan() {
-        const bool boRead = ifc::io::ReadFile::boRead(*result.pFile, stream, options.schema, *result.pErrors, true, {},
-                                                      options.threads == 1);
+        const bool boRead = ifc::io::ReadFile::boRead(*result.pFile, stream, *result.pErrors,
+                                                      {.schemaFromName = options.schema,
+                                                       .boKeepIds = true,
+                                                       .boSingleThreaded = options.threads == 1,
+                                                       .boSettlePart = true});
         result.boWhole = boRead && result.pErrors->records().empty() && result.pErrors->lostStatements().iCount == 0 &&
                          result.pErrors->passedOver().iCount == 0;
     }

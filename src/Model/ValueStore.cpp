@@ -90,9 +90,19 @@ private:
             return boSelectPut(static_cast<ifc::AttributeSelect&>(m_cell), selectValue(value, m_pType));
         case DataKind::Array:
         case DataKind::List:
-        case DataKind::Set: return boListStored(m_check.list(value, m_pType), pElementOf(m_pType));
+        case DataKind::Set: return boAggregateStored(value);
         }
         return false;
+    }
+
+    // Braces around one typed() are that value itself to the language, where they mean a list of it here.
+    bool boAggregateStored(const NewValue& value) {
+        const schema::DataTypeBase* pItem = schema::pDataTypeOf(pElementOf(m_pType));
+        const bool boOne = pItem && pItem->kind == DataKind::Select && !value.typeName().empty() &&
+                           !std::holds_alternative<NewValue::List>(value.content());
+        if (!boOne) return boListStored(m_check.list(value, m_pType), pElementOf(m_pType));
+        const NewValue list(NewValue::List{value});
+        return boListStored(m_check.list(list, m_pType), pElementOf(m_pType));
     }
 
     // Each item by "read", which takes it and its type.

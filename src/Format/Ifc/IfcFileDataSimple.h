@@ -178,6 +178,8 @@ public:
     /// builds the inverse lists and sorts. True when no reference is left dangling. Caller's thread, after all
     /// workers have ended.
     virtual bool boFinished(ReadInfoCommon& info, bool boKeepIds);
+    /// The same for a read that did not get to its end, without the reports.
+    void vPartSettle(ReadInfoCommon& info, bool boKeepIds);
     /// One entity statement (ISO 10303-21, 11.2), blanks and comments removed, ending in ";". Appends exactly one
     /// element to "result": the entity, or null when the statement made none. True when it made one. Any number of
     /// threads, each with a statement of its own.
@@ -220,7 +222,8 @@ private:
     void vReachOthers(StepWriteInfoCommon& info) const;
     void vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options) const;
     void vNumbersTwiceTell(StepWriteInfoCommon& info) const;
-    bool boNumbersSettle(ReadInfoCommon& info, bool boKeepIds);
+    bool boNumbersSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell);
+    void vEntitiesSettle(ReadInfoCommon& info);
     void vProjectOffer(Entity* pEntity);
 
     const def::SchemaPset* m_pSchema = nullptr;

@@ -29,6 +29,10 @@ struct ReadOptions {
     ReadProgress progress{};
     /// Parse on the calling thread.
     bool boSingleThreaded = false;
+    /// Where the input ends too early or has a fatal fault, settle what has come: numbers (boKeepIds), inverse lists and
+    /// order, as after a whole read. Nothing is reported of numbers that are named and not defined: their statements may
+    /// be those that are missing.
+    bool boSettlePart = false;
 };
 
 }   // namespace oxa::ifc

@@ -32,7 +32,8 @@ void vRead(ReadJob& job) {
     job.pHeaderSimple = &file.header();
     job.pFile = std::move(pFile);
     vStatementsRead(job, {}, [&](std::istream& stream, ifc::ReadProgress progress) {
-        return file.boRead(stream, job.errors, {job.schemas, job.boKeepIds, std::move(progress), job.boSingleThreaded});
+        return file.boRead(stream, job.errors,
+                           {job.schemas, job.boKeepIds, std::move(progress), job.boSingleThreaded, true});
     });
 }
 

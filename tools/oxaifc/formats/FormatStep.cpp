@@ -21,7 +21,8 @@ void vRead(ReadJob& job) {
     job.pHeader = &file.header();
     job.pFile = std::move(pFile);
     vStatementsRead(job, foreignBegin(job.input.firstBytes()), [&](std::istream& stream, ifc::ReadProgress progress) {
-        return file.boRead(stream, job.errors, {job.schemas, job.boKeepIds, std::move(progress), job.boSingleThreaded});
+        return file.boRead(stream, job.errors,
+                           {job.schemas, job.boKeepIds, std::move(progress), job.boSingleThreaded, true});
     });
 }
 

@@ -48,7 +48,10 @@ bool ReadFile::boRead(FileBase& file, std::istream& stream, SchemaFromName schem
 bool ReadFile::boRead(FileBase& file, std::istream& stream, ReadError& error, const ReadOptions& options) {
     // On the heap: buffer and entity table are too large for a stack.
     const auto pScanner = std::make_unique<Scanner>(file, stream, error, options.boSingleThreaded);
-    if (!pScanner->boScan(options.schemaFromName, options.progress)) return false;
+    if (!pScanner->boScan(options.schemaFromName, options.progress)) {
+        if (options.boSettlePart) file.dataBase().vPartSettle(pScanner->info(), options.boKeepIds);
+        return false;
+    }
     // From here on every statement is parsed and no slot is filled any more.
     file.dataBase().boFinished(pScanner->info(), options.boKeepIds);
     return !error.boFatal();

@@ -171,7 +171,17 @@ void Data::vGuidEnter(const Guid& guid, Entity* pEntity, StepReadInfoDataCommon&
 // place, then the order. Sorting comes last, so that inverse lists are made in the order in which the entities were
 // entered.
 bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
-    const bool boComplete = boNumbersSettle(info, boKeepIds);
+    const bool boComplete = boNumbersSettle(info, boKeepIds, true);
+    vEntitiesSettle(info);
+    return boComplete;
+}
+
+void Data::vPartSettle(ReadInfoCommon& info, bool boKeepIds) {
+    static_cast<void>(boNumbersSettle(info, boKeepIds, false));
+    vEntitiesSettle(info);
+}
+
+void Data::vEntitiesSettle(ReadInfoCommon& info) {
     {
         PoolArena arena(*m_pPool);
         // From here on every attribute of every entity is in place.
@@ -186,12 +196,11 @@ bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
                      return pEntity->schemaEntity().iTypeOrdinal;
                  });
     vSortEntities();
-    return boComplete;
 }
 
 // One report for each number that was named and never defined; by now it is no longer known which statement named it.
 // The others are kept, where that is asked for and no map is there yet. One visit of each slot serves both.
-bool Data::boNumbersSettle(ReadInfoCommon& info, bool boKeepIds) {
+bool Data::boNumbersSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell) {
     const bool boSeed = boKeepIds && !m_pEntityIdMap;
     if (boSeed) m_pEntityIdMap = std::make_unique<EntityIdMap>(0);
     if (!boKeepIds) m_pEntityIdMap.reset();
@@ -201,7 +210,7 @@ bool Data::boNumbersSettle(ReadInfoCommon& info, bool boKeepIds) {
             if (boSeed) m_pEntityIdMap->vSeed(slot, iId);
         } else if (slot.boReferenced()) {
             boComplete = false;
-            info.m_pError->add(nullptr, ReportKey::MissingEntityWithId, std::to_string(iId), {}, 0);
+            if (boTell) info.m_pError->add(nullptr, ReportKey::MissingEntityWithId, std::to_string(iId), {}, 0);
         }
     });
     return boComplete;
