@@ -69,12 +69,29 @@ struct InverseDeclaration {
     Name forAttribute;   // its attribute
 };
 
+// "SELF\supertype.attribute : [ OPTIONAL ] type;", or under DERIVE with a value in the place of OPTIONAL.
+struct RedeclaredAttribute {
+    Name supertype;
+    Name attribute;
+    bool boDerived = false;
+    bool boOptional = false;
+    TypeReference type;   // of one that is not derived
+};
+
+// "[ label : ] attribute { , attribute };" of a UNIQUE clause.
+struct UniqueDeclaration {
+    Name label;   // empty text for none
+    std::vector<Name> attributes;
+};
+
 struct EntityDeclaration {
     Name name;
     bool boAbstract = false;
     Name supertype;                                 // empty text for a root
     std::vector<AttributeDeclaration> attributes;   // explicit ones; redeclared ones add no parameter
+    std::vector<RedeclaredAttribute> redeclared;
     std::vector<InverseDeclaration> inverses;
+    std::vector<UniqueDeclaration> unique;
 };
 
 struct SchemaDeclaration {

@@ -195,12 +195,16 @@ bool ExpressParser::boSkipParentheses() {
     return !m_boFault;
 }
 
-// A clause of statements that no graph holds: DERIVE, UNIQUE, WHERE. Ends where another word of an entity's
-// or a type's frame begins.
+// Where another word of an entity's or a type's frame begins.
+bool ExpressParser::boAtClauseEnd() const noexcept {
+    return m_token.kind == TokenKind::End || boEndsStatement(m_token.keyword) || boAt(Keyword::Inverse) ||
+           boAt(Keyword::Unique) || boAt(Keyword::Where);
+}
+
+// A clause of statements that no graph holds: WHERE.
 bool ExpressParser::boSkipClause(Keyword clause) {
     if (!boTake(clause)) return true;
-    while (m_token.kind != TokenKind::End && !boEndsStatement(m_token.keyword) && !boAt(Keyword::Inverse) &&
-           !boAt(Keyword::Unique) && !boAt(Keyword::Where))
+    while (!boAtClauseEnd())
         if (!boSkipStatement()) return false;
     return !m_boFault;
 }
@@ -333,12 +337,12 @@ bool ExpressParser::boReadEntityDeclaration(EntityDeclaration& entity) {
     if (!boReadName(entity.name, "the entity's name") || !boReadEntityHead(entity)) return false;
     while (boAtName() || boAt(Keyword::Self))
         if (!boReadAttribute(entity)) return false;
-    if (!boSkipClause(Keyword::Derive)) return false;
+    if (!boReadDerived(entity)) return false;
     if (boTake(Keyword::Inverse))
         while (boAtName() || boAt(Keyword::Self))
             if (!boReadInverse(entity)) return false;
-    return boSkipClause(Keyword::Unique) && boSkipClause(Keyword::Where) &&
-           boExpect(Keyword::EndEntity, "END_ENTITY") && boExpect(';');
+    return boReadUnique(entity) && boSkipClause(Keyword::Where) && boExpect(Keyword::EndEntity, "END_ENTITY") &&
+           boExpect(';');
 }
 
 // [ "ABSTRACT" ] [ "SUPERTYPE" [ "OF" "(" ... ")" ] ] [ "SUBTYPE" "OF" "(" name ")" ] ";"
@@ -368,37 +372,89 @@ bool ExpressParser::boReadSupertype(EntityDeclaration& entity) {
 // redeclaration refines the type of an inherited parameter, and adds none.
 bool ExpressParser::boReadAttribute(EntityDeclaration& entity) {
     AttributeDeclaration attribute;
+    std::vector<RedeclaredAttribute> redeclared;
     do {
-        if (!boReadAttributeName(attribute.names)) return false;
+        if (boAt(Keyword::Self)) {
+            RedeclaredAttribute& again = redeclared.emplace_back();
+            if (!boReadQualifiedName(again.supertype, again.attribute)) return false;
+        } else if (!boReadName(attribute.names.emplace_back(), "an attribute's name")) {
+            return false;
+        }
     } while (boTake(','));
     if (!boExpect(':')) return false;
     attribute.boOptional = boTake(Keyword::Optional);
     if (!boReadTypeReference(attribute.type) || !boExpect(';')) return false;
+    for (RedeclaredAttribute& again : redeclared) {
+        again.boOptional = attribute.boOptional;
+        again.type = attribute.type;
+        entity.redeclared.push_back(std::move(again));
+    }
     if (!attribute.names.empty()) entity.attributes.push_back(std::move(attribute));
     return true;
 }
 
-// One more in "names" unless it is a redeclaration.
-bool ExpressParser::boReadAttributeName(std::vector<Name>& names) {
-    if (boAt(Keyword::Self)) return boReadQualifiedName();
-    return boReadName(names.emplace_back(), "an attribute's name");
-}
-
 // "SELF\supertype.attribute" [ "RENAMED" name ]
-bool ExpressParser::boReadQualifiedName() {
+bool ExpressParser::boReadQualifiedName(Name& supertype, Name& attribute) {
     Name ignored;
     vNext();
-    if (!boExpect('\\') || !boReadName(ignored, "the supertype's name") || !boExpect('.') ||
-        !boReadName(ignored, "an attribute's name"))
+    if (!boExpect('\\') || !boReadName(supertype, "the supertype's name") || !boExpect('.') ||
+        !boReadName(attribute, "an attribute's name"))
         return false;
     return !boTake(Keyword::Renamed) || boReadName(ignored, "an attribute's name");
+}
+
+// [ "DERIVE" { name ":" type ":=" expression ";" } ], of which only those are kept that redeclare an attribute.
+bool ExpressParser::boReadDerived(EntityDeclaration& entity) {
+    if (!boTake(Keyword::Derive)) return true;
+    while (!boAtClauseEnd()) {
+        if (boAt(Keyword::Self)) {
+            RedeclaredAttribute& derived = entity.redeclared.emplace_back();
+            derived.boDerived = true;
+            if (!boReadQualifiedName(derived.supertype, derived.attribute)) return false;
+        }
+        if (!boSkipStatement()) return false;
+    }
+    return !m_boFault;
+}
+
+// [ "UNIQUE" { rule ";" } ]
+bool ExpressParser::boReadUnique(EntityDeclaration& entity) {
+    if (!boTake(Keyword::Unique)) return true;
+    while (!boAtClauseEnd())
+        if (!boReadUniqueRule(entity.unique.emplace_back()) || !boExpect(';')) return false;
+    return !m_boFault;
+}
+
+// [ label ":" ] attribute { "," attribute }, where an attribute may be "SELF\supertype.name".
+bool ExpressParser::boReadUniqueRule(UniqueDeclaration& rule) {
+    Name supertype;
+    do {
+        Name& name = rule.attributes.emplace_back();
+        if (boAt(Keyword::Self)) {
+            if (!boReadQualifiedName(supertype, name)) return false;
+            continue;
+        }
+        if (!boReadName(name, "an attribute's name")) return false;
+        if (rule.attributes.size() == 1 && rule.label.text.empty() && boTake(':')) {
+            rule.label = name;
+            rule.attributes.clear();
+            if (!boAt(Keyword::Self)) {
+                if (!boReadName(rule.attributes.emplace_back(), "an attribute's name")) return false;
+            } else if (!boReadQualifiedName(supertype, rule.attributes.emplace_back())) {
+                return false;
+            }
+        }
+    } while (boTake(','));
+    return true;
 }
 
 // name ":" [ ( "SET" | "BAG" ) [ bounds ] "OF" ] entity "FOR" [ entity "." ] attribute ";"
 bool ExpressParser::boReadInverse(EntityDeclaration& entity) {
     InverseDeclaration inverse;
     const bool boRedeclared = boAt(Keyword::Self);
-    if (!(boRedeclared ? boReadQualifiedName() : boReadName(inverse.name, "an inverse attribute's name")) ||
+    Name supertype;
+    if (!(boRedeclared ? boReadQualifiedName(supertype, inverse.name)
+                       : boReadName(inverse.name, "an inverse attribute's name")) ||
         !boExpect(':'))
         return false;
     inverse.boAggregate = boAt(Keyword::Set) || boAt(Keyword::Bag);

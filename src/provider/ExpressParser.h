@@ -2,8 +2,8 @@
 // ExpressParser: EXPRESS long form (ISO 10303-11) to declarations.
 //
 // For      SchemaLoader; FactTable reads the type of an attribute with it.
-// Not for  resolving names: GraphBuilder does. What no schema graph holds (functions, procedures, rules,
-//          constants, WHERE and UNIQUE clauses, derived attributes) is passed over.
+// Not for  resolving names: GraphBuilder does. What no schema graph holds (functions, procedures, rules, constants,
+//          WHERE clauses, derived attributes but the fact that they redeclare one) is passed over.
 // Limits   bounded stack whatever the text; time and memory grow with its length only.
 // Threads  one parser per thread.
 #pragma once
@@ -65,8 +65,11 @@ private:
     [[nodiscard]] bool boReadEntityHead(EntityDeclaration& entity);
     [[nodiscard]] bool boReadSupertype(EntityDeclaration& entity);
     [[nodiscard]] bool boReadAttribute(EntityDeclaration& entity);
-    [[nodiscard]] bool boReadAttributeName(std::vector<Name>& names);
-    [[nodiscard]] bool boReadQualifiedName();
+    [[nodiscard]] bool boAtClauseEnd() const noexcept;
+    [[nodiscard]] bool boReadQualifiedName(Name& supertype, Name& attribute);
+    [[nodiscard]] bool boReadDerived(EntityDeclaration& entity);
+    [[nodiscard]] bool boReadUnique(EntityDeclaration& entity);
+    [[nodiscard]] bool boReadUniqueRule(UniqueDeclaration& rule);
     [[nodiscard]] bool boReadInverse(EntityDeclaration& entity);
 
     std::vector<SchemaMessage>& m_messages;

@@ -15,6 +15,9 @@ namespace {
 
 // ---- Reading
 
+// Of a UNIQUE rule that has none.
+constexpr std::string_view g_noLabel = "-";
+
 // One line after the other, and in it one word after the other. Lines and columns count from 1.
 class LineCursor {
 public:
@@ -107,6 +110,10 @@ private:
         case '.':
         case '?': return boReadAttribute();
         case '<': return boReadInverse();
+        case '*':
+        case '=':
+        case '~': return boReadRedeclared();
+        case '!': return boReadUnique();
         default: break;
         }
         const Name keyword = m_lines.word();
@@ -175,6 +182,27 @@ private:
         return true;
     }
 
+    bool boReadRedeclared() {
+        EntityDeclaration* pEntity = pCurrentEntity();
+        if (!pEntity) return false;
+        RedeclaredAttribute& again = pEntity->redeclared.emplace_back();
+        again.boDerived = m_lines.rest().front() == '*';
+        again.boOptional = m_lines.rest().front() == '~';
+        m_lines.vDrop(1);
+        return boReadWord(again.attribute) && (again.boDerived || boReadTypeText(again.type));
+    }
+
+    bool boReadUnique() {
+        EntityDeclaration* pEntity = pCurrentEntity();
+        if (!pEntity) return false;
+        UniqueDeclaration& rule = pEntity->unique.emplace_back();
+        m_lines.vDrop(1);
+        if (!boReadWord(rule.label) || !boReadWord(rule.attributes.emplace_back())) return false;
+        if (rule.label.text == g_noLabel) rule.label.text = {};
+        while (!m_lines.rest().empty()) rule.attributes.push_back(m_lines.word());
+        return true;
+    }
+
     LineCursor m_lines;
     std::vector<SchemaMessage>& m_messages;
     SchemaDeclaration m_read;
@@ -194,6 +222,17 @@ void vAppendAttributes(std::string& sText, const schema::Entity& entity) {
         sText.append(" ").append(inverse.sForAttribute);
         if (inverse.boAggregate) sText.append(" SET");
         if (!inverse.sBounds.empty()) sText.append(" ").append(inverse.sBounds);
+        sText += '\n';
+    }
+    for (const schema::Redeclaration& again : entity.redeclared) {
+        sText += again.boDerived ? '*' : again.boOptional ? '~' : '=';
+        sText += again.pAttribute->sName;
+        if (again.pType) sText.append(" ").append(schema::sTypeText(again.pType));
+        sText += '\n';
+    }
+    for (const schema::UniqueRule& rule : entity.uniqueRules) {
+        sText.append("!").append(rule.sLabel.empty() ? std::string(g_noLabel) : rule.sLabel);
+        for (const std::string& sName : rule.names) sText.append(" ").append(sName);
         sText += '\n';
     }
 }

@@ -68,12 +68,10 @@ GraphBuilder::GraphBuilder(const SchemaDeclaration& declaration, std::vector<Sch
 std::unique_ptr<SchemaPset> GraphBuilder::pBuild() {
     using Pass = void (GraphBuilder::*)();
     static constexpr Pass passes[] = {
-        &GraphBuilder::vDeclare,        &GraphBuilder::vExtendItems,
-        &GraphBuilder::vBuildDataTypes, &GraphBuilder::vFollowTypes,
-        &GraphBuilder::vFillSelects,    &GraphBuilder::vCheckTypeDepth,
-        &GraphBuilder::vLinkSupertypes, &GraphBuilder::vBuildAttributes,
-        &GraphBuilder::vBuildInverses,  &GraphBuilder::vMarkInverseRelations,
-        &GraphBuilder::vNumberEntities,
+        &GraphBuilder::vDeclare,         &GraphBuilder::vExtendItems,          &GraphBuilder::vBuildDataTypes,
+        &GraphBuilder::vFollowTypes,     &GraphBuilder::vFillSelects,          &GraphBuilder::vCheckTypeDepth,
+        &GraphBuilder::vLinkSupertypes,  &GraphBuilder::vBuildAttributes,      &GraphBuilder::vBuildInverses,
+        &GraphBuilder::vBuildRedeclared, &GraphBuilder::vMarkInverseRelations, &GraphBuilder::vNumberEntities,
     };
     for (const Pass vPass : passes) {
         (this->*vPass)();
@@ -416,6 +414,33 @@ void GraphBuilder::vBuildInverse(schema::Entity& entity, const InverseDeclaratio
     inverse.sBounds = declaration.sBounds;
     pForAttribute->inverses.push_back(&inverse);
     vClaimName(entity, declaration.name, nullptr);
+}
+
+// What an entity says of attributes that are not its own. One that is derived or inverse itself has no place among
+// parameters, and so none here.
+void GraphBuilder::vBuildRedeclared() {
+    for (std::size_t i = 0; i < m_entities.size(); ++i) {
+        const EntityDeclaration& declaration = m_declaration.entities[i];
+        for (const RedeclaredAttribute& again : declaration.redeclared) {
+            const schema::Attribute* pAttribute =
+                m_entities[i]->pParent ? pAttributeOf(*m_entities[i]->pParent, again.attribute.text) : nullptr;
+            if (!pAttribute) continue;
+            const schema::ObjectBase* pType = again.boDerived ? nullptr : pBuildReference(again.type, {});
+            m_entities[i]->redeclared.push_back({pAttribute, again.boDerived, again.boOptional, pType});
+        }
+        for (const UniqueDeclaration& unique : declaration.unique) vBuildUnique(*m_entities[i], unique);
+    }
+}
+
+void GraphBuilder::vBuildUnique(schema::Entity& entity, const UniqueDeclaration& declaration) {
+    schema::UniqueRule& rule = entity.uniqueRules.emplace_back();
+    rule.sLabel = declaration.label.text;
+    for (const Name& name : declaration.attributes) {
+        const schema::Attribute* pAttribute = pAttributeOf(entity, name.text);
+        rule.names.emplace_back(pAttribute ? pAttribute->sName : std::string(name.text));
+        if (pAttribute) rule.attributes.push_back(pAttribute);
+    }
+    if (rule.attributes.size() != rule.names.size()) rule.attributes.clear();
 }
 
 // An explicit attribute of the entity or of a supertype, in any case; null when there is none.

@@ -46,6 +46,7 @@ private:
     void vLinkSupertypes();   // without cycles, and subtypes
     void vBuildAttributes();
     void vBuildInverses();          // and which attributes they are for
+    void vBuildRedeclared();        // and UNIQUE rules
     void vMarkInverseRelations();   // boHasInverse
     void vNumberEntities();         // type ordinals
 
@@ -62,6 +63,7 @@ private:
     [[nodiscard]] unsigned iSelectHeight(std::size_t iType, unsigned iDepth);
     void vBuildAttribute(schema::Entity& entity, const AttributeDeclaration& declaration);
     void vBuildInverse(schema::Entity& entity, const InverseDeclaration& declaration);
+    void vBuildUnique(schema::Entity& entity, const UniqueDeclaration& declaration);
     void vClaimName(const schema::Entity& entity, const Name& name, schema::Attribute* pAttribute);
     [[nodiscard]] schema::Attribute* pAttributeOf(const schema::Entity& entity, std::string_view name) const;
 

@@ -206,6 +206,22 @@ struct AttributeInverse {
     std::string sBounds;                          ///< as declared, as in "[0:1]"
 };
 
+/// An attribute of a supertype that a subtype declares again (ISO 10303-11, 9.2.3.4). Its place among the parameters
+/// of a statement stays; what may stand there gets narrower.
+struct Redeclaration {
+    const Attribute* pAttribute = nullptr;   ///< the one of the supertype
+    bool boDerived = false;                  ///< under DERIVE: "*" stands in its place
+    bool boOptional = false;                 ///< OPTIONAL, where it is explicit
+    const ObjectBase* pType = nullptr;       ///< the type, where it is explicit; null where it is derived
+};
+
+/// A UNIQUE rule: no two instances have equal values for all of its attributes (ISO 10303-11, 9.2.2.1).
+struct UniqueRule {
+    std::string sLabel;                         ///< as in UR1; empty where it has none
+    std::vector<std::string> names;             ///< of the attributes, as the schema spells them
+    std::vector<const Attribute*> attributes;   ///< the same; empty where one of them is no forward attribute
+};
+
 /// An ENTITY: its attributes, and its place among supertypes and subtypes.
 struct OXA_SCHEMA_API Entity final : ObjectBase {
     /// Forward attributes in an order.
@@ -220,6 +236,8 @@ struct OXA_SCHEMA_API Entity final : ObjectBase {
     bool boHasInverse = false;                            ///< has an inverse attribute, or is the target side of one
     std::vector<Attribute> ownAttributes;                 ///< declared here, in order
     std::vector<AttributeInverse> ownInverseAttributes;   ///< declared here, in order
+    std::vector<Redeclaration> redeclared;                ///< attributes of supertypes that are declared here again
+    std::vector<UniqueRule> uniqueRules;                  ///< declared here, in order
     std::uint16_t iTypeOrdinal = 0;                       ///< depth-first number, unique in the schema
     std::uint16_t iTypeOrdinalLast = 0;                   ///< highest number in the subtree
     std::vector<const Entity*> subtypes;                  ///< direct ones

@@ -141,4 +141,29 @@ TEST(ExpressEntity, OrdinalsAreDepthFirstAsDeclared) {
     }
 }
 
+// What an entity says of the attributes of its supertypes.
+TEST(ExpressEntity, RedeclaresAndAsksForUniqueValues) {
+    const Loaded loaded("ENTITY A; X : REAL; Y : REAL; END_ENTITY;\n"
+                        "ENTITY B SUBTYPE OF (A); SELF\\A.X : INTEGER; Z : REAL;\n"
+                        " DERIVE SELF\\A.Y : REAL := Z; W : REAL := 1.0;\n"
+                        " UNIQUE UR1 : X, Z; UR2 : W; END_ENTITY;");
+    const Entity& entity = loaded.entity("B");
+    ASSERT_EQ(entity.redeclared.size(), 2U);
+    EXPECT_EQ(entity.redeclared[0].pAttribute, &loaded.attribute("A", "X"));
+    EXPECT_FALSE(entity.redeclared[0].boDerived);
+    EXPECT_EQ(sTypeText(entity.redeclared[0].pType), "INTEGER");
+    EXPECT_EQ(entity.redeclared[1].pAttribute, &loaded.attribute("A", "Y"));
+    EXPECT_TRUE(entity.redeclared[1].boDerived);
+    EXPECT_EQ(entity.redeclared[1].pType, nullptr);
+    EXPECT_EQ(entity.allAttributes().size(), 3U) << "X, Y and Z; a redeclaration is no parameter of its own";
+
+    ASSERT_EQ(entity.uniqueRules.size(), 2U);
+    EXPECT_EQ(entity.uniqueRules[0].sLabel, "UR1");
+    const std::vector<const Attribute*> both{&loaded.attribute("A", "X"), &loaded.attribute("B", "Z")};
+    EXPECT_EQ(entity.uniqueRules[0].attributes, both);
+    EXPECT_EQ(entity.uniqueRules[1].names, std::vector<std::string>{"W"});
+    EXPECT_TRUE(entity.uniqueRules[1].attributes.empty()) << "W is derived, and stands in no statement";
+    EXPECT_TRUE(loaded.entity("A").uniqueRules.empty());
+}
+
 }   // namespace

@@ -18,7 +18,11 @@ const char* const g_sExpress =
     " INVERSE Acts : SET [0:?] OF IfcRel FOR Related; First : IfcRel FOR Related; Free : BAG OF IfcRel FOR "
     "Related;\n"
     "END_ENTITY;\n"
-    "ENTITY IfcRel; Related : IfcActor; END_ENTITY;\n";
+    "ENTITY IfcRel; Related : IfcActor; END_ENTITY;\n"
+    "ENTITY IfcSub SUBTYPE OF (IfcActor); SELF\\IfcRoot.Name : IfcName; SELF\\IfcActor.Lists : OPTIONAL LIST OF "
+    "IfcName;\n UNIQUE UR1 : Name, SELF\\IfcActor.Lists; Name; END_ENTITY;\n"
+    "ENTITY IfcDerived SUBTYPE OF (IfcSub); DERIVE SELF\\IfcActor.Lists : IfcLabel := 'a;'; Own : IfcLabel := '';\n"
+    " UNIQUE UR2 : Own; END_ENTITY;\n";
 
 const char* const g_sTable = "schema TEST\n"
                              "enum IfcEnum B A\n"
@@ -30,10 +34,18 @@ const char* const g_sTable = "schema TEST\n"
                              "<Acts IfcRel Related SET [0:?]\n"
                              "<First IfcRel Related\n"
                              "<Free IfcRel Related SET\n"
+                             "entity IfcDerived IfcSub\n"
+                             "*Lists\n"
+                             "!UR2 Own\n"
                              "entity IfcRel\n"
                              ".Related IfcActor\n"
                              "abstract IfcRoot\n"
-                             "?Name IfcName\n";
+                             "?Name IfcName\n"
+                             "entity IfcSub IfcActor\n"
+                             "=Name IfcName\n"
+                             "~Lists LIST OF IfcName\n"
+                             "!UR1 Name Lists\n"
+                             "!- Name\n";
 
 // The graph of tables, the base first; the test fails when there is none.
 std::unique_ptr<oxa::ifc::def::SchemaPset> pGraph(const std::vector<const char*>& tables) {
@@ -66,7 +78,7 @@ TEST(FactTable, WithABaseHoldsTheDifferences) {
         "ENTITY IfcActor SUBTYPE OF (IfcRoot); Lists : LIST [1:?] OF UNIQUE SET OF IfcLabel; END_ENTITY;\n";
     const char* sDifferences = "schema NEW\n"
                                "base TEST\n"
-                               "drop IfcEnum IfcRel\n"
+                               "drop IfcEnum IfcDerived IfcRel IfcSub\n"
                                "type IfcAdded REAL\n"
                                "type IfcLabel STRING\n"
                                "entity IfcActor IfcRoot\n"
