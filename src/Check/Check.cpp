@@ -3,10 +3,13 @@
 #include "Check/Check.h"
 
 #include <fstream>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "Check/Collector.h"
 #include "Check/Header/HeaderLevel.h"
+#include "Check/Schema/SchemaLevel.h"
 #include "Check/Syntax/ExchangeStructure.h"
 #include "Model/Error.h"
 
@@ -26,6 +29,20 @@ void vConclude(CheckResult& result, const CheckOptions& options, CheckLevel leve
     summary.reason = std::move(sAgainst);
 }
 
+std::string sNoSchema(const check::HeaderLevel& header) {
+    return header.sSchemaName().empty() ? "the header names no schema"
+                                        : "the schema " + header.sSchemaName() + " is not known";
+}
+
+// Why not all statements were held to the schema; empty where they were.
+std::string sAgainstSchema(const check::HeaderLevel& header, const std::optional<check::SchemaLevel>& schema) {
+    if (!schema) return sNoSchema(header);
+    const std::uint64_t iFaulty = schema->iFaulty();
+    if (iFaulty == 0) return {};
+    return std::to_string(iFaulty) + (iFaulty == 1 ? " statement is" : " statements are") +
+           " faulty in syntax and not looked at wholly";
+}
+
 }   // namespace
 
 CheckResult checkStream(std::istream& bytes, const CheckOptions& options) {
@@ -36,15 +53,22 @@ CheckResult checkStream(std::istream& bytes, const CheckOptions& options) {
     check::ExchangeStructure structure(bytes, options, collector, instances);
     structure.vReadHeader(header);
     header.vHeaderEnd();
+    // From here on it is known which schema the file names.
+    std::optional<check::SchemaLevel> schema;
+    if (boAsked(options, CheckLevel::Schema) && header.pSchema())
+        schema.emplace(*header.pSchema(), collector, instances);
     check::NoSink none;
-    structure.vReadData(none);
+    structure.vReadData(schema ? static_cast<check::StatementSink&>(*schema) : none);
+    if (schema) schema->vFinish();
+
     result.statements = structure.iStatements();
     result.bytes = structure.iBytes();
     collector.vFinish(result);
     vConclude(result, options, CheckLevel::Syntax, {});
     vConclude(result, options, CheckLevel::Header, {});
-    vConclude(result, options, CheckLevel::Schema, "statements were not held to the schema");
-    vConclude(result, options, CheckLevel::Rules, "the schema's rules were not evaluated");
+    vConclude(result, options, CheckLevel::Schema, sAgainstSchema(header, schema));
+    vConclude(result, options, CheckLevel::Rules,
+              header.pSchema() ? "the schema's rules were not evaluated" : sNoSchema(header));
     return result;
 }
 

@@ -232,7 +232,7 @@ void ExchangeStructure::vInstance() {
         m_lexer.vFault(SyntaxFault::InstanceDouble, m_name.place, '#' + std::to_string(m_name.iNumber),
                        "one of its own");
     m_lexer.next();
-    m_pSink->vStatement({m_name.iNumber, m_name.place, boDouble});
+    m_pSink->vStatement({m_name.iNumber, m_name.place, boDouble, boAt(TokenKind::Open)});
     const bool boFine = boInstanceBody() && (boAt(TokenKind::Semicolon) || boUnexpected(";"));
     m_pSink->vStatementEnd(boFine);
     m_lexer.vInstance(0);

@@ -17,7 +17,8 @@ namespace oxa::check {
 struct StatementHead {
     std::uint64_t iNumber = 0;   // of the instance; 0 for a header entity
     Place place{};
-    bool boDouble = false;   // there was an instance with that number
+    bool boDouble = false;    // there was an instance with that number
+    bool boComplex = false;   // its records are of one entity type each, in the external mapping
 };
 
 class StatementSink {

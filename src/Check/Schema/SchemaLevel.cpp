@@ -1,0 +1,334 @@
+// SPDX-License-Identifier: Apache-2.0
+// Statements as they come. m_pRecord is the plan of the record that is read, null where its keyword is no entity's:
+// then nothing can be said of its parameters. What a value is held to follows from m_frames, or from the parameter.
+#include "Check/Schema/SchemaLevel.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "Check/Schema/ValueHash.h"
+
+namespace oxa::check {
+
+using namespace ifc::def::schema;
+
+namespace {
+
+constexpr std::size_t g_iMostFound = 80;
+// Bits of Instance::iMore.
+constexpr std::uint16_t g_iComplex = 1;
+
+}   // namespace
+
+SchemaLevel::SchemaLevel(const Schema& schema, Collector& collector, InstanceTable& instances)
+    : m_plan(schema),
+      m_collector(collector),
+      m_instances(instances) {}
+
+void SchemaLevel::vTell(const Message& message, Place place) {
+    m_collector.vAdd(
+        {.level = CheckLevel::Schema,
+         .key = message.key,
+         .rule = m_pParameter ? std::string_view(m_pParameter->sRule) : std::string_view(m_sType),
+         .type = m_sType,
+         .attribute = m_pParameter ? std::string_view(m_pParameter->pAttribute->sName) : std::string_view(),
+         .message = message.message,
+         .expected = message.expected,
+         .line = place.iLine,
+         .column = place.iColumn,
+         .id = m_head.iNumber,
+         .found = message.found.substr(0, g_iMostFound)});
+}
+
+// ---- Statements and records
+
+void SchemaLevel::vStatement(const StatementHead& head) {
+    m_head = head;
+    m_frames.clear();
+    m_items.clear();
+    m_records.clear();
+    m_iHashing = 0;
+    m_pParameter = nullptr;
+    m_pRecord = nullptr;
+}
+
+void SchemaLevel::vRecord(const Token& keyword) {
+    m_pParameter = nullptr;
+    m_iParameters = 0;
+    m_pRecord = nullptr;
+    if (m_head.iNumber == 0) return;   // the parameters of a data section
+    const EntityPlan* pPlan = m_plan.pEntity(keyword.text);
+    m_sType = pPlan ? pPlan->pEntity->sName : std::string(keyword.text.substr(0, g_iMostFound));
+    if (!pPlan)
+        return vTell(
+            {"Schema_UnknownType", "the schema has no entity of that name", "an entity of " + m_plan.schema().sName},
+            keyword.place);
+    const Entity& entity = *pPlan->pEntity;
+    if (m_head.boComplex) {
+        m_records.push_back(&entity);
+        m_pRecord = &m_plan.partOf(entity);
+        return;
+    }
+    m_pRecord = pPlan;
+    m_values.assign(pPlan->unique.empty() ? 0 : pPlan->parameters.size(), std::nullopt);
+    if (entity.boAbstract)
+        vTell({"Schema_Abstract", "an abstract entity has no instances", "a subtype"}, keyword.place);
+    if (m_head.boDouble) return;
+    if (Instance* pInstance = m_instances.pFind(m_head.iNumber)) pInstance->iType = entity.iTypeOrdinal;
+}
+
+void SchemaLevel::vRecordEnd(const Token& close) {
+    m_pParameter = nullptr;
+    if (!m_pRecord) return;
+    const std::size_t iWanted = m_pRecord->parameters.size();
+    if (m_iParameters != iWanted)
+        vTell({"Schema_ParameterCount", "the statement has another number of parameters", std::to_string(iWanted),
+               std::to_string(m_iParameters)},
+              close.place);
+    vUniqueValues();
+}
+
+void SchemaLevel::vStatementEnd(bool boFine) {
+    if (m_head.iNumber == 0) return;
+    if (!boFine) ++m_iFaulty;
+    if (boFine && m_head.boComplex) vComplexEnd();
+}
+
+// ISO 10303-21, External mapping: a record for each entity type, in the order of the alphabet, supertypes too.
+void SchemaLevel::vComplexEnd() {
+    m_pParameter = nullptr;
+    if (Instance* pInstance = m_instances.pFind(m_head.iNumber); pInstance && !m_head.boDouble) {
+        pInstance->iMore |= g_iComplex;
+        m_complex[m_head.iNumber] = m_records;
+    }
+    std::size_t iLeaves = 0;
+    for (std::size_t i = 0; i < m_records.size(); ++i) {
+        const Entity& entity = *m_records[i];
+        m_sType = entity.sName;
+        if (i > 0 && entity.sNameUpper <= m_records[i - 1]->sNameUpper)
+            vTell({"Schema_ComplexOrder", "records of a complex instance stand in the order of the alphabet, each once",
+                   "behind " + m_records[i - 1]->sName},
+                  m_head.place);
+        if (entity.pParent && std::find(m_records.begin(), m_records.end(), entity.pParent) == m_records.end())
+            vTell(
+                {"Schema_ComplexSupertype", "a complex instance has a record of each supertype", entity.pParent->sName},
+                m_head.place);
+        iLeaves += std::none_of(m_records.begin(), m_records.end(),
+                                [&](const Entity* pOther) { return pOther->pParent == &entity; });
+    }
+    if (iLeaves == 1)
+        vTell({"Schema_ComplexMapping", "an instance of one entity type is no complex one", "one record"},
+              m_head.place);
+}
+
+// ---- What a value is held to
+
+// Of a parameter of the record; null where nothing is to be said, or where it was said.
+const ValueType* SchemaLevel::pParameterType(const Token& token, bool boValue) {
+    const std::size_t iIndex = m_iParameters++;
+    m_pParameter = nullptr;
+    if (!m_pRecord || iIndex >= m_pRecord->parameters.size()) return nullptr;
+    m_pParameter = &m_pRecord->parameters[iIndex];
+    if (m_pParameter->boDerived) {
+        if (token.kind != TokenKind::Derived)
+            vTell({"Schema_Derived", "the attribute is derived: it has no value in a statement", "*", token.text},
+                  token.place);
+        return nullptr;
+    }
+    if (boValue && token.kind == TokenKind::Derived) {
+        vTell({"Schema_NotDerived", "the attribute is not derived", m_pParameter->pType->sText, "*"}, token.place);
+        return nullptr;
+    }
+    if (boValue && token.kind == TokenKind::Omitted) {
+        if (!m_pParameter->boOptional)
+            vTell({"Schema_Mandatory", "the attribute is not optional", m_pParameter->pType->sText, "$"}, token.place);
+        return nullptr;
+    }
+    return m_pParameter->pType;
+}
+
+// Of what follows, be it a parameter or what stands in one.
+const ValueType* SchemaLevel::pExpected(const Token& token, bool boValue) {
+    if (m_frames.empty()) {
+        const ValueType* pType = pParameterType(token, boValue);
+        m_iHashing = pType && m_pParameter->boUnique && m_pRecord->unique.size() ? 1 : 0;
+        return pType;
+    }
+    Frame& frame = m_frames.back();
+    switch (frame.kind) {
+    case Frame::Kind::Ignored: return nullptr;
+    case Frame::Kind::Typed: break;
+    case Frame::Kind::Aggregate: ++frame.iCount; break;
+    }
+    const bool boAggregate = frame.kind == Frame::Kind::Aggregate;
+    const ValueType* pType = boAggregate ? frame.pType->pItem : frame.pType;
+    if (!boValue || (token.kind != TokenKind::Omitted && token.kind != TokenKind::Derived)) return pType;
+    const bool boMayBeUnset = boAggregate && frame.pType->boOptional && token.kind == TokenKind::Omitted;
+    if (!boMayBeUnset)
+        vTell({"Schema_ItemUnset", "an item or a typed value is never unset", pType->sText, token.text}, token.place);
+    return nullptr;
+}
+
+void SchemaLevel::vValue(const Token& value) {
+    const ValueType* pType = pExpected(value, true);
+    if (!pType) return;
+    vScalar(*pType, value);
+    if (m_iHashing > 0) vItem(valueHash(value));
+}
+
+void SchemaLevel::vOpenList(const Token& open) {
+    const ValueType* pType = pExpected(open, false);
+    Frame& frame = m_frames.emplace_back();
+    frame.place = open.place;
+    if (!pType) return;
+    if (pType->kind == ValueKind::Unknown) return;
+    if (pType->kind != ValueKind::Aggregate) return vWrong(*pType, open);
+    frame.kind = Frame::Kind::Aggregate;
+    frame.pType = pType;
+    frame.iHash = g_listHash;
+    frame.iFirstItem = m_items.size();
+    if (m_iHashing > 0 || pType->boUnique) ++m_iHashing;
+}
+
+void SchemaLevel::vOpenTyped(const Token& keyword) {
+    const ValueType* pType = pExpected(keyword, false);
+    Frame& frame = m_frames.emplace_back();
+    frame.place = keyword.place;
+    if (!pType || pType->kind == ValueKind::Unknown) return;
+    if (pType->kind != ValueKind::Select)
+        return vTell(
+            {"Schema_TypedValue", "a value has the name of a type in a SELECT alone", pType->sText, keyword.text},
+            keyword.place);
+    const auto it = pType->pSelect->types.find(keyword.text);
+    if (it == pType->pSelect->types.end())
+        return vTell({"Schema_SelectType", "the SELECT has no such type", "a member of " + pType->sText, keyword.text},
+                     keyword.place);
+    frame.kind = Frame::Kind::Typed;
+    frame.pType = it->second;
+    frame.iHash = bytesHash(keyword.text);
+    if (m_iHashing > 0) ++m_iHashing;
+}
+
+void SchemaLevel::vClose(const Token&) {
+    const Frame frame = m_frames.back();
+    m_frames.pop_back();
+    if (frame.kind == Frame::Kind::Ignored) return;
+    if (frame.kind == Frame::Kind::Aggregate) vAggregateEnd(frame);
+    if (m_iHashing == 0) return;
+    --m_iHashing;
+    if (m_iHashing > 0) vItem(frame.iHash);
+}
+
+// The hash of a value that ended belongs to what it stands in.
+void SchemaLevel::vItem(std::uint64_t iHash) {
+    if (m_frames.empty()) {
+        const std::size_t iIndex = m_iParameters - 1;
+        if (iIndex < m_values.size()) m_values[iIndex] = iHash;
+        return;
+    }
+    Frame& frame = m_frames.back();
+    frame.iHash = mixedHash(frame.iHash, iHash);
+    if (frame.kind == Frame::Kind::Aggregate && frame.pType->boUnique) m_items.push_back(iHash);
+}
+
+void SchemaLevel::vAggregateEnd(const Frame& frame) {
+    const ValueType& type = *frame.pType;
+    if (frame.iCount < type.iLow || frame.iCount > type.iHigh)
+        vTell({"Schema_Bounds", "an aggregate has another number of items", type.sText, std::to_string(frame.iCount)},
+              frame.place);
+    if (!type.boUnique) return;
+    const auto itFirst = m_items.begin() + static_cast<std::ptrdiff_t>(frame.iFirstItem);
+    std::sort(itFirst, m_items.end());
+    if (std::adjacent_find(itFirst, m_items.end()) != m_items.end())
+        vTell({"Schema_NotUnique", "an aggregate has an item twice", type.sText}, frame.place);
+    m_items.resize(frame.iFirstItem);
+}
+
+// ---- Values
+
+void SchemaLevel::vWrong(const ValueType& type, const Token& value) {
+    vTell({"Schema_ValueType", "the value is of another type", type.sText, value.text}, value.place);
+}
+
+void SchemaLevel::vScalar(const ValueType& type, const Token& value) {
+    // Of edition 3: a value that is given elsewhere.
+    if (value.kind == TokenKind::ValueName || value.kind == TokenKind::Resource) return;
+    const auto boOf = [&value](TokenKind kind) { return value.kind == kind; };
+    switch (type.kind) {
+    case ValueKind::Real: return boOf(TokenKind::Real) ? void() : vWrong(type, value);
+    case ValueKind::Integer: return boOf(TokenKind::Integer) ? void() : vWrong(type, value);
+    case ValueKind::Number: return boOf(TokenKind::Integer) || boOf(TokenKind::Real) ? void() : vWrong(type, value);
+    case ValueKind::Boolean: return value.text == ".T." || value.text == ".F." ? void() : vWrong(type, value);
+    case ValueKind::Logical:
+        return value.text == ".T." || value.text == ".F." || value.text == ".U." ? void() : vWrong(type, value);
+    case ValueKind::String: return boOf(TokenKind::String) ? vWidth(type, value) : vWrong(type, value);
+    case ValueKind::Binary: return boOf(TokenKind::Binary) ? vWidth(type, value) : vWrong(type, value);
+    case ValueKind::Enumeration: return vEnumeration(type, value);
+    case ValueKind::Entity: return boOf(TokenKind::InstanceName) ? vReference(type, value) : vWrong(type, value);
+    case ValueKind::Select:
+        if (boOf(TokenKind::InstanceName)) return vReference(type, value);
+        return vTell({"Schema_SelectUntyped", "a value in a SELECT has the name of its type",
+                      "a member of " + type.sText, value.text},
+                     value.place);
+    case ValueKind::Aggregate: return vWrong(type, value);
+    case ValueKind::Unknown: return;
+    }
+}
+
+void SchemaLevel::vEnumeration(const ValueType& type, const Token& value) {
+    if (value.kind != TokenKind::Enumeration) return vWrong(type, value);
+    const std::string_view name = value.text.size() > 2 ? value.text.substr(1, value.text.size() - 2) : value.text;
+    if (type.pEnumeration->items.contains(name)) return;
+    vTell({"Schema_Enumerator", "the enumeration has no such value", type.sText, value.text}, value.place);
+}
+
+void SchemaLevel::vWidth(const ValueType& type, const Token& value) {
+    if (type.iWidth == 0 || (type.boFixed ? value.iLength == type.iWidth : value.iLength <= type.iWidth)) return;
+    vTell({"Schema_Width", "the value has another length", type.sText, value.text}, value.place);
+}
+
+// ---- References
+
+void SchemaLevel::vReference(const ValueType& type, const Token& value) {
+    for (const std::uint32_t iInverse : m_pParameter->inverses)
+        if (!m_head.boDouble) m_uses.push_back({iInverse, value.iNumber, m_head.iNumber});
+    const Instance* pInstance = value.iNumber ? m_instances.pFind(value.iNumber) : nullptr;
+    const bool boThere = pInstance && (pInstance->iType != 0 || (pInstance->iMore & g_iComplex));
+    if (!boThere) {
+        m_references.push_back({value.iNumber, m_head.iNumber, &type, m_pParameter, value.place});
+        return;
+    }
+    if (boAccepts(type, *pInstance, value.iNumber)) return;
+    vTell({"Schema_ReferenceType", "the reference leads to an instance of another type", type.sText,
+           sTypeOf(*pInstance, value.iNumber)},
+          value.place);
+}
+
+bool SchemaLevel::boIsOf(const Entity& entity, const Instance& instance, std::uint64_t iNumber) const {
+    if (!(instance.iMore & g_iComplex))
+        return instance.iType >= entity.iTypeOrdinal && instance.iType <= entity.iTypeOrdinalLast;
+    const auto& records = m_complex.at(iNumber);
+    return std::find(records.begin(), records.end(), &entity) != records.end();
+}
+
+bool SchemaLevel::boAccepts(const ValueType& type, const Instance& instance, std::uint64_t iNumber) const {
+    if (type.kind == ValueKind::Entity) return boIsOf(*type.pEntity, instance, iNumber);
+    const auto& entities = type.pSelect->entities;
+    if (!(instance.iMore & g_iComplex)) return entities[instance.iType];
+    const auto& records = m_complex.at(iNumber);
+    return std::any_of(records.begin(), records.end(),
+                       [&](const Entity* pRecord) { return entities[pRecord->iTypeOrdinal]; });
+}
+
+// "#12 IfcWall"
+std::string SchemaLevel::sTypeOf(const Instance& instance, std::uint64_t iNumber) const {
+    std::string sText = '#' + std::to_string(iNumber);
+    if (instance.iMore & g_iComplex) {
+        for (const Entity* pRecord : m_complex.at(iNumber)) sText.append(" ").append(pRecord->sName);
+    } else if (const Entity* pOf = m_plan.pByOrdinal(instance.iType)) {
+        sText.append(" ").append(pOf->sName);
+    }
+    return sText;
+}
+
+}   // namespace oxa::check
