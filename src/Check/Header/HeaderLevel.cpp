@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::size_t g_iMaxValues = 100'000;
 constexpr std::size_t g_iMostFound = 80;
-constexpr std::size_t g_iAnyLength = 0;
 
 enum class FieldType : std::uint8_t { Text, TextOrUnset, ListOfTexts, ListOrUnset };
 
@@ -240,7 +239,7 @@ void HeaderLevel::vField(const HeaderField& field, Values values) {
 }
 
 void HeaderLevel::vText(const HeaderField& field, const Value& value) {
-    if (field.iWidth == g_iAnyLength || value.iLength <= field.iWidth) return;
+    if (value.iLength <= field.iWidth) return;
     vTell({"Header_StringLength", "the string is too long", std::to_string(field.iWidth) + " characters at most",
            std::to_string(value.iLength)},
           value.place, &field);

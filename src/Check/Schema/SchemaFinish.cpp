@@ -51,7 +51,7 @@ void SchemaLevel::vFinishReferences() {
                   reference.place);
         else
             vTell({"Schema_ReferenceMissing", "the reference leads to no instance", reference.pType->sText,
-                   '#' + std::to_string(reference.iTarget)},
+                   InstanceTable::sName(reference.iTarget)},
                   reference.place);
     }
     m_references = {};
@@ -132,7 +132,7 @@ void SchemaLevel::vFinishUnique() {
                               .line = values[i].place.iLine,
                               .column = values[i].place.iColumn,
                               .id = values[i].iNumber,
-                              .found = "as #" + std::to_string(values[iFirst].iNumber)});
+                              .found = "as " + InstanceTable::sName(values[iFirst].iNumber)});
         }
     }
     m_unique = {};

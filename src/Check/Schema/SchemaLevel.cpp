@@ -322,7 +322,7 @@ bool SchemaLevel::boAccepts(const ValueType& type, const Instance& instance, std
 
 // "#12 IfcWall"
 std::string SchemaLevel::sTypeOf(const Instance& instance, std::uint64_t iNumber) const {
-    std::string sText = '#' + std::to_string(iNumber);
+    std::string sText = InstanceTable::sName(iNumber);
     if (instance.iMore & g_iComplex) {
         for (const Entity* pRecord : m_complex.at(iNumber)) sText.append(" ").append(pRecord->sName);
     } else if (const Entity* pOf = m_plan.pByOrdinal(instance.iType)) {

@@ -229,7 +229,7 @@ void ExchangeStructure::vInstance() {
     m_lexer.vInstance(m_name.iNumber);
     const bool boDouble = !m_instances.boInsert(m_name.iNumber, m_name.place.iLine);
     if (boDouble)
-        m_lexer.vFault(SyntaxFault::InstanceDouble, m_name.place, '#' + std::to_string(m_name.iNumber),
+        m_lexer.vFault(SyntaxFault::InstanceDouble, m_name.place, InstanceTable::sName(m_name.iNumber),
                        "one of its own");
     m_lexer.next();
     m_pSink->vStatement({m_name.iNumber, m_name.place, boDouble, boAt(TokenKind::Open)});
@@ -401,7 +401,7 @@ void ExchangeStructure::vReferences() {
         const bool boName = boAt(TokenKind::InstanceName) || boAt(TokenKind::ValueName);
         if (boName) m_lexer.next();
         if (boName && name.kind == TokenKind::InstanceName && !m_instances.boInsert(name.iNumber, name.place.iLine))
-            m_lexer.vFault(SyntaxFault::InstanceDouble, name.place, '#' + std::to_string(name.iNumber),
+            m_lexer.vFault(SyntaxFault::InstanceDouble, name.place, InstanceTable::sName(name.iNumber),
                            "one of its own");
         if (!boName) boUnexpected("an instance name");
         if (!boName || !boExpect(TokenKind::Equals, "=") || !boExpect(TokenKind::Resource, "a resource") ||

@@ -29,6 +29,10 @@ std::uint64_t InstanceTable::iNumber(std::string_view digits) noexcept {
     return iValue | g_iSparse;
 }
 
+std::string InstanceTable::sName(std::uint64_t iNumber) {
+    return iNumber < g_iSparse ? '#' + std::to_string(iNumber) : std::string("an instance of more than 18 digits");
+}
+
 // A multiplication that folds, with an address as salt, which the system deals anew for each process.
 std::size_t InstanceTable::Mixed::operator()(std::uint64_t iNumber) const noexcept {
     static const char salt = 0;

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -28,6 +29,9 @@ public:
     // The number that digits stand for; those with more than 18 digits, which no exporter writes, have one that is
     // different from all others but for an accident.
     [[nodiscard]] static std::uint64_t iNumber(std::string_view digits) noexcept;
+
+    // "#12" for a number; those with more than 18 digits are told as what they are.
+    [[nodiscard]] static std::string sName(std::uint64_t iNumber);
 
     // Enters an instance. False where there is one with that number.
     bool boInsert(std::uint64_t iNumber, std::uint64_t iLine);
