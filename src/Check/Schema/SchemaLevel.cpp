@@ -151,7 +151,7 @@ const ValueType* SchemaLevel::pParameterType(const Token& token, bool boValue) {
 const ValueType* SchemaLevel::pExpected(const Token& token, bool boValue) {
     if (m_frames.empty()) {
         const ValueType* pType = pParameterType(token, boValue);
-        m_iHashing = pType && m_pParameter->boUnique && m_pRecord->unique.size() ? 1 : 0;
+        m_iHashing = pType && m_pParameter->boUnique && !m_pRecord->unique.empty() ? 1 : 0;
         return pType;
     }
     Frame& frame = m_frames.back();

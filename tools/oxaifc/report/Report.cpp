@@ -61,13 +61,13 @@ std::string sTemplateText(const std::string& sPath) {
 }
 
 // The records in the order of the file, in UTF-8.
-std::unique_ptr<ifc::Errors> templateErrors(const Model& model) {
+std::unique_ptr<ifc::Errors> templateErrors(const std::vector<ifc::ErrorRecord>& records) {
     std::size_t iBytes = 0;
-    for (const ifc::ErrorRecord& record : model.errors()) iBytes += sourceText(record).size();
+    for (const ifc::ErrorRecord& record : records) iBytes += sourceText(record).size();
     auto pErrors = std::make_unique<ifc::Errors>();
     std::string_view before;
     ifc::SourceText utf8;   // of the record before: those of one statement share it
-    for (const ifc::ErrorRecord* pRecord : recordsByLine(model.errors())) {
+    for (const ifc::ErrorRecord* pRecord : recordsByLine(records)) {
         const std::string_view text = sourceText(*pRecord);
         if (!utf8 || text.data() != before.data()) {
             std::string sText = str::Converter::to_utf8(text);
@@ -100,13 +100,13 @@ void Report::vRender(const ifc::Errors& errors, const std::string& sTemplate, co
         std::fputs(fmt::format("oxaifc: {}: {}\n", m_sTemplateName, sPrintable(faults.sLast())).c_str(), stderr);
 }
 
-void Report::vWrite(const Model& model) {
+void Report::vWrite(const ReportContent& content) {
     if (m_sTemplateName.empty()) {
-        const ReportPage page = reportPage(model);
+        const ReportPage page = reportPage(content);
         m_sTemplateName = "the page";
-        vRender(*page.pErrors, page.sTemplate, sHtml(std::filesystem::path(model.sName()).filename().string()));
+        vRender(*page.pErrors, page.sTemplate, sHtml(std::filesystem::path(content.sName).filename().string()));
     } else {
-        vRender(*templateErrors(model), m_sTemplate, model.sName());
+        vRender(*templateErrors(*content.pRecords), m_sTemplate, content.sName);
     }
     m_target.vFinish();
 }

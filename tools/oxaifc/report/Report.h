@@ -12,8 +12,8 @@
 #include <memory>
 #include <string>
 
-#include "oxaifc/formats/Model.h"
 #include "oxaifc/io/Target.h"
+#include "oxaifc/report/ReportPage.h"
 
 namespace oxa::tool {
 
@@ -32,7 +32,7 @@ public:
     // either is told at once.
     Report(const ReportOptions& options, const std::string& sPath);
 
-    void vWrite(const Model& model);
+    void vWrite(const ReportContent& content);
 
 private:
     void vRender(const ifc::Errors& errors, const std::string& sTemplate, const std::string& sFileName);

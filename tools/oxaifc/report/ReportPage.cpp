@@ -127,18 +127,22 @@ std::string sVerdict(const Model& model, const RecordCounts& counts) {
     return sText;
 }
 
-Json facts(const Model& model) {
-    Json result = Json::array();
-    const auto vFact = [&result](std::string_view label, std::string_view text) {
-        if (!text.empty()) result.push_back({{"label", sHtml(label)}, {"value", sHtml(text)}});
-    };
-    vFact("Path", model.sName());
-    vFact("Size", sCounted(model.iBytes(), "byte"));
-    vFact("Schema", model.sSchemaName());
-    vFact("Entities", sGrouped(model.data().entities().size()));
+std::vector<std::pair<std::string, std::string>> facts(const Model& model) {
+    std::vector<std::pair<std::string, std::string>> result{{"Path", model.sName()},
+                                                            {"Size", sCounted(model.iBytes(), "byte")},
+                                                            {"Schema", model.sSchemaName()},
+                                                            {"Entities", sGrouped(model.data().entities().size())}};
     if (!model.pHeader()) return result;
     for (const HeaderRow& row : headerRows(*model.pHeader()))
-        if (!row.boGroup && row.sLabel != "Schema") vFact(row.sLabel, row.sText);
+        if (!row.boGroup && row.sLabel != "Schema") result.emplace_back(row.sLabel, row.sText);
+    return result;
+}
+
+// Those that have a text.
+Json factRows(const std::vector<std::pair<std::string, std::string>>& facts) {
+    Json result = Json::array();
+    for (const auto& [sLabel, sText] : facts)
+        if (!sText.empty()) result.push_back({{"label", sHtml(sLabel)}, {"value", sHtml(sText)}});
     return result;
 }
 
@@ -197,17 +201,22 @@ std::string sHtml(std::string_view text) {
     return sResult;
 }
 
-ReportPage reportPage(const Model& model) {
-    const std::vector<RecordGroup> groups = recordGroups(model.errors());
+ReportContent reportContent(const Model& model) {
+    const bool boFine = model.errors().empty() && model.boOk() && model.sLost().empty();
+    return {model.sName(), &model.errors(), sVerdict(model, recordCounts(model.errors())),
+            boFine         ? "ok"
+            : model.boOk() ? "error"
+                           : "fatal",
+            facts(model)};
+}
+
+ReportPage reportPage(const ReportContent& content) {
+    const std::vector<RecordGroup> groups = recordGroups(*content.pRecords);
     const RowChoice choice(groups);
-    const RecordCounts counts = recordCounts(model.errors());
-    const bool boFine = groups.empty() && model.boOk() && model.sLost().empty();
-    Json page = {{"verdict", sVerdict(model, counts)},
-                 {"state", boFine         ? "ok"
-                           : model.boOk() ? "error"
-                                          : "fatal"},
-                 {"facts", facts(model)},
-                 {"counts", countRows(counts)},
+    Json page = {{"verdict", content.sVerdict},
+                 {"state", content.state},
+                 {"facts", factRows(content.facts)},
+                 {"counts", countRows(recordCounts(*content.pRecords))},
                  {"program", "oxaifc " OXA_VERSION}};
     vGroupsAdd(page, groups, choice);
     // As a value of the template's language, which takes JSON in plain ASCII as it is.

@@ -8,6 +8,9 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Format/Ifc/IfcFileError.h"
 #include "oxaifc/formats/Model.h"
@@ -23,11 +26,22 @@ inline constexpr std::size_t g_iMostTextBytes = 1000;    // of a message or a so
 // Text as HTML, in one line, with control characters made visible and bytes outside of UTF-8 taken as Latin-1.
 [[nodiscard]] std::string sHtml(std::string_view text);
 
+// What a page is about: records, and what is said of the file as a whole. Texts are as they are, not HTML.
+struct ReportContent {
+    std::string sName;                               // of the file
+    const std::vector<ifc::ErrorRecord>* pRecords;   // never null; of what makes the page
+    std::string sVerdict;
+    std::string_view state;                                   // "ok", "error" or "fatal"
+    std::vector<std::pair<std::string, std::string>> facts;   // label and text
+};
+// That of a read. Good as long as the model.
+[[nodiscard]] ReportContent reportContent(const Model& model);
+
 struct ReportPage {
     std::unique_ptr<ifc::Errors> pErrors;   // the records that are drawn, their texts as HTML
     std::string sTemplate;
 };
-[[nodiscard]] ReportPage reportPage(const Model& model);
+[[nodiscard]] ReportPage reportPage(const ReportContent& content);
 
 // The text of ReportPage.html.
 [[nodiscard]] std::string sReportPageText();

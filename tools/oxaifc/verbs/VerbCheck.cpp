@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// VerbCheck: "oxaifc check": the error list of a read by its groups, as text, as JSON or as a report.
+// VerbCheck: "oxaifc check": the error list of a read by its groups, as text, as JSON or as a report; with --strict whether
+// the file is valid (StrictCheck.h).
 
 #include <algorithm>
 #include <cstddef>
@@ -20,7 +21,9 @@
 #include "oxaifc/report/RecordJson.h"
 #include "oxaifc/report/Records.h"
 #include "oxaifc/report/Report.h"
+#include "oxaifc/report/ReportPage.h"
 #include "oxaifc/verbs/Several.h"
+#include "oxaifc/verbs/StrictCheck.h"
 #include "oxaifc/verbs/Verb.h"
 
 namespace oxa::tool {
@@ -34,11 +37,13 @@ constexpr std::size_t g_iLongText = 64u << 10;   // elsewhere
 constexpr std::size_t g_iRecordsOfGroup = 10;    // that are told, without --all
 constexpr std::size_t g_iRecordsOfJson = 100;    // the same
 
-struct CheckOptions : ModelOptions {
+struct CheckVerbOptions : ModelOptions {
     std::vector<std::string> paths;
     bool boJson = false;
     bool boAll = false;
     ReportOptions report;
+    std::string sStrict;   // the levels; empty without --strict
+    std::string sSarif;    // OUT; empty without
 
     [[nodiscard]] bool boSeveral() const noexcept { return paths.size() > 1; }
 };
@@ -106,7 +111,7 @@ void vCountsWrite(const Model& model, Output& output) {
 
 // Most frequent groups first, the first records of each; with --all every record, each group followed by what
 // follows from it.
-void vTextWrite(const CheckOptions& options, const Model& model, Output& output) {
+void vTextWrite(const CheckVerbOptions& options, const Model& model, Output& output) {
     if (options.boSeveral() && !model.errors().empty())
         output.vPrint("{}\n", output.sTinted(Tint::Bold, sPrintable(model.sName()) + ":"));
     const std::size_t iMost = options.boAll ? model.errors().size() : g_iRecordsOfGroup;
@@ -144,7 +149,7 @@ struct JsonRest {
 };
 
 // Its records in the order of the file; with several files each tells its own.
-void vJsonWrite(const CheckOptions& options, const Model& model, JsonRest& rest, Output& output) {
+void vJsonWrite(const CheckVerbOptions& options, const Model& model, JsonRest& rest, Output& output) {
     const auto withFile = [&options](Json value) {
         if (options.boSeveral()) value["file"] = options.sPath;
         return value;
@@ -165,7 +170,7 @@ void vJsonWrite(const CheckOptions& options, const Model& model, JsonRest& rest,
     }
 }
 
-int iCheckOne(const CheckOptions& options, JsonRest& rest, Output& output) {
+int iCheckOne(const CheckVerbOptions& options, JsonRest& rest, Output& output) {
     const bool boReport = options.report.boWanted();
     if (options.boJson && options.report.boToOutput())
         throw Failure("check: --json and a report can't both go to standard output; name a file: --html OUT");
@@ -174,7 +179,7 @@ int iCheckOne(const CheckOptions& options, JsonRest& rest, Output& output) {
     std::optional<Report> report;
     if (boReport) report.emplace(options.report, options.sPath);
     const Model model(options, true);
-    if (report) report->vWrite(model);
+    if (report) report->vWrite(reportContent(model));
     // A report has the records; where it went to a file, the counts are the output.
     if (options.boJson)
         vJsonWrite(options, model, rest, output);
@@ -184,8 +189,13 @@ int iCheckOne(const CheckOptions& options, JsonRest& rest, Output& output) {
     return model.iExitCode();
 }
 
-int iCheck(CheckOptions& options, Output& output) {
+int iCheck(CheckVerbOptions& options, Output& output) {
     if (options.boSeveral() && options.report.boWanted()) throw Failure("check: a report is about one FILE");
+    if (!options.sStrict.empty())
+        return iStrictCheck(
+            {options, options.paths, options.sStrict, options.report, options.sSarif, options.boJson, options.boAll},
+            output);
+    if (!options.sSarif.empty()) throw Failure("check: --sarif goes with --strict");
     JsonRest rest;
     if (options.boJson) {
         output.vPrint("{{\"records\":");
@@ -204,7 +214,7 @@ int iCheck(CheckOptions& options, Output& output) {
 }
 
 VerbRun declare(CLI::App& command) {
-    const auto pOptions = std::make_shared<CheckOptions>();
+    const auto pOptions = std::make_shared<CheckVerbOptions>();
     pOptions->vDeclareSeveral(command, pOptions->paths);
     command.add_flag("--json", pOptions->boJson,
                      "print a JSON object: the first 100 records of each group of errors, the groups, the files");
@@ -218,6 +228,14 @@ VerbRun declare(CLI::App& command) {
                     "instead of that page what this inja template makes of the errors, on standard output without "
                     "--html; files that it includes are looked for from the working folder on")
         ->type_name("X");
+    command
+        .add_flag("--strict", pOptions->sStrict,
+                  "say whether the file is valid instead of whether it can be read: by all levels, or by those named "
+                  "behind a \"=\": syntax, header, schema, rules")
+        ->type_name("LEVELS");
+    command
+        .add_option("--sarif", pOptions->sSarif, "with --strict: write what fails to this file as SARIF 2.1.0 as well")
+        ->type_name("OUT");
     return [pOptions](Output& output) { return iCheck(*pOptions, output); };
 }
 

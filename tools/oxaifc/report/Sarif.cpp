@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "oxaifc/report/Sarif.h"
+
+#include <filesystem>
+#include <string_view>
+
+#include <fmt/format.h>
+
+#include "oxaifc/report/CheckText.h"
+
+namespace oxa::tool {
+
+namespace {
+
+std::string sDump(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+}   // namespace
+
+std::string sUriOf(const std::string& sPath) {
+    constexpr std::string_view plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~/";
+    const std::filesystem::path path(sPath);
+    std::string sUri = path.is_absolute() ? "file://" : "";
+    for (const char c : path.generic_string())
+        sUri += plain.find(c) != std::string_view::npos ? std::string(1, c)
+                                                        : fmt::format("%{:02X}", static_cast<unsigned char>(c));
+    return sUri;
+}
+
+Sarif::Sarif(std::ostream& stream) : m_stream(stream) {
+    m_stream << R"({"$schema":"https://json.schemastore.org/sarif-2.1.0.json","version":"2.1.0","runs":[{"results":[)";
+}
+
+void Sarif::vResult(const CheckRecord& record, const std::string& sUri) {
+    const CheckGroup& group = *record.group;
+    const CheckPlace& place = *record.place;
+    m_rules.emplace(group.key, group.message);
+    Json location = {{"physicalLocation", {{"artifactLocation", {{"uri", sUri}}}}}};
+    if (place.line) location["physicalLocation"]["region"]["startLine"] = place.line;
+    Json properties = {{"level", checkLevelName(group.level)}, {"rule", group.rule}};
+    if (place.id) properties["entity"] = place.id;
+    if (place.column) properties["column"] = place.column;
+    if (!group.type.empty()) properties["type"] = group.type;
+    if (!group.attribute.empty()) properties["attribute"] = group.attribute;
+    m_stream << (m_boFirst ? "\n" : ",\n")
+             << sDump({{"ruleId", group.key},
+                       {"level", group.weight == CheckWeight::Note ? "note" : "error"},
+                       {"message", {{"text", sCheckMessage(record)}}},
+                       {"locations", Json::array({location})},
+                       {"properties", properties}});
+    m_boFirst = false;
+}
+
+void Sarif::vFile(const std::string& sPath, const CheckResult& result) {
+    const std::string sUri = sUriOf(sPath);
+    for (const CheckRecord& record : result.records()) vResult(record, sUri);
+}
+
+void Sarif::vFinish() {
+    Json rules = Json::array();
+    for (const auto& [sKey, sText] : m_rules) rules.push_back({{"id", sKey}, {"shortDescription", {{"text", sText}}}});
+    m_stream << "\n],\"tool\":" << sDump({{"driver", {{"name", "oxaifc"}, {"version", OXA_VERSION}, {"rules", rules}}}})
+             << "}]}\n";
+}
+
+}   // namespace oxa::tool
