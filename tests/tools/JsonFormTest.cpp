@@ -73,6 +73,24 @@ TEST(JsonForm, EveryVerbKeepsToTheSchema) {
     }
 }
 
+TEST(JsonForm, StrictChecksKeepToTheirs) {
+    const TestFolder folder;
+    const std::string sBad = folder.sFile("faulty.ifc", sFaulty());
+    const std::vector<std::string> calls[] = {
+        {"check", "--strict", sBad},
+        {"check", "--strict", "--all", sBad, sExample("house-ifc4.ifc")},
+        {"check", "--strict=syntax", sExample("house-ifc2x3.ifc")},
+    };
+    for (std::vector<std::string> words : calls) {
+        SCOPED_TRACE(testing::PrintToString(words));
+        words.emplace_back("--json");
+        const ProgramRun run = runProgram(words);
+        const Json value = run.json();
+        ASSERT_FALSE(value.is_discarded()) << run.sOut << run.sError;
+        EXPECT_EQ(schema().sFault(value, "checkStrict"), "");
+    }
+}
+
 // A verb with --json that the schema does not know.
 TEST(JsonForm, TheSchemaHasEveryVerb) {
     const std::string sHelp = runProgram({"--help"}).sOut;

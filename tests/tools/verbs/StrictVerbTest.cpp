@@ -104,7 +104,7 @@ TEST(StrictVerb, GivesRecordsAsJson) {
                            {"column", 29},
                            {"entity", 1},
                            {"type", "IfcPerson"},
-                           {"attribute", ""},
+                           {"attribute", nullptr},
                            {"text", "7"}};
     EXPECT_EQ(json["records"][0], expected);
     EXPECT_EQ(json["groups"].size(), 4U);

@@ -37,6 +37,9 @@ std::string sSubject(const CheckGroup& group) {
     return group.attribute.empty() ? group.type : group.type + '.' + group.attribute;
 }
 
+// null for what is not known, as in records of a read.
+Json known(const std::string& sText) { return sText.empty() ? Json() : Json(sText); }
+
 }   // namespace
 
 std::string sCheckTitle(const CheckGroup& group) {
@@ -97,18 +100,19 @@ Json checkRecordJson(const CheckRecord& record) {
             {"line", place.line},
             {"column", place.column},
             {"entity", place.id ? Json(place.id) : Json(nullptr)},
-            {"type", group.type},
-            {"attribute", group.attribute},
+            {"type", known(group.type)},
+            {"attribute", known(group.attribute)},
             {"text", place.found}};
 }
 
 Json checkGroupJson(const CheckGroup& group) {
     return {{"key", group.key},
             {"severity", group.weight == CheckWeight::Note ? "note" : "error"},
+            {"category", checkLevelName(group.level)},
             {"level", checkLevelName(group.level)},
             {"rule", group.rule},
-            {"type", group.type},
-            {"attribute", group.attribute},
+            {"type", known(group.type)},
+            {"attribute", known(group.attribute)},
             {"message", group.message},
             {"expected", group.expected},
             {"count", group.count},

@@ -52,10 +52,10 @@ std::array<bool, checkLevelCount> levelsOf(std::string_view text) {
 }
 
 CheckResult checkedFile(const StrictOptions& options, const std::string& sPath) {
-    const std::unique_ptr<Input> pInput = pFileOpen(sPath);
+    const std::unique_ptr<Input> pInput = pFileOpen(sPath, options.model.unpack.limits());
     if (boBeginsAsHtml(pInput->firstBytes()))
         throw Failure(fmt::format("{}: is a page of the web (HTML)", pInput->sName()));
-    const Format& format = formatOfInput(sPath, pInput->firstBytes());
+    const Format& format = formatOfInput(pInput->sInside(), pInput->firstBytes());
     if (std::string_view(format.word) != "step")
         throw Failure(fmt::format("{}: is {}; --strict is for STEP files", pInput->sName(), format.file));
     const SchemaSource schemas(options.model.schemaPaths);
