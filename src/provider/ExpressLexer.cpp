@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The words of EXPRESS (ISO 10303-11, 7). Only what declarations need: operators come as single characters, ":=" aside,
-// since expressions are passed over.
+// The words of EXPRESS (ISO 10303-11, 7): those of declarations as keywords, all others as plain words, operators whole.
 #include "provider/ExpressLexer.h"
 
 #include <algorithm>
@@ -97,6 +96,15 @@ constexpr bool boAscending() {
 }
 static_assert(boAscending(), "keywordOf searches the table by halves");
 
+// The symbols of more than one character, longer ones before those that they begin with.
+constexpr std::string_view g_longSymbols[] = {":<>:", ":=:", ":=", "<>", "<=", "<*", ">=", "**", "||"};
+
+std::size_t iSymbolLength(std::string_view text) noexcept {
+    for (const std::string_view symbol : g_longSymbols)
+        if (text.starts_with(symbol)) return symbol.size();
+    return 1;
+}
+
 Keyword keywordOf(std::string_view word) noexcept {
     if (word.size() > g_iLongestKeyword) return Keyword::None;
     std::array<char, g_iLongestKeyword> buffer;
@@ -177,6 +185,19 @@ std::size_t ExpressLexer::iStringLength() const noexcept {
     return 0;
 }
 
+// The length with all that follows without a blank, and with the sign of an exponent, as in "1.5E-3".
+std::size_t ExpressLexer::iNumberLength() const noexcept {
+    std::size_t iLength = 1;
+    bool boPoint = false;
+    for (;; ++iLength) {
+        const char c = cAt(iLength);
+        const char cBefore = cAt(iLength - 1);
+        const bool boSign = boPoint && (c == '-' || c == '+') && (cBefore == 'E' || cBefore == 'e');
+        if (!boIs(c, Inner) && c != '.' && !boSign) return iLength;
+        boPoint = boPoint || c == '.';
+    }
+}
+
 Token ExpressLexer::fault(const char* sWhy) noexcept {
     m_iAt = m_text.size();
     return {TokenKind::Fault, Keyword::None, sWhy, m_place};
@@ -193,17 +214,16 @@ Token ExpressLexer::next() {
         token.kind = TokenKind::Word;
         while (boIs(cAt(iLength), Inner)) ++iLength;
     } else if (boIs(c, Digit)) {
-        // "1.5E-3" comes as number, "-", number: enough, since no number is needed but whole ones.
         token.kind = TokenKind::Number;
-        while (boIs(cAt(iLength), Inner) || cAt(iLength) == '.') ++iLength;
+        iLength = iNumberLength();
     } else if (c == '\'' || c == '"') {
         token.kind = TokenKind::String;
         iLength = iStringLength();
         if (iLength == 0) return fault("string not closed on its line");
-    } else if (c == ':' && cAt(1) == '=') {
-        iLength = 2;
     } else if (!boIs(c, Symbol)) {
         return fault("not a character of EXPRESS");
+    } else {
+        iLength = iSymbolLength(m_text.substr(m_iAt));
     }
     token.text = m_text.substr(m_iAt, iLength);
     if (token.kind == TokenKind::Word) token.keyword = keywordOf(token.text);

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // ExpressLexer: EXPRESS text as tokens (ISO 10303-11, clause 7).
 //
-// For      ExpressParser and, for the type of an attribute, FactTable.
+// For      ExpressParser and, for the type of an attribute, FactTable; the rules of src/Check.
 // Threads  one lexer per thread.
 #pragma once
 
 #include <string>
 #include <string_view>
 
+#include "platform/Export.h"
 #include "provider/ExpressDeclarations.h"
 
 namespace oxa::ifc::def::express {
@@ -69,7 +70,7 @@ enum class TokenKind : unsigned char {
     Word,   // an identifier or a reserved word
     Number,
     String,   // with its quotes
-    Symbol,   // one character, or ":="
+    Symbol,   // of operators and punctuation, one character or more, as "<=" and ":<>:"
     End,      // of the text
     Fault,    // no token of EXPRESS; "text" says why. Only End follows
 };
@@ -81,7 +82,7 @@ struct Token {
     Place place;
 };
 
-class ExpressLexer {
+class OXA_SCHEMA_API ExpressLexer {
 public:
     // "text" must outlive the tokens. "place" is where it begins; a UTF-8 byte order mark is passed over.
     explicit ExpressLexer(std::string_view text, Place place = {});
@@ -94,6 +95,7 @@ private:
     [[nodiscard]] const char* pSkipBlanks() noexcept;           // null, or why there is no next token
     [[nodiscard]] bool boSkipComment() noexcept;                // "(* ... *)", which nests
     [[nodiscard]] std::size_t iStringLength() const noexcept;   // 0 when it is not closed on its line
+    [[nodiscard]] std::size_t iNumberLength() const noexcept;
     [[nodiscard]] Token fault(const char* sWhy) noexcept;
 
     std::string_view m_text;
