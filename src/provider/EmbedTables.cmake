@@ -1,11 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 # EmbedTables: makes one C++ source of the fact tables, with string literals short enough for any compiler.
-# Run by the build:  cmake -DOUTPUT=<file> "-DTABLES=<file>;<file>" -P EmbedTables.cmake
-# A table's name is its file's name without the extension.
+# Run by the build:  cmake -DOUTPUT=<file> "-DTABLES=<file>;<file>" -DHEADER=<file> -DSPACE=<namespace> -DVARIABLE=<name>
+#                    -P EmbedTables.cmake
+# A table's name is its file's name without the extension. The header declares the variable: a span of BuiltInTable.
 
 set(piece_size 12000)
-set(source "// Made from schemas/ by EmbedTables.cmake.\n#include \"provider/BuiltInSchemas.h\"\n\n")
-string(APPEND source "namespace oxa::ifc::def::express {\n\nnamespace {\n\n")
+set(source "// Made from schemas/ by EmbedTables.cmake.\n#include \"${HEADER}\"\n\n")
+string(APPEND source "namespace ${SPACE} {\n\nusing oxa::ifc::def::express::BuiltInTable;\n\nnamespace {\n\n")
 set(rows "")
 foreach(table IN LISTS TABLES)
   get_filename_component(name "${table}" NAME_WE)
@@ -25,6 +26,6 @@ foreach(table IN LISTS TABLES)
   string(APPEND rows "    {\"${name}\", g_pieces${name}},\n")
 endforeach()
 string(APPEND source "constexpr BuiltInTable g_tables[] = {\n${rows}};\n\n}   // namespace\n\n")
-string(APPEND source "const std::span<const BuiltInTable> g_builtInTables = g_tables;\n\n")
-string(APPEND source "}   // namespace oxa::ifc::def::express\n")
+string(APPEND source "const std::span<const BuiltInTable> ${VARIABLE} = g_tables;\n\n")
+string(APPEND source "}   // namespace ${SPACE}\n")
 file(WRITE "${OUTPUT}" "${source}")

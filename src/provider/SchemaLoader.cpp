@@ -24,6 +24,7 @@ std::unique_ptr<def::SchemaPset> SchemaLoader::pSchemaFromExpress(std::string_vi
     std::unique_ptr<def::SchemaPset> pSchema = def::express::GraphBuilder(declaration, messages).pBuild();
     // Only the name in common with the published schema, and it stays without; pXmlDefaults tells.
     if (pSchema) static_cast<void>(def::express::boXmlMappingAttach(*pSchema));
+    if (pSchema) pSchema->sExpress = text;
     return pSchema;
 }
 

@@ -36,7 +36,7 @@ public:
     static std::vector<std::string_view> builtInNames();
 
     /// Reads EXPRESS long form (ISO 10303-11), with or without a UTF-8 byte order mark. Null, and at least
-    /// one message more, when the text is at fault. Nothing points into the text afterwards. A schema that is IFC4 by
+    /// one message more, when the text is at fault. The schema keeps a copy of the text, and nothing points into the caller's. A schema that is IFC4 by
     /// its name and has the attributes of the published ifcXML configuration gets that; others have no pXmlDefaults.
     static std::unique_ptr<def::SchemaPset> pSchemaFromExpress(std::string_view text,
                                                                std::vector<SchemaMessage>& messages);

@@ -356,6 +356,7 @@ public:
     ~SchemaPset() override;
 
     const xmlschema::Defaults* pXmlDefaults = nullptr;   ///< default ifcXML modes; null without ifcXML
+    std::string sExpress;   ///< the text that it was read from, whose rules no graph holds; empty for a built-in one
 };
 
 }   // namespace oxa::ifc::def

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+// BuiltInRules: the rules of a schema: of a published one from the table that the library carries, of any other from the
+// text that it was read from.
+//
+// For      the level "rules".
+// Owner    programs of built-in schemas stay for the life of the process.
+// Threads  any number at once; a table is decoded by the first that asks, while the others wait.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+
+#include "Check/Rules/Code.h"
+#include "provider/BuiltInSchemas.h"
+#include "schema/Schema.h"
+
+namespace oxa::check::rules {
+
+// The tables of rules, in pieces. BuiltInRuleTables.cpp, which the build makes of the files of schemas/, defines it.
+extern const std::span<const ifc::def::express::BuiltInTable> g_builtInRules;
+
+struct SchemaProgram {
+    const Program* pProgram = nullptr;       // null where there are no rules to be had
+    std::unique_ptr<const Program> pOwned;   // the same, unless it is a built-in schema's
+    std::string sAgainst;                    // why there are none
+};
+
+[[nodiscard]] SchemaProgram programOf(const ifc::def::SchemaPset& schema);
+
+}   // namespace oxa::check::rules
