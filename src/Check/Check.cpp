@@ -9,6 +9,7 @@
 
 #include "Check/Collector.h"
 #include "Check/Header/HeaderLevel.h"
+#include "Check/Rules/RuleLevel.h"
 #include "Check/Schema/SchemaLevel.h"
 #include "Check/Syntax/ExchangeStructure.h"
 #include "Model/Error.h"
@@ -43,10 +44,24 @@ std::string sAgainstSchema(const check::HeaderLevel& header, const std::optional
            " faulty in syntax and not looked at wholly";
 }
 
+// The rules need a model: the stream is read once more from where it stood.
+std::string sRules(std::istream& bytes, std::istream::pos_type begin, const check::HeaderLevel& header,
+                   const CheckOptions& options, check::InstanceTable& instances, check::Collector& collector,
+                   CheckResult& result) {
+    if (!boAsked(options, CheckLevel::Rules)) return {};
+    if (!header.pSchema()) return sNoSchema(header);
+    bytes.clear();
+    if (begin == std::istream::pos_type(-1) || !bytes.seekg(begin)) return "the stream can't be read a second time";
+    check::RuleLevelResult rules = check::ruleLevel(bytes, *header.pSchema(), options, instances, collector);
+    if (!rules.counts.schema.empty()) result.rules.push_back(std::move(rules.counts));
+    return rules.sAgainst;
+}
+
 }   // namespace
 
 CheckResult checkStream(std::istream& bytes, const CheckOptions& options) {
     CheckResult result;
+    const std::istream::pos_type begin = bytes.tellg();
     check::Collector collector(options.mostPlaces);
     check::InstanceTable instances;
     check::HeaderLevel header(options, collector);
@@ -63,12 +78,12 @@ CheckResult checkStream(std::istream& bytes, const CheckOptions& options) {
 
     result.statements = structure.iStatements();
     result.bytes = structure.iBytes();
+    const std::string sAgainstRules = sRules(bytes, begin, header, options, instances, collector, result);
     collector.vFinish(result);
     vConclude(result, options, CheckLevel::Syntax, {});
     vConclude(result, options, CheckLevel::Header, {});
     vConclude(result, options, CheckLevel::Schema, sAgainstSchema(header, schema));
-    vConclude(result, options, CheckLevel::Rules,
-              header.pSchema() ? "the schema's rules were not evaluated" : sNoSchema(header));
+    vConclude(result, options, CheckLevel::Rules, sAgainstRules);
     return result;
 }
 
