@@ -13,12 +13,13 @@
 
 #include "Check/Express/Tree.h"
 #include "Check/Express/Words.h"
+#include "platform/Export.h"
 #include "provider/ExpressLexer.h"
 #include "provider/SchemaMessage.h"
 
 namespace oxa::check::express {
 
-class Parser {
+class OXA_CHECK_API Parser {
 public:
     static constexpr unsigned short g_iDepthLimit = 256;
 

@@ -10,13 +10,14 @@
 #include <string>
 
 #include "Check/Express/Tree.h"
+#include "platform/Export.h"
 
 namespace oxa::check::express {
 
-[[nodiscard]] std::string sText(const Expression& expression);
-[[nodiscard]] std::string sText(const TypeTree& type);
-[[nodiscard]] std::string sText(const Block& block);
+[[nodiscard]] OXA_CHECK_API std::string sText(const Expression& expression);
+[[nodiscard]] OXA_CHECK_API std::string sText(const TypeTree& type);
+[[nodiscard]] OXA_CHECK_API std::string sText(const Block& block);
 // All of it, as a text that Parser::boReadSchema takes: a table of rules.
-[[nodiscard]] std::string sText(const SchemaRules& rules);
+[[nodiscard]] OXA_CHECK_API std::string sText(const SchemaRules& rules);
 
 }   // namespace oxa::check::express

@@ -12,13 +12,14 @@
 #include <string>
 
 #include "Check/Rules/Code.h"
+#include "platform/Export.h"
 #include "provider/BuiltInSchemas.h"
 #include "schema/Schema.h"
 
 namespace oxa::check::rules {
 
 // The tables of rules, in pieces. BuiltInRuleTables.cpp, which the build makes of the files of schemas/, defines it.
-extern const std::span<const ifc::def::express::BuiltInTable> g_builtInRules;
+extern OXA_CHECK_API const std::span<const ifc::def::express::BuiltInTable> g_builtInRules;
 
 struct SchemaProgram {
     const Program* pProgram = nullptr;       // null where there are no rules to be had
@@ -26,6 +27,6 @@ struct SchemaProgram {
     std::string sAgainst;                    // why there are none
 };
 
-[[nodiscard]] SchemaProgram programOf(const ifc::def::SchemaPset& schema);
+[[nodiscard]] OXA_CHECK_API SchemaProgram programOf(const ifc::def::SchemaPset& schema);
 
 }   // namespace oxa::check::rules

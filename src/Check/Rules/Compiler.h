@@ -11,10 +11,12 @@
 
 #include "Check/Express/Tree.h"
 #include "Check/Rules/Code.h"
+#include "platform/Export.h"
 
 namespace oxa::check::rules {
 
 // "graph" must outlive the program. Takes the trees over.
-[[nodiscard]] std::unique_ptr<const Program> pCompile(const schema::Schema& graph, express::SchemaRules trees);
+[[nodiscard]] OXA_CHECK_API std::unique_ptr<const Program> pCompile(const schema::Schema& graph,
+                                                                    express::SchemaRules trees);
 
 }   // namespace oxa::check::rules

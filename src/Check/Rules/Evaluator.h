@@ -18,6 +18,7 @@
 #include "Check/Rules/ModelIndex.h"
 #include "Check/Rules/Value.h"
 #include "Format/Ifc/IfcFileEntity.h"
+#include "platform/Export.h"
 
 namespace oxa::check::rules {
 
@@ -36,7 +37,7 @@ struct Frame {
     std::uint16_t iLevel = 0;
 };
 
-class Evaluator {
+class OXA_CHECK_API Evaluator {
 public:
     Evaluator(const Program& program, ModelIndex& index, const Limits& limits = {});
 

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "Check/Rules/Evaluator.h"
+#include "platform/Export.h"
 
 namespace oxa::check::rules {
 
@@ -19,6 +20,6 @@ namespace oxa::check::rules {
                                   const std::function<Value(const Node&)>& evaluate);
 
 // A value as a reader of the text would write it: 'text', .T., #12=IfcWall, [1, 2], ?; cut where it is long.
-[[nodiscard]] std::string sValueText(Evaluator& evaluator, const Value& value);
+[[nodiscard]] OXA_CHECK_API std::string sValueText(Evaluator& evaluator, const Value& value);
 
 }   // namespace oxa::check::rules

@@ -15,11 +15,12 @@
 #include <vector>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
+#include "platform/Export.h"
 #include "schema/Schema.h"
 
 namespace oxa::check::rules {
 
-class ModelIndex {
+class OXA_CHECK_API ModelIndex {
 public:
     explicit ModelIndex(const ifc::Data& data) : m_data(data) {}
 

@@ -17,6 +17,7 @@
 #include "Check/Rules/Code.h"
 #include "Check/Rules/Evaluator.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
+#include "platform/Export.h"
 
 namespace oxa::check::rules {
 
@@ -53,6 +54,7 @@ struct RuleOptions {
     std::function<void(std::size_t iDone, std::size_t iAll)> progress{};   // on the caller's thread; may be empty
 };
 
-[[nodiscard]] RuleResult checkRules(const Program& program, const ifc::Data& data, const RuleOptions& options = {});
+[[nodiscard]] OXA_CHECK_API RuleResult checkRules(const Program& program, const ifc::Data& data,
+                                                  const RuleOptions& options = {});
 
 }   // namespace oxa::check::rules
