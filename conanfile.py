@@ -43,6 +43,8 @@ class OxaIfc(ConanFile):
         self.requires("nlohmann_json/[>=3.11 <4]")
         self.requires("pugixml/[>=1.13 <2]")
         self.requires("re2/[>=20220601]")
+        self.requires("sqlite3/[>=3.40 <4]")
+        self.requires("libxlsxwriter/[>=1.1 <2]")
         self.requires("utfcpp/[>=3.2 <5]")
         self.requires("zlib/[>=1.2.11 <2]")
 

@@ -18,6 +18,12 @@ pkg_check_modules(pugixml REQUIRED IMPORTED_TARGET pugixml)
 # RE2, the regular expressions of selectors.
 pkg_check_modules(re2 REQUIRED IMPORTED_TARGET re2)
 
+# SQLite, which tables are written to and asked by.
+pkg_check_modules(sqlite3 REQUIRED IMPORTED_TARGET sqlite3>=3.40)
+
+# libxlsxwriter, which workbooks of tables come from.
+pkg_check_modules(xlsxwriter REQUIRED IMPORTED_TARGET xlsxwriter)
+
 # libzip and zlib, which unpack .ifczip and .gz.
 pkg_check_modules(libzip REQUIRED IMPORTED_TARGET libzip)
 pkg_check_modules(zlib REQUIRED IMPORTED_TARGET zlib)

@@ -4,7 +4,7 @@
 include(CMakePackageConfigHelpers)
 include(OxaPublicHeaders)
 
-set(oxaLibraries Platform SchemaPset OxaIfc Model Compare Convert Check)
+set(oxaLibraries Platform SchemaPset OxaIfc Model Compare Convert Check Tables)
 
 # What a user of the libraries may have to find besides them, a row a target:
 #   target | how CMake finds it | pkg-config module | link flags, where there is no such module
@@ -14,6 +14,8 @@ set(oxaUserNeeds
   "PkgConfig::libzip|oxaifc_find_module(libzip)|libzip|"
   "PkgConfig::pugixml|oxaifc_find_module(pugixml)|pugixml|"
   "PkgConfig::re2|oxaifc_find_module(re2)|re2|"
+  "PkgConfig::sqlite3|oxaifc_find_module(sqlite3)|sqlite3|"
+  "PkgConfig::xlsxwriter|oxaifc_find_module(xlsxwriter)|xlsxwriter|"
   "PkgConfig::zlib|oxaifc_find_module(zlib)|zlib|")
 
 # oxa_is_header_only(<variable> <target>): whether linking the target adds nothing to a link line.
@@ -137,7 +139,7 @@ configure_file("${PROJECT_SOURCE_DIR}/cmake/OxaIfc.pc.in" "${PROJECT_BINARY_DIR}
 install(FILES "${PROJECT_BINARY_DIR}/OxaIfc.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
   COMPONENT OxaIfc_Development)
 # Each library on the core has a module of its own, which brings that one.
-foreach(OXA_PC_PART IN ITEMS Model Compare Convert Check)
+foreach(OXA_PC_PART IN ITEMS Model Compare Convert Check Tables)
   set(OXA_PC_PART_NEEDS)
   if(NOT OXA_PC_PART STREQUAL "Model")   # which the others stand on
     set(OXA_PC_PART_NEEDS "OxaIfcModel = ${PROJECT_VERSION} ")

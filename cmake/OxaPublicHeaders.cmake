@@ -68,7 +68,14 @@ set(OXA_PUBLIC_HEADERS
   Model/Selector.h
   Model/SetProperty.h
   Model/Units.h
-  Model/Value.h)
+  Model/Value.h
+  Tables/Arrow.h
+  Tables/Batch.h
+  Tables/Sql.h
+  Tables/Sqlite.h
+  Tables/Tables.h
+  Tables/TextFiles.h
+  Tables/Xlsx.h)
 
 list(APPEND OXA_PUBLIC_HEADERS
   schema/SchemaCache.h              # what a schema object keeps for its users

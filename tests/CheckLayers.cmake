@@ -19,8 +19,9 @@ set(allowed_Model Format schema platform provider)
 set(allowed_Compare Model Format schema platform)
 set(allowed_Convert Model Compare Format schema platform)
 set(allowed_Check Model Format schema platform provider Core)
+set(allowed_Tables Model Format schema platform)
 # Libraries on the core, which take its public headers alone.
-set(above_core Model Compare Convert Check)
+set(above_core Model Compare Convert Check Tables)
 
 set(order Memory Text Report Cells Store Header File Read Write Xml)
 # The public headers.

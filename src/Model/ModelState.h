@@ -57,7 +57,7 @@ private:
 };
 
 // As a caller sees it.
-[[nodiscard]] Record recordOf(const ifc::ErrorRecord& error);
+[[nodiscard]] OXA_MODEL_API Record recordOf(const ifc::ErrorRecord& error);
 
 // How a read went.
 struct ReadResult {
@@ -68,7 +68,7 @@ struct ReadResult {
     std::filesystem::path path{};   // the file it was read from; empty for another source
 };
 
-class ModelState {
+class OXA_MODEL_API ModelState {
 public:
     ModelState(ReadResult read, bool boKeepNumbers);
     ~ModelState() = default;

@@ -24,7 +24,7 @@ struct FoundProperty {
     [[nodiscard]] explicit operator bool() const noexcept { return pSet != nullptr; }
 };
 
-class PropertyReader {
+class OXA_MODEL_API PropertyReader {
 public:
     explicit PropertyReader(const RelationWalk& walk) : m_walk(walk), m_table(walk.table()) {}
 

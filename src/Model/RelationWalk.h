@@ -17,7 +17,7 @@
 
 namespace oxa::detail {
 
-class RelationWalk {
+class OXA_MODEL_API RelationWalk {
 public:
     static constexpr int g_iMostSteps = 1000;
 

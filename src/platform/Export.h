@@ -72,6 +72,14 @@
 #define OXA_COMPARE_API OXA_API_IMPORT
 #endif
 
+/// @def OXA_TABLES_API
+/// Marks what belongs to the library that tells models as tables.
+#if defined(OXA_TABLES_BUILD)
+#define OXA_TABLES_API OXA_API_EXPORT
+#else
+#define OXA_TABLES_API OXA_API_IMPORT
+#endif
+
 /// @def OXA_CONVERT_API
 /// Marks what belongs to the library that changes a model as a whole.
 #if defined(OXA_CONVERT_BUILD)

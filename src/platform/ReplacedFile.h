@@ -34,6 +34,9 @@ public:
 
     /// Where the bytes go. Once it fails it stays so and drops what follows; vFinish tells why.
     [[nodiscard]] std::ostream& stream() noexcept { return m_stream; }
+    /// The new file in the same folder, empty, for a library that writes by path instead of into stream(); empty text for
+    /// what is written as it comes. It must be closed again before vFinish.
+    [[nodiscard]] const std::filesystem::path& temporaryPath() const noexcept { return m_temporary; }
     /// Puts the new file in the place of the old one, with the permissions of that. Once, as the last call.
     void vFinish();
     /// The file that is replaced, links followed; empty for one that was open already.

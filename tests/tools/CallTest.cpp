@@ -29,6 +29,8 @@ const VerbRow g_verbs[] = {
     {"list", "Usage: oxaifc list [OPTIONS] FILE... [QUERY]\n", true, false, {}},
     {"props", "Usage: oxaifc props [OPTIONS] FILE WHAT\n", true, true, {"#1"}},
     {"tree", "Usage: oxaifc tree [OPTIONS] FILE\n", true, true, {}},
+    {"table", "Usage: oxaifc table [OPTIONS] FILE... [OUT]\n", true, false, {"tables-of-nothing"}},
+    {"sql", "Usage: oxaifc sql [OPTIONS] FILE... [STATEMENT]\n", true, false, {"SELECT 1"}},
     {"diff", "Usage: oxaifc diff [OPTIONS] A B\n", true, true, {"b.ifc"}},
     {"convert", "Usage: oxaifc convert [OPTIONS] IN OUT\n", true, false, {"-"}},
     {"extract", "Usage: oxaifc extract [OPTIONS] IN WHAT OUT\n", true, false, {"#1", "-"}},
@@ -143,18 +145,18 @@ std::string sBuiltIn() {
 const FailRow g_wrongCalls[] = {
     {"no verb",
      {},
-     "a verb is missing; there are: info, check, show, list, props, tree, diff, convert, extract, merge, set, header, "
+     "a verb is missing; there are: info, check, show, list, props, tree, table, sql, diff, convert, extract, merge, set, header, "
      "schema, "
      "completion"},
     {"a verb that does not exist",
      {"frobnicate"},
-     "there is no verb frobnicate; there are: info, check, show, list, props, tree, diff, convert, extract, merge, "
+     "there is no verb frobnicate; there are: info, check, show, list, props, tree, table, sql, diff, convert, extract, merge, "
      "set, "
      "header, schema, completion"},
     {"a verb with a letter too few", {"chek"}, "there is no verb chek; did you mean check?"},
     {"line ends in a word stay on the line",
      {"a\nb"},
-     "there is no verb a b; there are: info, check, show, list, props, tree, diff, convert, extract, merge, set, "
+     "there is no verb a b; there are: info, check, show, list, props, tree, table, sql, diff, convert, extract, merge, set, "
      "header, "
      "schema, completion"},
     {"info without a file", {"info"}, "info: FILE is required"},

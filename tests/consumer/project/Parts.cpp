@@ -12,6 +12,8 @@
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Model/Model.h"
+#include "Tables/Tables.h"
+#include "Tables/TextFiles.h"
 #include "provider/SchemaLoader.h"
 
 namespace {
@@ -44,6 +46,10 @@ int main() {
     model.create("IfcMaterial", {{"Name", "Oak"}});
     std::istringstream cut("ISO-10303-21;HEADER;");
     if (checkStream(cut).verdict() == CheckVerdict::Valid) return 4;
+    std::ostringstream materials;
+    tables::TextFiles csv(materials, tables::TextForm::Csv);
+    tables::write(model, {.file = "m", .path = {}}, csv, std::vector<std::string>{"IfcMaterial"});
+    if (materials.str().find("Oak") == std::string::npos) return 5;
     return model.size() == 1 && result.removed.size() == 1 && result.added.size() == 1 &&
                    extracted.copies.size() == 2 && move.boLossless()
                ? 0

@@ -19,4 +19,8 @@ namespace oxa::tool {
 // signal.
 void vIgnoreWriteSignals();
 
+// What Ctrl-C does from here on, in place of ending the program; null: that again. The function may do only what the
+// handler of a signal may.
+void vOnInterrupt(void (*pFunction)());
+
 }   // namespace oxa::tool

@@ -31,4 +31,16 @@ void vIgnoreWriteSignals() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+void vOnInterrupt(void (*pFunction)()) {
+    static void (*pHandler)() = nullptr;
+    pHandler = pFunction;
+    struct sigaction action {};
+    if (pFunction)
+        action.sa_handler = [](int) { pHandler(); };
+    else
+        action.sa_handler = SIG_DFL;
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+}
+
 }   // namespace oxa::tool

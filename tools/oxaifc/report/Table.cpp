@@ -6,6 +6,7 @@
 #include <utility>
 #include <variant>
 
+#include "Tables/TextFiles.h"
 #include "oxaifc/io/Output.h"
 
 namespace oxa::tool {
@@ -101,16 +102,8 @@ void Table::vSeparated(const std::vector<Cell>& cells) {
     for (std::size_t i = 0; i < cells.size(); ++i) {
         if (i > 0) sLine += boCsv ? ',' : '\t';
         std::string sText = toText(cells[i]);
-        if (std::holds_alternative<std::string>(cells[i]) && !sText.empty() &&
-            std::string_view("=+-@\t\r").find(sText.front()) != std::string_view::npos)
-            sText.insert(0, 1, '\'');
-        if (sText.find_first_of(boCsv ? ",\"\r\n" : "\t\"\r\n") == std::string::npos) {
-            sLine += sText;
-            continue;
-        }
-        sLine += '"';
-        for (const char c : sText) sLine.append(c == '"' ? 2 : 1, c);
-        sLine += '"';
+        if (std::holds_alternative<std::string>(cells[i]) && tables::looksLikeFormula(sText)) sText.insert(0, 1, '\'');
+        tables::appendField(sLine, sText, boCsv ? ',' : '\t');
     }
     m_sink(sLine.append(boCsv ? "\r\n" : "\n"));
 }

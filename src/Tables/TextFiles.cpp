@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Tables/TextFiles.h"
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+#include <ostream>
+#include <system_error>
+#include <vector>
+
+#include "Model/Error.h"
+#include "Tables/SameColumns.h"
+#include "platform/ReplacedFile.h"
+
+namespace oxa::tables {
+
+namespace fs = std::filesystem;
+
+bool looksLikeFormula(std::string_view text) noexcept {
+    return !text.empty() && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos;
+}
+
+void appendField(std::string& line, std::string_view text, char separator) {
+    const char special[] = {separator, '"', '\r', '\n'};
+    if (text.find_first_of(std::string_view(special, sizeof special)) == std::string_view::npos) {
+        line += text;
+        return;
+    }
+    line += '"';
+    for (const char c : text) line.append(c == '"' ? 2 : 1, c);
+    line += '"';
+}
+
+namespace {
+
+bool boNumber(std::string_view text) {
+    double value = 0;
+    const auto [pEnd, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && pEnd == text.data() + text.size();
+}
+
+void vCsvCell(const ColumnData& column, std::size_t iRow, std::string& sLine) {
+    if (column.null(iRow)) return;
+    const bool boText = !column.lists() && (column.type() == Type::Text || column.type() == Type::Json);
+    if (!boText) return appendField(sLine, column.toText(iRow), ',');
+    const std::string_view text = column.text(iRow);
+    if (text.empty())
+        sLine += "\"\"";
+    else if (looksLikeFormula(text) && !boNumber(text))
+        appendField(sLine, "'" + std::string(text), ',');
+    else
+        appendField(sLine, text, ',');
+}
+
+}   // namespace
+
+struct TextFiles::State {
+    State(TextForm eTextForm, fs::path path, std::ostream* pOnly)
+        : eForm(eTextForm),
+          folder(std::move(path)),
+          pStream(pOnly),
+          boFolder(!pOnly) {}
+
+    struct File {
+        std::string sPath;
+        std::unique_ptr<stream::ReplacedFile> pFile;
+    };
+
+    // What a step of writing a file says, as the library's error.
+    template <class Step>
+    static auto written(const std::string& sPath, Step&& step) try {
+        return step();
+    } catch (const std::system_error& error) {
+        throw FileError(sPath + ": can't be written: " + error.code().message());
+    }
+
+    void vOpen(const Table& table) {
+        if (!boFolder) return;
+        File& file = files[table.name];
+        if (!file.pFile) {
+            file.sPath = (folder / (table.name + (eForm == TextForm::Csv ? ".csv" : ".ndjson"))).string();
+            file.pFile = written(file.sPath, [&] { return std::make_unique<stream::ReplacedFile>(file.sPath); });
+        }
+        pOpen = &file;
+        pStream = &file.pFile->stream();
+    }
+
+    void vNamesWrite(const Table& table) {
+        std::string sLine;
+        for (const Column& column : table.columns) {
+            if (!sLine.empty()) sLine += ',';
+            appendField(sLine, column.name, ',');
+        }
+        vWrite(sLine += "\r\n");
+    }
+
+    void vWrite(const std::string& sRows) {
+        pStream->write(sRows.data(), static_cast<std::streamsize>(sRows.size()));
+        // What comes behind a full disk need not be made.
+        if (!*pStream && pOpen) written(pOpen->sPath, [this] { pOpen->pFile->vFinish(); });
+    }
+
+    TextForm eForm;
+    fs::path folder;
+    std::ostream* pStream;
+    bool boFolder;
+    bool boFolderMade = false;
+    SameColumns seen;
+    std::map<std::string, File> files;   // by the name of the table
+    File* pOpen = nullptr;
+    std::vector<std::string> keys;   // of JSON: "name":
+    std::string sText;
+};
+
+TextFiles::TextFiles(const fs::path& folder, TextForm form) : m_state(std::make_unique<State>(form, folder, nullptr)) {
+    std::error_code error;
+    if (fs::exists(folder, error) && !fs::is_directory(folder, error))
+        throw FileError(folder.string() + ": is no folder");
+    m_state->boFolderMade = fs::create_directory(folder, error);
+    if (error) throw FileError(folder.string() + ": can't be made: " + error.message());
+}
+
+TextFiles::TextFiles(std::ostream& out, TextForm form) : m_state(std::make_unique<State>(form, fs::path(), &out)) {}
+
+TextFiles::~TextFiles() {
+    m_state->files.clear();
+    std::error_code error;   // a folder that holds something stays
+    if (m_state->boFolderMade) fs::remove(m_state->folder, error);
+}
+
+void TextFiles::begin(const Table& table) {
+    const bool boNew = m_state->seen.boAdd(table);
+    if (!m_state->boFolder && m_state->seen.iCount() > 1) throw ValueError("a stream takes one table");
+    m_state->vOpen(table);
+    m_state->keys.clear();
+    for (const Column& column : table.columns) {
+        appendJsonText(m_state->keys.emplace_back(), column.name);
+        m_state->keys.back() += ':';
+    }
+    if (boNew && m_state->eForm == TextForm::Csv) m_state->vNamesWrite(table);
+}
+
+void TextFiles::rows(const Batch& batch) {
+    std::string& sText = m_state->sText;
+    sText.clear();
+    const auto& columns = batch.columns();
+    const bool boCsv = m_state->eForm == TextForm::Csv;
+    for (std::size_t iRow = 0; iRow < batch.rows(); ++iRow) {
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            if (boCsv) {
+                if (i > 0) sText += ',';
+                vCsvCell(columns[i], iRow, sText);
+            } else {
+                sText += i > 0 ? ',' : '{';
+                sText += m_state->keys[i];
+                columns[i].appendJson(iRow, sText);
+            }
+        }
+        sText += boCsv ? "\r\n" : "}\n";
+    }
+    m_state->vWrite(sText);
+}
+
+void TextFiles::finish() {
+    for (auto& entry : m_state->files) {
+        State::File& file = entry.second;
+        State::written(file.sPath, [&file] { file.pFile->vFinish(); });
+    }
+    m_state->boFolderMade = false;
+}
+
+}   // namespace oxa::tables
