@@ -145,18 +145,21 @@ std::string sBuiltIn() {
 const FailRow g_wrongCalls[] = {
     {"no verb",
      {},
-     "a verb is missing; there are: info, check, show, list, props, tree, table, sql, diff, convert, extract, merge, set, header, "
+     "a verb is missing; there are: info, check, show, list, props, tree, table, sql, diff, convert, extract, merge, "
+     "set, header, "
      "schema, "
      "completion"},
     {"a verb that does not exist",
      {"frobnicate"},
-     "there is no verb frobnicate; there are: info, check, show, list, props, tree, table, sql, diff, convert, extract, merge, "
+     "there is no verb frobnicate; there are: info, check, show, list, props, tree, table, sql, diff, convert, "
+     "extract, merge, "
      "set, "
      "header, schema, completion"},
     {"a verb with a letter too few", {"chek"}, "there is no verb chek; did you mean check?"},
     {"line ends in a word stay on the line",
      {"a\nb"},
-     "there is no verb a b; there are: info, check, show, list, props, tree, table, sql, diff, convert, extract, merge, set, "
+     "there is no verb a b; there are: info, check, show, list, props, tree, table, sql, diff, convert, extract, "
+     "merge, set, "
      "header, "
      "schema, completion"},
     {"info without a file", {"info"}, "info: FILE is required"},
