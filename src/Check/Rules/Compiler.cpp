@@ -105,35 +105,29 @@ void CodeMaker::vDeclareBlocks(const express::Declarations& declarations, Scope&
     }
 }
 
-void CodeMaker::vDeclareVariables(const std::vector<express::Declaration>& declarations, Scope& scope,
-                                  std::vector<Routine::Variable>& variables) {
-    for (const express::Declaration& declaration : declarations) {
-        Routine::Variable variable;
-        variable.boVar = declaration.boVar;
-        variable.pType = pTypeCode(declaration.type);
+void CodeMaker::vDeclareParameters(const express::Block& block, Scope& scope) {
+    scope.pRoutine->parameters.clear();
+    for (const express::Declaration& declaration : block.parameters) {
+        const TypeCode* pType = pTypeCode(declaration.type);
         for (const std::string& sName : declaration.names) {
-            // Of several names with one value each has its own.
-            variable.pValue = declaration.pValue ? pExpression(*declaration.pValue) : nullptr;
             Symbol symbol;
             symbol.iSlot = scope.iNewSlot();
             symbol.iLevel = scope.pRoutine->iLevel;
-            symbol.pType = variable.pType;
+            symbol.pType = pType;
             scope.symbols[sUpper(sName)] = symbol;
-            variables.push_back(variable);
+            scope.pRoutine->parameters.push_back({pType, nullptr, declaration.boVar});
         }
     }
 }
 
-// Slots: parameters, then locals, in the order of their declaration; what expressions of locals need would stand between
-// them, so their slots are taken first.
+// Slots: parameters, then locals, in the order of their declaration.
 void CodeMaker::vCompileBlock(const express::Block& block, Scope& outer, Routine& routine) {
     Scope scope;
     scope.pRoutine = &routine;
     scope.pOuter = &outer;
     Scope* const pBefore = m_pScope;
     m_pScope = &scope;
-    routine.parameters.clear();
-    vDeclareVariables(block.parameters, scope, routine.parameters);
+    vDeclareParameters(block, scope);
     for (const std::string& sPopulation : block.populations) {
         Symbol symbol;
         symbol.iSlot = scope.iNewSlot();
@@ -141,24 +135,7 @@ void CodeMaker::vCompileBlock(const express::Block& block, Scope& outer, Routine
         scope.symbols[sUpper(sPopulation)] = symbol;
         routine.parameters.emplace_back();
     }
-    std::size_t iLocals = 0;
-    for (const express::Declaration& local : block.locals) iLocals += local.names.size();
-    std::uint32_t iLocal = routine.iSlots;
-    routine.iSlots += static_cast<std::uint32_t>(iLocals);
-    vDeclareBlocks(block.inner, scope, static_cast<std::uint16_t>(routine.iLevel + 1));
-    for (const express::Declaration& local : block.locals) {
-        Routine::Variable variable;
-        variable.pType = pTypeCode(local.type);
-        for (const std::string& sName : local.names) {
-            variable.pValue = local.pValue ? pExpression(*local.pValue) : nullptr;
-            Symbol symbol;
-            symbol.iSlot = iLocal++;
-            symbol.iLevel = routine.iLevel;
-            symbol.pType = variable.pType;
-            scope.symbols[sUpper(sName)] = symbol;
-            routine.locals.push_back(variable);
-        }
-    }
+    vCompileLocals(block, scope);
     if (block.kind == express::BlockKind::Function) routine.pResult = pTypeCode(block.result);
     for (const express::Declaration& constant : block.inner.constants) {
         Routine& code = *scope.symbols.find(sUpper(constant.names.front()))->second.pRoutine;
@@ -172,16 +149,37 @@ void CodeMaker::vCompileBlock(const express::Block& block, Scope& outer, Routine
     }
     for (const express::Block& inner : block.inner.blocks) vCompileBlock(inner, scope, *m_routineOf.at(&inner));
     routine.body = steps(block.body);
-    if (block.kind == express::BlockKind::Rule) {
-        for (const express::DomainRule& tree : block.rules) {
-            Rule& rule = newRule(Rule::Sort::Global, block.sName, tree.sLabel,
-                                 static_cast<std::size_t>(&tree - block.rules.data()), nullptr);
-            rule.sText = express::sText(*tree.pCondition);
-            rule.pGlobal = &routine;
-            rule.code.pExpression = pExpression(*tree.pCondition);
-        }
+    for (const express::DomainRule& tree : block.rules) {
+        Rule& rule = newRule(Rule::Sort::Global, block.sName, tree.sLabel,
+                             static_cast<std::size_t>(&tree - block.rules.data()), nullptr);
+        rule.sText = express::sText(*tree.pCondition);
+        rule.pGlobal = &routine;
+        rule.code.pExpression = pExpression(*tree.pCondition);
     }
     m_pScope = pBefore;
+}
+
+// The slots of locals stand together: what their expressions need comes behind them.
+void CodeMaker::vCompileLocals(const express::Block& block, Scope& scope) {
+    Routine& routine = *scope.pRoutine;
+    std::uint32_t iLocal = routine.iSlots;
+    for (const express::Declaration& local : block.locals)
+        routine.iSlots += static_cast<std::uint32_t>(local.names.size());
+    vDeclareBlocks(block.inner, scope, static_cast<std::uint16_t>(routine.iLevel + 1));
+    for (const express::Declaration& local : block.locals) {
+        Routine::Variable variable;
+        variable.pType = pTypeCode(local.type);
+        for (const std::string& sName : local.names) {
+            // Of several names with one value each has its own.
+            variable.pValue = local.pValue ? pExpression(*local.pValue) : nullptr;
+            Symbol symbol;
+            symbol.iSlot = iLocal++;
+            symbol.iLevel = routine.iLevel;
+            symbol.pType = variable.pType;
+            scope.symbols[sUpper(sName)] = symbol;
+            routine.locals.push_back(variable);
+        }
+    }
 }
 
 void CodeMaker::vCompileCode(Routine& code, const express::Expression& tree, const schema::Entity* pSelf) {

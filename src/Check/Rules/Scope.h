@@ -63,8 +63,8 @@ private:
     void vCompileCode(Routine& code, const express::Expression& tree, const schema::Entity* pSelf);
     void vDeclareBlocks(const express::Declarations& declarations, Scope& scope, std::uint16_t iLevel);
     void vCompileBlock(const express::Block& block, Scope& outer, Routine& routine);
-    void vDeclareVariables(const std::vector<express::Declaration>& declarations, Scope& scope,
-                           std::vector<Routine::Variable>& variables);
+    void vDeclareParameters(const express::Block& block, Scope& scope);
+    void vCompileLocals(const express::Block& block, Scope& scope);
 
     // CompileExpression.cpp. What can't be compiled is told once (vFault), and gives a node that is never run.
     const Node* pExpression(const express::Expression& tree);
