@@ -141,10 +141,9 @@ const QuestionRow g_questions[] = {
      "JOIN element s ON s.id = e.storey_id LEFT JOIN element c ON c.id = e.container_id LEFT JOIN element t ON t.id = "
      "e.type_id ORDER BY e.id"},
     {"one element by its GlobalId", {"id=1", "-c", "id,class"}, "SELECT id, type AS class FROM element WHERE id = 1"},
-    {"sums",
-     {"IfcWindow", "--group-by", "class", "--sum", "OverallWidth"},
-     "SELECT type AS class, sum(OverallWidth) AS \"sum(OverallWidth)\" FROM IfcWindow GROUP BY "
-     "type"},
+    {"how many of a class",
+     {"IfcElement", "--group-by", "class", "--count"},
+     "SELECT type AS class, count(*) AS count FROM IfcElement GROUP BY type ORDER BY type"},
 };
 
 // The same answers as those of a query.
