@@ -6,6 +6,7 @@
 #          one order, and each may include those before it. A header that callers include stands outside of them and counts
 #          for the folder that its class lives in: headers must not include it from below. Sources may, since forward
 #          declarations in the headers are what breaks the knot of instance, container and cells.
+#          Of the provider others may include SchemaLoader.h alone; Check, which evaluates EXPRESS, its reader as well.
 #          The folders of the program, tools/oxaifc, stand in one order too; main.cpp stands above them.
 # Rule     vector instructions stand in src/Format/Ifc/Text/ByteBlock.h alone.
 cmake_minimum_required(VERSION 3.22)
@@ -87,7 +88,7 @@ foreach(source IN LISTS sources)
       list(APPEND faults "src/${source} includes ${include}")
     elseif(from IN_LIST above_core AND include MATCHES "^Format/Ifc/.+/" AND NOT include MATCHES "^Format/Ifc/Xml/IfcXml(Ex|Im)port\\.h$")
       list(APPEND faults "src/${source} includes ${include}, which is no public header")
-    elseif(NOT from STREQUAL "provider" AND to STREQUAL "provider" AND NOT include STREQUAL "provider/SchemaLoader.h")
+    elseif(NOT from MATCHES "^(provider|Check)$" AND to STREQUAL "provider" AND NOT include STREQUAL "provider/SchemaLoader.h")
       list(APPEND faults "src/${source} includes ${include}; of the provider only SchemaLoader.h")
     elseif(from STREQUAL "Format" AND to STREQUAL "Format")
       string(REGEX REPLACE "^Format/Ifc/" "" sourceBelow "${source}")

@@ -58,7 +58,7 @@ foreach(source IN LISTS tables)
   endif()
 endforeach()
 
-add_executable(oxaifc-toy ${sources} $<FILTER:$<TARGET_OBJECTS:oxaifc>,EXCLUDE,/[A-Za-z]+Table\\.cpp>)
+add_executable(oxaifc-toy ${sources} $<FILTER:$<TARGET_OBJECTS:oxaifc>,EXCLUDE,/All[A-Za-z]+\\.cpp>)
 set_target_properties(oxaifc-toy PROPERTIES CXX_EXTENSIONS OFF)
 target_include_directories(oxaifc-toy PRIVATE "${PROJECT_SOURCE_DIR}/tools")
 get_target_property(libraries oxaifc LINK_LIBRARIES)
