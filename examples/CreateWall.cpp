@@ -26,8 +26,7 @@ oxa::Element box(oxa::Model& model, const oxa::Element& context, double length, 
 }
 
 oxa::Element project(oxa::Model& model, const oxa::Element& context) {
-    const oxa::Element metre =
-        model.create("IfcSIUnit", {{"Dimensions", oxa::derived}, {"UnitType", "LENGTHUNIT"}, {"Name", "METRE"}});
+    const oxa::Element metre = model.create("IfcSIUnit", {{"UnitType", "LENGTHUNIT"}, {"Name", "METRE"}});
     const oxa::Element units = model.create("IfcUnitAssignment", {{"Units", {metre}}});
     return model.create("IfcProject",
                         {{"Name", "P"}, {"RepresentationContexts", {context}}, {"UnitsInContext", units}});

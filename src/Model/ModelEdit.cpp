@@ -85,6 +85,7 @@ Entity& ModelState::create(const schema::Entity& type, std::span<const Field> fi
         throw ValueError(
             "no number is left above that of the last element; OpenOptions::keepNumbers = false makes room");
     auto* pEntity = ::new (data().pool().pAllocateAligned(sizeof(Entity))) Entity(data(), type);
+    vDerive(*pEntity);
     for (const Field& field : fields) {
         const std::size_t iIndex = iAttribute(type, field.name);
         vValueStore(*this, *pEntity, iIndex, field.value, type.sName + ": " + type.allAttributes()[iIndex]->sName);

@@ -19,7 +19,8 @@ namespace oxa::detail {
 [[nodiscard]] OXA_MODEL_API bool boSameName(std::string_view a, std::string_view b) noexcept;
 
 /// Those of str::nearNames, as texts of their own.
-[[nodiscard]] OXA_MODEL_API std::vector<std::string> nearNames(std::string_view wanted, const std::vector<std::string_view>& names);
+[[nodiscard]] OXA_MODEL_API std::vector<std::string> nearNames(std::string_view wanted,
+                                                               const std::vector<std::string_view>& names);
 
 /// "<message>; did you mean A, B?", or, where nothing is near, "<message>; there are: " and all names, if they are few.
 [[noreturn]] OXA_MODEL_API void vThrowName(const std::string& sMessage, std::string_view wanted,

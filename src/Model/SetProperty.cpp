@@ -47,6 +47,12 @@ std::string_view guessedType(const NewValue& value) {
     return std::visit(Guess(), value.content());
 }
 
+// A property is no attribute that a schema could derive.
+void vCheck(const NewValue& value, std::string_view set, std::string_view name) {
+    if (std::holds_alternative<Derived>(value.content()))
+        throw ValueError(std::string(set) + '.' + std::string(name) + " is not derived from other attributes");
+}
+
 // With a type: its own, else "sType", else a guess. Of a list each item.
 NewValue typedValue(const NewValue& value, const std::string& sType) {
     if (!value.typeName().empty() || std::holds_alternative<std::monostate>(value.content())) return value;
@@ -351,12 +357,14 @@ private:
 
 Element setProperty(Model& model, const Element& element, std::string_view set, std::string_view name,
                     const NewValue& value) {
+    vCheck(value, set, name);
     const Chosen chosen{&ModelState::of(model).entityHere(element)};
     return PropertyEdit(model, element, chosen, set, name).set(value);
 }
 
 void setProperty(Model& model, std::span<const Element> elements, std::string_view set, std::string_view name,
                  const NewValue& value) {
+    vCheck(value, set, name);
     Chosen chosen;
     for (const Element& element : elements) chosen.insert(&ModelState::of(model).entityHere(element));
     std::map<std::string, std::vector<Element>> lacking;   // by the type that the value gets there

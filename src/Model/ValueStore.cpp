@@ -35,14 +35,15 @@ public:
           m_name(m_attribute),
           m_cell(*entity.pAttributeFromIndex(static_cast<unsigned>(iAttribute)).second),
           m_pType(m_attribute.types.empty() ? nullptr : m_attribute.types.front()),
+          m_boDerives(boDerives(entity.schemaEntity(), iAttribute)),
           m_check(state, sWhere) {}
 
     void vSet(const NewValue& value) {
         if (std::holds_alternative<Derived>(value.content())) return vDerive();
         if (std::holds_alternative<std::monostate>(value.content())) return vClear();
-        if (m_cell.m_boDerived) m_check.vRefuse("is derived from other attributes");
-        const bool boSelect = schema::pDataTypeOf(m_pType) && schema::pDataTypeOf(m_pType)->kind == DataKind::Select;
-        if (!value.typeName().empty() && !boSelect && schema::sUpper(value.typeName()) != typeNameUpper())
+        if (m_boDerives || m_cell.m_boDerived) m_check.vRefuse("is derived from other attributes");
+        if (!value.typeName().empty() && !boSelect(m_pType) && !boOneOfList(value) &&
+            schema::sUpper(value.typeName()) != typeNameUpper())
             m_check.vRefuse("takes " + schema::sTypeText(m_pType) + ", not " + value.typeName());
         if (!boStored(value)) m_check.vWrongKind(value, m_pType);
         m_cell.vDefined();
@@ -53,7 +54,19 @@ private:
         return m_pType ? std::string_view(m_pType->sNameUpper) : std::string_view();
     }
 
+    static bool boSelect(const ObjectBase* pType) {
+        const schema::DataTypeBase* pDataType = schema::pDataTypeOf(pType);
+        return pDataType && pDataType->kind == DataKind::Select;
+    }
+    // Braces around one typed() are that value itself to the language, where they mean a list of it here.
+    [[nodiscard]] bool boOneOfList(const NewValue& value) const {
+        const schema::DataTypeBase* pDataType = schema::pDataTypeOf(m_pType);
+        return dynamic_cast<const schema::DataTypeAggregate*>(pDataType) && boSelect(pElementOf(m_pType)) &&
+               !value.typeName().empty() && !std::holds_alternative<NewValue::List>(value.content());
+    }
+
     void vDerive() {
+        if (!m_boDerives) m_check.vRefuse("is not derived from other attributes");
         m_cell.m_boDerived = true;
         m_cell.m_boUndefined = false;
     }
@@ -95,12 +108,8 @@ private:
         return false;
     }
 
-    // Braces around one typed() are that value itself to the language, where they mean a list of it here.
     bool boAggregateStored(const NewValue& value) {
-        const schema::DataTypeBase* pItem = schema::pDataTypeOf(pElementOf(m_pType));
-        const bool boOne = pItem && pItem->kind == DataKind::Select && !value.typeName().empty() &&
-                           !std::holds_alternative<NewValue::List>(value.content());
-        if (!boOne) return boListStored(m_check.list(value, m_pType), pElementOf(m_pType));
+        if (!boOneOfList(value)) return boListStored(m_check.list(value, m_pType), pElementOf(m_pType));
         const NewValue list(NewValue::List{value});
         return boListStored(m_check.list(list, m_pType), pElementOf(m_pType));
     }
@@ -239,10 +248,28 @@ private:
     schema::AttributeName m_name;
     ifc::AttributeBase& m_cell;
     const ObjectBase* m_pType;
+    bool m_boDerives;
     ValueCheck m_check;
 };
 
 }   // namespace
+
+bool boDerives(const schema::Entity& type, std::size_t iAttribute) {
+    const schema::Attribute* const pAttribute = type.allAttributes()[iAttribute];
+    for (const schema::Entity* pType = &type; pType; pType = pType->pParent)
+        for (const schema::Redeclaration& again : pType->redeclared)
+            if (again.pAttribute == pAttribute) return again.boDerived;
+    return false;
+}
+
+void vDerive(ifc::Entity& entity) {
+    for (std::size_t i = 0; i < entity.schemaEntity().allAttributes().size(); ++i) {
+        if (!boDerives(entity.schemaEntity(), i)) continue;
+        ifc::AttributeBase& cell = *entity.pAttributeFromIndex(static_cast<unsigned>(i)).second;
+        cell.m_boDerived = true;
+        cell.m_boUndefined = false;
+    }
+}
 
 void vValueStore(ModelState& state, ifc::Entity& entity, std::size_t iAttribute, const NewValue& value,
                  const std::string& sWhere) {

@@ -16,4 +16,11 @@ namespace oxa::detail {
 void vValueStore(ModelState& state, ifc::Entity& entity, std::size_t iAttribute, const NewValue& value,
                  const std::string& sWhere);
 
+/// Whether the schema derives the attribute at that position in instances of the type: "*" stands there
+/// (ISO 10303-21, 10.2.4).
+[[nodiscard]] bool boDerives(const ifc::def::schema::Entity& type, std::size_t iAttribute);
+
+/// Puts "*" to all of those of a new instance.
+void vDerive(ifc::Entity& entity);
+
 }   // namespace oxa::detail

@@ -409,5 +409,16 @@ TEST(RuleListForm, NumbersComeBackFromJson) {
     }
 }
 
+// A file that ends in the middle of a statement: its elements are still found by their numbers.
+TEST(RuleListForm, AFileThatWasCutKeepsItsNumbers) {
+    const std::string sText = sRuleHouse("IFC4");
+    const std::string sCut = sText.substr(0, sText.find("#62=") + 20);
+    const ProgramRun list = runProgram({"list", "-", "IfcDoor", "-c", "id,Name", "-f", "csv"}, sCut);
+    EXPECT_EQ(list.iCode, 1);
+    EXPECT_EQ(list.sOut, "id,Name\r\n40,D1\r\n41,D2\r\n42,D3\r\n");
+    EXPECT_EQ(runProgram({"props", "-", "40", "--json"}, sCut).json()["type"], "IfcDoor");
+    EXPECT_EQ(runProgram({"show", "-", "#40", "--json"}, sCut).iCode, 1);
+}
+
 }   // namespace
 }   // namespace oxa::test
