@@ -58,6 +58,16 @@ protected:
         return iCount ? traits_type::to_int_type(*gptr()) : traits_type::eof();
     }
 
+    // Tells where it stands, and goes back to the first byte; nowhere else.
+    pos_type seekoff(off_type iOffset, std::ios_base::seekdir eFrom, std::ios_base::openmode) override {
+        const auto iHere = static_cast<off_type>(m_iRead - waiting().size());
+        if (eFrom == std::ios_base::cur && iOffset == 0) return iHere;
+        return eFrom == std::ios_base::beg ? seekpos(iOffset, std::ios_base::in) : pos_type(off_type(-1));
+    }
+    pos_type seekpos(pos_type to, std::ios_base::openmode) override {
+        return to == pos_type(0) && boRestart() ? to : pos_type(off_type(-1));
+    }
+
 private:
     static constexpr std::size_t g_iSize = 256 * 1024;
 

@@ -3,7 +3,10 @@
 #include "oxaifc/verbs/StrictCheck.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
+#include <sstream>
+#include <string>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -64,7 +67,10 @@ CheckResult checkedFile(const StrictOptions& options, const std::string& sPath) 
     check.threads = options.model.boSingleThreaded ? 1 : 0;
     check.schema = schemas.function();
     if (options.report.boWanted()) check.mostPlaces = g_iMostOnPage;
-    CheckResult result = checkStream(pInput->stream(), check);
+    std::istringstream kept;   // of what can't be read twice, as the rules ask for
+    const bool boKept = check.levels[static_cast<std::size_t>(CheckLevel::Rules)] && !pInput->boRestart();
+    if (boKept) kept.str(std::string(std::istreambuf_iterator<char>(pInput->stream()), {}));
+    CheckResult result = checkStream(boKept ? kept : pInput->stream(), check);
     pInput->iFinish();
     return result;
 }
