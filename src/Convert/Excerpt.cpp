@@ -22,7 +22,6 @@ namespace oxa::convert {
 namespace schema = ifc::def::schema;
 using detail::Class;
 using detail::Relation;
-using detail::RelationTable;
 using detail::Side;
 using ifc::Entity;
 using Index = ModelGraph::Index;

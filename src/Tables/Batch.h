@@ -51,8 +51,11 @@ class OXA_TABLES_API ColumnData {
 public:
     /// Empty. "lists" as in Column.
     explicit ColumnData(Type type, unsigned lists = 0);
+    ///@{
+    /// Takes the cells over; "other" is then good for nothing but its end.
     ColumnData(ColumnData&& other) noexcept;
     ColumnData& operator=(ColumnData&& other) noexcept;
+    ///@}
     ~ColumnData();
 
     ///@{

@@ -80,8 +80,11 @@ class OXA_TABLES_API Reader {
 public:
     /// The model is only looked at, and must stay as it is while there are rows to come.
     Reader(const Model& model, const FileInfo& file, std::string_view table);
+    ///@{
+    /// Goes on where "other" stands, which is then good for nothing but its end.
     Reader(Reader&& other) noexcept;
     Reader& operator=(Reader&& other) noexcept;
+    ///@}
     ~Reader();
 
     /// What is read.

@@ -70,7 +70,7 @@ TEST(Adding, ProgramDoesWhatTheDocumentShows) {
 // All other verbs stay as they are.
 TEST(Adding, HelpTellsTheVerbBehindTheOthers) {
     std::string sHelp = runProgram({"help"}).sOut;
-    const std::string sLast = "  schema                      What a schema says of its entities and types\n";
+    const std::string sLast = "  completion                  What a shell needs to complete the words of a call\n";
     const std::size_t iLast = sHelp.find(sLast);
     ASSERT_NE(iLast, std::string::npos) << sHelp;
     sHelp.insert(iLast + sLast.size(),

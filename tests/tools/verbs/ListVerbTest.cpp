@@ -161,8 +161,9 @@ const WrongRow g_wrong[] = {
     {{"-", "IfcDoor", "-c", "id", "--count"}, "list: --columns excludes --count"},
     {{"-", "IfcDoor", "--bom"}, "list: --bom goes with csv and tsv alone"},
     {{"-", "-o", "doors.ifc"},
-     "list: doors.ifc: its end is none of .csv, .tsv, .json, .ndjson and .txt; -f says the form"},
-    {{"-", "IfcDoor", "-f", "xls"}, "list: --format: xls not in {table,csv,tsv,json,ndjson}"},
+     "list: doors.ifc: its end is none of .csv, .tsv, .json, .ndjson, .xlsx and .txt; -f says the form"},
+    {{"-", "IfcDoor", "-f", "xls"}, "list: --format: xls not in {table,csv,tsv,json,ndjson,xlsx}"},
+    {{"-", "IfcDoor", "-f", "xlsx"}, "list: a workbook goes to a file: -o OUT.xlsx"},
     {{"/missing.ifc", "IfcDoor"}, "/missing.ifc: there is no such file"},
 };
 
@@ -203,6 +204,25 @@ TEST(ListVerb, OutIsReplacedAsAWholeByItsEnding) {
     EXPECT_EQ(run.sOut, "");
     EXPECT_EQ(sContent(sOut), "\xef\xbb\xbfName\r\n'=1+1\r\n\"a,\"\"b\"\"\"\r\n");
     EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>{"doors.csv"});
+}
+
+// The cells of the sheet, as the form stores them: a number as such, a text in line.
+TEST(ListVerb, AWorkbookHasTypedCells) {
+    if (runProgramAt("/usr/bin/env", {"python3", "--version"}).iCode != 0) GTEST_SKIP() << "there is no python3";
+    const TestFolder folder;
+    const std::string sOut = (folder.path() / "doors.xlsx").string();
+    const ProgramRun run = runProgram({"list", "-", "IfcDoor", g_pColumns, "-o", sOut}, sDoorFile("IFC4"));
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.sOut + run.sError, "");
+    const char* const pCells = "import re, sys, zipfile\n"
+                               "text = zipfile.ZipFile(sys.argv[1]).read('xl/worksheets/sheet1.xml').decode()\n"
+                               "for row in re.findall('<row .*?</row>', text):\n"
+                               "    print('|'.join(a or b for a, b in re.findall('<v>(.*?)</v>|<t>(.*?)</t>', row)))\n";
+    EXPECT_EQ(runProgramAt("/usr/bin/env", {"python3", "-c", pCells, sOut}).sOut,
+              "id|Name|OverallWidth|Pset_DoorCommon.FireRating\n"
+              "1|=1+1|0.9\n"
+              "2|a,\"b\"|-1.5|T 30\n");
+    EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>{"doors.xlsx"});
 }
 
 TEST(ListVerb, SeveralFilesHaveAColumn) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <charconv>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,6 +23,7 @@
 #include "oxaifc/io/Output.h"
 #include "oxaifc/io/System.h"
 #include "oxaifc/io/Target.h"
+#include "oxaifc/report/Sheet.h"
 #include "oxaifc/report/Table.h"
 #include "oxaifc/verbs/Several.h"
 #include "oxaifc/verbs/Verb.h"
@@ -44,22 +46,24 @@ struct ListOptions : ModelOptions {
 
 struct FormRow {
     const char* pWord;
-    const char* pEnd;   // of a name
-    TableForm eForm;
+    const char* pEnd;                 // of a name
+    std::optional<TableForm> eForm;   // none of a workbook
 };
 constexpr FormRow g_forms[] = {{"table", ".txt", TableForm::Text},
                                {"csv", ".csv", TableForm::Csv},
                                {"tsv", ".tsv", TableForm::Tsv},
                                {"json", ".json", TableForm::JsonArray},
-                               {"ndjson", ".ndjson", TableForm::JsonLines}};
+                               {"ndjson", ".ndjson", TableForm::JsonLines},
+                               {"xlsx", ".xlsx", std::nullopt}};
 
-TableForm form(const ListOptions& options) {
+std::optional<TableForm> form(const ListOptions& options) {
     const std::string sEnd = std::filesystem::path(options.sOut).extension().string();
     for (const FormRow& row : g_forms)
         if (options.sForm.empty() ? sEnd == row.pEnd : options.sForm == row.pWord) return row.eForm;
     if (options.sOut.empty() || options.sOut == "-") return TableForm::Text;
-    throw Failure(fmt::format("list: {}: its end is none of .csv, .tsv, .json, .ndjson and .txt; -f says the form",
-                              sPrintable(options.sOut)));
+    throw Failure(
+        fmt::format("list: {}: its end is none of .csv, .tsv, .json, .ndjson, .xlsx and .txt; -f says the form",
+                    sPrintable(options.sOut)));
 }
 
 // "A,B.'c,d'": the names between commas, apart from those in quotes.
@@ -103,9 +107,11 @@ double rounded(double value) {
     return result;
 }
 
+using RowSink = std::function<void(const std::vector<Cell>& cells)>;
+
 // The rows of one file. A query and columns that fit it are the condition that the table begins.
 void vRows(const ListOptions& options, const std::optional<Selector>& selector, const oxa::Model& model,
-           std::vector<Cell> front, Table& table) {
+           std::vector<Cell> front, const RowSink& row) {
     Selection selection;
     if (!selector)
         selection.elements = objects(model);
@@ -121,7 +127,7 @@ void vRows(const ListOptions& options, const std::optional<Selector>& selector, 
             columns.read(element, cells);
             front.resize(iFront);
             front.insert(front.end(), cells.begin(), cells.end());
-            table.vRow(front);
+            row(front);
         }
     } else {
         std::vector<Group> groups = groupBy(selection.elements, columns, sums);
@@ -131,7 +137,7 @@ void vRows(const ListOptions& options, const std::optional<Selector>& selector, 
             front.insert(front.end(), group.keys.begin(), group.keys.end());
             if (options.boCount) front.emplace_back(static_cast<std::int64_t>(group.count));
             for (const Sum& sum : group.sums) front.push_back(sum.count ? Cell(rounded(sum.value)) : Cell());
-            table.vRow(front);
+            row(front);
         }
     }
     for (const Columns* pColumns : {&columns, &sums})
@@ -159,17 +165,25 @@ std::optional<Selector> selectorOf(const std::string& sQuery) try {
     throw Failure(fmt::format("list: QUERY, {}", sPrintable(error.what())));
 }
 
-int iList(ListOptions& options, Output& output) {
-    const std::vector<std::string> paths = pathsOf(options);
-    for (std::vector<std::string>* pNames : {&options.columns, &options.keys, &options.sums})
-        *pNames = namesOf(*pNames);
-    if (options.columns.empty()) options.columns = {"id", "class", "GlobalId", "Name"};
-    if (options.sums.empty() && !options.keys.empty()) options.boCount = true;
-    const std::optional<Selector> selector = selectorOf(options.sQuery);
+// The rows of all files, one after the other.
+int iRows(ListOptions& options, const std::vector<std::string>& paths, const std::optional<Selector>& selector,
+          const RowSink& row) {
+    return iForEachFile(paths, [&](const std::string& sPath) {
+        options.sPath = sPath;
+        ElementModel file(options);
+        try {
+            vRows(options, selector, file.model(), paths.size() > 1 ? std::vector<Cell>{sPath} : std::vector<Cell>(),
+                  row);
+        } catch (const NameError& error) {
+            throw Failure(fmt::format("{}: {}", file.file().sName(), sPrintable(error.what())));
+        }
+        return file.iExitCode();
+    });
+}
 
-    TableOptions tableOptions{.eForm = form(options), .boBom = options.boBom};
-    if (options.boBom && tableOptions.eForm != TableForm::Csv && tableOptions.eForm != TableForm::Tsv)
-        throw Failure("list: --bom goes with csv and tsv alone");
+int iTable(ListOptions& options, const std::vector<std::string>& paths, const std::optional<Selector>& selector,
+           TableForm eForm, Output& output) {
+    TableOptions tableOptions{.eForm = eForm, .boBom = options.boBom};
     std::unique_ptr<Target> pTarget;
     if (!options.sOut.empty() && options.sOut != "-")
         pTarget = std::make_unique<Target>(options.sOut);
@@ -183,21 +197,37 @@ int iList(ListOptions& options, Output& output) {
         else
             output.vPrint("{}", text);
     });
-
-    const int iCode = iForEachFile(paths, [&](const std::string& sPath) {
-        options.sPath = sPath;
-        ElementModel file(options);
-        try {
-            vRows(options, selector, file.model(), paths.size() > 1 ? std::vector<Cell>{sPath} : std::vector<Cell>(),
-                  table);
-        } catch (const NameError& error) {
-            throw Failure(fmt::format("{}: {}", file.file().sName(), sPrintable(error.what())));
-        }
-        return file.iExitCode();
-    });
+    const int iCode = iRows(options, paths, selector, [&table](const std::vector<Cell>& cells) { table.vRow(cells); });
     table.vFinish();
     if (pTarget) pTarget->vFinish();
     return iCode;
+}
+
+// A workbook is put in its place at the end, when nothing is read any more.
+int iSheet(ListOptions& options, const std::vector<std::string>& paths, const std::optional<Selector>& selector) {
+    if (options.sOut.empty() || options.sOut == "-") throw Failure("list: a workbook goes to a file: -o OUT.xlsx");
+    std::error_code error;
+    for (const std::string& sPath : paths)
+        if (std::filesystem::equivalent(sPath, options.sOut, error))
+            throw Failure(fmt::format("{}: is the file that is read", sPrintable(options.sOut)));
+    Sheet sheet(options.sOut, headOf(options, paths.size() > 1));
+    const int iCode = iRows(options, paths, selector, [&sheet](const std::vector<Cell>& cells) { sheet.vRow(cells); });
+    sheet.vFinish();
+    return iCode;
+}
+
+int iList(ListOptions& options, Output& output) {
+    const std::vector<std::string> paths = pathsOf(options);
+    for (std::vector<std::string>* pNames : {&options.columns, &options.keys, &options.sums})
+        *pNames = namesOf(*pNames);
+    if (options.columns.empty()) options.columns = {"id", "class", "GlobalId", "Name"};
+    if (options.sums.empty() && !options.keys.empty()) options.boCount = true;
+    const std::optional<Selector> selector = selectorOf(options.sQuery);
+
+    const std::optional<TableForm> eForm = form(options);
+    if (options.boBom && eForm != TableForm::Csv && eForm != TableForm::Tsv)
+        throw Failure("list: --bom goes with csv and tsv alone");
+    return eForm ? iTable(options, paths, selector, *eForm, output) : iSheet(options, paths, selector);
 }
 
 VerbRun declare(CLI::App& command) {
@@ -219,8 +249,8 @@ VerbRun declare(CLI::App& command) {
     for (const FormRow& row : g_forms) forms.emplace_back(row.pWord);
     command.add_option("-f,--format", pOptions->sForm, "what to write; default by the end of OUT, else table")
         ->check(CLI::IsMember(forms))
-        ->type_name("table|csv|tsv|json|ndjson");
-    command.add_option("-o,--output", pOptions->sOut, "a file to write, .csv, .tsv, .json, .ndjson or .txt")
+        ->type_name("table|csv|tsv|json|ndjson|xlsx");
+    command.add_option("-o,--output", pOptions->sOut, "a file to write, .csv, .tsv, .json, .ndjson, .xlsx or .txt")
         ->type_name("OUT");
     command.add_flag("--bom", pOptions->boBom, "begin CSV and TSV with a byte order mark");
     return [pOptions](Output& output) { return iList(*pOptions, output); };
