@@ -31,7 +31,7 @@ inline std::uint32_t checkSum(std::string_view bytes) {
 // So many bytes of a number, the lowest first.
 inline std::string sLittle(std::uint64_t u, int iBytes) {
     std::string sBytes;
-    for (int i = 0; i < iBytes; ++i) sBytes += static_cast<char>((u >> (8 * i)) & 0xff);
+    for (int i = 0; i < iBytes; ++i, u >>= 8) sBytes += static_cast<char>(u & 0xff);
     return sBytes;
 }
 

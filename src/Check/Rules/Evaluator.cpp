@@ -35,10 +35,15 @@ bool Evaluator::boStepFailed() {
     return false;
 }
 
-// Whether there is stack for one more call; the address of a local variable tells.
+// Whether there is stack for one more call. A local variable may lie elsewhere, as AddressSanitizer has it, so its address
+// tells only where the compiler does not say where the frame is.
 bool Evaluator::boStackLeft() noexcept {
+#if defined(__GNUC__)
+    const auto* const pHere = static_cast<const char*>(__builtin_frame_address(0));
+#else
     const char cHere = 0;
     const char* const pHere = &cHere;
+#endif
     if (!m_pStackBase) m_pStackBase = pHere;
     const auto iUsed = m_pStackBase > pHere ? m_pStackBase - pHere : pHere - m_pStackBase;
     return static_cast<std::size_t>(iUsed) < m_limits.iStack;
