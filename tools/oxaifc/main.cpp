@@ -16,6 +16,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "oxaifc/io/CommandLine.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/NearNames.h"
 #include "oxaifc/io/Output.h"
@@ -32,7 +33,7 @@ constexpr const char* g_pSummary = "Reads, checks, explains and rewrites buildin
 constexpr const char* g_pFooter = "oxaifc help VERB tells what a verb takes. Exit code: 0 fine, 1 the file has errors, "
                                   "2 unreadable or wrong usage.";
 
-struct Command {
+struct DeclaredVerb {
     CLI::App* pApp;
     VerbRun run;
 };
@@ -45,18 +46,18 @@ void vCommonDeclare(CLI::App& app, std::string& sLanguage) {
         ->type_name("X");
 }
 
-std::vector<Command> declareAll(CLI::App& app, std::string& sLanguage) {
+std::vector<DeclaredVerb> declareAll(CLI::App& app, std::string& sLanguage) {
     vCommonDeclare(app, sLanguage);
     app.set_help_flag("-h,--help", "print this help and exit");
     app.footer(g_pFooter);
     app.require_subcommand(1);
     app.get_formatter()->label("SUBCOMMAND", "VERB");
-    std::vector<Command> commands;
+    std::vector<DeclaredVerb> commands;
     for (const Verb* pVerb : verbs()) {
         CLI::App* pApp = app.add_subcommand(pVerb->pName, pVerb->pSummary);
         pApp->group("Verbs");
         vCommonDeclare(*pApp, sLanguage);
-        commands.push_back({pApp, pVerb->pDeclare(*pApp)});
+        commands.push_back({pApp, pVerb->pDeclare(Command(*pApp))});
     }
     return commands;
 }
@@ -119,7 +120,7 @@ int iRun(int iCount, char** ppWords, Output& output) {
     vVerbCheck(words);
     CLI::App app(g_pSummary, "oxaifc");
     std::string sLanguage;
-    const std::vector<Command> commands = declareAll(app, sLanguage);
+    const std::vector<DeclaredVerb> commands = declareAll(app, sLanguage);
     try {
         std::reverse(words.begin(), words.end());   // as CLI11 takes them
         app.parse(std::move(words));
@@ -127,7 +128,7 @@ int iRun(int iCount, char** ppWords, Output& output) {
         return iParseEnd(app, error, output);
     }
     if (sLanguage == "de") oxa::setLanguage(oxa::Language::German);
-    for (const Command& command : commands)
+    for (const DeclaredVerb& command : commands)
         if (command.pApp->parsed()) return command.run(output);
     return g_iExitFailure;
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "oxaifc/formats/FileOpen.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "oxaifc/formats/FirstBytes.h"
@@ -17,10 +16,10 @@ std::unique_ptr<Input> pFileOpen(const std::string& sPath, const UnpackLimits& l
     return pInput;
 }
 
-void UnpackOption::vDeclare(CLI::App& command) {
-    command.add_flag("--unpack-all", boAll,
-                     "read what a packed file (.ifczip, .gz) holds however large it is; without it 32 GiB at most, and "
-                     "200 times its size");
+void UnpackOption::vDeclare(Command command) {
+    command.flag("--unpack-all", boAll,
+                 "read what a packed file (.ifczip, .gz) holds however large it is; without it 32 GiB at most, and "
+                 "200 times its size");
 }
 
 }   // namespace oxa::tool

@@ -8,11 +8,8 @@
 #include <memory>
 #include <string>
 
+#include "oxaifc/io/CommandLine.h"
 #include "oxaifc/io/Input.h"
-
-namespace CLI {
-class App;
-}   // namespace CLI
 
 namespace oxa::tool {
 
@@ -23,7 +20,7 @@ namespace oxa::tool {
 struct UnpackOption {
     bool boAll = false;
 
-    void vDeclare(CLI::App& command);
+    void vDeclare(Command command);
     [[nodiscard]] UnpackLimits limits() const noexcept { return boAll ? UnpackLimits::none() : UnpackLimits(); }
 };
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "Model/Archive.h"
@@ -83,7 +82,7 @@ const Format* pFormatOfOutput(const std::string& sPath, const std::string& sForm
                               sPrintable(sPath), sPrintable(end), sForms, written.front()->word));
 }
 
-void vFormatDeclare(CLI::App& command, std::string& sFormat, const std::vector<const Format*>& written) {
+void vFormatDeclare(Command command, std::string& sFormat, const std::vector<const Format*>& written) {
     std::vector<std::string> words;
     std::string sForms;
     for (const Format* pFormat : written) {
@@ -91,10 +90,9 @@ void vFormatDeclare(CLI::App& command, std::string& sFormat, const std::vector<c
         sForms += fmt::format("{}{} for {}", sForms.empty() ? "" : ", ", pFormat->word, fmt::join(pFormat->ends, " "));
     }
     command
-        .add_option("--format", sFormat,
-                    fmt::format("the form of OUT; without it the end of its name decides: {}", sForms))
-        ->check(CLI::IsMember(words))
-        ->type_name("X");
+        .option("--format", sFormat, fmt::format("the form of OUT; without it the end of its name decides: {}", sForms))
+        .oneOf(words)
+        .value("X");
 }
 
 }   // namespace oxa::tool

@@ -12,9 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace CLI {
-class App;
-}   // namespace CLI
+#include "oxaifc/io/CommandLine.h"
 
 namespace oxa::tool {
 
@@ -61,6 +59,6 @@ struct Format {
                                             const std::vector<const Format*>& written);
 
 // Adds --format with the words of these formats.
-void vFormatDeclare(CLI::App& command, std::string& sFormat, const std::vector<const Format*>& written);
+void vFormatDeclare(Command command, std::string& sFormat, const std::vector<const Format*>& written);
 
 }   // namespace oxa::tool

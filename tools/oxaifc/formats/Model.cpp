@@ -8,8 +8,6 @@
 #include <sstream>
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "oxaifc/formats/FirstBytes.h"
 #include "oxaifc/formats/FormatJob.h"
 #include "oxaifc/io/Failure.h"
@@ -24,23 +22,23 @@ bool boSourceAgain(Input& input) { return input.boRestart() && input.stream().pe
 
 }   // namespace
 
-void ModelOptions::vDeclare(CLI::App& command, const char* pFileName) {
-    command.add_option(pFileName, sPath, "the file to read; - for standard input")->required()->type_name("");
+void ModelOptions::vDeclare(Command command, const char* pFileName) {
+    command.option(pFileName, sPath, "the file to read; - for standard input").required().value("");
     vDeclareRead(command);
 }
 
-void ModelOptions::vDeclareSeveral(CLI::App& command, std::vector<std::string>& paths) {
-    command.add_option("FILE", paths, "the files to read; - for standard input")->required()->type_name("");
+void ModelOptions::vDeclareSeveral(Command command, std::vector<std::string>& paths) {
+    command.option("FILE", paths, "the files to read; - for standard input").required().value("");
     vDeclareRead(command);
 }
 
-void ModelOptions::vDeclareRead(CLI::App& command) {
+void ModelOptions::vDeclareRead(Command command) {
     command
-        .add_option("--schema-file", schemaPaths,
-                    "an EXPRESS file with a schema that files may name; if it is the only one, it serves every file")
-        ->type_name("X.exp")
-        ->allow_extra_args(false);
-    command.add_flag("--single-threaded", boSingleThreaded, "parse on one thread");
+        .option("--schema-file", schemaPaths,
+                "an EXPRESS file with a schema that files may name; if it is the only one, it serves every file")
+        .value("X.exp")
+        .oneEach();
+    command.flag("--single-threaded", boSingleThreaded, "parse on one thread");
     unpack.vDeclare(command);
 }
 
@@ -117,6 +115,15 @@ std::string Model::sNoErrors() const {
 
 int Model::iExitCode() const {
     return m_boOk && errors().empty() && lostStatements().iCount == 0 ? g_iExitFine : g_iExitErrors;
+}
+
+void Model::vWholeCheck(const char* pVerb) const {
+    for (const ifc::ErrorRecord& record : errors())
+        if (record.severity == ifc::Errors::Fatal)
+            throw Failure(fmt::format("{}: not read to the end: {}", sName(), sPrintable(record.description)));
+    if (!boOk() && errors().empty()) throw Failure(sName() + ": not read to the end");
+    if (boFaultInside())
+        throw Failure(fmt::format("{}: has lost statements in the read, so it can't be {}", sName(), pVerb));
 }
 
 }   // namespace oxa::tool

@@ -33,12 +33,12 @@ struct ModelOptions {
     bool boKeepSource = false;       // what was read can be read again: Model::source
 
     // Adds them to a verb, the file under this name. This object must live until the command line is parsed.
-    void vDeclare(CLI::App& command, const char* pFileName = "FILE");
+    void vDeclare(Command command, const char* pFileName = "FILE");
     // The same for a verb that takes any number of files; which of them sPath is, the verb says for each read.
-    void vDeclareSeveral(CLI::App& command, std::vector<std::string>& paths);
+    void vDeclareSeveral(Command command, std::vector<std::string>& paths);
 
 private:
-    void vDeclareRead(CLI::App& command);
+    void vDeclareRead(Command command);
 };
 
 class Model {
@@ -96,6 +96,10 @@ public:
     [[nodiscard]] std::uint64_t iBytes() const noexcept { return m_iBytes; }
     // How messages call the file.
     [[nodiscard]] const std::string& sName() const noexcept { return m_sName; }
+
+    // Failure for what was not read to its end, or has lost statements by a fault inside: which ones is not known, so
+    // that it can't be what pVerb says, as "compared".
+    void vWholeCheck(const char* pVerb) const;
 
 private:
     SchemaSource m_schemas;

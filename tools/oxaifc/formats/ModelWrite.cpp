@@ -13,7 +13,6 @@
 #include <tuple>
 #include <utility>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "Format/Ifc/IfcFileEntity.h"
@@ -112,12 +111,10 @@ const ifc::ErrorRecord* pFirstFatal(const Model& model) {
 
 }   // namespace
 
-void WriteOptions::vDeclareOut(CLI::App& command, const char* pNoOrder) {
-    command.add_option("OUT", sOut, "the file to write, which may be IN; - for standard output")
-        ->required()
-        ->type_name("");
+void WriteOptions::vDeclareOut(Command command, const char* pNoOrder) {
+    command.option("OUT", sOut, "the file to write, which may be IN; - for standard output").required().value("");
     command
-        .add_option_function<std::string>(
+        .option(
             "--order",
             [this](const std::string& sName) {
                 eOrder = sName == "any"    ? ifc::WriteOrder::Any
@@ -128,19 +125,19 @@ void WriteOptions::vDeclareOut(CLI::App& command, const char* pNoOrder) {
             },
             fmt::format("how the statements of STEP stand: {}; file, as in IN, with new ones behind; any, as they come",
                         pNoOrder))
-        ->check(CLI::IsMember({"number", "file", "any"}))
-        ->type_name("X");
+        .oneOf({"number", "file", "any"})
+        .value("X");
     std::vector<std::string_view> inPart;
     for (const Format* pFormat : tool::formats())
         if (!pFormat->holds.boReadTellsAll) inPart.push_back(pFormat->title);
-    command.footer(
+    command.vFooter(
         fmt::format("OUT is replaced as a whole or not at all. Exit code: 0 fine, 1 the read or the write had errors "
                     "(OUT is written, and they are told), 2 unreadable, not to be written or wrong usage (OUT is as "
                     "it was). An IN with errors is not replaced by itself, nor is one in {}, which is read in part.",
                     fmt::join(inPart, " or ")));
 }
 
-void WriteOptions::vDeclareFormat(CLI::App& command, std::vector<const Format*> written, const Format* pOtherwise) {
+void WriteOptions::vDeclareFormat(Command command, std::vector<const Format*> written, const Format* pOtherwise) {
     formats = std::move(written);
     pOpen = pOtherwise;
     vFormatDeclare(command, sFormat, formats);

@@ -32,13 +32,13 @@ struct WriteOptions : ModelOptions {
     bool boOrderAsked = false;   // the caller named one
 
     // Adds IN, FILE's name here, and the options of a read.
-    void vDeclareIn(CLI::App& command) { vDeclare(command, "IN"); }
+    void vDeclareIn(Command command) { vDeclare(command, "IN"); }
     // Adds OUT, which comes last on the command line, and what help says of all these verbs. "order" is what --order says
     // of the order that there is without it.
-    void vDeclareOut(CLI::App& command, const char* pNoOrder = "number (without this option), as their numbers rise");
+    void vDeclareOut(Command command, const char* pNoOrder = "number (without this option), as their numbers rise");
     // Adds --format, for a verb that writes these; "pOtherwise" where neither that nor OUT's name says one, null: the
     // format of IN.
-    void vDeclareFormat(CLI::App& command, std::vector<const Format*> written, const Format* pOtherwise);
+    void vDeclareFormat(Command command, std::vector<const Format*> written, const Format* pOtherwise);
 };
 
 class ModelWrite {

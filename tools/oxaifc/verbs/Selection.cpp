@@ -10,6 +10,7 @@
 
 #include "Convert/EntityFromText.h"
 #include "Format/Ifc/IfcFileEntity.h"
+#include "Model/Error.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/NearNames.h"
 #include "oxaifc/io/Output.h"
@@ -81,6 +82,12 @@ ifc::Entity& entitySelected(Model& model, const std::string& sWhat) {
     if (!pEntity)
         throw Failure(fmt::format("{} is no number as #12 and no GlobalId of 22 characters", sPrintable(sWhat)));
     return *pEntity;
+}
+
+Selector selectorOf(const std::string& sQuery, const char* pPlace) try {
+    return Selector(sQuery);
+} catch (const QueryError& error) {
+    throw Failure(fmt::format("{}, {}", pPlace, sPrintable(error.what())));
 }
 
 }   // namespace oxa::tool

@@ -2,7 +2,7 @@
 // Selection: the entities that a word of the command line stands for.
 //
 // For      verbs with a WHAT: a number as "#12" or "12", a GlobalId of 22 characters or in hexadecimal digits, and, in
-//          entitiesSelected, a type.
+//          entitiesSelected, a type; for those with a QUERY, its selector.
 // Errors   Failure, with what may have been meant.
 #pragma once
 
@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "Model/Selector.h"
 #include "oxaifc/formats/Model.h"
 
 namespace oxa::tool {
@@ -24,5 +25,8 @@ namespace oxa::tool {
 
 // One entity by number or GlobalId.
 [[nodiscard]] ifc::Entity& entitySelected(Model& model, const std::string& sWhat);
+
+// The selector that a query is. What is none ends the program, with pPlace, as "list: QUERY", in front of the reason.
+[[nodiscard]] Selector selectorOf(const std::string& sQuery, const char* pPlace);
 
 }   // namespace oxa::tool

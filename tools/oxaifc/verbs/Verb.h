@@ -10,9 +10,7 @@
 #include <functional>
 #include <span>
 
-namespace CLI {
-class App;
-}   // namespace CLI
+#include "oxaifc/io/CommandLine.h"
 
 namespace oxa::tool {
 
@@ -22,7 +20,7 @@ using VerbRun = std::function<int(Output& output)>;
 struct Verb {
     const char* pName;
     const char* pSummary;
-    VerbRun (*pDeclare)(CLI::App& command);
+    VerbRun (*pDeclare)(Command command);
 };
 
 // In the order in which help tells them, which is that of the list in ../CMakeLists.txt.

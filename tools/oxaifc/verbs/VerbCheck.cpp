@@ -12,8 +12,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Format/Ifc/IfcFileEntity.h"
 #include "oxaifc/formats/Model.h"
 #include "oxaifc/io/Failure.h"
@@ -213,29 +211,28 @@ int iCheck(CheckVerbOptions& options, Output& output) {
     return iCode;
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<CheckVerbOptions>();
     pOptions->vDeclareSeveral(command, pOptions->paths);
-    command.add_flag("--json", pOptions->boJson,
-                     "print a JSON object: the first 100 records of each group of errors, the groups, the files");
-    command.add_flag("--all", pOptions->boAll, "tell all errors, not the first of each group; for text and --json");
+    command.flag("--json", pOptions->boJson,
+                 "print a JSON object: the first 100 records of each group of errors, the groups, the files");
+    command.flag("--all", pOptions->boAll, "tell all errors, not the first of each group; for text and --json");
     command
-        .add_option("--html", pOptions->report.sOut,
-                    "write a page about the errors to this file instead of the list; - for standard output")
-        ->type_name("OUT");
+        .option("--html", pOptions->report.sOut,
+                "write a page about the errors to this file instead of the list; - for standard output")
+        .value("OUT");
     command
-        .add_option("--template", pOptions->report.sTemplate,
-                    "instead of that page what this inja template makes of the errors, on standard output without "
-                    "--html; files that it includes are looked for from the working folder on")
-        ->type_name("X");
+        .option("--template", pOptions->report.sTemplate,
+                "instead of that page what this inja template makes of the errors, on standard output without "
+                "--html; files that it includes are looked for from the working folder on")
+        .value("X");
     command
-        .add_flag("--strict", pOptions->sStrict,
-                  "say whether the file is valid instead of whether it can be read: by all levels, or by those named "
-                  "behind a \"=\": syntax, header, schema, rules")
-        ->type_name("LEVELS");
-    command
-        .add_option("--sarif", pOptions->sSarif, "with --strict: write what fails to this file as SARIF 2.1.0 as well")
-        ->type_name("OUT");
+        .flag("--strict", pOptions->sStrict,
+              "say whether the file is valid instead of whether it can be read: by all levels, or by those named "
+              "behind a \"=\": syntax, header, schema, rules")
+        .value("LEVELS");
+    command.option("--sarif", pOptions->sSarif, "with --strict: write what fails to this file as SARIF 2.1.0 as well")
+        .value("OUT");
     return [pOptions](Output& output) { return iCheck(*pOptions, output); };
 }
 

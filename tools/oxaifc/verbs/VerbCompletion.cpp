@@ -169,14 +169,15 @@ struct ShellRow {
 };
 constexpr ShellRow g_shells[] = {{"bash", vBash}, {"zsh", vZsh}, {"fish", vFish}};
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pShell = std::make_shared<std::string>();
     std::vector<std::string> names;
     for (const ShellRow& row : g_shells) names.emplace_back(row.pName);
-    command.add_option("SHELL", *pShell, "bash, zsh or fish")->required()->check(CLI::IsMember(names))->type_name("");
-    command.footer("For this shell alone: source <(oxaifc completion bash). An installation has them in their places.");
-    return [pShell, &command](Output& output) {
-        const CLI::App& program = *command.get_parent();
+    command.option("SHELL", *pShell, "bash, zsh or fish").required().oneOf(names).value("");
+    command.vFooter(
+        "For this shell alone: source <(oxaifc completion bash). An installation has them in their places.");
+    return [pShell, command](Output& output) {
+        const CLI::App& program = *command.app().get_parent();
         for (const ShellRow& row : g_shells)
             if (*pShell == row.pName) row.vWrite(commandFacts(program), verbFacts(program), output);
         return 0;

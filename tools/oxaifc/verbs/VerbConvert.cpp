@@ -9,8 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Convert/SchemaMove.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "oxaifc/formats/ModelWrite.h"
@@ -87,17 +85,17 @@ int iConvert(const ConvertOptions& options) {
     return std::max(write.iTell(model), move.boLossless() ? g_iExitFine : g_iExitErrors);
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<ConvertOptions>();
     pOptions->vDeclareIn(command);
     pOptions->vDeclareOut(command);
     pOptions->vDeclareFormat(command, formatsWith(&FormatHolds::boModel), &formatFromWord("step"));
-    command.add_flag("--renumber", pOptions->boRenumber, "number the entities anew, from 1");
-    command.add_flag("--all", pOptions->boAll, "every entity, also what is not connected with the project");
+    command.flag("--renumber", pOptions->boRenumber, "number the entities anew, from 1");
+    command.flag("--all", pOptions->boAll, "every entity, also what is not connected with the project");
     command
-        .add_option("--schema", pOptions->sSchema,
-                    "move the model to this built-in schema; what has no place there is told, with exit code 1")
-        ->type_name("NAME");
+        .option("--schema", pOptions->sSchema,
+                "move the model to this built-in schema; what has no place there is told, with exit code 1")
+        .value("NAME");
     return [pOptions](Output&) { return iConvert(*pOptions); };
 }
 

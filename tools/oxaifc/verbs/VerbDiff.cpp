@@ -6,8 +6,6 @@
 #include <optional>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "Compare/Elements.h"
 #include "Model/Selector.h"
 #include "oxaifc/formats/ElementModel.h"
@@ -15,6 +13,7 @@
 #include "oxaifc/io/Output.h"
 #include "oxaifc/io/Target.h"
 #include "oxaifc/report/DiffText.h"
+#include "oxaifc/verbs/Selection.h"
 #include "oxaifc/verbs/Verb.h"
 
 namespace oxa::tool {
@@ -33,26 +32,14 @@ struct DiffOptions : ModelOptions {
     bool boEntities = false;
 };
 
-// What was not read to its end can't be compared. Other errors may have cost an entity or a value: they are told.
+// Errors may have cost an entity or a value: they are told.
 void vCheck(const Model& model) {
-    for (const ifc::ErrorRecord& record : model.errors())
-        if (record.severity == ifc::Errors::Fatal)
-            throw Failure(fmt::format("{}: not read to the end: {}", model.sName(), sPrintable(record.description)));
-    if (!model.boOk() && model.errors().empty()) throw Failure(model.sName() + ": not read to the end");
-    // It is not known which statements were lost: a difference and none would both be guesses.
-    if (model.boFaultInside())
-        throw Failure(fmt::format("{}: has lost statements in the read, so it can't be compared", model.sName()));
+    model.vWholeCheck("compared");
     if (!model.errors().empty())
         std::fputs(fmt::format("oxaifc: {}: {} while reading; what could not be read is not compared\n",
                                sPrintable(model.sName()), sCounted(model.errors().size(), "error"))
                        .c_str(),
                    stderr);
-}
-
-std::optional<Selector> selectorOf(const std::string& sQuery) try {
-    return sQuery.empty() ? std::nullopt : std::optional<Selector>(sQuery);
-} catch (const QueryError& error) {
-    throw Failure(fmt::format("diff: --only, {}", sPrintable(error.what())));
 }
 
 int iTell(const DiffOptions& options, const compare::ElementResult& diff, Target* pPage, const std::string& sOld,
@@ -87,7 +74,8 @@ int iEntities(const DiffOptions& options, const Model& before, const Model& afte
 
 int iDiff(const DiffOptions& options, Output& output) {
     if (options.sPath == "-" && options.sPathNew == "-") throw Failure("diff: A and B can't both be standard input");
-    const std::optional<Selector> only = selectorOf(options.sOnly);
+    std::optional<Selector> only;
+    if (!options.sOnly.empty()) only = selectorOf(options.sOnly, "diff: --only");
     std::optional<Target> page;
     if (!options.sHtml.empty()) page.emplace(options.sHtml);
     for (const std::string* pPath : {&options.sPath, &options.sPathNew})
@@ -113,28 +101,26 @@ int iDiff(const DiffOptions& options, Output& output) {
     }
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<DiffOptions>();
     pOptions->vDeclare(command, "A");
-    command.add_option("B", pOptions->sPathNew, "the file to compare it with; - for standard input")
-        ->required()
-        ->type_name("");
-    auto* const pOnly = command
-                            .add_option("--only", pOptions->sOnly,
-                                        "of these elements alone, selected in either file, as in 'IfcWall, storey=EG'")
-                            ->type_name("QUERY");
-    command.add_flag("--all", pOptions->boAll, "a line for each element, where several have the same change");
-    auto* const pCsv = command.add_flag("--csv", pOptions->boCsv, "print CSV (RFC 4180), a row for each change");
-    auto* const pHtml =
-        command.add_option("--html", pOptions->sHtml, "write a page about the changes; - for standard output")
-            ->type_name("OUT");
-    auto* const pJson = command.add_flag("--json", pOptions->boJson, "print one JSON object")->excludes(pCsv);
-    command.add_flag("--entities", pOptions->boEntities, "tell what differs by entity instead of by element")
-        ->excludes(pOnly)
-        ->excludes(pCsv)
-        ->excludes(pHtml);
-    static_cast<void>(pJson);
-    command.footer(
+    command.option("B", pOptions->sPathNew, "the file to compare it with; - for standard input").required().value("");
+    const CommandOption only =
+        command
+            .option("--only", pOptions->sOnly,
+                    "of these elements alone, selected in either file, as in 'IfcWall, storey=EG'")
+            .value("QUERY");
+    command.flag("--all", pOptions->boAll, "a line for each element, where several have the same change");
+    const CommandOption csv = command.flag("--csv", pOptions->boCsv, "print CSV (RFC 4180), a row for each change");
+    const CommandOption html =
+        command.option("--html", pOptions->sHtml, "write a page about the changes; - for standard output").value("OUT");
+    command.flag("--json", pOptions->boJson, "print one JSON object").excludes(csv);
+    command.flag("--entities", pOptions->boEntities, "tell what differs by entity instead of by element")
+        .excludes(only)
+        .excludes(csv)
+        .excludes(html);
+
+    command.vFooter(
         "Elements are matched by GlobalId, and what has none is compared by content, with the attribute that "
         "leads to it, or on its own. Numbers, order of statements, order within a SET, header texts and "
         "inverse attributes don't count. What differs and belongs to no element is told by entity. "

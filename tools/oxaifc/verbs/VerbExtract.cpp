@@ -11,7 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "Convert/EntityFromText.h"
@@ -53,17 +52,11 @@ bool boNamesOne(const std::string& sWhat) {
            (!sWhat.empty() && sWhat.find_first_not_of("0123456789") == std::string::npos);
 }
 
-std::optional<Selector> selectorOf(const std::string& sQuery) try {
-    return sQuery.empty() ? std::nullopt : std::optional<Selector>(sQuery);
-} catch (const QueryError& error) {
-    throw Failure(fmt::format("extract: WHAT, {}", sPrintable(error.what())));
-}
-
 std::string sPlural(std::size_t iCount) { return iCount == 1 ? "1 entity" : sGrouped(iCount) + " entities"; }
 
-Elements selected(const ExtractOptions& options, const std::optional<Selector>& selector, const oxa::Model& model,
+Elements selected(const ExtractOptions& options, const Selector& selector, const oxa::Model& model,
                   const std::string& sName) try {
-    Selection selection = options.boExact ? selector->select(model, exact) : selector->select(model);
+    Selection selection = options.boExact ? selector.select(model, exact) : selector.select(model);
     if (selection.elements.empty())
         throw Failure(fmt::format("{}: {} selects nothing{}{}", sName, sPrintable(options.sWhat),
                                   selection.hints.empty() ? "" : "; ",
@@ -207,10 +200,11 @@ int iSplit(const ExtractOptions& options, Output& output) {
     if (options.boAlone) throw Failure("extract: --alone and --split-by exclude each other");
     if (options.sOut == "-") throw Failure("extract: --split-by writes several files, so OUT can't be standard output");
     const SplitRow& row = *std::ranges::find(g_splits, options.sSplit, &SplitRow::pWord);
-    const std::optional<Selector> selector = selectorOf(options.sWhat);
+    std::optional<Selector> selector;
+    if (!options.sWhat.empty()) selector = selectorOf(options.sWhat, "extract: WHAT");
     Model file(options, true);
     oxa::Model model = elementsOf(file);
-    const Elements elements = selector                ? selected(options, selector, model, file.sName())
+    const Elements elements = selector                ? selected(options, *selector, model, file.sName())
                               : model.knows(row.pAll) ? model.all(row.pAll)
                                                       : Elements();
     const std::vector<Part> parts = partsOf(elements, options.sSplit);
@@ -244,7 +238,8 @@ int iExtract(ExtractOptions options, Output& output) {
     if (!options.sSplit.empty()) return iSplit(options, output);
     const bool boOne = boNamesOne(options.sWhat);
     if (options.boAlone && !boOne) throw Failure("extract: --alone takes a number or a GlobalId for WHAT");
-    const std::optional<Selector> selector = boOne ? std::nullopt : selectorOf(options.sWhat);
+    std::optional<Selector> selector;
+    if (!boOne) selector = selectorOf(options.sWhat, "extract: WHAT");
     if (!boOne) options.pOpen = &formatFromWord("step");
     ModelWrite write(options);
     Model file(options, true);
@@ -258,35 +253,35 @@ int iExtract(ExtractOptions options, Output& output) {
         return iWhole(write, file, model, {element});
     }
     oxa::Model model = elementsOf(file);
-    const Elements elements = selected(options, selector, model, file.sName());
+    const Elements elements = selected(options, *selector, model, file.sName());
     return iWhole(write, file, model, {elements.begin(), elements.end()});
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<ExtractOptions>();
     pOptions->vDeclareIn(command);
     command
-        .add_option("WHAT", pOptions->sWhat,
-                    "which elements, as in 'IfcDoor, storey=EG'; a number as 12 or '#12', or a GlobalId")
-        ->required()
-        ->type_name("");
+        .option("WHAT", pOptions->sWhat,
+                "which elements, as in 'IfcDoor, storey=EG'; a number as 12 or '#12', or a GlobalId")
+        .required()
+        .value("");
     pOptions->vDeclareOut(command);
     pOptions->vDeclareFormat(command, formatsWith(&FormatHolds::boFragment), &formatFromWord("simple"));
     std::vector<std::string> splits;
     for (const SplitRow& row : g_splits) splits.emplace_back(row.pWord);
     command
-        .add_option_function<std::string>(
+        .option(
             "--split-by",
-            [pOptions, pOut = command.get_option("OUT")](const std::string& sWord) {
+            [pOptions, out = command.declared("OUT")](const std::string& sWord) {
                 pOptions->sSplit = sWord;
-                pOut->required(false);   // WHAT may be the one that is missing: the run settles it
+                out.required(false);   // WHAT may be the one that is missing: the run settles it
             },
             "a file for each; OUT is a folder, or out.ifc for out-EG.ifc; without WHAT all of the model")
-        ->check(CLI::IsMember(splits))
-        ->type_name("X");
-    command.add_flag("--exact", pOptions->boExact, "classes without their subtypes");
-    command.add_flag("--alone", pOptions->boAlone,
-                     "one entity and all that it reaches over references and inverse lists, as the simple form has it");
+        .oneOf(splits)
+        .value("X");
+    command.flag("--exact", pOptions->boExact, "classes without their subtypes");
+    command.flag("--alone", pOptions->boAlone,
+                 "one entity and all that it reaches over references and inverse lists, as the simple form has it");
     return [pOptions](Output& output) { return iExtract(*pOptions, output); };
 }
 

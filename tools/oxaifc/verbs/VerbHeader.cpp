@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "Format/Ifc/IfcStepStrings.h"
@@ -166,28 +165,27 @@ int iHeader(const HeaderOptions& options, Output& output) {
     return iChange(options);
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<HeaderOptions>();
-    command.add_option("FILE", pOptions->sPath, "the file to read; - for standard input")->required()->type_name("");
-    auto* const pSet =
+    command.option("FILE", pOptions->sPath, "the file to read; - for standard input").required().value("");
+    const CommandOption set =
         command
-            .add_option("--set", pOptions->settings,
-                        "give a field a value: description, implementationLevel, name, timeStamp, author, "
-                        "organization, preprocessorVersion, originatingSystem, authorization, schema; may stand "
-                        "several times, and for description, author and organization with several values of one")
-            ->type_name("FIELD=VALUE")
-            ->allow_extra_args(false);
-    command.add_flag("--json", pOptions->boJson, "print one JSON object")->excludes(pSet);
-    command
-        .add_option("OUT", pOptions->sOut, "with --set: the file to write, which may be FILE; - for standard output")
-        ->type_name("");
+            .option("--set", pOptions->settings,
+                    "give a field a value: description, implementationLevel, name, timeStamp, author, "
+                    "organization, preprocessorVersion, originatingSystem, authorization, schema; may stand "
+                    "several times, and for description, author and organization with several values of one")
+            .value("FIELD=VALUE")
+            .oneEach();
+    command.flag("--json", pOptions->boJson, "print one JSON object").excludes(set);
+    command.option("OUT", pOptions->sOut, "with --set: the file to write, which may be FILE; - for standard output")
+        .value("");
     vFormatDeclare(command, pOptions->sFormat, written());
     pOptions->unpack.vDeclare(command);
-    command.footer("Without --set the header is printed. With it, all but the new values is copied byte for "
-                   "byte, and OUT is "
-                   "replaced as a whole or not at all. Exit code: 0 fine, 1 the header has errors (OUT is "
-                   "written), 2 unreadable, "
-                   "not to be written or wrong usage (OUT is as it was).");
+    command.vFooter("Without --set the header is printed. With it, all but the new values is copied byte for "
+                    "byte, and OUT is "
+                    "replaced as a whole or not at all. Exit code: 0 fine, 1 the header has errors (OUT is "
+                    "written), 2 unreadable, "
+                    "not to be written or wrong usage (OUT is as it was).");
     return [pOptions](Output& output) { return iHeader(*pOptions, output); };
 }
 

@@ -9,8 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "oxaifc/formats/Model.h"
@@ -185,10 +183,10 @@ int iInfo(InfoOptions& options, Output& output) {
     return iCode;
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<InfoOptions>();
     pOptions->vDeclareSeveral(command, pOptions->paths);
-    command.add_flag("--json", pOptions->boJson, "print one JSON object; of several files an array of them");
+    command.flag("--json", pOptions->boJson, "print one JSON object; of several files an array of them");
     return [pOptions](Output& output) { return iInfo(*pOptions, output); };
 }
 

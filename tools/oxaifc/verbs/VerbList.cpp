@@ -12,8 +12,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Model/Columns.h"
 #include "Model/Relations.h"
 #include "Model/Selector.h"
@@ -25,6 +23,7 @@
 #include "oxaifc/io/Target.h"
 #include "oxaifc/report/Sheet.h"
 #include "oxaifc/report/Table.h"
+#include "oxaifc/verbs/Selection.h"
 #include "oxaifc/verbs/Several.h"
 #include "oxaifc/verbs/Verb.h"
 
@@ -159,12 +158,6 @@ std::vector<std::string> pathsOf(ListOptions& options) {
     return paths;
 }
 
-std::optional<Selector> selectorOf(const std::string& sQuery) try {
-    return sQuery.empty() ? std::nullopt : std::optional<Selector>(sQuery);
-} catch (const QueryError& error) {
-    throw Failure(fmt::format("list: QUERY, {}", sPrintable(error.what())));
-}
-
 // The rows of all files, one after the other.
 int iRows(ListOptions& options, const std::vector<std::string>& paths, const std::optional<Selector>& selector,
           const RowSink& row) {
@@ -222,7 +215,8 @@ int iList(ListOptions& options, Output& output) {
         *pNames = namesOf(*pNames);
     if (options.columns.empty()) options.columns = {"id", "class", "GlobalId", "Name"};
     if (options.sums.empty() && !options.keys.empty()) options.boCount = true;
-    const std::optional<Selector> selector = selectorOf(options.sQuery);
+    std::optional<Selector> selector;
+    if (!options.sQuery.empty()) selector = selectorOf(options.sQuery, "list: QUERY");
 
     const std::optional<TableForm> eForm = form(options);
     if (options.boBom && eForm != TableForm::Csv && eForm != TableForm::Tsv)
@@ -230,29 +224,29 @@ int iList(ListOptions& options, Output& output) {
     return eForm ? iTable(options, paths, selector, *eForm, output) : iSheet(options, paths, selector);
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<ListOptions>();
     pOptions->vDeclareSeveral(command, pOptions->words);
     // FILE takes all words; this tells what the last of them may be.
-    command.add_option("QUERY", pOptions->sQuery, "which elements, as in 'IfcDoor, storey=EG'; without it all objects")
-        ->type_name("");
-    const auto list = [&command](const char* pName, std::vector<std::string>& names, const char* pHelp) {
-        return command.add_option(pName, names, pHelp)->type_name("A,B")->allow_extra_args(false);
+    command.option("QUERY", pOptions->sQuery, "which elements, as in 'IfcDoor, storey=EG'; without it all objects")
+        .value("");
+    const auto list = [command](const char* pName, std::vector<std::string>& names, const char* pHelp) {
+        return command.option(pName, names, pHelp).value("A,B").oneEach();
     };
-    CLI::Option* pColumns = list("-c,--columns", pOptions->columns,
-                                 "class, id, Name, storey.Name, Set.Property; default id,class,GlobalId,Name");
-    list("--group-by", pOptions->keys, "a row for each value of these columns")->excludes(pColumns);
-    list("--sum", pOptions->sums, "the sum of these columns")->excludes(pColumns);
-    command.add_flag("--count", pOptions->boCount, "how many there are, in all or in each group")->excludes(pColumns);
-    command.add_flag("--exact", pOptions->boExact, "classes without their subtypes");
+    const CommandOption columns = list("-c,--columns", pOptions->columns,
+                                       "class, id, Name, storey.Name, Set.Property; default id,class,GlobalId,Name");
+    list("--group-by", pOptions->keys, "a row for each value of these columns").excludes(columns);
+    list("--sum", pOptions->sums, "the sum of these columns").excludes(columns);
+    command.flag("--count", pOptions->boCount, "how many there are, in all or in each group").excludes(columns);
+    command.flag("--exact", pOptions->boExact, "classes without their subtypes");
     std::vector<std::string> forms;
     for (const FormRow& row : g_forms) forms.emplace_back(row.pWord);
-    command.add_option("-f,--format", pOptions->sForm, "what to write; default by the end of OUT, else table")
-        ->check(CLI::IsMember(forms))
-        ->type_name("table|csv|tsv|json|ndjson|xlsx");
-    command.add_option("-o,--output", pOptions->sOut, "a file to write, .csv, .tsv, .json, .ndjson, .xlsx or .txt")
-        ->type_name("OUT");
-    command.add_flag("--bom", pOptions->boBom, "begin CSV and TSV with a byte order mark");
+    command.option("-f,--format", pOptions->sForm, "what to write; default by the end of OUT, else table")
+        .oneOf(forms)
+        .value("table|csv|tsv|json|ndjson|xlsx");
+    command.option("-o,--output", pOptions->sOut, "a file to write, .csv, .tsv, .json, .ndjson, .xlsx or .txt")
+        .value("OUT");
+    command.flag("--bom", pOptions->boBom, "begin CSV and TSV with a byte order mark");
     return [pOptions](Output& output) { return iList(*pOptions, output); };
 }
 

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "Convert/Merge.h"
@@ -36,12 +35,8 @@ const std::map<std::string, convert::Join> g_joins{{"guid", convert::Join::Guid}
 const std::map<std::string, convert::Same> g_sames{{"fail", convert::Same::Fail},
                                                    {"keep-first", convert::Same::KeepFirst}};
 
-// What is not read to its end, or has lost statements, is not a model to put into another.
 void vCheck(const Model& file) {
-    for (const ifc::ErrorRecord& record : file.errors())
-        if (record.severity == ifc::Errors::Fatal)
-            throw Failure(fmt::format("{}: not read to the end: {}", file.sName(), sPrintable(record.description)));
-    if (!file.boOk() && file.errors().empty()) throw Failure(file.sName() + ": not read to the end");
+    file.vWholeCheck("merged");
     if (!file.data().pSchema()) throw Failure(fmt::format("{}: has no schema that is known", file.sName()));
 }
 
@@ -118,12 +113,12 @@ int iMerge(MergeVerbOptions& options) {
     return std::max(iCode, write.iTell(first));
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<MergeVerbOptions>();
     pOptions->vDeclareSeveral(command, pOptions->words);
     // FILE takes all words; this tells what the last of them is.
     pOptions->vDeclareOut(command);
-    command.get_option("FILE")->each([pOut = command.get_option("OUT")](const std::string&) { pOut->required(false); });
+    command.declared("FILE").each([out = command.declared("OUT")](const std::string&) { out.required(false); });
     pOptions->vDeclareFormat(command, formatsWith(&FormatHolds::boModel), &formatFromWord("step"));
     const auto names = [](const auto& rows) {
         std::vector<std::string> all;
@@ -131,19 +126,19 @@ VerbRun declare(CLI::App& command) {
         return all;
     };
     command
-        .add_option_function<std::string>(
+        .option(
             "--join", [pOptions](const std::string& sWord) { pOptions->merge.join = g_joins.at(sWord); },
             "which sites, buildings and storeys are one: those of one GlobalId (without this option), those of one "
             "name "
             "too, or none that differ")
-        ->check(CLI::IsMember(names(g_joins)))
-        ->type_name("X");
+        .oneOf(names(g_joins))
+        .value("X");
     command
-        .add_option_function<std::string>(
+        .option(
             "--same", [pOptions](const std::string& sWord) { pOptions->merge.same = g_sames.at(sWord); },
             "two entities with one GlobalId that say two things: fail (without this option), or keep-first")
-        ->check(CLI::IsMember(names(g_sames)))
-        ->type_name("X");
+        .oneOf(names(g_sames))
+        .value("X");
     return [pOptions](Output&) { return iMerge(*pOptions); };
 }
 

@@ -6,8 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Model/Columns.h"
 #include "Model/Relations.h"
@@ -190,14 +188,13 @@ int iProps(const PropsOptions& options, Output& output) {
     return file.iExitCode();
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<PropsOptions>();
     pOptions->vDeclare(command);
-    command
-        .add_option("WHAT", pOptions->sWhat, "a number as 12 or '#12', or a GlobalId (22 characters or hexadecimal)")
-        ->required()
-        ->type_name("");
-    command.add_flag("--json", pOptions->boJson, "print one JSON object");
+    command.option("WHAT", pOptions->sWhat, "a number as 12 or '#12', or a GlobalId (22 characters or hexadecimal)")
+        .required()
+        .value("");
+    command.flag("--json", pOptions->boJson, "print one JSON object");
     return [pOptions](Output& output) { return iProps(*pOptions, output); };
 }
 

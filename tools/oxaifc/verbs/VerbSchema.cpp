@@ -7,8 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "oxaifc/formats/SchemaSource.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/NearNames.h"
@@ -215,16 +213,14 @@ int iSchema(const SchemaOptions& options, Output& output) {
     return g_iExitFine;
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<SchemaOptions>();
-    command.add_option("NAME", pOptions->sFirst, "a built-in schema, as IFC4; left out with --file")->type_name("");
-    command.add_option("ENTITY", pOptions->sSecond, "an entity or type of it, in any case; without: a summary")
-        ->type_name("");
-    command
-        .add_option("--file", pOptions->sFile, "read the schema from this EXPRESS file instead; - for standard input")
-        ->type_name("X.exp");
-    command.add_flag("--all", pOptions->boAll, "all entities");
-    command.add_flag("--json", pOptions->boJson, "print JSON");
+    command.option("NAME", pOptions->sFirst, "a built-in schema, as IFC4; left out with --file").value("");
+    command.option("ENTITY", pOptions->sSecond, "an entity or type of it, in any case; without: a summary").value("");
+    command.option("--file", pOptions->sFile, "read the schema from this EXPRESS file instead; - for standard input")
+        .value("X.exp");
+    command.flag("--all", pOptions->boAll, "all entities");
+    command.flag("--json", pOptions->boJson, "print JSON");
     return [pOptions](Output& output) { return iSchema(*pOptions, output); };
 }
 

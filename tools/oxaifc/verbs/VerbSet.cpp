@@ -9,7 +9,6 @@
 #include <variant>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "Convert/Assignment.h"
@@ -98,7 +97,7 @@ std::vector<convert::Assignment> assignments(const std::vector<std::string>& wor
 std::vector<Element> selected(const SetOptions& options, Model& file, const oxa::Model& model) {
     if (const std::optional<std::uint64_t> id = numberSelected(file, options.sQuery)) return {model.byId(*id)};
     try {
-        const Selector selector(options.sQuery);
+        const Selector selector = selectorOf(options.sQuery, "set: QUERY");
         const Selection selection = options.boExact ? selector.select(model, exact) : selector.select(model);
         if (selection.elements.empty())
             throw Failure(fmt::format("{}: nothing is selected by {}{}{}", file.sName(),
@@ -106,8 +105,6 @@ std::vector<Element> selected(const SetOptions& options, Model& file, const oxa:
                                       sPrintable(fmt::to_string(fmt::join(selection.hints, "; ")))));
         for (const std::string& sHint : selection.hints) vTell(sHint);
         return {selection.elements.begin(), selection.elements.end()};
-    } catch (const QueryError& error) {
-        throw Failure(fmt::format("set: QUERY, {}", sPrintable(error.what())));
     } catch (const NameError& error) {
         throw Failure(fmt::format("{}: {}", file.sName(), sPrintable(error.what())));
     }
@@ -221,41 +218,41 @@ int iRun(const SetOptions& options, Output& output) {
 }
 
 // A positional of many words takes all there are; the last of them is OUT.
-void vWordsTake(SetOptions& options, const std::vector<std::string>& words, CLI::App& command) {
+void vWordsTake(SetOptions& options, const std::vector<std::string>& words, Command command) {
     options.words = words;
     if (words.size() < 2) return;
     options.words.pop_back();
-    command.get_option("OUT")->add_result(words.back());
+    command.declared("OUT").vGive(words.back());
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<SetOptions>();
     pOptions->boKeepSource = true;
     pOptions->vDeclareIn(command);
     command
-        .add_option("QUERY", pOptions->sQuery,
-                    "which elements, as in 'IfcWall, storey=EG'; or one by a number as 12 or '#12', or by a GlobalId")
-        ->required()
-        ->type_name("");
+        .option("QUERY", pOptions->sQuery,
+                "which elements, as in 'IfcWall, storey=EG'; or one by a number as 12 or '#12', or by a GlobalId")
+        .required()
+        .value("");
     command
-        .add_option_function<std::vector<std::string>>(
+        .severalTo(
             "ASSIGNMENT",
-            [pOptions, &command](const std::vector<std::string>& words) { vWordsTake(*pOptions, words, command); },
+            [pOptions, command](const std::vector<std::string>& words) { vWordsTake(*pOptions, words, command); },
             "Name=South for an attribute, Pset_WallCommon.FireRating=F90 for a property; behind = a text, with "
             "or without single quotes; a number; true, false; an enumerator; #12; NULL or $ for no value; "
             "IFCLABEL(value) for a type; (a,b,c) for a list. In its place ATTRIBUTE VALUE, two words, for one "
             "element")
-        ->required()
-        ->type_name("");
+        .required()
+        .value("");
     pOptions->vDeclareOut(command, "number, as their numbers rise");
     pOptions->vDeclareFormat(command, {formats().begin(), formats().end()}, nullptr);
-    command.add_flag("--exact", pOptions->boExact, "classes without their subtypes");
-    command.add_flag("--dry-run", pOptions->boDryRun, "tell what would change, and write nothing");
-    command.footer("A STEP file stays as it is byte for byte, apart from the values that change; new statements stand "
-                   "at the end of its DATA section. With --order, and as another format, it is written anew. OUT is "
-                   "replaced as a whole or not at all. Exit code: 0 fine, 1 the read or the write had errors (OUT is "
-                   "written, and they are told), 2 nothing is selected, unreadable, not to be written or wrong usage "
-                   "(OUT is as it was).");
+    command.flag("--exact", pOptions->boExact, "classes without their subtypes");
+    command.flag("--dry-run", pOptions->boDryRun, "tell what would change, and write nothing");
+    command.vFooter("A STEP file stays as it is byte for byte, apart from the values that change; new statements stand "
+                    "at the end of its DATA section. With --order, and as another format, it is written anew. OUT is "
+                    "replaced as a whole or not at all. Exit code: 0 fine, 1 the read or the write had errors (OUT is "
+                    "written, and they are told), 2 nothing is selected, unreadable, not to be written or wrong usage "
+                    "(OUT is as it was).");
     return [pOptions](Output& output) { return iRun(*pOptions, output); };
 }
 

@@ -8,8 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Format/Ifc/IfcFileEntity.h"
 #include "oxaifc/formats/ElementModel.h"
 #include "oxaifc/io/Output.h"
@@ -116,12 +114,12 @@ int iShow(const ShowOptions& options, Output& output) {
 constexpr const char* g_pWhatHelp =
     "a number as 12 or '#12', a GlobalId (22 characters or hexadecimal), or a type in any case";
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<ShowOptions>();
     pOptions->vDeclare(command);
-    command.add_option("WHAT", pOptions->sWhat, g_pWhatHelp)->required()->type_name("");
-    command.add_flag("--subtypes", pOptions->boSubtypes, "with a type: its subtypes too");
-    command.add_flag("--json", pOptions->boJson, "print a JSON array with one object an entity");
+    command.option("WHAT", pOptions->sWhat, g_pWhatHelp).required().value("");
+    command.flag("--subtypes", pOptions->boSubtypes, "with a type: its subtypes too");
+    command.flag("--json", pOptions->boJson, "print a JSON array with one object an entity");
     return [pOptions](Output& output) { return iShow(*pOptions, output); };
 }
 

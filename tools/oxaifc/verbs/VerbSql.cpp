@@ -13,8 +13,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Model/Error.h"
 #include "Tables/Sql.h"
 #include "oxaifc/formats/ElementModel.h"
@@ -216,23 +214,23 @@ int iSql(SqlOptions& options, Output& output) try {
     throw Failure(fmt::format("sql: {}", sPrintable(error.what())));
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<SqlOptions>();
     pOptions->vDeclareSeveral(command, pOptions->words);
     // FILE takes all words; this tells what the last of them may be.
     command
-        .add_option("STATEMENT", pOptions->sStatement,
-                    "\"SELECT ...\"; without it standard input has statements, or is a prompt")
-        ->type_name("");
+        .option("STATEMENT", pOptions->sStatement,
+                "\"SELECT ...\"; without it standard input has statements, or is a prompt")
+        .value("");
     std::vector<std::string> forms;
     for (const FormRow& row : g_forms) forms.emplace_back(row.pWord);
-    command.add_option("-f,--format", pOptions->sForm, "what to write; default by the end of OUT, else table")
-        ->check(CLI::IsMember(forms))
-        ->type_name("table|csv|json");
-    command.add_option("-o,--output", pOptions->sOut, "a file to write, .csv, .json or .txt")->type_name("OUT");
-    command.add_option("--timeout", pOptions->seconds, "give up after so many seconds; default never")
-        ->check(CLI::Range(0.001, 1e6))
-        ->type_name("S");
+    command.option("-f,--format", pOptions->sForm, "what to write; default by the end of OUT, else table")
+        .oneOf(forms)
+        .value("table|csv|json");
+    command.option("-o,--output", pOptions->sOut, "a file to write, .csv, .json or .txt").value("OUT");
+    command.option("--timeout", pOptions->seconds, "give up after so many seconds; default never")
+        .within(0.001, 1e6)
+        .value("S");
     return [pOptions](Output& output) { return iSql(*pOptions, output); };
 }
 

@@ -11,8 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Model/Error.h"
 #include "Tables/Sqlite.h"
 #include "Tables/Tables.h"
@@ -158,25 +156,25 @@ int iTable(TableVerbOptions& options, Output&) try {
     throw Failure(sPrintable(error.what()));
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<TableVerbOptions>();
     pOptions->vDeclareSeveral(command, pOptions->paths);
     // FILE takes all words; this tells what the last of them is.
     command
-        .add_option("OUT", pOptions->sOut,
-                    "x.sqlite or .xlsx; a folder for CSV; .csv or .ndjson for one table; - for standard output")
-        ->type_name("");
-    const auto list = [&command](const char* pName, std::vector<std::string>& names, const char* pHelp) {
-        command.add_option(pName, names, pHelp)->type_name("A,B")->delimiter(',')->allow_extra_args(false);
+        .option("OUT", pOptions->sOut,
+                "x.sqlite or .xlsx; a folder for CSV; .csv or .ndjson for one table; - for standard output")
+        .value("");
+    const auto list = [command](const char* pName, std::vector<std::string>& names, const char* pHelp) {
+        command.option(pName, names, pHelp).value("A,B").oneEach(',');
     };
     list("-t,--only", pOptions->only,
          "these tables: element, property ..., or a class as IfcWall; default all but reference");
     list("--with", pOptions->also, "these tables too");
     std::vector<std::string> words;
     for (const FormRow& row : forms()) words.emplace_back(row.pWord);
-    command.add_option("-f,--format", pOptions->sForm, "what to write; default by the end of OUT")
-        ->check(CLI::IsMember(words))
-        ->type_name("csv|ndjson|sqlite|xlsx");
+    command.option("-f,--format", pOptions->sForm, "what to write; default by the end of OUT")
+        .oneOf(words)
+        .value("csv|ndjson|sqlite|xlsx");
     return [pOptions](Output& output) { return iTable(*pOptions, output); };
 }
 

@@ -8,8 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Model/Relations.h"
 #include "oxaifc/formats/ElementModel.h"
 #include "oxaifc/io/Output.h"
@@ -154,12 +152,12 @@ int iTree(const TreeOptions& options, Output& output) {
     return file.iExitCode();
 }
 
-VerbRun declare(CLI::App& command) {
+VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<TreeOptions>();
     pOptions->vDeclare(command);
-    command.add_flag("--counts", pOptions->boCounts, "how many elements of a class, instead of each");
-    command.add_flag("--outside", pOptions->boOutside, "only the elements that stand in no spatial element");
-    command.add_flag("--json", pOptions->boJson, "print a JSON array with one object a root, nodes in \"children\"");
+    command.flag("--counts", pOptions->boCounts, "how many elements of a class, instead of each");
+    command.flag("--outside", pOptions->boOutside, "only the elements that stand in no spatial element");
+    command.flag("--json", pOptions->boJson, "print a JSON array with one object a root, nodes in \"children\"");
     return [pOptions](Output& output) { return iTree(*pOptions, output); };
 }
 
