@@ -51,6 +51,9 @@ public:
         auto* pSchema = const_cast<ifc::def::SchemaPset*>(&schema);
         EXPECT_TRUE(file.boRead(
             stream, [=](const std::string&) { return pSchema; }, errors, true, {}, true));
+        for (const auto& record : errors.records())
+            if (record.category != ifc::Errors::Null && record.category != ifc::Errors::Header)
+                sLosses += record.description + '\n' + record.lineString.value_or({}) + '\n';
         static_cast<void>(file.data().entities());
         pIndex = std::make_unique<check::rules::ModelIndex>(file.data());
         pEvaluator = std::make_unique<check::rules::Evaluator>(*pProgram, *pIndex, limits);
@@ -72,6 +75,7 @@ public:
     }
 
     ifc::File file;
+    std::string sLosses;   // what was told of the model's text, but for values that are missing
     std::unique_ptr<const check::rules::Program> pProgram;
     std::unique_ptr<check::rules::ModelIndex> pIndex;
     std::unique_ptr<check::rules::Evaluator> pEvaluator;
