@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Check/Rules/RuleLevel.h"
 
-#include <algorithm>
-
 #include "Check/Rules/BuiltInRules.h"
+#include "Check/Rules/ReadLosses.h"
 #include "Check/Rules/RuleCheck.h"
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
@@ -22,25 +21,14 @@ std::string sCounted(std::size_t iCount, const char* sOne, const char* sMany) {
     return std::to_string(iCount) + ' ' + (iCount == 1 ? sOne : sMany);
 }
 
-// What the model lacks of the file; empty where it lacks nothing.
-std::string sRead(ifc::File& file, std::istream& bytes, const ifc::def::SchemaPset& schema,
-                  const CheckOptions& options) {
-    ifc::io::ReadError errors;
+// Whether the file was read to its end.
+bool boRead(ifc::File& file, std::istream& bytes, const ifc::def::SchemaPset& schema, const CheckOptions& options,
+            ifc::io::ReadError& errors) {
     ifc::ReadOptions how;
     how.schemaFromName = [&schema](const std::string&) { return const_cast<ifc::def::SchemaPset*>(&schema); };
     how.boKeepIds = true;
     how.boSingleThreaded = options.threads == 1;
-    const bool boRead = file.boRead(bytes, errors, how);
-    if (!boRead) return "the model could not be read to its end";
-    // What is mandatory and not there is the schema level's to tell: the rules see "?", as EXPRESS has it.
-    const auto boLost = [](const ifc::Errors::ErrorRecord& record) {
-        return record.category != ifc::Errors::Null && record.category != ifc::Errors::Header;
-    };
-    const auto iLost =
-        static_cast<std::size_t>(std::count_if(errors.records().begin(), errors.records().end(), boLost));
-    return iLost ? sCounted(iLost, "fault of the file left", "faults of the file left") +
-                       " the model without what the rules look at"
-                 : std::string();
+    return file.boRead(bytes, errors, how);
 }
 
 void vCollect(const Program& program, const RuleFinding& finding, ifc::File& file, InstanceTable& instances,
@@ -89,7 +77,12 @@ RuleLevelResult ruleLevel(std::istream& bytes, const ifc::def::SchemaPset& schem
         return level;
     }
     ifc::File file;
-    level.sAgainst = sRead(file, bytes, schema, options);
+    ifc::io::ReadError errors;
+    if (!boRead(file, bytes, schema, options, errors)) level.sAgainst = "the model could not be read to its end";
+    const rules::ReadLosses losses(*program.pProgram, file.data(), errors);
+    if (losses.iCount() && level.sAgainst.empty())
+        level.sAgainst = sCounted(losses.iCount(), "fault of the file left", "faults of the file left") +
+                         " the model without what the rules look at";
     if (options.stop.stop_requested()) throw Stopped("the check was stopped");
     rules::RuleOptions how;
     how.iThreads = options.threads;
@@ -97,7 +90,9 @@ RuleLevelResult ruleLevel(std::istream& bytes, const ifc::def::SchemaPset& schem
     how.stop = options.stop;
     const RuleResult result = rules::checkRules(*program.pProgram, file.data(), how);
     if (result.boStopped) throw Stopped("the check was stopped");
-    for (const RuleFinding& finding : result.findings) vCollect(*program.pProgram, finding, file, instances, collector);
+    for (const RuleFinding& finding : result.findings)
+        if (!losses.boLost(finding.pEntity, finding.pAttribute))
+            vCollect(*program.pProgram, finding, file, instances, collector);
     level.counts = countsOf(*program.pProgram, result);
     if (level.counts.notEvaluated && level.sAgainst.empty())
         level.sAgainst = sCounted(level.counts.notEvaluated, "rule", "rules") + " could not be evaluated";
