@@ -134,8 +134,11 @@ Value inverseOf(Evaluator& evaluator, const Access& access, ifc::Entity& entity)
     Aggregate* pResult = evaluator.pMakeAggregate(AggregateKind::Set, 0);
     if (!pResult) return {};
     const Evaluator::Row row = evaluator.rowOf(pList);
-    for (std::size_t i = 0; i < row.iCount; ++i)
+    for (std::size_t i = 0; i < row.iCount; ++i) {
+        // A SET: whoever refers twice is in it once (ISO 10303-11, 9.2.1.3). Its entries follow each other.
+        if (i > 0 && row.pEntities[i] == row.pEntities[i - 1]) continue;
         if (row.pEntities[i]->pSchemaEntity() && !evaluator.boAppend(*pResult, valueOf(row.pEntities[i]))) break;
+    }
     return valueOf(pResult);
 }
 

@@ -257,7 +257,7 @@ TEST(RuleOperators, Instances) {
              {"b\\Thing.Double", "?"},
              {"d\\Thing.Value", "7."},
              {"d\\Thing.Double", "14."},
-             {"a.Users", "[#5=User, #5=User]"},
+             {"a.Users", "[#5=User]"},
              {"d.Users", "[]"},
              {"u\\User.Choice", "2."},
              {"v\\User.Choice", "#4=Odd"},
