@@ -64,6 +64,7 @@ set(OXA_PUBLIC_HEADERS
   Model/Model.h
   Model/NewValue.h
   Model/Options.h
+  Model/References.h
   Model/Relations.h
   Model/Selector.h
   Model/SetProperty.h

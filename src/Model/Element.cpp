@@ -5,6 +5,7 @@
 
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcGuid.h"
+#include "Model/Error.h"
 #include "Model/ModelState.h"
 #include "Model/Names.h"
 
@@ -54,6 +55,18 @@ std::vector<Attribute> Element::attributes() const {
         return false;
     });
     return attributes;
+}
+
+std::size_t Element::size() const { return ModelState::entityOf(*this).schemaEntity().allAttributes().size(); }
+
+Value Element::at(std::size_t index) const {
+    const ifc::Entity& entity = ModelState::entityOf(*this);
+    const std::size_t iCount = entity.schemaEntity().allAttributes().size();
+    if (index >= iCount)
+        throw NameError(entity.schemaEntity().sName + " has no attribute " + std::to_string(index) + ", it has " +
+                        std::to_string(iCount));
+    const auto [pAttribute, pCell] = entity.pAttributeFromIndex(static_cast<unsigned>(index));
+    return {*this, *pAttribute, *pCell};
 }
 
 Elements Element::inverse(std::string_view name) const {

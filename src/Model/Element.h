@@ -73,6 +73,10 @@ public:
     [[nodiscard]] Value operator[](std::string_view name) const;
     /// All attributes in their order, those of supertypes first.
     [[nodiscard]] std::vector<Attribute> attributes() const;
+    /// How many attributes() there are.
+    [[nodiscard]] std::size_t size() const;
+    /// The value of the attribute at that place of attributes(), from 0, as a view. NameError beyond the last.
+    [[nodiscard]] Value at(std::size_t index) const;
     /// Who refers to this one over the inverse attribute of that name, by number.
     [[nodiscard]] Elements inverse(std::string_view name) const;
 

@@ -124,8 +124,12 @@ Removed Model::remove(const Element& element) {
     return {removal.removed.size(), state().elementsOf(std::move(removal.incomplete))};
 }
 Removed Model::remove(const Elements& elements) {
+    const std::vector<Element> all(elements.begin(), elements.end());
+    return remove(std::span<const Element>(all));
+}
+Removed Model::remove(std::span<const Element> elements) {
     std::vector<ifc::Entity*> entities;
-    for (const Element element : elements) entities.push_back(&state().entityHere(element));
+    for (const Element& element : elements) entities.push_back(&state().entityHere(element));
     ifc::EntityRemoval removal = state().remove(entities);
     return {removal.removed.size(), state().elementsOf(std::move(removal.incomplete))};
 }

@@ -114,6 +114,7 @@ public:
     /// to relate go as well. One pass over the model, however many they are.
     Removed remove(const Element& element);
     Removed remove(const Elements& elements);
+    Removed remove(std::span<const Element> elements);
     ///@}
 
     /// Writes all elements, statements by number. The file is replaced as a whole or not at all. The records tell what

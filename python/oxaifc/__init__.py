@@ -1,0 +1,102 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Building models in IFC (ISO 16739): read, asked, checked, changed, compared, written.
+
+    import oxaifc
+    f = oxaifc.open("house.ifc")
+    for wall in f.by_type("IfcWall"):
+        print(wall.GlobalId, wall.Name)
+"""
+
+from . import util
+from ._check import check
+from ._core import (
+    Derived,
+    DerivedType,
+    Entity,
+    FileDescription,
+    FileName,
+    FileSchema,
+    Header,
+    Model,
+    TypedValue,
+    __version__,
+    diff,
+    open,
+)
+from ._errors import (
+    Error,
+    FileError,
+    Hint,
+    MissingFileError,
+    NotFoundError,
+    QueryError,
+    RefusedError,
+    RemovedError,
+    SqlError,
+    UnknownNameError,
+    ValueTypeError,
+)
+from ._results import (
+    Change,
+    CheckGroup,
+    CheckLevel,
+    CheckPlace,
+    CheckReport,
+    Detail,
+    Diff,
+    Difference,
+    ElementName,
+    EntityName,
+    OtherChange,
+    Others,
+    Record,
+    Removed,
+    Rows,
+)
+
+#: For scripts that call it so.
+file = Model
+
+__all__ = [
+    "Change",
+    "CheckGroup",
+    "CheckLevel",
+    "CheckPlace",
+    "CheckReport",
+    "Derived",
+    "DerivedType",
+    "Detail",
+    "Diff",
+    "Difference",
+    "ElementName",
+    "Entity",
+    "EntityName",
+    "Error",
+    "FileDescription",
+    "FileError",
+    "FileName",
+    "FileSchema",
+    "Header",
+    "Hint",
+    "MissingFileError",
+    "Model",
+    "NotFoundError",
+    "OtherChange",
+    "Others",
+    "QueryError",
+    "Record",
+    "RefusedError",
+    "Removed",
+    "RemovedError",
+    "Rows",
+    "SqlError",
+    "TypedValue",
+    "UnknownNameError",
+    "ValueTypeError",
+    "__version__",
+    "check",
+    "diff",
+    "file",
+    "open",
+    "util",
+]
