@@ -5,8 +5,8 @@
 cmake_minimum_required(VERSION 3.22)
 
 set(patterns)
-foreach(folder IN ITEMS src tools tests benchmarks fuzz examples)
-  foreach(ending IN ITEMS h cpp cmake sh)
+foreach(folder IN ITEMS src tools tests benchmarks fuzz examples python)
+  foreach(ending IN ITEMS h cpp cmake sh py pyi)
     list(APPEND patterns "${ROOT}/${folder}/*.${ending}")
   endforeach()
   list(APPEND patterns "${ROOT}/${folder}/CMakeLists.txt")

@@ -5,7 +5,7 @@ The same in IFC2X3, IFC4 and IFC4X3. They raise RemovedError for an element that
 no Entity.
 """
 
-from ._core.util import (
+from ._core import (
     get_container,
     get_decomposition,
     get_material,

@@ -84,7 +84,7 @@ nb::object diff(nb::handle a, nb::handle b, const std::optional<std::string>& qu
 }   // namespace
 
 void vBindCompare(nb::module_& module) {
-    module.def("diff", &diff, nb::arg("a"), nb::arg("b"), nb::arg("query") = nb::none(),
+    module.def("diff", &diff, nb::arg("a").none(), nb::arg("b").none(), nb::arg("query") = nb::none(),
                "How model b differs from model a, by element as their users think of them, whatever their numbers are: "
                "Diff.\n\n"
                "query: only elements that it selects in either model. Raises QueryError and UnknownNameError for it.\n"

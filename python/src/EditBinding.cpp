@@ -122,13 +122,14 @@ void vBindEdit(ModelClass& model) {
             "the\n"
             "schema does not allow; nothing is created then.")
         .def("__getattr__", &creator, nb::arg("name"))
-        .def("remove", &removeAll, nb::arg("entities"),
+        .def("remove", &removeAll, nb::arg("entities").none(),
              "Takes entities out of the model, and out of all that refers to them; relationships that have nothing "
              "left to\n"
              "relate go as well. One entity, several, or a query as of select(). One pass over the model, however "
              "many.\n\n"
              "Removed: count, and incomplete: entities that stay and now lack a value which the schema wants.")
-        .def("set_property", &vSetProperty, nb::arg("entities"), nb::arg("set"), nb::arg("name"), nb::arg("value"),
+        .def("set_property", &vSetProperty, nb::arg("entities").none(), nb::arg("set"), nb::arg("name"),
+             nb::arg("value").none(),
              "Sets a property of one entity, of several, or of what a query selects, and makes what is missing: the\n"
              "property, its set, the relationship. What others share is copied first. The value gets the type of the "
              "one\n"

@@ -82,11 +82,11 @@ nb::object traverse(nb::handle self, nb::handle entity, std::optional<std::size_
 
 void vBindGraph(ModelClass& model) {
     model
-        .def("get_inverse", &inverse, nb::arg("entity"),
+        .def("get_inverse", &inverse, nb::arg("entity").none(),
              "A list of the entities that refer to this one by any attribute, by number.\n\n"
              "The first call after a change looks over the model; the next one makes a table, and those behind it are "
              "fast.")
-        .def("traverse", &traverse, nb::arg("entity"), nb::arg("max_levels") = nb::none(),
+        .def("traverse", &traverse, nb::arg("entity").none(), nb::arg("max_levels") = nb::none(),
              nb::arg("breadth_first") = false,
              "A list of the entity and of all that it leads to by its attributes, each once, depth first; max_levels: "
              "so\n"

@@ -103,7 +103,7 @@ ModelClass bindModel(nb::module_& module) {
              "The entity of that number; NotFoundError, a KeyError, where there is none.")
         .def("by_guid", &byGuid, nb::arg("guid"),
              "The entity with that GlobalId; NotFoundError where there is none, RefusedError for what can't be one.")
-        .def("__getitem__", &item, nb::arg("key"), "By number, or by GlobalId.")
+        .def("__getitem__", &item, nb::arg("key").none(), "By number, or by GlobalId.")
         .def("__len__", [](ModelObject& self) { return self.looked().size(); })
         .def(
             "__iter__",
@@ -113,7 +113,7 @@ ModelClass bindModel(nb::module_& module) {
             },
             "All entities by number, as they are now.")
         .def("__bool__", [](ModelObject&) { return true; })
-        .def("__contains__", &boHas, nb::arg("key"),
+        .def("__contains__", &boHas, nb::arg("key").none(),
              "Whether an entity is of this model; a number or a GlobalId one of its.")
         .def(
             "check",

@@ -6,6 +6,8 @@
 #pragma once
 
 #include <nanobind/nanobind.h>
+#include <nanobind/stl/string.h>
+#include <nanobind/stl/string_view.h>
 
 #include <cstdint>
 #include <map>

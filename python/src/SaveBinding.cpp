@@ -61,8 +61,8 @@ nb::object write(nb::handle self, nb::handle target, std::optional<std::string_v
 
 void vBindSave(ModelClass& model) {
     model
-        .def("write", &write, nb::arg("target"), nb::kw_only(), nb::arg("format") = nb::none(), nb::arg("threads") = 0,
-             nb::arg("replace_incomplete") = false, nb::arg("progress") = nb::none(),
+        .def("write", &write, nb::arg("target").none(), nb::kw_only(), nb::arg("format") = nb::none(),
+             nb::arg("threads") = 0, nb::arg("replace_incomplete") = false, nb::arg("progress") = nb::none(),
              "Writes all entities, by number, to a path or to a file object that is open as binary. A file is replaced "
              "as\n"
              "a whole or not at all. The end of the name tells the format, .ifc, .ifcxml and others, also packed as\n"

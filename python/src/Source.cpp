@@ -148,8 +148,8 @@ void vBindOpen(nb::module_& module) {
         },
         nb::arg("path"), "Size and time of the last change of a file, to tell whether it is still the same.");
     module.def(
-        "open", &openModel, nb::arg("source"), nb::kw_only(), nb::arg("threads") = 0, nb::arg("keep_numbers") = true,
-        nb::arg("progress") = nb::none(),
+        "open", &openModel, nb::arg("source").none(), nb::kw_only(), nb::arg("threads") = 0,
+        nb::arg("keep_numbers") = true, nb::arg("progress") = nb::none(),
         "Reads a model: STEP (ISO 10303-21), ifcXML or the short text form, also packed as .ifczip or .gz, told by\n"
         "the first bytes.\n\n"
         "source: a path (str or os.PathLike), bytes, or a file object that is open as binary, from where it stands.\n"

@@ -51,7 +51,7 @@ void vBindTyped(nb::module_& module) {
             [](TypedObject* pSelf, std::string sType, nb::object value) {
                 new (pSelf) TypedObject{std::move(sType), std::move(value)};
             },
-            nb::arg("type"), nb::arg("value"), "The type is checked when a model takes the value.")
+            nb::arg("type"), nb::arg("value").none(), "The type is checked when a model takes the value.")
         .def(
             "is_a",
             [](const TypedObject& typed, std::optional<std::string_view> type) -> nb::object {
@@ -60,7 +60,7 @@ void vBindTyped(nb::module_& module) {
             },
             nb::arg("type") = nb::none(), "The name of the type; with a name, whether it is that.")
         .def_prop_rw(
-            "wrappedValue", [](const TypedObject& typed) { return typed.value; }, &vWrappedSet, nb::arg("value"),
+            "wrappedValue", [](const TypedObject& typed) { return typed.value; }, &vWrappedSet, nb::arg("value").none(),
             "The value itself. Set, it changes the attribute that it was taken from; RemovedError where that holds\n"
             "another value by now.")
         .def(
@@ -71,7 +71,7 @@ void vBindTyped(nb::module_& module) {
             },
             nb::arg("index"))
         .def("__len__", [](const TypedObject&) { return 1; })
-        .def("__eq__", &equal, nb::arg("other"), nb::is_operator())
+        .def("__eq__", &equal, nb::arg("other").none(), nb::is_operator())
         .def("__hash__", [](const TypedObject& typed) { return nb::hash(nb::make_tuple(typed.sType, typed.value)); })
         .def("__repr__", &sRepr)
         .def("__reduce__", [](nb::handle self) {

@@ -142,38 +142,39 @@ nb::list materials(nb::handle object) {
 }   // namespace
 
 void vBindUtil(nb::module_& module) {
-    nb::module_ util = module.def_submodule("util", "Questions to elements, as oxaifc.util has them.");
-    util.def(
-        "get_psets", &psets, nb::arg("element"), nb::arg("psets_only") = false, nb::arg("qtos_only") = false,
+    module.def(
+        "get_psets", &psets, nb::arg("element").none(), nb::arg("psets_only") = false, nb::arg("qtos_only") = false,
         nb::arg("should_inherit") = true,
         "Property sets and sets of quantities of an element, or of a type object:\n"
         "{\"Pset_WallCommon\": {\"FireRating\": \"F 90\", \"id\": 12}}, \"id\" being the number of the set. What the "
         "element\n"
         "says itself hides what its type says; should_inherit: False leaves out the type. Values are bare; lists and\n"
         "enumerations are tuples; bounded, table and complex ones are dicts.");
-    util.def("get_type", &typeOf, nb::arg("element"), "The type object of an element, of a type object itself; None.");
-    util.def("get_container", &container, nb::arg("element"), nb::arg("ifc_class") = nb::none(),
-             "The nearest spatial element above, of a wall its storey; with a class the nearest of that, as "
-             "IfcBuilding; None.");
-    util.def(
-        "get_parent", &one<&oxa::parent>, nb::arg("element"),
+    module.def("get_type", &typeOf, nb::arg("element").none(),
+               "The type object of an element, of a type object itself; None.");
+    module.def("get_container", &container, nb::arg("element").none(), nb::arg("ifc_class") = nb::none(),
+               "The nearest spatial element above, of a wall its storey; with a class the nearest of that, as "
+               "IfcBuilding; None.");
+    module.def(
+        "get_parent", &one<&oxa::parent>, nb::arg("element").none(),
         "One step up, towards the project: the whole of a part, else the spatial element that contains it, else the\n"
         "element that an opening voids or the opening that it fills; None.");
-    util.def(
-        "get_decomposition", &decomposition, nb::arg("element"), nb::arg("ifc_class") = nb::none(),
+    module.def(
+        "get_decomposition", &decomposition, nb::arg("element").none(), nb::arg("ifc_class") = nb::none(),
         nb::arg("is_recursive") = true,
         "A list of what an element consists of and contains, and what that does, from the top down: parts, what is\n"
         "nested, openings and fillings; of a storey what stands in it. With a class only those of it.");
-    util.def("get_material", &material, nb::arg("element"), nb::arg("should_skip_usage") = false,
-             nb::arg("should_inherit") = true,
-             "The material, the layer, profile or constituent set, its usage, or the list that an element is related "
-             "to, else\n"
-             "its type; should_skip_usage: of a usage its set; None.");
-    util.def("get_materials", &materials, nb::arg("element"),
-             "A list of the materials that an element consists of, in their order, each once.");
-    util.def("get_predefined_type", &predefinedType, nb::arg("element"),
-             "A str, as in \"SOLIDWALL\": of the type object, else of the element; for USERDEFINED what stands for it; "
-             "None.");
+    module.def("get_material", &material, nb::arg("element").none(), nb::arg("should_skip_usage") = false,
+               nb::arg("should_inherit") = true,
+               "The material, the layer, profile or constituent set, its usage, or the list that an element is related "
+               "to, else\n"
+               "its type; should_skip_usage: of a usage its set; None.");
+    module.def("get_materials", &materials, nb::arg("element").none(),
+               "A list of the materials that an element consists of, in their order, each once.");
+    module.def(
+        "get_predefined_type", &predefinedType, nb::arg("element").none(),
+        "A str, as in \"SOLIDWALL\": of the type object, else of the element; for USERDEFINED what stands for it; "
+        "None.");
 }
 
 }   // namespace oxa::python
