@@ -4,16 +4,20 @@
 // For      the searches of the reader and the string codec: TextScan.h, Parameters.h, ../Read/ScanMap.h.
 // Shape    a block of bytes gives blocks of marks, 0xFF where a byte is meant and 0 elsewhere; uHighBits() makes a mask of
 //          them, bit 0 for the first byte, so that std::countr_zero finds it.
-// Machines SSE2 where it is at hand, else the same byte by byte. Both are tested against each other.
+// Machines SSE2 or NEON where one is at hand, else the same byte by byte. Each is tested against that.
 #pragma once
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 #if defined(__SSE2__) || defined(_M_X64)
 #include <emmintrin.h>
 #define OXA_IFC_SSE2 1
+#elif defined(__aarch64__) || defined(_M_ARM64)
+#include <arm_neon.h>
+#define OXA_IFC_NEON 1
 #endif
 
 namespace oxa::ifc::details {
@@ -92,6 +96,43 @@ private:
 };
 using ByteBlock = VectorByteBlock;
 #undef OXA_IFC_SSE2
+#elif defined(OXA_IFC_NEON)
+class VectorByteBlock {
+public:
+    static constexpr std::size_t g_iSize = 16;
+
+    explicit VectorByteBlock(const char* p) noexcept : m_bytes(vld1q_u8(reinterpret_cast<const std::uint8_t*>(p))) {}
+
+    template <class... Byte>
+    [[nodiscard]] VectorByteBlock among(Byte... bytes) const noexcept {
+        uint8x16_t any = vdupq_n_u8(0);
+        ((any = vorrq_u8(any, vceqq_u8(m_bytes, vdupq_n_u8(static_cast<std::uint8_t>(bytes))))), ...);
+        return VectorByteBlock(any);
+    }
+    [[nodiscard]] VectorByteBlock between(char cLow, char cHigh) const noexcept {
+        return VectorByteBlock(vandq_u8(vcgeq_u8(m_bytes, vdupq_n_u8(static_cast<std::uint8_t>(cLow))),
+                                        vcleq_u8(m_bytes, vdupq_n_u8(static_cast<std::uint8_t>(cHigh)))));
+    }
+    [[nodiscard]] VectorByteBlock operator|(const VectorByteBlock& other) const noexcept {
+        return VectorByteBlock(vorrq_u8(m_bytes, other.m_bytes));
+    }
+    // There is no instruction for it: the highest bit of a byte is spread over the byte, cut down to the bit of the
+    // byte's place, and the eight places of each half are added up.
+    [[nodiscard]] unsigned uHighBits() const noexcept {
+        static constexpr std::uint8_t g_places[g_iSize] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+        const uint8x16_t spread = vcltzq_s8(vreinterpretq_s8_u8(m_bytes));
+        const uint8x16_t places = vandq_u8(spread, vld1q_u8(g_places));
+        return static_cast<unsigned>(vaddv_u8(vget_low_u8(places))) |
+               static_cast<unsigned>(vaddv_u8(vget_high_u8(places))) << 8;
+    }
+
+private:
+    explicit VectorByteBlock(uint8x16_t bytes) noexcept : m_bytes(bytes) {}
+
+    uint8x16_t m_bytes;
+};
+using ByteBlock = VectorByteBlock;
+#undef OXA_IFC_NEON
 #else
 using ByteBlock = PlainByteBlock;
 #endif
