@@ -5,6 +5,7 @@
 
 #include "Check/Rules/Access.h"
 #include "Check/Rules/Compare.h"
+#include "platform/Compiler.h"
 
 namespace oxa::check::rules {
 
@@ -35,15 +36,9 @@ bool Evaluator::boStepFailed() {
     return false;
 }
 
-// Whether there is stack for one more call. A local variable may lie elsewhere, as AddressSanitizer has it, so its address
-// tells only where the compiler does not say where the frame is.
+// Whether there is stack for one more call.
 bool Evaluator::boStackLeft() noexcept {
-#if defined(__GNUC__)
-    const auto* const pHere = static_cast<const char*>(__builtin_frame_address(0));
-#else
-    const char cHere = 0;
-    const char* const pHere = &cHere;
-#endif
+    const char* const pHere = platform::pStackNow();
     if (!m_pStackBase) m_pStackBase = pHere;
     const auto iUsed = m_pStackBase > pHere ? m_pStackBase - pHere : pHere - m_pStackBase;
     return static_cast<std::size_t>(iUsed) < m_limits.iStack;

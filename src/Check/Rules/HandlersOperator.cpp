@@ -7,6 +7,7 @@
 #include "Check/Rules/Access.h"
 #include "Check/Rules/Compare.h"
 #include "Check/Rules/Handlers.h"
+#include "platform/Compiler.h"
 
 namespace oxa::check::rules::run {
 
@@ -46,7 +47,7 @@ bool boIntegers(const Operands& operands) {
     return operands.left.kind == Kind::Integer && operands.right.kind == Kind::Integer;
 }
 
-using IntegerOperation = bool (*)(long long, long long, long long*);
+using IntegerOperation = bool (*)(long long, long long, long long&);
 using RealOperation = double (*)(double, double);
 
 // What does not fit into an integer has no value.
@@ -54,7 +55,7 @@ Value arithmetic(Evaluator& evaluator, const Operands& operands, IntegerOperatio
     if (operands.boNull || !boNumbers(evaluator, operands)) return {};
     if (!boIntegers(operands)) return ofReal(fReal(operands.left.fNumber(), operands.right.fNumber()));
     long long iResult = 0;
-    return boInteger(operands.left.iInteger, operands.right.iInteger, &iResult) ? valueOf(iResult) : Value();
+    return boInteger(operands.left.iInteger, operands.right.iInteger, iResult) ? valueOf(iResult) : Value();
 }
 
 Value joined(Evaluator& evaluator, const Value& left, const Value& right) {
@@ -229,26 +230,20 @@ Value add(Evaluator& evaluator, const Node& node) {
         return joined(evaluator, operands.left, operands.right);
     if (operands.left.kind == Kind::Binary && operands.right.kind == Kind::Binary)
         return joinedBits(evaluator, operands.left, operands.right);
-    return arithmetic(
-        evaluator, operands, [](long long a, long long b, long long* p) { return !__builtin_add_overflow(a, b, p); },
-        [](double a, double b) { return a + b; });
+    return arithmetic(evaluator, operands, platform::boAdded<long long>, [](double a, double b) { return a + b; });
 }
 
 Value subtract(Evaluator& evaluator, const Node& node) {
     const Operands operands = operandsOf(evaluator, node);
     if (!operands.boNull && operands.left.boAggregate()) return differenceOf(evaluator, operands.left, operands.right);
-    return arithmetic(
-        evaluator, operands, [](long long a, long long b, long long* p) { return !__builtin_sub_overflow(a, b, p); },
-        [](double a, double b) { return a - b; });
+    return arithmetic(evaluator, operands, platform::boSubtracted<long long>, [](double a, double b) { return a - b; });
 }
 
 Value multiply(Evaluator& evaluator, const Node& node) {
     const Operands operands = operandsOf(evaluator, node);
     if (!operands.boNull && operands.left.boAggregate())
         return intersectionOf(evaluator, operands.left, operands.right);
-    return arithmetic(
-        evaluator, operands, [](long long a, long long b, long long* p) { return !__builtin_mul_overflow(a, b, p); },
-        [](double a, double b) { return a * b; });
+    return arithmetic(evaluator, operands, platform::boMultiplied<long long>, [](double a, double b) { return a * b; });
 }
 
 Value divide(Evaluator& evaluator, const Node& node) {
@@ -279,8 +274,8 @@ Value power(Evaluator& evaluator, const Node& node) {
     long long iResult = 1;
     long long iBase = operands.left.iInteger;
     for (long long i = operands.right.iInteger; i; i >>= 1) {
-        if ((i & 1) && __builtin_mul_overflow(iResult, iBase, &iResult)) return {};
-        if (i > 1 && __builtin_mul_overflow(iBase, iBase, &iBase)) return {};
+        if ((i & 1) && !platform::boMultiplied(iResult, iBase, iResult)) return {};
+        if (i > 1 && !platform::boMultiplied(iBase, iBase, iBase)) return {};
     }
     return valueOf(iResult);
 }

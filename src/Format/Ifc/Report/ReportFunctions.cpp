@@ -12,6 +12,8 @@
 #include <string>
 #include <utility>
 
+#include "platform/Compiler.h"
+
 namespace oxa::ifc::report {
 
 namespace {
@@ -42,10 +44,10 @@ Json calculated(Arguments& args) {
         Integer iResult = 0;
         const Integer iA = a.get<Integer>();
         const Integer iB = b.get<Integer>();
-        const bool boTooLarge = eSign == Sign::Plus    ? __builtin_add_overflow(iA, iB, &iResult)
-                                : eSign == Sign::Minus ? __builtin_sub_overflow(iA, iB, &iResult)
-                                                       : __builtin_mul_overflow(iA, iB, &iResult);
-        if (boTooLarge) throw std::overflow_error("the result is too large");
+        const bool boFits = eSign == Sign::Plus    ? platform::boAdded(iA, iB, iResult)
+                            : eSign == Sign::Minus ? platform::boSubtracted(iA, iB, iResult)
+                                                   : platform::boMultiplied(iA, iB, iResult);
+        if (!boFits) throw std::overflow_error("the result is too large");
         return iResult;
     }
     const Real valueA = a.get<Real>();

@@ -3,6 +3,7 @@
 
 #include "Format/Ifc/Cells/CellWalk.h"
 #include "platform/Assert.h"
+#include "platform/Compiler.h"
 
 namespace oxa::ifc {
 
@@ -42,7 +43,7 @@ void InverseBuilder::vFlush() {
 
 void InverseBuilder::vReference(const Reference& reference) {
     if (!reference.pTarget) return;
-    __builtin_prefetch(reference.pTarget);
+    platform::vFetchToRead(reference.pTarget);
     if (m_references.boFull()) vTargetLook();
     m_references.vPush(reference);
 }
@@ -52,7 +53,7 @@ void InverseBuilder::vTargetLook() {
     const Reference reference = m_references.pop();
     if (!reference.pTarget->boIsCompatible(reference.pFeed->pOwner)) return;
     Unaligned<EntityList*>* pHead = reference.pTarget->pInverseEntries() + reference.pFeed->iPosition;
-    __builtin_prefetch(pHead, 1);
+    platform::vFetchToWrite(pHead);
     if (m_entries.boFull()) vNodeEnter();
     m_entries.vPush({pHead, reference.pSource});
 }
