@@ -39,8 +39,9 @@ public:
 
     /// The null time is equal to itself and before every other.
     [[nodiscard]] friend bool operator==(const DateTime&, const DateTime&) noexcept = default;
-    [[nodiscard]] friend auto operator<=>(const DateTime& a, const DateTime& b) noexcept {
-        return a.m_time <=> b.m_time;
+    [[nodiscard]] friend std::strong_ordering operator<=>(const DateTime& a, const DateTime& b) noexcept {
+        if (!a.m_time || !b.m_time) return a.m_time.has_value() <=> b.m_time.has_value();
+        return a.m_time->time_since_epoch().count() <=> b.m_time->time_since_epoch().count();
     }
 
 private:
