@@ -37,14 +37,10 @@ struct Digits {
 
 // All at once instead of one after the other: how many digits a number has is hard to foresee for a processor.
 [[nodiscard]] inline Digits digitsOf8(const char* first) noexcept {
+    static_assert(std::endian::native == std::endian::little, "the first byte is the lowest");
     constexpr std::uint64_t ones = 0x0101010101010101u;
     std::uint64_t bytes;
     std::memcpy(&bytes, first, sizeof bytes);
-    if constexpr (std::endian::native == std::endian::big) {
-        std::uint64_t turned = 0;
-        for (int i = 0; i < 8; ++i, bytes >>= 8) turned = turned << 8 | (bytes & 0xFF);
-        bytes = turned;
-    }
     bytes ^= ones * '0';
     // The sum has the high bit of each byte from 10 on; what it carries over comes behind the first of those.
     const std::uint64_t others = ((bytes + ones * 0x76) | bytes) & (ones * 0x80);
