@@ -6,6 +6,9 @@ import re
 from conan import ConanFile
 from conan.tools.cmake import CMake, CMakeDeps, CMakeToolchain, cmake_layout
 from conan.tools.files import copy, load
+from conan.tools.gnu import PkgConfigDeps
+
+required_conan_version = ">=2.8"
 
 
 class OxaIfc(ConanFile):
@@ -49,11 +52,15 @@ class OxaIfc(ConanFile):
         self.requires("zlib/[>=1.2.11 <2]")
 
     def build_requirements(self):
+        self.tool_requires("pkgconf/[>=2.0 <3]")
         self.test_requires("gtest/[>=1.12 <2]")
         self.test_requires("rapidcheck/[*]")
 
     def generate(self):
         CMakeDeps(self).generate()
+        modules = PkgConfigDeps(self)
+        modules.set_property("libxlsxwriter", "pkg_config_name", "xlsxwriter")   # as its own build calls it
+        modules.generate()
         toolchain = CMakeToolchain(self)
         toolchain.cache_variables["OXA_BUILD_TESTS"] = False
         toolchain.cache_variables["OXA_BUILD_EXAMPLES"] = False
