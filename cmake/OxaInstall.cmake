@@ -11,6 +11,7 @@ set(oxaLibraries Platform SchemaPset OxaIfc Model Compare Convert Check Tables)
 # A module that is missing is a reason for find_package to find nothing, not an end of the user's configuration.
 set(oxaUserNeeds
   "Threads::Threads|find_dependency(Threads)||-pthread"
+  "bcrypt|||-lbcrypt"
   "PkgConfig::libzip|oxaifc_find_module(libzip)|libzip|"
   "PkgConfig::pugixml|oxaifc_find_module(pugixml)|pugixml|"
   "PkgConfig::re2|oxaifc_find_module(re2)|re2|"

@@ -25,6 +25,7 @@ set(OXA_PUBLIC_HEADERS
   platform/Localization.h
   platform/NearNames.h
   platform/Object.h
+  platform/Path.h
   platform/ReplacedFile.h
   platform/Stream.h
   platform/String.h

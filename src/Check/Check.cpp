@@ -13,6 +13,7 @@
 #include "Check/Schema/SchemaLevel.h"
 #include "Check/Syntax/ExchangeStructure.h"
 #include "Model/Error.h"
+#include "platform/Path.h"
 
 namespace oxa {
 
@@ -89,7 +90,7 @@ CheckResult checkStream(std::istream& bytes, const CheckOptions& options) {
 
 CheckResult checkFile(const std::filesystem::path& file, const CheckOptions& options) {
     std::ifstream stream(file, std::ios::binary);
-    if (!stream) throw FileError(file.string() + ": cannot be read");
+    if (!stream) throw FileError(str::sOfPath(file) + ": cannot be read");
     return checkStream(stream, options);
 }
 

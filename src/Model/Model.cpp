@@ -12,6 +12,7 @@
 #include "Model/ModelState.h"
 #include "Model/ModelWrite.h"
 #include "Model/Names.h"
+#include "platform/Path.h"
 #include "platform/ReplacedFile.h"
 #include "provider/SchemaLoader.h"
 
@@ -31,14 +32,14 @@ template <class Step>
 auto written(const std::filesystem::path& path, Step&& step) try {
     return step();
 } catch (const std::system_error& error) {
-    throw FileError(path.string() + ": can't be written: " + error.code().message());
+    throw FileError(str::sOfPath(path) + ": can't be written: " + error.code().message());
 }
 
 }   // namespace
 
 Model Model::open(const std::filesystem::path& path, const OpenOptions& options) {
     std::error_code error;
-    const std::string sName = path.string();
+    const std::string sName = str::sOfPath(path);
     if (std::filesystem::is_directory(path, error)) throw FileError(sName + ": is a folder");
     errno = 0;
     std::ifstream stream(path, std::ios::binary);
@@ -135,15 +136,15 @@ Removed Model::remove(std::span<const Element> elements) {
 }
 
 std::vector<Record> Model::save(const std::filesystem::path& path, const SaveOptions& options) {
-    const Format format = options.format == Format::Auto ? detail::formatOf(path.string()) : options.format;
+    const Format format = options.format == Format::Auto ? detail::formatOf(str::sOfPath(path)) : options.format;
     if (!options.replaceIncomplete && !whole() && state().boIsFrom(path))
-        throw FileError(path.string() +
+        throw FileError(str::sOfPath(path) +
                         ": is the file that the model was read from, and not all of it is in the model: "
                         "the rest would be lost; SaveOptions::replaceIncomplete saves nevertheless");
     const auto pTarget = written(path, [&] { return std::make_unique<stream::ReplacedFile>(path); });
-    const std::string sInside = unpackedName(path.filename().string(), detail::endOf(format));
+    const std::string sInside = unpackedName(str::sOfPath(path.filename()), detail::endOf(format));
     std::optional<Packer> packer;
-    if (const Packing packing = packingOfName(path.string()); packing != Packing::None)
+    if (const Packing packing = packingOfName(str::sOfPath(path)); packing != Packing::None)
         packer.emplace(pTarget->stream(), packing, sInside);
     std::vector<Record> records =
         detail::modelWrite(state(), packer ? packer->stream() : pTarget->stream(), format, options);

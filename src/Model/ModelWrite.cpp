@@ -11,6 +11,7 @@
 #include "Model/Archive.h"
 #include "Model/Error.h"
 #include "Model/Names.h"
+#include "platform/Path.h"
 
 namespace oxa::detail {
 
@@ -95,7 +96,7 @@ struct Writer {
 }   // namespace
 
 Format formatOf(const std::string& sName) {
-    const std::string sEnding = std::filesystem::path(unpackedName(sName)).extension().string();
+    const std::string sEnding = str::sOfPath(str::pathOf(unpackedName(sName)).extension());
     for (const Ending& ending : g_endings)
         if (boSameName(sEnding, ending.pEnding)) return ending.format;
     throw FileError(sName +

@@ -329,10 +329,21 @@ template <>
 std::optional<Bytes> Value::optional() const {
     return binary();
 }
+namespace {
+
+// A long has 32 bits on some systems.
+template <class Number, class Where>
+std::optional<Number> narrowed(std::optional<std::int64_t> number, const Where& where) {
+    if (!number) return std::nullopt;
+    if (!std::in_range<Number>(*number)) throw ValueError(where() + std::to_string(*number));
+    return static_cast<Number>(*number);
+}
+
+}   // namespace
+
 template <>
 std::optional<long> Value::optional() const {
-    const std::optional<std::int64_t> value = integer();
-    return value ? std::optional(static_cast<long>(*value)) : std::nullopt;
+    return narrowed<long>(integer(), [this] { return where() + " is too large for a long: "; });
 }
 template <>
 std::optional<long long> Value::optional() const {
@@ -341,10 +352,7 @@ std::optional<long long> Value::optional() const {
 }
 template <>
 std::optional<int> Value::optional() const {
-    const std::optional<std::int64_t> value = integer();
-    if (!value) return std::nullopt;
-    if (!std::in_range<int>(*value)) throw ValueError(where() + " is too large for an int: " + std::to_string(*value));
-    return static_cast<int>(*value);
+    return narrowed<int>(integer(), [this] { return where() + " is too large for an int: "; });
 }
 template <>
 std::optional<Element> Value::optional() const {

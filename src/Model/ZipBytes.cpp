@@ -10,6 +10,7 @@
 #include "Model/Error.h"
 #include "Model/Names.h"
 #include "Model/PackedBytes.h"
+#include "platform/Path.h"
 
 namespace oxa::detail {
 
@@ -130,7 +131,7 @@ private:
             m_sKept = sKept(packed);
             pSource = zip_source_buffer_create(m_sKept.data(), m_sKept.size(), 0, &error);
         } else {
-            pSource = zip_source_file_create(path.string().c_str(), 0, -1, &error);
+            pSource = zip_source_file_create(str::sOfPath(path).c_str(), 0, -1, &error);
         }
         if (!pSource) vRefuse(error);
         m_pArchive.reset(zip_open_from_source(pSource, ZIP_RDONLY, &error));

@@ -6,6 +6,7 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Tables/Rows.h"
+#include "platform/Path.h"
 
 namespace oxa::tables::detail {
 
@@ -74,10 +75,10 @@ public:
         RowWriter row(batch);
         row.vText(file.file);
         std::error_code error;
-        const std::filesystem::path path = std::filesystem::absolute(file.path, error);
-        row.vTextOrNull(file.path.empty() || error ? file.path : path.lexically_normal().string());
+        const std::filesystem::path path = std::filesystem::absolute(str::pathOf(file.path), error);
+        row.vTextOrNull(file.path.empty() || error ? file.path : str::sOfPath(path.lexically_normal()));
         row.vText(context().state().schema().sName);
-        row.vTextOrNull(std::filesystem::path(file.path).filename().string());
+        row.vTextOrNull(str::sOfPath(str::pathOf(file.path).filename()));
         file.size ? row.vInteger(static_cast<std::int64_t>(*file.size)) : row.vNull();
         row.vTextOrNull(file.sha256 && row.boWanted() ? file.sha256() : std::string());
         const auto* pFile = dynamic_cast<const ifc::File*>(&context().state().file());

@@ -7,6 +7,7 @@
 #include "Model/Error.h"
 #include "Tables/SameColumns.h"
 #include "Tables/SqliteHandles.h"
+#include "platform/Path.h"
 #include "platform/ReplacedFile.h"
 
 namespace oxa::tables {
@@ -19,7 +20,7 @@ using detail::sSqlName;
 namespace {
 
 [[noreturn]] void vFail(const fs::path& path, const std::string& sWhy) {
-    throw FileError(path.string() + ": can't be written: " + sWhy);
+    throw FileError(str::sOfPath(path) + ": can't be written: " + sWhy);
 }
 
 // A base that somebody writes to can't be taken from under him; nor one with a journal beside it, which would be played
@@ -29,7 +30,7 @@ void vUnusedCheck(const fs::path& path) {
     if (!fs::is_regular_file(path, error) || fs::file_size(path, error) == 0) return;
     {
         sqlite3* pOpen = nullptr;
-        const int iOpened = sqlite3_open_v2(path.string().c_str(), &pOpen, SQLITE_OPEN_READWRITE, nullptr);
+        const int iOpened = sqlite3_open_v2(str::sOfPath(path).c_str(), &pOpen, SQLITE_OPEN_READWRITE, nullptr);
         const SqliteBase pBase(pOpen);
         if (iOpened == SQLITE_OK && sqlite3_exec(pOpen, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr) == SQLITE_BUSY)
             vFail(path, "the database is locked by another program");
@@ -37,7 +38,7 @@ void vUnusedCheck(const fs::path& path) {
     for (const char* pEnd : {"-wal", "-journal"}) {
         fs::path beside = path;
         beside += pEnd;
-        if (fs::exists(beside, error)) vFail(path, "the database is in use: " + beside.string() + " is there");
+        if (fs::exists(beside, error)) vFail(path, "the database is in use: " + str::sOfPath(beside) + " is there");
     }
 }
 
@@ -54,7 +55,7 @@ struct SqliteFile::State {
         const fs::path& written = pFile->temporaryPath();
         if (written.empty()) vFail(path, "is no regular file");
         sqlite3* pOpen = nullptr;
-        const int iOpened = sqlite3_open_v2(written.string().c_str(), &pOpen, SQLITE_OPEN_READWRITE, nullptr);
+        const int iOpened = sqlite3_open_v2(str::sOfPath(written).c_str(), &pOpen, SQLITE_OPEN_READWRITE, nullptr);
         pBase.reset(pOpen);
         if (iOpened != SQLITE_OK) vFail(path, pOpen ? sqlite3_errmsg(pOpen) : "no memory");
         // What is not finished is thrown away, so that nothing of it need be undone.

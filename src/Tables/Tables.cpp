@@ -8,6 +8,7 @@
 #include "Model/Names.h"
 #include "Tables/Rows.h"
 #include "Tables/Sha256.h"
+#include "platform/Path.h"
 
 namespace oxa::tables {
 
@@ -68,9 +69,9 @@ FileInfo fileInfo(const std::string& path) {
     FileInfo file;
     file.file = file.path = path;
     std::error_code error;
-    if (const std::uintmax_t iSize = std::filesystem::file_size(path, error); !error) file.size = iSize;
+    if (const std::uintmax_t iSize = std::filesystem::file_size(str::pathOf(path), error); !error) file.size = iSize;
     file.sha256 = [path] {
-        std::ifstream stream(path, std::ios::binary);
+        std::ifstream stream(str::pathOf(path), std::ios::binary);
         return stream ? detail::sSha256(stream) : std::string();
     };
     return file;

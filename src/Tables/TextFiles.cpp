@@ -10,6 +10,7 @@
 
 #include "Model/Error.h"
 #include "Tables/SameColumns.h"
+#include "platform/Path.h"
 #include "platform/ReplacedFile.h"
 
 namespace oxa::tables {
@@ -78,7 +79,7 @@ struct TextFiles::State {
         if (!boFolder) return;
         File& file = files[table.name];
         if (!file.pFile) {
-            file.sPath = (folder / (table.name + (eForm == TextForm::Csv ? ".csv" : ".ndjson"))).string();
+            file.sPath = str::sOfPath(folder / str::pathOf(table.name + (eForm == TextForm::Csv ? ".csv" : ".ndjson")));
             file.pFile = written(file.sPath, [&] { return std::make_unique<stream::ReplacedFile>(file.sPath); });
         }
         pOpen = &file;
@@ -115,9 +116,9 @@ struct TextFiles::State {
 TextFiles::TextFiles(const fs::path& folder, TextForm form) : m_state(std::make_unique<State>(form, folder, nullptr)) {
     std::error_code error;
     if (fs::exists(folder, error) && !fs::is_directory(folder, error))
-        throw FileError(folder.string() + ": is no folder");
+        throw FileError(str::sOfPath(folder) + ": is no folder");
     m_state->boFolderMade = fs::create_directory(folder, error);
-    if (error) throw FileError(folder.string() + ": can't be made: " + error.message());
+    if (error) throw FileError(str::sOfPath(folder) + ": can't be made: " + error.default_error_condition().message());
 }
 
 TextFiles::TextFiles(std::ostream& out, TextForm form) : m_state(std::make_unique<State>(form, fs::path(), &out)) {}

@@ -13,6 +13,7 @@
 
 #include "Model/Error.h"
 #include "Tables/SameColumns.h"
+#include "platform/Path.h"
 #include "platform/ReplacedFile.h"
 
 namespace oxa::tables {
@@ -48,7 +49,7 @@ struct XlsxFile::State {
             vFail(error.code().message());
         }
         if (pFile->temporaryPath().empty()) vFail("is no regular file");
-        sWritten = pFile->temporaryPath().string();
+        sWritten = str::sOfPath(pFile->temporaryPath());
         lxw_workbook_options options{};
         options.constant_memory = LXW_TRUE;
         pBook = workbook_new_opt(sWritten.c_str(), &options);
@@ -61,7 +62,7 @@ struct XlsxFile::State {
     State& operator=(const State&) = delete;
 
     [[noreturn]] void vFail(const std::string& sWhy) const {
-        throw FileError(path.string() + ": can't be written: " + sWhy);
+        throw FileError(str::sOfPath(path) + ": can't be written: " + sWhy);
     }
     void vCheck(lxw_error eError) const {
         if (eError != LXW_NO_ERROR) vFail(lxw_strerror(eError));

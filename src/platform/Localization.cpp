@@ -15,7 +15,12 @@ std::atomic<Language> g_language{Language::English};
 
 // Newest first. Grows only, so that it is read without a lock.
 constinit std::atomic<const LocalizedTexts*> g_pFirst{nullptr};
-constinit std::mutex g_mutex;   // held while one is put in
+
+// Held while one is put in, by initialisers of other sources too. Not each library makes a mutex before those run.
+std::mutex& mutexOfList() {
+    static std::mutex s_mutex;
+    return s_mutex;
+}
 
 }   // namespace
 
@@ -34,7 +39,7 @@ struct TextList {
 
     // A table that is in the list already stays where it is.
     static void vAdd(LocalizedTexts& texts) {
-        const std::lock_guard lock(g_mutex);
+        const std::lock_guard lock(mutexOfList());
         const LocalizedTexts* const pFirst = g_pFirst.load(std::memory_order_relaxed);
         for (const auto* p = pFirst; p; p = p->m_pNext)
             if (p == &texts) return;

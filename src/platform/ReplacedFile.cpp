@@ -69,8 +69,11 @@ namespace {
 
 [[noreturn]] void vFail(int iError) { throw std::system_error(iError, std::generic_category()); }
 
+// Some systems have numbers of their own.
+int iErrnoOf(const std::error_code& error) { return error.default_error_condition().value(); }
+
 std::FILE* pOpened(const fs::path& path, const char* sMode) {
-    std::FILE* pFile = std::fopen(path.string().c_str(), sMode);
+    std::FILE* pFile = platform::pOpen(path, sMode);
     if (!pFile) vFail(errno);
     return pFile;
 }
@@ -95,8 +98,9 @@ std::FILE* pOpen(const fs::path& path, fs::path& temporary) {
     if (boOld) fs::permissions(beside, status.permissions(), error);   // before it holds what not all may read
     if (boOld && error) {
         std::fclose(pFile);
-        std::remove(beside.string().c_str());
-        vFail(error.value());
+        const int iError = iErrnoOf(error);
+        fs::remove(beside, error);
+        vFail(iError);
     }
     temporary = beside;
     return pFile;
@@ -122,7 +126,7 @@ ReplacedFile::~ReplacedFile() {
 void ReplacedFile::vFinish() {
     if (const int iError = m_pBuffer->iClose(!m_temporary.empty())) vFail(iError);
     if (m_temporary.empty()) return;
-    fs::rename(m_temporary, m_path);
+    if (const int iError = platform::iReplace(m_temporary, m_path)) vFail(iError);
     m_temporary.clear();
 }
 

@@ -1,19 +1,42 @@
 // SPDX-License-Identifier: Apache-2.0
-// System: what the platform asks of the operating system beyond the standard library. Each system has a source.
+// System: what the libraries ask of the operating system beyond the standard library. Each system has a source.
 //
-// Callers  the sources of this folder.
+// Callers  the sources of this folder, and the memory of the core (Format/Ifc/Memory/ZeroedBytes.cpp).
 // Threads  any number at once; no state.
 #pragma once
 
 #include <cstddef>
 #include <cstdio>
+#include <filesystem>
+
+#include "platform/Export.h"
 
 namespace oxa::platform {
 
 // Hands what the process and the system hold back of a file to the disk. False, and errno, when that fails.
 [[nodiscard]] bool boFlushToDisk(std::FILE* pFile);
 
+// fopen, for every path: null, and errno, when that fails. What is read may be replaced or removed meanwhile.
+[[nodiscard]] std::FILE* pOpen(const std::filesystem::path& path, const char* sMode);
+
+// Gives the file the name of another in one step: who looks sees that one or this one. 0, or errno.
+[[nodiscard]] int iReplace(const std::filesystem::path& from, const std::filesystem::path& to);
+
 // Fills in random bytes that nobody can foretell, 256 at most. Throws std::system_error where the system has none.
 void vRandomFill(void* pBytes, std::size_t iCount);
+
+// Stops where a debugger watches the process; else nothing.
+void vDebugBreak() noexcept;
+
+// Pages of zeros, mapped for the caller alone, of which only those cost memory that are touched. Those that may stay
+// empty are kept apart from huge pages, one of which would cost 2 MiB for a byte; those that will be filled begin at a
+// multiple of their size, a power of two, and get huge pages where the system has such. Null where there is no memory.
+enum class Pages { MayStayEmpty, WillBeFilled };
+[[nodiscard]] OXA_PLATFORM_API void* pMap(std::size_t iBytes, Pages ePages) noexcept;
+// Of what pMap gave, all of it.
+OXA_PLATFORM_API void vUnmap(void* pBytes, std::size_t iBytes) noexcept;
+// The two below are advice about the whole pages of a range, and nothing happens where a system does not know it.
+OXA_PLATFORM_API void vPopulate(void* pBytes, std::size_t iBytes) noexcept;
+OXA_PLATFORM_API void vGiveBack(void* pBytes, std::size_t iBytes) noexcept;
 
 }   // namespace oxa::platform

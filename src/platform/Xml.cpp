@@ -14,6 +14,7 @@
 #include <unordered_set>
 
 #include "platform/Assert.h"
+#include "platform/Path.h"
 #include "platform/Stream.h"
 #include "platform/XmlText.h"
 
@@ -353,7 +354,7 @@ std::optional<const_Element> File::RootElementGet() const noexcept {
 
 std::optional<const_Element> File::parse(const std::filesystem::path& path, ExceptionInterface* pExceptions) {
     std::ifstream in(path, std::ios::binary);
-    return parsed(in, path.string(), pExceptions);
+    return parsed(in, str::sOfPath(path), pExceptions);
 }
 
 std::optional<const_Element> File::parse(std::istream& in, std::string_view sName, ExceptionInterface* pExceptions) {
@@ -400,7 +401,7 @@ bool File::save(const std::filesystem::path& path, ExceptionInterface* pExceptio
         boDone = boDone && out.good();
     }
     if (pError) *pError = boDone ? std::error_code() : std::error_code(errno ? errno : EIO, std::generic_category());
-    if (!boDone) vFault(pExceptions, path.string(), "Can't be written", 0);
+    if (!boDone) vFault(pExceptions, str::sOfPath(path), "Can't be written", 0);
     return boDone;
 }
 

@@ -4,8 +4,10 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "Model/ModelText.h"
+#include "system/System.h"
 
 namespace oxa::test {
 
@@ -91,11 +93,11 @@ TEST(ModelSave, ReplacesAFileAsAWhole) {
     EXPECT_EQ(sFile(path), sSaved(model));
     fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
     model.set(model.byId(20), "Coordinates", {7.0, 8.0});
-    fs::create_symlink(path, folder / "link.ifc");
-    model.save(folder / "link.ifc");
-    EXPECT_TRUE(fs::is_symlink(folder / "link.ifc")) << "a link stays one";
+    const bool boLinked = test::boLink(path, folder / "link.ifc");
+    model.save(boLinked ? folder / "link.ifc" : path);
+    EXPECT_EQ(fs::is_symlink(folder / "link.ifc"), boLinked) << "a link stays one";
     EXPECT_EQ(sFile(path), sSaved(model));
-    EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    if (test::boHasRights()) EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
     Model opened = Model::open(path);
     opened.save(path);
     EXPECT_EQ(sFile(path), sSaved(model)) << "a model may be saved to where it came from";
@@ -198,10 +200,11 @@ TEST(ModelSave, KeepsAFileThatIsNotWholeInTheModel) {
     const fs::path link = folder / "b.ifc";
     const std::string sFaulty = fileText("IFC4", "#1=IFCCARTESIANPOINT((1.,2.));\n#2=IFCTEAPOT();\n");
     std::ofstream(path, std::ios::binary) << sFaulty;
-    fs::create_symlink(path, link);
+    std::vector<fs::path> names{path, path.parent_path() / "." / "a.ifc"};
+    if (test::boLink(path, link)) names.push_back(link);
     Model model = Model::open(path);
     EXPECT_FALSE(model.whole());
-    for (const fs::path& name : {path, link, path.parent_path() / "." / "a.ifc"}) {
+    for (const fs::path& name : names) {
         EXPECT_EQ(
             sThrown([&] { model.save(name); }),
             "FileError: " + name.string() +

@@ -16,17 +16,14 @@
 #include <gtest/gtest.h>
 
 #include "Model/RuleThrown.h"
+#include "system/System.h"
 
 namespace oxa::test {
 namespace {
 
 class Folder {
 public:
-    Folder() {
-        std::string sPattern = testing::TempDir() + "oxa-rule-XXXXXX";
-        if (!mkdtemp(sPattern.data())) throw std::runtime_error("no folder for temporary files");
-        m_path = sPattern;
-    }
+    Folder() : m_path(test::newFolder()) {}
     ~Folder() {
         std::error_code error;
         std::filesystem::remove_all(m_path, error);

@@ -12,17 +12,11 @@
 
 #include <nlohmann/json.hpp>
 
+#include "system/System.h"
+
 namespace oxa::test {
 
 using Json = nlohmann::ordered_json;
-
-// What standard output of the program is.
-enum class OutputKind {
-    File,         // what it writes is kept
-    ClosedPipe,   // nobody reads
-    FullDisk,     // takes nothing
-    Terminal,     // what it writes is kept
-};
 
 struct ProgramRun {
     int iCode = -1;   // the exit code; -1 when the program ended by a signal or did not start

@@ -75,8 +75,8 @@ void vVerbCheck(const std::vector<std::string>& words) {
 }
 
 // "help VERB" is "VERB --help", and "help" alone tells the verbs.
-std::vector<std::string> wordsOf(int iCount, char** ppWords) {
-    std::vector<std::string> words(ppWords + std::min(iCount, 1), ppWords + iCount);
+std::vector<std::string> wordsOf(std::vector<std::string> words) {
+    if (!words.empty()) words.erase(words.begin());   // the program's name
     if (words.empty() || words.front() != "help") return words;
     words.erase(words.begin());
     if (words.size() > 1) throw Failure("help: takes one VERB at most");
@@ -102,8 +102,8 @@ int iParseEnd(const CLI::App& app, const CLI::ParseError& error, Output& output)
 }
 
 // "help --man" is for the build, which installs the page.
-bool boManPage(int iCount, char** ppWords) {
-    return iCount == 3 && ppWords[1] == std::string_view("help") && ppWords[2] == std::string_view("--man");
+bool boManPage(const std::vector<std::string>& words) {
+    return words.size() == 3 && words[1] == "help" && words[2] == "--man";
 }
 
 int iManPage(Output& output) {
@@ -114,9 +114,9 @@ int iManPage(Output& output) {
     return g_iExitFine;
 }
 
-int iRun(int iCount, char** ppWords, Output& output) {
-    if (boManPage(iCount, ppWords)) return iManPage(output);
-    std::vector<std::string> words = wordsOf(iCount, ppWords);
+int iRun(const std::vector<std::string>& all, Output& output) {
+    if (boManPage(all)) return iManPage(output);
+    std::vector<std::string> words = wordsOf(all);
     vVerbCheck(words);
     CLI::App app(g_pSummary, "oxaifc");
     std::string sLanguage;
@@ -133,9 +133,9 @@ int iRun(int iCount, char** ppWords, Output& output) {
     return g_iExitFailure;
 }
 
-int iRunAndFlush(int iCount, char** ppWords) {
+int iRunAndFlush(const std::vector<std::string>& words) {
     Output output;
-    const int iCode = iRun(iCount, ppWords, output);
+    const int iCode = iRun(words, output);
     output.vFlush();
     return iCode;
 }
@@ -152,7 +152,7 @@ int main(int iCount, char** ppWords) {
     using namespace oxa::tool;
     vIgnoreWriteSignals();
     try {
-        return iRunAndFlush(iCount, ppWords);
+        return iRunAndFlush(wordsAtStart(iCount, ppWords));
     } catch (const std::bad_alloc&) {
         return iFailed("out of memory");
     } catch (const std::exception& error) {

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <sys/resource.h>
 
 #include <gtest/gtest.h>
 
@@ -537,12 +536,12 @@ TEST(ConvertXml, OutThatFailsHalfwayKeepsTheOldFile) {
 #endif
     const TestFolder folder;
     const std::string sOut = folder.sFile("out.ifcxml", "old");
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const rlimit small{10000, before.rlim_max};   // less than a tenth of what is to be written
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    const ProgramRun run = runProgram({"convert", sExample("house-ifc4.ifc"), sOut});
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    ProgramRun run;
+    {
+        const FileLimit limit(10000);   // less than a tenth of what is to be written
+        if (!limit.boHolds()) GTEST_SKIP() << "the system limits no file";
+        run = runProgram({"convert", sExample("house-ifc4.ifc"), sOut});
+    }
     EXPECT_EQ(run.iCode, 2);
     EXPECT_EQ(run.sError, "oxaifc: can't write " + sOut + ": File too large\n");
     EXPECT_EQ(sContent(sOut), "old");
@@ -550,9 +549,11 @@ TEST(ConvertXml, OutThatFailsHalfwayKeepsTheOldFile) {
 }
 
 TEST(ConvertXml, FullDiskIsOneLine) {
-    const ProgramRun run = runProgram({"convert", sExample("house-ifc4.ifc"), "/dev/full", "--format", "ifcxml"});
+    const std::string sOut = sFullDevice();
+    if (sOut.empty()) GTEST_SKIP() << "no device that takes nothing";
+    const ProgramRun run = runProgram({"convert", sExample("house-ifc4.ifc"), sOut, "--format", "ifcxml"});
     EXPECT_EQ(run.iCode, 2);
-    EXPECT_EQ(run.sError, "oxaifc: can't write /dev/full: No space left on device\n");
+    EXPECT_EQ(run.sError, "oxaifc: can't write " + sOut + ": No space left on device\n");
 }
 
 TEST(ConvertXml, InIsNotReplacedByItself) {

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is told of an exchange structure without an end: where a text or a comment was opened, the last whole instance.
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <thread>
-#include <unistd.h>
+#include <optional>
 
 #include <gtest/gtest.h>
 
@@ -150,39 +147,29 @@ TEST(ReadDiagnosis, SpeaksTheLanguageOfTheUser) {
                   std::to_string(g_iData + 22) + ".");
 }
 
-// A pipe can't be read twice: it is read as ever, and what its first bytes say is told.
-ProgramRun runWithPipe(const std::string& sText) {
+// A pipe can't be read twice: it is read as ever, and what its first bytes say is told. Nothing where there is no such.
+std::optional<ProgramRun> runWithPipe(const std::string& sText) {
     const TestFolder folder;
-    const std::string sPipe = (folder.path() / "pipe").string();
-    if (mkfifo(sPipe.c_str(), 0600) != 0) throw std::runtime_error("no pipe");
-    std::thread writer([&] {
-        const int iPipe = open(sPipe.c_str(), O_WRONLY);
-        std::size_t iWritten = 0;
-        while (iWritten < sText.size()) {
-            const ssize_t iCount = write(iPipe, sText.data() + iWritten, sText.size() - iWritten);
-            if (iCount <= 0) break;
-            iWritten += static_cast<std::size_t>(iCount);
-        }
-        close(iPipe);
-    });
-    ProgramRun run = runProgram({"check", "--json", sPipe});
-    writer.join();
+    const std::filesystem::path pipe = folder.path() / "pipe";
+    ProgramRun run;
+    if (!boWithPipe(pipe, sText, [&] { run = runProgram({"check", "--json", pipe.string()}); })) return std::nullopt;
     return run;
 }
 
 TEST(ReadDiagnosis, PipeIsReadOnce) {
     std::string sData;
     for (int i = 1; i <= 20000; ++i) sData += "#" + std::to_string(i) + "=IFCDIRECTION((1.));\n";
-    const ProgramRun fine = runWithPipe(sExchangeFile("IFC4", sData));
-    EXPECT_EQ(fine.iCode, 0);
-    EXPECT_EQ(fine.json()["records"], Json::array());
-    const ProgramRun cut = runWithPipe(sFile({"", "#1=IFCDIR", true, "", 0, ""}));
-    EXPECT_EQ(cut.iCode, 1);
-    EXPECT_EQ(cut.json()["records"][0]["message"],
+    const auto fine = runWithPipe(sExchangeFile("IFC4", sData));
+    if (!fine) GTEST_SKIP() << "a pipe has no name among files here";
+    EXPECT_EQ(fine->iCode, 0);
+    EXPECT_EQ(fine->json()["records"], Json::array());
+    const auto cut = runWithPipe(sFile({"", "#1=IFCDIR", true, "", 0, ""}));
+    EXPECT_EQ(cut->iCode, 1);
+    EXPECT_EQ(cut->json()["records"][0]["message"],
               "This is no complete IFC file: the end of its data section, ENDSEC, was not found.");
-    const ProgramRun letter = runWithPipe("Dear Sir or Madam,\n");
-    EXPECT_EQ(letter.iCode, 1);
-    EXPECT_EQ(letter.json()["records"][0]["message"],
+    const auto letter = runWithPipe("Dear Sir or Madam,\n");
+    EXPECT_EQ(letter->iCode, 1);
+    EXPECT_EQ(letter->json()["records"][0]["message"],
               "The file begins with \"Dear Sir or Madam,\", not with ISO-10303-21;.");
 }
 

@@ -193,6 +193,7 @@ TEST(CheckVerb, StatementsOfOneLineStandByTheirTexts) {
 }
 
 TEST(CheckVerb, TenOfAGroupAreTold) {
+    if (!boCanBe(OutputKind::Terminal)) GTEST_SKIP() << "no terminal for a test here";
     for (const int iUnknown : {10, 11, 12345}) {
         SCOPED_TRACE(iUnknown);
         const ProgramRun run = runProgram({"check", "-"}, sGroupedFile(iUnknown));
@@ -268,6 +269,7 @@ TEST(CheckVerb, VeryLongSourceTextIsWholeWithAllOnly) {
 std::string sLongFile() { return sExchangeFile("IFC4", "#1=IFCMATERIAL($,'" + std::string(5000, 'x') + "',$);\n"); }
 
 TEST(CheckVerb, LongSourceTextIsShortOnATerminalOnly) {
+    if (!boCanBe(OutputKind::Terminal)) GTEST_SKIP() << "no terminal for a test here";
     const std::string sFull(5000, 'x');
     const ProgramRun file = runProgram({"check", "-"}, sLongFile());
     EXPECT_NE(file.sOut.find(sFull), std::string::npos);
@@ -295,6 +297,7 @@ TEST(CheckVerb, TwoErrorsAreSeveral) {
 }
 
 TEST(CheckVerb, ShortTextEndsBetweenCharacters) {
+    if (!boCanBe(OutputKind::Terminal)) GTEST_SKIP() << "no terminal for a test here";
     const auto sOf = [](const std::string& sText) {
         return runProgram({"check", "-"}, sExchangeFile("IFC4", "#1=IFCMATERIAL($,'" + sText + "',$);\n"),
                           OutputKind::Terminal)

@@ -113,9 +113,11 @@ TEST(ExtractVerb, UnknownWhatLeavesOutAsItWas) {
 }
 
 TEST(ExtractVerb, FullDiskIsOneLine) {
-    const ProgramRun run = runProgram({"extract", sExample("house-ifc4.ifc"), "#306", "/dev/full"});
+    const std::string sOut = sFullDevice();
+    if (sOut.empty()) GTEST_SKIP() << "no device that takes nothing";
+    const ProgramRun run = runProgram({"extract", sExample("house-ifc4.ifc"), "#306", sOut});
     EXPECT_EQ(run.iCode, 2);
-    EXPECT_EQ(run.sError, "oxaifc: can't write /dev/full: No space left on device\n");
+    EXPECT_EQ(run.sError, "oxaifc: can't write " + sOut + ": No space left on device\n");
 }
 
 // Two storeys with a wall each, and one that stands in none. The names are hostile.

@@ -100,6 +100,7 @@ TEST(SqlVerb, WhatIsWrongIsOneLine) {
 }
 
 TEST(SqlVerb, AnOutThatCannotBeWrittenIsLeft) {
+    if (!boCanBe(OutputKind::FullDisk)) GTEST_SKIP() << "no device that takes nothing";
     const TestFolder folder;
     const std::string sOut = folder.sFile("old.csv", "old");
     EXPECT_EQ(runProgram({"sql", "-", "SELECT x", "-o", sOut}, sMaterials()).iCode, 2);

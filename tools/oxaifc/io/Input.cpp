@@ -17,6 +17,7 @@
 #include "Model/Error.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
+#include "platform/Path.h"
 
 namespace oxa::tool {
 
@@ -151,16 +152,16 @@ namespace {
 std::FILE* pOpen(const std::string& sPath) {
     if (sPath == "-") return stdin;
     std::error_code error;
-    if (std::filesystem::is_directory(sPath, error)) vFail(sPath, "is a folder, not a file");
-    std::FILE* pFile = std::fopen(sPath.c_str(), "rb");
+    if (std::filesystem::is_directory(str::pathOf(sPath), error)) vFail(sPath, "is a folder, not a file");
+    std::FILE* pFile = stream::pOpenFile(str::pathOf(sPath), "rb");
     if (!pFile) vFail(sPath, errno == ENOENT ? "there is no such file" : std::strerror(errno));
     return pFile;
 }
 
 std::uint64_t iSize(const std::string& sPath) {
     std::error_code error;
-    if (sPath == "-" || !std::filesystem::is_regular_file(sPath, error)) return 0;
-    const std::uintmax_t iBytes = std::filesystem::file_size(sPath, error);
+    if (sPath == "-" || !std::filesystem::is_regular_file(str::pathOf(sPath), error)) return 0;
+    const std::uintmax_t iBytes = std::filesystem::file_size(str::pathOf(sPath), error);
     return error ? 0 : iBytes;
 }
 
@@ -184,10 +185,9 @@ void Input::vUnpack(const UnpackLimits& limits) try {
     const Packing packing = packingOf(firstBytes());
     if (packing == Packing::None) return;
     std::error_code error;
-    const bool boFile = m_sPath != "-" && std::filesystem::is_regular_file(m_sPath, error);
-    auto pInside =
-        std::make_unique<UnpackBuffer>(std::move(m_pBuffer), packing, m_sName,
-                                       boFile ? std::filesystem::path(m_sPath) : std::filesystem::path(), limits);
+    const bool boFile = m_sPath != "-" && std::filesystem::is_regular_file(str::pathOf(m_sPath), error);
+    auto pInside = std::make_unique<UnpackBuffer>(std::move(m_pBuffer), packing, m_sName,
+                                                  boFile ? str::pathOf(m_sPath) : std::filesystem::path(), limits);
     m_sInside = pInside->unpacked().inside();
     m_iExpected = pInside->unpacked().size().value_or(0);
     m_pBuffer = std::move(pInside);

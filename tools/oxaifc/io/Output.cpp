@@ -26,7 +26,9 @@ std::string sDump(const Json& value) { return value.dump(-1, ' ', false, Json::e
 
 }   // namespace
 
-Output::Output() : m_boTerminal(boIsTerminal(stdout)), m_boTinted(m_boTerminal && boColoursWanted()) {}
+Output::Output()
+    : m_boTerminal(boIsTerminal(stdout)),
+      m_boTinted(m_boTerminal && boColoursWanted() && boShowsColours(stdout)) {}
 
 std::string Output::sTinted(Tint eTint, std::string_view text) const {
     if (!m_boTinted) return std::string(text);

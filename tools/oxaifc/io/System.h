@@ -4,8 +4,21 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
 
 namespace oxa::tool {
+
+// The words of the command line, in UTF-8, from those that main() got; the program's own name is the first. From here on
+// standard input and output are bytes, and a terminal takes them for UTF-8.
+[[nodiscard]] std::vector<std::string> wordsAtStart(int iCount, char** ppWords);
+
+// Where that is a terminal: whether it shows colours, once it has been asked to.
+[[nodiscard]] bool boShowsColours(std::FILE* pFile);
+
+// Whether standard input comes from this file.
+[[nodiscard]] bool boIsStandardInput(const std::filesystem::path& path);
 
 [[nodiscard]] bool boIsTerminal(std::FILE* pFile);
 

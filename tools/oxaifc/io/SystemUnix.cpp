@@ -8,6 +8,15 @@
 
 namespace oxa::tool {
 
+std::vector<std::string> wordsAtStart(int iCount, char** ppWords) { return {ppWords, ppWords + iCount}; }
+
+bool boShowsColours(std::FILE* pFile) { return boIsTerminal(pFile); }
+
+bool boIsStandardInput(const std::filesystem::path& path) {
+    std::error_code error;
+    return std::filesystem::equivalent(path, "/dev/stdin", error) && !error;
+}
+
 bool boIsTerminal(std::FILE* pFile) { return isatty(fileno(pFile)) == 1; }
 
 std::size_t iTerminalWidth(std::FILE* pFile) {

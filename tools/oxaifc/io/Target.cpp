@@ -11,6 +11,8 @@
 #include <fmt/format.h>
 
 #include "oxaifc/io/Failure.h"
+#include "oxaifc/io/System.h"
+#include "platform/Path.h"
 #include "platform/ReplacedFile.h"
 
 namespace oxa::tool {
@@ -26,7 +28,7 @@ namespace {
 
 std::unique_ptr<stream::ReplacedFile> pOpen(const std::string& sPath) try {
     return sPath == "-" ? std::make_unique<stream::ReplacedFile>(stdout)
-                        : std::make_unique<stream::ReplacedFile>(fs::path(sPath));
+                        : std::make_unique<stream::ReplacedFile>(str::pathOf(sPath));
 } catch (const std::system_error& error) {
     vFail(sPath, error.code().value());
 }
@@ -38,7 +40,7 @@ Target::Target(const std::string& sPath, std::string_view inside)
       m_pFile(pOpen(sPath)) {
     const Packing packing = packingOfName(sPath);
     if (packing == Packing::None) return;
-    const std::string sInside = unpackedName(fs::path(sPath).filename().string(), inside);
+    const std::string sInside = unpackedName(str::sOfPath(str::pathOf(sPath).filename()), inside);
     m_pPacker = std::make_unique<Packer>(m_pFile->stream(), packing, sInside);
 }
 
@@ -57,9 +59,9 @@ void Target::vFinish() try {
 
 bool Target::boIs(const std::string& sPath) const {
     std::error_code error;
-    // A shell may have made a file standard input; a system without this name returns an error.
-    const fs::path path = sPath == "-" ? "/dev/stdin" : sPath;
-    return !m_pFile->path().empty() && fs::equivalent(m_pFile->path(), path, error) && !error;
+    if (m_pFile->path().empty()) return false;
+    if (sPath == "-") return boIsStandardInput(m_pFile->path());   // a shell may have made it that
+    return fs::equivalent(m_pFile->path(), str::pathOf(sPath), error) && !error;
 }
 
 }   // namespace oxa::tool

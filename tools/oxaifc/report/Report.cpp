@@ -16,6 +16,7 @@
 #include "oxaifc/report/Records.h"
 #include "oxaifc/report/ReportPage.h"
 #include "platform/Assert.h"
+#include "platform/Path.h"
 #include "platform/String.h"
 
 namespace oxa::tool {
@@ -104,7 +105,7 @@ void Report::vWrite(const ReportContent& content) {
     if (m_sTemplateName.empty()) {
         const ReportPage page = reportPage(content);
         m_sTemplateName = "the page";
-        vRender(*page.pErrors, page.sTemplate, sHtml(std::filesystem::path(content.sName).filename().string()));
+        vRender(*page.pErrors, page.sTemplate, sHtml(str::sOfPath(str::pathOf(content.sName).filename())));
     } else {
         vRender(*templateErrors(*content.pRecords), m_sTemplate, content.sName);
     }

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "oxaifc/report/CheckText.h"
+#include "platform/Path.h"
 
 namespace oxa::tool {
 
@@ -18,9 +19,13 @@ std::string sDump(const Json& value) { return value.dump(-1, ' ', false, Json::e
 
 std::string sUriOf(const std::string& sPath) {
     constexpr std::string_view plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~/";
-    const std::filesystem::path path(sPath);
+    const std::filesystem::path path = str::pathOf(sPath);
     std::string sUri = path.is_absolute() ? "file://" : "";
-    for (const char c : path.generic_string())
+    // A drive, of systems that have such, is no host: file:///C:/house.ifc
+    if (path.is_absolute() && path.has_root_name()) sUri += "/" + str::sOfPath(path.root_name());
+    const std::filesystem::path local = path.is_absolute() ? path.root_directory() / path.relative_path() : path;
+    const std::u8string sGeneric = local.generic_u8string();
+    for (const char c : std::string(sGeneric.begin(), sGeneric.end()))
         sUri += plain.find(c) != std::string_view::npos ? std::string(1, c)
                                                         : fmt::format("%{:02X}", static_cast<unsigned char>(c));
     return sUri;

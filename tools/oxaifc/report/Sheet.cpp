@@ -13,6 +13,7 @@
 #include "oxaifc/formats/ElementModel.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
+#include "platform/Path.h"
 
 namespace oxa::tool {
 
@@ -61,7 +62,7 @@ void Sheet::vFinish() try {
     tables::Batch batch(table.columns);
     for (const std::vector<Cell>& row : m_rows)
         for (std::size_t i = 0; i < row.size(); ++i) vAdd(row[i], batch.columns()[i]);
-    tables::XlsxFile file{std::filesystem::path(m_sPath)};
+    tables::XlsxFile file{str::pathOf(m_sPath)};
     file.begin(table);
     file.rows(batch);
     file.finish();

@@ -8,6 +8,7 @@
 
 #include "oxaifc/formats/Format.h"
 #include "oxaifc/io/Failure.h"
+#include "platform/Path.h"
 #include "schema/Schema.h"
 
 namespace oxa::tool {
@@ -53,27 +54,28 @@ std::string sFileName(std::string_view name, const std::string& sInstead) {
 }
 
 PartFiles::PartFiles(const std::string& sOut, std::string_view end) {
-    const fs::path path(sOut);
+    const fs::path path = str::pathOf(sOut);
     std::error_code error;
     if (fs::is_directory(path, error) || !pFormatFromName(sOut)) {
         m_folder = path;
         m_sEnd = end;
         if (!fs::is_directory(path, error) && !fs::create_directory(path, error))
             throw Failure(fmt::format("can't make the folder {}: {}", sOut,
-                                      error == std::errc::no_such_file_or_directory ? "there is none to put it in"
-                                                                                    : error.message()));
+                                      error == std::errc::no_such_file_or_directory
+                                          ? "there is none to put it in"
+                                          : error.default_error_condition().message()));
         return;
     }
     m_folder = path.parent_path();
-    m_sBefore = path.stem().string() + "-";
-    m_sEnd = path.extension().string();
+    m_sBefore = str::sOfPath(path.stem()) + "-";
+    m_sEnd = str::sOfPath(path.extension());
 }
 
 std::string PartFiles::sNext(std::string_view name, const std::string& sInstead) {
     const std::string sName = m_sBefore + sFileName(name, sInstead);
     std::string sTry = sName;
     for (int i = 2; !m_taken.insert(ifc::def::schema::sUpper(sTry)).second; ++i) sTry = fmt::format("{}-{}", sName, i);
-    return (m_folder / (sTry + m_sEnd)).string();
+    return str::sOfPath(m_folder / str::pathOf(sTry + m_sEnd));
 }
 
 }   // namespace oxa::tool

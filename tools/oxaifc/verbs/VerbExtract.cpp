@@ -24,6 +24,7 @@
 #include "oxaifc/verbs/PartFiles.h"
 #include "oxaifc/verbs/Selection.h"
 #include "oxaifc/verbs/Verb.h"
+#include "platform/Path.h"
 
 namespace oxa::tool {
 
@@ -176,7 +177,8 @@ private:
     }
     void vRefuseInput(const std::string& sPath) const {
         std::error_code error;
-        if (m_options.sPath != "-" && std::filesystem::equivalent(sPath, m_options.sPath, error) && !error)
+        if (m_options.sPath != "-" &&
+            std::filesystem::equivalent(str::pathOf(sPath), str::pathOf(m_options.sPath), error) && !error)
             throw Failure(fmt::format("{}: is the file that is read", sPrintable(sPath)));
     }
     int iWrite(const std::string& sPath, const convert::Excerpt& excerpt, bool boFirst) {

@@ -26,6 +26,7 @@
 #include "oxaifc/verbs/Selection.h"
 #include "oxaifc/verbs/Several.h"
 #include "oxaifc/verbs/Verb.h"
+#include "platform/Path.h"
 
 namespace oxa::tool {
 
@@ -56,7 +57,7 @@ constexpr FormRow g_forms[] = {{"table", ".txt", TableForm::Text},
                                {"xlsx", ".xlsx", std::nullopt}};
 
 std::optional<TableForm> form(const ListOptions& options) {
-    const std::string sEnd = std::filesystem::path(options.sOut).extension().string();
+    const std::string sEnd = str::sOfPath(str::pathOf(options.sOut).extension());
     for (const FormRow& row : g_forms)
         if (options.sForm.empty() ? sEnd == row.pEnd : options.sForm == row.pWord) return row.eForm;
     if (options.sOut.empty() || options.sOut == "-") return TableForm::Text;
@@ -145,7 +146,7 @@ void vRows(const ListOptions& options, const std::optional<Selector>& selector, 
 
 bool boNamesFile(const std::string& sWord) {
     std::error_code error;
-    if (sWord == "-" || std::filesystem::exists(sWord, error)) return true;
+    if (sWord == "-" || std::filesystem::exists(str::pathOf(sWord), error)) return true;
     return pFormatFromName(sWord) && sWord.find('=') == std::string::npos;
 }
 
@@ -201,7 +202,7 @@ int iSheet(ListOptions& options, const std::vector<std::string>& paths, const st
     if (options.sOut.empty() || options.sOut == "-") throw Failure("list: a workbook goes to a file: -o OUT.xlsx");
     std::error_code error;
     for (const std::string& sPath : paths)
-        if (std::filesystem::equivalent(sPath, options.sOut, error))
+        if (std::filesystem::equivalent(str::pathOf(sPath), str::pathOf(options.sOut), error))
             throw Failure(fmt::format("{}: is the file that is read", sPrintable(options.sOut)));
     Sheet sheet(options.sOut, headOf(options, paths.size() > 1));
     const int iCode = iRows(options, paths, selector, [&sheet](const std::vector<Cell>& cells) { sheet.vRow(cells); });

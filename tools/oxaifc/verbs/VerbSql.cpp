@@ -23,6 +23,7 @@
 #include "oxaifc/report/Table.h"
 #include "oxaifc/verbs/Several.h"
 #include "oxaifc/verbs/Verb.h"
+#include "platform/Path.h"
 
 namespace oxa::tool {
 
@@ -44,7 +45,7 @@ constexpr FormRow g_forms[] = {{"table", ".txt", TableForm::Text},
                                {"json", ".json", TableForm::JsonArray}};
 
 TableForm formOf(const SqlOptions& options) {
-    const std::string sEnd = std::filesystem::path(options.sOut).extension().string();
+    const std::string sEnd = str::sOfPath(str::pathOf(options.sOut).extension());
     for (const FormRow& row : g_forms)
         if (options.sForm.empty() ? sEnd == row.pEnd : options.sForm == row.pWord) return row.eForm;
     if (options.sOut.empty() || options.sOut == "-") return TableForm::Text;
@@ -56,7 +57,7 @@ TableForm formOf(const SqlOptions& options) {
 std::vector<std::string> pathsOf(SqlOptions& options) {
     std::vector<std::string> paths = options.words;
     std::error_code error;
-    if (paths.size() > 1 && paths.back() != "-" && !std::filesystem::exists(paths.back(), error)) {
+    if (paths.size() > 1 && paths.back() != "-" && !std::filesystem::exists(str::pathOf(paths.back()), error)) {
         options.sStatement = paths.back();
         paths.pop_back();
     }

@@ -22,6 +22,7 @@
 #include "oxaifc/io/Target.h"
 #include "oxaifc/verbs/Several.h"
 #include "oxaifc/verbs/Verb.h"
+#include "platform/Path.h"
 
 namespace oxa::tool {
 
@@ -53,10 +54,10 @@ OpenSink openedText(const std::string& sOut, tables::TextForm eForm) {
     return {std::move(pSink), [pTarget] { pTarget->vFinish(); }};
 }
 
-OpenSink openSqlite(const std::string& sOut) { return opened<tables::SqliteFile>(std::filesystem::path(sOut)); }
+OpenSink openSqlite(const std::string& sOut) { return opened<tables::SqliteFile>(str::pathOf(sOut)); }
 
 OpenSink openXlsx(const std::string& sOut) {
-    auto pSink = std::make_unique<tables::XlsxFile>(std::filesystem::path(sOut));
+    auto pSink = std::make_unique<tables::XlsxFile>(str::pathOf(sOut));
     auto* const pOpen = pSink.get();
     return {std::move(pSink), [pOpen] {
                 pOpen->finish();
@@ -66,8 +67,8 @@ OpenSink openXlsx(const std::string& sOut) {
 
 template <tables::TextForm eForm>
 OpenSink openText(const std::string& sOut) {
-    const bool boFile = sOut == "-" || std::filesystem::path(sOut).has_extension();
-    return boFile ? openedText(sOut, eForm) : opened<tables::TextFiles>(std::filesystem::path(sOut), eForm);
+    const bool boFile = sOut == "-" || str::pathOf(sOut).has_extension();
+    return boFile ? openedText(sOut, eForm) : opened<tables::TextFiles>(str::pathOf(sOut), eForm);
 }
 
 struct FormRow {
@@ -87,7 +88,7 @@ const std::vector<FormRow>& forms() {
 }
 
 const FormRow& formOf(const TableVerbOptions& options) {
-    const std::string sEnd = std::filesystem::path(options.sOut).extension().string();
+    const std::string sEnd = str::sOfPath(str::pathOf(options.sOut).extension());
     std::string sEnds;
     for (const FormRow& row : forms()) {
         if (options.sForm.empty() ? std::ranges::find(row.ends, sEnd) != row.ends.end() : options.sForm == row.pWord) {
@@ -104,7 +105,7 @@ const FormRow& formOf(const TableVerbOptions& options) {
 std::vector<std::string> namesOf(const TableVerbOptions& options, const FormRow& form) {
     std::vector<std::string> names = options.only.empty() ? tables::usualTables() : options.only;
     names.insert(names.end(), options.also.begin(), options.also.end());
-    const bool boText = form.boPipe && (options.sOut == "-" || std::filesystem::path(options.sOut).has_extension());
+    const bool boText = form.boPipe && (options.sOut == "-" || str::pathOf(options.sOut).has_extension());
     if (boText && names.size() != 1)
         throw Failure(fmt::format("table: {} holds one table; --only names it", sPrintable(options.sOut)));
     std::stable_partition(names.begin(), names.end(), [](const std::string& sName) { return sName != "file"; });
@@ -134,7 +135,7 @@ int iTable(TableVerbOptions& options, Output&) try {
         throw Failure("table: a file is named twice");
     std::error_code error;
     for (const std::string& sPath : options.paths)
-        if (std::filesystem::equivalent(sPath, options.sOut, error))
+        if (std::filesystem::equivalent(str::pathOf(sPath), str::pathOf(options.sOut), error))
             throw Failure(fmt::format("{}: is the file that is read", options.sOut));
     OpenSink sink;
     const int iCode = iForEachFile(options.paths, [&](const std::string& sPath) {

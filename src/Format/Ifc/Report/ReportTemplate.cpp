@@ -23,6 +23,7 @@
 #include <inja/inja.hpp>
 
 #include "Format/Ifc/Report/ReportFunctions.h"
+#include "platform/Path.h"
 
 namespace oxa::ifc::report {
 
@@ -471,7 +472,8 @@ public:
 private:
     inja::Template parsed(std::string_view text, const std::filesystem::path& folder, std::size_t iDepth) {
         for (const std::string& sName : TextCheck(text).includes()) vInclude(sName, folder, iDepth);
-        inja::Template result = inja::Parser(m_parser, m_lexer, m_included, m_functions).parse(text, folder.string());
+        inja::Template result =
+            inja::Parser(m_parser, m_lexer, m_included, m_functions).parse(text, str::sOfPath(folder));
         TreeGuard(m_progress).vGuard(result.root);
         return result;
     }
@@ -480,22 +482,23 @@ private:
     // itself.
     void vInclude(const std::string& sName, const std::filesystem::path& folder, std::size_t iDepth) {
         if (m_included.contains(sName)) return;
-        std::string sPath = (folder / sName).string();
+        std::string sPath = str::sOfPath(folder / str::pathOf(sName));
         if (sPath.starts_with("./")) sPath.erase(0, 2);
         if (m_included.contains(sPath)) return;
         if (iDepth >= g_iMostNested || m_included.size() >= g_iMostIncluded)
             throw inja::FileError("too many files included, the last one '" + sPath + "'");
         const std::string sText = fileText(sPath);
         m_included.emplace(sPath, inja::Template());   // known from here on, to what it includes in turn
-        m_included[sPath] = parsed(sText, std::filesystem::path(sPath).parent_path(), iDepth + 1);
+        m_included[sPath] = parsed(sText, str::pathOf(sPath).parent_path(), iDepth + 1);
     }
 
     // Only of a regular file: a device may have no end.
     static std::string fileText(const std::string& sPath) {
         std::error_code error;
-        if (std::filesystem::is_regular_file(sPath, error) &&
-            std::filesystem::file_size(sPath, error) <= g_iMostFileBytes) {
-            std::ifstream file(sPath);
+        const std::filesystem::path path = str::pathOf(sPath);
+        if (std::filesystem::is_regular_file(path, error) &&
+            std::filesystem::file_size(path, error) <= g_iMostFileBytes) {
+            std::ifstream file(path, std::ios::binary);
             if (file) return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
         }
         throw inja::FileError("failed accessing file at '" + sPath + "'");

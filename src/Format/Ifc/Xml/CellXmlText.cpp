@@ -6,21 +6,18 @@
 // back as a whole, and those of selects item by item, because an importer says by its path what the items are.
 #include <algorithm>
 #include <charconv>
-#include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <new>
 #include <string_view>
 #include <type_traits>
-#if __has_include(<xlocale.h>)
-#include <xlocale.h>
-#endif
 
 #include "Format/Ifc/Cells/ItemBlock.h"
 #include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcGuid.h"
+#include "Format/Ifc/Text/LenientReal.h"
 #include "platform/Assert.h"
 #include "platform/XmlBase64.h"
 #include "schema/XmlSchema.h"
@@ -41,21 +38,7 @@ void vNotImplemented(const char* sFunction) {
     Assert::vTell("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented");
 }
 
-// The number at the start of the text, of which pEnd becomes the end; pText itself where there is none. All that
-// strtod takes: blanks before it, hexadecimal digits, "inf", "nan". The decimal point is "." whatever locale the
-// process has chosen.
-double realRead(const char* pText, const char*& pEnd) {
-    static const locale_t g_locale = newlocale(LC_ALL_MASK, "C", locale_t{});
-    char* pBehind = nullptr;
-    const double value = strtod_l(pText, &pBehind, g_locale);
-    pEnd = pBehind;
-    return value;
-}
-
-double realOrZero(const std::string& sText) {
-    const char* pEnd = nullptr;
-    return realRead(sText.c_str(), pEnd);
-}
+double realOrZero(const std::string& sText) { return lenientReal(sText).value; }
 
 // As printf's "%f" in the "C" locale.
 void vRealAppend(std::string& sText, double value) {
@@ -96,10 +79,9 @@ bool AttributeReal::boValueAsXmlStringGet(std::string& text) const {
 }
 
 bool AttributeReal::boValueAsXmlStringSet(const std::string& text) {
-    const char* pEnd = nullptr;
-    const double value = realRead(text.c_str(), pEnd);
-    if (pEnd == text.c_str()) return false;
-    m_value = value;
+    const LenientReal real = lenientReal(text);
+    if (!real.iLength) return false;
+    m_value = real.value;
     return true;
 }
 

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <filesystem>
 #include <optional>
 #include <set>
 #include <thread>
@@ -15,6 +14,7 @@
 #include "Format/Ifc/AssertLog.h"
 #include "Format/Ifc/SmallModel.h"
 #include "platform/Localization.h"
+#include "system/System.h"
 
 namespace oxa::ifc::io {
 namespace {
@@ -41,13 +41,6 @@ struct PoolRead {
 };
 
 std::string sPoint(std::size_t iId) { return '#' + std::to_string(iId) + "=IFCPOINT((" + std::to_string(iId) + ".));"; }
-
-std::size_t iThreads() {
-    std::size_t iCount = 0;
-    std::error_code error;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error)) ++iCount;
-    return iCount;
-}
 
 TEST(LineReadThreadPool, ReadsEveryStatementOnce) {
     for (const bool boOneWorker : {false, true}) {
@@ -76,19 +69,19 @@ TEST(LineReadThreadPool, ParsesFewerThanABatchAtTheEndAlone) {
 
 TEST(LineReadThreadPool, StartsItsThreadsWithTheFirstStatement) {
     std::thread([] {}).join();   // a race detector starts a thread of its own beside the first one
-    const std::size_t iBefore = iThreads();
-    if (iBefore == 0) GTEST_SKIP() << "no /proc to count threads in";
+    const std::size_t iBefore = test::iThreadsNow();
+    if (iBefore == 0) GTEST_SKIP() << "the system does not count threads";
     for (const bool boOneWorker : {false, true}) {
         SCOPED_TRACE(boOneWorker);
         PoolRead read(boOneWorker);
-        EXPECT_EQ(iThreads(), iBefore);
+        EXPECT_EQ(test::iThreadsNow(), iBefore);
         read.pool->addLineToQueue(sPoint(1), 1);
         const std::size_t iWorkers = boOneWorker ? 1 : IfcLineReadThreadPool::iWorkerCount();
-        EXPECT_EQ(iThreads(), iBefore + iWorkers + 1) << "the workers and the collector";
+        EXPECT_EQ(test::iThreadsNow(), iBefore + iWorkers + 1) << "the workers and the collector";
         read.pool->addLineToQueue(sPoint(2), 2);
-        EXPECT_EQ(iThreads(), iBefore + iWorkers + 1);
+        EXPECT_EQ(test::iThreadsNow(), iBefore + iWorkers + 1);
         read.pool.reset();
-        EXPECT_EQ(iThreads(), iBefore);
+        EXPECT_EQ(test::iThreadsNow(), iBefore);
     }
 }
 

@@ -48,8 +48,8 @@ TEST_F(EntityTable, DenseNumbersShareSegments) {
 }
 
 TEST_F(EntityTable, VisitsTouchedPagesInOrder) {
-    for (const std::size_t iId : {40'000'000UL, 5UL, 70'000UL, 32'768'000UL, 0xFFFF'FFFFUL, 0x7FFF'FFFF'FFFF'FFFFUL,
-                                  0x1'0000'0000UL, 32'767'999UL})
+    for (const std::size_t iId : {40'000'000ULL, 5ULL, 70'000ULL, 32'768'000ULL, 0xFFFF'FFFFULL,
+                                  0x7FFF'FFFF'FFFF'FFFFULL, 0x1'0000'0000ULL, 32'767'999ULL})
         info.slotGet(data, iId).vReferencedSet();
     std::vector<std::size_t> referenced;
     std::size_t iVisited = 0;
@@ -57,7 +57,7 @@ TEST_F(EntityTable, VisitsTouchedPagesInOrder) {
         ++iVisited;
         if (slot.boReferenced()) referenced.push_back(iId);
     });
-    EXPECT_THAT(referenced, ElementsAre(5, 70'000, 32'767'999, 32'768'000, 40'000'000, 0xFFFF'FFFFUL, 0x1'0000'0000UL,
+    EXPECT_THAT(referenced, ElementsAre(5, 70'000, 32'767'999, 32'768'000, 40'000'000, 0xFFFF'FFFFULL, 0x1'0000'0000ULL,
                                         0x7FFF'FFFF'FFFF'FFFFUL));
     EXPECT_EQ(iVisited, 8 * 128U);
 }

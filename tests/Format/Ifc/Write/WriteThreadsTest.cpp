@@ -3,12 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <filesystem>
 #include <future>
 #include <numeric>
 #include <stdexcept>
@@ -16,6 +13,7 @@
 
 #include "Format/Ifc/WrittenText.h"
 #include "platform/Utilities.h"
+#include "system/System.h"
 
 namespace {
 
@@ -26,7 +24,7 @@ std::atomic<bool> g_boHardware{false};
 
 // In place of the library's: how many threads a write starts depends on the machine, and there is but one here.
 unsigned std::thread::hardware_concurrency() noexcept {
-    return g_boHardware ? g_iHardware.load() : static_cast<unsigned>(sysconf(_SC_NPROCESSORS_ONLN));
+    return g_boHardware ? g_iHardware.load() : oxa::test::iProcessors();
 }
 
 namespace oxa::ifc::io {
@@ -45,13 +43,6 @@ public:
     Hardware& operator=(const Hardware&) = delete;
 };
 
-std::size_t iThreadsNow() {
-    std::size_t iCount = 0;
-    std::error_code error;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error)) ++iCount;
-    return iCount;
-}
-
 // Threads beside the caller's that a write of these entities starts.
 std::size_t iExtraThreadsOf(std::size_t iEntities, std::size_t iBefore, std::size_t iExpected) {
     std::string statements = g_sProject;
@@ -67,7 +58,7 @@ std::size_t iExtraThreadsOf(std::size_t iEntities, std::size_t iBefore, std::siz
     std::thread helper([&] {
         const std::lock_guard lock(info.m_mutex);
         locked.set_value();
-        const auto count = [&] { return iThreadsNow() - 1; };   // this one aside
+        const auto count = [&] { return test::iThreadsNow() - 1; };   // this one aside
         for (int i = 0; i < 10'000 && count() < iBefore + iExpected; ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         std::this_thread::sleep_for(std::chrono::milliseconds(5));   // for one too many
@@ -85,8 +76,8 @@ std::size_t iExtraThreadsOf(std::size_t iEntities, std::size_t iBefore, std::siz
 
 TEST(WriteThreads, AreAsManyAsModelAndMachineAllow) {
     std::thread([] {}).join();   // a race detector starts a thread of its own beside the first one
-    const std::size_t iBefore = iThreadsNow();
-    if (iBefore == 0) GTEST_SKIP() << "no /proc to count threads in";
+    const std::size_t iBefore = test::iThreadsNow();
+    if (iBefore == 0) GTEST_SKIP() << "the system does not count threads";
     const struct {
         unsigned iHardware;
         std::size_t iEntities;
@@ -105,14 +96,14 @@ TEST(WriteThreads, AreAsManyAsModelAndMachineAllow) {
 TEST(WriteThreads, AreNoneInASingleThreadedWrite) {
     const Hardware hardware(8);
     std::thread([] {}).join();
-    const std::size_t iBefore = iThreadsNow();
+    const std::size_t iBefore = test::iThreadsNow();
     const ReadFileModel model(sSmallFile(30), true, schemaIs(smallSchema()));
     for (const WriteOrder eOrder : {WriteOrder::Any, WriteOrder::Number}) {
         std::size_t iCalls = 0;
         fileOf(model.file, {.boSingleThreaded = true,
                             .progress =
                                 [&](unsigned) {
-                                    EXPECT_EQ(iThreadsNow(), iBefore);
+                                    EXPECT_EQ(test::iThreadsNow(), iBefore);
                                     ++iCalls;
                                 },
                             .eOrder = eOrder});

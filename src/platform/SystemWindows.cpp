@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+// Windows, from version 10 on.
+#include "platform/System.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <new>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
+
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+// after windows.h, whose types it needs
+#include <bcrypt.h>
+
+namespace oxa::platform {
+
+namespace {
+
+int iErrnoOf(DWORD iError) {
+    const std::error_condition condition =
+        std::error_code(static_cast<int>(iError), std::system_category()).default_error_condition();
+    return condition.category() == std::generic_category() ? condition.value() : EIO;
+}
+
+// Opened so that another file may take its name while it is read, as elsewhere.
+std::FILE* pOpenToRead(const std::filesystem::path& path) {
+    const HANDLE handle =
+        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        errno = iErrnoOf(GetLastError());
+        return nullptr;
+    }
+    const int iFile = _open_osfhandle(reinterpret_cast<std::intptr_t>(handle), _O_RDONLY | _O_BINARY);
+    if (iFile < 0) {
+        CloseHandle(handle);
+        return nullptr;
+    }
+    std::FILE* pFile = _fdopen(iFile, "rb");
+    if (!pFile) _close(iFile);
+    return pFile;
+}
+
+}   // namespace
+
+bool boFlushToDisk(std::FILE* pFile) { return std::fflush(pFile) == 0 && _commit(_fileno(pFile)) == 0; }
+
+std::FILE* pOpen(const std::filesystem::path& path, const char* sMode) {
+    const std::string_view mode = sMode;
+    if (mode == "rb") return pOpenToRead(path);
+    if (!mode.ends_with('x')) return _wfopen(path.c_str(), std::wstring(mode.begin(), mode.end()).c_str());
+    // Not every C library of this system knows "x": a new file, or none.
+    const int iFile = _wopen(path.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
+    if (iFile < 0) return nullptr;
+    std::FILE* pFile = _fdopen(iFile, "wb");
+    if (!pFile) _close(iFile);
+    return pFile;
+}
+
+namespace {
+
+// As other systems do it: whoever has the old file open goes on reading that. Not every file system knows how.
+bool boRenamed(const std::filesystem::path& from, const std::filesystem::path& to) {
+    constexpr DWORD g_iReplaceLikePosix =
+        0x3;   // FILE_RENAME_FLAG_REPLACE_IF_EXISTS | FILE_RENAME_FLAG_POSIX_SEMANTICS
+    constexpr auto g_eRenameEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);   // FileRenameInfoEx, of newer headers
+    const std::wstring sTo = std::filesystem::absolute(to).make_preferred().native();
+    std::vector<std::byte> bytes(sizeof(FILE_RENAME_INFO) + sTo.size() * sizeof(wchar_t));
+    auto* pInfo = ::new (bytes.data()) FILE_RENAME_INFO{};
+    std::memcpy(pInfo, &g_iReplaceLikePosix, sizeof g_iReplaceLikePosix);   // in newer headers a member, "Flags"
+    pInfo->FileNameLength = static_cast<DWORD>(sTo.size() * sizeof(wchar_t));
+    std::memcpy(pInfo->FileName, sTo.c_str(), (sTo.size() + 1) * sizeof(wchar_t));
+    const HANDLE handle = CreateFileW(from.c_str(), DELETE | SYNCHRONIZE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return false;
+    const bool boDone = SetFileInformationByHandle(handle, g_eRenameEx, pInfo, static_cast<DWORD>(bytes.size()));
+    CloseHandle(handle);
+    return boDone;
+}
+
+}   // namespace
+
+int iReplace(const std::filesystem::path& from, const std::filesystem::path& to) {
+    if (boRenamed(from, to)) return 0;
+    const DWORD iFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    return MoveFileExW(from.c_str(), to.c_str(), iFlags) ? 0 : iErrnoOf(GetLastError());
+}
+
+void vRandomFill(void* pBytes, std::size_t iCount) {
+    if (BCryptGenRandom(nullptr, static_cast<PUCHAR>(pBytes), static_cast<ULONG>(iCount),
+                        BCRYPT_USE_SYSTEM_PREFERRED_RNG) != 0)
+        throw std::system_error(EIO, std::generic_category(), "random bytes");
+}
+
+void vDebugBreak() noexcept {
+    if (IsDebuggerPresent()) DebugBreak();
+}
+
+// Huge pages need a right that hardly a user has, so both kinds of pages are one, and alignment would serve nothing. The
+// system counts all of it against what memory and paging files hold together, the parts that stay empty too.
+void* pMap(std::size_t iBytes, Pages) noexcept {
+    return VirtualAlloc(nullptr, iBytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+}
+
+void vUnmap(void* pBytes, std::size_t) noexcept { VirtualFree(pBytes, 0, MEM_RELEASE); }
+
+// There is no such advice: pages come singly, and those that nobody touched never came.
+void vPopulate(void*, std::size_t) noexcept {}
+void vGiveBack(void*, std::size_t) noexcept {}
+
+}   // namespace oxa::platform

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+// System: what tests ask of the operating system beyond the standard library. Each system has a source.
+//
+// For      tests of what the system shows of a process, and of what it can refuse. What a system does not have is told, and
+//          the test skips with a message.
+// Threads  one, for whatever changes the process.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace oxa::test {
+
+// Makes a folder that nobody has, among those for temporary files.
+[[nodiscard]] std::filesystem::path newFolder();
+
+// Of this process; 0 where the system does not tell.
+[[nodiscard]] std::size_t iThreadsNow();
+[[nodiscard]] std::size_t iOpenFiles();
+// Of the machine.
+[[nodiscard]] unsigned iProcessors();
+
+// A device that takes nothing, and a file whose bytes can't be read; empty where there is none.
+[[nodiscard]] std::string sFullDevice();
+[[nodiscard]] std::string sUnreadableFile();
+
+// Makes a symbolic link; false where this user or system makes none.
+[[nodiscard]] bool boLink(const std::filesystem::path& target, const std::filesystem::path& link);
+
+// Whether a file has rights for its owner, a group and all others.
+[[nodiscard]] bool boHasRights();
+
+// An environment variable, for this process and those that it starts; null: none of this name.
+class Variable {
+public:
+    Variable(const char* pName, const char* pValue);
+    ~Variable();
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+private:
+    std::string m_sName;
+    std::string m_sBefore;
+};
+
+// While it lives, no file may become larger: for programs that this process starts. Not everywhere to be had.
+class FileLimit {
+public:
+    explicit FileLimit(std::size_t iBytes);
+    ~FileLimit();
+    FileLimit(const FileLimit&) = delete;
+    FileLimit& operator=(const FileLimit&) = delete;
+    [[nodiscard]] bool boHolds() const noexcept { return m_boHolds; }
+
+private:
+    unsigned long long m_iBefore = 0;
+    bool m_boHolds = false;
+};
+
+// While it lives, new files are without these rights. Only where boHasRights().
+class WithoutRights {
+public:
+    explicit WithoutRights(unsigned iRights);
+    ~WithoutRights();
+    WithoutRights(const WithoutRights&) = delete;
+    WithoutRights& operator=(const WithoutRights&) = delete;
+
+private:
+    unsigned m_iBefore = 0;
+};
+
+// Makes a pipe with a name, which another thread writes the text to while the function runs. False where a pipe has no
+// name among files.
+[[nodiscard]] bool boWithPipe(const std::filesystem::path& path, std::string_view text,
+                              const std::function<void()>& function);
+
+// What standard output of a program is.
+enum class OutputKind {
+    File,         // what it writes is kept
+    ClosedPipe,   // nobody reads
+    FullDisk,     // takes nothing
+    Terminal,     // what it writes is kept
+};
+[[nodiscard]] bool boCanBe(OutputKind eOutput);
+
+struct ProgramStart {
+    std::string sProgram;
+    std::vector<std::string> words;
+    std::filesystem::path in, out, error;   // files that the three streams are; "out" for OutputKind::File alone
+    OutputKind eOutput = OutputKind::File;
+};
+
+// Runs it. The exit code, or -1 when it ended otherwise or did not start; in sTerminal what a terminal was given.
+[[nodiscard]] int iRun(const ProgramStart& start, std::string& sTerminal);
+
+}   // namespace oxa::test

@@ -1,0 +1,132 @@
+# SPDX-License-Identifier: Apache-2.0
+# SameAnswers: calls the program for Windows under Wine and the one of this machine with the same words, and compares exit
+# code, standard output, standard error and the files that both have written, byte for byte.
+#
+# Usage    cmake -D THERE=<oxaifc.exe> -D WINE=<its emulator> -D ROOT=<sources> -D FOLDER=<to work in> -P SameAnswers.cmake
+# Aside    a backslash of a path is a slash; line ends are not touched, both write "\n"
+# Skipped  without Wine, or a program of this machine in one of the build folders, which is told.
+cmake_minimum_required(VERSION 3.22)
+
+set(here)
+foreach(preset IN ITEMS ci-release release dev)
+  if(EXISTS "${ROOT}/build/${preset}/bin/oxaifc" AND NOT here)
+    set(here "${ROOT}/build/${preset}/bin/oxaifc")
+  endif()
+endforeach()
+if(NOT here)
+  message("Skipped: no program of this machine under build/ci-release, build/release or build/dev")
+  return()
+endif()
+execute_process(COMMAND "${WINE}" "${THERE}" --version RESULT_VARIABLE result OUTPUT_VARIABLE version ERROR_QUIET)
+if(result EQUAL 127)
+  message("Skipped: there is no Wine")
+  return()
+endif()
+execute_process(COMMAND "${here}" --version OUTPUT_VARIABLE versionHere)
+if(NOT version STREQUAL versionHere)
+  message("Skipped: ${here} is not of this version")
+  return()
+endif()
+
+# A folder each, and in it the samples, a faulty file, one with names that no code page has all of, and one of them packed.
+file(REMOVE_RECURSE "${FOLDER}")
+set(inputs "${FOLDER}/inputs")
+file(MAKE_DIRECTORY "${inputs}")
+file(COPY "${ROOT}/examples/house-ifc4.ifc" "${ROOT}/examples/house-ifc2x3.ifc" DESTINATION "${inputs}")
+set(frame "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('d'),'2;1');\nFILE_NAME('n','2024-05-17T09:30:00',('a'),('o'),'p','s','z');\nFILE_SCHEMA(('IFC4'));\nENDSEC;\nDATA;\n")
+file(WRITE "${inputs}/faulty.ifc" "${frame}#1=IFCTEAPOT()\;\n#2=IFCMATERIAL('\\X2\\00E9\\X0\\ \\X4\\0001F3E0\\X0\\',$,1.5)\;\n#2=IFCDIRECTION((1.E400,0.1,1.7976931348623157E308,4.9E-324))\;\nENDSEC;\nEND-ISO-10303-21;\n")
+file(WRITE "${inputs}/Haus é 家.ifc" "${frame}#1=IFCMATERIAL('a',$,$)\;\n#2=IFCCARTESIANPOINT((0.1,123456789.25,-1.E-7))\;\nENDSEC;\nEND-ISO-10303-21;\n")
+foreach(side IN ITEMS here there)
+  file(COPY "${inputs}/" DESTINATION "${FOLDER}/${side}")
+endforeach()
+
+# What is asked, a row a call; OUT files have names of their own, so that all of them are compared at the end.
+set(calls
+  "help" "help list" "--version" "info" "nonsense" "info missing.ifc" "convert house-ifc4.ifc missing/out.ifc" "info ."
+  "schema IFC4 IfcWall" "completion bash")
+foreach(file IN ITEMS house-ifc4.ifc house-ifc2x3.ifc faulty.ifc "Haus é 家.ifc")
+  string(MAKE_C_IDENTIFIER "${file}" name)
+  foreach(verb IN ITEMS "info%" "info%--json" "check%" "check%--json" "check%--strict%--json" "header%" "tree%"
+      "list%IfcElement" "list%IfcProduct, IfcMaterial%-f%csv" "show%#1,#2,#3" "table%-%-f%csv%-t%IfcMaterial"
+      "sql%SELECT count(*) AS n, max(Name) AS m FROM IfcMaterial%-f%ndjson")
+    string(REGEX REPLACE "^([a-z]+)%" "\\1%${file}%" call "${verb}")
+    list(APPEND calls "${call}")
+  endforeach()
+  list(APPEND calls
+    "convert%--all%${file}%${name}.out.ifc"
+    "convert%--all%--renumber%${file}%${name}.numbered.ifc"
+    "convert%--all%${file}%${name}.ifcxml"
+    "convert%--all%${file}%${name}.gz.ifc.gz"
+    "convert%--all%${file}%${name}.ifczip"
+    "info%${name}.ifczip%--json" "info%${name}.gz.ifc.gz%--json"
+    "list%${name}.ifcxml%IfcElement"
+    "convert%--all%${name}.ifcxml%${name}.back.ifc"
+    "convert%--all%${file}%-"
+    "check%${file}%--html%${name}.html"
+    "list%${file}%IfcProduct%-o%${name}.csv"
+    "header%${file}%${file}%--set%name=another"
+    "convert%--all%${file}%${file}")
+endforeach()
+list(APPEND calls "diff%house-ifc4.ifc%house_ifc4_ifc.out.ifc" "check%house-ifc4.ifc%house-ifc2x3.ifc")
+
+set(faults 0)
+function(call side words)
+  if(words MATCHES "%")
+    string(REPLACE "%" ";" words "${words}")
+  else()
+    string(REPLACE " " ";" words "${words}")
+  endif()
+  list(REMOVE_ITEM words "")
+  if(side STREQUAL "there")
+    set(program "${WINE}" "${THERE}")
+  else()
+    set(program "${here}")
+  endif()
+  execute_process(COMMAND ${program} ${words} WORKING_DIRECTORY "${FOLDER}/${side}"
+    RESULT_VARIABLE code OUTPUT_VARIABLE out ERROR_VARIABLE error)
+  string(REPLACE "${THERE}" "oxaifc" out "${out}")
+  set(${side} "exit code ${code}\n${out}\nerrors: ${error}" PARENT_SCOPE)
+endfunction()
+# compare(<words> <words there>)
+function(compare words wordsThere)
+  call(here "${words}")
+  call(there "${wordsThere}")
+  if(NOT here STREQUAL there)
+    string(REPLACE "\\" "/" slashes "${there}")
+    string(REPLACE "\\" "/" slashesHere "${here}")
+    if(NOT slashes STREQUAL slashesHere)
+      string(MAKE_C_IDENTIFIER "${words}" name)
+      file(WRITE "${FOLDER}/faults/${name}.here" "${here}")
+      file(WRITE "${FOLDER}/faults/${name}.there" "${there}")
+      message("differs: oxaifc ${words}   (${FOLDER}/faults/${name}.*)")
+      math(EXPR faults "${faults} + 1")
+      set(faults ${faults} PARENT_SCOPE)
+    endif()
+  endif()
+endfunction()
+foreach(words IN LISTS calls)
+  compare("${words}" "${words}")
+endforeach()
+# No shell expands a word there: the program does.
+compare("info%house-ifc2x3.ifc%house-ifc4.ifc" "info%house-ifc?*.ifc")
+
+file(GLOB_RECURSE written RELATIVE "${FOLDER}/here" "${FOLDER}/here/*")
+file(GLOB_RECURSE writtenThere RELATIVE "${FOLDER}/there" "${FOLDER}/there/*")
+if(NOT written STREQUAL writtenThere)
+  message("other files: ${writtenThere}\ninstead of:  ${written}")
+  math(EXPR faults "${faults} + 1")
+endif()
+foreach(file IN LISTS written)
+  execute_process(COMMAND "${CMAKE_COMMAND}" -E compare_files "${FOLDER}/here/${file}" "${FOLDER}/there/${file}"
+    RESULT_VARIABLE result ERROR_QUIET)
+  if(NOT result EQUAL 0)
+    message("other bytes: ${file}")
+    math(EXPR faults "${faults} + 1")
+  endif()
+endforeach()
+list(LENGTH calls count)
+list(LENGTH written countWritten)
+if(faults)
+  message(FATAL_ERROR "${faults} of ${count} answers and ${countWritten} files differ")
+endif()
+message("${count} answers and ${countWritten} files are the same")

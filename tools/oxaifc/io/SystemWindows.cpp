@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "oxaifc/io/System.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+
+#include <fcntl.h>
+#include <io.h>
+
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+// after windows.h, whose types it needs
+#include <psapi.h>
+
+namespace oxa::tool {
+
+namespace {
+
+HANDLE handleOf(std::FILE* pFile) {
+    return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(pFile)));   // as invalid as the file
+}
+
+std::string sUtf8(std::wstring_view text) {
+    const int iText = static_cast<int>(text.size());
+    const int iBytes = WideCharToMultiByte(CP_UTF8, 0, text.data(), iText, nullptr, 0, nullptr, nullptr);
+    std::string sText(static_cast<std::size_t>(iBytes), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), iText, sText.data(), iBytes, nullptr, nullptr);
+    return sText;
+}
+
+// One word of the command line, and the line behind it: blanks end it but within quotes, and a backslash takes from a
+// quote behind it what it means. Programs do that here, not shells.
+struct Word {
+    std::wstring sText;
+    bool boQuoted = false;
+};
+Word wordTaken(std::wstring_view& line) {
+    Word word;
+    bool boWithin = false;
+    std::size_t i = 0;
+    for (; i < line.size() && (boWithin || (line[i] != L' ' && line[i] != L'\t')); ++i) {
+        const std::size_t iQuote = std::min(line.find_first_not_of(L'\\', i), line.size());
+        const std::size_t iBackslashes = iQuote - i;
+        if (iQuote == line.size() || line[iQuote] != L'"') {
+            word.sText.append(iBackslashes, L'\\');
+            if (iBackslashes)
+                i = iQuote - 1;
+            else
+                word.sText += line[i];
+            continue;
+        }
+        word.sText.append(iBackslashes / 2, L'\\');
+        i = iQuote;
+        if (iBackslashes % 2) {
+            word.sText += L'"';
+        } else if (boWithin && i + 1 < line.size() && line[i + 1] == L'"') {
+            word.sText += line[i++];   // two of them within are one
+        } else {
+            boWithin = !boWithin;
+            word.boQuoted = true;
+        }
+    }
+    line.remove_prefix(i);
+    line.remove_prefix(std::min(line.find_first_not_of(L" \t"), line.size()));
+    return word;
+}
+
+// The files that an unquoted word with "*" or "?" stands for, in the order of their names; the word itself where there
+// are none. Shells do that elsewhere.
+void vExpand(const Word& word, std::vector<std::string>& words) {
+    const std::size_t iName = word.sText.find_last_of(L"/\\:") + 1;
+    std::vector<std::string> found;
+    if (!word.boQuoted && word.sText.find_first_of(L"*?", iName) != std::wstring::npos) {
+        WIN32_FIND_DATAW data{};
+        const HANDLE handle = FindFirstFileW(word.sText.c_str(), &data);
+        for (BOOL boOne = handle != INVALID_HANDLE_VALUE; boOne; boOne = FindNextFileW(handle, &data))
+            if (data.cFileName[0] != L'.') found.push_back(sUtf8(word.sText.substr(0, iName) + data.cFileName));
+        if (handle != INVALID_HANDLE_VALUE) FindClose(handle);
+    }
+    std::ranges::sort(found);
+    if (found.empty()) found.push_back(sUtf8(word.sText));
+    words.insert(words.end(), found.begin(), found.end());
+}
+
+// The window belongs to the shell, which gets back what it had.
+UINT g_iInputPage = 0;
+UINT g_iOutputPage = 0;
+
+void vPagesBack() {
+    if (g_iInputPage) SetConsoleCP(g_iInputPage);
+    if (g_iOutputPage) SetConsoleOutputCP(g_iOutputPage);
+}
+
+void vUtf8Terminal() {
+    if (boIsTerminal(stdin)) {
+        g_iInputPage = GetConsoleCP();
+        SetConsoleCP(CP_UTF8);
+    }
+    if (boIsTerminal(stdout) || boIsTerminal(stderr)) {
+        g_iOutputPage = GetConsoleOutputCP();
+        SetConsoleOutputCP(CP_UTF8);
+    }
+    std::atexit(vPagesBack);
+}
+
+}   // namespace
+
+std::vector<std::string> wordsAtStart(int iCount, char** ppWords) {
+    for (std::FILE* pFile : {stdin, stdout, stderr})
+        if (pFile != stdin || !boIsTerminal(stdin)) _setmode(_fileno(pFile), _O_BINARY);   // else Ctrl-Z is no end
+    // A character must not be cut in two on its way to a terminal: what is written at once stays together.
+    if (boIsTerminal(stdout)) std::setvbuf(stdout, nullptr, _IONBF, 0);
+    vUtf8Terminal();
+    // Not those that main() got, which are in the code page of the machine.
+    std::wstring_view line = GetCommandLineW();
+    if (line.empty()) return {ppWords, ppWords + iCount};
+    std::vector<std::string> words{sUtf8(wordTaken(line).sText)};
+    while (!line.empty()) vExpand(wordTaken(line), words);
+    return words;
+}
+
+bool boShowsColours(std::FILE* pFile) {
+    DWORD iMode = 0;
+    return boIsTerminal(pFile) && GetConsoleMode(handleOf(pFile), &iMode) &&
+           SetConsoleMode(handleOf(pFile), iMode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
+bool boIsStandardInput(const std::filesystem::path& path) {
+    BY_HANDLE_FILE_INFORMATION input{}, file{};
+    if (!GetFileInformationByHandle(handleOf(stdin), &input)) return false;
+    const HANDLE handle = CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return false;
+    const bool boKnown = GetFileInformationByHandle(handle, &file);
+    CloseHandle(handle);
+    return boKnown && input.dwVolumeSerialNumber == file.dwVolumeSerialNumber &&
+           input.nFileIndexHigh == file.nFileIndexHigh && input.nFileIndexLow == file.nFileIndexLow;
+}
+
+// Not _isatty, for which NUL is one too.
+bool boIsTerminal(std::FILE* pFile) {
+    DWORD iMode = 0;
+    return GetConsoleMode(handleOf(pFile), &iMode) != 0;
+}
+
+std::size_t iTerminalWidth(std::FILE* pFile) {
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (!GetConsoleScreenBufferInfo(handleOf(pFile), &info) || info.srWindow.Right < info.srWindow.Left) return 80;
+    return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left) + 1;
+}
+
+std::uint64_t iPeakMemory() {
+    PROCESS_MEMORY_COUNTERS counters{};
+    return GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters) ? counters.PeakWorkingSetSize : 0;
+}
+
+void vIgnoreWriteSignals() {}   // there are none
+
+// The system calls it on a thread of its own, and goes on with the program where it is told so.
+void vOnInterrupt(void (*pFunction)()) {
+    static void (*pHandler)() = nullptr;
+    static const PHANDLER_ROUTINE pRoutine = [](DWORD iEvent) -> BOOL {
+        if (iEvent != CTRL_C_EVENT) return FALSE;
+        pHandler();
+        return TRUE;
+    };
+    static bool boSet = false;
+    if (pFunction) pHandler = pFunction;
+    if (boSet == (pFunction != nullptr)) return;
+    boSet = SetConsoleCtrlHandler(pRoutine, pFunction != nullptr) ? pFunction != nullptr : boSet;
+}
+
+}   // namespace oxa::tool
