@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Format/Ifc/IfcGuid.h"
+#include "Format/Ifc/IfcNumbers.h"
 #include "Model/Error.h"
 #include "Model/Names.h"
 #include "Model/Selector.h"
@@ -315,10 +316,9 @@ std::string sTerm(const Term& term) {
 std::optional<double> numberOf(std::string_view text) noexcept {
     const std::string_view digits = text.substr(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
     if (digits.empty() || (!boDigit(digits.front()) && digits.front() != '.')) return std::nullopt;
-    double value = 0;
-    const auto [pEnd, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    if (error != std::errc() || pEnd != digits.data() + digits.size() || !std::isfinite(value)) return std::nullopt;
-    return text.starts_with('-') ? -value : value;
+    const auto value = ifc::toDouble(digits.data(), digits.data() + digits.size());
+    if (!value || !std::isfinite(*value)) return std::nullopt;
+    return text.starts_with('-') ? -*value : *value;
 }
 
 Query queryParse(std::string_view text) { return Parser(text).query(); }

@@ -2,12 +2,12 @@
 #include "Tables/TextFiles.h"
 
 #include <algorithm>
-#include <charconv>
 #include <map>
 #include <ostream>
 #include <system_error>
 #include <vector>
 
+#include "Format/Ifc/IfcNumbers.h"
 #include "Model/Error.h"
 #include "Tables/SameColumns.h"
 #include "platform/Path.h"
@@ -34,11 +34,7 @@ void appendField(std::string& line, std::string_view text, char separator) {
 
 namespace {
 
-bool boNumber(std::string_view text) {
-    double value = 0;
-    const auto [pEnd, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && pEnd == text.data() + text.size();
-}
+bool boNumber(std::string_view text) { return ifc::toDouble(text.data(), text.data() + text.size()).has_value(); }
 
 void vCsvCell(const ColumnData& column, std::size_t iRow, std::string& sLine) {
     if (column.null(iRow)) return;

@@ -8,6 +8,7 @@
 #include "Check/Rules/Access.h"
 #include "Check/Rules/Compare.h"
 #include "Check/Rules/Handlers.h"
+#include "Format/Ifc/IfcNumbers.h"
 
 namespace oxa::check::rules::run {
 
@@ -123,9 +124,8 @@ Value numberOf(Evaluator& evaluator, const Node& node) {
     long long iValue = 0;
     const auto whole = std::from_chars(text.data(), pEnd, iValue);
     if (!text.empty() && whole.ec == std::errc() && whole.ptr == pEnd) return valueOf(iValue);
-    double fValue = 0;
-    const auto real = std::from_chars(text.data(), pEnd, fValue);
-    return !text.empty() && real.ec == std::errc() && real.ptr == pEnd ? ofReal(fValue) : Value();
+    const auto real = ifc::toDouble(text.data(), pEnd);
+    return real ? ofReal(*real) : Value();
 }
 
 Value valueIn(Evaluator& evaluator, const Node& node) {

@@ -7,6 +7,7 @@
 
 #include "Check/Express/Printer.h"
 #include "Check/Rules/Scope.h"
+#include "Format/Ifc/IfcNumbers.h"
 
 namespace oxa::check::rules {
 
@@ -152,10 +153,9 @@ const Node* CodeMaker::pNumber(const Expression& tree) {
         node.value = valueOf(iValue);
         return &node;
     }
-    double fValue = 0;
-    const auto result = std::from_chars(pBegin, pEnd, fValue);
-    if (result.ptr != pEnd || result.ec != std::errc()) return pFault(tree, tree.sText + " is no real");
-    node.value = valueOf(fValue);
+    const auto real = ifc::toDouble(pBegin, pEnd);
+    if (!real) return pFault(tree, tree.sText + " is no real");
+    node.value = valueOf(*real);
     return &node;
 }
 
