@@ -38,13 +38,19 @@ foreach(row IN LISTS rows)
   set(recipe_${name} "${recipe}")
 endforeach()
 
-# CMake. The examples of use under tests/consumer and tests/docs look for the same again.
-set(patterns "${ROOT}/CMakeLists.txt" "${ROOT}/cmake/*.cmake")
+# CMake. The examples of use under tests/consumer look for the same again; the Python package has a list of its own.
+set(patterns)
 foreach(folder IN ITEMS src tools tests benchmarks fuzz examples)
-  list(APPEND patterns "${ROOT}/${folder}/*CMakeLists.txt")
+  list(APPEND patterns "${ROOT}/${folder}/CMakeLists.txt")   # and those below
 endforeach()
 file(GLOB_RECURSE files ${patterns})
 list(FILTER files EXCLUDE REGEX "/tests/consumer/")
+file(GLOB own "${ROOT}/CMakeLists.txt" "${ROOT}/cmake/*.cmake")
+list(APPEND files ${own})
+list(LENGTH files count)
+if(count LESS 40)
+  message(FATAL_ERROR "only ${count} files under ${ROOT}: the patterns are wrong")
+endif()
 set(found_cmake)
 foreach(file IN LISTS files)
   file(STRINGS "${file}" lines REGEX "^ *(find_package|find_path|pkg_check_modules)\\(")
