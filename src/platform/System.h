@@ -25,6 +25,9 @@ namespace oxa::platform {
 // Fills in random bytes that nobody can foretell, 256 at most. Throws std::system_error where the system has none.
 void vRandomFill(void* pBytes, std::size_t iCount);
 
+// The bytes of stack that a new thread of the process gets; 0 where the system does not say.
+[[nodiscard]] OXA_PLATFORM_API std::size_t iThreadStack() noexcept;
+
 // Stops where a debugger watches the process; else nothing.
 void vDebugBreak() noexcept;
 

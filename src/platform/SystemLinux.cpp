@@ -3,12 +3,12 @@
 #include "platform/System.h"
 
 #include <csignal>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
 #include <sys/mman.h>
-#include <unistd.h>
+
+#include "platform/SystemUnix.h"
 
 namespace oxa::platform {
 
@@ -29,28 +29,10 @@ bool boTraced() noexcept {
     return boTracer;
 }
 
-void* pMapAnywhere(std::size_t iBytes) noexcept {
-    void* pBytes = mmap(nullptr, iBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    return pBytes == MAP_FAILED ? nullptr : pBytes;
-}
-
-// A mapping of twice the size holds an address that is a multiple of it, and the rest is unmapped again.
-void* pMapAligned(std::size_t iBytes) noexcept {
-    auto* pMapped = static_cast<char*>(pMapAnywhere(2 * iBytes));
-    if (!pMapped) return nullptr;
-    const std::size_t iBefore = -reinterpret_cast<std::uintptr_t>(pMapped) % iBytes;
-    char* pBytes = pMapped + iBefore;
-    if (iBefore) munmap(pMapped, iBefore);
-    munmap(pBytes + iBytes, iBytes - iBefore);
-    return pBytes;
-}
-
 // For the whole pages of a range; where the system does not know the advice, nothing happens.
 void vAdvisePages(void* pBytes, std::size_t iBytes, int iAdvice) noexcept {
-    static const auto iPage = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    const std::size_t iBefore = -reinterpret_cast<std::uintptr_t>(pBytes) % iPage;
-    if (iBytes < iBefore + iPage) return;
-    (void)madvise(static_cast<char*>(pBytes) + iBefore, (iBytes - iBefore) / iPage * iPage, iAdvice);
+    const auto pages = wholePages(pBytes, iBytes);
+    if (!pages.empty()) (void)madvise(pages.data(), pages.size(), iAdvice);
 }
 
 }   // namespace
@@ -61,13 +43,11 @@ void vDebugBreak() noexcept {
 
 void* pMap(std::size_t iBytes, Pages ePages) noexcept {
     const bool boFilled = ePages == Pages::WillBeFilled;
-    void* pBytes = boFilled ? pMapAligned(iBytes) : pMapAnywhere(iBytes);
+    void* pBytes = pMapPages(iBytes, boFilled, MAP_NORESERVE);
     // Adjacent mappings are merged, so that both kinds have to say what they are.
     if (pBytes) (void)madvise(pBytes, iBytes, boFilled ? MADV_HUGEPAGE : MADV_NOHUGEPAGE);
     return pBytes;
 }
-
-void vUnmap(void* pBytes, std::size_t iBytes) noexcept { munmap(pBytes, iBytes); }
 
 void vPopulate([[maybe_unused]] void* pBytes, [[maybe_unused]] std::size_t iBytes) noexcept {
 #ifdef MADV_POPULATE_WRITE   // newer than some systems that this is built on

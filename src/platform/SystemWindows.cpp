@@ -102,6 +102,14 @@ void vRandomFill(void* pBytes, std::size_t iCount) {
         throw std::system_error(EIO, std::generic_category(), "random bytes");
 }
 
+// As the program's file has it, for every thread whose creator names no other size.
+std::size_t iThreadStack() noexcept {
+    const auto* const pFile = reinterpret_cast<const std::byte*>(GetModuleHandleW(nullptr));
+    const auto* const pHead = reinterpret_cast<const IMAGE_DOS_HEADER*>(pFile);
+    const auto* const pHeaders = reinterpret_cast<const IMAGE_NT_HEADERS*>(pFile + pHead->e_lfanew);
+    return static_cast<std::size_t>(pHeaders->OptionalHeader.SizeOfStackReserve);
+}
+
 void vDebugBreak() noexcept {
     if (IsDebuggerPresent()) DebugBreak();
 }

@@ -6,13 +6,24 @@
 #include "Check/Rules/Access.h"
 #include "Check/Rules/Compare.h"
 #include "platform/Compiler.h"
+#include "platform/System.h"
 
 namespace oxa::check::rules {
+
+namespace {
+
+// Threads have less stack on some systems than on others: at most half of it is for rules.
+Limits limitsHere(Limits limits) {
+    if (const std::size_t iThread = platform::iThreadStack()) limits.iStack = std::min(limits.iStack, iThread / 2);
+    return limits;
+}
+
+}   // namespace
 
 Evaluator::Evaluator(const Program& program, ModelIndex& index, const Limits& limits)
     : m_program(program),
       m_index(index),
-      m_limits(limits),
+      m_limits(limitsHere(limits)),
       m_arena(limits.iMemory),
       m_remembered(g_iRemembered) {}
 
