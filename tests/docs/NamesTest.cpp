@@ -137,8 +137,8 @@ TEST_P(DocumentNames, OfClassesStandInTheirHeaders) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Docs, DocumentNames,
-                         testing::Values("docs/adding.md", "docs/architecture.md", "docs/reading.md",
-                                         "docs/simple-form.md", "tests/README.md"),
+                         testing::Values("docs/adding.md", "docs/architecture.md", "docs/platforms.md",
+                                         "docs/reading.md", "docs/simple-form.md", "tests/README.md"),
                          [](const testing::TestParamInfo<std::string>& row) {
                              std::string sName = fs::path(row.param).generic_string();
                              std::ranges::replace_if(
