@@ -85,14 +85,14 @@ TEST(LenientReal, HexadecimalDigitsAreExact) {
         double value = 0;
         const std::uint64_t iValue = random();
         std::memcpy(&value, &iValue, sizeof value);
-        if (std::isnan(value)) continue;
+        if (!std::isfinite(value)) continue;
         int iExponent = 0;
         const double fraction = std::frexp(value, &iExponent);
         const auto iDigits = static_cast<long long>(std::ldexp(std::fabs(fraction), Limits::digits));
         char text[64];
         std::snprintf(text, sizeof text, "%s0x%llxp%d", std::signbit(value) ? "-" : "", iDigits,
                       iExponent - Limits::digits);
-        if (!std::isinf(value)) EXPECT_EQ(iBits(lenientReal(text).value), iBits(value)) << text;
+        EXPECT_EQ(iBits(lenientReal(text).value), iBits(value)) << text;
     }
 }
 
