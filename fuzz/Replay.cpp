@@ -25,10 +25,10 @@ bool boReplay(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);
     const std::string sBytes(std::istreambuf_iterator<char>(in), {});
     if (!in) {
-        std::fprintf(stderr, "%s can't be read\n", path.c_str());
+        std::fprintf(stderr, "%s can't be read\n", path.string().c_str());
         return false;
     }
-    std::fprintf(stderr, "%s\n", path.c_str());   // before the run: the last one is the culprit
+    std::fprintf(stderr, "%s\n", path.string().c_str());   // before the run: the last one is the culprit
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(sBytes.data()), sBytes.size());
     return true;
 }
