@@ -29,8 +29,9 @@ def check(
     No model is made for the first three levels, and nothing is forgiven. Raises FileError where it can't be read,
     KeyboardInterrupt at Ctrl-C. Other threads run meanwhile.
     """
-    call = _core.check_bytes if isinstance(source, bytes) else _core.check_path
-    return call(source, list(levels), most_places, threads, progress)  # type: ignore[operator, no-any-return]
+    if isinstance(source, bytes):
+        return _core.check_bytes(source, list(levels), most_places, threads, progress)
+    return _core.check_path(source, list(levels), most_places, threads, progress)
 
 
 def of_model(

@@ -46,7 +46,7 @@ class Record(NamedTuple):
 class Removed(NamedTuple):
     """What a removal did."""
 
-    count: int  #: entities that are gone, relationships too
+    count: int  # type: ignore[assignment]  #: entities that are gone, relationships too
     incomplete: list[Entity]  #: that stay, and now lack a value which the schema wants
 
 
@@ -84,7 +84,7 @@ class CheckGroup(NamedTuple):
     attribute: Optional[str]  #: as in GlobalId
     message: str  #: one sentence
     expected: Optional[str]  #: what would be right
-    count: int  #: of all its places, also of those that are not kept
+    count: int  # type: ignore[assignment]  #: of all its places, also of those that are not kept
     places: list[CheckPlace]  #: in the order of the file
 
 

@@ -27,15 +27,18 @@ EntityObject& entityFrom(nb::handle object) {
     return *pEntity;
 }
 
+// A set of properties and one of quantities may have one name: they are one dict then. A property that is called "id" is
+// told in the place of the number.
 void vSetsAdd(nb::dict& all, const Home& home, const std::vector<oxa::PropertySet>& sets, bool boInherit) {
     for (const oxa::PropertySet& set : sets) {
         if (!boInherit && set.source == oxa::Source::Type) continue;
-        nb::dict values;
+        const nb::object name = textToPython(set.name);
+        if (!all.contains(name)) all[name] = nb::dict();
+        nb::dict values = nb::borrow<nb::dict>(all[name]);
         for (const oxa::Property& property : set.properties)
             if (boInherit || property.source == oxa::Source::Instance)
                 values[textToPython(property.name)] = propertyToPython(home, property);
-        values["id"] = set.element.id();
-        all[textToPython(set.name)] = values;
+        if (!values.contains("id")) values["id"] = set.element.id();
     }
 }
 

@@ -129,7 +129,7 @@ oxa::NewValue valueFrom(nb::handle object, int iDepth) {
         return oxa::Bytes(pBytes, pBytes + PyBytes_Size(pObject));
     }
     if (PyTuple_Check(pObject) || PyList_Check(pObject)) return listFrom(object, iDepth);
-    if (PyDict_Check(pObject)) vThrowKind(object);
+    if (PyDict_Check(pObject) || nb::isinstance<ModelObject>(object)) vThrowKind(object);
     if (const TypedObject* const pTyped = typedOf(object)) return typedFrom(*pTyped, iDepth);
     if (nb::hasattr(object, "dtype") && nb::hasattr(object, "tolist"))
         return valueFrom(object.attr("tolist")(), iDepth + 1);

@@ -26,6 +26,8 @@ TRUTHS: dict[str, Any] = {"T": True, "F": False, "U": "UNKNOWN"}
 
 def parsed(text: str) -> Any:
     """A parameter of a statement (ISO 10303-21, 10) as the package tells it, its references as ("#", number)."""
+    if not text:   # a parameter that the file leaves out
+        return None
     tokens = TOKEN.finditer(text)
     value = parsed_value(next(tokens), tokens)
     assert next(tokens, None) is None

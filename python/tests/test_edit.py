@@ -167,8 +167,9 @@ def test_files_are_written(house: oxaifc.Model, tmp_path: Path) -> None:
     for name in ("a.ifc", "a.ifc.gz", "a.ifczip", "a.ifcxml", "a.ifcsimple.gz"):
         path = tmp_path / name
         records = house.write(path, format="simple" if "simple" in name else None)
-        assert {record.key for record in records} <= {"Error_NullNotAllowed", "Error_MissingValue"}, records
-        assert len(oxaifc.open(path)) == 26, name
+        keys = {"Error_EntityNotConnected"} if name == "a.ifcxml" else set()   # it holds what the project reaches
+        assert {record.key for record in records} == keys
+        assert len(oxaifc.open(path)) == 26 - len(records), name
     assert house.write(tmp_path / "b.ifc", threads=1) == house.write(io.BytesIO())
 
 

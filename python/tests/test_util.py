@@ -8,6 +8,7 @@ import os
 import subprocess
 import sys
 from pathlib import Path
+from typing import Any
 
 import oxaifc
 import pytest
@@ -78,9 +79,11 @@ def test_a_usage_and_its_set(house: oxaifc.Model) -> None:
 
 
 def test_only_entities_are_asked(house: oxaifc.Model) -> None:
-    for ask in (util.get_psets, util.get_type, util.get_container, util.get_decomposition, util.get_material):
-        with pytest.raises(TypeError, match="an Entity is wanted"):
-            ask("x")  # type: ignore[operator]
+    asks: list[Any] = [util.get_psets, util.get_type, util.get_container, util.get_decomposition, util.get_material]
+    for ask in asks:
+        for what in ("x", None):
+            with pytest.raises(TypeError, match="an Entity is wanted"):
+                ask(what)
     with pytest.raises(oxaifc.UnknownNameError, match="IfcWall"):
         util.get_decomposition(house[3], "IfcWal")
 
@@ -130,7 +133,8 @@ def test_a_packed_file_is_checked(house: oxaifc.Model, tmp_path: Path) -> None:
 
 
 def test_python_m_is_the_program(house_path: Path, program: str) -> None:
-    ways = ([sys.executable, "-m", "oxaifc"], [program], [os.path.join(os.path.dirname(sys.executable), "oxaifc")])
+    ways = [[sys.executable, "-m", "oxaifc"], [program], [os.path.join(os.path.dirname(sys.executable), "oxaifc")]]
+    ways = [way for way in ways if os.path.exists(way[0])]
     told = {subprocess.run([*way, "info", str(house_path)], capture_output=True, check=True).stdout for way in ways}
     assert len(told) == 1 and b"IFC4" in told.pop()
     run = subprocess.run([*ways[0], "nope"], capture_output=True, text=True, check=False)

@@ -366,9 +366,11 @@ void setProperty(Model& model, std::span<const Element> elements, std::string_vi
                  const NewValue& value) {
     vCheck(value, set, name);
     Chosen chosen;
-    for (const Element& element : elements) chosen.insert(&ModelState::of(model).entityHere(element));
+    std::vector<Element> each;   // once, however often it is named
+    for (const Element& element : elements)
+        if (chosen.insert(&ModelState::of(model).entityHere(element)).second) each.push_back(element);
     std::map<std::string, std::vector<Element>> lacking;   // by the type that the value gets there
-    for (const Element& element : elements) {
+    for (const Element& element : each) {
         PropertyEdit edit(model, element, chosen, set, name);
         if (edit.boLacksSet())
             lacking[edit.sTypeThere()].push_back(element);

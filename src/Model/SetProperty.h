@@ -31,7 +31,7 @@ namespace oxa {
 OXA_MODEL_API Element setProperty(Model& model, const Element& element, std::string_view set, std::string_view name,
                                   const NewValue& value);
 
-/// Sets the property of several elements, each once, to the same value. What they share among themselves, and with nobody
+/// Sets the property of several elements, each once however often it is named, to the same value. What they share among themselves, and with nobody
 /// else, is changed where it is; what is copied or made is one for all of them, as far as IFC lets it be: elements without
 /// a set of that name share a new one, types have one each.
 /// The errors are the same, met element by element: those before the one that is refused may have the value by then.
