@@ -202,6 +202,7 @@ TEST(SetProperty, SeveralShareWhatTheyCan) {
         {"two without a set and two with one", {2, 5, 3}, "old new new type new type type", 7},
         {"both types that share a set", {30, 34}, "old old old new - new new", 0},
         {"one of two that share a set", {2}, "old new old type - type type", 3},
+        {"the same, named twice", {2, 2}, "old new old type - type type", 3},
         {"nobody", {}, "old old old type - type type", 0},
     };
     for (const char* pSchema : g_families)
