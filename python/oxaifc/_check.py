@@ -14,7 +14,7 @@ _PACKED = (b"\x1f\x8b", b"PK\x03\x04")
 
 
 def check(
-    source: Union[str, "os.PathLike[str]", bytes],
+    source: Union[str, "os.PathLike[str]", bytes, bytearray, memoryview],
     *,
     levels: Iterable[str] = (),
     most_places: int = 100_000,
@@ -29,8 +29,8 @@ def check(
     No model is made for the first three levels, and nothing is forgiven. Raises FileError where it can't be read,
     KeyboardInterrupt at Ctrl-C. Other threads run meanwhile.
     """
-    if isinstance(source, bytes):
-        return _core.check_bytes(source, list(levels), most_places, threads, progress)
+    if isinstance(source, (bytes, bytearray, memoryview)):
+        return _core.check_bytes(bytes(source), list(levels), most_places, threads, progress)
     return _core.check_path(source, list(levels), most_places, threads, progress)
 
 

@@ -71,8 +71,7 @@ void vThrowNotFound(const std::string& sMessage) {
     throw nb::python_error();
 }
 
-void vBindErrors(nb::module_& module) {
-    static_cast<void>(module);
+void vBindErrors() {
     // Only what the library throws: nanobind tells the rest, and what its own classes mean.
     nb::register_exception_translator([](const std::exception_ptr& pError, void*) {
         try {

@@ -14,7 +14,7 @@ namespace oxa::python {
 namespace nb = nanobind;
 
 // Translates whatever leaves a function that nanobind calls.
-void vBindErrors(nb::module_& module);
+void vBindErrors();
 
 // Sets the exception that is being handled as Python's.
 void vErrorSet() noexcept;

@@ -3,6 +3,7 @@
 #include <nanobind/stl/optional.h>
 
 #include <deque>
+#include <memory>
 #include <optional>
 #include <unordered_set>
 #include <utility>
@@ -27,13 +28,19 @@ const oxa::Element& elementFrom(const Home& home, nb::handle object) {
 // Of the first question since a change only a look over the model: many a program changes it in between.
 oxa::Elements usersOf(ModelObject& model, const oxa::Element& element) {
     ModelObject::Users& users = model.users();
-    const oxa::Model& looked = model.looked();
-    if (users.uChanges != model.uChanges()) {
-        users = {model.uChanges(), nullptr};
-        return oxa::referrers(looked, element);
+    static_cast<void>(model.looked());
+    const bool boFirst = users.uChanges != model.uChanges();
+    if (boFirst) users = {model.uChanges(), nullptr};
+    if (!boFirst && users.pTable) return users.pTable->of(element);
+    oxa::Elements found;
+    std::shared_ptr<oxa::Referrers> pTable;
+    {
+        const Reading reading(model.access());
+        if (!boFirst) pTable = std::make_shared<oxa::Referrers>(model.unguarded());
+        found = pTable ? pTable->of(element) : oxa::referrers(model.unguarded(), element);
     }
-    if (!users.pTable) users.pTable = std::make_unique<oxa::Referrers>(looked);
-    return users.pTable->of(element);
+    if (users.uChanges == model.uChanges()) users.pTable = std::move(pTable);
+    return found;
 }
 
 nb::object inverse(nb::handle self, nb::handle entity) {

@@ -4,6 +4,8 @@
 #include <nanobind/stl/vector.h>
 
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "Bindings.h"

@@ -67,7 +67,7 @@ public:
     // Who refers to whom, as of that count of changes; see GraphBinding.cpp.
     struct Users {
         std::uint64_t uChanges = static_cast<std::uint64_t>(-1);
-        std::unique_ptr<oxa::Referrers> pTable{};
+        std::shared_ptr<oxa::Referrers> pTable{};
     };
     [[nodiscard]] Users& users() noexcept { return m_users; }
     [[nodiscard]] PropertyTypes& typesInFile() noexcept { return m_types; }

@@ -9,7 +9,7 @@ NB_MODULE(_core, module) {
     namespace python = oxa::python;
     nanobind::set_leak_warnings(false);   // whoever ends a program ends what it holds
     module.attr("__version__") = OXA_VERSION;
-    python::vBindErrors(module);
+    python::vBindErrors();
     python::vBindValues(module);
     python::vBindTyped(module);
     python::EntityClass entity = python::bindEntity(module);

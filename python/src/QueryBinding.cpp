@@ -6,6 +6,8 @@
 #include <nanobind/stl/vector.h>
 
 #include <charconv>
+#include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <future>
 #include <optional>

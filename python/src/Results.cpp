@@ -46,7 +46,7 @@ void vHint(const std::vector<std::string>& hints) {
     if (hints.empty()) return;
     const nb::object warn = nb::module_::import_("warnings").attr("warn");
     const nb::object category = nb::module_::import_("oxaifc._errors").attr("Hint");
-    for (const std::string& sHint : hints) warn(textToPython(sHint), category, 2);
+    for (const std::string& sHint : hints) warn(textToPython(sHint), category);
 }
 
 }   // namespace oxa::python
