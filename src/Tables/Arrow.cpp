@@ -216,6 +216,8 @@ void vStreamMake(std::unique_ptr<HeldStream> pHeld, ArrowArrayStream* out) {
 
 }   // namespace
 
+void schema(const Table& table, ArrowSchema* out) { vSchemaMake(*out, table); }
+
 void stream(const Model& model, const FileInfo& file, std::string_view table, ArrowArrayStream* out,
             const StreamOptions& options) {
     vStreamMake(std::make_unique<HeldStream>(nullptr, model, file, table, options), out);

@@ -74,6 +74,9 @@ struct ArrowArrayStream {
 
 namespace oxa::tables {
 
+/// Makes *out the schema of a table's rows, a struct of its columns, which the caller releases: as a stream of them has it.
+OXA_TABLES_API void schema(const Table& table, ArrowSchema* out);
+
 /// How a stream is cut.
 struct StreamOptions {
     std::size_t rows = 65536;   ///< of a batch; a few more or fewer, as instances and long texts fall

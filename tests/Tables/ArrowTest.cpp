@@ -89,21 +89,36 @@ TEST(Arrow, StreamsTheRowsOfEveryTable) {
               (Rows{"1|IfcCartesianPointList3D|[[0,1,2],[3,4,5]]", "2|IfcCartesianPointList3D|~"}));
 }
 
+std::string sTypes(const ArrowSchema& schema) {
+    std::string sTold = schema.format;
+    for (std::int64_t i = 0; i < schema.n_children; ++i) {
+        const ArrowSchema& column = *schema.children[i];
+        sTold += std::string(" ") + column.name + ":" + column.format + (column.flags & ARROW_FLAG_NULLABLE ? "?" : "");
+    }
+    return sTold;
+}
+
 TEST(Arrow, TellsItsTypes) {
     const Model model = house("IFC4");
     ArrowArrayStream stream{};
     tables::stream(model, {}, "property", &stream);
     ArrowSchema schema{};
     ASSERT_EQ(stream.get_schema(&stream, &schema), 0);
-    std::string sTold = schema.format;
-    for (std::int64_t i = 0; i < schema.n_children; ++i) {
-        const ArrowSchema& column = *schema.children[i];
-        sTold += std::string(" ") + column.name + ":" + column.format + (column.flags & ARROW_FLAG_NULLABLE ? "?" : "");
-    }
-    EXPECT_EQ(sTold, "+s file:u element_id:l set_name:u name:u value_text:u? value_number:g? value_boolean:b? "
-                     "value_type:u? unit:u? source:u");
+    EXPECT_EQ(sTypes(schema), "+s file:u element_id:l set_name:u name:u value_text:u? value_number:g? value_boolean:b? "
+                              "value_type:u? unit:u? source:u");
     vRelease(schema);
     vRelease(stream);
+}
+
+TEST(Arrow, TellsTheTypesOfATableWithoutAModel) {
+    ArrowSchema schema{};
+    tables::schema(tables::tables().back(), &schema);
+    EXPECT_EQ(sTypes(schema), "+s file:u severity:u category:u key:u line:l? entity_id:l? message:u");
+    vRelease(schema);
+    tables::schema(tables::table(Model("IFC4"), "IfcCartesianPoint"), &schema);
+    EXPECT_EQ(sTypes(schema), "+s file:u id:l type:u Coordinates:+l?");
+    EXPECT_STREQ(schema.children[3]->children[0]->format, "g");
+    vRelease(schema);
 }
 
 TEST(Arrow, BatchesOutliveStreamAndModel) {
