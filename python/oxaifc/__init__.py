@@ -18,10 +18,12 @@ from ._core import (
     FileSchema,
     Header,
     Model,
+    Table,
     TypedValue,
     __version__,
     diff,
     open,
+    table_names,
 )
 from ._errors import (
     Error,
@@ -36,6 +38,7 @@ from ._errors import (
     UnknownNameError,
     ValueTypeError,
 )
+from ._parquet import ParquetResult, to_parquet
 from ._results import (
     Change,
     CheckGroup,
@@ -53,6 +56,7 @@ from ._results import (
     Removed,
     Rows,
 )
+from ._tables import Column
 
 #: For scripts that call it so.
 file = Model
@@ -63,6 +67,7 @@ __all__ = [
     "CheckLevel",
     "CheckPlace",
     "CheckReport",
+    "Column",
     "Derived",
     "DerivedType",
     "Detail",
@@ -83,6 +88,7 @@ __all__ = [
     "NotFoundError",
     "OtherChange",
     "Others",
+    "ParquetResult",
     "QueryError",
     "Record",
     "RefusedError",
@@ -90,6 +96,7 @@ __all__ = [
     "RemovedError",
     "Rows",
     "SqlError",
+    "Table",
     "TypedValue",
     "UnknownNameError",
     "ValueTypeError",
@@ -98,5 +105,7 @@ __all__ = [
     "diff",
     "file",
     "open",
+    "table_names",
+    "to_parquet",
     "util",
 ]
