@@ -8,6 +8,7 @@ from __future__ import annotations
 
 import os
 import re
+import shutil
 import sys
 from pathlib import Path
 from typing import Any
@@ -31,6 +32,8 @@ def models(tmp_path_factory: pytest.TempPathFactory) -> Any:
 
 @pytest.fixture(scope="module")
 def spark() -> Any:
+    if shutil.which("java") is None and "JAVA_HOME" not in os.environ:
+        pytest.skip("Java is not installed")
     import pyspark
     from oxaifc.spark import IfcDataSource
     from pyspark.sql import SparkSession
