@@ -37,6 +37,7 @@ set(OXA_PUBLIC_HEADERS
   provider/SchemaMessage.h
   Format/Ifc/IfcArray.h
   Format/Ifc/IfcCellVisit.h
+  Format/Ifc/IfcCountFile.h
   Format/Ifc/IfcFile.h
   Format/Ifc/IfcFileAttribute.h
   Format/Ifc/IfcFileDataSimple.h

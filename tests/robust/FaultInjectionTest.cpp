@@ -15,6 +15,7 @@
 #include "../Format/Ifc/AssertLog.h"
 #include "../Format/Ifc/ModelText.h"
 #include "AllocationFault.h"
+#include "CountCheck.h"
 #include "Fixtures.h"
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileHeader.h"
@@ -149,6 +150,20 @@ private:
     io::WriteError m_writeErrors;
 };
 
+class CountScenario : public Scenario {
+public:
+    void vRun() override { m_count = io::CountFile::count(m_text.path(), {.boSingleThreaded = true}); }
+    std::string sResult() override {
+        std::string sResult = m_count.pFile ? "" : "!" + std::string(m_count.doubt);
+        for (const auto& [pType, iCount] : m_count.types) sResult += pType->sName + ' ' + std::to_string(iCount) + '\n';
+        return sResult;
+    }
+
+private:
+    CountedText m_text{g_sSmallFile};
+    io::FileCount m_count;
+};
+
 class HeaderScenario : public Scenario {
 public:
     void vRun() override {
@@ -263,6 +278,7 @@ const ScenarioRow g_scenarios[] = {
     {"Write", pMake<WriteScenario>},
     {"OrderedWrite", pMake<OrderedWriteScenario>},
     {"Threaded", pMake<ThreadedScenario>, false},
+    {"Count", pMake<CountScenario>},
     {"Header", pMake<HeaderScenario>},
     {"TypedSet", pMake<SetScenario>},
     {"Schema", pMake<SchemaScenario>},

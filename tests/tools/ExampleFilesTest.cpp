@@ -53,7 +53,7 @@ TEST(ExampleFiles, HoldWhatTheyShow) {
     for (const ExampleRow& row : g_examples) {
         SCOPED_TRACE(row.pName);
         const std::string sPath = sExample(row.pName);
-        const Json value = runProgram({"info", sPath, "--json"}).json();
+        const Json value = runProgram({"info", sPath, "--json", "--full"}).json();
         EXPECT_EQ(value["file"], sPath);
         EXPECT_EQ(value["schema"], row.pSchema);
         EXPECT_EQ(value["header"]["name"], row.pName);

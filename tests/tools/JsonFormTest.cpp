@@ -33,6 +33,7 @@ TEST(JsonForm, EveryVerbKeepsToTheSchema) {
         const std::vector<std::string> calls[] = {
             {"info", sHouse},
             {"info", sHouse, sBad},
+            {"info", sHouse, sBad, "--full"},
             {"info", sSimple},
             {"check", sHouse},
             {"check", sBad},

@@ -28,7 +28,7 @@ TEST(ArchiveForm, EveryVerbTakesOne) {
     const std::string sGz = folder.sFile("house.ifc.gz", sGzip(sHouse()));
     const std::string sZipped = folder.sFile("house.ifczip", sZip({{"h.png", "x"}, {"house.ifc", sHouse()}}));
     const std::vector<std::string> calls[] = {
-        {"info", "FILE"},
+        {"info", "FILE", "--full"},
         {"check", "FILE"},
         {"check", "FILE", "--json"},
         {"show", "FILE", "IfcWall", "--single-threaded"},

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "PackedText.h"
 #include "tools/ProgramRun.h"
 
 namespace oxa::test {
@@ -22,17 +23,23 @@ Json comparable(Json value) {
     EXPECT_GE(value["seconds"].get<double>(), 0.0);
     value.erase("seconds");
     EXPECT_EQ(keys(value["memory"]), (std::vector<std::string>{"model", "process"}));
-    EXPECT_GT(value["memory"]["model"], 0);
-    EXPECT_GT(value["memory"]["process"], value["memory"]["model"]);
+    if (value["full"]) {
+        EXPECT_GT(value["memory"]["model"], 0);
+        EXPECT_GT(value["memory"]["process"], value["memory"]["model"]);
+    } else {
+        EXPECT_TRUE(value["memory"]["model"].is_null());
+        EXPECT_GT(value["memory"]["process"], 0);
+    }
     value.erase("memory");
     return value;
 }
 
 TEST(InfoVerb, JsonHasItsKeysInOrder) {
     const Json value = runProgram({"info", "--json", sExample("house-ifc4.ifc")}).json();
-    EXPECT_EQ(keys(value), (std::vector<std::string>{"file", "schema", "header", "entities", "byType", "rooted",
-                                                     "inverses", "missingReferences", "errors", "fatal", "ok",
-                                                     "lostStatements", "seconds", "bytes", "memory"}));
+    EXPECT_EQ(keys(value),
+              (std::vector<std::string>{"file", "schema", "header", "entities", "byType", "rooted", "inverses",
+                                        "missingReferences", "errors", "fatal", "ok", "lostStatements", "full",
+                                        "fullReason", "seconds", "bytes", "memory"}));
     EXPECT_EQ(keys(value["header"]),
               (std::vector<std::string>{"description", "implementationLevel", "name", "timeStamp", "author",
                                         "organization", "preprocessorVersion", "originatingSystem", "authorization"}));
@@ -42,10 +49,7 @@ TEST(InfoVerb, JsonTellsAllOfASmallFile) {
     const TestFolder folder;
     const std::string sText = sExchangeFile("IFC4", g_pTwoPoints);
     const std::string sPath = folder.sFile("small.ifc", sText);
-    const ProgramRun run = runProgram({"info", sPath, "--json"});
-    EXPECT_EQ(run.iCode, 0);
-    EXPECT_EQ(run.sError, "");
-    const Json expected = {
+    Json expected = {
         {"file", sPath},
         {"schema", "IFC4"},
         {"header",
@@ -67,9 +71,21 @@ TEST(InfoVerb, JsonTellsAllOfASmallFile) {
         {"fatal", 0},
         {"ok", true},
         {"lostStatements", 0},
+        {"full", true},
+        {"fullReason", "as --full asks"},
         {"bytes", sText.size()},
     };
-    EXPECT_EQ(comparable(run.json()), expected);
+    const ProgramRun full = runProgram({"info", sPath, "--json", "--full"});
+    EXPECT_EQ(full.iCode, 0);
+    EXPECT_EQ(full.sError, "");
+    EXPECT_EQ(comparable(full.json()), expected);
+    // What a count does not look for is null.
+    for (const char* pKey : {"inverses", "missingReferences", "errors", "fullReason"}) expected[pKey] = nullptr;
+    expected["full"] = false;
+    const ProgramRun counted = runProgram({"info", sPath, "--json"});
+    EXPECT_EQ(counted.iCode, 0);
+    EXPECT_EQ(counted.sError, "");
+    EXPECT_EQ(comparable(counted.json()), expected);
 }
 
 // The same figures, whatever form the model came in.
@@ -135,10 +151,71 @@ TEST(InfoVerb, ErrorsOfTheTextGiveOne) {
     for (const ResultRow& row : rows) {
         SCOPED_TRACE(row.pRule);
         const std::string sPath = folder.sFile("a.ifc", row.sText);
-        vExpectResult(row, runProgram({"info", sPath, "--json"}));
-        vExpectResult(row, runProgram({"info", sPath, "--json", "--single-threaded"}));
+        vExpectResult(row, runProgram({"info", sPath, "--json", "--full"}));
+        vExpectResult(row, runProgram({"info", sPath, "--json", "--full", "--single-threaded"}));
         vExpectResult(row, runProgram({"info", "-", "--json"}, row.sText));
     }
+}
+
+// A STEP file of the disk is counted where nothing about it is doubtful; all else is read, and the reason told.
+TEST(InfoVerb, WhatIsDoubtfulIsReadInFull) {
+    const TestFolder folder;
+    const std::string sWhole = sExchangeFile("IFC4", g_pTwoPoints);
+    const struct {
+        const char* pRule;
+        std::string sPath;
+        const char* pReason;   // null: counted
+        int iEntities;
+        int iCode;
+    } rows[] = {
+        {"plain", folder.sFile("a.ifc", sWhole), nullptr, 3, 0},
+        {"another end of the name", folder.sFile("a.txt", sWhole), nullptr, 3, 0},
+        {"faults that only a read finds", folder.sFile("b.ifc", sExchangeFile("IFC4", "#3=IFCPOLYLINE((#1,x));\n")),
+         nullptr, 1, 0},
+        {"an unknown type", folder.sFile("c.ifc", sExchangeFile("IFC4", "#3=IFCTEAPOT();\n")),
+         "a keyword that no instance of its schema has", 0, 1},
+        {"a number twice", folder.sFile("d.ifc", sExchangeFile("IFC4", "#1=IFCDIRECTION((1.));#1=IFCDIRECTION((1.));")),
+         "a number that stands twice or is too large", 2, 1},
+        {"an unknown schema", folder.sFile("e.ifc", sExchangeFile("IFC99", g_pTwoPoints)),
+         "its header is not without fault", 0, 1},
+        {"the simple form", folder.sFile("f.txt", "Ifc file simple;\nIFC4;\n*;\n" + std::string(g_pTwoPoints)),
+         "no STEP file", 3, 0},
+        {"packed", folder.sFile("a.ifc.gz", sGzip(sWhole)), "packed", 3, 0},
+        {"standard input", "-", "no file of the disk", 3, 0},
+    };
+    for (const auto& row : rows)
+        for (const char* pThreads : {"--json", "--single-threaded"}) {
+            SCOPED_TRACE(row.pRule);
+            const ProgramRun run = runProgram({"info", row.sPath, "--json", pThreads}, sWhole);
+            EXPECT_EQ(run.iCode, row.iCode);
+            EXPECT_EQ(run.sError, "");
+            const Json value = run.json();
+            EXPECT_EQ(value["full"], row.pReason != nullptr);
+            EXPECT_EQ(value["fullReason"], row.pReason ? Json(row.pReason) : Json());
+            EXPECT_EQ(value["errors"].is_null(), row.pReason == nullptr);
+            EXPECT_EQ(value["entities"], row.iEntities);
+            EXPECT_EQ(runProgram({"info", row.sPath, "--full", "--json"}, sWhole).json()["entities"], row.iEntities);
+        }
+}
+
+TEST(InfoVerb, TextTellsWhichItWas) {
+    const TestFolder folder;
+    const std::string sPath = folder.sFile("a.ifc", sExchangeFile("IFC4", g_pTwoPoints));
+    const ProgramRun counted = runProgram({"info", sPath});
+    EXPECT_NE(
+        counted.sOut.find("GlobalIds             0\nread                  statements counted, to the end; errors, "
+                          "missing references and inverse entries with --full\ntime "),
+        std::string::npos)
+        << counted.sOut;
+    const ProgramRun full = runProgram({"info", sPath, "--full"});
+    EXPECT_NE(full.sOut.find("GlobalIds             0\ninverse entries       0\nmissing references    0\n"
+                             "errors                0, fatal 0\nread                  to the end\n"
+                             "in full               as --full asks\ntime "),
+              std::string::npos)
+        << full.sOut;
+    EXPECT_NE(runProgram({"info", "-"}, sExchangeFile("IFC4", g_pTwoPoints))
+                  .sOut.find("\nin full               no file of the disk\n"),
+              std::string::npos);
 }
 
 TEST(InfoVerb, MissingReferencesAreCountedByNumber) {

@@ -52,11 +52,11 @@ TEST(SeveralFiles, JsonOfCheckIsOneObject) {
 
 TEST(SeveralFiles, InfoTellsEach) {
     const Files files;
-    const ProgramRun text = runProgram({"info", files.sWrong, files.sFine});
+    const ProgramRun text = runProgram({"info", "--full", files.sWrong, files.sFine});
     EXPECT_EQ(text.iCode, 1);
     EXPECT_TRUE(text.sOut.starts_with("file                  " + files.sWrong + "\n"));
     EXPECT_NE(text.sOut.find("\n\nfile                  " + files.sFine + "\n"), std::string::npos) << text.sOut;
-    const Json value = runProgram({"info", "--json", files.sWrong, files.sMissing, files.sFine}).json();
+    const Json value = runProgram({"info", "--full", "--json", files.sWrong, files.sMissing, files.sFine}).json();
     ASSERT_EQ(value.size(), 2U);
     EXPECT_EQ(value[0]["file"], files.sWrong);
     EXPECT_EQ(value[0]["errors"], 1);

@@ -188,6 +188,7 @@ void Input::vUnpack(const UnpackLimits& limits) try {
     const bool boFile = m_sPath != "-" && std::filesystem::is_regular_file(str::pathOf(m_sPath), error);
     auto pInside = std::make_unique<UnpackBuffer>(std::move(m_pBuffer), packing, m_sName,
                                                   boFile ? str::pathOf(m_sPath) : std::filesystem::path(), limits);
+    m_boPacked = true;
     m_sInside = pInside->unpacked().inside();
     m_iExpected = pInside->unpacked().size().value_or(0);
     m_pBuffer = std::move(pInside);

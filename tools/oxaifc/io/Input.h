@@ -35,6 +35,8 @@ public:
     [[nodiscard]] const std::string& sInside() const noexcept { return m_sInside; }
     // True when the bytes begin so.
     [[nodiscard]] bool boBeginsWith(std::string_view text) const noexcept;
+    // Whether vUnpack() has found it packed.
+    [[nodiscard]] bool boPacked() const noexcept { return m_boPacked; }
     // The first bytes, a few hundred thousand at most, until the stream is read from.
     [[nodiscard]] std::string_view firstBytes() const noexcept;
     // Bytes taken from the file so far; a read may be some ahead of its user.
@@ -59,6 +61,7 @@ private:
     std::string m_sName;
     std::string m_sInside;
     std::uint64_t m_iExpected = 0;
+    bool m_boPacked = false;
     std::unique_ptr<Buffer> m_pBuffer;
     std::istream m_stream;
 };

@@ -2,16 +2,21 @@
 // VerbInfo: "oxaifc info": what a file holds, in figures.
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
+#include "oxaifc/formats/CountedFile.h"
 #include "oxaifc/formats/Model.h"
+#include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
 #include "oxaifc/io/System.h"
 #include "oxaifc/report/HeaderRows.h"
@@ -27,6 +32,7 @@ using ifc::Errors;
 struct InfoOptions : ModelOptions {
     std::vector<std::string> paths;
     bool boJson = false;
+    bool boFull = false;
 };
 
 struct TypeCount {
@@ -34,16 +40,39 @@ struct TypeCount {
     std::size_t iCount;
 };
 
-// The figures of one model.
-struct Figures {
-    std::vector<TypeCount> byType;   // most frequent first, equal ones by keyword
-    std::size_t iEntities = 0;
+// What only the read of a model tells.
+struct ReadFigures {
     std::size_t iInverses = 0;   // entries of all inverse lists
     std::size_t iErrors = 0;
     std::size_t iFatal = 0;
     std::size_t iMissing = 0;   // numbers that are named and never defined
-    std::size_t iGlobalIds = 0;
+    std::size_t iLost = 0;      // statements
+    std::size_t iMemory = 0;    // bytes
+    bool boTellsAll = true;     // what the read passes over is counted
+    bool boOk = true;
+    std::string sRead;     // whether it came to the end
+    std::string sReason;   // why it was read
 };
+
+// The figures of one file.
+struct Figures {
+    std::string sName;   // how messages call it
+    std::string sSchema;
+    const ifc::FileHeader* pHeader = nullptr;
+    const ifc::FileHeaderSimple* pHeaderSimple = nullptr;
+    std::vector<TypeCount> byType;   // most frequent first, equal ones by keyword
+    std::size_t iEntities = 0;
+    std::size_t iGlobalIds = 0;
+    std::uint64_t iBytes = 0;
+    double seconds = 0;
+    std::optional<ReadFigures> read;   // none where the statements were counted
+};
+
+void vOrder(std::vector<TypeCount>& types) {
+    std::sort(types.begin(), types.end(), [](const TypeCount& a, const TypeCount& b) {
+        return a.iCount != b.iCount ? a.iCount > b.iCount : a.sKeyword < b.sKeyword;
+    });
+}
 
 std::vector<TypeCount> byType(const std::vector<ifc::Entity*>& entities) {
     std::unordered_map<const ifc::def::schema::Entity*, std::size_t> counts;
@@ -51,9 +80,7 @@ std::vector<TypeCount> byType(const std::vector<ifc::Entity*>& entities) {
         if (const auto* pType = pEntity->pSchemaEntity()) ++counts[pType];
     std::vector<TypeCount> result;
     for (const auto& [pType, iCount] : counts) result.push_back({pType->sNameUpper, iCount});
-    std::sort(result.begin(), result.end(), [](const TypeCount& a, const TypeCount& b) {
-        return a.iCount != b.iCount ? a.iCount > b.iCount : a.sKeyword < b.sKeyword;
-    });
+    vOrder(result);
     return result;
 }
 
@@ -80,18 +107,52 @@ std::size_t iGlobalIds(const Model& model) {
     return guids.size();
 }
 
-Figures figures(const Model& model) {
+std::string sRead(const Model& model) {
+    if (model.boOk()) return model.sLost().empty() ? "to the end" : "to the end; " + model.sLost();
+    for (const ifc::ErrorRecord& record : model.errors())
+        if (record.severity == Errors::Fatal) return "not to the end: " + record.description;
+    return "not to the end";
+}
+
+Figures figures(const Model& model, std::string_view reason) {
     const std::vector<ifc::Entity*>& entities = model.data().entities();
-    Figures result;
-    result.byType = byType(entities);
-    result.iEntities = entities.size();
-    result.iInverses = iInverses(entities);
-    result.iGlobalIds = iGlobalIds(model);
+    ReadFigures read{.iInverses = iInverses(entities),
+                     .iLost = model.lostStatements().iCount,
+                     .iMemory = model.data().pool().iBytesReserved(),
+                     .boTellsAll = model.format().holds.boReadTellsAll,
+                     .boOk = model.boOk(),
+                     .sRead = sRead(model),
+                     .sReason = std::string(reason)};
     for (const ifc::ErrorRecord& record : model.errors()) {
-        ++(record.severity == Errors::Fatal ? result.iFatal : result.iErrors);
-        if (record.category == Errors::Reference) ++result.iMissing;
+        ++(record.severity == Errors::Fatal ? read.iFatal : read.iErrors);
+        if (record.category == Errors::Reference) ++read.iMissing;
     }
-    return result;
+    return {.sName = model.sName(),
+            .sSchema = model.sSchemaName(),
+            .pHeader = model.pHeader(),
+            .pHeaderSimple = model.pHeaderSimple(),
+            .byType = byType(entities),
+            .iEntities = entities.size(),
+            .iGlobalIds = iGlobalIds(model),
+            .iBytes = model.iBytes(),
+            .seconds = model.seconds(),
+            .read = std::move(read)};
+}
+
+Figures figures(const CountedFile& file) {
+    const ifc::io::FileCount& count = file.count();
+    std::vector<TypeCount> types;
+    for (const auto& [pType, iCount] : count.types) types.push_back({pType->sNameUpper, iCount});
+    vOrder(types);
+    return {.sName = file.sName(),
+            .sSchema = count.pFile->headerBase().sSchemaNameGet(),
+            .pHeader = &count.pFile->header(),
+            .byType = std::move(types),
+            .iEntities = count.iEntities,
+            .iGlobalIds = count.iGlobalIds,
+            .iBytes = count.iBytes,
+            .seconds = file.seconds(),
+            .read = {}};
 }
 
 // What the simple form tells instead of a header: where it starts.
@@ -104,79 +165,96 @@ Json rootJson(const ifc::FileHeaderSimple& head) {
     return root;
 }
 
-Json figuresJson(const Model& model, const std::string& sPath, const Figures& all) {
+// What was not looked for is null.
+Json figuresJson(const Figures& all, const std::string& sPath) {
     Json types = Json::object();
     for (const TypeCount& type : all.byType) types[type.sKeyword] = type.iCount;
+    const auto ofRead = [&all](auto ReadFigures::*pFigure) { return all.read ? Json((*all.read).*pFigure) : Json(); };
+    const ReadFigures counted;
+    const ReadFigures& read = all.read ? *all.read : counted;
     return {{"file", sPath},
-            {"schema", model.sSchemaName()},
-            {"header", model.pHeader() ? headerJson(*model.pHeader()) : rootJson(*model.pHeaderSimple())},
+            {"schema", all.sSchema},
+            {"header", all.pHeader ? headerJson(*all.pHeader) : rootJson(*all.pHeaderSimple)},
             {"entities", all.iEntities},
             {"byType", std::move(types)},
             {"rooted", all.iGlobalIds},
-            {"inverses", all.iInverses},
-            {"missingReferences", all.iMissing},
-            {"errors", all.iErrors},
-            {"fatal", all.iFatal},
-            {"ok", model.boOk()},
-            {"lostStatements", model.lostStatements().iCount},
-            {"seconds", model.seconds()},
-            {"bytes", model.iBytes()},
-            {"memory", {{"model", model.data().pool().iBytesReserved()}, {"process", iPeakMemory()}}}};
+            {"inverses", ofRead(&ReadFigures::iInverses)},
+            {"missingReferences", ofRead(&ReadFigures::iMissing)},
+            {"errors", ofRead(&ReadFigures::iErrors)},
+            {"fatal", read.iFatal},
+            {"ok", read.boOk},
+            {"lostStatements", read.iLost},
+            {"full", all.read.has_value()},
+            {"fullReason", ofRead(&ReadFigures::sReason)},
+            {"seconds", all.seconds},
+            {"bytes", all.iBytes},
+            {"memory", {{"model", ofRead(&ReadFigures::iMemory)}, {"process", iPeakMemory()}}}};
 }
 
-std::string sRead(const Model& model) {
-    if (model.boOk()) return model.sLost().empty() ? "to the end" : "to the end; " + model.sLost();
-    for (const ifc::ErrorRecord& record : model.errors())
-        if (record.severity == Errors::Fatal) return "not to the end: " + record.description;
-    return "not to the end";
-}
-
-void vTextWrite(const Model& model, const Figures& all, Output& output) {
+void vTextWrite(const Figures& all, Output& output) {
     const auto vRow = [&output](std::string_view name, std::string_view text) {
         if (!text.empty()) output.vPrint("{:<20}  {}\n", name, sPrintable(text));
     };
-    vRow("file", model.sName());
-    vRow("size", sCounted(model.iBytes(), "byte"));
-    vRow("schema", model.sSchemaName());
-    if (model.pHeader()) {
-        vHeaderWrite(*model.pHeader(), output);
+    vRow("file", all.sName);
+    vRow("size", sCounted(all.iBytes, "byte"));
+    vRow("schema", all.sSchema);
+    if (all.pHeader) {
+        vHeaderWrite(*all.pHeader, output);
     } else {
-        const Json root = rootJson(*model.pHeaderSimple());
+        const Json root = rootJson(*all.pHeaderSimple);
         for (const auto& [sName, value] : root.items())
             vRow(sName, value.is_string() ? value.get<std::string>() : value.dump());
     }
     vRow("entities", sGrouped(all.iEntities));
     for (const TypeCount& type : all.byType) output.vPrint("{:>20}  {}\n", sGrouped(type.iCount), type.sKeyword);
     vRow("GlobalIds", sGrouped(all.iGlobalIds));
-    vRow("inverse entries", sGrouped(all.iInverses));
-    vRow("missing references", sGrouped(all.iMissing));
-    // What a read passes over without a report is not counted.
-    if (model.format().holds.boReadTellsAll)
-        vRow("errors", fmt::format("{}, fatal {}", sGrouped(all.iErrors), sGrouped(all.iFatal)));
-    vRow("read", sRead(model));
-    vRow("time", fmt::format("{:.3f} s", model.seconds()));
+    if (all.read) {
+        vRow("inverse entries", sGrouped(all.read->iInverses));
+        vRow("missing references", sGrouped(all.read->iMissing));
+        if (all.read->boTellsAll)
+            vRow("errors", fmt::format("{}, fatal {}", sGrouped(all.read->iErrors), sGrouped(all.read->iFatal)));
+        vRow("read", all.read->sRead);
+        vRow("in full", all.read->sReason);
+    } else {
+        vRow("read", "statements counted, to the end; errors, missing references and inverse entries with --full");
+    }
+    vRow("time", fmt::format("{:.3f} s", all.seconds));
     constexpr double g_mebibyte = 1024.0 * 1024.0;
-    vRow("memory", fmt::format("{:.1f} MiB for the model, {:.1f} MiB at most for the process",
-                               static_cast<double>(model.data().pool().iBytesReserved()) / g_mebibyte,
-                               static_cast<double>(iPeakMemory()) / g_mebibyte));
+    std::string sMemory =
+        fmt::format("{:.1f} MiB at most for the process", static_cast<double>(iPeakMemory()) / g_mebibyte);
+    if (all.read)
+        sMemory =
+            fmt::format("{:.1f} MiB for the model, ", static_cast<double>(all.read->iMemory) / g_mebibyte) + sMemory;
+    vRow("memory", sMemory);
 }
 
 int iInfo(InfoOptions& options, Output& output) {
     const bool boSeveral = options.paths.size() > 1;
     bool boFirst = true;
+    const auto vTell = [&](const Figures& all, const std::string& sPath) {
+        if (!options.boJson) {
+            if (!std::exchange(boFirst, false)) output.vPrint("\n");
+            vTextWrite(all, output);
+        } else if (boSeveral) {
+            output.vJsonItem(figuresJson(all, sPath));
+        } else {
+            output.vJson(figuresJson(all, sPath));
+        }
+    };
     if (options.boJson && boSeveral) output.vJsonBegin();
     const int iCode = iForEachFile(options.paths, [&](const std::string& sPath) {
         options.sPath = sPath;
-        const Model model(options, false);
-        const Figures all = figures(model);
-        if (!options.boJson) {
-            if (!std::exchange(boFirst, false)) output.vPrint("\n");
-            vTextWrite(model, all, output);
-        } else if (boSeveral) {
-            output.vJsonItem(figuresJson(model, sPath, all));
-        } else {
-            output.vJson(figuresJson(model, sPath, all));
+        std::string sReason = "as --full asks";
+        if (!options.boFull) {
+            const CountedFile file(options);
+            if (file.doubt().empty()) {
+                vTell(figures(file), sPath);
+                return g_iExitFine;
+            }
+            sReason = file.doubt();
         }
+        const Model model(options, false);
+        vTell(figures(model, sReason), sPath);
         return model.iExitCode();
     });
     if (options.boJson && boSeveral) output.vJsonEnd();
@@ -186,12 +264,15 @@ int iInfo(InfoOptions& options, Output& output) {
 VerbRun declare(Command command) {
     const auto pOptions = std::make_shared<InfoOptions>();
     pOptions->vDeclareSeveral(command, pOptions->paths);
+    command.flag("--full", pOptions->boFull,
+                 "read the values too: errors (exit code 1), missing references, inverse entries, memory; without it "
+                 "a STEP file is only counted, unless something about it is doubtful");
     command.flag("--json", pOptions->boJson, "print one JSON object; of several files an array of them");
     return [pOptions](Output& output) { return iInfo(*pOptions, output); };
 }
 
 }   // namespace
 
-extern const Verb g_verbInfo{"info", "What a file holds: schema, header, entities by type, memory", declare};
+extern const Verb g_verbInfo{"info", "What a file holds: schema, header, entities by type", declare};
 
 }   // namespace oxa::tool

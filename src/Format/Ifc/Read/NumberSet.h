@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+// NumberSet: instance numbers that have been met, a bit each, to find one that stands twice.
+//
+// For      StatementCount, inside this folder.
+// Shape    chunks of 4 KiB, made when one of their numbers comes: the numbers of a file mostly lie close together. A
+//          file whose numbers do not is refused once the chunks outgrow it.
+// Threads  one each; vMerge joins what two have.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace oxa::ifc::details {
+
+class NumberSet {
+public:
+    // False where the number is there already, or where there is no place for it.
+    [[nodiscard]] bool boAdd(std::uint32_t iNumber) {
+        const std::size_t iChunk = iNumber / g_iNumbers;
+        if (iChunk >= m_chunks.size() || !m_chunks[iChunk]) {
+            if (!boMake(iChunk)) return false;
+        }
+        std::uint64_t& uBits = (*m_chunks[iChunk])[iNumber % g_iNumbers / 64];
+        const std::uint64_t uBit = std::uint64_t{1} << iNumber % 64;
+        const bool boNew = !(uBits & uBit);
+        uBits |= uBit;
+        return boNew;
+    }
+
+    // Takes the numbers of the other one over. False where both have one.
+    [[nodiscard]] bool boMerge(NumberSet& other) {
+        if (other.m_chunks.size() > m_chunks.size()) m_chunks.swap(other.m_chunks);
+        std::uint64_t uTwice = 0;
+        for (std::size_t i = 0; i < other.m_chunks.size(); ++i) {
+            if (!other.m_chunks[i]) continue;
+            if (!m_chunks[i]) {
+                m_chunks[i] = std::move(other.m_chunks[i]);
+                continue;
+            }
+            for (std::size_t k = 0; k < m_chunks[i]->size(); ++k) {
+                uTwice |= (*m_chunks[i])[k] & (*other.m_chunks[i])[k];
+                (*m_chunks[i])[k] |= (*other.m_chunks[i])[k];
+            }
+        }
+        return !uTwice;
+    }
+
+private:
+    static constexpr std::size_t g_iNumbers = 32768;
+    static constexpr std::size_t g_iMostChunks = 16384;   // 64 MiB, half a billion numbers side by side
+    using Chunk = std::array<std::uint64_t, g_iNumbers / 64>;
+
+    bool boMake(std::size_t iChunk) {
+        if (m_iMade == g_iMostChunks) return false;
+        if (iChunk >= m_chunks.size()) m_chunks.resize(iChunk + 1);
+        m_chunks[iChunk] = std::make_unique<Chunk>();
+        ++m_iMade;
+        return true;
+    }
+
+    std::vector<std::unique_ptr<Chunk>> m_chunks;
+    std::size_t m_iMade = 0;
+};
+
+}   // namespace oxa::ifc::details
