@@ -59,8 +59,9 @@ private:
 
 template <class Declaration>
 void vSortByName(std::vector<Declaration>& declarations) {
-    std::sort(declarations.begin(), declarations.end(),
-              [](const Declaration& a, const Declaration& b) { return a.name.text < b.name.text; });
+    const auto boBefore = [](const Declaration& a, const Declaration& b) { return a.name.text < b.name.text; };
+    if (!std::is_sorted(declarations.begin(), declarations.end(), boBefore))
+        std::sort(declarations.begin(), declarations.end(), boBefore);
 }
 
 // Takes the declarations of the base whose names are in "touched" out of "to", and puts in those of the table.
@@ -87,6 +88,13 @@ public:
             if (!boReadLine()) return false;
         if (m_read.name.text.empty()) return boFault({}, "a table begins with its schema's name");
         schema.name = m_read.name;
+        if (schema.types.empty() && schema.entities.empty()) {
+            schema.types = std::move(m_read.types);
+            schema.entities = std::move(m_read.entities);
+            vSortByName(schema.types);
+            vSortByName(schema.entities);
+            return true;
+        }
         for (const auto& type : m_read.types) m_touched.insert(type.name.text);
         for (const auto& entity : m_read.entities) m_touched.insert(entity.name.text);
         vMerge(schema.types, m_read.types, m_touched);

@@ -5,6 +5,9 @@
 #include "provider/GraphBuilder.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <functional>
 #include <limits>
 #include <unordered_set>
 #include <utility>
@@ -29,6 +32,8 @@ constexpr std::size_t g_iNone = std::numeric_limits<std::size_t>::max();
 // States of a select's height before it is one.
 constexpr unsigned g_iHeightUnknown = 0;
 constexpr unsigned g_iHeightOpen = std::numeric_limits<unsigned>::max();
+
+constexpr char cUpper(char c) noexcept { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 // Nodes that each lead to at most one other: "next" holds its index, or none. Calls vDone for each node, after the one
 // that it leads to; vCycle once for each cycle. What leads into a cycle is never done.
@@ -61,6 +66,34 @@ void vWalkChains(const std::vector<std::size_t>& next, OnDone&& vDone, OnCycle&&
 
 }   // namespace
 
+// Eight bytes at once, the bit that tells upper case from lower case set in all of them.
+std::size_t GraphBuilder::AnyCase::operator()(std::string_view name) const noexcept {
+    constexpr std::uint64_t uCase = 0x2020202020202020U;
+    constexpr std::uint64_t uFactor = 0x9E3779B97F4A7C15U;
+    std::uint64_t uHash = name.size();
+    for (std::size_t i = 0; i < name.size(); i += sizeof uHash) {
+        std::uint64_t uBytes = 0;
+        std::memcpy(&uBytes, name.data() + i, std::min(sizeof uBytes, name.size() - i));
+        uHash = (uHash ^ (uBytes | uCase)) * uFactor;
+        uHash ^= uHash >> 32;
+    }
+    return static_cast<std::size_t>(uHash);
+}
+
+// Texts mostly spell a name in one way.
+bool GraphBuilder::AnyCase::operator()(std::string_view a, std::string_view b) const noexcept {
+    return a == b ||
+           std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return cUpper(x) == cUpper(y); });
+}
+
+std::size_t GraphBuilder::MemberHash::operator()(const Member& member) const noexcept {
+    return AnyCase()(member.name) ^ std::hash<const void*>()(member.pEntity);
+}
+
+bool GraphBuilder::MemberEqual::operator()(const Member& a, const Member& b) const noexcept {
+    return a.pEntity == b.pEntity && AnyCase()(a.name, b.name);
+}
+
 GraphBuilder::GraphBuilder(const SchemaDeclaration& declaration, std::vector<SchemaMessage>& messages)
     : m_declaration(declaration),
       m_messages(messages) {}
@@ -92,7 +125,7 @@ void GraphBuilder::vMessageAbout(const Name& name, std::string_view text) {
 }
 
 const GraphBuilder::Named* GraphBuilder::pResolve(const Name& name) {
-    const auto pEntry = m_named.find(sUpper(name.text));
+    const auto pEntry = m_named.find(name.text);
     if (pEntry != m_named.end()) return &pEntry->second;
     vMessageAbout(name, "is not declared");
     return nullptr;
@@ -118,6 +151,8 @@ void GraphBuilder::vDeclare() {
     // STEP files name a schema in upper case.
     m_pSchema = std::make_unique<SchemaPset>(sUpper(m_declaration.name.text));
     m_named.reserve(m_declaration.types.size() + m_declaration.entities.size());
+    m_types.reserve(m_declaration.types.size());
+    m_entities.reserve(m_declaration.entities.size());
     for (const TypeDeclaration& type : m_declaration.types)
         m_types.push_back(pDeclare<schema::Type>(type.name, m_types.size()));
     for (const EntityDeclaration& entity : m_declaration.entities)
@@ -171,13 +206,18 @@ void GraphBuilder::vBuildDataTypes() {
 }
 
 const schema::DataTypeBase* GraphBuilder::pBuildEnumeration(std::size_t iType) {
+    const std::vector<Name>& items = m_items[iType];
     std::vector<std::string> enumerators;
-    std::unordered_set<std::string> seen;
-    for (const Name& item : m_items[iType]) {
-        enumerators.push_back(sUpper(item.text));
-        if (!seen.insert(enumerators.back()).second) vMessageAbout(item, "is enumerated twice");
+    enumerators.reserve(items.size());
+    for (const Name& item : items) enumerators.emplace_back(item.text);
+    const schema::DataTypeEnum* pEnumeration =
+        m_pSchema->pAdopt(std::make_unique<schema::DataTypeEnum>(std::move(enumerators), m_types[iType]->sName));
+    if (pEnumeration->items.size() != items.size()) {
+        std::unordered_set<std::string_view, AnyCase, AnyCase> seen;
+        for (const Name& item : items)
+            if (!seen.insert(item.text).second) vMessageAbout(item, "is enumerated twice");
     }
-    return m_pSchema->pAdopt(std::make_unique<schema::DataTypeEnum>(std::move(enumerators), m_types[iType]->sName));
+    return pEnumeration;
 }
 
 // Anonymous ones without width are shared.
@@ -298,7 +338,7 @@ void GraphBuilder::vCheckTypeDepth() {
     for (std::size_t i = 0; i < m_types.size(); ++i) {
         const Name& name = m_declaration.types[i].type.name;
         if (name.text.empty()) continue;
-        const Named& named = m_named.at(sUpper(name.text));
+        const Named& named = m_named.at(name.text);
         if (named.pObject->eClassTag == ClassTag::Type) next[i] = named.iIndex;
     }
     std::vector<unsigned> depths(m_types.size());
@@ -342,7 +382,7 @@ void GraphBuilder::vLinkSupertypes() {
 
 // Enters a name of the entity's own; each may stand there once.
 void GraphBuilder::vClaimName(const schema::Entity& entity, const Name& name, schema::Attribute* pAttribute) {
-    if (!m_attributes.try_emplace(entity.sNameUpper + '.' + sUpper(name.text), pAttribute).second)
+    if (!m_attributes.try_emplace({&entity, name.text}, pAttribute).second)
         vMessageAbout(name, "is declared twice in \"" + entity.sName + '"');
 }
 
@@ -363,6 +403,9 @@ void GraphBuilder::vBuildAttribute(schema::Entity& entity, const AttributeDeclar
     const schema::ObjectBase* pObject = pBuildReference(declaration.type, {});
     if (!pObject) return;
     std::string sTypeName;
+    const schema::ObjectBase* pNamed = pObject;
+    for (std::size_t i = 0; i < declaration.type.levels.size(); ++i)
+        pNamed = static_cast<const schema::DataTypeAggregate*>(pNamed)->pElement;
     for (;;) {
         types.push_back(pObject);
         const schema::DataTypeBase* pDataType = schema::pDataTypeOf(pObject);
@@ -372,10 +415,14 @@ void GraphBuilder::vBuildAttribute(schema::Entity& entity, const AttributeDeclar
     }
     // The name that the declaration ends in, not what that name stands for.
     if (declaration.type.name.text.empty()) {
-        const schema::DataTypeSimple baseType(declaration.type.kind);
-        sTypeName = schema::sTypeText(&baseType);
+        std::string& sText = m_baseTexts[static_cast<std::size_t>(declaration.type.kind)];
+        if (sText.empty()) {
+            const schema::DataTypeSimple baseType(declaration.type.kind);
+            sText = schema::sTypeText(&baseType);
+        }
+        sTypeName = sText;
     } else {
-        sTypeName = m_named.at(sUpper(declaration.type.name.text)).pObject->sName;
+        sTypeName = pNamed->sName;
     }
     for (const Name& name : declaration.names) {
         schema::Attribute& attribute = entity.ownAttributes.emplace_back();
@@ -445,9 +492,8 @@ void GraphBuilder::vBuildUnique(schema::Entity& entity, const UniqueDeclaration&
 
 // An explicit attribute of the entity or of a supertype, in any case; null when there is none.
 schema::Attribute* GraphBuilder::pAttributeOf(const schema::Entity& entity, std::string_view name) const {
-    const std::string sName = '.' + sUpper(name);
     for (const schema::Entity* pEntity = &entity; pEntity; pEntity = pEntity->pParent) {
-        const auto pEntry = m_attributes.find(pEntity->sNameUpper + sName);
+        const auto pEntry = m_attributes.find({pEntity, name});
         if (pEntry != m_attributes.end()) return pEntry->second;
     }
     return nullptr;
@@ -477,7 +523,7 @@ void GraphBuilder::vNumberEntities() {
     while (!stack.empty()) {
         const schema::Entity* pEntity = stack.back();
         stack.pop_back();
-        m_entities[m_named.at(pEntity->sNameUpper).iIndex]->iTypeOrdinal = ++iOrdinal;
+        const_cast<schema::Entity*>(pEntity)->iTypeOrdinal = ++iOrdinal;   // one of m_entities
         stack.insert(stack.end(), pEntity->subtypes.rbegin(), pEntity->subtypes.rend());
     }
     for (auto pIndex = m_supertypesFirst.rbegin(); pIndex != m_supertypesFirst.rend(); ++pIndex) {

@@ -72,20 +72,37 @@ private:
     std::size_t m_iMessages = 0;
 
     std::unique_ptr<SchemaPset> m_pSchema;
-    std::unordered_map<std::string_view, Named> m_named;   // by upper-case name
-    std::vector<schema::Type*> m_types;                    // as declared
-    std::vector<std::vector<Name>> m_items;                // of each type: enumerators or members
-    Indices m_declaring;                                   // of each type: the type that declares its data type
+    // Names are compared in any case, and by their texts: no key is made for a look-up.
+    struct AnyCase {
+        [[nodiscard]] std::size_t operator()(std::string_view name) const noexcept;
+        [[nodiscard]] bool operator()(std::string_view a, std::string_view b) const noexcept;
+    };
+    // An attribute of an entity, by the name under which it is declared.
+    struct Member {
+        const schema::Entity* pEntity;
+        std::string_view name;
+    };
+    struct MemberHash {
+        [[nodiscard]] std::size_t operator()(const Member& member) const noexcept;
+    };
+    struct MemberEqual {
+        [[nodiscard]] bool operator()(const Member& a, const Member& b) const noexcept;
+    };
+    std::unordered_map<std::string_view, Named, AnyCase, AnyCase> m_named;
+    std::vector<schema::Type*> m_types;       // as declared
+    std::vector<std::vector<Name>> m_items;   // of each type: enumerators or members
+    Indices m_declaring;                      // of each type: the type that declares its data type
     struct Select {
         schema::DataTypeSelect* pSelect = nullptr;
         Indices nested;         // declaring types of the selects among its members
         unsigned iHeight = 0;   // see iSelectHeight
     };
-    std::vector<Select> m_selects;                                      // of each type that declares one
-    std::array<const schema::DataTypeBase*, 7> m_baseTypes{};           // by kind: the anonymous ones without width
-    std::vector<schema::Entity*> m_entities;                            // as declared
-    Indices m_supertypesFirst;                                          // entities, each after its supertype
-    std::unordered_map<std::string, schema::Attribute*> m_attributes;   // by "ENTITY.NAME"; null: an inverse
+    std::vector<Select> m_selects;                              // of each type that declares one
+    std::array<const schema::DataTypeBase*, 7> m_baseTypes{};   // by kind: the anonymous ones without width
+    std::vector<schema::Entity*> m_entities;                    // as declared
+    Indices m_supertypesFirst;                                  // entities, each after its supertype
+    std::unordered_map<Member, schema::Attribute*, MemberHash, MemberEqual> m_attributes;   // null: an inverse
+    std::array<std::string, 7> m_baseTexts;                                                 // by kind: how they read
 };
 
 }   // namespace oxa::ifc::def::express

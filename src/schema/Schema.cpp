@@ -107,7 +107,7 @@ DataTypeAggregate::~DataTypeAggregate() = default;
 DataTypeEnum::DataTypeEnum(std::vector<std::string> enumerators, std::string name)
     : DataTypeBase(DataKind::Enumeration, std::move(name)),
       declared(std::move(enumerators)) {
-    for (std::string& sItem : declared) sItem = sUpper(sItem);
+    for (std::string& sItem : declared) std::transform(sItem.begin(), sItem.end(), sItem.begin(), cUpper);
     for (const std::string& sItem : declared) items.insert(&sItem);
 }
 
@@ -190,14 +190,17 @@ Schema::~Schema() = default;
 // Open addressing over indices. The objects stand sorted by hash, length and name, which is what callers may walk; the
 // table beside them holds 32-bit indices, plus one so that 0 is free. Built once; read by any number of threads.
 void Schema::vFinish() {
-    objects.clear();
+    std::vector<const ObjectBase*> named;
+    named.reserve(m_owned.size());
     for (const auto& pObject : m_owned)
-        if (pObject->eClassTag != ClassTag::DataType && !pObject->sName.empty())
-            objects.push_back({pObject->sNameUpper, pObject.get()});
+        if (pObject->eClassTag != ClassTag::DataType && !pObject->sName.empty()) named.push_back(pObject.get());
     // Stable, so that of two objects with one name the first one adopted is found.
-    std::stable_sort(objects.begin(), objects.end(), [](const Record& a, const Record& b) {
-        return ObjectName(a.key, a.pObject->uNameHash) < ObjectName(b.key, b.pObject->uNameHash);
+    std::stable_sort(named.begin(), named.end(), [](const ObjectBase* a, const ObjectBase* b) {
+        return ObjectName(a->sNameUpper, a->uNameHash) < ObjectName(b->sNameUpper, b->uNameHash);
     });
+    objects.clear();
+    objects.reserve(named.size());
+    for (const ObjectBase* pObject : named) objects.push_back({pObject->sNameUpper, pObject});
 
     // At most half full: a look-up takes one probe and a half on average, and always meets an empty slot.
     m_slots.assign(std::bit_ceil(objects.size() * 2 + 2), 0);
