@@ -13,13 +13,13 @@ namespace oxa::ifc {
 
 std::size_t WriteInfoCommon::iEntityIdQueue(const Entity* pEntity) {
     if (!pEntity) return 0;
-    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, m_near.number);
+    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, m_near.number(pEntity));
     if (boMark(pEntity, number, m_near)) m_queue.push_back(pEntity);
     return number.iId;
 }
 
 std::size_t WriteInfoCommon::iEntityIdMark(const Entity& entity) {
-    const EntityIdMap::Number number = m_pEntityIdMap->number(&entity, m_near.number);
+    const EntityIdMap::Number number = m_pEntityIdMap->number(&entity, m_near.number(&entity));
     boMark(&entity, number, m_near);
     return number.iId;
 }
@@ -83,7 +83,7 @@ std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
 std::size_t StepWriteInfoCommon::iEntityIdCollect(const Entity* pEntity, std::vector<const Entity*>& found,
                                                   WalkNear& near) {
     if (!pEntity) return 0;
-    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, near.number);
+    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, near.number(pEntity));
     std::unique_lock lock(m_mutex, std::defer_lock);
     if (!number.boSeeded) lock.lock();   // bits need no lock
     if (boMark(pEntity, number, near)) found.push_back(pEntity);
@@ -91,7 +91,7 @@ std::size_t StepWriteInfoCommon::iEntityIdCollect(const Entity* pEntity, std::ve
 }
 
 bool StepWriteInfoCommon::boNumberedCollect(const Entity& entity, std::vector<const Entity*>& found, WalkNear& near) {
-    const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(&entity, near.number);
+    const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(&entity, near.number(&entity));
     if (!known) return false;
     std::unique_lock lock(m_mutex, std::defer_lock);
     if (!known->boSeeded) lock.lock();
@@ -146,7 +146,8 @@ void StepWriteInfoCommon::vStop() {
 }
 
 std::size_t StepWriteInfo::iEntityIdNamed(const Entity* pEntity) {
-    if (m_ePass == Pass::Numbers) return pEntity ? m_pCommon->m_pEntityIdMap->number(pEntity, m_near.number).iId : 0;
+    if (m_ePass == Pass::Numbers)
+        return pEntity ? m_pCommon->m_pEntityIdMap->number(pEntity, m_near.number(pEntity)).iId : 0;
     if (m_pCommon->m_boSingleThreaded) return m_pCommon->iEntityIdQueue(pEntity);
     if (m_ePass == Pass::AtOnce) return m_pCommon->iEntityIdGet(pEntity);
     return m_pCommon->iEntityIdCollect(pEntity, m_found, m_near);

@@ -36,8 +36,14 @@ class WriteError;
 
 /// What a thread of a walk found last.
 struct WalkNear {
-    EntityIdMap::Near number;   ///< in the map of numbers
-    SeenNumbers::Near seen;     ///< in the numbers met
+    /// In the map of numbers, for an instance at that address. What a statement names lies in a few chunks in turn, so each
+    /// part of the memory as large as a chunk has a place of its own, which others may share.
+    [[nodiscard]] EntityIdMap::Near& number(const Entity* pEntity) noexcept {
+        return numbers[(reinterpret_cast<std::uintptr_t>(pEntity) >> 20) % numbers.size()];
+    }
+
+    std::array<EntityIdMap::Near, 64> numbers;   ///< by address
+    SeenNumbers::Near seen;                      ///< in the numbers met
 };
 
 /// The part of a walk that does not care where its statements go.
