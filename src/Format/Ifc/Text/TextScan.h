@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #include "Format/Ifc/Text/ByteBlock.h"
 
@@ -54,6 +55,25 @@ namespace oxa::ifc::details {
             return first + std::countr_zero(uMask);
     }
     return pFindSpecialPortable(first, last);
+}
+
+// Whether a text stands in a STEP string as it is: no byte is special, a control code, or beyond ASCII. A text that is
+// shorter than a block goes byte by byte, the rest of a longer one as the end of its last block.
+[[nodiscard]] inline bool boPlainText(std::string_view text) noexcept {
+    constexpr std::size_t iBlock = ByteBlock::g_iSize;
+    constexpr unsigned uAll = (1U << iBlock) - 1;
+    const auto boPlainBlock = [](const char* p) {
+        const ByteBlock bytes(p);
+        return (bytes.between(' ', '~').uHighBits() & ~bytes.among('\\', '\'').uHighBits()) == uAll;
+    };
+    if (text.size() < iBlock) {
+        bool boPlain = true;
+        for (const char c : text) boPlain &= c >= ' ' && c <= '~' && c != '\\' && c != '\'';
+        return boPlain;
+    }
+    for (std::size_t i = 0; i + iBlock < text.size(); i += iBlock)
+        if (!boPlainBlock(text.data() + i)) return false;
+    return boPlainBlock(text.data() + text.size() - iBlock);
 }
 
 }   // namespace oxa::ifc::details

@@ -12,6 +12,7 @@
 #include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/IfcStepStrings.h"
 #include "Format/Ifc/IfcWriteFile.h"
+#include "Format/Ifc/Text/RealText.h"
 #include "Format/Ifc/Text/TextScan.h"
 #include "platform/Assert.h"
 
@@ -58,64 +59,24 @@ bool boWholeWritten(StepWriteInfo& info, double value) {
     return true;
 }
 
-// A number of up to so many decimals and 15 digits. "size" is the double nearest to such a number when that number,
-// made a whole one by a power of ten and divided again, gives it back.
-struct Decimals {
-    double scale;   // 10 to the power of iCount, exactly
-    int iCount;
-    double largest;   // 10 to the power of 15 - iCount
-
-    [[nodiscard]] double scaled(double size) const noexcept { return std::nearbyint(size * scale); }
-    [[nodiscard]] bool boFits(double size) const noexcept { return size < largest && scaled(size) / scale == size; }
-};
-
-// "%.16G" for numbers with few decimals, without the library, and provably the same digits.
-//
-//   Let v be the double, n = round(v * 10^k) with k = 9 or 13, and D = n / 10^k the decimal number that is to be
-//   written. n < 10^15 and 10^k are exact doubles, so n / 10^k in double arithmetic is the double nearest to D. Where
-//   that is v (boFits), D is a decimal number with at most 15 digits that v stands for. "%.16G" writes the 16-digit
-//   number nearest to v. D, padded with zeros, is one of those; it is the nearest when |v - D| is less than half a
-//   unit of the 16th digit. Scaled by 10^k that is |v * 10^k - n| < 0.5 * 10^(digits of n - 16). fma computes
-//   v * 10^k - n with a single rounding, so the left side is as good as exact; the right side is a table, with 0.49
-//   for 0.5, which more than covers the rounding of both.
-//
-// Fifteen digits and not sixteen: there are decimal numbers of 16 digits that share their double with another one.
-bool boDecimalWritten(StepWriteInfo& info, double value) {
-    constexpr Decimals g_few{1e9, 9, 1e6};
-    constexpr Decimals g_many{1e13, 13, 1e2};
-    constexpr int g_iDigits = 16;
-    const double size = std::fabs(value);
-    if (!(size >= 1e-4)) return false;   // below, an exponent is written
-    const bool boFew = g_few.boFits(size);
-    if (!boFew && !g_many.boFits(size)) return false;
-    const Decimals& decimals = boFew ? g_few : g_many;
-    const double scaled = decimals.scaled(size);
-    const auto uScaled = static_cast<std::uint64_t>(scaled);
+// Those of ordinary size, nearly all that are no whole numbers.
+bool boOrdinaryWritten([[maybe_unused]] StepWriteInfo& info, [[maybe_unused]] double value) {
+#if defined(__SIZEOF_INT128__)
     char* const pBegin = info.m_number.data();
-    char* const pEnd = std::to_chars(pBegin, pBegin + info.m_number.size(), uScaled).ptr;
-    const auto iDigits = static_cast<int>(pEnd - pBegin);
-    // Half of the 16th digit, measured like "scaled"; a little less, for the power of ten is a rounded one.
-    constexpr std::array<double, g_iDigits> g_half = {0,       4.9e-16, 4.9e-15, 4.9e-14, 4.9e-13, 4.9e-12,
-                                                      4.9e-11, 4.9e-10, 4.9e-9,  4.9e-8,  4.9e-7,  4.9e-6,
-                                                      4.9e-5,  4.9e-4,  4.9e-3,  4.9e-2};
-    if (std::fabs(std::fma(size, decimals.scale, -scaled)) >= g_half[static_cast<std::size_t>(iDigits)]) return false;
-    std::string& line = info.m_line;
-    if (value < 0) line.push_back('-');
-    const int iWhole = iDigits - decimals.iCount;   // digits in front of the point
-    const std::string_view digits(pBegin, static_cast<std::size_t>(iDigits));
-    const std::size_t iLast = digits.find_last_not_of('0');
-    if (iWhole > 0) {
-        line.append(digits.substr(0, static_cast<std::size_t>(iWhole))).push_back('.');
-        line.append(digits.substr(static_cast<std::size_t>(iWhole), iLast + 1 - static_cast<std::size_t>(iWhole)));
-    } else {
-        line.append("0.").append(static_cast<std::size_t>(-iWhole), '0').append(digits.substr(0, iLast + 1));
-    }
+    static_assert(std::tuple_size_v<decltype(info.m_number)> > details::g_iRealText);
+    *pBegin = '-';
+    const char* const pEnd = details::pRealText(pBegin + 1, std::fabs(value));
+    if (!pEnd) return false;
+    info.m_line.append(std::string_view(value < 0 ? pBegin : pBegin + 1, pEnd));
     return true;
+#else
+    return false;
+#endif
 }
 
 // "%.16G" of the C locale, with a point wherever a STEP real needs one.
 void vWriteReal(StepWriteInfo& info, double value) {
-    if (boWholeWritten(info, value) || boDecimalWritten(info, value)) return;
+    if (boWholeWritten(info, value) || boOrdinaryWritten(info, value)) return;
     char* const pBegin = info.m_number.data();
     char* const pEnd = std::to_chars(pBegin, pBegin + info.m_number.size(), value, std::chars_format::general, 16).ptr;
     char* pExponent = pEnd;   // of a number without a point
@@ -133,8 +94,7 @@ void vWriteReal(StepWriteInfo& info, double value) {
 }
 
 void vWriteEncoded(StepWriteInfo& info, std::string_view text) {
-    const auto boPlain = [](char c) { return c >= ' ' && c <= '~' && c != '\'' && c != '\\'; };
-    if (std::ranges::all_of(text, boPlain))
+    if (details::boPlainText(text))
         info.m_line.append(text);
     else
         info.m_line.append(sIfcStrFromText(info.m_encoded, text));
@@ -190,9 +150,13 @@ void vWriteEnumeration(const AttributeEnumeration& cell, const Info& info) {
         vReport(info, ReportKey::NotValidEnumerationValue, pText);
 }
 
-inline void vWriteReference(StepWriteInfo& info, std::size_t iId) {
-    info.m_line.push_back('#');
-    vWriteInteger(info, iId);
+// Behind a comma, where it is not the first of a list.
+inline void vWriteReference(StepWriteInfo& info, std::size_t iId, bool boComma = false) {
+    char* const pBegin = info.m_number.data();
+    pBegin[0] = ',';
+    pBegin[1] = '#';
+    const char* const pEnd = std::to_chars(pBegin + 2, pBegin + info.m_number.size(), iId).ptr;
+    info.m_line.append(std::string_view(boComma ? pBegin : pBegin + 1, pEnd));
 }
 
 void vWriteEntity(const AttributeEntity& cell, const Info& info) {
@@ -257,9 +221,8 @@ void vWriteEntities(const EntityList* pHead, const Info& info) {
                           "Skipping invalid reference in list");
             continue;
         }
-        if (!boFirst) info.m_pLine->m_line.push_back(',');
+        vWriteReference(*info.m_pLine, iId, !boFirst);
         boFirst = false;
-        vWriteReference(*info.m_pLine, iId);
     }
 }
 

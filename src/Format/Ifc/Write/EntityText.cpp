@@ -14,9 +14,10 @@ bool Entity::boCompose(StepWriteInfo& info) const {
     info.m_iId = static_cast<std::uint32_t>(iId);
     std::string& line = info.m_line;
     char* const pNumber = info.m_number.data();
-    char* const pEnd = std::to_chars(pNumber, pNumber + info.m_number.size(), iId).ptr;
-    line.assign(1, '#').append(pNumber, pEnd).push_back('=');
-    line.append(m_pSchemaEntity->sNameUpper).push_back('(');
+    *pNumber = '#';
+    char* const pEqual = std::to_chars(pNumber + 1, pNumber + info.m_number.size() - 1, iId).ptr;
+    *pEqual = '=';
+    line.assign(pNumber, pEqual + 1).append(m_pSchemaEntity->sNameUpper).push_back('(');
     if (m_pSchemaEntity->boAbstract)
         info.m_pCommon->m_pErrors->add(nullptr, Errors::Fatal, Errors::Value, ReportKey::EntityIsAbstract, line,
                                        info.m_iId);
