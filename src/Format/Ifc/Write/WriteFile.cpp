@@ -209,7 +209,8 @@ WriteFile::Seed seedOf(const Entity* pEntity) {
 
 WriteFile::Seed seedOfAll(const Data& data) {
     return [&data](StepWriteInfoCommon& info) {
-        for (const Entity* pEntity : data.entities()) info.iEntityIdGet(pEntity);
+        // No other thread walks yet.
+        for (const Entity* pEntity : data.entities()) info.iEntityIdQueue(pEntity);
     };
 }
 
