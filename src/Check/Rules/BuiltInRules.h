@@ -21,6 +21,10 @@ namespace oxa::check::rules {
 // The tables of rules, in pieces. BuiltInRuleTables.cpp, which the build makes of the files of schemas/, defines it.
 extern OXA_CHECK_API const std::span<const ifc::def::express::BuiltInTable> g_builtInRules;
 
+// The rules of a built-in schema as trees, where its table has a base those of the base with what differs.
+[[nodiscard]] OXA_CHECK_API bool boReadTable(std::string_view schema, express::SchemaRules& rules,
+                                             std::string& sAgainst);
+
 struct SchemaProgram {
     const Program* pProgram = nullptr;       // null where there are no rules to be had
     std::unique_ptr<const Program> pOwned;   // the same, unless it is a built-in schema's
