@@ -35,24 +35,26 @@ void SchemaLevel::vUniqueValues() {
 
 void SchemaLevel::vFinishReferences() {
     for (const Reference& reference : m_references) {
+        const HeldTo& heldTo = m_heldTo[reference.iHeldTo];
+        const Place place{reference.iLine, reference.iColumn};
         const Instance* pInstance = m_instances.pFind(reference.iTarget);
         const bool boTyped = pInstance && (pInstance->iType != 0 || pInstance->iMore != 0);
         // What it leads to is there, and no entity of the schema: that is told where it stands.
         if (pInstance && !boTyped) continue;
-        if (boTyped && boAccepts(*reference.pType, *pInstance, reference.iTarget)) continue;
+        if (boTyped && boAccepts(*heldTo.pType, *pInstance, reference.iTarget)) continue;
         m_head.iNumber = reference.iSource;
-        m_pParameter = reference.pParameter;
+        m_pParameter = heldTo.pParameter;
         const Instance* pSource = m_instances.pFind(reference.iSource);
         const Entity* pOf = pSource ? m_plan.pByOrdinal(pSource->iType) : nullptr;
-        m_sType = pOf ? pOf->sName : reference.pParameter->pAttribute->pOwner->sName;
+        m_sType = pOf ? pOf->sName : heldTo.pParameter->pAttribute->pOwner->sName;
         if (boTyped)
-            vTell({"Schema_ReferenceType", "the reference leads to an instance of another type", reference.pType->sText,
+            vTell({"Schema_ReferenceType", "the reference leads to an instance of another type", heldTo.pType->sText,
                    sTypeOf(*pInstance, reference.iTarget)},
-                  reference.place);
+                  place);
         else
-            vTell({"Schema_ReferenceMissing", "the reference leads to no instance", reference.pType->sText,
+            vTell({"Schema_ReferenceMissing", "the reference leads to no instance", heldTo.pType->sText,
                    InstanceTable::sName(reference.iTarget)},
-                  reference.place);
+                  place);
     }
     m_references = {};
     m_pParameter = nullptr;

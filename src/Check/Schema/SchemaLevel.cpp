@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <limits>
 
 #include "Check/Schema/ValueHash.h"
 
@@ -20,8 +22,9 @@ constexpr std::uint16_t g_iComplex = 1;
 
 }   // namespace
 
-SchemaLevel::SchemaLevel(const Schema& schema, Collector& collector, InstanceTable& instances)
-    : m_plan(schema),
+SchemaLevel::SchemaLevel(const ifc::def::SchemaPset& schema, Collector& collector, InstanceTable& instances)
+    : m_schema(schema),
+      m_plan(schema),
       m_collector(collector),
       m_instances(instances) {}
 
@@ -113,12 +116,28 @@ void SchemaLevel::vComplexEnd() {
             vTell(
                 {"Schema_ComplexSupertype", "a complex instance has a record of each supertype", entity.pParent->sName},
                 m_head.place);
+        vTogether(entity);
         iLeaves += std::none_of(m_records.begin(), m_records.end(),
                                 [&](const Entity* pOther) { return pOther->pParent == &entity; });
     }
     if (iLeaves == 1)
         vTell({"Schema_ComplexMapping", "an instance of one entity type is no complex one", "one record"},
               m_head.place);
+}
+
+// Of the records those of direct subtypes of one of them.
+void SchemaLevel::vTogether(const Entity& supertype) {
+    std::vector<const Entity*> subtypes;
+    std::copy_if(m_records.begin(), m_records.end(), std::back_inserter(subtypes),
+                 [&](const Entity* pOther) { return pOther->pParent == &supertype; });
+    if (subtypes.empty()) return;
+    if (!m_supertypes) m_supertypes.emplace(m_schema);
+    if (m_supertypes->boTogether(supertype, subtypes)) return;
+    std::string sFound;
+    for (const Entity* pSubtype : subtypes) sFound.append(sFound.empty() ? "" : ", ").append(pSubtype->sName);
+    vTell({"Schema_ComplexSubtypes", "no instance is of all these subtypes and of no other one",
+           "subtypes as the schema combines them", sFound},
+          m_head.place);
 }
 
 // ---- What a value is held to
@@ -294,14 +313,26 @@ void SchemaLevel::vReference(const ValueType& type, const Token& value) {
         if (!m_head.boDouble) m_uses.push_back({iInverse, value.iNumber, m_head.iNumber});
     const Instance* pInstance = value.iNumber ? m_instances.pFind(value.iNumber) : nullptr;
     const bool boThere = pInstance && (pInstance->iType != 0 || (pInstance->iMore & g_iComplex));
-    if (!boThere) {
-        m_references.push_back({value.iNumber, m_head.iNumber, &type, m_pParameter, value.place});
-        return;
-    }
+    if (!boThere) return vReferenceAhead(type, value);
     if (boAccepts(type, *pInstance, value.iNumber)) return;
     vTell({"Schema_ReferenceType", "the reference leads to an instance of another type", type.sText,
            sTypeOf(*pInstance, value.iNumber)},
           value.place);
+}
+
+void SchemaLevel::vReferenceAhead(const ValueType& type, const Token& value) {
+    const HeldTo heldTo{&type, m_pParameter};
+    const bool boLast = !m_heldTo.empty() && m_heldTo[m_iHeldTo] == heldTo;
+    if (!boLast) {
+        const auto [it, boNew] = m_heldToIndex.try_emplace(heldTo, static_cast<std::uint32_t>(m_heldTo.size()));
+        if (boNew) m_heldTo.push_back(heldTo);
+        m_iHeldTo = it->second;
+    }
+    const auto iShort = [](std::uint64_t i) {
+        return static_cast<std::uint32_t>(std::min<std::uint64_t>(i, std::numeric_limits<std::uint32_t>::max()));
+    };
+    m_references.push_back(
+        {value.iNumber, m_head.iNumber, m_iHeldTo, iShort(value.place.iLine), iShort(value.place.iColumn)});
 }
 
 bool SchemaLevel::boIsOf(const Entity& entity, const Instance& instance, std::uint64_t iNumber) const {

@@ -10,6 +10,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +20,7 @@
 
 #include "Check/Collector.h"
 #include "Check/Schema/SchemaPlan.h"
+#include "Check/Schema/SupertypeRules.h"
 #include "Check/Syntax/InstanceTable.h"
 #include "Check/Syntax/StatementSink.h"
 
@@ -26,7 +29,7 @@ namespace oxa::check {
 class SchemaLevel final : public StatementSink {
 public:
     // All have to outlive this.
-    SchemaLevel(const ifc::def::schema::Schema& schema, Collector& collector, InstanceTable& instances);
+    SchemaLevel(const ifc::def::SchemaPset& schema, Collector& collector, InstanceTable& instances);
 
     void vStatement(const StatementHead& head) override;
     void vRecord(const Token& keyword) override;
@@ -54,12 +57,18 @@ private:
         std::uint64_t iHash = 0;
         std::size_t iFirstItem = 0;   // in m_items
     };
+    // Some exporters write whatever is referred to behind what refers to it: these are as many as the file has references.
     struct Reference {
         std::uint64_t iTarget;
         std::uint64_t iSource;
+        std::uint32_t iHeldTo;   // in m_heldTo
+        std::uint32_t iLine;     // up to 32 bits, the column too
+        std::uint32_t iColumn;
+    };
+    struct HeldTo {
         const ValueType* pType;
         const ParameterPlan* pParameter;
-        Place place;
+        [[nodiscard]] auto operator<=>(const HeldTo&) const noexcept = default;
     };
     struct InverseUse {
         std::uint32_t iInverse;
@@ -88,6 +97,7 @@ private:
     void vEnumeration(const ValueType& type, const Token& value);
     void vWidth(const ValueType& type, const Token& value);
     void vReference(const ValueType& type, const Token& value);
+    void vReferenceAhead(const ValueType& type, const Token& value);
     [[nodiscard]] bool boAccepts(const ValueType& type, const Instance& instance, std::uint64_t iNumber) const;
     [[nodiscard]] std::string sTypeOf(const Instance& instance, std::uint64_t iNumber) const;
     [[nodiscard]] bool boIsOf(const ifc::def::schema::Entity& entity, const Instance& instance,
@@ -95,12 +105,15 @@ private:
     void vItem(std::uint64_t iHash);
     void vAggregateEnd(const Frame& frame);
     void vComplexEnd();
+    void vTogether(const ifc::def::schema::Entity& supertype);
     void vUniqueValues();
     void vFinishReferences();
     void vFinishInverses();
     void vFinishUnique();
 
+    const ifc::def::SchemaPset& m_schema;
     SchemaPlan m_plan;
+    std::optional<SupertypeRules> m_supertypes;   // made when a file has a complex instance
     Collector& m_collector;
     InstanceTable& m_instances;
     StatementHead m_head{};
@@ -114,7 +127,10 @@ private:
     std::vector<std::optional<std::uint64_t>> m_values;       // hashes, by parameter
     std::vector<const ifc::def::schema::Entity*> m_records;   // of a complex instance
     std::unordered_map<std::uint64_t, std::vector<const ifc::def::schema::Entity*>> m_complex;
-    std::vector<Reference> m_references;   // to what is not there yet
+    std::deque<Reference> m_references;   // to what is not there yet
+    std::vector<HeldTo> m_heldTo;
+    std::map<HeldTo, std::uint32_t> m_heldToIndex;
+    std::uint32_t m_iHeldTo = 0;   // of the last one
     std::vector<InverseUse> m_uses;
     std::vector<std::vector<UniqueValue>> m_unique;   // by rule
     std::uint64_t m_iFaulty = 0;
