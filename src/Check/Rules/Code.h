@@ -163,6 +163,7 @@ public:
 
     const schema::Schema& graph;
     express::SchemaRules trees;
+    std::deque<express::ExpressionPtr> bounds;   // conditions made of bounds that are expressions
     std::deque<Node> nodes;
     std::deque<Step> steps;
     std::deque<TypeCode> types;

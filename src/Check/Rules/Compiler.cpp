@@ -25,6 +25,9 @@ std::uint32_t Program::iFindName(std::string_view upper) const {
 
 namespace {
 
+// Of a table: the largest published schema has some hundred thousand.
+constexpr std::size_t g_iMostEntries = 20'000'000;
+
 // All entities, supertypes first: in the order of their ordinals.
 std::vector<const schema::Entity*> entitiesOf(const schema::Schema& graph) {
     std::vector<const schema::Entity*> result;
@@ -45,14 +48,16 @@ const Symbol* CodeMaker::pFind(std::string_view upper) const {
     return nullptr;
 }
 
-bool CodeMaker::boHasAttribute(const schema::Entity& entity, std::string_view upper) const {
+bool CodeMaker::boHasAttribute(const schema::Entity& entity, std::string_view upper) {
     const std::string sName(upper);
     for (const schema::Entity* p = &entity; p; p = p->pParent) {
-        for (const schema::Attribute& attribute : p->ownAttributes)
-            if (sUpper(attribute.sName) == sName) return true;
-        for (const schema::AttributeInverse& attribute : p->ownInverseAttributes)
-            if (sUpper(attribute.sName) == sName) return true;
-        if (m_derived.contains({p, sName})) return true;
+        const auto [pNames, boNew] = m_attributes.try_emplace(p);
+        if (boNew) {
+            for (const schema::Attribute& attribute : p->ownAttributes) pNames->second.insert(sUpper(attribute.sName));
+            for (const schema::AttributeInverse& attribute : p->ownInverseAttributes)
+                pNames->second.insert(sUpper(attribute.sName));
+        }
+        if (pNames->second.contains(sName) || m_derived.contains({p, sName})) return true;
     }
     return false;
 }
@@ -282,11 +287,12 @@ void CodeMaker::vCompileGlobalRules() {
 }
 
 // What each name means for each type: as for its supertype, but for what the type declares itself.
-void CodeMaker::vMakeAccesses() {
+bool CodeMaker::boMakeAccesses() {
     Program& program = m_program;
     const std::size_t iNames = program.names.size();
     const std::vector<const schema::Entity*> entities = entitiesOf(program.graph);
     const std::size_t iRows = entities.empty() ? 1 : std::size_t{entities.back()->iTypeOrdinal} + 1;
+    if (iRows * iNames > g_iMostEntries) return false;
     program.accesses.emplace_back();
     program.accessOf.resize(iRows * iNames);
     for (const schema::Entity* pEntity : entities) {
@@ -327,30 +333,37 @@ void CodeMaker::vMakeAccesses() {
             vSet(pOwn->first.second, access);
         }
     }
+    return true;
 }
 
 // Rules of supertypes hold for subtypes, those of a defined type for the types declared by it.
-void CodeMaker::vInheritRules() {
+bool CodeMaker::boInheritRules() {
     Program& program = m_program;
+    std::size_t iEntries = 0;
     for (const schema::Entity* pEntity : entitiesOf(program.graph)) {
         if (!pEntity->pParent) continue;
         std::vector<std::uint32_t>& own = program.entityRules[pEntity->iTypeOrdinal];
         const std::vector<std::uint32_t>& above = program.entityRules[pEntity->pParent->iTypeOrdinal];
+        iEntries += own.size() + above.size();
+        if (iEntries > g_iMostEntries) return false;
         own.insert(own.begin(), above.begin(), above.end());
     }
     std::unordered_map<const schema::Type*, std::vector<std::uint32_t>> all;
     for (const schema::Schema::Record& record : program.graph.objects) {
         const schema::Type* pType = schema::pAsType(record.pObject);
         std::vector<std::uint32_t> found;
-        for (const schema::Type* p = pType; p; p = p->pDeclared)
+        for (const schema::Type* p = pType; p; p = p->pDeclared, ++iEntries)
             if (const auto pRules = program.typeRules.find(p); pRules != program.typeRules.end())
                 found.insert(found.begin(), pRules->second.begin(), pRules->second.end());
+        iEntries += found.size();
+        if (iEntries > g_iMostEntries) return false;
         if (!found.empty()) all.emplace(pType, std::move(found));
     }
     program.typeRules = std::move(all);
+    return true;
 }
 
-void CodeMaker::vCompileAll() {
+bool CodeMaker::boCompileAll() {
     Routine outer;   // of what stands in no block: only names
     m_global.pRoutine = &outer;
     m_pScope = &m_global;
@@ -367,17 +380,16 @@ void CodeMaker::vCompileAll() {
         if (block.kind != express::BlockKind::Rule) vCompileBlock(block, m_global, *m_routineOf.at(&block));
     vCompileTypes();
     vCompileEntities();
+    vCompileAllBounds();
     vCompileDerived();
     vCompileGlobalRules();
-    vMakeAccesses();
-    vInheritRules();
+    return boMakeAccesses() && boInheritRules();
 }
 
 std::unique_ptr<const Program> pCompile(const schema::Schema& graph, express::SchemaRules trees) {
     auto pProgram = std::make_unique<Program>(graph);
     pProgram->trees = std::move(trees);
-    CodeMaker(*pProgram).vCompileAll();
-    return pProgram;
+    return CodeMaker(*pProgram).boCompileAll() ? std::move(pProgram) : nullptr;
 }
 
 }   // namespace oxa::check::rules

@@ -6,6 +6,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,8 +44,8 @@ class CodeMaker {
 public:
     explicit CodeMaker(Program& program) : m_program(program) {}
 
-    // Declares all that the schema declares, then compiles it.
-    void vCompileAll();
+    // Declares all that the schema declares, then compiles it. False where its tables would be larger than any schema's.
+    [[nodiscard]] bool boCompileAll();
 
 private:
     // Compiler.cpp
@@ -55,8 +56,8 @@ private:
     void vCompileDerived();
     void vCompileUnique(const express::EntityRules& tree, const schema::Entity& entity);
     void vCompileGlobalRules();
-    void vMakeAccesses();
-    void vInheritRules();
+    [[nodiscard]] bool boMakeAccesses();
+    [[nodiscard]] bool boInheritRules();
     Rule& newRule(Rule::Sort sort, const std::string& sOwner, const std::string& sLabel, std::size_t iPosition,
                   const schema::ObjectBase* pOwner);
     // An expression as a routine of its own; a fault stays in it.
@@ -65,6 +66,11 @@ private:
     void vCompileBlock(const express::Block& block, Scope& outer, Routine& routine);
     void vDeclareParameters(const express::Block& block, Scope& scope);
     void vCompileLocals(const express::Block& block, Scope& scope);
+
+    // CompileBounds.cpp
+    void vCompileBounds(const schema::ObjectBase* pType, const std::string& sOwner, const std::string& sAttribute,
+                        const schema::Entity* pEntity);
+    void vCompileAllBounds();
 
     // CompileExpression.cpp. What can't be compiled is told once (vFault), and gives a node that is never run.
     const Node* pExpression(const express::Expression& tree);
@@ -106,7 +112,7 @@ private:
     void vFault(express::Place place, std::string sWhy);
 
     [[nodiscard]] const Symbol* pFind(std::string_view upper) const;
-    [[nodiscard]] bool boHasAttribute(const schema::Entity& entity, std::string_view upper) const;
+    [[nodiscard]] bool boHasAttribute(const schema::Entity& entity, std::string_view upper);
     [[nodiscard]] std::uint16_t iHopsTo(const Symbol& symbol) const {
         return static_cast<std::uint16_t>(m_pScope->pRoutine->iLevel - symbol.iLevel);
     }
@@ -115,6 +121,7 @@ private:
     Scope* m_pScope = nullptr;
     Scope m_global;
     std::map<std::pair<const schema::Entity*, std::string>, std::uint32_t> m_derived;   // own ones, by name in capitals
+    std::map<const schema::Entity*, std::set<std::string, std::less<>>> m_attributes;   // own ones, made when asked for
     std::multimap<std::string, const schema::DataTypeEnum*, std::less<>> m_enumerators;   // by item, in capitals
     std::map<const express::Block*, Routine*> m_routineOf;
 };
