@@ -6,7 +6,9 @@
 /// Not for  reading: Model takes what can be taken of a file and tells what it refused. A check builds no model for the
 ///          first three levels and forgives nothing.
 /// Order    the same records in the same order for any number of threads.
-/// Memory   for the first three levels a few bytes an instance, and what is wrong; never the file.
+/// Memory   for the first three levels a few bytes an instance, and what is wrong; never the file. For the rules the model.
+/// Bounded  time and memory grow with the file, whatever is in it or in the text of its schema: what would take more is left
+///          out and told, and nothing is called valid then.
 /// Threads  one check a thread; results are plain values.
 #pragma once
 
@@ -55,9 +57,16 @@ struct CheckOptions {
     unsigned threads = 0;
     /// Places of failures that are kept, of all groups together; those behind them are counted (CheckGroup::count).
     std::size_t mostPlaces = 4'000'000;
+    /// The same of each group: those that stand first in the file are kept.
+    std::size_t mostPlacesOfGroup = std::numeric_limits<std::size_t>::max();
+    /// Steps that the rules may take, all evaluations together: loop turns, calls, items looked at; a thousand more for each
+    /// instance, and one for each byte of the file. What would take more is not evaluated, and the verdict is at best
+    /// Undecided.
+    std::uint64_t ruleSteps = 200'000'000;
     /// Where it asks for the end, the check throws Stopped.
     std::stop_token stop{};
-    /// May be empty. Called now and then with rising counts, in bytes.
+    /// May be empty. Called now and then on the caller's thread with rising counts, in bytes of the file. The rules count
+    /// as much again; from the first of those calls on the whole is known.
     std::function<void(const Progress&)> progress{};
     /// From the name in the file to a schema, which has to outlive the check; null for an unknown one. Empty: the
     /// built-in schemas are asked.
@@ -135,7 +144,7 @@ struct CheckResult {
     std::uint64_t statements = 0;
     /// Size of the file.
     std::uint64_t bytes = 0;
-    /// More than mostPlaces were found: how many are counted in their groups and have no place there.
+    /// More than CheckOptions::mostPlaces were found: how many are counted in their groups and have no place there.
     std::uint64_t placesLeftOut = 0;
 
     /// In one word.
@@ -150,8 +159,8 @@ struct CheckResult {
 
 /// Checks the bytes of a STEP file from where the stream stands to its end.
 ///
-/// The stream is read once for the first three levels. The rules need a model: the stream is read again where it can be
-/// set back, and is left at its end.
+/// The stream is read once, and left at its end. The rules need a model, which is read beside; with one thread behind, and
+/// the stream is read again where it can be set back, else its bytes are kept until then.
 /// @throws Stopped, where the token asked for it; FileError, where the system can't read on.
 [[nodiscard]] OXA_CHECK_API CheckResult checkStream(std::istream& bytes, const CheckOptions& options = {});
 

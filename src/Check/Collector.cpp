@@ -16,6 +16,12 @@ auto place(const CheckPlace& place) {
     return std::tuple(place.line == 0, place.line, place.column, place.id, std::string_view(place.found));
 }
 
+bool boBefore(const CheckPlace& a, const CheckPlace& b) { return place(a) < place(b); }
+
+CheckPlace placeOf(const Failure& failure) {
+    return {failure.line, failure.column, failure.id, std::string(failure.found)};
+}
+
 auto order(const CheckGroup& group) {
     const CheckPlace* pFirst = group.places.empty() ? nullptr : &group.places.front();
     return std::tuple(group.level, pFirst == nullptr || pFirst->line == 0, pFirst ? pFirst->line : 0,
@@ -27,7 +33,7 @@ auto order(const CheckGroup& group) {
 }   // namespace
 
 // Texts are told apart by a byte that none of them has.
-CheckGroup& Collector::groupOf(const Failure& failure) {
+Collector::Kept& Collector::groupOf(const Failure& failure) {
     const bool boFull = m_groups.size() >= g_iMaxGroups;
     m_sKey.clear();
     m_sKey += static_cast<char>('0' + index(failure.level));
@@ -41,66 +47,83 @@ CheckGroup& Collector::groupOf(const Failure& failure) {
     }
     const auto [it, boNew] = m_groupOf.try_emplace(m_sKey, m_groups.size());
     if (!boNew) return m_groups[it->second];
-    CheckGroup& group = m_groups.emplace_back();
+    Kept& kept = m_groups.emplace_back();
+    CheckGroup& group = kept.group;
     group.level = failure.level;
     group.weight = failure.weight;
     group.key = failure.key;
     group.message = failure.message;
     group.rule = failure.rule;
-    if (boFull) return group;
+    if (boFull) return kept;
     group.type = failure.type;
     group.attribute = failure.attribute;
     group.expected = failure.expected;
-    return group;
+    return kept;
 }
 
 void Collector::vCount(const CheckGroup& group, std::uint64_t iCount) noexcept {
     (group.weight == CheckWeight::Note ? m_notes : m_failures)[index(group.level)] += iCount;
 }
 
-void Collector::vAdd(const Failure& failure) {
-    CheckGroup& group = groupOf(failure);
-    ++group.count;
-    vCount(group, 1);
+// Room for one place more, which is taken. A full group has room where another place is given up for it.
+bool Collector::boRoom(Kept& kept) {
+    if (kept.iPlaces >= m_iMostOfGroup) return false;
     if (m_iPlaces >= m_iMostPlaces) {
         ++m_iLeftOut;
-        return;
+        return false;
     }
     ++m_iPlaces;
-    group.places.push_back({failure.line, failure.column, failure.id, std::string(failure.found)});
+    ++kept.iPlaces;
+    return true;
 }
 
-void Collector::vMerge(Collector&& other) {
-    for (CheckGroup& from : other.m_groups) {
-        CheckGroup& group = groupOf(
-            {from.level, from.weight, from.key, from.rule, from.type, from.attribute, from.message, from.expected});
-        group.count += from.count;
-        vCount(group, from.count);
-        const std::size_t iTaken = std::min(from.places.size(), m_iMostPlaces - m_iPlaces);
-        std::move(from.places.begin(), from.places.begin() + static_cast<std::ptrdiff_t>(iTaken),
-                  std::back_inserter(group.places));
-        m_iPlaces += iTaken;
-        m_iLeftOut += from.places.size() - iTaken;
-    }
-    m_iLeftOut += other.m_iLeftOut;
+// The place goes in front of the last one of a full group, which is given up; a heap finds that one.
+void Collector::vReplace(CheckGroup& group, const Failure& failure) const {
+    if (group.places.size() < m_iMostOfGroup) return;
+    std::vector<CheckPlace>& places = group.places;
+    if (group.count == m_iMostOfGroup + 1) std::make_heap(places.begin(), places.end(), boBefore);
+    CheckPlace added = placeOf(failure);
+    if (!boBefore(added, places.front())) return;
+    std::pop_heap(places.begin(), places.end(), boBefore);
+    places.back() = std::move(added);
+    std::push_heap(places.begin(), places.end(), boBefore);
 }
+
+void Collector::vAdd(const Failure& failure) {
+    Kept& kept = groupOf(failure);
+    ++kept.group.count;
+    vCount(kept.group, 1);
+    if (boRoom(kept))
+        kept.group.places.push_back(placeOf(failure));
+    else if (m_iMostOfGroup > 0)
+        vReplace(kept.group, failure);
+}
+
+bool Collector::boCount(const Failure& failure) {
+    Kept& kept = groupOf(failure);
+    ++kept.group.count;
+    vCount(kept.group, 1);
+    return boRoom(kept);
+}
+
+void Collector::vPlace(const Failure& failure) { groupOf(failure).group.places.push_back(placeOf(failure)); }
 
 std::uint64_t Collector::iFailures(CheckLevel level) const noexcept { return m_failures[index(level)]; }
 std::uint64_t Collector::iNotes(CheckLevel level) const noexcept { return m_notes[index(level)]; }
 
 void Collector::vFinish(CheckResult& result) {
-    for (CheckGroup& group : m_groups)
-        std::stable_sort(group.places.begin(), group.places.end(),
-                         [](const CheckPlace& a, const CheckPlace& b) { return place(a) < place(b); });
-    std::sort(m_groups.begin(), m_groups.end(),
+    for (Kept& kept : m_groups) {
+        std::stable_sort(kept.group.places.begin(), kept.group.places.end(), boBefore);
+        result.groups.push_back(std::move(kept.group));
+    }
+    std::sort(result.groups.begin(), result.groups.end(),
               [](const CheckGroup& a, const CheckGroup& b) { return order(a) < order(b); });
-    result.groups = std::move(m_groups);
     result.placesLeftOut = m_iLeftOut;
     for (std::size_t i = 0; i < checkLevelCount; ++i) {
         result.levels[i].failures = m_failures[i];
         result.levels[i].notes = m_notes[i];
     }
-    *this = Collector(m_iMostPlaces);
+    *this = Collector(m_iMostPlaces, m_iMostOfGroup);
 }
 
 }   // namespace oxa::check

@@ -2,13 +2,15 @@
 // Collector: failures as they are found, grouped.
 //
 // For      every level: one vAdd a failure. A group is made on first use; equal failures add a place to it.
-// Memory   places up to a limit; those behind it are counted. Names that a file makes up are held in groups up to
+// Memory   places up to a limit, and of each group up to another one those that stand first in the file; all others are
+//          counted. Names that a file makes up are held in groups up to
 //          g_iMaxGroups; from there on groups are told by their key alone.
-// Threads  one collector a thread; vMerge puts those of several together.
+// Threads  one.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -38,11 +40,15 @@ struct Failure {
 
 class Collector {
 public:
-    explicit Collector(std::size_t iMostPlaces) : m_iMostPlaces(iMostPlaces) {}
+    explicit Collector(std::size_t iMostPlaces, std::size_t iMostOfGroup = std::numeric_limits<std::size_t>::max())
+        : m_iMostPlaces(iMostPlaces),
+          m_iMostOfGroup(iMostOfGroup) {}
 
     void vAdd(const Failure& failure);
-    // Takes over what another one, of a later part of the file or of another thread, has found.
-    void vMerge(Collector&& other);
+    // In two steps, for whoever has many and finds out only of some what stands there: counts one, and says whether its
+    // place is kept. Then vPlace has to be called with it. Failures of one group have to come in the order of the file.
+    [[nodiscard]] bool boCount(const Failure& failure);
+    void vPlace(const Failure& failure);
     // Failures of a level, notes aside.
     [[nodiscard]] std::uint64_t iFailures(CheckLevel level) const noexcept;
     [[nodiscard]] std::uint64_t iNotes(CheckLevel level) const noexcept;
@@ -51,13 +57,21 @@ public:
     void vFinish(CheckResult& result);
 
 private:
-    CheckGroup& groupOf(const Failure& failure);
+    // A group, and how many of its places are kept or will come by vPlace.
+    struct Kept {
+        CheckGroup group;
+        std::size_t iPlaces = 0;
+    };
+    Kept& groupOf(const Failure& failure);
     void vCount(const CheckGroup& group, std::uint64_t iCount) noexcept;
+    [[nodiscard]] bool boRoom(Kept& kept);
+    void vReplace(CheckGroup& group, const Failure& failure) const;
 
     std::size_t m_iMostPlaces;
+    std::size_t m_iMostOfGroup;
     std::size_t m_iPlaces = 0;
     std::uint64_t m_iLeftOut = 0;
-    std::vector<CheckGroup> m_groups;
+    std::vector<Kept> m_groups;
     std::unordered_map<std::string, std::size_t> m_groupOf;   // by all that equal failures have in common
     std::array<std::uint64_t, checkLevelCount> m_failures{};
     std::array<std::uint64_t, checkLevelCount> m_notes{};

@@ -55,17 +55,31 @@ TEST(CheckCollector, CountsWhatItDoesNotKeep) {
     EXPECT_EQ(result.placesLeftOut, 3U);
 }
 
-TEST(CheckCollector, MergesInOrderAndWithinTheLimit) {
-    check::Collector first(3);
-    check::Collector second(3);
-    first.vAdd(failure(CheckLevel::Rules, "A", 9));
-    for (std::uint64_t i = 1; i <= 4; ++i) second.vAdd(failure(CheckLevel::Rules, "A", i));
-    first.vMerge(std::move(second));
+TEST(CheckCollector, KeepsOfAGroupTheFirstInTheFile) {
+    check::Collector collector(100, 3);
+    for (const std::uint64_t i : {9U, 0U, 4U, 8U, 2U, 7U, 1U, 6U}) collector.vAdd(failure(CheckLevel::Schema, "A", i));
+    collector.vAdd(failure(CheckLevel::Schema, "B", 5));
     CheckResult result;
-    first.vFinish(result);
-    EXPECT_EQ(sGroups(result), "rules A x5: 1 2 9");
-    EXPECT_EQ(result.placesLeftOut, 2U);
-    EXPECT_EQ(result.level(CheckLevel::Rules).failures, 5U);
+    collector.vFinish(result);
+    EXPECT_EQ(sGroups(result), "schema A x8: 1 2 4 | schema B x1: 5");
+    EXPECT_EQ(result.placesLeftOut, 0U) << "the groups say it";
+    EXPECT_EQ(result.level(CheckLevel::Schema).failures, 9U);
+}
+
+TEST(CheckCollector, CountsBeforeItAsksForWhatStandsThere) {
+    check::Collector collector(4, 2);
+    std::string sKept;
+    for (std::uint64_t i = 1; i <= 4; ++i)
+        for (const std::string_view key : {"A", "B", "C"})
+            if (collector.boCount(failure(CheckLevel::Rules, key, i))) {
+                sKept.append(key) += std::to_string(i);
+                collector.vPlace(failure(CheckLevel::Rules, key, i));
+            }
+    EXPECT_EQ(sKept, "A1B1C1A2");
+    CheckResult result;
+    collector.vFinish(result);
+    EXPECT_EQ(sGroups(result), "rules A x4: 1 2 | rules B x4: 1 | rules C x4: 1");
+    EXPECT_EQ(result.placesLeftOut, 6U);
 }
 
 TEST(CheckCollector, MadeUpNamesMakeNoEndOfGroups) {

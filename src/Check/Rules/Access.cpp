@@ -2,6 +2,7 @@
 #include "Check/Rules/Access.h"
 
 #include <charconv>
+#include <cstring>
 
 #include "Format/Ifc/IfcGuid.h"
 
@@ -18,14 +19,23 @@ Value typed(T value, const schema::ObjectBase* pType) {
     return result;
 }
 
-Value textToNul(const char* pText, const schema::ObjectBase* pType) {
+Value textToNul(const char* pText, Kind kind, const schema::ObjectBase* pType) {
     Value result;
     if (!pText) return result;
-    result.kind = Kind::String;
+    result.kind = kind;
     result.pText = pText;
     result.iCount = Value::g_iToNul;
     result.pType = pType;
     return result;
+}
+
+// A text whose length is known from here on. Whatever is done with it costs as much again.
+Value textOf(Evaluator& evaluator, const char* pText, const schema::ObjectBase* pType) {
+    Value result = textToNul(pText, Kind::String, pType);
+    if (!pText) return result;
+    const std::size_t iLength = std::strlen(pText);
+    if (iLength < Value::g_iToNul) result.iCount = static_cast<std::uint32_t>(iLength);
+    return boStepText(evaluator, result) ? result : Value();
 }
 
 // A cell that has a value, as its class.
@@ -43,7 +53,7 @@ struct CellValue {
                                                      : Logical::False,
                      pType);
     }
-    Value operator()(const ifc::AttributeString& cell) const { return textToNul(cell.m_value, pType); }
+    Value operator()(const ifc::AttributeString& cell) const { return textOf(evaluator, cell.m_value, pType); }
     Value operator()(const ifc::AttributeGuid& cell) const {
         const Guid guid = cell.m_value;
         Value text = evaluator.textOf(ifc::IfcGuid::toIfcGuid(guid));
@@ -59,9 +69,7 @@ struct CellValue {
         return result;
     }
     Value operator()(const ifc::AttributeEnumeration& cell) const {
-        Value result = textToNul(cell.m_value, pType);
-        if (!result.boNull()) result.kind = Kind::Enumerator;
-        return result;
+        return textToNul(cell.m_value, Kind::Enumerator, pType);
     }
     Value operator()(const ifc::AttributeEntity& cell) const {
         ifc::Entity* pEntity = cell.m_value;
@@ -99,7 +107,9 @@ struct ItemValue {
 
     Value operator()(const ifc::Array<double>* pItems) const { return typed((*pItems)[iItem].load(), pType); }
     Value operator()(const ifc::Array<long long>* pItems) const { return typed((*pItems)[iItem].load(), pType); }
-    Value operator()(const ifc::Array<char*>* pItems) const { return textToNul((*pItems)[iItem].load(), pType); }
+    Value operator()(const ifc::Array<char*>* pItems) const {
+        return textOf(evaluator, (*pItems)[iItem].load(), pType);
+    }
     Value operator()(const ifc::Array<ifc::AttributeBinary>* pItems) const { return cell((*pItems)[iItem]); }
     Value operator()(const ifc::Array<ifc::AttributeSelect>* pItems) const { return cell((*pItems)[iItem]); }
     Value operator()(const ifc::Array<ifc::AttributeList>* pItems) const { return cell((*pItems)[iItem]); }

@@ -64,6 +64,12 @@ void vForEachItem(Evaluator& evaluator, const Value& aggregate, Each&& each) {
         if (!evaluator.boStep() || !each(itemAt(evaluator, aggregate, i))) return;
 }
 
+// Counts what it costs to look at the whole of a text.
+inline bool boStepText(Evaluator& evaluator, const Value& value) {
+    constexpr std::size_t g_iBytesOfStep = 128;
+    const std::size_t iBytes = value.kind == Kind::String ? value.text().size() : 0;
+    return iBytes < g_iBytesOfStep || evaluator.boStep(iBytes / g_iBytesOfStep);
+}
 // Where texts are made of code points.
 [[nodiscard]] std::size_t iCharacters(std::string_view text) noexcept;
 // Characters iFirst to iLast, from 0, of UTF-8; nothing outside.

@@ -89,7 +89,7 @@ Value edgeOf(Evaluator& evaluator, const Node& node) {
 
 Value length(Evaluator& evaluator, const Node& node) {
     const Value value = argument(evaluator, node, 0);
-    if (value.boNull()) return {};
+    if (value.boNull() || !boStepText(evaluator, value)) return {};
     return value.kind == Kind::String ? valueOf(static_cast<long long>(iCharacters(value.text())))
                                       : evaluator.fail("the argument of LENGTH is no string");
 }

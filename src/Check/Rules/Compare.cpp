@@ -27,6 +27,7 @@ public:
         if (a.boAggregate() && b.boAggregate()) return aggregates(a, b);
         const bool boInstances = pEntityTypeOf(a) && pEntityTypeOf(b);
         if (boInstances) return instances(a, b);
+        if (!boStepText(m_evaluator, a)) return Logical::Unknown;
         const Order result = order(a, b);
         return result.boKnown ? ofBool(result.iSign == 0) : Logical::Unknown;
     }
@@ -224,6 +225,7 @@ std::uint32_t iFind(Evaluator& evaluator, const Aggregate& aggregate, const Valu
             if (!evaluator.boStep() || same(evaluator, aggregate.pItems[i], item) == Logical::True) return i;
         return aggregate.iCount;
     }
+    if (!boStepText(evaluator, item)) return aggregate.iCount;
     for (std::uint64_t uAt = uHash(item); evaluator.boStep(); ++uAt) {
         const std::uint32_t iPlace = aggregate.pSlots[uAt & (aggregate.iSlots - 1)];
         if (!iPlace) return aggregate.iCount;

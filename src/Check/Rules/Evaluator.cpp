@@ -25,12 +25,14 @@ Evaluator::Evaluator(const Program& program, ModelIndex& index, const Limits& li
       m_index(index),
       m_limits(limitsHere(limits)),
       m_arena(limits.iMemory),
+      m_iSteps(limits.iSteps),
       m_remembered(g_iRemembered) {}
 
 void Evaluator::vReset() {
     m_arena.vReset();
     m_rows.clear();
     m_sFault.clear();
+    m_iTaken += m_limits.iSteps - m_iSteps;
     m_iSteps = m_limits.iSteps;
     m_pFrame = nullptr;
     m_pStackBase = nullptr;
@@ -211,13 +213,14 @@ Value Evaluator::derived(std::uint32_t iDerived, const Value& self) {
     if (self.kind == Kind::Entity) {
         const auto uMix = (reinterpret_cast<std::uintptr_t>(self.pEntity) / 8 + iDerived * 977U);
         pPlace = &m_remembered[uMix % g_iRemembered];
-        if (pPlace->pEntity == self.pEntity && pPlace->iDerived == iDerived) return pPlace->value;
+        if (pPlace->pEntity == self.pEntity && pPlace->iDerived == iDerived && pPlace->iEpoch == m_iEpoch)
+            return pPlace->value;
     }
     const Value result = runRoutine(m_program.derived[iDerived].code, self, nullptr, 0, nullptr);
     const bool boPlain =
         result.kind == Kind::Null || result.kind == Kind::Logical || result.boNumber() || result.kind == Kind::Entity;
     // What leads into the memory of this evaluation is not good for the next one.
-    if (pPlace && boPlain && !boFailed()) *pPlace = {self.pEntity, iDerived, result};
+    if (pPlace && boPlain && !boFailed()) *pPlace = {self.pEntity, iDerived, m_iEpoch, result};
     return result;
 }
 

@@ -51,6 +51,10 @@ public:
     // Runs a function with arguments, for tests and derived attributes alike.
     [[nodiscard]] Value call(const Routine& routine, std::vector<Value> arguments);
     void vReset();
+    // Values of derived attributes that were remembered are evaluated anew.
+    void vForget() noexcept { ++m_iEpoch; }
+    // Of all evaluations so far.
+    [[nodiscard]] std::uint64_t iStepsTaken() const noexcept { return m_iTaken + m_limits.iSteps - m_iSteps; }
 
     [[nodiscard]] bool boFailed() const noexcept { return !m_sFault.empty(); }
     [[nodiscard]] const std::string& sFault() const noexcept { return m_sFault; }
@@ -70,7 +74,9 @@ public:
     [[nodiscard]] T* pMake(std::size_t iCount = 1) {
         T* pResult = m_arena.pMake<T>(iCount);
         if (!pResult) fail("it needs too much memory");
-        return pResult;
+        // What fills memory takes its time.
+        const std::size_t iSteps = pResult ? sizeof(T) * iCount / g_iBytesOfStep : 0;
+        return iSteps == 0 || boStep(iSteps) ? pResult : nullptr;
     }
     // With room for so many items; null with a fault.
     [[nodiscard]] Aggregate* pMakeAggregate(AggregateKind kind, std::size_t iCapacity);
@@ -110,16 +116,20 @@ private:
     struct Remembered {
         const ifc::Entity* pEntity = nullptr;
         std::uint32_t iDerived = 0;
+        std::uint32_t iEpoch = 0;
         Value value;
     };
     static constexpr std::size_t g_iRemembered = 4096;
     static constexpr std::size_t g_iRows = 64;
+    static constexpr std::size_t g_iBytesOfStep = 256;
 
     const Program& m_program;
     ModelIndex& m_index;
     Limits m_limits;
     Arena m_arena;
-    std::uint64_t m_iSteps = 0;
+    std::uint64_t m_iSteps;       // that are left
+    std::uint64_t m_iTaken = 0;   // by evaluations before
+    std::uint32_t m_iEpoch = 1;
     const char* m_pStackBase = nullptr;
     Frame* m_pFrame = nullptr;
     Frame m_globalFrame;

@@ -47,7 +47,7 @@ Value bitsOf(Evaluator& evaluator, const Value& binary, std::size_t iFirst, std:
 
 // Characters or bits, from 1.
 Value partOf(Evaluator& evaluator, const Value& base, long long iFirst, long long iLast) {
-    if (iFirst < 1 || iLast < iFirst) return {};
+    if (iFirst < 1 || iLast < iFirst || !boStepText(evaluator, base)) return {};
     const auto iBegin = static_cast<std::size_t>(iFirst - 1);
     const auto iEnd = static_cast<std::size_t>(iLast - 1);
     if (base.kind == Kind::Binary) return bitsOf(evaluator, base, iBegin, iEnd);

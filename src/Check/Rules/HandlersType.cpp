@@ -126,6 +126,7 @@ Value typeOf(Evaluator& evaluator, const Node& node) {
     for (const schema::Type* p = schema::pAsType(value.pType); p && !pEntityTypeOf(value); p = p->pDeclared)
         vAdd(evaluator, *pResult, sSchema, p->sNameUpper);
     for (const std::string_view base : baseTypes(value)) vAdd(evaluator, *pResult, {}, base);
+    if (!evaluator.boStep(evaluator.program().graph.objects.size() / 16)) return {};
     for (const schema::Schema::Record& record : evaluator.program().graph.objects) {
         const auto* pSelect = dynamic_cast<const schema::DataTypeSelect*>(schema::pDataTypeOf(record.pObject));
         if (pSelect && boOfType(value, {record.pObject, pSelect, {}}))

@@ -4,7 +4,10 @@
 #include <algorithm>
 #include <atomic>
 #include <deque>
+#include <span>
 #include <thread>
+#include <unordered_set>
+#include <utility>
 
 #include "Check/Rules/Access.h"
 #include "Check/Rules/Compare.h"
@@ -71,7 +74,27 @@ public:
         : m_program(program),
           m_plans(plans),
           m_evaluator(program, index, limits),
-          m_counts(program.rules.size()) {}
+          m_counts(program.rules.size()),
+          m_unknownIn(program.rules.size()) {}
+
+    // What a share of the model takes and finds depends on nothing that was remembered before it.
+    void vBeginShare() {
+        m_evaluator.vForget();
+        m_iStepsBefore = m_evaluator.iStepsTaken();
+        ++m_iShare;
+        m_unknown.clear();
+    }
+    [[nodiscard]] std::uint64_t iStepsOfShare() const { return m_evaluator.iStepsTaken() - m_iStepsBefore; }
+    // Rules that were UNKNOWN for an instance of the share.
+    [[nodiscard]] std::vector<std::uint32_t> takeUnknown() { return std::exchange(m_unknown, {}); }
+
+    // What was found of the instance before gets its reasons.
+    void vExplain(ifc::Entity& entity, std::span<RuleFinding> known) {
+        m_known = known;
+        std::vector<RuleFinding> none;
+        vCheck(entity, none);
+        m_known = {};
+    }
 
     void vCheck(ifc::Entity& entity, std::vector<RuleFinding>& findings) {
         const schema::Entity* pType = entity.pSchemaEntity();
@@ -84,22 +107,24 @@ public:
             const Value value =
                 valueOfCell(m_evaluator, *reinterpret_cast<const ifc::AttributeBase*>(pBytes + cell.iOffset),
                             cell.eClass, cell.pAttribute->pType());
-            vCheckValue(value, {RuleFinding::Sort::Violated, 0, &entity, cell.pAttribute, {}}, findings);
+            vCheckValue(value, {.pEntity = &entity, .pAttribute = cell.pAttribute}, findings);
         }
         for (const std::uint32_t iRule : *plan.pRules)
-            vCheckRule(iRule, valueOf(&entity), {RuleFinding::Sort::Violated, iRule, &entity, nullptr, {}}, findings);
+            vCheckRule(iRule, valueOf(&entity), {.iRule = iRule, .pEntity = &entity}, findings);
     }
 
     void vCheckGlobal(const GlobalRule& rule, std::vector<RuleFinding>& findings) {
         const bool boRan = m_evaluator.boRunGlobal(rule);
         for (const std::uint32_t iRule : rule.rules) {
-            RuleFinding finding{RuleFinding::Sort::Violated, iRule, nullptr, nullptr, {}};
+            RuleFinding finding{.iRule = iRule};
             const Node& condition = *m_program.rules[iRule].code.pExpression;
             const auto evaluate = [this](const Node& node) { return m_evaluator.evaluateInFrame(node); };
             const Value result = boRan ? evaluate(condition) : Value();
             vTake(result, condition, evaluate, std::move(finding), findings);
         }
     }
+
+    void vLeaveOut(std::uint32_t iRule) { ++m_counts[iRule].iFailed; }
 
     // One attribute after the other; where one has no value there is nothing to compare.
     void vCheckUnique(std::uint32_t iRule, const std::vector<ifc::Entity*>& population,
@@ -151,23 +176,31 @@ private:
         if (m_evaluator.boFailed()) {
             ++count.iFailed;
             finding.sort = RuleFinding::Sort::NotEvaluated;
-            finding.sReason = m_evaluator.sFault();
-            findings.push_back(std::move(finding));
-            return;
+            return vTell(std::move(finding), findings, [this] { return m_evaluator.sFault(); });
         }
         ++count.iEvaluated;
         if (result.boNull() || result.eLogical == Logical::Unknown) {
             ++count.iUnknown;
+            if (std::exchange(m_unknownIn[finding.iRule], m_iShare) != m_iShare) m_unknown.push_back(finding.iRule);
             return;
         }
         if (result.eLogical == Logical::True) return;
-        finding.sReason = sReason(m_evaluator, condition, evaluate);
-        if (finding.pAttribute) {
+        const schema::Attribute* const pAttribute = finding.pAttribute;
+        vTell(std::move(finding), findings, [&] {
+            const std::string sWhy = sReason(m_evaluator, condition, evaluate);
+            if (!pAttribute) return sWhy;
             const Value value = evaluate(*m_pSelf);
-            finding.sReason = finding.pAttribute->sName + " = " + sValueText(m_evaluator, value) +
-                              (finding.sReason.empty() ? "" : "; " + finding.sReason);
-        }
-        findings.push_back(std::move(finding));
+            return pAttribute->sName + " = " + sValueText(m_evaluator, value) + (sWhy.empty() ? "" : "; " + sWhy);
+        });
+    }
+
+    // Reasons of instances are made when it is known which of them are told.
+    template <class Reason>
+    void vTell(RuleFinding finding, std::vector<RuleFinding>& findings, const Reason& sWhy) {
+        if (!finding.pEntity) finding.sReason = sWhy();
+        if (m_known.empty()) return findings.push_back(std::move(finding));
+        if (m_known.front().boTold) m_known.front().sReason = sWhy();
+        m_known = m_known.subspan(1);
     }
 
     static const Node* pSelfNode() {
@@ -183,6 +216,11 @@ private:
     const Plans& m_plans;
     Evaluator m_evaluator;
     std::vector<RuleCount> m_counts;
+    std::vector<std::uint32_t> m_unknown;     // rules of the share
+    std::vector<std::uint32_t> m_unknownIn;   // by rule: the last share with it in m_unknown
+    std::uint32_t m_iShare = 0;
+    std::uint64_t m_iStepsBefore = 0;
+    std::span<RuleFinding> m_known;   // of the instance in hand, those that are still to come
     const Node* m_pSelf = pSelfNode();
 };
 
@@ -203,7 +241,10 @@ void Worker::vCheckUnique(std::uint32_t iRule, const std::vector<ifc::Entity*>& 
             if (m_evaluator.boFailed()) {
                 --m_counts[iRule].iEvaluated;
                 ++m_counts[iRule].iFailed;
-                findings.push_back({RuleFinding::Sort::NotEvaluated, iRule, pEntity, nullptr, m_evaluator.sFault()});
+                findings.push_back({.sort = RuleFinding::Sort::NotEvaluated,
+                                    .iRule = iRule,
+                                    .pEntity = pEntity,
+                                    .sReason = m_evaluator.sFault()});
             }
             continue;
         }
@@ -226,48 +267,82 @@ void Worker::vCheckUnique(std::uint32_t iRule, const std::vector<ifc::Entity*>& 
         for (const Value& value : values)
             sReason += (&value == values.data() ? "" : ", ") + sValueText(m_evaluator, value);
         sReason += ", as " + sValueText(m_evaluator, valueOf(pTwin));
-        findings.push_back({RuleFinding::Sort::Violated, iRule, pEntity, nullptr, std::move(sReason)});
+        findings.push_back({.iRule = iRule, .pEntity = pEntity, .sReason = std::move(sReason)});
     }
 }
 
+}   // namespace
+
 // Shares of the instances go to whoever has time; what each share found keeps its place.
-class Run {
+class RuleRun::Work {
 public:
-    Run(const Program& program, const ifc::Data& data, const RuleOptions& options)
+    Work(const Program& program, const ifc::Data& data, RuleOptions options)
         : m_program(program),
-          m_options(options),
+          m_options(std::move(options)),
           m_index(data),
           m_entities(data.entities()),
-          m_plans(program) {
+          m_plans(program),
+          m_iBudget(m_options.iStepsOfModel + m_options.iStepsOfInstance * m_entities.size()) {
         for (const ifc::Entity* pEntity : m_entities)
             if (pEntity->pSchemaEntity()) m_plans.vMake(*pEntity->pSchemaEntity());
         m_shares.resize((m_entities.size() + g_iShare - 1) / g_iShare);
+        for (unsigned i = 0; i < iThreadCount(); ++i)
+            m_workers.emplace_back(program, m_index, m_plans, m_options.limits);
     }
 
-    RuleResult run() {
-        const unsigned iThreads = iThreadCount();
-        for (unsigned i = 0; i < iThreads; ++i) m_workers.emplace_back(m_program, m_index, m_plans, m_options.limits);
-        std::vector<std::thread> threads;
-        for (unsigned i = 1; i < iThreads; ++i) threads.emplace_back([this, i] { vWork(m_workers[i], false); });
-        vWork(m_workers[0], true);
-        for (std::thread& thread : threads) thread.join();
+    RuleResult check() {
+        vOnAllThreads([this](Worker& worker, bool boTells) { vWork(worker, boTells); });
         RuleResult result;
-        for (std::vector<RuleFinding>& share : m_shares)
-            std::move(share.begin(), share.end(), std::back_inserter(result.findings));
-        if (!boStop()) vCheckWhole(result.findings);
+        const std::size_t iWhole = iWithinBudget(result.iSteps);
+        std::size_t iFindings = 0;
+        for (std::size_t i = 0; i < iWhole; ++i) iFindings += m_shares[i].findings.size();
+        result.findings.reserve(iFindings);
+        for (std::size_t i = 0; i < iWhole; ++i)
+            for (RuleFinding& finding : std::exchange(m_shares[i].findings, {}))
+                result.findings.push_back(std::move(finding));
+        const bool boAll = iWhole == m_shares.size();
+        if (boAll && !boStop()) vCheckWhole(result);
         result.boStopped = boStop();
         result.counts.resize(m_program.rules.size());
-        for (const Worker& worker : m_workers)
-            for (std::size_t i = 0; i < result.counts.size(); ++i) {
-                result.counts[i].iEvaluated += worker.counts()[i].iEvaluated;
-                result.counts[i].iUnknown += worker.counts()[i].iUnknown;
-                result.counts[i].iFailed += worker.counts()[i].iFailed;
-            }
+        for (const Worker& worker : m_workers) vAddCounts(worker.counts(), result.counts);
+        if (!result.boStopped && !boAll) vLeaveOut(iWhole, result);
+        m_shares.clear();
         return result;
     }
 
+    void vReasons(std::vector<RuleFinding>& findings) {
+        // Findings of one instance stand together, those of the model as a whole have their reasons.
+        std::vector<std::span<RuleFinding>> runs;
+        for (std::size_t i = 0, iEnd = 0; i < findings.size(); i = iEnd) {
+            bool boTold = false;
+            for (; iEnd < findings.size() && findings[iEnd].pEntity == findings[i].pEntity &&
+                   boOfInstance(findings[iEnd]);
+                 ++iEnd)
+                boTold = boTold || findings[iEnd].boTold;
+            if (boTold) runs.emplace_back(&findings[i], iEnd - i);
+            iEnd = std::max(iEnd, i + 1);
+        }
+        m_iNext = 0;
+        vOnAllThreads([&](Worker& worker, bool) {
+            for (std::size_t i = m_iNext++; i < runs.size() && !boStop(); i = m_iNext++)
+                worker.vExplain(*runs[i].front().pEntity, runs[i]);
+        });
+    }
+
 private:
+    struct Share {
+        std::vector<RuleFinding> findings;
+        std::vector<std::uint32_t> unknown;
+        std::uint64_t iSteps = 0;
+        bool boDone = false;
+    };
+
     [[nodiscard]] bool boStop() const { return m_options.stop.stop_requested(); }
+
+    [[nodiscard]] bool boOfInstance(const RuleFinding& finding) const {
+        const Rule::Sort sort = m_program.rules[finding.iRule].sort;
+        return sort == Rule::Sort::Entity || sort == Rule::Sort::Type;
+    }
 
     [[nodiscard]] unsigned iThreadCount() const {
         // A number that has to be dealt changes the model.
@@ -280,38 +355,116 @@ private:
         return data.pEntityFromId(data.iIdFromEntity(*m_entities.front())) != nullptr;
     }
 
-    // What concerns the model as a whole, on the caller's thread.
-    void vCheckWhole(std::vector<RuleFinding>& findings) {
-        for (std::uint32_t iRule = 0; iRule < m_program.rules.size() && m_options.boUnique; ++iRule) {
-            const Rule& rule = m_program.rules[iRule];
-            const schema::Entity* pOwner = rule.sort == Rule::Sort::Unique ? schema::pAsEntity(rule.pOwner) : nullptr;
-            if (pOwner) m_workers[0].vCheckUnique(iRule, m_index.population(*pOwner), findings);
-        }
-        for (const GlobalRule& rule : m_program.globals) m_workers[0].vCheckGlobal(rule, findings);
+    template <class Function>
+    void vOnAllThreads(const Function& function) {
+        std::vector<std::thread> threads;
+        for (std::size_t i = 1; i < m_workers.size(); ++i)
+            threads.emplace_back([this, i, &function] { function(m_workers[i], false); });
+        function(m_workers[0], true);
+        for (std::thread& thread : threads) thread.join();
     }
 
     void vWork(Worker& worker, bool boTells) {
-        for (std::size_t iShare = m_iNext++; iShare < m_shares.size() && !boStop(); iShare = m_iNext++) {
+        for (std::size_t iShare = m_iNext++; iShare < m_shares.size() && m_iTaken <= m_iBudget && !boStop();
+             iShare = m_iNext++) {
             const std::size_t iEnd = std::min(m_entities.size(), (iShare + 1) * g_iShare);
-            for (std::size_t i = iShare * g_iShare; i < iEnd; ++i) worker.vCheck(*m_entities[i], m_shares[iShare]);
+            Share& share = m_shares[iShare];
+            worker.vBeginShare();
+            for (std::size_t i = iShare * g_iShare; i < iEnd && worker.iStepsOfShare() <= m_iBudget && !boStop(); ++i)
+                worker.vCheck(*m_entities[i], share.findings);
+            share.unknown = worker.takeUnknown();
+            share.iSteps = worker.iStepsOfShare();
+            share.boDone = true;
+            m_iTaken += share.iSteps;
             if (boTells && m_options.progress) m_options.progress(iEnd, m_entities.size());
         }
     }
 
+    // How many shares cost no more than the budget, and what all of them cost. Shares are taken in order, so those in
+    // front of the one that goes past the budget are done, whoever did them.
+    [[nodiscard]] std::size_t iWithinBudget(std::uint64_t& iSteps) const {
+        std::size_t iWhole = 0;
+        for (; iWhole < m_shares.size() && m_shares[iWhole].boDone; ++iWhole) {
+            iSteps += m_shares[iWhole].iSteps;
+            if (iSteps > m_iBudget) return iWhole;
+        }
+        return iWhole;
+    }
+
+    static void vAddCounts(const std::vector<RuleCount>& from, std::vector<RuleCount>& to) {
+        for (std::size_t i = 0; i < to.size(); ++i) {
+            to[i].iEvaluated += from[i].iEvaluated;
+            to[i].iUnknown += from[i].iUnknown;
+            to[i].iFailed += from[i].iFailed;
+        }
+    }
+
+    // Counts without the shares that are left out, whose rules count as not evaluated.
+    void vLeaveOut(std::size_t iWhole, RuleResult& result) const {
+        result.iLeftOut = m_entities.size() - std::min(m_entities.size(), iWhole * g_iShare);
+        result.boWholeLeftOut = true;
+        for (RuleCount& count : result.counts) count.iUnknown = count.iFailed = 0;
+        for (std::size_t i = 0; i < iWhole; ++i)
+            for (const std::uint32_t iRule : m_shares[i].unknown) ++result.counts[iRule].iUnknown;
+        for (const RuleFinding& finding : result.findings)
+            if (finding.sort == RuleFinding::Sort::NotEvaluated) ++result.counts[finding.iRule].iFailed;
+        std::unordered_set<const schema::Entity*> types;
+        for (std::size_t i = iWhole * g_iShare; i < m_entities.size(); ++i)
+            if (const schema::Entity* pType = m_entities[i]->pSchemaEntity(); pType && types.insert(pType).second)
+                for (const std::uint32_t iRule : *m_plans.plan(*pType).pRules) ++result.counts[iRule].iFailed;
+        for (std::size_t i = 0; i < result.counts.size(); ++i)
+            if (m_program.rules[i].sort != Rule::Sort::Entity) ++result.counts[i].iFailed;
+    }
+
+    // What concerns the model as a whole, on the caller's thread, with what is left of the budget.
+    void vCheckWhole(RuleResult& result) {
+        Worker& worker = m_workers[0];
+        worker.vBeginShare();
+        const auto boEnough = [&] { return !boStop() && result.iSteps + worker.iStepsOfShare() <= m_iBudget; };
+        for (std::uint32_t iRule = 0; iRule < m_program.rules.size() && m_options.boUnique; ++iRule) {
+            const Rule& rule = m_program.rules[iRule];
+            const schema::Entity* pOwner = rule.sort == Rule::Sort::Unique ? schema::pAsEntity(rule.pOwner) : nullptr;
+            if (pOwner && boEnough())
+                worker.vCheckUnique(iRule, m_index.population(*pOwner), result.findings);
+            else if (pOwner)
+                worker.vLeaveOut(iRule);
+        }
+        for (const GlobalRule& rule : m_program.globals) {
+            if (boEnough())
+                worker.vCheckGlobal(rule, result.findings);
+            else
+                for (const std::uint32_t iRule : rule.rules) worker.vLeaveOut(iRule);
+        }
+        result.boWholeLeftOut = !boEnough();
+        result.iSteps += worker.iStepsOfShare();
+    }
+
     const Program& m_program;
-    const RuleOptions& m_options;
+    const RuleOptions m_options;
     ModelIndex m_index;
     const std::vector<ifc::Entity*>& m_entities;
     Plans m_plans;
-    std::vector<std::vector<RuleFinding>> m_shares;
+    std::vector<Share> m_shares;
     std::atomic<std::size_t> m_iNext{0};
+    const std::uint64_t m_iBudget;            // steps
+    std::atomic<std::uint64_t> m_iTaken{0};   // of shares that are done
     std::deque<Worker> m_workers;
 };
 
-}   // namespace
+RuleRun::RuleRun(const Program& program, const ifc::Data& data, const RuleOptions& options)
+    : m_pWork(std::make_unique<Work>(program, data, options)) {}
+
+RuleRun::~RuleRun() = default;
+
+RuleResult RuleRun::check() { return m_pWork->check(); }
+
+void RuleRun::vReasons(std::vector<RuleFinding>& findings) { m_pWork->vReasons(findings); }
 
 RuleResult checkRules(const Program& program, const ifc::Data& data, const RuleOptions& options) {
-    return Run(program, data, options).run();
+    RuleRun run(program, data, options);
+    RuleResult result = run.check();
+    run.vReasons(result.findings);
+    return result;
 }
 
 }   // namespace oxa::check::rules

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Check/Rules/RuleLevel.h"
 
-#include "Check/Rules/BuiltInRules.h"
-#include "Check/Rules/ReadLosses.h"
+#include <algorithm>
+#include <tuple>
+#include <vector>
+
 #include "Check/Rules/RuleCheck.h"
-#include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Model/Error.h"
 
@@ -21,18 +22,33 @@ std::string sCounted(std::size_t iCount, const char* sOne, const char* sMany) {
     return std::to_string(iCount) + ' ' + (iCount == 1 ? sOne : sMany);
 }
 
-// Whether the file was read to its end.
-bool boRead(ifc::File& file, std::istream& bytes, const ifc::def::SchemaPset& schema, const CheckOptions& options,
-            ifc::io::ReadError& errors) {
-    ifc::ReadOptions how;
-    how.schemaFromName = [&schema](const std::string&) { return const_cast<ifc::def::SchemaPset*>(&schema); };
-    how.boKeepIds = true;
-    how.boSingleThreaded = options.threads == 1;
-    return file.boRead(bytes, errors, how);
+// A finding that is to be told, with where it stands.
+struct Placed {
+    std::uint64_t iLine = 0;
+    std::uint64_t iId = 0;
+    RuleFinding* pFinding = nullptr;
+};
+
+std::vector<Placed> placed(std::vector<RuleFinding>& findings, const ifc::Data& data, InstanceTable& instances) {
+    std::vector<Placed> result;
+    result.reserve(findings.size());
+    for (RuleFinding& finding : findings) {
+        if (!finding.boTold) continue;
+        Placed& place = result.emplace_back();
+        place.pFinding = &finding;
+        if (!finding.pEntity) continue;
+        place.iId = data.iIdFromEntity(*finding.pEntity);
+        if (const Instance* pInstance = instances.pFind(place.iId)) place.iLine = pInstance->iLine;
+    }
+    // Those of the model as a whole last; stable, for several of one instance.
+    std::stable_sort(result.begin(), result.end(), [](const Placed& a, const Placed& b) {
+        return std::tuple(a.iLine == 0, a.iLine, a.iId) < std::tuple(b.iLine == 0, b.iLine, b.iId);
+    });
+    return result;
 }
 
-void vCollect(const Program& program, const RuleFinding& finding, ifc::File& file, InstanceTable& instances,
-              Collector& collector) {
+Failure failureOf(const Program& program, const Placed& place) {
+    const RuleFinding& finding = *place.pFinding;
     const Rule& rule = program.rules[finding.iRule];
     const bool boViolated = finding.sort == RuleFinding::Sort::Violated;
     Failure failure;
@@ -42,14 +58,25 @@ void vCollect(const Program& program, const RuleFinding& finding, ifc::File& fil
     failure.rule = rule.sName;
     failure.message = boViolated ? "the rule does not hold" : "the rule could not be evaluated";
     failure.expected = rule.sText;
-    failure.found = finding.sReason;
+    failure.line = place.iLine;
+    failure.id = place.iId;
     if (finding.pAttribute) failure.attribute = finding.pAttribute->sName;
-    if (finding.pEntity) {
-        failure.type = finding.pEntity->pSchemaEntity()->sName;
-        failure.id = file.data().iIdFromEntity(*finding.pEntity);
-        if (const Instance* pInstance = instances.pFind(failure.id)) failure.line = pInstance->iLine;
+    if (finding.pEntity) failure.type = finding.pEntity->pSchemaEntity()->sName;
+    return failure;
+}
+
+// Of a million failures few are told: only these get their reasons.
+void vCollect(rules::RuleRun& run, const Program& program, std::vector<RuleFinding>& findings, const ifc::Data& data,
+              InstanceTable& instances, Collector& collector) {
+    const std::vector<Placed> places = placed(findings, data, instances);
+    for (const Placed& place : places) place.pFinding->boTold = collector.boCount(failureOf(program, place));
+    run.vReasons(findings);
+    for (const Placed& place : places) {
+        if (!place.pFinding->boTold) continue;
+        Failure failure = failureOf(program, place);
+        failure.found = place.pFinding->sReason;
+        collector.vPlace(failure);
     }
-    collector.vAdd(failure);
 }
 
 CheckRuleCounts countsOf(const Program& program, const RuleResult& result) {
@@ -68,34 +95,56 @@ CheckRuleCounts countsOf(const Program& program, const RuleResult& result) {
 
 }   // namespace
 
-RuleLevelResult ruleLevel(std::istream& bytes, const ifc::def::SchemaPset& schema, const CheckOptions& options,
-                          InstanceTable& instances, Collector& collector) {
-    RuleLevelResult level;
-    const rules::SchemaProgram program = rules::programOf(schema);
-    if (!program.pProgram) {
-        level.sAgainst = program.sAgainst;
-        return level;
-    }
-    ifc::File file;
+RuleLevel::RuleLevel(const ifc::def::SchemaPset& schema, const CheckOptions& options)
+    : m_schema(schema),
+      m_options(options),
+      m_program(rules::programOf(schema)) {}
+
+void RuleLevel::vRead(std::istream& bytes) {
     ifc::io::ReadError errors;
-    if (!boRead(file, bytes, schema, options, errors)) level.sAgainst = "the model could not be read to its end";
-    const rules::ReadLosses losses(*program.pProgram, file.data(), errors);
-    if (losses.iCount() && level.sAgainst.empty())
-        level.sAgainst = sCounted(losses.iCount(), "fault of the file left", "faults of the file left") +
-                         " the model without what the rules look at";
-    if (options.stop.stop_requested()) throw Stopped("the check was stopped");
+    ifc::ReadOptions how;
+    how.schemaFromName = [this](const std::string&) { return const_cast<ifc::def::SchemaPset*>(&m_schema); };
+    how.boKeepIds = true;
+    how.boSingleThreaded = m_options.threads == 1;
+    if (!m_file.boRead(bytes, errors, how)) m_sLost = "the model could not be read to its end";
+    m_losses.emplace(*m_program.pProgram, m_file.data(), errors);
+    if (m_losses->iCount() && m_sLost.empty())
+        m_sLost = sCounted(m_losses->iCount(), "fault of the file left", "faults of the file left") +
+                  " the model without what the rules look at";
+}
+
+RuleLevelResult RuleLevel::evaluate(std::uint64_t iBytes, InstanceTable& instances, Collector& collector) {
+    RuleLevelResult level;
+    level.sAgainst = m_program.pProgram ? m_sLost : m_program.sAgainst;
+    if (!m_program.pProgram) return level;
+    const Program& program = *m_program.pProgram;
+    const ifc::Data& data = m_file.data();
     rules::RuleOptions how;
-    how.iThreads = options.threads;
+    how.iThreads = m_options.threads;
     how.boUnique = false;
-    how.stop = options.stop;
-    const RuleResult result = rules::checkRules(*program.pProgram, file.data(), how);
-    if (result.boStopped) throw Stopped("the check was stopped");
-    for (const RuleFinding& finding : result.findings)
-        if (!losses.boLost(finding.pEntity, finding.pAttribute))
-            vCollect(*program.pProgram, finding, file, instances, collector);
-    level.counts = countsOf(*program.pProgram, result);
-    if (level.counts.notEvaluated && level.sAgainst.empty())
-        level.sAgainst = sCounted(level.counts.notEvaluated, "rule", "rules") + " could not be evaluated";
+    how.iStepsOfModel = m_options.ruleSteps + std::min(iBytes, ~std::uint64_t{0} - m_options.ruleSteps);
+    how.limits.iSteps = std::min(how.limits.iSteps, m_options.ruleSteps);
+    how.stop = m_options.stop;
+    if (m_options.progress)
+        how.progress = [&](std::size_t iDone, std::size_t iAll) {
+            m_options.progress({iBytes + iBytes * iDone / std::max<std::size_t>(iAll, 1), 2 * iBytes});
+        };
+    rules::RuleRun run(program, data, how);
+    RuleResult result = run.check();
+    // They stay where they are: the reasons of an instance are found by the order of its findings.
+    for (RuleFinding& finding : result.findings)
+        finding.boTold = !m_losses->boLost(finding.pEntity, finding.pAttribute);
+    if (!result.boStopped) vCollect(run, program, result.findings, data, instances, collector);
+    if (m_options.stop.stop_requested()) throw Stopped("the check was stopped");
+    level.counts = countsOf(program, result);
+    if (!level.counts.notEvaluated) return level;
+    level.sAgainst += (level.sAgainst.empty() ? "" : "; ") + sCounted(level.counts.notEvaluated, "rule", "rules") +
+                      " could not be evaluated";
+    if (result.iLeftOut)
+        level.sAgainst += ": they took too many steps, and " + std::to_string(result.iLeftOut) + " of " +
+                          sCounted(data.entities().size(), "instance was", "instances were") + " not looked at";
+    else if (result.boWholeLeftOut)
+        level.sAgainst += ": they took too many steps";
     return level;
 }
 

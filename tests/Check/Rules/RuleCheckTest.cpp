@@ -62,6 +62,33 @@ TEST(RuleCheck, RecordsSayWhichRuleAndWhy) {
     }
 }
 
+TEST(RuleCheck, BoundsMayBeExpressions) {
+    const std::string sSchema =
+        "SCHEMA S; CONSTANT Most : INTEGER := 2; END_CONSTANT; TYPE Few = LIST [0:Most] OF INTEGER; END_TYPE; "
+        "ENTITY A; Count : INTEGER; Items : LIST [1:Count] OF INTEGER; Fields : OPTIONAL ARRAY [0:Count - 1] OF "
+        "INTEGER; Some : OPTIONAL SET [Half(Count):?] OF INTEGER; Own : OPTIONAL Few; Plain : OPTIONAL LIST [-1:?] OF "
+        "INTEGER; END_ENTITY; FUNCTION Half(n : INTEGER) : INTEGER; RETURN (n DIV 2); END_FUNCTION; END_SCHEMA;";
+    std::vector<oxa::ifc::SchemaMessage> messages;
+    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(sSchema, messages);
+    ASSERT_NE(pSchema, nullptr) << messages.front().sText;
+    const Row g_rows[] = {
+        {"#1=A(2,(1,2),(1,2),(1),(1,2),());", {}},
+        {"#1=A(2,(1,2,3),$,$,$,$);", {"#1 A.Items: EXISTS(Items) = TRUE; SIZEOF(Items) = 3; Count = 2"}},
+        {"#1=A(3,(1),(1,2),$,$,$);",
+         {"#1 A.Fields: EXISTS(Fields) = TRUE; SIZEOF(Fields) = 2; (Count - 1) - (0) + 1 = 3"}},
+        {"#1=A(4,(1),$,(1),$,$);", {"#1 A.Some: EXISTS(Some) = TRUE; SIZEOF(Some) = 1; Half(Count) = 2"}},
+        {"#1=A(1,(1),$,$,(1,2,3),$);", {"#1 Few.bounds: Own = [1, 2, 3]; SIZEOF(SELF) = 3; Most = 2"}},
+    };
+    for (const Row& row : g_rows) {
+        SCOPED_TRACE(row.sData);
+        ExpressRun run(*pSchema, sSchema, {}, row.sData);
+        std::vector<std::string> result;
+        for (const rules::RuleFinding& finding : rules::checkRules(*run.pProgram, run.file.data()).findings)
+            result.push_back("#1 " + run.pProgram->rules[finding.iRule].sName + ": " + finding.sReason);
+        EXPECT_EQ(result, row.expected);
+    }
+}
+
 TEST(RuleCheck, ThreadsFindTheSameInTheSameOrder) {
     std::string sData;
     for (int i = 1; i <= 20000; ++i)
@@ -70,6 +97,55 @@ TEST(RuleCheck, ThreadsFindTheSameInTheSameOrder) {
     const std::vector<std::string> one = found(sData, 1);
     EXPECT_GT(one.size(), 10000U);
     for (const unsigned iThreads : {2U, 3U, 8U}) EXPECT_EQ(found(sData, iThreads), one);
+}
+
+TEST(RuleCheck, MakesTheReasonsOfWhatIsTold) {
+    std::vector<oxa::ifc::SchemaMessage> messages;
+    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(g_sSchema, messages);
+    ExpressRun run(*pSchema, g_sSchema, {}, "#1=THING('bad',6.,$,(SIZE(-1.),SIZE(-2.)),$);#2=THING($,7.,$,$,$);");
+    rules::RuleRun rules(*run.pProgram, run.file.data(), {});
+    rules::RuleResult result = rules.check();
+    std::vector<std::string> reasons;
+    for (rules::RuleFinding& finding : result.findings) {
+        EXPECT_EQ(finding.sReason, "");
+        finding.boTold = &finding != &result.findings[1] && &finding != &result.findings[2];
+    }
+    rules.vReasons(result.findings);
+    for (const rules::RuleFinding& finding : result.findings) reasons.push_back(finding.sReason);
+    const std::vector<std::string> expected = {"Items = -1.",
+                                               "",
+                                               "",
+                                               "EXISTS(Value) = TRUE; Value = 6.",
+                                               "the argument of SIZEOF is no aggregate",
+                                               "EXISTS(Value) = TRUE; Value = 7."};
+    EXPECT_EQ(reasons, expected);
+}
+
+// An evaluation costs a hundred steps, half of which an instance has: the first shares of the model are looked at.
+TEST(RuleCheck, LeavesOutWhatWouldTakeTooManySteps) {
+    const std::string sSchema =
+        "SCHEMA S; FUNCTION Slow : LOGICAL; REPEAT i := 1 TO 100; ; END_REPEAT; RETURN (UNKNOWN); END_FUNCTION; "
+        "ENTITY A; WHERE W : Slow; END_ENTITY; ENTITY B; WHERE X : TRUE; END_ENTITY; "
+        "RULE All FOR (A); WHERE Y : TRUE; END_RULE; END_SCHEMA;";
+    std::string sData;
+    for (int i = 1; i <= 8000; ++i) sData += '#' + std::to_string(i) + "=A();";
+    std::vector<oxa::ifc::SchemaMessage> messages;
+    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(sSchema, messages);
+    ExpressRun run(*pSchema, sSchema, {}, sData);
+    for (const unsigned iThreads : {1U, 2U, 7U}) {
+        rules::RuleOptions options;
+        options.iThreads = iThreads;
+        options.iStepsOfModel = 100'000;
+        options.iStepsOfInstance = 50;
+        const rules::RuleResult result = rules::checkRules(*run.pProgram, run.file.data(), options);
+        EXPECT_EQ(result.iLeftOut, 8000U - 4U * 1024U);
+        EXPECT_TRUE(result.boWholeLeftOut);
+        std::string sCounts;
+        for (std::size_t i = 0; i < result.counts.size(); ++i)
+            sCounts += run.pProgram->rules[i].sName + (result.counts[i].iUnknown ? " unknown" : "") +
+                       (result.counts[i].iFailed ? " left out; " : "; ");
+        EXPECT_EQ(sCounts, "A.W unknown left out; B.X; All.Y left out; ");
+    }
 }
 
 TEST(RuleCheck, StopsWhereItIsAskedTo) {

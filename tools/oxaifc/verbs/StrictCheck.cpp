@@ -3,9 +3,7 @@
 #include "oxaifc/verbs/StrictCheck.h"
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -17,6 +15,7 @@
 #include "oxaifc/formats/FirstBytes.h"
 #include "oxaifc/formats/Format.h"
 #include "oxaifc/io/Failure.h"
+#include "oxaifc/io/Progress.h"
 #include "oxaifc/report/CheckText.h"
 #include "oxaifc/report/Sarif.h"
 #include "oxaifc/verbs/Several.h"
@@ -54,6 +53,13 @@ std::array<bool, checkLevelCount> levelsOf(std::string_view text) {
     }
 }
 
+// The bytes of the file, and as much again of the rules. On several threads the input is not asked how far it is.
+std::string sProgress(const Input& input, const oxa::Progress& now, bool boRules) {
+    const std::uint64_t iAll = now.total ? *now.total : input.iBytesExpected() * (boRules ? 2 : 1);
+    return fmt::format("checking {}: {}", sPrintable(input.sName()),
+                       iAll ? fmt::format("{} %", now.done * 100 / iAll) : sGrouped(now.done) + " bytes");
+}
+
 CheckResult checkedFile(const StrictOptions& options, const std::string& sPath) {
     const std::unique_ptr<Input> pInput = pFileOpen(sPath, options.model.unpack.limits());
     if (boBeginsAsHtml(pInput->firstBytes()))
@@ -67,10 +73,17 @@ CheckResult checkedFile(const StrictOptions& options, const std::string& sPath) 
     check.threads = options.model.boSingleThreaded ? 1 : 0;
     check.schema = schemas.function();
     if (options.report.boWanted()) check.mostPlaces = g_iMostOnPage;
-    std::istringstream kept;   // of what can't be read twice, as the rules ask for
-    const bool boKept = check.levels[static_cast<std::size_t>(CheckLevel::Rules)] && !pInput->boRestart();
-    if (boKept) kept.str(std::string(std::istreambuf_iterator<char>(pInput->stream()), {}));
-    CheckResult result = checkStream(boKept ? kept : pInput->stream(), check);
+    if (!options.report.boWanted() && options.sSarif.empty() && !options.boAll)
+        check.mostPlacesOfGroup = options.boJson ? g_iRecordsOfJson : g_iPlacesOfGroup;
+    const bool boRules = check.levels[static_cast<std::size_t>(CheckLevel::Rules)];
+    oxa::Progress now;
+    Progress progress([&](unsigned) { return sProgress(*pInput, now, boRules); });
+    if (const auto show = progress.function())
+        check.progress = [&now, show](const oxa::Progress& where) {
+            now = where;
+            show(0);
+        };
+    CheckResult result = checkStream(pInput->stream(), check);
     pInput->iFinish();
     return result;
 }
@@ -95,8 +108,7 @@ void vGroupWrite(const CheckGroup& group, bool boAll, Output& output) {
     const std::size_t iTold = std::min(group.places.size(), boAll ? group.places.size() : g_iPlacesOfGroup);
     for (std::size_t i = 0; i < iTold && output.boWanted(); ++i) vPlaceWrite(group.places[i], output);
     if (iTold < group.count)
-        output.vPrint("    and {} more{}\n", sGrouped(group.count - iTold),
-                      iTold < group.places.size() ? " (--all)" : "");
+        output.vPrint("    and {} more{}\n", sGrouped(group.count - iTold), boAll ? "" : " (--all)");
 }
 
 // Those that are told often first, those that are only notes at the end.

@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: Apache-2.0
+// A check reads its stream once for all levels, whatever the stream can do, and finds the same on any number of threads.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <streambuf>
+#include <string>
+
+#include "CheckText.h"
+#include "Model/Error.h"
+
+namespace oxa {
+namespace {
+
+// Bytes that come once, in pieces of odd sizes; from some place on the system fails.
+class Pipe final : public std::streambuf {
+public:
+    explicit Pipe(std::string sBytes, std::size_t iFails = std::string::npos)
+        : m_sBytes(std::move(sBytes)),
+          m_iFails(iFails) {}
+
+private:
+    int_type underflow() override {
+        if (m_iAt >= m_iFails) throw std::ios_base::failure("the system fails");
+        if (m_iAt == m_sBytes.size()) return traits_type::eof();
+        const std::size_t iSize = std::min<std::size_t>(m_sBytes.size() - m_iAt, 7919);
+        setg(m_sBytes.data() + m_iAt, m_sBytes.data() + m_iAt, m_sBytes.data() + m_iAt + iSize);
+        m_iAt += iSize;
+        return traits_type::to_int_type(*gptr());
+    }
+
+    std::string m_sBytes;
+    std::size_t m_iFails;
+    std::size_t m_iAt = 0;
+};
+
+// Three megabytes, with faults of each level.
+std::string sModel() {
+    std::string sStatements;
+    for (int i = 1; i <= 30'000; ++i) {
+        const std::string sId = std::to_string(i * 3);
+        sStatements += '#' + sId + "=IFCDIRECTION((" + (i % 1000 ? "1." : "0.") + ",0.,0.));\n";
+        sStatements += '#' + std::to_string(i * 3 + 1) + "=IFCCARTESIANPOINT((" + (i % 5000 ? "0.5" : "") + "));\n";
+        if (i % 7000 == 0) sStatements += "#" + std::to_string(i * 3 + 2) + "=IFCDIRECTION((1.,'\\X\\GG'));\n";
+    }
+    return FileText().text(sStatements);
+}
+
+std::string sAll(const CheckResult& result) {
+    std::string sText = std::to_string(result.bytes) + '\n' + sFailures(result) + '\n';
+    for (const CheckLevelSummary& level : result.levels) sText += level.reason + '\n';
+    for (const CheckRuleCounts& counts : result.rules) sText += std::to_string(counts.evaluated) + '\n';
+    return sText;
+}
+
+TEST(CheckShared, FindsTheSameInAnyStreamOnAnyThreads) {
+    const std::string sFile = sModel();
+    std::istringstream once(sFile);
+    CheckOptions options;
+    options.threads = 1;
+    const std::string sExpected = sAll(checkStream(once, options));
+    EXPECT_NE(sExpected.find("Rules_Violated"), std::string::npos);
+    EXPECT_NE(sExpected.find("Schema_Bounds"), std::string::npos);
+    EXPECT_NE(sExpected.find("Syntax_"), std::string::npos);
+    for (const unsigned iThreads : {1U, 2U, 3U, 8U}) {
+        SCOPED_TRACE(iThreads);
+        options.threads = iThreads;
+        std::istringstream again(sFile);
+        EXPECT_EQ(sAll(checkStream(again, options)), sExpected);
+        Pipe pipe(sFile);
+        std::istream stream(&pipe);
+        EXPECT_EQ(sAll(checkStream(stream, options)), sExpected);
+    }
+}
+
+TEST(CheckShared, WhatTheSystemCanNotReadIsNoEndOfTheFile) {
+    for (const unsigned iThreads : {1U, 2U}) {
+        CheckOptions options;
+        options.threads = iThreads;
+        Pipe pipe(sModel(), 1'000'000);
+        std::istream stream(&pipe);
+        EXPECT_THROW(static_cast<void>(checkStream(stream, options)), FileError);
+    }
+}
+
+// By the progress of the scan, and by that of the rules.
+TEST(CheckShared, StopsInTheMiddle) {
+    const std::string sFile = sModel();
+    for (const unsigned iThreads : {1U, 2U})
+        for (const bool boRules : {false, true}) {
+            std::stop_source source;
+            CheckOptions options;
+            options.threads = iThreads;
+            options.stop = source.get_token();
+            std::uint64_t iLast = 0;
+            options.progress = [&](const Progress& progress) {
+                EXPECT_GE(progress.done, iLast);
+                iLast = progress.done;
+                if (progress.total.has_value() == boRules) source.request_stop();
+                EXPECT_LE(progress.done, progress.total.value_or(progress.done));
+            };
+            std::istringstream stream(sFile);
+            EXPECT_THROW(static_cast<void>(checkStream(stream, options)), Stopped);
+            EXPECT_GT(iLast, boRules ? sFile.size() : 0U);
+        }
+}
+
+// A header that is longer than what one reader may be ahead of the other.
+TEST(CheckShared, LongHeadersHoldNobodyUp) {
+    FileText file;
+    file.sDescription = "('ViewDefinition [CoordinationView]'),'2;1'/*" + std::string(5'000'000, '-') + "*/";
+    CheckOptions options;
+    options.threads = 2;
+    Pipe pipe(file.text("#1=IFCDIRECTION((0.,0.,0.));"));
+    std::istream stream(&pipe);
+    const CheckResult result = checkStream(stream, options);
+    EXPECT_EQ(result.level(CheckLevel::Rules).failures, 1U);
+}
+
+// What a rule takes more than is allowed it does not get, for the same instances on any number of threads.
+TEST(CheckShared, RulesThatTakeTooManyStepsLeaveItOpen) {
+    std::string sStatements;
+    for (int i = 1; i <= 5'000; ++i) {
+        const std::string sId = std::to_string(i * 2);
+        sStatements += '#' + sId + "=IFCDIRECTION((1.,0.,0.));\n#" + std::to_string(i * 2 + 1) +
+                       "=IFCAXIS2PLACEMENT3D(#1,#" + sId + ",#" + sId + ");\n";
+    }
+    std::string sExpected;
+    for (const unsigned iThreads : {1U, 2U, 5U}) {
+        CheckOptions options;
+        options.levels = {false, false, false, true};
+        options.threads = iThreads;
+        options.ruleSteps = 10;
+        options.mostPlacesOfGroup = 3;
+        std::istringstream stream(FileText().text("#1=IFCCARTESIANPOINT((0.,0.,0.));\n" + sStatements));
+        const CheckResult result = checkStream(stream, options);
+        EXPECT_GT(result.rules.at(0).notEvaluated, 0U);
+        EXPECT_GT(result.level(CheckLevel::Rules).notes, 4'000U);
+        if (sExpected.empty()) sExpected = sAll(result);
+        EXPECT_EQ(sAll(result), sExpected);
+    }
+}
+
+}   // namespace
+}   // namespace oxa
