@@ -12,13 +12,14 @@
 
 #include "oxaifc/io/Output.h"
 #include "oxaifc/io/Progress.h"
+#include "platform/Path.h"
 
 namespace oxa::tool {
 
 CountedFile::CountedFile(const ModelOptions& options) : m_schemas(options.schemaPaths) {
     // What can be opened once only is left to the read.
     std::error_code error;
-    if (options.sPath == "-" || !std::filesystem::is_regular_file(options.sPath, error)) {
+    if (options.sPath == "-" || !std::filesystem::is_regular_file(str::pathOf(options.sPath), error)) {
         m_count.doubt = "no file of the disk";
         return;
     }
