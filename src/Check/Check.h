@@ -46,7 +46,8 @@ inline constexpr std::size_t checkLevelCount = 4;
 /// Whether a failure takes the file's validity away.
 enum class CheckWeight : std::uint8_t {
     Failure,   ///< the file is not valid
-    Note,      ///< asked for by the rules that were published for headers of IFC files, and by no standard
+    Note,      ///< what the schema does not forbid: the rules that were published for headers of IFC files, the form
+               ///< of a GlobalId
 };
 
 /// How a file is checked.

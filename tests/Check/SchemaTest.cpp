@@ -2,6 +2,7 @@
 // Statements against their entity types: each kind of declaration, and each way past it, on a schema made for it.
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -34,6 +35,14 @@ const char* const g_pSchema =
     "ENTITY Owner; Parts : SET [1:?] OF Part; Main : OPTIONAL Part; Spare : OPTIONAL Part; END_ENTITY;\n"
     "ENTITY Part; INVERSE OwnedBy : Owner FOR Parts; MainOf : SET [0:1] OF Owner FOR Main;\n"
     " SpareOf : SET [0:?] OF Owner FOR Spare; END_ENTITY;\n"
+    "TYPE IfcGloballyUniqueId = STRING(22) FIXED; END_TYPE; ENTITY H; V : IfcGloballyUniqueId; END_ENTITY;\n"
+    "TYPE Flags = BINARY(4) FIXED; END_TYPE; ENTITY Z; V : Flags; END_ENTITY;\n"
+    "ENTITY P; V : ARRAY [-1:1] OF UNIQUE INTEGER; END_ENTITY; ENTITY T; V : SET [1:2] OF NUMBER; END_ENTITY;\n"
+    "ENTITY J; V : ARRAY [1:3] OF OPTIONAL UNIQUE INTEGER; END_ENTITY; ENTITY X; V : SET OF STRING; END_ENTITY;\n"
+    "ENTITY M; V : LIST OF SET [1:?] OF Sub; END_ENTITY; ENTITY V; V : BAG [0:2] OF Kind; END_ENTITY;\n"
+    "ENTITY Boss SUBTYPE OF (Owner); END_ENTITY;\n"
+    "ENTITY Wheel SUBTYPE OF (Part); INVERSE Bosses : SET [1:2] OF Boss FOR Spare; END_ENTITY;\n"
+    "ENTITY Keyed; Code : OPTIONAL STRING; Other : OPTIONAL Sub; UNIQUE One : Code; Two : Other; END_ENTITY;\n"
     "ENTITY Pair; X : INTEGER; Y : OPTIONAL LIST OF INTEGER; UNIQUE X, Y; END_ENTITY;\n"
     "END_SCHEMA;\n";
 
@@ -78,6 +87,8 @@ const Row g_values[] = {
      "6:20 Schema_Width V ''123456''; Label of at most 5 characters"},
     {"as they are meant", "#1=W('''''''''''');#2=W('\\X2\\00E400E4\\X0\\\\S\\a\\X\\E4\\\\');", ""},
     {"FIXED, of as many", "#1=F('123');#2=F('12');", "6:18 Schema_Width V ''12''; Code of 3 characters"},
+    {"FIXED, of as many bits", "#1=Z(\"05\");#2=Z(\"0A\");#3=Z(\"15\");#4=Z(\"0AB\");",
+     "6:28 Schema_Width V '\"15\"'; Flags of 4 bits | 6:39 Schema_Width V '\"0AB\"'; Flags of 4 bits"},
     {"a BINARY of so many bits at most", "#1=Y(\"0FF\");#2=Y(\"0FFF\");",
      "6:18 Schema_Width V '\"0FFF\"'; Bits of at most 8 bits"},
     {"an enumerator of the type", "#1=K(.SOLID.);#2=K(.SOFT.);#3=K('SOLID');",
@@ -141,6 +152,22 @@ const Row g_aggregates[] = {
     {"a BAG may", "#1=G((1,1));", ""},
     {"a LIST may", "#1=D(((1,1),(1,1)));", ""},
     {"a LIST OF UNIQUE may not", "#1=Q((1.,2.,1.));", "6:6 Schema_NotUnique V ''; LIST OF UNIQUE REAL"},
+    {"an ARRAY with a lower index below zero", "#1=P((1,2,3));#2=P((1,2));",
+     "6:20 Schema_Bounds V '2'; ARRAY [-1:1] OF UNIQUE INTEGER"},
+    {"an ARRAY OF UNIQUE has none twice", "#1=P((1,2,1));",
+     "6:6 Schema_NotUnique V ''; ARRAY [-1:1] OF UNIQUE INTEGER"},
+    {"but two items that are unset differ", "#1=J(($,$,1));#2=J(($,1,1));",
+     "6:20 Schema_NotUnique V ''; ARRAY [1:3] OF OPTIONAL UNIQUE INTEGER"},
+    {"numbers are the same by value", "#1=T((1,1.));#2=T((-0.,0));#3=T((1,-1));",
+     "6:6 Schema_NotUnique V ''; SET [1:2] OF NUMBER | 6:19 Schema_NotUnique V ''; SET [1:2] OF NUMBER"},
+    {"so are texts", "#1=X(('\\X\\E4','\\X2\\00E4\\X0\\'));\n#2=X(('a','A'));\n#3=X(('''','\\X\\27'));",
+     "6:6 Schema_NotUnique V ''; SET OF STRING | 8:6 Schema_NotUnique V ''; SET OF STRING"},
+    {"sets in a list are their own", "#1=SUB('abc',$);#2=M(((#1),(#1)));#3=M(((#1,#1)));#4=M((()));",
+     "6:41 Schema_NotUnique V ''; SET [1:?] OF Sub | 6:57 Schema_Bounds V '0'; SET [1:?] OF Sub"},
+    {"a BAG has its bounds", "#1=V(());#2=V((.SOLID.,.SOLID.,.SOLID.));",
+     "6:15 Schema_Bounds V '3'; BAG [0:2] OF Kind"},
+    {"too many and one twice", "#1=T((1,1,2));",
+     "6:6 Schema_Bounds V '3'; SET [1:2] OF NUMBER | 6:6 Schema_NotUnique V ''; SET [1:2] OF NUMBER"},
     {"a value is no aggregate", "#1=G(1);", "6:6 Schema_ValueType V '1'; BAG [1:?] OF INTEGER"},
 };
 
@@ -170,6 +197,19 @@ const Row g_whole[] = {
     {"one is the main one of one", "#1=OWNER((#2),#2,#2);#3=OWNER((#4),#2,#2);#2=PART();#4=PART();",
      "6:0 Schema_Inverse MainOf '2'; 0 to 1 by Owner.Main"},
     {"an owner counts once", "#1=OWNER((#2,#2),$,$);#2=PART();", "6:10 Schema_NotUnique Parts ''; SET [1:?] OF Part"},
+    {"only the subtype's count", "#1=OWNER((#2),$,#2);#2=WHEEL();",
+     "6:0 Schema_Inverse Bosses '0'; 1 to 2 by Boss.Spare"},
+    {"those of a supertype too",
+     "#1=BOSS((#2,#3),$,#2);#4=BOSS((#5),$,#2);#6=BOSS((#7),$,#2);#2=WHEEL();#3=PART();#5=PART();#7=PART();",
+     "6:0 Schema_Inverse Bosses '3'; 1 to 2 by Boss.Spare"},
+    {"no instance that is not there counts", "#1=OWNER((#2),#9,$);#2=PART();",
+     "6:15 Schema_ReferenceMissing Main '#9'; Part"},
+    {"each UNIQUE rule by itself", "#1=SUB('abc',$);\n#2=KEYED('a',#1);\n#3=KEYED('b',#1);\n#4=KEYED('a',$);",
+     "8:1 Schema_Unique Other 'as #2'; values of its own | 9:1 Schema_Unique Code 'as #2'; values of its own"},
+    {"texts by what they mean", "#1=KEYED('\\X\\E4',$);\n#2=KEYED('\\X2\\00E4\\X0\\',$);",
+     "7:1 Schema_Unique Code 'as #1'; values of its own"},
+    {"each of several is told", "#1=KEYED('a',$);\n#2=KEYED('a',$);\n#3=KEYED('a',$);",
+     "7:1 Schema_Unique Code 'as #1'; values of its own | 8:1 Schema_Unique Code 'as #1'; values of its own"},
     {"UNIQUE holds for all subtypes", "#1=SUB('abc',$);#2=SUBSUB('abd',*);\n#3=NARROW('abc','xyz');\n#4=SUB('abd',$);",
      "7:1 Schema_Unique Id 'as #1'; values of its own | 8:1 Schema_Unique Id 'as #2'; values of its own"},
     {"of several attributes together", "#1=PAIR(1,(1,2));#2=PAIR(1,(2,1));#3=PAIR(2,(1,2));\n#4=PAIR(1,(1,2));",
@@ -200,6 +240,62 @@ TEST(CheckSchema, Records) {
 }
 TEST(CheckSchema, TheFileAsAWhole) {
     for (const Row& row : g_whole) vExpect(row);
+}
+
+// ---- Each sort of value in each type
+
+// For each column of g_sorts "." where the attribute V of the entity takes it, else the letter of a key.
+struct TypeRow {
+    const char* sEntity;
+    const char* sFits;
+};
+// clang-format off
+const char* const g_sorts[] = {"1", "1.", "'a'", ".T.", ".U.", ".SOLID.", "\"0F\"", "#100", "$", "*", "()", "LABEL('a')", "LENGTH((1.))", "NONE(1)"};
+const TypeRow g_matrix[] = {
+    {"I", ".vvvvvvvmnvttt"}, {"R", "v.vvvvvvmnvttt"}, {"N", "..vvvvvvmnvttt"}, {"B", "vvv.vvvvmnvttt"},
+    {"L", "vvv..vvvmnvttt"}, {"S", "vv.vvvvvmnvttt"}, {"K", "vvvee.vvmnvttt"}, {"Y", "vvvvvv.vmnvttt"},
+    {"E", "vvvvvvv.mnvttt"}, {"C", "uuuuuuu.mnv.vs"}, {"G", "vvvvvvvvmnbttt"}, {"O", "vv.vvvvv.nvttt"},
+};
+// clang-format on
+
+std::string sKeyOf(char c) {
+    switch (c) {
+    case 'v': return "Schema_ValueType";
+    case 'm': return "Schema_Mandatory";
+    case 'n': return "Schema_NotDerived";
+    case 't': return "Schema_TypedValue";
+    case 'e': return "Schema_Enumerator";
+    case 'u': return "Schema_SelectUntyped";
+    case 's': return "Schema_SelectType";
+    case 'b': return "Schema_Bounds";
+    default: return {};
+    }
+}
+
+TEST(CheckSchema, EachSortOfValueInEachType) {
+    for (const TypeRow& row : g_matrix)
+        for (std::size_t i = 0; i < std::size(g_sorts); ++i) {
+            SCOPED_TRACE(std::string(row.sEntity) + " of " + g_sorts[i]);
+            const std::string sStatement = std::string("#1=") + row.sEntity + '(' + g_sorts[i] + ");";
+            const CheckResult result = schemaChecked(sStatement + "#100=SUB('abc',$);");
+            ASSERT_EQ(result.groups.size(), row.sFits[i] == '.' ? 0U : 1U);
+            if (row.sFits[i] == '.') continue;
+            EXPECT_EQ(result.groups[0].key, sKeyOf(row.sFits[i]));
+            EXPECT_EQ(result.groups[0].places[0].line, 6U);
+            EXPECT_EQ(result.groups[0].places[0].id, 1U);
+        }
+}
+
+TEST(CheckSchema, FormOfGlobalIdsIsANote) {
+    const std::string sExpected = "; 22 of 0 to 9, A to Z, a to z, _ and $, the first of them 0 to 3";
+    const CheckResult fine = schemaChecked("#1=H('2CbOYFeCHBku9$oytmyQ2e');#2=H('3ZZZZZZZZZZZZZZZZZZZ_$');");
+    EXPECT_EQ(sFailures(fine, true), "");
+    for (const char* sId : {"'2CbOYFeCHBku9+oytmyQ2e'", "'4CbOYFeCHBku9$oytmyQ2e'", "'000000000000000000000\\X\\41'"}) {
+        const CheckResult odd = schemaChecked("#1=H(" + std::string(sId) + ");");
+        EXPECT_EQ(sFailures(odd, true), "6:6 Schema_GlobalIdForm V '" + std::string(sId) + '\'' + sExpected);
+        EXPECT_EQ(odd.verdict(), CheckVerdict::Valid);
+    }
+    EXPECT_EQ(sFaults("#1=H('2CbOYF');"), "6:6 Schema_Width V ''2CbOYF''; IfcGloballyUniqueId of 22 characters");
 }
 
 TEST(CheckSchema, RecordsSayWhatTheyAreAbout) {

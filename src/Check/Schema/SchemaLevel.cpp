@@ -31,6 +31,7 @@ SchemaLevel::SchemaLevel(const ifc::def::SchemaPset& schema, Collector& collecto
 void SchemaLevel::vTell(const Message& message, Place place) {
     m_collector.vAdd(
         {.level = CheckLevel::Schema,
+         .weight = message.weight,
          .key = message.key,
          .rule = m_pParameter ? std::string_view(m_pParameter->sRule) : std::string_view(m_sType),
          .type = m_sType,
@@ -302,8 +303,19 @@ void SchemaLevel::vEnumeration(const ValueType& type, const Token& value) {
 }
 
 void SchemaLevel::vWidth(const ValueType& type, const Token& value) {
-    if (type.iWidth == 0 || (type.boFixed ? value.iLength == type.iWidth : value.iLength <= type.iWidth)) return;
+    if (type.iWidth == 0 || (type.boFixed ? value.iLength == type.iWidth : value.iLength <= type.iWidth))
+        return type.boGlobalId ? vGlobalId(value) : void();
     vTell({"Schema_Width", "the value has another length", type.sText, value.text}, value.place);
+}
+
+// The schema says no more than how long it is: a file with another form is valid, and who reads it may lose the identifier.
+void SchemaLevel::vGlobalId(const Token& value) {
+    constexpr std::string_view digits = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_$";
+    const std::string_view text = value.text.substr(1, value.text.size() - 2);
+    if (text.find_first_not_of(digits) == std::string_view::npos && text.find_first_of("0123") == 0) return;
+    vTell({"Schema_GlobalIdForm", "the identifier does not stand for 128 bits",
+           "22 of 0 to 9, A to Z, a to z, _ and $, the first of them 0 to 3", value.text, CheckWeight::Note},
+          value.place);
 }
 
 // ---- References

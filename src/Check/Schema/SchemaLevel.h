@@ -86,6 +86,7 @@ private:
         std::string_view message;
         std::string_view expected{};
         std::string_view found{};
+        CheckWeight weight = CheckWeight::Failure;
     };
 
     void vTell(const Message& message, Place place);
@@ -96,6 +97,7 @@ private:
     void vWrong(const ValueType& type, const Token& value);
     void vEnumeration(const ValueType& type, const Token& value);
     void vWidth(const ValueType& type, const Token& value);
+    void vGlobalId(const Token& value);
     void vReference(const ValueType& type, const Token& value);
     void vReferenceAhead(const ValueType& type, const Token& value);
     [[nodiscard]] bool boAccepts(const ValueType& type, const Instance& instance, std::uint64_t iNumber) const;

@@ -190,6 +190,7 @@ void SchemaPlan::vFill(ValueType& type, const ObjectBase& object) {
     const DataTypeBase* pData = pDataTypeOf(&object);
     if (!pData) return;
     type.kind = valueKind(pData->kind);
+    type.boGlobalId = type.kind == ValueKind::String && object.sNameUpper == "IFCGLOBALLYUNIQUEID";
     if (const auto* pSimple = dynamic_cast<const DataTypeSimple*>(pData)) {
         type.iWidth = pSimple->iWidth;
         type.boFixed = pSimple->boFixed;

@@ -44,6 +44,7 @@ struct ValueType {
     bool boFixed = false;       // of String and Binary: the width is that of every value
     bool boUnique = false;      // of Aggregate: no two items are equal
     bool boOptional = false;    // of Aggregate: an item may be unset
+    bool boGlobalId = false;    // of String: 22 characters that stand for 128 bits (ISO 16739, IfcGloballyUniqueId)
     std::uint32_t iWidth = 0;   // of String and Binary, at the most; 0 for any
     std::uint64_t iLow = 0;     // of Aggregate: the number of items
     std::uint64_t iHigh = g_iUnbounded;
