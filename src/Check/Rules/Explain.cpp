@@ -98,12 +98,13 @@ public:
                 if (pPart) vPart(pPart->pRun == run::typeCount ? *pPart->pFirst : *pPart);
             return;
         }
-        // Of a question for types the value that is asked says more than the answer.
-        if (node.pRun == run::typeTest || node.pRun == run::typeCount) return vPart(*node.pFirst);
-        if (node.pRun == run::callFunction) {
+        // Of a question for types the value that is asked says more than the answer, and of a function its arguments do,
+        // where they say anything.
+        const std::size_t iParts = m_iParts;
+        if (node.pRun == run::typeTest || node.pRun == run::typeCount) vPart(*node.pFirst);
+        if (node.pRun == run::callFunction)
             for (const Node* pArgument : node.operands) vPart(*pArgument);
-            return;
-        }
+        if (m_iParts > iParts) return;
         vPart(node);
     }
 
