@@ -50,6 +50,10 @@ std::string sCheckTitle(const CheckGroup& group) {
     return sText;
 }
 
+std::string sCheckRule(const CheckGroup& group) {
+    return group.rule.empty() || group.rule == group.type ? std::string() : " [" + group.rule + ']';
+}
+
 std::string sCheckMessage(const CheckRecord& record) {
     return record.place->found.empty() ? sCheckTitle(*record.group)
                                        : sCheckTitle(*record.group) + ", found " + record.place->found;
@@ -157,8 +161,9 @@ ReportContent checkContent(const std::string& sName, const CheckResult& result, 
         std::string sText = place.id ? '#' + std::to_string(place.id) : std::string();
         if (!place.found.empty()) sText.append(sText.empty() ? "" : "  ").append(place.found);
         // A text that is no key is its own message, and one group.
-        errors.add(nullptr, ifc::Errors::Error, categoryOf(record.group->level), sCheckTitle(*record.group),
-                   std::move(sText), static_cast<unsigned>(place.line));
+        errors.add(nullptr, ifc::Errors::Error, categoryOf(record.group->level),
+                   sCheckTitle(*record.group) + sCheckRule(*record.group), std::move(sText),
+                   static_cast<unsigned>(place.line));
     }
     std::string sVerdict = sCheckVerdict(result);
     sVerdict.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(sVerdict.front())));

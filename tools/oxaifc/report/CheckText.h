@@ -16,7 +16,9 @@ namespace oxa::tool {
 
 // "IfcWall.Name: the attribute is not optional; expected IfcLabel": what all failures of a group have in common.
 [[nodiscard]] std::string sCheckTitle(const CheckGroup& group);
-// The same of one failure, with what stands there.
+// What says that it is wrong, behind a title: " [IfcRoot.UR1]"; empty where the title names it.
+[[nodiscard]] std::string sCheckRule(const CheckGroup& group);
+// The title of one failure, with what stands there.
 [[nodiscard]] std::string sCheckMessage(const CheckRecord& record);
 // "valid", "not valid" or "could not be decided", with the levels where not all were asked for.
 [[nodiscard]] std::string sCheckVerdict(const CheckResult& result);

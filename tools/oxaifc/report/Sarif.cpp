@@ -41,13 +41,15 @@ void Sarif::vResult(const CheckRecord& record, const std::string& sUri) {
     m_rules.emplace(group.key, group.message);
     Json location = {{"physicalLocation", {{"artifactLocation", {{"uri", sUri}}}}}};
     if (place.line) location["physicalLocation"]["region"]["startLine"] = place.line;
+    // A rule of the schema below the key that all of them have.
+    const std::string sRuleId = group.level == CheckLevel::Rules ? group.key + '/' + group.rule : group.key;
     Json properties = {{"level", checkLevelName(group.level)}, {"rule", group.rule}};
     if (place.id) properties["entity"] = place.id;
     if (place.column) properties["column"] = place.column;
     if (!group.type.empty()) properties["type"] = group.type;
     if (!group.attribute.empty()) properties["attribute"] = group.attribute;
     m_stream << (m_boFirst ? "\n" : ",\n")
-             << sDump({{"ruleId", group.key},
+             << sDump({{"ruleId", sRuleId},
                        {"level", group.weight == CheckWeight::Note ? "note" : "error"},
                        {"message", {{"text", sCheckMessage(record)}}},
                        {"locations", Json::array({location})},
@@ -55,15 +57,39 @@ void Sarif::vResult(const CheckRecord& record, const std::string& sUri) {
     m_boFirst = false;
 }
 
+void Sarif::vNotify(const char* pLevel, const std::string& sText, const std::string& sPath) {
+    const Json location = {{"physicalLocation", {{"artifactLocation", {{"uri", sUriOf(sPath)}}}}}};
+    m_notifications.push_back(
+        {{"level", pLevel}, {"message", {{"text", sText}}}, {"locations", Json::array({location})}});
+}
+
 void Sarif::vFile(const std::string& sPath, const CheckResult& result) {
     const std::string sUri = sUriOf(sPath);
     for (const CheckRecord& record : result.records()) vResult(record, sUri);
+    for (std::size_t i = 0; i < checkLevelCount; ++i) {
+        const CheckLevelSummary& summary = result.levels[i];
+        if (summary.state != CheckLevelSummary::State::NotPossible) continue;
+        m_boSuccessful = false;
+        vNotify("error", fmt::format("{}: not decided: {}", checkLevelName(static_cast<CheckLevel>(i)), summary.reason),
+                sPath);
+    }
+    if (result.placesLeftOut)
+        vNotify("warning", fmt::format("{} are not listed", sCounted(result.placesLeftOut, "more failure")), sPath);
+    m_files.push_back(checkFileJson(sPath, result));
+}
+
+void Sarif::vFault(const std::string& sPath, const std::string& sWhy) {
+    m_boSuccessful = false;
+    vNotify("error", sWhy, sPath);
 }
 
 void Sarif::vFinish() {
     Json rules = Json::array();
     for (const auto& [sKey, sText] : m_rules) rules.push_back({{"id", sKey}, {"shortDescription", {{"text", sText}}}});
-    m_stream << "\n],\"tool\":" << sDump({{"driver", {{"name", "oxaifc"}, {"version", OXA_VERSION}, {"rules", rules}}}})
+    const Json invocation = {{"executionSuccessful", m_boSuccessful}, {"toolExecutionNotifications", m_notifications}};
+    m_stream << "\n],\"invocations\":" << sDump(Json::array({invocation}))
+             << ",\"properties\":" << sDump({{"files", m_files}})
+             << ",\"tool\":" << sDump({{"driver", {{"name", "oxaifc"}, {"version", OXA_VERSION}, {"rules", rules}}}})
              << "}]}\n";
 }
 

@@ -18,16 +18,23 @@ class Sarif {
 public:
     explicit Sarif(std::ostream& stream);
 
-    // All records of one file, in the order of the file.
+    // All records of one file, in the order of the file. A level that could not be decided is a notification: no result
+    // is not yet a valid file.
     void vFile(const std::string& sPath, const CheckResult& result);
+    // A file that could not be checked.
+    void vFault(const std::string& sPath, const std::string& sWhy);
     // What follows the results: to be called once, in the end.
     void vFinish();
 
 private:
     void vResult(const CheckRecord& record, const std::string& sUri);
+    void vNotify(const char* pLevel, const std::string& sText, const std::string& sPath);
 
     std::ostream& m_stream;
     std::map<std::string, std::string> m_rules;   // what each key says
+    Json m_notifications = Json::array();
+    Json m_files = Json::array();
+    bool m_boSuccessful = true;
     bool m_boFirst = true;
 };
 

@@ -3,6 +3,8 @@
 #include "oxaifc/verbs/StrictCheck.h"
 
 #include <algorithm>
+#include <exception>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -101,10 +103,9 @@ void vPlaceWrite(const CheckPlace& place, Output& output) {
 void vGroupWrite(const CheckGroup& group, bool boAll, Output& output) {
     const bool boNote = group.weight == CheckWeight::Note;
     const std::string sWord = fmt::format("{} {}", checkLevelName(group.level), boNote ? "note" : "error");
-    const std::string sRule = group.rule == group.type ? std::string() : fmt::format(" [{}]", sPrintable(group.rule));
-    output.vPrint("{}{}: {}{}\n", output.sTinted(boNote ? Tint::Yellow : Tint::Red, sWord),
+    output.vPrint("{}{}: {}\n", output.sTinted(boNote ? Tint::Yellow : Tint::Red, sWord),
                   group.count > 1 ? fmt::format(" {} times", sGrouped(group.count)) : std::string(),
-                  sPrintable(sCheckTitle(group)), sRule);
+                  sPrintable(sCheckTitle(group) + sCheckRule(group)));
     const std::size_t iTold = std::min(group.places.size(), boAll ? group.places.size() : g_iPlacesOfGroup);
     for (std::size_t i = 0; i < iTold && output.boWanted(); ++i) vPlaceWrite(group.places[i], output);
     if (iTold < group.count)
@@ -200,7 +201,12 @@ int iStrictCheck(const StrictOptions& options, Output& output) {
         output.vJsonBegin();
     }
     const int iCode = iForEachFile(options.paths, [&](const std::string& sPath) {
-        return iStrictOne(options, sPath, sarif ? &*sarif : nullptr, rest, output);
+        try {
+            return iStrictOne(options, sPath, sarif ? &*sarif : nullptr, rest, output);
+        } catch (const std::exception& error) {
+            if (sarif) sarif->vFault(sPath, error.what());
+            throw;
+        }
     });
     if (options.boJson) {
         output.vJsonEnd();
