@@ -185,6 +185,9 @@ const Row g_records[] = {
     {"a complex one has its supertypes", "#1=(ROOT('abc')SUB($));#2=(OTHER()SUB($));",
      "6:1 Schema_ComplexMapping ''; one record | 6:24 Schema_ComplexSupertype ''; Root"},
     {"in the order of the alphabet", "#1=(OTHER()B(.T.));", "6:1 Schema_ComplexOrder ''; behind Other"},
+    {"a record may derive what another one has a place for",
+     "#1=(OTHER()ROOT('abc')SUB(*)SUBSUB());\n#2=(OTHER()ROOT('abd')SUB('x')SUBSUB());\n#3=(OTHER()ROOT('abe')SUB(*));",
+     "7:27 Schema_Derived Name ''x''; * | 8:27 Schema_NotDerived Name '*'; Label of at most 5 characters"},
     {"with the parameters of each", "#1=(OTHER()ROOT('ab')SUB($,$));#2=E(#1);#3=C(#1);#4=R(1.);",
      "6:17 Schema_Width Id ''ab''; Code of 3 characters | 6:29 Schema_ParameterCount '2'; 1"},
 };

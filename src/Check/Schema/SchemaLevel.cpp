@@ -51,6 +51,7 @@ void SchemaLevel::vStatement(const StatementHead& head) {
     m_frames.clear();
     m_items.clear();
     m_records.clear();
+    m_complexParameters.clear();
     m_iHashing = 0;
     m_pParameter = nullptr;
     m_pRecord = nullptr;
@@ -121,6 +122,7 @@ void SchemaLevel::vComplexEnd() {
         iLeaves += std::none_of(m_records.begin(), m_records.end(),
                                 [&](const Entity* pOther) { return pOther->pParent == &entity; });
     }
+    vComplexDerived();
     if (iLeaves == 1)
         vTell({"Schema_ComplexMapping", "an instance of one entity type is no complex one", "one record"},
               m_head.place);
@@ -141,6 +143,28 @@ void SchemaLevel::vTogether(const Entity& supertype) {
           m_head.place);
 }
 
+// A record of another subtype may derive what the record of a supertype has a place for.
+void SchemaLevel::vComplexDerived() {
+    for (const ComplexParameter& parameter : m_complexParameters) {
+        const Attribute* pAttribute = parameter.pParameter->pAttribute;
+        const bool boDerived = std::any_of(m_records.begin(), m_records.end(), [pAttribute](const Entity* pRecord) {
+            return std::any_of(pRecord->redeclared.begin(), pRecord->redeclared.end(), [pAttribute](const auto& again) {
+                return again.pAttribute == pAttribute && again.boDerived;
+            });
+        });
+        if (boDerived == parameter.boStar) continue;
+        m_pParameter = parameter.pParameter;
+        m_sType = pAttribute->pOwner->sName;
+        if (boDerived)
+            vTell({"Schema_Derived", "the attribute is derived: it has no value in a statement", "*", parameter.sText},
+                  parameter.place);
+        else
+            vTell({"Schema_NotDerived", "the attribute is not derived", parameter.pParameter->pType->sText, "*"},
+                  parameter.place);
+    }
+    m_pParameter = nullptr;
+}
+
 // ---- What a value is held to
 
 // Of a parameter of the record; null where nothing is to be said, or where it was said.
@@ -149,6 +173,12 @@ const ValueType* SchemaLevel::pParameterType(const Token& token, bool boValue) {
     m_pParameter = nullptr;
     if (!m_pRecord || iIndex >= m_pRecord->parameters.size()) return nullptr;
     m_pParameter = &m_pRecord->parameters[iIndex];
+    if (m_head.boComplex) {
+        const bool boStar = boValue && token.kind == TokenKind::Derived;
+        m_complexParameters.push_back(
+            {m_pParameter, boStar, token.place, std::string(token.text.substr(0, g_iMostFound))});
+        if (boStar) return nullptr;
+    }
     if (m_pParameter->boDerived) {
         if (token.kind != TokenKind::Derived)
             vTell({"Schema_Derived", "the attribute is derived: it has no value in a statement", "*", token.text},

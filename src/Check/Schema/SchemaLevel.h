@@ -76,6 +76,13 @@ private:
         std::uint64_t iSource;
         [[nodiscard]] auto operator<=>(const InverseUse&) const noexcept = default;
     };
+    // Whether it is derived is known when all records are.
+    struct ComplexParameter {
+        const ParameterPlan* pParameter;
+        bool boStar;
+        Place place;
+        std::string sText;
+    };
     struct UniqueValue {
         std::uint64_t iHash;
         std::uint64_t iNumber;
@@ -108,6 +115,7 @@ private:
     void vAggregateEnd(const Frame& frame);
     void vComplexEnd();
     void vTogether(const ifc::def::schema::Entity& supertype);
+    void vComplexDerived();
     void vUniqueValues();
     void vFinishReferences();
     void vFinishInverses();
@@ -128,6 +136,7 @@ private:
     std::vector<std::uint64_t> m_items;
     std::vector<std::optional<std::uint64_t>> m_values;       // hashes, by parameter
     std::vector<const ifc::def::schema::Entity*> m_records;   // of a complex instance
+    std::vector<ComplexParameter> m_complexParameters;        // the same
     std::unordered_map<std::uint64_t, std::vector<const ifc::def::schema::Entity*>> m_complex;
     std::deque<Reference> m_references;   // to what is not there yet
     std::vector<HeldTo> m_heldTo;
