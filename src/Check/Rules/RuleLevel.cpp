@@ -106,9 +106,13 @@ void RuleLevel::vRead(std::istream& bytes) {
     how.schemaFromName = [this](const std::string&) { return const_cast<ifc::def::SchemaPset*>(&m_schema); };
     how.boKeepIds = true;
     how.boSingleThreaded = m_options.threads == 1;
-    if (!m_file.boRead(bytes, errors, how)) m_sLost = "the model could not be read to its end";
+    m_boWhole = m_file.boRead(bytes, errors, how);
+    if (!m_boWhole) {
+        m_sLost = "the model could not be read to its end";
+        return;
+    }
     m_losses.emplace(*m_program.pProgram, m_file.data(), errors);
-    if (m_losses->iCount() && m_sLost.empty())
+    if (m_losses->iCount())
         m_sLost = sCounted(m_losses->iCount(), "fault of the file left", "faults of the file left") +
                   " the model without what the rules look at";
 }
@@ -119,6 +123,14 @@ RuleLevelResult RuleLevel::evaluate(std::uint64_t iBytes, InstanceTable& instanc
     if (!m_program.pProgram) return level;
     const Program& program = *m_program.pProgram;
     const ifc::Data& data = m_file.data();
+    if (m_options.stop.stop_requested()) throw Stopped("the check was stopped");
+    if (!m_boWhole) {
+        // Of a part that ends anywhere rules would say what is not so.
+        RuleResult none;
+        none.counts.resize(program.rules.size(), {.iFailed = 1});
+        level.counts = countsOf(program, none);
+        return level;
+    }
     rules::RuleOptions how;
     how.iThreads = m_options.threads;
     how.boUnique = false;

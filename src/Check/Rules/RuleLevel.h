@@ -42,7 +42,8 @@ private:
     rules::SchemaProgram m_program;
     ifc::File m_file;
     std::optional<rules::ReadLosses> m_losses;
-    std::string m_sLost;   // what the model lacks of the file; empty where it lacks nothing
+    bool m_boWhole = true;   // the model was read to its end
+    std::string m_sLost;     // what the model lacks of the file; empty where it lacks nothing
 };
 
 }   // namespace oxa::check
