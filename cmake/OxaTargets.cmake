@@ -19,6 +19,10 @@ else()
     # g++ 12 sees overlapping copies in std::string and unset members in JSON values that are none (fixed in 13).
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict;-Wno-maybe-uninitialized>
     $<$<AND:$<BOOL:${OXA_WARNINGS_AS_ERRORS}>,$<CXX_COMPILER_ID:GNU,Clang,AppleClang>>:-Werror>)
+  if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
+    # A product is rounded before it is added to, as on x86-64: a file gives the same numbers on every machine.
+    target_compile_options(OxaOptions INTERFACE -ffp-contract=off)
+  endif()
 endif()
 
 # A switch over an enumeration names each enumerator, with a default or without: who adds a class of cell, a kind of type
