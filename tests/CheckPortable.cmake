@@ -34,7 +34,7 @@ rule("what a compiler has beyond the standard" "${compiler_files}"
   "# *include_next")
 rule("a condition on the compiler or the system" "${compiler_files}|${system_files}"
   "# *(if|elif|ifdef|ifndef)[^\n]*(__linux|__unix|__APPLE__|__GLIBC|_WIN|WIN32|_MSC|__GNUC__|__clang|__MINGW|__CYGWIN)"
-  "# *(if|elif|ifdef|ifndef)[^\n]*(__aarch64|__x86_64|__i386|_M_|__SSE|__AVX|__ARM|MADV_|MAP_|__has_include)")
+  "# *(if|elif|ifdef|ifndef)[^\n]*(__aarch64|__x86_64|__i386|_M_|__SSE|__AVX|__ARM|__SIZEOF_|MADV_|MAP_|__has_include)")
 rule("what a system has beyond the standard" "${system_files}"
   "${word}(ssize_t|off_t|locale_t|fileno|isatty|fdopen|fsync|fseeko|ftello|popen|pclose|mkstemp|mkdtemp|realpath|strdup|\
 strndup|strcasecmp|strncasecmp|strtod_l|newlocale|uselocale|v?asprintf|memmem|memrchr|mempcpy|stpcpy|strchrnul|timegm|\

@@ -17,6 +17,12 @@
 
 namespace oxa::platform {
 
+#if defined(__SIZEOF_INT128__)
+// Whole numbers of 128 bits. Who uses them has another way for a compiler without.
+#define OXA_HAS_UNSIGNED128 1
+__extension__ using Unsigned128 = unsigned __int128;
+#endif
+
 // By the standard alone: for compilers without these builtins, and what the builtins are tested against.
 namespace plain {
 

@@ -16,10 +16,12 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/Compiler.h"
+
 namespace oxa::ifc::details {
 
-#if defined(__SIZEOF_INT128__)
-__extension__ using Unsigned128 = unsigned __int128;
+#if defined(OXA_HAS_UNSIGNED128)
+using platform::Unsigned128;
 
 inline constexpr int g_iRealDigits = 16;
 inline constexpr std::size_t g_iRealText = 24;   // characters that a text can have

@@ -61,7 +61,7 @@ bool boWholeWritten(StepWriteInfo& info, double value) {
 
 // Those of ordinary size, nearly all that are no whole numbers.
 bool boOrdinaryWritten([[maybe_unused]] StepWriteInfo& info, [[maybe_unused]] double value) {
-#if defined(__SIZEOF_INT128__)
+#if defined(OXA_HAS_UNSIGNED128)
     char* const pBegin = info.m_number.data();
     static_assert(std::tuple_size_v<decltype(info.m_number)> > details::g_iRealText);
     *pBegin = '-';

@@ -14,7 +14,7 @@
 namespace oxa::ifc::details {
 namespace {
 
-#if defined(__SIZEOF_INT128__)
+#if defined(OXA_HAS_UNSIGNED128)
 // "%.16G" with a point behind whole numbers.
 std::string sByLibrary(double value) {
     char text[64];
