@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -12,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "Format/Ifc/IfcNumbers.h"
 #include "Model/Columns.h"
 #include "Model/Relations.h"
 #include "Model/Selector.h"
@@ -101,10 +101,8 @@ std::vector<std::string> headOf(const ListOptions& options, bool boSeveral) {
 
 // What is added up is as good as 15 digits: no 0.30000000000000004 of 0.1 and 0.2.
 double rounded(double value) {
-    double result = value;
     const std::string sText = fmt::format("{:.15g}", value);
-    std::from_chars(sText.data(), sText.data() + sText.size(), result);
-    return result;
+    return ifc::toDouble(sText.data(), sText.data() + sText.size()).value_or(value);
 }
 
 using RowSink = std::function<void(const std::vector<Cell>& cells)>;
