@@ -8,7 +8,6 @@
 #include <charconv>
 #include <chrono>
 #include <cstdint>
-#include <cstdio>
 #include <future>
 #include <optional>
 #include <string>
@@ -17,6 +16,7 @@
 #include <vector>
 
 #include "Bindings.h"
+#include "Format/Ifc/IfcNumbers.h"
 #include "Model/Columns.h"
 #include "Model/Error.h"
 #include "Model/Relations.h"
@@ -52,10 +52,8 @@ nb::object select(nb::handle self, std::string query, bool boExact) {
 // What is added up is as good as 15 digits: no 0.30000000000000004 of 0.1 and 0.2.
 double rounded(double value) {
     char text[40];
-    const int iSize = std::snprintf(text, sizeof text, "%.15g", value);
-    double result = value;
-    std::from_chars(text, text + iSize, result);
-    return result;
+    const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 15);
+    return oxa::ifc::toDouble(text, end.ptr).value_or(value);
 }
 
 struct Answer {
