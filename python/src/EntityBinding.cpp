@@ -20,10 +20,13 @@ namespace {
 
 PyTypeObject* g_pEntityType = nullptr;   // lives as long as the process
 
-constexpr std::size_t g_iMostShown = 60;   // characters of one attribute
+constexpr std::size_t g_iMostShown = 60;   // bytes of one attribute
 
 std::string sShown(const std::string& sText) {
-    return sText.size() <= g_iMostShown ? sText : sText.substr(0, g_iMostShown - 3) + "...";
+    if (sText.size() <= g_iMostShown) return sText;
+    std::size_t iEnd = g_iMostShown - 3;
+    while (iEnd > 0 && (static_cast<unsigned char>(sText[iEnd]) & 0xC0U) == 0x80U) --iEnd;   // within a character
+    return sText.substr(0, iEnd) + "...";
 }
 
 std::string sReprOf(nb::handle object) {

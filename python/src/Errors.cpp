@@ -2,10 +2,11 @@
 #include "Errors.h"
 
 #include <nanobind/stl/string.h>
-#include <nanobind/stl/vector.h>
 
 #include <exception>
 #include <new>
+#include <string_view>
+#include <utility>
 
 #include "Model/Error.h"
 #include "Model/Selector.h"
@@ -15,11 +16,24 @@ namespace oxa::python {
 
 namespace {
 
+// A message may quote a file, whose bytes are any.
+nb::object textOf(std::string_view text) {
+    PyObject* const pText = PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "replace");
+    if (!pText) throw nb::python_error();
+    return nb::steal(pText);
+}
+
 template <class... Arguments>
 void vSet(const char* pClass, const std::exception& error, Arguments&&... arguments) {
     const nb::object type = nb::module_::import_("oxaifc._errors").attr(pClass);
-    const nb::object value = type(error.what(), std::forward<Arguments>(arguments)...);
+    const nb::object value = type(textOf(error.what()), std::forward<Arguments>(arguments)...);
     PyErr_SetObject(type.ptr(), value.ptr());
+}
+
+nb::object nearOf(const oxa::NameError& error) {
+    nb::list names;
+    for (const std::string& sName : error.near()) names.append(textOf(sName));
+    return names;
 }
 
 void vSetFrom(const std::exception_ptr& pError) {
@@ -28,7 +42,7 @@ void vSetFrom(const std::exception_ptr& pError) {
     } catch (nb::python_error& error) {
         error.restore();
     } catch (const oxa::NameError& error) {
-        vSet("UnknownNameError", error, nb::tuple(nb::cast(error.near())));
+        vSet("UnknownNameError", error, nearOf(error));
     } catch (const oxa::QueryError& error) {
         vSet("QueryError", error, error.column());
     } catch (const oxa::TypeError& error) {
@@ -67,7 +81,7 @@ void vErrorSet() noexcept {
 
 void vThrowNotFound(const std::string& sMessage) {
     const nb::object type = nb::module_::import_("oxaifc._errors").attr("NotFoundError");
-    PyErr_SetObject(type.ptr(), type(sMessage).ptr());
+    PyErr_SetObject(type.ptr(), type(textOf(sMessage)).ptr());
     throw nb::python_error();
 }
 

@@ -4,10 +4,9 @@
 from __future__ import annotations
 
 import json
-import re
 import subprocess
 from pathlib import Path
-from typing import Any, Iterator
+from typing import Any
 
 import oxaifc
 import pytest
@@ -16,57 +15,18 @@ from oxaifc import Derived, TypedValue
 
 FILES = small_models(400_000)
 
-TOKEN = re.compile(
-    r"\s*(?:(?P<text>'(?:[^']|'')*')|(?P<enum>\.\w+\.)|(?P<ref>#\d+)|(?P<binary>\"[0-9A-F]*\")"
-    r"|(?P<number>[-+]?\d+(?:\.\d*)?(?:[eE][-+]?\d+)?)|(?P<name>[A-Z]\w*)|(?P<mark>[(),$*]))",
-    re.DOTALL,
-)
-TRUTHS: dict[str, Any] = {"T": True, "F": False, "U": "UNKNOWN"}
-
-
-def parsed(text: str) -> Any:
-    """A parameter of a statement (ISO 10303-21, 10) as the package tells it, its references as ("#", number)."""
-    if not text:   # a parameter that the file leaves out
-        return None
-    tokens = TOKEN.finditer(text)
-    value = parsed_value(next(tokens), tokens)
-    assert next(tokens, None) is None
-    return value
-
-
-def parsed_value(token: "re.Match[str]", tokens: "Iterator[re.Match[str]]") -> Any:
-    """The value that begins with this token."""
-    word, kind = token.group().strip(), token.lastgroup
-    if kind == "text":
-        return word[1:-1].replace("''", "'")
-    if kind == "enum":
-        return TRUTHS.get(word[1:-1], word[1:-1])
-    if kind == "ref":
-        return ("#", int(word[1:]))
-    if kind == "number":
-        return float(word) if "." in word else int(word)
-    if kind == "name":
-        return ("typed", word, parsed_value(next(tokens), tokens)[0])
-    if kind == "mark" and word in "$*":
-        return None if word == "$" else "*"
-    items: list[Any] = []
-    for inner in tokens:
-        if inner.group().strip() == ")":
-            break
-        if inner.group().strip() != ",":
-            items.append(parsed_value(inner, tokens))
-    return tuple(items)
-
 
 def shown(value: Any) -> Any:
-    """A value of the package in the same shape."""
+    """A value as the program's JSON has it."""
     if isinstance(value, oxaifc.Entity):
-        return ("#", value.id())
+        return {"ref": value.id()}
     if isinstance(value, TypedValue):
-        return ("typed", value.is_a().upper(), shown(value.wrappedValue))
+        return {"type": value.is_a(), "value": shown(value.wrappedValue)}
     if isinstance(value, tuple):
-        return tuple(shown(item) for item in value)
-    return "*" if value is Derived else value
+        return [shown(item) for item in value]
+    if isinstance(value, bytes):
+        return value.hex().upper()
+    return {"derived": True} if value is Derived else value
 
 
 def told(program: str, *words: str) -> Any:
@@ -83,22 +43,22 @@ def test_the_package_tells_what_the_program_tells(path: Path, program: str) -> N
     rows = told(program, "list", str(path), "-f", "json", "-c", columns)
     assert [tuple(row.values()) for row in rows] == model.list(columns=columns.split(","))
     compared = 0
+    faulty = {record.id for record in model.errors if "Guid" in record.key}
     for name in ("IfcRoot", "IfcProperty", "IfcPhysicalQuantity", "IfcGeometricRepresentationItem", "IfcNamedUnit"):
         for row in told(program, "show", str(path), name, "--subtypes", "--json"):
             entity = model[row["id"]]
-            assert entity.is_a().upper() == row["type"]
-            for attribute in row["attributes"]:
-                if attribute["type"] == "IfcGloballyUniqueId":
-                    continue
-                value = getattr(entity, attribute["name"])
-                assert shown(value) == parsed(attribute["value"]), (entity, attribute)
-                compared += 1
-            for inverse in row["inverses"]:
-                assert {e.id() for e in getattr(entity, inverse["name"])} == set(inverse["entities"])
+            assert entity.is_a() == row["type"]
+            values = {key: shown(value) for key, value in entity.get_info(False).items() if key != "type"}
+            if entity.id() in faulty:   # a GlobalId that could not be read is dealt by chance
+                values["GlobalId"] = row["attributes"]["GlobalId"]
+            assert values == row["attributes"]
+            for inverse, numbers in row["inverses"].items():
+                assert sorted(e.id() for e in getattr(entity, inverse)) == sorted(one["ref"] for one in numbers)
+            compared += len(row["attributes"])
     assert compared > 20
-    assert [record.line for record in model.errors] == read_faults(program, path)
+    assert sorted((record.line or 0, record.key) for record in model.errors) == read_faults(program, path)
 
 
 def read_faults(program: str, path: Path) -> list[Any]:
-    """The lines of what the program's check reports."""
-    return [record["line"] or None for record in told(program, "check", str(path), "--all", "--json")["records"]]
+    """The lines and keys of what the program's check reports."""
+    return sorted((record["line"] or 0, record["key"]) for record in told(program, "check", str(path), "--all", "--json")["records"])

@@ -157,6 +157,17 @@ def test_an_entity_is_a_row_of_attributes(house: oxaifc.Model) -> None:
     assert (repr(Derived), bool(Derived)) == ("Derived", False)
 
 
+def test_long_values_are_cut_between_characters(house: oxaifc.Model) -> None:
+    for before in range(4):
+        house[3].Name = "x" * before + "\u20ac" * 40
+        assert "\u20ac..." in repr(house[3])
+
+
+def test_messages_quote_any_bytes(tmp_path: Path) -> None:
+    with pytest.raises(oxaifc.FileError):
+        oxaifc.open(HOUSE.replace("'IFC4'", "'IFC\udcff\udc80'").encode("utf-8", "surrogateescape"))
+
+
 def test_info_is_a_dict(house: oxaifc.Model) -> None:
     info = house[16].get_info()
     assert list(info)[:3] == ["id", "type", "GlobalId"] and info["RelatingMaterial"] == house[15]
