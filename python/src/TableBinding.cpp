@@ -74,8 +74,9 @@ const char* pTypeName(Type eType) {
 
 // oxaifc.Column
 nb::object columnOf(const tables::Column& column) {
-    std::string sType = pTypeName(column.type);
-    for (unsigned i = 0; i < column.lists; ++i) sType = "list of " + sType;
+    std::string sType;
+    for (unsigned i = 0; i < column.lists; ++i) sType += "list of ";
+    sType += pTypeName(column.type);
     return nb::module_::import_("oxaifc._tables")
         .attr("Column")(column.name, sType, column.nullable, column.description);
 }
@@ -128,26 +129,34 @@ nb::dict columnsOf(const TableObject& table) {
 
 // Capsules, as Arrow's interface for Python has them.
 
+// Lets go of what a struct holds, where nobody has taken it.
+struct Release {
+    template <class Struct>
+    void operator()(Struct* pMade) const noexcept {
+        if (pMade->release) pMade->release(pMade);
+        delete pMade;
+    }
+};
 template <class Struct>
-nb::object capsuleOf(std::unique_ptr<Struct> pMade, const char* pName) {
-    const auto release = [](void* p) noexcept {   // where nobody has taken what it holds
-        const std::unique_ptr<Struct> pHeld(static_cast<Struct*>(p));
-        if (pHeld->release) pHeld->release(pHeld.get());
-    };
+using Held = std::unique_ptr<Struct, Release>;
+
+template <class Struct>
+nb::object capsuleOf(Held<Struct> pMade, const char* pName) {
+    const auto release = [](void* p) noexcept { Release()(static_cast<Struct*>(p)); };
     nb::object capsule = nb::capsule(pMade.get(), pName, release);
-    pMade.release();
+    static_cast<void>(pMade.release());
     return capsule;
 }
 
 nb::object schemaCapsule(const TableObject& table) {
-    auto pSchema = std::make_unique<ArrowSchema>();
+    Held<ArrowSchema> pSchema(new ArrowSchema{});
     tables::schema(table.table, pSchema.get());
     return capsuleOf(std::move(pSchema), "arrow_schema");
 }
 
 // What is asked for by "requested_schema" may be passed over, as the interface says: whoever reads casts.
 nb::object streamCapsule(const TableObject& table, nb::handle) {
-    auto pStream = std::make_unique<ArrowArrayStream>();
+    Held<ArrowArrayStream> pStream(new ArrowArrayStream{});
     vGuardedStream(table.home(), table.file, table.table.name, table.iRows, pStream.get());
     return capsuleOf(std::move(pStream), "arrow_array_stream");
 }
@@ -199,7 +208,7 @@ nb::object gridOf(const oxa::Value& list) {
     vNumbersAdd(list, shape, *pNumbers);
     Number* const pFirst = pNumbers->data();
     const nb::capsule owner(pNumbers.get(), [](void* p) noexcept { delete static_cast<std::vector<Number>*>(p); });
-    pNumbers.release();
+    static_cast<void>(pNumbers.release());
     return nb::cast(nb::ndarray<nb::numpy, Number>(pFirst, shape.size(), shape.data(), owner));
 }
 

@@ -5,9 +5,10 @@ from __future__ import annotations
 
 import gc
 import threading
+import time
 import weakref
 from pathlib import Path
-from typing import Any
+from typing import Any, Callable
 
 import oxaifc
 import pytest
@@ -294,3 +295,19 @@ class TestArray:
         other.remove(face)
         with pytest.raises(oxaifc.RemovedError):
             face.array("CoordList")
+
+
+def test_a_table_costs_no_more_than_dictionaries() -> None:
+    polars = pytest.importorskip("polars", reason="polars is not installed")
+    model = oxaifc.open(house(walls=5000).encode())
+    walls = model.by_type("IfcWall")
+
+    def cost(work: Callable[[], Any]) -> float:
+        before = time.process_time()
+        work()
+        return time.process_time() - before
+
+    rounds = range(3)
+    frames = min(cost(lambda: polars.DataFrame(model.table("property"))) for _ in rounds)
+    dictionaries = min(cost(lambda: [oxaifc.util.get_psets(wall) for wall in walls]) for _ in rounds)
+    assert frames <= 1.4 * dictionaries
