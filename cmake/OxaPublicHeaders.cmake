@@ -29,6 +29,7 @@ set(OXA_PUBLIC_HEADERS
   platform/ReplacedFile.h
   platform/Stream.h
   platform/String.h
+  platform/Unfinished.h
   platform/Utilities.h
   platform/Xml.h
   schema/Schema.h

@@ -85,7 +85,7 @@ fs::path realPath(const fs::path& path) {
     return error ? path : real;
 }
 
-std::FILE* pOpen(const fs::path& path, fs::path& temporary) {
+std::FILE* pOpen(const fs::path& path, fs::path& temporary, Unfinished& unfinished) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (fs::is_directory(status)) vFail(EISDIR);
@@ -94,6 +94,7 @@ std::FILE* pOpen(const fs::path& path, fs::path& temporary) {
     // A rename asks for rights on the folder alone, so it would replace a write-protected file.
     if (boOld) std::fclose(pOpened(path, "r+b"));
     const fs::path beside = path.parent_path() / (".oxaifc-" + Guid::generate().toString() + ".tmp");
+    unfinished.vNote(beside);
     std::FILE* pFile = pOpened(beside, "wbx");
     if (boOld) fs::permissions(beside, status.permissions(), error);   // before it holds what not all may read
     if (boOld && error) {
@@ -110,7 +111,7 @@ std::FILE* pOpen(const fs::path& path, fs::path& temporary) {
 
 ReplacedFile::ReplacedFile(const fs::path& path)
     : m_path(realPath(path)),
-      m_pBuffer(std::make_unique<Buffer>(pOpen(m_path, m_temporary), true)),
+      m_pBuffer(std::make_unique<Buffer>(pOpen(m_path, m_temporary, m_unfinished), true)),
       m_stream(m_pBuffer.get()) {}
 
 ReplacedFile::ReplacedFile(std::FILE* pOpen)
@@ -123,10 +124,16 @@ ReplacedFile::~ReplacedFile() {
     if (!m_temporary.empty()) fs::remove(m_temporary, error);
 }
 
-void ReplacedFile::vFinish() {
+void ReplacedFile::vClose() {
+    if (std::exchange(m_boClosed, true)) return;
     if (const int iError = m_pBuffer->iClose(!m_temporary.empty())) vFail(iError);
+}
+
+void ReplacedFile::vFinish() {
+    vClose();
     if (m_temporary.empty()) return;
     if (const int iError = platform::iReplace(m_temporary, m_path)) vFail(iError);
+    m_unfinished.vForget();
     m_temporary.clear();
 }
 

@@ -7,6 +7,7 @@
 ///          the disk: whoever looks sees the old content or the new one. What is no regular file, as a pipe or a device,
 ///          is written as it comes.
 /// Errors   std::system_error with the system's number (errno), with an existing file as it was and no other behind.
+/// Ended    a process that a signal ends calls removeUnfinished() (Unfinished.h), which knows the new files.
 /// Threads  one at a time.
 #pragma once
 
@@ -16,6 +17,7 @@
 #include <ostream>
 
 #include "platform/Export.h"
+#include "platform/Unfinished.h"
 
 namespace oxa::stream {
 
@@ -37,6 +39,9 @@ public:
     /// The new file in the same folder, empty, for a library that writes by path instead of into stream(); empty text for
     /// what is written as it comes. It must be closed again before vFinish.
     [[nodiscard]] const std::filesystem::path& temporaryPath() const noexcept { return m_temporary; }
+    /// Hands all bytes to the disk, so that nothing but the renaming is left to vFinish. For whoever replaces several files,
+    /// all of them or none.
+    void vClose();
     /// Puts the new file in the place of the old one, with the permissions of that. Once, as the last call.
     void vFinish();
     /// The file that is replaced, links followed; empty for one that was open already.
@@ -47,6 +52,8 @@ private:
 
     std::filesystem::path m_path;
     std::filesystem::path m_temporary;   // empty where nothing is to be renamed
+    Unfinished m_unfinished;             // the same
+    bool m_boClosed = false;
     std::unique_ptr<Buffer> m_pBuffer;
     std::ostream m_stream;
 };

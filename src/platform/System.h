@@ -42,4 +42,7 @@ OXA_PLATFORM_API void vUnmap(void* pBytes, std::size_t iBytes) noexcept;
 OXA_PLATFORM_API void vPopulate(void* pBytes, std::size_t iBytes) noexcept;
 OXA_PLATFORM_API void vGiveBack(void* pBytes, std::size_t iBytes) noexcept;
 
+// Removes a file or an empty folder, by a path as the system has it. From the handler of a signal, too.
+[[nodiscard]] bool boRemove(const std::filesystem::path::value_type* pPath) noexcept;
+
 }   // namespace oxa::platform

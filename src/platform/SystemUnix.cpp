@@ -67,4 +67,6 @@ std::span<char> wholePages(void* pBytes, std::size_t iBytes) noexcept {
 
 void vUnmap(void* pBytes, std::size_t iBytes) noexcept { munmap(pBytes, iBytes); }
 
+bool boRemove(const char* pPath) noexcept { return unlink(pPath) == 0 || rmdir(pPath) == 0; }
+
 }   // namespace oxa::platform

@@ -126,4 +126,6 @@ void vUnmap(void* pBytes, std::size_t) noexcept { VirtualFree(pBytes, 0, MEM_REL
 void vPopulate(void*, std::size_t) noexcept {}
 void vGiveBack(void*, std::size_t) noexcept {}
 
+bool boRemove(const wchar_t* pPath) noexcept { return DeleteFileW(pPath) || RemoveDirectoryW(pPath); }
+
 }   // namespace oxa::platform

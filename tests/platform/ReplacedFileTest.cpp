@@ -121,4 +121,38 @@ TEST_F(ReplacedFileTest, WritesToAFileThatIsOpen) {
     EXPECT_EQ(sContent(path), "text");
 }
 
+TEST_F(ReplacedFileTest, AProcessThatEndsRemovesWhatIsUnfinished) {
+    const fs::path made = m_folder / "made";
+    fs::create_directory(made);
+    const Unfinished folder(made);
+    ReplacedFile inside(made / "a");
+    ReplacedFile finished(m_folder / "b");
+    finished.stream() << "whole";
+    finished.vFinish();
+    ReplacedFile open(m_folder / "c");
+    {
+        const ReplacedFile forgotten(m_folder / "d");
+        Unfinished kept(m_folder / "b");
+        kept.vForget();
+    }
+    EXPECT_EQ(iFiles(), 3);   // the folder, "b" and what becomes "c"
+    removeUnfinished();
+    EXPECT_EQ(iFiles(), 1);
+    EXPECT_EQ(sContent(m_folder / "b"), "whole");
+    removeUnfinished();   // nothing is left to be removed
+    open.stream() << "late";
+    EXPECT_THROW(open.vFinish(), std::system_error);
+    EXPECT_EQ(iFiles(), 1);
+}
+
+TEST_F(ReplacedFileTest, FilesAreClosedBeforeTheFirstIsRenamed) {
+    ReplacedFile a(m_folder / "a");
+    a.stream() << "text";
+    a.vClose();
+    EXPECT_FALSE(fs::exists(m_folder / "a"));
+    a.vClose();
+    a.vFinish();
+    EXPECT_EQ(sContent(m_folder / "a"), "text");
+}
+
 }   // namespace oxa::stream

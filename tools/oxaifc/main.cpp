@@ -24,6 +24,7 @@
 #include "oxaifc/verbs/ManPage.h"
 #include "oxaifc/verbs/Verb.h"
 #include "platform/Localization.h"
+#include "platform/Unfinished.h"
 
 namespace oxa::tool {
 namespace {
@@ -151,6 +152,7 @@ int iFailed(std::string_view text) {
 int main(int iCount, char** ppWords) {
     using namespace oxa::tool;
     vIgnoreWriteSignals();
+    vOnEnd(oxa::stream::removeUnfinished);
     try {
         return iRunAndFlush(wordsAtStart(iCount, ppWords));
     } catch (const std::bad_alloc&) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -28,12 +29,24 @@ namespace oxa::tool {
 // The most memory that the process has held so far, in bytes; 0 where the system does not say.
 [[nodiscard]] std::uint64_t iPeakMemory();
 
+// Runs a function whose lines on standard error nobody shall see, while no other thread has any.
+void vWithoutStandardError(const std::function<void()>& function);
+
 // From here on a write to a pipe that nobody reads, or beyond a limit of file sizes, is an error of the write, not a
 // signal.
 void vIgnoreWriteSignals();
 
-// What Ctrl-C does from here on, in place of ending the program; null: that again. The function may do only what the
-// handler of a signal may.
-void vOnInterrupt(void (*pFunction)());
+// What the program does first when Ctrl-C or another signal of its user ends it: that Ctrl-C did is told in a line. The
+// function may do only what the handler of a signal may.
+void vOnEnd(void (*pFunction)());
+
+// After so long the program ends with this line on standard error and exit code 2, whatever it does, as after Ctrl-C: for
+// what does not look at the clock by itself. 0: never.
+void vEndAfter(double seconds, std::string line);
+
+// What the next Ctrl-C does in place of ending the program, which the one behind it does; null: nothing any more. The
+// function may do only what the handler of a signal may. A read of the terminal that waits goes on, or fails with
+// boReadEnds.
+void vOnInterrupt(void (*pFunction)(), bool boReadEnds = false);
 
 }   // namespace oxa::tool

@@ -2,8 +2,10 @@
 #include "oxaifc/io/System.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 #include <fcntl.h>
 #include <io.h>
@@ -15,6 +17,8 @@
 #include <windows.h>
 // after windows.h, whose types it needs
 #include <psapi.h>
+
+#include "oxaifc/io/Failure.h"
 
 namespace oxa::tool {
 
@@ -160,18 +164,71 @@ std::uint64_t iPeakMemory() {
 
 void vIgnoreWriteSignals() {}   // there are none
 
-// The system calls it on a thread of its own, and goes on with the program where it is told so.
-void vOnInterrupt(void (*pFunction)()) {
-    static void (*pHandler)() = nullptr;
-    static const PHANDLER_ROUTINE pRoutine = [](DWORD iEvent) -> BOOL {
-        if (iEvent != CTRL_C_EVENT) return FALSE;
-        pHandler();
-        return TRUE;
+void vWithoutStandardError(const std::function<void()>& function) {
+    struct Restore {
+        int iBefore = _dup(_fileno(stderr));
+        ~Restore() {
+            std::fflush(stderr);
+            if (iBefore < 0) return;
+            _dup2(iBefore, _fileno(stderr));
+            _close(iBefore);
+        }
     };
-    static bool boSet = false;
-    if (pFunction) pHandler = pFunction;
-    if (boSet == (pFunction != nullptr)) return;
-    boSet = SetConsoleCtrlHandler(pRoutine, pFunction != nullptr) ? pFunction != nullptr : boSet;
+    const Restore restore;
+    const int iNowhere = _open("NUL", _O_WRONLY);
+    if (restore.iBefore >= 0 && iNowhere >= 0) _dup2(iNowhere, _fileno(stderr));
+    if (iNowhere >= 0) _close(iNowhere);
+    function();
 }
+
+namespace {
+
+void (*g_pEnd)() = nullptr;
+std::atomic<void (*)()> g_pInterrupt{nullptr};
+std::string g_sLate;   // the line of vEndAfter
+
+void vLineWrite(std::string_view text) {
+    DWORD iWritten = 0;
+    WriteFile(GetStdHandle(STD_ERROR_HANDLE), text.data(), static_cast<DWORD>(text.size()), &iWritten, nullptr);
+}
+
+// The system calls it on a thread of its own, and ends the program unless it is told that the event was handled.
+BOOL WINAPI boEvent(DWORD iEvent) {
+    void (*const pFunction)() = iEvent == CTRL_C_EVENT ? g_pInterrupt.exchange(nullptr) : nullptr;
+    if (pFunction) {
+        pFunction();
+        return TRUE;
+    }
+    if (iEvent == CTRL_C_EVENT) vLineWrite("oxaifc: interrupted\n");
+    g_pEnd();
+    return FALSE;
+}
+
+VOID CALLBACK vLate(PVOID, BOOLEAN) {
+    vLineWrite(g_sLate);
+    g_pEnd();
+    ExitProcess(g_iExitFailure);
+}
+
+}   // namespace
+
+void vOnEnd(void (*pFunction)()) {
+    g_pEnd = pFunction;
+    SetConsoleCtrlHandler(boEvent, TRUE);
+}
+
+void vEndAfter(double seconds, std::string line) {
+    static HANDLE handle = nullptr;
+    if (handle) static_cast<void>(DeleteTimerQueueTimer(nullptr, std::exchange(handle, nullptr), INVALID_HANDLE_VALUE));
+    if (seconds <= 0) return;
+    g_sLate = std::move(line) + "\n";
+    const double milliseconds = std::min(seconds * 1000, 4e9);
+    if (!CreateTimerQueueTimer(&handle, nullptr, vLate, nullptr, static_cast<DWORD>(milliseconds), 0,
+                               WT_EXECUTEONLYONCE))
+        handle = nullptr;
+}
+
+// A read of the terminal ends by itself there.
+void vOnInterrupt(void (*pFunction)(), bool) { g_pInterrupt = pFunction; }
 
 }   // namespace oxa::tool
