@@ -229,4 +229,16 @@ void stream(std::shared_ptr<const Model> model, const FileInfo& file, std::strin
     vStreamMake(std::make_unique<HeldStream>(std::move(model), held, file, table, options), out);
 }
 
+ArrowArrayStream stream(const Model& model, std::string_view table) {
+    ArrowArrayStream made{};
+    stream(model, {.file = "model", .path = {}}, table, &made);
+    return made;
+}
+
+ArrowArrayStream stream(std::shared_ptr<const Model> model, std::string_view table) {
+    ArrowArrayStream made{};
+    stream(std::move(model), {.file = "model", .path = {}}, table, &made);
+    return made;
+}
+
 }   // namespace oxa::tables

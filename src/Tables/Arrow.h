@@ -90,6 +90,9 @@ OXA_TABLES_API void stream(const Model& model, const FileInfo& file, std::string
                            const StreamOptions& options = {});
 OXA_TABLES_API void stream(std::shared_ptr<const Model> model, const FileInfo& file, std::string_view table,
                            ArrowArrayStream* out, const StreamOptions& options = {});
+/// The same, with "model" in the column "file".
+[[nodiscard]] OXA_TABLES_API ArrowArrayStream stream(const Model& model, std::string_view table);
+[[nodiscard]] OXA_TABLES_API ArrowArrayStream stream(std::shared_ptr<const Model> model, std::string_view table);
 ///@}
 
 }   // namespace oxa::tables

@@ -7,6 +7,12 @@
 #include <istream>
 #include <vector>
 
+#if defined(__x86_64__) && defined(__GNUC__)
+#define OXA_SHA_INSTRUCTIONS
+#include <cpuid.h>
+#include <immintrin.h>
+#endif
+
 namespace oxa::tables::detail {
 
 namespace {
@@ -26,7 +32,7 @@ constexpr std::array<std::uint32_t, 64> g_roots{
     0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
 // clang-format on
 
-void vBlock(Words& sum, const unsigned char* pBlock) {
+void vBlockPlain(Words& sum, const unsigned char* pBlock) {
     std::array<std::uint32_t, 64> words{};
     for (std::size_t i = 0; i < 16; ++i)
         for (std::size_t iByte = 0; iByte < 4; ++iByte) words[i] = words[i] << 8U | pBlock[4 * i + iByte];
@@ -55,9 +61,64 @@ void vBlock(Words& sum, const unsigned char* pBlock) {
     for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += added[i];
 }
 
+#ifdef OXA_SHA_INSTRUCTIONS
+
+bool boInstructions() noexcept {
+    unsigned a = 0;
+    unsigned b = 0;
+    unsigned c = 0;
+    unsigned d = 0;
+    return __builtin_cpu_supports("sse4.1") && __get_cpuid_count(7, 0, &a, &b, &c, &d) && (b >> 29U & 1U) != 0;
+}
+
+// Six times as fast. The instructions want a, b, e, f in one register and c, d, g, h in another, highest first; each makes
+// two rounds.
+__attribute__((target("sha,sse4.1"))) void vBlockByInstructions(Words& sum, const unsigned char* pBlock) {
+    const __m128i swap = _mm_set_epi64x(0x0c0d0e0f08090a0b, 0x0405060700010203);
+    const auto load = [](const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); };
+    const __m128i cdab = _mm_shuffle_epi32(load(sum.data()), 0xb1);
+    const __m128i efgh = _mm_shuffle_epi32(load(sum.data() + 4), 0x1b);
+    __m128i abef = _mm_alignr_epi8(cdab, efgh, 8);
+    __m128i cdgh = _mm_blend_epi16(efgh, cdab, 0xf0);
+    const __m128i abefBefore = abef;
+    const __m128i cdghBefore = cdgh;
+    __m128i words[4];   // the last sixteen
+    for (std::size_t i = 0; i < 16; ++i) {
+        __m128i& four = words[i % 4];
+        if (i < 4) {
+            four = _mm_shuffle_epi8(load(pBlock + 16 * i), swap);
+        } else {
+            const __m128i last = words[(i + 3) % 4];
+            four = _mm_add_epi32(_mm_sha256msg1_epu32(four, words[(i + 1) % 4]),
+                                 _mm_alignr_epi8(last, words[(i + 2) % 4], 4));
+            four = _mm_sha256msg2_epu32(four, last);
+        }
+        const __m128i added = _mm_add_epi32(four, load(g_roots.data() + 4 * i));
+        cdgh = _mm_sha256rnds2_epu32(cdgh, abef, added);
+        abef = _mm_sha256rnds2_epu32(abef, cdgh, _mm_shuffle_epi32(added, 0x0e));
+    }
+    const __m128i feba = _mm_shuffle_epi32(_mm_add_epi32(abef, abefBefore), 0x1b);
+    const __m128i dchg = _mm_shuffle_epi32(_mm_add_epi32(cdgh, cdghBefore), 0xb1);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(sum.data()), _mm_blend_epi16(feba, dchg, 0xf0));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(sum.data() + 4), _mm_alignr_epi8(dchg, feba, 8));
+}
+
+#endif
+
+using Block = void (*)(Words& sum, const unsigned char* pBlock);
+
+Block pBlockOf([[maybe_unused]] bool boFast) noexcept {
+#ifdef OXA_SHA_INSTRUCTIONS
+    static const bool boHas = boInstructions();
+    if (boFast && boHas) return vBlockByInstructions;
+#endif
+    return vBlockPlain;
+}
+
 }   // namespace
 
-std::string sSha256(std::istream& stream) {
+std::string sSha256(std::istream& stream, bool boFast) {
+    const Block vBlock = pBlockOf(boFast);
     constexpr std::size_t iBlock = 64;
     Words sum{0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a, 0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
     std::vector<unsigned char> bytes(1024 * iBlock);

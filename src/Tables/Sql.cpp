@@ -47,7 +47,8 @@ std::string_view behind(std::string_view message, std::string_view prefix) {
 struct Sql::State {
     State() {
         sqlite3* pOpen = nullptr;
-        const int iOpened = sqlite3_open_v2(":memory:", &pOpen, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+        const int iOpened = sqlite3_open_v2(":memory:", &pOpen,
+                                            SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
         pBase.reset(pOpen);
         if (iOpened != SQLITE_OK) throw std::bad_alloc();
         for (const LimitRow& row : g_limits) sqlite3_limit(pOpen, row.iLimit, row.iMost);

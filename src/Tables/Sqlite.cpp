@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Tables/Sqlite.h"
 
+#include <cerrno>
 #include <map>
 #include <system_error>
 
@@ -55,7 +56,8 @@ struct SqliteFile::State {
         const fs::path& written = pFile->temporaryPath();
         if (written.empty()) vFail(path, "is no regular file");
         sqlite3* pOpen = nullptr;
-        const int iOpened = sqlite3_open_v2(str::sOfPath(written).c_str(), &pOpen, SQLITE_OPEN_READWRITE, nullptr);
+        const int iOpened = sqlite3_open_v2(str::sOfPath(written).c_str(), &pOpen,
+                                            SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
         pBase.reset(pOpen);
         if (iOpened != SQLITE_OK) vFail(path, pOpen ? sqlite3_errmsg(pOpen) : "no memory");
         // What is not finished is thrown away, so that nothing of it need be undone.
@@ -64,7 +66,13 @@ struct SqliteFile::State {
     }
 
     void vCheck(int iResult) const {
-        if (iResult != SQLITE_OK && iResult != SQLITE_DONE) vFail(path, sqlite3_errmsg(pBase.get()));
+        if (iResult == SQLITE_OK || iResult == SQLITE_DONE) return;
+        // What the system says is clearer than "disk I/O error".
+        const int iCode = iResult & 0xff;
+        const int iError = iCode == SQLITE_FULL    ? ENOSPC
+                           : iCode == SQLITE_IOERR ? sqlite3_system_errno(pBase.get())
+                                                   : 0;
+        vFail(path, iError ? std::generic_category().message(iError) : sqlite3_errmsg(pBase.get()));
     }
     void vRun(const std::string& sSql) const {
         vCheck(sqlite3_exec(pBase.get(), sSql.c_str(), nullptr, nullptr, nullptr));

@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 
 #include "Model/Names.h"
+#include "Tables/BatchPipe.h"
 #include "Tables/Rows.h"
 #include "Tables/Sha256.h"
 #include "platform/Path.h"
@@ -83,6 +85,16 @@ std::vector<Table> tables() {
     return all;
 }
 
+std::vector<Table> tables(const Model& model) {
+    std::vector<Table> all = tables();
+    oxa::detail::ModelState& state = oxa::detail::ModelState::of(model);
+    std::map<std::string_view, const detail::schema::Entity*> classes;
+    for (const ifc::Entity* pEntity : state.all())
+        classes.emplace(pEntity->schemaEntity().sName, &pEntity->schemaEntity());
+    for (const auto& [name, pClass] : classes) all.push_back(detail::definitionOfClass(*pClass).table);
+    return all;
+}
+
 Table table(const Model& model, std::string_view name) {
     return detail::definition(oxa::detail::ModelState::of(model).schema(), name).table;
 }
@@ -129,6 +141,25 @@ bool boFill(detail::RowMaker& rows, std::size_t& iStep, Batch& batch, std::size_
 
 }   // namespace
 
+namespace {
+
+// The rows of all tables, until nobody takes them any more.
+void vMakeAll(const Model& model, const FileInfo& file, const std::vector<Definition>& wanted,
+              detail::BatchPipe& pipe) {
+    Context context(model, file);
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        const auto pRows = wanted[i].pMake(context);
+        for (std::size_t iStep = 0;;) {
+            auto pBatch = pipe.pUsed(i);
+            if (!pBatch) pBatch = std::make_unique<Batch>(wanted[i].table.columns);
+            if (!boFill(*pRows, iStep, *pBatch, 8192)) break;
+            if (!pipe.boPut({i, std::move(pBatch)})) return;
+        }
+    }
+}
+
+}   // namespace
+
 bool Reader::next(Batch& batch, std::size_t rows) {
     if (m_state->poolLife.expired()) throw HandleError("the model of this table is gone");
     return boFill(*m_state->pRows, m_state->iStep, batch, std::max<std::size_t>(rows, 1));
@@ -138,15 +169,19 @@ void write(const Model& model, const FileInfo& file, TableSink& sink, std::span<
     std::vector<Definition> wanted;
     for (const std::string& sName : names)
         wanted.push_back(detail::definition(oxa::detail::ModelState::of(model).schema(), sName));
-    Context context(model, file);
-    for (const Definition& definition : wanted) {
-        const auto pRows = definition.pMake(context);
-        Batch batch(definition.table.columns);
-        sink.begin(definition.table);
-        for (std::size_t iStep = 0; boFill(*pRows, iStep, batch, 8192);) sink.rows(batch);
+    detail::BatchPipe pipe([&](detail::BatchPipe& made) { vMakeAll(model, file, wanted, made); });
+    std::size_t iBegun = 0;
+    const auto vBegin = [&](std::size_t iTables) {
+        while (iBegun < iTables) sink.begin(wanted[iBegun++].table);
+    };
+    for (detail::BatchPipe::Load load; pipe.boTake(load);) {
+        vBegin(load.iTable + 1);
+        sink.rows(*load.pBatch);
     }
+    vBegin(wanted.size());
 }
 
 void write(const Model& model, const FileInfo& file, TableSink& sink) { write(model, file, sink, usualTables()); }
+void write(const Model& model, TableSink& sink) { write(model, {.file = "model", .path = {}}, sink); }
 
 }   // namespace oxa::tables

@@ -2,8 +2,8 @@
 /// @file
 /// Tables: a model as tables, for databases, spreadsheets and data frames.
 ///
-///     oxa::tables::CsvFolder folder("house");                         // Sinks.h; Sqlite.h and Xlsx.h have others
-///     oxa::tables::write(model, {.file = "house.ifc"}, folder);
+///     oxa::tables::TextFiles folder("house", oxa::tables::TextForm::Csv);   // TextFiles.h; Sqlite.h and Xlsx.h have others
+///     oxa::tables::write(model, folder);
 ///     folder.finish();
 ///
 /// For      whoever asks a model with another engine than this library. docs/tables.md has the tables and their columns.
@@ -54,6 +54,9 @@ struct FileInfo {
 
 /// The fixed tables in their order.
 [[nodiscard]] OXA_TABLES_API std::vector<Table> tables();
+/// The fixed tables, then those of the classes that the model has instances of, by name. Others are there too, without
+/// rows or with those of subtypes.
+[[nodiscard]] OXA_TABLES_API std::vector<Table> tables(const Model& model);
 /// One of the fixed tables, or that of a class of the model's schema, in any case of letters.
 [[nodiscard]] OXA_TABLES_API Table table(const Model& model, std::string_view name);
 
@@ -69,11 +72,14 @@ public:
 
 /// All fixed tables but "reference", which is long.
 [[nodiscard]] OXA_TABLES_API std::vector<std::string> usualTables();
-/// Hands the tables of these names to the sink, one after the other. NameError before the first row.
+/// Hands the tables of these names to the sink, one after the other. NameError before the first row. Rows are made on a
+/// thread of their own, which also asks for the SHA-256 of the file; the sink is called on this one.
 OXA_TABLES_API void write(const Model& model, const FileInfo& file, TableSink& sink,
                           std::span<const std::string> names);
 /// The same with usualTables().
 OXA_TABLES_API void write(const Model& model, const FileInfo& file, TableSink& sink);
+/// The same, with "model" in the column "file".
+OXA_TABLES_API void write(const Model& model, TableSink& sink);
 
 /// The rows of one table, in batches.
 class OXA_TABLES_API Reader {

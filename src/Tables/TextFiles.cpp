@@ -12,6 +12,7 @@
 #include "Tables/SameColumns.h"
 #include "platform/Path.h"
 #include "platform/ReplacedFile.h"
+#include "platform/Unfinished.h"
 
 namespace oxa::tables {
 
@@ -22,13 +23,16 @@ bool looksLikeFormula(std::string_view text) noexcept {
 }
 
 void appendField(std::string& line, std::string_view text, char separator) {
-    const char special[] = {separator, '"', '\r', '\n'};
-    if (text.find_first_of(std::string_view(special, sizeof special)) == std::string_view::npos) {
+    const auto boSpecial = [separator](char c) { return c == separator || c == '"' || c == '\r' || c == '\n'; };
+    if (std::ranges::none_of(text, boSpecial)) {
         line += text;
         return;
     }
     line += '"';
-    for (const char c : text) line.append(c == '"' ? 2 : 1, c);
+    for (const char c : text) {
+        if (c == '"') line += c;
+        line += c;
+    }
     line += '"';
 }
 
@@ -101,6 +105,7 @@ struct TextFiles::State {
     fs::path folder;
     std::ostream* pStream;
     bool boFolder;
+    stream::Unfinished madeFolder;
     bool boFolderMade = false;
     SameColumns seen;
     std::map<std::string, File> files;   // by the name of the table
@@ -115,6 +120,7 @@ TextFiles::TextFiles(const fs::path& folder, TextForm form) : m_state(std::make_
         throw FileError(str::sOfPath(folder) + ": is no folder");
     m_state->boFolderMade = fs::create_directory(folder, error);
     if (error) throw FileError(str::sOfPath(folder) + ": can't be made: " + error.default_error_condition().message());
+    if (m_state->boFolderMade) m_state->madeFolder.vNote(folder);
 }
 
 TextFiles::TextFiles(std::ostream& out, TextForm form) : m_state(std::make_unique<State>(form, fs::path(), &out)) {}
@@ -159,10 +165,13 @@ void TextFiles::rows(const Batch& batch) {
 }
 
 void TextFiles::finish() {
-    for (auto& entry : m_state->files) {
-        State::File& file = entry.second;
-        State::written(file.sPath, [&file] { file.pFile->vFinish(); });
-    }
+    // A disk that is full is met before the first of them takes its place.
+    for (const auto& step : {&stream::ReplacedFile::vClose, &stream::ReplacedFile::vFinish})
+        for (auto& entry : m_state->files) {
+            State::File& file = entry.second;
+            State::written(file.sPath, [&] { (*file.pFile.*step)(); });
+        }
+    m_state->madeFolder.vForget();
     m_state->boFolderMade = false;
 }
 

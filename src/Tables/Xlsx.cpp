@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sheets by libxlsxwriter, which keeps one row of each in memory and the rest in temporary files.
+// Sheets by libxlsxwriter, which keeps one row of each in memory and the rest in temporary files. It does not look whether
+// those take what it writes, so that is done here.
 #include "Tables/Xlsx.h"
 
 #include <xlsxwriter.h>
 
 #include <algorithm>
+#include <cctype>
+#include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <map>
 #include <new>
 #include <system_error>
@@ -13,8 +17,10 @@
 
 #include "Model/Error.h"
 #include "Tables/SameColumns.h"
+#include "platform/Id.h"
 #include "platform/Path.h"
 #include "platform/ReplacedFile.h"
+#include "platform/Unfinished.h"
 
 namespace oxa::tables {
 
@@ -39,6 +45,35 @@ std::size_t iFirstBytes(std::string_view text, std::size_t iCharacters) {
     return text.size();
 }
 
+bool boHex(std::string_view text) {
+    return std::ranges::all_of(text, [](unsigned char c) { return std::isxdigit(c) != 0; });
+}
+
+// A character that XML has not is written as _xFFFE_ (ISO/IEC 29500-1, ST_Xstring), so a text that looks so gets its first
+// character written likewise. The library does so for control characters, apart from the one that ends its texts.
+std::string sEscaped(std::string_view text) {
+    std::string sText;
+    sText.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const std::string_view rest = text.substr(i);
+        if (rest.front() == '\0')
+            sText += "_x0000_";
+        else if (rest.size() >= 7 && rest.starts_with("_x") && rest[6] == '_' && boHex(rest.substr(2, 4)))
+            sText += "_x005F_";
+        else if (rest.starts_with("\xEF\xBF\xBE") || rest.starts_with("\xEF\xBF\xBF")) {
+            sText += rest[2] == '\xBE' ? "_xFFFE_" : "_xFFFF_";
+            i += 2;
+        } else
+            sText += rest.front();
+    }
+    return sText;
+}
+
+// Characters, as the library counts them.
+std::size_t iCharacters(std::string_view text) {
+    return static_cast<std::size_t>(std::ranges::count_if(text, [](unsigned char c) { return (c & 0xc0U) != 0x80U; }));
+}
+
 }   // namespace
 
 struct XlsxFile::State {
@@ -49,10 +84,10 @@ struct XlsxFile::State {
             vFail(error.code().message());
         }
         if (pFile->temporaryPath().empty()) vFail("is no regular file");
-        sWritten = str::sOfPath(pFile->temporaryPath());
+        sTemporary = str::sOfPath(pFile->temporaryPath());
         lxw_workbook_options options{};
         options.constant_memory = LXW_TRUE;
-        pBook = workbook_new_opt(sWritten.c_str(), &options);
+        pBook = workbook_new_opt(sTemporary.c_str(), &options);
         if (!pBook) throw std::bad_alloc();
         pNames = workbook_add_format(pBook);
         format_set_bold(pNames);
@@ -64,6 +99,36 @@ struct XlsxFile::State {
     [[noreturn]] void vFail(const std::string& sWhy) const {
         throw FileError(str::sOfPath(path) + ": can't be written: " + sWhy);
     }
+    [[noreturn]] void vFail(int iError) const { vFail(std::generic_category().message(iError)); }
+
+    // That the rows are all in their temporary files, and that there is room for the largest of them once more: the library
+    // puts each sheet together in a further one.
+    void vTemporaryCheck() const {
+        const fs::path folder = fs::temp_directory_path();
+        const auto vFull = [&](int iError) {
+            vFail("temporary files in " + str::sOfPath(folder) + ": " + std::generic_category().message(iError));
+        };
+        long iMost = 0;
+        for (const auto& [sTable, sheet] : sheets) {
+            std::FILE* const pRows = sheet.pSheet->optimize_tmpfile;
+            if (!pRows) continue;
+            errno = 0;
+            if (std::fflush(pRows) != 0 || std::ferror(pRows)) vFull(errno ? errno : ENOSPC);
+            iMost = std::max(iMost, std::ftell(pRows));
+        }
+        const fs::path trial = folder / ("oxaifc-" + Guid::generate().toString() + ".tmp");
+        const stream::Unfinished unfinished(trial);
+        std::FILE* const pTrial = stream::pOpenFile(trial, "wbx");
+        int iError = pTrial ? 0 : errno;
+        const std::vector<char> bytes(64 * 1024);   // more than the frame of a sheet takes
+        for (long i = 0; !iError && i <= iMost; i += static_cast<long>(bytes.size()))
+            if (std::fwrite(bytes.data(), 1, bytes.size(), pTrial) != bytes.size()) iError = errno;
+        if (pTrial && std::fclose(pTrial) != 0 && !iError) iError = errno;
+        std::error_code error;
+        fs::remove(trial, error);
+        if (iError) vFull(iError);
+    }
+
     void vCheck(lxw_error eError) const {
         if (eError != LXW_NO_ERROR) vFail(lxw_strerror(eError));
     }
@@ -85,13 +150,18 @@ struct XlsxFile::State {
         return sName;
     }
 
-    void vTextWrite(std::string text, std::size_t iColumn) {
-        if (const std::size_t iEnd = iFirstBytes(text, g_iMostCharacters); iEnd < text.size()) {
-            text.resize(iEnd);
-            ++pAt->cut[iColumn];
+    void vTextWrite(std::string_view text, std::size_t iColumn) {
+        std::string_view shown = text.substr(0, iFirstBytes(text, g_iMostCharacters));
+        std::string sWritten = sEscaped(shown);
+        // What is written in seven characters counts as seven.
+        for (std::size_t iMost = g_iMostCharacters; iCharacters(sWritten) > g_iMostCharacters;) {
+            iMost -= std::min(iMost, iCharacters(sWritten) - g_iMostCharacters);
+            shown = shown.substr(0, iFirstBytes(shown, iMost));
+            sWritten = sEscaped(shown);
         }
-        std::replace(text.begin(), text.end(), '\0', ' ');   // which ends a text there
-        vCheck(worksheet_write_string(pAt->pSheet, pAt->iRow, static_cast<lxw_col_t>(iColumn), text.c_str(), nullptr));
+        if (shown.size() < text.size()) ++pAt->cut[iColumn];
+        vCheck(
+            worksheet_write_string(pAt->pSheet, pAt->iRow, static_cast<lxw_col_t>(iColumn), sWritten.c_str(), nullptr));
     }
 
     void vCellWrite(const ColumnData& column, std::size_t iRow, std::size_t iColumn) {
@@ -120,7 +190,7 @@ struct XlsxFile::State {
 
     fs::path path;
     std::unique_ptr<stream::ReplacedFile> pFile;
-    std::string sWritten;
+    std::string sTemporary;
     lxw_workbook* pBook = nullptr;
     lxw_format* pNames = nullptr;
     SameColumns seen;
@@ -158,7 +228,10 @@ void XlsxFile::rows(const Batch& batch) {
 }
 
 void XlsxFile::finish() {
+    m_state->vTemporaryCheck();
+    errno = 0;
     const lxw_error eError = workbook_close(std::exchange(m_state->pBook, nullptr));   // frees it too
+    if (eError != LXW_NO_ERROR && errno != 0) m_state->vFail(errno);
     m_state->vCheck(eError);
     try {
         m_state->pFile->vFinish();

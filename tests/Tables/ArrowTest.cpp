@@ -100,8 +100,7 @@ std::string sTypes(const ArrowSchema& schema) {
 
 TEST(Arrow, TellsItsTypes) {
     const Model model = house("IFC4");
-    ArrowArrayStream stream{};
-    tables::stream(model, {}, "property", &stream);
+    ArrowArrayStream stream = tables::stream(model, "property");
     ArrowSchema schema{};
     ASSERT_EQ(stream.get_schema(&stream, &schema), 0);
     EXPECT_EQ(sTypes(schema), "+s file:u element_id:l set_name:u name:u value_text:u? value_number:g? value_boolean:b? "

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <stdexcept>
 
 #include <gtest/gtest.h>
 
@@ -247,6 +248,60 @@ TEST(TableRows, CirclesEnd) {
     EXPECT_EQ(tableRows(model, "element"), (Rows{"1|0000000000000000000001|IfcWall|~|a|~|~|~|~|~|~|2",
                                                  "2|0000000000000000000002|IfcWall|~|b|~|~|~|~|~|~|1"}));
     EXPECT_EQ(tableRows(model, "property"), Rows{"1|S|C.C|~|~|~|~|~|instance"});
+}
+
+TEST(TableRows, TablesOfAModel) {
+    const Model model = house("IFC4");
+    const std::vector<tables::Table> all = tables::tables(model);
+    const std::vector<tables::Table> fixed = tables::tables();
+    ASSERT_GT(all.size(), fixed.size());
+    EXPECT_TRUE(std::equal(fixed.begin(), fixed.end(), all.begin()));
+    const auto boHas = [&](const char* pName) {
+        return std::ranges::find(all, pName, &tables::Table::name) != all.end();
+    };
+    EXPECT_TRUE(boHas("IfcWall"));
+    EXPECT_FALSE(boHas("IfcProduct"));   // none of itself
+    EXPECT_FALSE(boHas("IfcStair"));
+    EXPECT_TRUE(std::is_sorted(all.begin() + static_cast<std::ptrdiff_t>(fixed.size()), all.end(),
+                               [](const auto& a, const auto& b) { return a.name < b.name; }));
+}
+
+// Rows come from another thread than that of the sink.
+struct ToldSink : tables::TableSink {
+    std::vector<std::string> begun{};
+    std::size_t iRows = 0;
+    std::size_t iMost = ~std::size_t{0};
+    void begin(const tables::Table& table) override { begun.push_back(table.name); }
+    void rows(const tables::Batch& batch) override {
+        iRows += batch.rows();
+        if (iRows > iMost) throw std::range_error("full");
+    }
+};
+
+TEST(TableWrite, AllTablesAreBegunInTheirOrder) {
+    ToldSink sink;
+    tables::write(Model("IFC4"), sink);   // few have a row
+    EXPECT_EQ(sink.begun, tables::usualTables());
+    ToldSink two;
+    const std::vector<std::string> names{"IfcWall", "element"};
+    tables::write(house("IFC4"), {.file = "m", .path = {}}, two, names);
+    EXPECT_EQ(two.begun, (std::vector<std::string>{"IfcWall", "element"}));
+    EXPECT_EQ(two.iRows, 3U + 14U);
+}
+
+TEST(TableWrite, FaultsOfEitherThreadPass) {
+    const Model model = house("IFC4");
+    ToldSink full;
+    full.iMost = 1;
+    EXPECT_THROW(tables::write(model, full), std::range_error);
+    ToldSink sink;
+    const tables::FileInfo file{
+        .file = "m", .path = {}, .sha256 = []() -> std::string { throw std::domain_error("no sum"); }};
+    EXPECT_THROW(tables::write(model, file, sink), std::domain_error);
+    EXPECT_EQ(sink.begun, std::vector<std::string>());   // "file" is the first
+    const std::vector<std::string> unknown{"element", "elemnt"};
+    EXPECT_THROW(tables::write(model, file, sink, unknown), NameError);
+    EXPECT_EQ(sink.begun, std::vector<std::string>());
 }
 
 }   // namespace
