@@ -58,10 +58,20 @@ void Target::vFinish() try {
 }
 
 bool Target::boIs(const std::string& sPath) const {
+    return !m_pFile->path().empty() && boSameFile(sPath, str::sOfPath(m_pFile->path()));
+}
+
+bool boSameFile(const std::string& sPath, const std::string& sOut) {
     std::error_code error;
-    if (m_pFile->path().empty()) return false;
-    if (sPath == "-") return boIsStandardInput(m_pFile->path());   // a shell may have made it that
-    return fs::equivalent(m_pFile->path(), str::pathOf(sPath), error) && !error;
+    if (sPath == "-") return boIsStandardInput(str::pathOf(sOut));   // a shell may have made it that
+    return fs::equivalent(str::pathOf(sOut), str::pathOf(sPath), error) && !error;
+}
+
+std::string sEndOf(const std::string& sPath) {
+    std::string sEnd = str::sOfPath(str::pathOf(sPath).extension());
+    for (char& c : sEnd)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return sEnd;
 }
 
 }   // namespace oxa::tool

@@ -48,4 +48,9 @@ private:
     std::unique_ptr<Packer> m_pPacker;   // null for a file that is not packed
 };
 
+// True when both are names of one file; "-" as the path is the one that standard input comes from.
+[[nodiscard]] bool boSameFile(const std::string& sPath, const std::string& sOut);
+// The end of a name in small letters, as .csv; empty where it has none.
+[[nodiscard]] std::string sEndOf(const std::string& sPath);
+
 }   // namespace oxa::tool

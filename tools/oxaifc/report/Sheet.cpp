@@ -9,10 +9,10 @@
 #include <variant>
 
 #include "Model/Error.h"
-#include "Tables/Xlsx.h"
 #include "oxaifc/formats/ElementModel.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
+#include "oxaifc/io/System.h"
 #include "platform/Path.h"
 
 namespace oxa::tool {
@@ -51,12 +51,19 @@ void vAdd(const Cell& cell, tables::ColumnData& column) {
 
 }   // namespace
 
-Sheet::Sheet(std::string sPath, std::vector<std::string> columns)
+void vFinish(tables::XlsxFile& file) {
+    // The library behind it tells of a full disk there, in lines of its own.
+    vWithoutStandardError([&file] { file.finish(); });
+    for (const std::string& sNote : file.notes()) vTell(sNote);
+}
+
+Sheet::Sheet(std::string sPath, std::string sName, std::vector<std::string> columns)
     : m_sPath(std::move(sPath)),
+      m_sName(std::move(sName)),
       m_columns(std::move(columns)) {}
 
 void Sheet::vFinish() try {
-    tables::Table table{.name = "list", .description = {}};
+    tables::Table table{.name = m_sName, .description = {}};
     for (std::size_t i = 0; i < m_columns.size(); ++i)
         table.columns.push_back({.name = m_columns[i], .type = typeOf(m_rows, i), .description = {}});
     tables::Batch batch(table.columns);
@@ -65,8 +72,7 @@ void Sheet::vFinish() try {
     tables::XlsxFile file{str::pathOf(m_sPath)};
     file.begin(table);
     file.rows(batch);
-    file.finish();
-    for (const std::string& sNote : file.notes()) vTell(sNote);
+    tool::vFinish(file);
 } catch (const FileError& error) {
     throw Failure(sPrintable(error.what()));
 }

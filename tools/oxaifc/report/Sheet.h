@@ -12,12 +12,17 @@
 #include <vector>
 
 #include "Model/Columns.h"
+#include "Tables/Xlsx.h"
 
 namespace oxa::tool {
 
+// Ends a workbook, and tells on standard error what had no place in it. FileError for a disk that is full, and so on.
+void vFinish(tables::XlsxFile& file);
+
 class Sheet {
 public:
-    Sheet(std::string sPath, std::vector<std::string> columns);
+    // "name" is that of the sheet.
+    Sheet(std::string sPath, std::string sName, std::vector<std::string> columns);
 
     // One cell a column.
     void vRow(const std::vector<Cell>& cells) { m_rows.push_back(cells); }
@@ -26,6 +31,7 @@ public:
 
 private:
     std::string m_sPath;
+    std::string m_sName;
     std::vector<std::string> m_columns;
     std::vector<std::vector<Cell>> m_rows;
 };

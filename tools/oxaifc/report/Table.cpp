@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <set>
 #include <utility>
 #include <variant>
 
@@ -15,6 +16,7 @@ namespace {
 
 constexpr std::size_t g_iGap = 2;
 constexpr std::size_t g_iNarrowest = 6;
+constexpr std::size_t g_iMostKept = 100000;   // rows that say how wide columns are
 
 struct Range {
     char32_t first, last;
@@ -62,12 +64,27 @@ Json jsonOf(const Cell& cell) {
 
 std::string sDump(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
+// Of two members of one name JSON would keep the last.
+void vMakeUnique(std::vector<std::string>& columns) {
+    std::set<std::string> taken(columns.begin(), columns.end());
+    std::set<std::string> seen;
+    for (std::string& sName : columns) {
+        const std::string sPlain = sName;
+        for (int i = 2; !seen.insert(sName).second; ++i) {
+            sName = sPlain + "_" + std::to_string(i);
+            if (!taken.insert(sName).second) sName = sPlain;   // another column is called so
+        }
+    }
+}
+
 }   // namespace
 
 Table::Table(const TableOptions& options, std::vector<std::string> columns, std::function<void(std::string_view)> sink)
     : m_options(options),
       m_columns(std::move(columns)),
-      m_sink(std::move(sink)) {}
+      m_sink(std::move(sink)) {
+    if (m_options.eForm == TableForm::JsonArray || m_options.eForm == TableForm::JsonLines) vMakeUnique(m_columns);
+}
 
 void Table::vBegin() {
     if (!std::exchange(m_boFirst, false)) return;
@@ -81,7 +98,10 @@ void Table::vRow(const std::vector<Cell>& cells) {
     const bool boFirst = m_boFirst;
     vBegin();
     switch (m_options.eForm) {
-    case TableForm::Text: std::ranges::transform(cells, std::back_inserter(m_rows.emplace_back()), textCell); break;
+    case TableForm::Text:
+        std::ranges::transform(cells, std::back_inserter(m_rows.emplace_back()), textCell);
+        if (m_rows.size() >= g_iMostKept || !m_widths.empty()) vLines();
+        break;
     case TableForm::Csv:
     case TableForm::Tsv: vSeparated(cells); break;
     case TableForm::JsonArray: m_sink(boFirst ? "\n" : ",\n"); [[fallthrough]];
@@ -92,7 +112,7 @@ void Table::vRow(const std::vector<Cell>& cells) {
 void Table::vFinish() {
     const bool boEmpty = m_boFirst;
     vBegin();
-    if (m_options.eForm == TableForm::Text) vLines();
+    if (m_options.eForm == TableForm::Text && (m_widths.empty() || !m_rows.empty())) vLines();
     if (m_options.eForm == TableForm::JsonArray) m_sink(boEmpty ? "]\n" : "\n]\n");
 }
 
@@ -150,14 +170,16 @@ std::vector<std::size_t> Table::widths() const {
 }
 
 void Table::vLines() {
-    m_rows.insert(m_rows.begin(), std::vector<TextCell>());
-    for (const std::string& sName : m_columns) m_rows.front().push_back(textCell(sName));
-    const std::vector<std::size_t> columns = widths();
+    if (m_widths.empty()) {
+        m_rows.insert(m_rows.begin(), std::vector<TextCell>());
+        for (const std::string& sName : m_columns) m_rows.front().push_back(textCell(sName));
+        m_widths = widths();
+    }
     for (const auto& row : m_rows) {
         std::string sLine;
         for (std::size_t i = 0; i < row.size(); ++i) {
-            const std::string sText = sCut(row[i], columns[i]);
-            const std::string sFill(columns[i] - std::min(columns[i], iWidthOf(sText)), ' ');
+            const std::string sText = m_options.iWidth > 0 ? sCut(row[i], m_widths[i]) : row[i].sText;
+            const std::string sFill(m_widths[i] - std::min(m_widths[i], iWidthOf(sText)), ' ');
             sLine += (i > 0 ? std::string(g_iGap, ' ') : "") + (row[i].boNumber ? sFill + sText : sText + sFill);
         }
         sLine.erase(sLine.find_last_not_of(' ') + 1);

@@ -3,10 +3,12 @@
 //
 // For      verbs that answer in rows.
 // Text     columns side by side, numbers to the right; with a width, as of a terminal, the widest are cut for it ("…").
-//          Its rows are kept until the end, those of the other forms are not.
+//          Its first 100,000 rows are kept to the end, as those that tell how wide columns are; what comes behind them, and
+//          rows of the other forms, are not.
 // CSV      RFC 4180. A text that begins with = + - or @ gets a ' in front, so that no spreadsheet takes it for a formula.
 //          TSV is the same with tabs, and lines end in LF.
-// JSON     an object a row with the columns for keys: of JsonArray in an array, of JsonLines one a line. No value is null.
+// JSON     an object a row with the columns for keys: of JsonArray in an array, of JsonLines one a line. No value is null;
+//          the second column of a name gets _2 behind it.
 // Threads  one.
 #pragma once
 
@@ -56,6 +58,7 @@ private:
     [[nodiscard]] static TextCell textCell(const Cell& cell);
     [[nodiscard]] static std::string sCut(const TextCell& cell, std::size_t iWidth);
     std::vector<std::vector<TextCell>> m_rows;   // of text alone
+    std::vector<std::size_t> m_widths;           // once the first lines are out
     bool m_boFirst = true;
 };
 

@@ -21,6 +21,7 @@
 #include "oxaifc/io/Output.h"
 #include "oxaifc/io/System.h"
 #include "oxaifc/io/Target.h"
+#include "oxaifc/report/RowForm.h"
 #include "oxaifc/report/Sheet.h"
 #include "oxaifc/report/Table.h"
 #include "oxaifc/verbs/Selection.h"
@@ -36,35 +37,13 @@ struct ListOptions : ModelOptions {
     std::vector<std::string> words;   // paths, and behind them the query
     std::string sQuery;
     std::vector<std::string> columns, keys, sums;   // each with commas
-    std::string sForm, sOut;
+    RowOptions out;
     bool boExact = false;
     bool boCount = false;
     bool boBom = false;
 
     [[nodiscard]] bool boGroups() const { return boCount || !keys.empty() || !sums.empty(); }
 };
-
-struct FormRow {
-    const char* pWord;
-    const char* pEnd;                 // of a name
-    std::optional<TableForm> eForm;   // none of a workbook
-};
-constexpr FormRow g_forms[] = {{"table", ".txt", TableForm::Text},
-                               {"csv", ".csv", TableForm::Csv},
-                               {"tsv", ".tsv", TableForm::Tsv},
-                               {"json", ".json", TableForm::JsonArray},
-                               {"ndjson", ".ndjson", TableForm::JsonLines},
-                               {"xlsx", ".xlsx", std::nullopt}};
-
-std::optional<TableForm> form(const ListOptions& options) {
-    const std::string sEnd = str::sOfPath(str::pathOf(options.sOut).extension());
-    for (const FormRow& row : g_forms)
-        if (options.sForm.empty() ? sEnd == row.pEnd : options.sForm == row.pWord) return row.eForm;
-    if (options.sOut.empty() || options.sOut == "-") return TableForm::Text;
-    throw Failure(
-        fmt::format("list: {}: its end is none of .csv, .tsv, .json, .ndjson, .xlsx and .txt; -f says the form",
-                    sPrintable(options.sOut)));
-}
 
 // "A,B.'c,d'": the names between commas, apart from those in quotes.
 std::vector<std::string> namesOf(const std::vector<std::string>& texts) {
@@ -177,12 +156,10 @@ int iTable(ListOptions& options, const std::vector<std::string>& paths, const st
            TableForm eForm, Output& output) {
     TableOptions tableOptions{.eForm = eForm, .boBom = options.boBom};
     std::unique_ptr<Target> pTarget;
-    if (!options.sOut.empty() && options.sOut != "-")
-        pTarget = std::make_unique<Target>(options.sOut);
+    if (options.out.boFile())
+        pTarget = std::make_unique<Target>(options.out.sOut);
     else if (output.boTerminal())
         tableOptions.iWidth = iTerminalWidth(stdout);
-    if (pTarget && std::ranges::any_of(paths, [&](const std::string& sPath) { return pTarget->boIs(sPath); }))
-        throw Failure(fmt::format("{}: is the file that is read", pTarget->sName()));
     Table table(tableOptions, headOf(options, paths.size() > 1), [&](std::string_view text) {
         if (pTarget)
             pTarget->stream() << text;
@@ -197,12 +174,7 @@ int iTable(ListOptions& options, const std::vector<std::string>& paths, const st
 
 // A workbook is put in its place at the end, when nothing is read any more.
 int iSheet(ListOptions& options, const std::vector<std::string>& paths, const std::optional<Selector>& selector) {
-    if (options.sOut.empty() || options.sOut == "-") throw Failure("list: a workbook goes to a file: -o OUT.xlsx");
-    std::error_code error;
-    for (const std::string& sPath : paths)
-        if (std::filesystem::equivalent(str::pathOf(sPath), str::pathOf(options.sOut), error))
-            throw Failure(fmt::format("{}: is the file that is read", sPrintable(options.sOut)));
-    Sheet sheet(options.sOut, headOf(options, paths.size() > 1));
+    Sheet sheet(options.out.sOut, "list", headOf(options, paths.size() > 1));
     const int iCode = iRows(options, paths, selector, [&sheet](const std::vector<Cell>& cells) { sheet.vRow(cells); });
     sheet.vFinish();
     return iCode;
@@ -217,7 +189,8 @@ int iList(ListOptions& options, Output& output) {
     std::optional<Selector> selector;
     if (!options.sQuery.empty()) selector = selectorOf(options.sQuery, "list: QUERY");
 
-    const std::optional<TableForm> eForm = form(options);
+    const std::optional<TableForm> eForm = options.out.form("list");
+    options.out.vOutCheck(paths);
     if (options.boBom && eForm != TableForm::Csv && eForm != TableForm::Tsv)
         throw Failure("list: --bom goes with csv and tsv alone");
     return eForm ? iTable(options, paths, selector, *eForm, output) : iSheet(options, paths, selector);
@@ -238,13 +211,7 @@ VerbRun declare(Command command) {
     list("--sum", pOptions->sums, "the sum of these columns").excludes(columns);
     command.flag("--count", pOptions->boCount, "how many there are, in all or in each group").excludes(columns);
     command.flag("--exact", pOptions->boExact, "classes without their subtypes");
-    std::vector<std::string> forms;
-    for (const FormRow& row : g_forms) forms.emplace_back(row.pWord);
-    command.option("-f,--format", pOptions->sForm, "what to write; default by the end of OUT, else table")
-        .oneOf(forms)
-        .value("table|csv|tsv|json|ndjson|xlsx");
-    command.option("-o,--output", pOptions->sOut, "a file to write, .csv, .tsv, .json, .ndjson, .xlsx or .txt")
-        .value("OUT");
+    pOptions->out.vDeclare(command);
     command.flag("--bom", pOptions->boBom, "begin CSV and TSV with a byte order mark");
     return [pOptions](Output& output) { return iList(*pOptions, output); };
 }

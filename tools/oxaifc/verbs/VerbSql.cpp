@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <list>
@@ -20,6 +22,8 @@
 #include "oxaifc/io/Output.h"
 #include "oxaifc/io/System.h"
 #include "oxaifc/io/Target.h"
+#include "oxaifc/report/RowForm.h"
+#include "oxaifc/report/Sheet.h"
 #include "oxaifc/report/Table.h"
 #include "oxaifc/verbs/Several.h"
 #include "oxaifc/verbs/Verb.h"
@@ -31,27 +35,10 @@ namespace {
 
 struct SqlOptions : ModelOptions {
     std::vector<std::string> words;   // paths, and behind them the statement
-    std::string sStatement, sForm, sOut;
+    std::string sStatement;
+    RowOptions out;
     double seconds = 0;
 };
-
-struct FormRow {
-    const char* pWord;
-    const char* pEnd;   // of a name
-    TableForm eForm;
-};
-constexpr FormRow g_forms[] = {{"table", ".txt", TableForm::Text},
-                               {"csv", ".csv", TableForm::Csv},
-                               {"json", ".json", TableForm::JsonArray}};
-
-TableForm formOf(const SqlOptions& options) {
-    const std::string sEnd = str::sOfPath(str::pathOf(options.sOut).extension());
-    for (const FormRow& row : g_forms)
-        if (options.sForm.empty() ? sEnd == row.pEnd : options.sForm == row.pWord) return row.eForm;
-    if (options.sOut.empty() || options.sOut == "-") return TableForm::Text;
-    throw Failure(
-        fmt::format("sql: {}: its end is none of .csv, .json and .txt; -f says the form", sPrintable(options.sOut)));
-}
 
 // A last word that names no file is the statement.
 std::vector<std::string> pathsOf(SqlOptions& options) {
@@ -81,10 +68,22 @@ struct Interruptible {
     Interruptible& operator=(const Interruptible&) = delete;
 };
 
+// A function of SQLite over long texts does not look at the clock: a second later it is not waited for.
+struct Deadline {
+    explicit Deadline(double seconds) {
+        if (seconds > 0)
+            vEndAfter(seconds + 1, fmt::format("oxaifc: sql: takes longer than {:.0f} ms", seconds * 1000));
+    }
+    ~Deadline() { vEndAfter(0, {}); }
+    Deadline(const Deadline&) = delete;
+    Deadline& operator=(const Deadline&) = delete;
+};
+
 // The models with what they are asked by.
 struct Session {
     std::list<ElementModel> files;   // for the schemas, which the elements need to the end
     tables::Sql sql;
+    double seconds = 0;   // after which not the statement alone ends, but the program; 0: none
 
     int iAdd(const SqlOptions& options) {
         ElementModel& file = files.emplace_back(options);
@@ -95,28 +94,50 @@ struct Session {
         return file.iExitCode();
     }
 
-    // The rows of each statement as a table of its own.
-    void vRun(const std::string& sStatement, const TableOptions& options,
-              const std::function<bool(std::string_view)>& sink) {
+    // The rows of each statement, from "begin" on.
+    void vRun(const std::string& sStatement, const tables::SqlRows& rows) {
+        const Interruptible interruptible(sql);
+        const Deadline deadline(seconds);
+        sql.run(sStatement, rows);
+    }
+
+    // Each statement as a table of its own; the sink says whether it takes more.
+    void vRunAsText(const std::string& sStatement, const TableOptions& options,
+                    const std::function<bool(std::string_view)>& sink) {
         std::unique_ptr<Table> pTable;
         bool boWanted = true;
         const auto vEnd = [&] {
             if (pTable) pTable->vFinish();
             pTable.reset();
         };
-        const Interruptible interruptible(sql);
-        sql.run(sStatement, {.begin =
-                                 [&](const std::vector<std::string>& columns) {
-                                     vEnd();
-                                     pTable = std::make_unique<Table>(
-                                         options, columns, [&](std::string_view text) { boWanted = sink(text); });
-                                 },
-                             .row =
-                                 [&](const std::vector<Cell>& row) {
-                                     pTable->vRow(row);
-                                     return boWanted;
-                                 }});
+        vRun(sStatement, {.begin =
+                              [&](const std::vector<std::string>& columns) {
+                                  vEnd();
+                                  pTable = std::make_unique<Table>(
+                                      options, columns, [&](std::string_view text) { boWanted = sink(text); });
+                              },
+                          .row =
+                              [&](const std::vector<Cell>& row) {
+                                  pTable->vRow(row);
+                                  return boWanted;
+                              }});
         vEnd();
+    }
+
+    void vRunAsSheet(const std::string& sStatement, const std::string& sOut) {
+        std::unique_ptr<Sheet> pSheet;
+        vRun(sStatement, {.begin =
+                              [&](const std::vector<std::string>& columns) {
+                                  if (pSheet) throw Failure("sql: a workbook takes one statement");
+                                  pSheet = std::make_unique<Sheet>(sOut, "sql", columns);
+                              },
+                          .row =
+                              [&](const std::vector<Cell>& row) {
+                                  pSheet->vRow(row);
+                                  return true;
+                              }});
+        if (!pSheet) throw Failure("sql: there is no statement");
+        pSheet->vFinish();
     }
 };
 
@@ -142,6 +163,22 @@ void vCommandRun(Session& session, const std::string& sLine, Output& output) {
     }
 }
 
+// Ctrl-C at the prompt drops what was typed, as shells do.
+volatile std::sig_atomic_t g_boLineDropped = 0;
+
+// False at the end of the input.
+bool boLineRead(std::string& sLine, Output& output) {
+    g_boLineDropped = 0;
+    vOnInterrupt([] { g_boLineDropped = 1; }, true);
+    const bool boRead = static_cast<bool>(std::getline(std::cin, sLine));
+    vOnInterrupt(nullptr);
+    if (!g_boLineDropped) return boRead;
+    std::clearerr(stdin);
+    std::cin.clear();
+    output.vPrint("\n");
+    return true;
+}
+
 // Statements as they are typed; a wrong one is told, and the next may come.
 void vPrompt(Session& session, const TableOptions& options, Output& output) {
     std::string sStatement;
@@ -151,7 +188,11 @@ void vPrompt(Session& session, const TableOptions& options, Output& output) {
     for (std::string sLine;;) {
         output.vPrint("{}", sStatement.empty() ? "sql> " : "...> ");
         output.vFlush();
-        if (!std::getline(std::cin, sLine)) break;
+        if (!boLineRead(sLine, output)) break;
+        if (g_boLineDropped) {
+            sStatement.clear();
+            continue;
+        }
         try {
             if (sStatement.empty() && sLine.starts_with('.')) {
                 if (sLine == ".quit" || sLine == ".exit") return;
@@ -160,7 +201,7 @@ void vPrompt(Session& session, const TableOptions& options, Output& output) {
             }
             sStatement += sLine + "\n";
             if (!tables::isWholeStatement(sStatement)) continue;
-            session.vRun(std::exchange(sStatement, {}), options, [&](std::string_view text) {
+            session.vRunAsText(std::exchange(sStatement, {}), options, [&](std::string_view text) {
                 output.vPrint("{}", text);
                 return true;
             });
@@ -174,10 +215,30 @@ void vPrompt(Session& session, const TableOptions& options, Output& output) {
     output.vPrint("\n");
 }
 
+// The statement's rows to where -o says, else to standard output.
+void vAnswer(Session& session, const SqlOptions& options, TableForm eForm, Output& output) {
+    TableOptions tableOptions{.eForm = eForm};
+    if (!options.out.boFile()) {
+        if (output.boTerminal()) tableOptions.iWidth = iTerminalWidth(stdout);
+        return session.vRunAsText(options.sStatement, tableOptions, [&output](std::string_view text) {
+            output.vPrint("{}", text);
+            return output.boWanted();
+        });
+    }
+    Target target(options.out.sOut);
+    session.vRunAsText(options.sStatement, tableOptions, [&target](std::string_view text) {
+        target.stream() << text;
+        return target.stream().good();
+    });
+    target.vFinish();
+}
+
 int iSql(SqlOptions& options, Output& output) try {
     const std::vector<std::string> paths = pathsOf(options);
-    TableOptions tableOptions{.eForm = formOf(options)};
+    const std::optional<TableForm> eForm = options.out.form("sql");
+    options.out.vOutCheck(paths);
     const bool boPrompt = options.sStatement.empty() && boIsTerminal(stdin);
+    if (boPrompt && options.out.boFile()) throw Failure("sql: -o goes with a statement");
     Session session;
     const int iCode = iForEachFile(paths, [&](const std::string& sPath) {
         options.sPath = sPath;
@@ -189,27 +250,13 @@ int iSql(SqlOptions& options, Output& output) try {
         if (std::ranges::find(paths, "-") != paths.end()) throw Failure("sql: STATEMENT is required");
         options.sStatement.assign(std::istreambuf_iterator<char>(std::cin), {});
     }
-    std::unique_ptr<Target> pTarget;
-    if (!options.sOut.empty() && options.sOut != "-")
-        pTarget = std::make_unique<Target>(options.sOut);
-    else if (output.boTerminal())
-        tableOptions.iWidth = iTerminalWidth(stdout);
-    if (pTarget && std::ranges::any_of(paths, [&](const std::string& sPath) { return pTarget->boIs(sPath); }))
-        throw Failure(fmt::format("{}: is the file that is read", pTarget->sName()));
-    if (boPrompt) {
-        if (pTarget) throw Failure("sql: -o goes with a statement");
-        vPrompt(session, tableOptions, output);
-        return iCode;
-    }
-    session.vRun(options.sStatement, tableOptions, [&](std::string_view text) {
-        if (pTarget) {
-            pTarget->stream() << text;
-            return pTarget->stream().good();
-        }
-        output.vPrint("{}", text);
-        return output.boWanted();
-    });
-    if (pTarget) pTarget->vFinish();
+    if (!boPrompt) session.seconds = options.seconds;
+    if (boPrompt)
+        vPrompt(session, {.eForm = *eForm, .iWidth = output.boTerminal() ? iTerminalWidth(stdout) : 0}, output);
+    else if (eForm)
+        vAnswer(session, options, *eForm, output);
+    else
+        session.vRunAsSheet(options.sStatement, options.out.sOut);
     return iCode;
 } catch (const Error& error) {
     throw Failure(fmt::format("sql: {}", sPrintable(error.what())));
@@ -223,12 +270,7 @@ VerbRun declare(Command command) {
         .option("STATEMENT", pOptions->sStatement,
                 "\"SELECT ...\"; without it standard input has statements, or is a prompt")
         .value("");
-    std::vector<std::string> forms;
-    for (const FormRow& row : g_forms) forms.emplace_back(row.pWord);
-    command.option("-f,--format", pOptions->sForm, "what to write; default by the end of OUT, else table")
-        .oneOf(forms)
-        .value("table|csv|json");
-    command.option("-o,--output", pOptions->sOut, "a file to write, .csv, .json or .txt").value("OUT");
+    pOptions->out.vDeclare(command);
     command.option("--timeout", pOptions->seconds, "give up after so many seconds; default never")
         .within(0.001, 1e6)
         .value("S");

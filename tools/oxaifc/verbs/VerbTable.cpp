@@ -20,6 +20,7 @@
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
 #include "oxaifc/io/Target.h"
+#include "oxaifc/report/Sheet.h"
 #include "oxaifc/verbs/Several.h"
 #include "oxaifc/verbs/Verb.h"
 #include "platform/Path.h"
@@ -59,10 +60,7 @@ OpenSink openSqlite(const std::string& sOut) { return opened<tables::SqliteFile>
 OpenSink openXlsx(const std::string& sOut) {
     auto pSink = std::make_unique<tables::XlsxFile>(str::pathOf(sOut));
     auto* const pOpen = pSink.get();
-    return {std::move(pSink), [pOpen] {
-                pOpen->finish();
-                for (const std::string& sNote : pOpen->notes()) vTell(sNote);
-            }};
+    return {std::move(pSink), [pOpen] { vFinish(*pOpen); }};
 }
 
 template <tables::TextForm eForm>
@@ -88,7 +86,7 @@ const std::vector<FormRow>& forms() {
 }
 
 const FormRow& formOf(const TableVerbOptions& options) {
-    const std::string sEnd = str::sOfPath(str::pathOf(options.sOut).extension());
+    const std::string sEnd = sEndOf(options.sOut);
     std::string sEnds;
     for (const FormRow& row : forms()) {
         if (options.sForm.empty() ? std::ranges::find(row.ends, sEnd) != row.ends.end() : options.sForm == row.pWord) {
@@ -133,10 +131,9 @@ int iTable(TableVerbOptions& options, Output&) try {
     const std::vector<std::string> names = namesOf(options, form);
     if (std::set<std::string>(options.paths.begin(), options.paths.end()).size() < options.paths.size())
         throw Failure("table: a file is named twice");
-    std::error_code error;
     for (const std::string& sPath : options.paths)
-        if (std::filesystem::equivalent(str::pathOf(sPath), str::pathOf(options.sOut), error))
-            throw Failure(fmt::format("{}: is the file that is read", options.sOut));
+        if (boSameFile(sPath, options.sOut))
+            throw Failure(fmt::format("{}: is the file that is read", sPrintable(options.sOut)));
     OpenSink sink;
     const int iCode = iForEachFile(options.paths, [&](const std::string& sPath) {
         options.sPath = sPath;
