@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: Apache-2.0
+// What "oxaifc table" and "oxaifc sql" leave where they are ended: by Ctrl-C and other signals, a full disk, a locked base.
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <spawn.h>
+#include <stdexcept>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "system/System.h"
+#include "tools/ProgramRun.h"
+#include "tools/WrittenFile.h"
+
+extern char** environ;
+
+namespace oxa::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct ProgramEnd {
+    int iCode = -1;   // the exit code; -1 where a signal ended the program
+    int iSignal = 0;
+    std::string sError;
+};
+
+// Runs the program, sends it the signal as soon as boReady says so, and gives how it ended. After ten seconds the signal is
+// sent all the same.
+ProgramEnd runProgramUntil(const std::vector<std::string>& words, const std::function<bool()>& boReady, int iSignal) {
+    const TestFolder folder;
+    const std::string sError = (folder.path() / "error").string();
+    posix_spawn_file_actions_t actions{};
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, sError.c_str(), O_WRONLY | O_CREAT, 0600);
+    std::vector<std::string> all{OXAIFC_PROGRAM};
+    all.insert(all.end(), words.begin(), words.end());
+    std::vector<char*> pointers;
+    for (std::string& sWord : all) pointers.push_back(sWord.data());
+    pointers.push_back(nullptr);
+    pid_t iProcess = 0;
+    const int iError = posix_spawn(&iProcess, OXAIFC_PROGRAM, &actions, nullptr, pointers.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (iError != 0) throw std::runtime_error("the program does not start");
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!boReady() && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    kill(iProcess, iSignal);
+    ProgramEnd run;
+    int iStatus = 0;
+    if (waitpid(iProcess, &iStatus, 0) != iProcess) throw std::runtime_error("the program is gone");
+    if (WIFEXITED(iStatus)) run.iCode = WEXITSTATUS(iStatus);
+    if (WIFSIGNALED(iStatus)) run.iSignal = WTERMSIG(iStatus);
+    run.sError = sContent(sError);
+    return run;
+}
+
+const std::string& sMaterials() {
+    static const std::string sFile = sExchangeFile("IFC4", "#1=IFCMATERIAL('Oak',$,$);\n#2=IFCMATERIAL('Elm',$,$);\n");
+    return sFile;
+}
+
+struct OutRow {
+    const char* pOut;
+    std::vector<std::string> behind;
+    const char* pFullDisk;   // what is told of one; %: the folder of the test
+};
+const OutRow g_outs[] = {{"out.sqlite", {}, "%/out.sqlite: can't be written: File too large"},
+                         {"out.xlsx", {}, "%/out.xlsx: can't be written: temporary files in %: File too large"},
+                         {"out.csv", {"--only", "property"}, "can't write %/out.csv: File too large"},
+                         {"out", {}, "%/out/element.csv: can't be written: File too large"},
+                         {"out", {"-f", "ndjson"}, "%/out/element.ndjson: can't be written: File too large"}};
+
+std::vector<std::string> words(const std::vector<std::string>& paths, const OutRow& row) {
+    std::vector<std::string> all{"table"};
+    all.insert(all.end(), paths.begin(), paths.end());
+    all.insert(all.end(), row.behind.begin(), row.behind.end());
+    return all;
+}
+
+// The second file is a pipe that nobody writes to: the program waits with what it has made of the first.
+TEST(EndedVerb, TableCtrlCLeavesNothingBehind) {
+    for (const OutRow& row : g_outs)
+        for (const bool boOld : {false, true}) {
+            SCOPED_TRACE(std::string(row.pOut) + (boOld ? ", which is there" : ""));
+            const bool boFolder = fs::path(row.pOut).extension().empty();
+            if (boOld && boFolder) continue;
+            const TestFolder folder;
+            const std::string sA = folder.sFile("a.ifc", sMaterials());
+            const std::string sB = (folder.path() / "b.ifc").string();
+            ASSERT_EQ(mkfifo(sB.c_str(), 0600), 0);
+            const std::string sOut = (folder.path() / row.pOut).string();
+            if (boOld) folder.sFile(row.pOut, "old");
+            const std::vector<std::string> before = filesIn(folder.path());
+            const auto boReady = [&] {
+                return boFolder ? fs::exists(sOut) && filesIn(sOut).size() == 10   // as many as tables
+                                : filesIn(folder.path()).size() > before.size();
+            };
+            const ProgramEnd run = runProgramUntil(words({sA, sB, sOut}, row), boReady, SIGINT);
+            EXPECT_EQ(run.iSignal, SIGINT);
+            EXPECT_EQ(run.sError, "oxaifc: interrupted\n");
+            EXPECT_EQ(filesIn(folder.path()), before);
+            if (boOld) EXPECT_EQ(sContent(sOut), "old");
+        }
+}
+
+// By a limit of file sizes, which is met as a full disk is.
+TEST(EndedVerb, TableAFullDiskLeavesNothingBehind) {
+#ifdef OXA_COVERAGE
+    GTEST_SKIP() << "this build's counts meet the limit too";
+#endif
+    for (const OutRow& row : g_outs) {
+        SCOPED_TRACE(row.pOut);
+        const TestFolder folder;
+        const std::string sOut = (folder.path() / row.pOut).string();
+        const Variable temporary("TMPDIR", folder.path().c_str());
+        ProgramRun run;
+        {
+            const FileLimit limit(2000);   // of what the test writes, too
+            run = runProgram(words({sExample("house-ifc4.ifc"), sOut}, row));
+        }
+        std::string sExpected = row.pFullDisk;
+        for (std::size_t i = 0; (i = sExpected.find('%')) != std::string::npos;)
+            sExpected.replace(i, 1, folder.path().string());
+        EXPECT_EQ(run.iCode, 2);
+        EXPECT_EQ(run.sError, "oxaifc: " + sExpected + "\n");
+        EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>());
+    }
+}
+
+TEST(EndedVerb, TableALockedBaseIsLeft) {
+    const TestFolder folder;
+    const std::string sA = folder.sFile("a.ifc", sMaterials());
+    const std::string sOut = (folder.path() / "out.db").string();
+    ASSERT_EQ(runProgram({"table", sA, sOut}).iCode, 0);
+    const std::string sBefore = sContent(sOut);
+    {
+        const int iFile = open(sOut.c_str(), O_RDWR);   // as SQLite locks what it writes to: the byte at 2^30
+        flock lock{};
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        lock.l_start = 0x40000000;
+        lock.l_len = 512;
+        ASSERT_EQ(fcntl(iFile, F_SETLK, &lock), 0);
+        const ProgramRun run = runProgram({"table", sA, sOut});
+        close(iFile);
+        EXPECT_EQ(run.iCode, 2);
+        EXPECT_EQ(run.sError, "oxaifc: " + sOut + ": can't be written: the database is locked by another program\n");
+    }
+    const std::string sJournal = folder.sFile("out.db-journal", "hot");
+    EXPECT_EQ(runProgram({"table", sA, sOut}).sError,
+              "oxaifc: " + sOut + ": can't be written: the database is in use: " + sJournal + " is there\n");
+    EXPECT_EQ(sContent(sOut), sBefore);
+    EXPECT_EQ(filesIn(folder.path()), (std::vector<std::string>{"a.ifc", "out.db", "out.db-journal"}));
+}
+
+TEST(EndedVerb, SqlCtrlCAtThePrompt) {
+    if (std::system("python3 -c 'import pty' > /dev/null 2>&1") != 0) GTEST_SKIP() << "there is no python3";
+    const TestFolder folder;
+    const std::string sFile = folder.sFile("a.ifc", sMaterials());
+    const ProgramRun run = runProgramAt(
+        "/usr/bin/env", {"python3", OXA_SOURCE_DIR "/tests/tools/verbs/sql_prompt.py", OXAIFC_PROGRAM, sFile});
+    EXPECT_EQ(run.sOut, "checked\n") << run.sError;
+}
+
+const char* const g_pEndless = "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c";
+
+// Once rows stand in the new file, whose name nobody knows.
+bool boWritten(const fs::path& folder) {
+    return std::ranges::any_of(fs::directory_iterator(folder), [](const auto& entry) {
+        return entry.path().extension() == ".tmp" && entry.file_size() > 0;
+    });
+}
+
+TEST(EndedVerb, SqlCtrlCEndsAStatement) {
+    const TestFolder folder;
+    const std::string sA = folder.sFile("a.ifc", sMaterials());
+    for (const char* pOut : {"out.csv", "out.json"}) {
+        SCOPED_TRACE(pOut);
+        const std::string sOut = folder.sFile(pOut, "old");
+        const ProgramEnd run = runProgramUntil(
+            {"sql", sA, g_pEndless, "-o", sOut}, [&] { return boWritten(folder.path()); }, SIGINT);
+        EXPECT_EQ(run.iCode, 2);
+        EXPECT_EQ(run.sError, "oxaifc: sql: interrupted\n");
+        EXPECT_EQ(sContent(sOut), "old");
+        fs::remove(sOut);
+        EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>{"a.ifc"});
+    }
+    const std::string sOut = (folder.path() / "out.csv").string();
+    const ProgramEnd ended = runProgramUntil(
+        {"sql", sA, g_pEndless, "-o", sOut}, [&] { return boWritten(folder.path()); }, SIGTERM);
+    EXPECT_EQ(ended.iSignal, SIGTERM);
+    EXPECT_EQ(ended.sError, "");
+    EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>{"a.ifc"});
+}
+
+TEST(EndedVerb, SqlAFullDiskLeavesNothingBehind) {
+#ifdef OXA_COVERAGE
+    GTEST_SKIP() << "this build's counts meet the limit too";
+#endif
+    const TestFolder folder;
+    const std::string sOut = (folder.path() / "out.csv").string();
+    ProgramRun run;
+    {
+        const FileLimit limit(20000);   // of what the test writes, too
+        run = runProgram({"sql", sExample("house-ifc4.ifc"), g_pEndless, "-o", sOut});
+    }
+    EXPECT_EQ(run.iCode, 2);
+    EXPECT_EQ(run.sError, "oxaifc: can't write " + sOut + ": File too large\n");
+    EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>());
+}
+
+}   // namespace
+}   // namespace oxa::test
