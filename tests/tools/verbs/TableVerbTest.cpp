@@ -132,7 +132,7 @@ std::string sHostileFile() {
 TEST(TableVerb, HostileTextsSurviveInAllForms) {
     if (std::system("python3 -c 'import sqlite3' > /dev/null 2>&1") != 0) GTEST_SKIP() << "there is no python3";
     const TestFolder folder;
-    const std::string sIn = folder.sFile("=a'\"b;\xD0\xAF.ifc", sHostileFile());
+    const std::string sIn = folder.sFile("=a'b;\xD0\xAF.ifc", sHostileFile());
     for (const auto& [pForm, pOut] :
          {std::pair{"csv", "csv"}, {"ndjson", "json"}, {"sqlite", "model.sqlite"}, {"xlsx", "model.xlsx"}}) {
         SCOPED_TRACE(pForm);
