@@ -69,9 +69,8 @@ struct SqliteFile::State {
         if (iResult == SQLITE_OK || iResult == SQLITE_DONE) return;
         // What the system says is clearer than "disk I/O error".
         const int iCode = iResult & 0xff;
-        const int iError = iCode == SQLITE_FULL    ? ENOSPC
-                           : iCode == SQLITE_IOERR ? sqlite3_system_errno(pBase.get())
-                                                   : 0;
+        int iError = iCode == SQLITE_FULL ? ENOSPC : 0;
+        if (iCode == SQLITE_IOERR) sqlite3_file_control(pBase.get(), "main", SQLITE_FCNTL_LAST_ERRNO, &iError);
         vFail(path, iError ? std::generic_category().message(iError) : sqlite3_errmsg(pBase.get()));
     }
     void vRun(const std::string& sSql) const {
