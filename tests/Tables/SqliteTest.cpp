@@ -138,9 +138,10 @@ TEST(Sqlite, RefusesWhatIsNoFile) {
     EXPECT_EQ(sThrown([&] { SqliteFile(folder.path / "a" / "b.sqlite"); }),
               "FileError: " + (folder.path / "a" / "b.sqlite").string() +
                   ": can't be written: No such file or directory");
-    if (const std::string sDevice = sFullDevice(); !sDevice.empty())
+    if (const std::string sDevice = sFullDevice(); !sDevice.empty()) {
         EXPECT_EQ(sThrown([&] { SqliteFile{sDevice}; }),
                   "FileError: " + sDevice + ": can't be written: is no regular file");
+    }
 }
 
 }   // namespace

@@ -63,9 +63,10 @@ TEST(ReadLosses, LeaveThoseRulesOpenThatLookAtThem) {
         EXPECT_EQ(sFailures(result), row.sFailures);
         const bool boOpen = result.level(CheckLevel::Rules).state == CheckLevelSummary::State::NotPossible;
         EXPECT_EQ(boOpen, row.verdict != g_valid);
-        if (boOpen)
+        if (boOpen) {
             EXPECT_EQ(result.level(CheckLevel::Rules).reason,
                       "1 fault of the file left the model without what the rules look at");
+        }
     }
 }
 
