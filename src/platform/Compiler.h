@@ -15,6 +15,11 @@
 #define OXA_HAS_GNU_BUILTINS 1   // g++ and clang++, which has them on every system
 #endif
 
+#if defined(__MINGW32__)
+// In front of a function that the system calls before any initialiser.
+#define OXA_CALLED_FIRST [[gnu::constructor(101)]]
+#endif
+
 namespace oxa::platform {
 
 #if defined(__SIZEOF_INT128__)

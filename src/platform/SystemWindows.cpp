@@ -22,9 +22,24 @@
 // after windows.h, whose types it needs
 #include <bcrypt.h>
 
+#include "platform/Compiler.h"
+#if defined(OXA_CALLED_FIRST)
+#include <cxxabi.h>
+#endif
+
 namespace oxa::platform {
 
 namespace {
+
+#if defined(OXA_CALLED_FIRST)
+// MinGW keeps the thread_local variables of a thread in memory that a key of the thread owns, and calls their destructors
+// by another key. At the end of a thread keys go in the order in which they were made, and the first such variable makes
+// the first of both: the memory would be gone when the destructors run. So theirs is made before anything else is.
+OXA_CALLED_FIRST void vDestructorsFirst() {
+    static char here = 0;
+    abi::__cxa_thread_atexit([](void*) {}, &here, &here);
+}
+#endif
 
 int iErrnoOf(DWORD iError) {
     const std::error_condition condition =

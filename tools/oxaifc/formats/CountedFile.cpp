@@ -44,7 +44,7 @@ CountedFile::CountedFile(const ModelOptions& options) : m_schemas(options.schema
             vTell(0);
         };
     const auto start = std::chrono::steady_clock::now();
-    m_count = ifc::io::CountFile::count(options.sPath, how);
+    m_count = ifc::io::CountFile::count(str::pathOf(options.sPath), how);
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 

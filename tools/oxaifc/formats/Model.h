@@ -67,6 +67,8 @@ public:
     // The bytes of a file with statements, from their begin, where boKeepSource asked for them: the file once more, or
     // the copy of a pipe. Failure where the system does not go back.
     [[nodiscard]] std::istream& source();
+    // Closes that: some systems replace no file that is open.
+    void vSourceClose() noexcept { m_pInput.reset(); }
 
     // What the read reported. Where it says only that the end was not found, the record says why instead.
     [[nodiscard]] const std::vector<ifc::ErrorRecord>& errors() const noexcept {

@@ -203,6 +203,7 @@ convert::Patched ModelWrite::vPatch(Model& model, const convert::Edits& edits) {
         throw Failure(fmt::format("{}: {}, so name another OUT", model.sName(), model.sLost()));
     const std::size_t iHighest = edits.added.empty() ? 0 : convert::highestNumber(model.source());
     convert::Patched patched = convert::patch(model.source(), m_target.stream(), model.data(), edits, iHighest);
+    model.vSourceClose();
     if (patched.refusal) throw Failure(fmt::format("{}: {}", model.sName(), patched.refusal->sReason));
     m_target.vFinish();
     return patched;

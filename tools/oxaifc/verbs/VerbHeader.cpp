@@ -150,12 +150,14 @@ int iChange(const HeaderOptions& options) {
     const std::vector<HeaderSection::Change> all = changes(options.settings);
     (void)pFormatOfOutput(options.sOut, options.sFormat, written());   // refuses a name of another
     Target target(options.sOut);
-    const std::unique_ptr<Input> pInput = pFileOpen(options.sPath, options.unpack.limits());
+    std::unique_ptr<Input> pInput = pFileOpen(options.sPath, options.unpack.limits());
+    const std::string sName = pInput->sName();
     const HeaderSection section(*pInput);
     target.stream() << section.sChanged(all);
     vCopyRest(*pInput, target.stream());
+    pInput.reset();   // some systems replace no file that is open
     target.vFinish();
-    return iExitCode(section, pInput->sName());
+    return iExitCode(section, sName);
 }
 
 int iHeader(const HeaderOptions& options, Output& output) {
