@@ -113,7 +113,9 @@ TEST(EndedVerb, TableCtrlCLeavesNothingBehind) {
             EXPECT_EQ(run.iSignal, SIGINT);
             EXPECT_EQ(run.sError, "oxaifc: interrupted\n");
             EXPECT_EQ(filesIn(folder.path()), before);
-            if (boOld) EXPECT_EQ(sContent(sOut), "old");
+            if (boOld) {
+                EXPECT_EQ(sContent(sOut), "old");
+            }
         }
 }
 

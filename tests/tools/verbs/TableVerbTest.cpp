@@ -84,7 +84,9 @@ TEST(TableVerb, RowsAreThoseOfTheText) {
         for (const auto& [pForm, pOut] : {std::pair{"csv", "csv"}, {"ndjson", "json"}, {"sqlite", "model.sqlite"}})
             EXPECT_LT(runProgram({"table", sFile, sOut(pOut), "-f", pForm, "--with", g_pClasses}).iCode, 2);
         const bool boSmall = sFile.find("examples") != std::string::npos;
-        if (boSmall) EXPECT_EQ(runProgram({"table", sFile, sOut("model.xlsx"), "--with", g_pClasses}).iCode, 0);
+        if (boSmall) {
+            EXPECT_EQ(runProgram({"table", sFile, sOut("model.xlsx"), "--with", g_pClasses}).iCode, 0);
+        }
         std::vector<std::string> words{"table_counts.py", sFile, folder.path().string()};
 #ifdef OXA_TABLE_STREAM
         if (boSmall) words.emplace_back(OXA_TABLE_STREAM);
