@@ -5,11 +5,12 @@
 # Usage    cmake -DROOT=<checkout> -P CheckPortable.cmake
 # Rule     of src/ and tools/:
 #          the compiler's own    src/platform/Compiler.h and Export.h, and the vector instructions of ByteBlock.h
+#                                and Sha256Block.h
 #          the system's own      the files System*.cpp; what Linux alone has, SystemLinux.cpp
 # What a build with -Wpedantic refuses, such as statement expressions and arrays without items, is not looked for again.
 cmake_minimum_required(VERSION 3.22)
 
-set(compiler_files "^src/(platform/(Compiler|Export)|Format/Ifc/Text/ByteBlock)\\.h$")
+set(compiler_files "^src/(platform/(Compiler|Export)|Format/Ifc/Text/ByteBlock|Tables/Sha256Block)\\.h$")
 set(system_files "/System[A-Za-z]*\\.cpp$")
 set(linux_files "/SystemLinux\\.cpp$")
 # Headers of libraries, beside the standard's, which have neither a dot nor a slash.
