@@ -125,7 +125,7 @@ TEST(RuleModelOpen, WhatIsNoModelIsAnExceptionThatSaysWhy) {
         std::vector<const char*> told;
     } rows[] = {
         {"no such file", folder.path() / "none.ifc", {"none.ifc"}},
-        {"a folder", folder.path(), {"oxa-rule-"}},
+        {"a folder", folder.path(), {"oxaifc-", "is a folder"}},
         {"nothing in it", folder.file("empty.ifc", ""), {"empty.ifc"}},
         {"another text", folder.file("text.ifc", "To whom it may concern\n"), {"text.ifc"}},
         {"a schema that there is not", folder.file("x.ifc", sFile("IFC99", "")), {"x.ifc", "IFC99"}},

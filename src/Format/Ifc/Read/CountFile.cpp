@@ -192,11 +192,12 @@ private:
         try {
             vTakeRanges(*m_counts[0], m_options.progress);
         } catch (...) {
-            vDoubt(0, CountDoubt::Stopped);
+            m_iDoubtful = 0;   // no range is counted to its end
             pThrown = std::current_exception();
         }
         for (std::thread& thread : threads) thread.join();
         if (pThrown) std::rethrow_exception(pThrown);
+        if (m_options.progress) m_options.progress(m_iDone);   // the other threads may have taken every range
         return m_iDoubtful < m_ranges.size() ? m_doubts[m_iDoubtful] : CountDoubt::None;
     }
 
