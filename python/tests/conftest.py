@@ -4,10 +4,14 @@
 from __future__ import annotations
 
 import os
+import signal
 from pathlib import Path
 
 import oxaifc
 import pytest
+
+# A shell has jobs of the background ignore Ctrl-C, which tests send.
+signal.signal(signal.SIGINT, signal.default_int_handler)
 
 ROOT = Path(__file__).resolve().parents[2]
 MODELS = ROOT.parent / "shared" / "models"
