@@ -12,7 +12,6 @@
 
 #include <fcntl.h>
 #include <io.h>
-#include <sys/stat.h>
 
 #ifndef NOMINMAX
 #define NOMINMAX
@@ -47,21 +46,20 @@ int iErrnoOf(DWORD iError) {
     return condition.category() == std::generic_category() ? condition.value() : EIO;
 }
 
-// Opened so that another file may take its name while it is read, as elsewhere.
-std::FILE* pOpenToRead(const std::filesystem::path& path) {
-    const HANDLE handle =
-        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+// Opened so that the file may be removed, and another take its name, while it is in use, as elsewhere.
+std::FILE* pOpenShared(const std::filesystem::path& path, DWORD iAccess, DWORD iWay, const char* sMode) {
+    const HANDLE handle = CreateFileW(path.c_str(), iAccess, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, iWay, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         errno = iErrnoOf(GetLastError());
         return nullptr;
     }
-    const int iFile = _open_osfhandle(reinterpret_cast<std::intptr_t>(handle), _O_RDONLY | _O_BINARY);
+    const int iFile = _open_osfhandle(reinterpret_cast<std::intptr_t>(handle), _O_BINARY);
     if (iFile < 0) {
         CloseHandle(handle);
         return nullptr;
     }
-    std::FILE* pFile = _fdopen(iFile, "rb");
+    std::FILE* pFile = _fdopen(iFile, sMode);
     if (!pFile) _close(iFile);
     return pFile;
 }
@@ -72,14 +70,10 @@ bool boFlushToDisk(std::FILE* pFile) { return std::fflush(pFile) == 0 && _commit
 
 std::FILE* pOpen(const std::filesystem::path& path, const char* sMode) {
     const std::string_view mode = sMode;
-    if (mode == "rb") return pOpenToRead(path);
-    if (!mode.ends_with('x')) return _wfopen(path.c_str(), std::wstring(mode.begin(), mode.end()).c_str());
+    if (mode == "rb") return pOpenShared(path, GENERIC_READ, OPEN_EXISTING, "rb");
     // Not every C library of this system knows "x": a new file, or none.
-    const int iFile = _wopen(path.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
-    if (iFile < 0) return nullptr;
-    std::FILE* pFile = _fdopen(iFile, "wb");
-    if (!pFile) _close(iFile);
-    return pFile;
+    if (mode == "wbx") return pOpenShared(path, GENERIC_WRITE, CREATE_NEW, "wb");
+    return _wfopen(path.c_str(), std::wstring(mode.begin(), mode.end()).c_str());
 }
 
 namespace {

@@ -31,6 +31,9 @@ namespace oxa::test {
 // Makes a symbolic link; false where this user or system makes none.
 [[nodiscard]] bool boLink(const std::filesystem::path& target, const std::filesystem::path& link);
 
+// Whether the name of a file that is open can be removed at once, or given to another file.
+[[nodiscard]] bool boFreesOpenNames();
+
 // Whether a file has rights for its owner, a group and all others.
 [[nodiscard]] bool boHasRights();
 

@@ -50,6 +50,8 @@ bool boLink(const fs::path& target, const fs::path& link) {
     return true;
 }
 
+bool boFreesOpenNames() { return true; }
+
 bool boHasRights() { return true; }
 
 Variable::Variable(const char* pName, const char* pValue) : m_sName(pName) {

@@ -54,6 +54,18 @@ std::string sUnreadableFile() { return {}; }
 // A right of administrators, and not of each C++ library.
 bool boLink(const fs::path&, const fs::path&) { return false; }
 
+// NTFS does so from version 10 on, other disks and Wine do not.
+bool boFreesOpenNames() {
+    const fs::path folder = newFolder();
+    const fs::path path = folder / "a";
+    const HANDLE handle = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_DELETE, nullptr, CREATE_NEW, 0, nullptr);
+    DeleteFileW(path.c_str());
+    const bool boFreed = fs::is_empty(folder);
+    CloseHandle(handle);
+    RemoveDirectoryW(folder.c_str());
+    return boFreed;
+}
+
 bool boHasRights() { return false; }
 
 Variable::Variable(const char* pName, const char* pValue) : m_sName(pName) {

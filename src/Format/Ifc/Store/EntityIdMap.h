@@ -15,12 +15,12 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <shared_mutex>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "platform/Export.h"
+#include "platform/SharedMutex.h"
 
 namespace oxa::ifc {
 
@@ -120,7 +120,7 @@ private:
     std::size_t m_iSeeded = 0;
     std::size_t m_iAbove = 0;          // what dealt numbers are above the count of entries
     std::unique_ptr<Dealt> m_pDealt;   // the rest; guarded by m_lock
-    mutable std::shared_mutex m_lock;
+    mutable platform::SharedMutex m_lock;
 };
 
 }   // namespace oxa::ifc

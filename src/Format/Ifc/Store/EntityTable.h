@@ -21,11 +21,11 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <shared_mutex>
 
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Memory/SimplePool.h"
+#include "platform/SharedMutex.h"
 
 namespace oxa::ifc {
 
@@ -181,7 +181,7 @@ private:
     std::mutex m_chunkMutex;                                     // guards creation in m_chunks
     std::vector<std::unique_ptr<Chunk>> m_moreChunks;            // numbers of 32 bits, at chunk number minus 1000
     std::map<std::size_t, std::unique_ptr<Chunk>> m_farChunks;   // larger ones, which only ifcXML has, by chunk number
-    std::shared_mutex m_moreChunksLock;                          // guards both
+    platform::SharedMutex m_moreChunksLock;                      // guards both
 };
 
 }   // namespace oxa::ifc
