@@ -5,6 +5,10 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <memory>
+#include <optional>
+#include <system_error>
+#include <utility>
 
 #include "Model/Names.h"
 #include "Tables/BatchPipe.h"
@@ -143,20 +147,51 @@ bool boFill(detail::RowMaker& rows, std::size_t& iStep, Batch& batch, std::size_
 
 namespace {
 
-// The rows of all tables, until nobody takes them any more.
-void vMakeAll(const Model& model, const FileInfo& file, const std::vector<Definition>& wanted,
-              detail::BatchPipe& pipe) {
+// The rows of all tables, until nobody takes them any more. "to" is a BatchPipe, or has its pUsed and boPut.
+template <class To>
+void vMakeAll(const Model& model, const FileInfo& file, const std::vector<Definition>& wanted, To& to) {
     Context context(model, file);
     for (std::size_t i = 0; i < wanted.size(); ++i) {
         const auto pRows = wanted[i].pMake(context);
         for (std::size_t iStep = 0;;) {
-            auto pBatch = pipe.pUsed(i);
+            auto pBatch = to.pUsed(i);
             if (!pBatch) pBatch = std::make_unique<Batch>(wanted[i].table.columns);
             if (!boFill(*pRows, iStep, *pBatch, 8192)) break;
-            if (!pipe.boPut({i, std::move(pBatch)})) return;
+            if (!to.boPut({i, std::move(pBatch)})) return;
         }
     }
 }
+
+// What a sink is given, table by table.
+class Taken {
+public:
+    Taken(const std::vector<Definition>& wanted, TableSink& sink) : m_wanted(wanted), m_sink(sink) {}
+
+    // So many tables have begun; those without rows too.
+    void vBegin(std::size_t iTables) {
+        while (m_iBegun < iTables) m_sink.begin(m_wanted[m_iBegun++].table);
+    }
+    void vTake(const detail::BatchPipe::Load& load) {
+        vBegin(load.iTable + 1);
+        m_sink.rows(*load.pBatch);
+    }
+
+    // As a BatchPipe has them, where the rows are made on the same thread.
+    [[nodiscard]] std::unique_ptr<Batch> pUsed(std::size_t iTable) {
+        return m_last.iTable == iTable ? std::move(m_last.pBatch) : nullptr;
+    }
+    [[nodiscard]] bool boPut(detail::BatchPipe::Load load) {
+        vTake(load);
+        m_last = std::move(load);
+        return true;
+    }
+
+private:
+    const std::vector<Definition>& m_wanted;
+    TableSink& m_sink;
+    std::size_t m_iBegun = 0;
+    detail::BatchPipe::Load m_last;
+};
 
 }   // namespace
 
@@ -169,16 +204,16 @@ void write(const Model& model, const FileInfo& file, TableSink& sink, std::span<
     std::vector<Definition> wanted;
     for (const std::string& sName : names)
         wanted.push_back(detail::definition(oxa::detail::ModelState::of(model).schema(), sName));
-    detail::BatchPipe pipe([&](detail::BatchPipe& made) { vMakeAll(model, file, wanted, made); });
-    std::size_t iBegun = 0;
-    const auto vBegin = [&](std::size_t iTables) {
-        while (iBegun < iTables) sink.begin(wanted[iBegun++].table);
-    };
-    for (detail::BatchPipe::Load load; pipe.boTake(load);) {
-        vBegin(load.iTable + 1);
-        sink.rows(*load.pBatch);
+    Taken taken(wanted, sink);
+    std::optional<detail::BatchPipe> pipe;
+    try {
+        pipe.emplace([&](detail::BatchPipe& made) { vMakeAll(model, file, wanted, made); });
+    } catch (const std::system_error&) {
+        vMakeAll(model, file, wanted, taken);   // the system has no thread
     }
-    vBegin(wanted.size());
+    if (pipe)
+        for (detail::BatchPipe::Load load; pipe->boTake(load);) taken.vTake(load);
+    taken.vBegin(wanted.size());
 }
 
 void write(const Model& model, const FileInfo& file, TableSink& sink) { write(model, file, sink, usualTables()); }

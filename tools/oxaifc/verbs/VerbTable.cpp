@@ -117,7 +117,7 @@ void vWrite(TableVerbOptions& options, const std::vector<std::string>& names, El
     info.records = file.file().errors();
     std::shared_future<std::string> sum;
     if (info.sha256 && std::ranges::find(names, "file") != names.end()) {
-        sum = std::async(std::launch::async, info.sha256).share();
+        sum = std::async(std::launch::async | std::launch::deferred, info.sha256).share();
         info.sha256 = [sum] { return sum.get(); };
     }
     tables::write(file.model(), info, sink, names);
