@@ -13,6 +13,7 @@ using Char = std::filesystem::path::value_type;
 
 struct Unfinished::Slot {
     std::atomic<const Char*> pPath{nullptr};
+    std::atomic<const Char*> pRemoved{nullptr};   // the handler's from then on: it may still read it
     std::atomic<bool> boTaken{false};
     Slot* pNext = nullptr;
 };
@@ -44,8 +45,10 @@ void Unfinished::vNote(const std::filesystem::path& path) {
 
 void Unfinished::vForget() noexcept {
     if (!m_pSlot) return;
-    if (m_pSlot->pPath.exchange(nullptr)) delete[] m_pPath;   // else somebody reads it still
-    m_pSlot->boTaken = false;
+    if (m_pSlot->pPath.exchange(nullptr)) {
+        delete[] m_pPath;
+        m_pSlot->boTaken = false;
+    }   // else the process ends, and the slot keeps what the handler took
     m_pSlot = nullptr;
     m_pPath = nullptr;
 }
@@ -54,10 +57,18 @@ void Unfinished::vForget() noexcept {
 void removeUnfinished() noexcept {
     for (Unfinished::Slot* pSlot = Unfinished::all(); pSlot; pSlot = pSlot->pNext) {
         const Char* const pPath = pSlot->pPath.exchange(nullptr);
-        if (pPath && !platform::boRemove(pPath)) pSlot->pPath = pPath;
+        if (!pPath) continue;
+        if (platform::boRemove(pPath))
+            pSlot->pRemoved = pPath;
+        else
+            pSlot->pPath = pPath;
     }
-    for (Unfinished::Slot* pSlot = Unfinished::all(); pSlot; pSlot = pSlot->pNext)
-        if (const Char* const pPath = pSlot->pPath.exchange(nullptr)) static_cast<void>(platform::boRemove(pPath));
+    for (Unfinished::Slot* pSlot = Unfinished::all(); pSlot; pSlot = pSlot->pNext) {
+        const Char* const pPath = pSlot->pPath.exchange(nullptr);
+        if (!pPath) continue;
+        static_cast<void>(platform::boRemove(pPath));
+        pSlot->pRemoved = pPath;
+    }
 }
 
 }   // namespace oxa::stream
