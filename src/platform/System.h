@@ -38,7 +38,9 @@ enum class Pages { MayStayEmpty, WillBeFilled };
 [[nodiscard]] OXA_PLATFORM_API void* pMap(std::size_t iBytes, Pages ePages) noexcept;
 // Of what pMap gave, all of it.
 OXA_PLATFORM_API void vUnmap(void* pBytes, std::size_t iBytes) noexcept;
-// The two below are advice about the whole pages of a range, and nothing happens where a system does not know it.
+// The three below are advice about the whole pages of a range, and nothing happens where a system does not know it.
+// vFillSoon: like pages that will be filled, for memory that nothing was written to yet, of whatever kind.
+OXA_PLATFORM_API void vFillSoon(void* pBytes, std::size_t iBytes) noexcept;
 OXA_PLATFORM_API void vPopulate(void* pBytes, std::size_t iBytes) noexcept;
 OXA_PLATFORM_API void vGiveBack(void* pBytes, std::size_t iBytes) noexcept;
 

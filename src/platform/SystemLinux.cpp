@@ -49,6 +49,8 @@ void* pMap(std::size_t iBytes, Pages ePages) noexcept {
     return pBytes;
 }
 
+void vFillSoon(void* pBytes, std::size_t iBytes) noexcept { vAdvisePages(pBytes, iBytes, MADV_HUGEPAGE); }
+
 void vPopulate([[maybe_unused]] void* pBytes, [[maybe_unused]] std::size_t iBytes) noexcept {
 #ifdef MADV_POPULATE_WRITE   // newer than some systems that this is built on
     vAdvisePages(pBytes, iBytes, MADV_POPULATE_WRITE);

@@ -14,6 +14,7 @@ void vDebugBreak() noexcept {}
 void* pMap(std::size_t iBytes, Pages ePages) noexcept { return pMapPages(iBytes, ePages == Pages::WillBeFilled, 0); }
 
 // The first touch of each page does it.
+void vFillSoon(void*, std::size_t) noexcept {}
 void vPopulate(void*, std::size_t) noexcept {}
 
 // New pages take the place of the whole ones of the range: the advice that empties them on Linux need not do so here.

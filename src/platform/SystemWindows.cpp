@@ -132,6 +132,7 @@ void* pMap(std::size_t iBytes, Pages) noexcept {
 void vUnmap(void* pBytes, std::size_t) noexcept { VirtualFree(pBytes, 0, MEM_RELEASE); }
 
 // There is no such advice: pages come singly, and those that nobody touched never came.
+void vFillSoon(void*, std::size_t) noexcept {}
 void vPopulate(void*, std::size_t) noexcept {}
 void vGiveBack(void*, std::size_t) noexcept {}
 

@@ -2,6 +2,8 @@
 // Real files, read on several threads: the model and the reports of a single-threaded read.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "Format/Ifc/ModelText.h"
 #include "models/ModelFiles.h"
 
@@ -20,6 +22,20 @@ constexpr std::size_t g_iLargest = 300'000;   // a file takes up to thirty times
 constexpr std::size_t g_iLargest = 1'000'000'000;
 #endif
 
+// The numbers of all entities in their order, each followed by those that refer to it, list by list.
+std::vector<std::size_t> inOrder(const ReadFileModel& model) {
+    const Data& data = model.file.data();
+    std::vector<std::size_t> numbers;
+    for (const Entity* pEntity : data.entities()) {
+        numbers.push_back(data.iIdFromEntity(*pEntity));
+        pEntity->boForEachInverseAttribute([&](const auto&, const EntityList& list) {
+            for (const Entity* pReferrer : list) numbers.push_back(data.iIdFromEntity(*pReferrer));
+            return false;
+        });
+    }
+    return numbers;
+}
+
 class ThreadedModels : public testing::TestWithParam<std::string> {};
 
 TEST_P(ThreadedModels, AreThoseOfASingleThreadedRead) {
@@ -37,6 +53,7 @@ TEST_P(ThreadedModels, AreThoseOfASingleThreadedRead) {
     EXPECT_EQ(comparableRecords(threaded.errors), comparableRecords(single.errors));
     EXPECT_EQ(threaded.file.data().guidEntityMap().size(), single.file.data().guidEntityMap().size());
     if (!single.boRead) return;   // without a proper end no numbers are settled
+    EXPECT_TRUE(inOrder(threaded) == inOrder(single)) << "entities of a type, and inverse lists, in the same order";
     const ModelText found = comparableModel(threaded);
     const ModelText expected = comparableModel(single);
     ASSERT_EQ(found.size(), expected.size());

@@ -32,6 +32,7 @@ TEST(SystemMemory, ThatIsGivenBackIsZeroOrAsItWas) {
     ASSERT_NE(pBytes, nullptr);
     pBytes[0] = 'a';
     pBytes[g_iSegment - 1] = 'z';
+    vFillSoon(pBytes + 1, g_iSegment - 2);
     vPopulate(pBytes + 1, g_iSegment - 2);
     vGiveBack(pBytes + 1, g_iSegment - 2);   // the first and the last page are not whole
     vGiveBack(pBytes + 1, g_iPage / 4);

@@ -164,6 +164,9 @@ public:
     [[nodiscard]] Pool& pool() const noexcept { return *m_pPool; }
     /// Expires when the memory of the entities goes, which may be later than this object: a move hands it on.
     [[nodiscard]] std::weak_ptr<const Pool> poolLife() const noexcept { return m_pPool; }
+    /// The entries of inverse lists that reads have made: how often entities are named by an attribute that an inverse
+    /// attribute is declared FOR. Later changes don't count.
+    [[nodiscard]] std::size_t iInverseEntries() const noexcept { return m_iInverseEntries; }
     /// Rooted entities by GlobalId, as far as they are known by now.
     [[nodiscard]] const GuidMap& guidEntityMap() const noexcept { return m_guidEntityMap; }
     /// Diagnostic hook: writes the text to the standard error stream and raises it as an assertion.
@@ -212,6 +215,7 @@ private:
     bool boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
                      std::size_t iLength, std::vector<Entity*>& result);
     void vEntityEnter(Entity* pEntity, bool boMayBeRooted);
+    void vEntitiesGrow();
     void vGuidEnter(const Guid& guid, Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line,
                     unsigned iLine);
     // The GUID of a rooted entity, as far as its type has one in front. Under the lock of its slot.
@@ -233,6 +237,7 @@ private:
     mutable GuidMap m_guidEntityMap;
     mutable std::unique_ptr<EntityIdMap> m_pEntityIdMap;   // null until needed
     mutable std::vector<Entity*> m_pendingGuid;            // rooted, from entityAdd, not yet in m_guidEntityMap
+    std::size_t m_iInverseEntries = 0;                     // made by reads
     std::shared_ptr<Pool> m_pPool;                         // nobody else owns it; see poolLife
     std::atomic<Entity*> m_pProject{nullptr};              // line workers may set it at the same time
 };

@@ -2,8 +2,8 @@
 /// @file
 /// IfcLineReadThreadPool: parses entity statements on several threads while the scanner goes on reading.
 ///
-/// - Order: nothing in a read depends on the order in which statements are parsed, save which of two equal GUIDs and
-///   which of several projects comes first.
+/// - Order: statements are parsed in any order and enter the model in that of the file. Only which of several projects
+///   comes first depends on the threads.
 /// - Behind: Read/LinePool.cpp, which says how the threads share the work.
 /// - Threads: addLineToQueue and the destructor on the scanner's thread.
 /// - Errors: what boReadLine throws loses the batch, what finalizeEntity throws the rest of it. The thread goes on with
@@ -20,6 +20,8 @@
 
 namespace oxa::ifc::io {
 
+class StatementBuffer;
+
 /// The threads of one read. Made, fed and destroyed by the thread that scans the file.
 class OXA_IFC_API IfcLineReadThreadPool {
 public:
@@ -33,6 +35,12 @@ public:
     /// Copies the statement. Throws std::system_error when the first one finds no thread to be had, and std::bad_alloc
     /// without memory; the statement is lost then, and no other.
     void addLineToQueue(std::string_view line, unsigned iLine);
+
+    /// The same without a copy, for a scanner that assembles its statements here: the buffer that the next one goes to,
+    /// good until the next call of either, and the call that takes the statement there. Throws std::bad_alloc.
+    [[nodiscard]] StatementBuffer& buffer();
+    /// Takes the statement in hand of buffer(). Throws as addLineToQueue.
+    void vStatementTake(unsigned iLine);
 
     /// The workers of this machine. Counted once a process.
     [[nodiscard]] static std::size_t iWorkerCount() noexcept;

@@ -8,7 +8,6 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -74,24 +73,18 @@ void vOrder(std::vector<TypeCount>& types) {
     });
 }
 
+// The entities of a type stand together.
 std::vector<TypeCount> byType(const std::vector<ifc::Entity*>& entities) {
-    std::unordered_map<const ifc::def::schema::Entity*, std::size_t> counts;
-    for (const ifc::Entity* pEntity : entities)
-        if (const auto* pType = pEntity->pSchemaEntity()) ++counts[pType];
     std::vector<TypeCount> result;
-    for (const auto& [pType, iCount] : counts) result.push_back({pType->sNameUpper, iCount});
+    for (auto first = entities.begin(); first != entities.end();) {
+        const auto* pType = (*first)->pSchemaEntity();
+        const auto last = std::partition_point(
+            first, entities.end(), [pType](const ifc::Entity* pEntity) { return pEntity->pSchemaEntity() == pType; });
+        if (pType) result.push_back({pType->sNameUpper, static_cast<std::size_t>(last - first)});
+        first = last;
+    }
     vOrder(result);
     return result;
-}
-
-std::size_t iInverses(const std::vector<ifc::Entity*>& entities) {
-    std::size_t iCount = 0;
-    for (const ifc::Entity* pEntity : entities)
-        pEntity->boForEachInverseAttribute([&](const auto&, const ifc::EntityList& list) {
-            for (auto it = list.begin(); it != list.end(); ++it) ++iCount;
-            return false;
-        });
-    return iCount;
 }
 
 // An import of ifcXML and a read of the simple form make no map of them.
@@ -116,7 +109,7 @@ std::string sRead(const Model& model) {
 
 Figures figures(const Model& model, std::string_view reason) {
     const std::vector<ifc::Entity*>& entities = model.data().entities();
-    ReadFigures read{.iInverses = iInverses(entities),
+    ReadFigures read{.iInverses = model.data().iInverseEntries(),
                      .iLost = model.lostStatements().iCount,
                      .iMemory = model.data().pool().iBytesReserved(),
                      .boTellsAll = model.format().holds.boReadTellsAll,

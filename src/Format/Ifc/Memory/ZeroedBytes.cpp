@@ -42,6 +42,17 @@ ZeroedBytes zeroedBytes(std::size_t iBytes) {
     return pBytes;
 }
 
+ZeroedBytes zeroedTable(std::size_t iBytes) {
+    ZeroedBytes pBytes = zeroedBytes(iBytes);
+    vFillSoon(pBytes.get(), iBytes);
+    return pBytes;
+}
+
+void vFillSoon(void* pBytes, std::size_t iBytes) noexcept {
+    // Below that, most of a huge page would be somebody else's, or empty.
+    if (iBytes >= 2 * g_iSegmentBytes) platform::vFillSoon(pBytes, iBytes);
+}
+
 void vPopulate(void* pBytes, std::size_t iBytes) noexcept { platform::vPopulate(pBytes, iBytes); }
 
 void vGiveBack(void* pBytes, std::size_t iBytes) noexcept { platform::vGiveBack(pBytes, iBytes); }

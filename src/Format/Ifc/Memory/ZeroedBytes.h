@@ -2,7 +2,7 @@
 /// @file
 /// ZeroedBytes: zero-filled memory for the blocks of a pool.
 ///
-/// For      SimplePool. A large block costs only the pages of it that are touched: instance numbers may lie far apart,
+/// For      SimplePool, and the tables of a Data. A large block costs only the pages of it that are touched: instance numbers may lie far apart,
 ///          and of most chunks of the entity table a sparse file then touches next to nothing.
 /// Threads  any number at once.
 #pragma once
@@ -26,12 +26,20 @@ using ZeroedBytes = std::unique_ptr<char[], ZeroedBytesDeleter>;
 /// Aligned for every basic type. Throws std::bad_alloc.
 [[nodiscard]] OXA_IFC_API ZeroedBytes zeroedBytes(std::size_t iBytes);
 
+/// A block that will be filled here and there, all over, as a hash table is: where it is large, of huge pages. Throws
+/// std::bad_alloc.
+[[nodiscard]] OXA_IFC_API ZeroedBytes zeroedTable(std::size_t iBytes);
+
 ///@{
 /// A block that will be filled to its end: a huge page where the system has such, so that a walk over a large model has
 /// fewer TLB misses. Throws std::bad_alloc.
 constexpr std::size_t g_iSegmentBytes = std::size_t{2} * 1024 * 1024;
 [[nodiscard]] OXA_IFC_API ZeroedBytes zeroedSegment();
 ///@}
+
+/// Has the system take huge pages for a large range that nothing was written to yet and that will be filled: one page
+/// fault for 2 MiB instead of 512.
+OXA_IFC_API void vFillSoon(void* pBytes, std::size_t iBytes) noexcept;
 
 /// Maps the pages of a range that is about to be written in one system call (MADV_POPULATE_WRITE), instead of one page
 /// fault each. Where the system does not know it, the faults do it.

@@ -6,9 +6,10 @@
 // Shares   a worker takes eight batches at once: statements name what stands near them in the file, so the slots and
 //          pages of one worker's share are mostly its own. With smaller shares two processors would write to the same
 //          cache lines of the entity table (false sharing) more often.
-// Order    within a batch that of the file; batches finish in any order. Nothing in a read depends on the order,
-//          save which of two equal GUIDs and which of several projects comes first.
-// Memory   batches are reused: the collector returns them to the scanner with the capacity of their texts. There are
+// Order    batches finish in any order and are numbered: the collector enters them in the order of the file and keeps
+//          what comes too early, so that a model is the same for any number of threads. Only which of several projects
+//          comes first is left to the workers.
+// Memory   the scanner assembles statements where their worker reads them, in the text of a batch. Batches are reused: the collector returns them to the scanner with the capacity of their texts. There are
 //          so few that they stay in the last-level cache; when all are in use, the scanner has to wait.
 // Wakes    putting a thread to sleep and waking it costs as much as a batch: each sleeps until there is a share for it,
 //          and the scanner never does while there is something to parse: it then works as one of the workers.
@@ -16,23 +17,27 @@
 //          line queue is closed first; once its workers have ended, nothing can come to the done queue any more, and it
 //          is closed too.
 // Progress no state exists in which all threads sleep before that. A batch is in one of the queues or held by a thread,
-//          which then is awake; a lost batch goes to the free queue like any other. The workers sleep over fewer than
-//          eight batches in the line queue, the collector over fewer than eight in the done queue. The scanner sleeps
-//          only when the free queue is empty and all batches are made, 24 or more. So more than eight lie in one of the
-//          other two queues, or a thread is awake that will put its batch there.
+//          which then is awake, or kept by the collector as too early; a lost batch goes there, too. Workers sleep over
+//          fewer than eight batches in the line queue, the collector over fewer than eight in the done queue, and over
+//          fewer the more it keeps: over none when it and that queue have sixteen. The scanner sleeps only when the free
+//          queue is empty and all batches are made, 24 or more, and where it may help there is none in the line queue
+//          either. So, unless a thread is awake, either the line queue has eight or the collector and the done queue
+//          have sixteen; the earliest of these is not kept, so the done queue is not empty, and the collector wakes.
+//          (A single worker takes all batches in order: the collector keeps none.)
 #include "Format/Ifc/IfcLineReadThreadPool.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <new>
-#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "Format/Ifc/Read/ReadThread.h"
+#include "Format/Ifc/Read/StatementBuffer.h"
 #include "platform/Assert.h"
 #include "platform/Utilities.h"
 
@@ -59,25 +64,26 @@ public:
     Work& operator=(const Work&) = delete;
 
     void addLineToQueue(std::string_view line, unsigned iLine);
+    [[nodiscard]] StatementBuffer& buffer();
+    void vStatementTake(unsigned iLine);
 
 private:
     struct QueuedLine {
-        std::size_t m_iBegin;   // in the batch's text
-        std::size_t m_iLength;
+        StatementBuffer::Place m_place;   // in the batch's text
         std::uint32_t m_iLine;
     };
     struct Batch;
     using BatchPtr = std::unique_ptr<Batch>;
     struct Batch {
-        BatchPtr m_pNext;     // while it is in a queue, or in a chain
-        std::string m_text;   // the statements, one behind the other, a NUL behind each
+        BatchPtr m_pNext;           // while it is in a queue, or in a chain
+        std::size_t m_iOrder = 0;   // of the batches of the file, from 0
+        bool m_boLost = false;      // nothing of it came into the model
+        StatementBuffer m_text;     // the statements, one behind the other, a NUL behind each
         std::vector<QueuedLine> m_lines;
         std::vector<Entity*> m_entities;   // one for each line; null where the statement yielded none
         RootedResults m_rooted;            // what the map of GUIDs takes of them
 
-        [[nodiscard]] std::string_view text(const QueuedLine& line) const noexcept {
-            return std::string_view(m_text).substr(line.m_iBegin, line.m_iLength);
-        }
+        [[nodiscard]] std::string_view text(const QueuedLine& line) const noexcept { return m_text.kept(line.m_place); }
         void vClear();
     };
     // A queue of batches that several threads share. Batches are linked through their own m_pNext, so that pushing and
@@ -98,6 +104,8 @@ private:
         // Waits for batches and takes a chain of up to iMost; of one when the queue is closed, so that all have a part in
         // the end. Null when it is closed and empty.
         [[nodiscard]] BatchPtr pPop(std::size_t iMost);
+        // From here on who finds the queue empty sleeps until there are that many. Nobody waits.
+        void vWakeAt(std::size_t iWakeAt) noexcept;
         // A chain of up to iMost without a wait; null when there is none.
         [[nodiscard]] BatchPtr pTryPop(std::size_t iMost);
         // Nothing is pushed any more, and nobody waits.
@@ -108,8 +116,8 @@ private:
     private:
         [[nodiscard]] BatchPtr pTake(std::size_t iMost) noexcept;
 
-        const std::size_t m_iWakeAt;
-        BatchPtr m_pFirst;   // guarded by m_mutex, as the next three
+        std::size_t m_iWakeAt;   // guarded by m_mutex, as the next four
+        BatchPtr m_pFirst;
         Batch* m_pLast = nullptr;
         std::size_t m_iCount = 0;
         bool m_boClosed = false;
@@ -118,7 +126,8 @@ private:
     };
 
     static constexpr std::size_t g_iBatchesShared = 8;      // taken by a worker at once
-    static constexpr std::size_t g_iBatchesCollected = 8;   // that wake the collector
+    static constexpr std::size_t g_iBatchesCollected = 8;   // that wake the collector, at most
+    static constexpr std::size_t g_iBatchesKept = 16;       // of that many with it or waiting for it, one wakes it
 
     void vStart();
     void vWorkersEnd();
@@ -130,6 +139,7 @@ private:
     [[nodiscard]] bool boHelp();
     void readLines(StepReadThread& thread);
     void vBatchFinalize(const Batch& batch, std::size_t& iNext);
+    void vBatchCollect(BatchPtr pBatch);
     void finalizeLines();
 
     Queue m_lineQueue{g_iBatchesShared};                      // waiting for a worker
@@ -140,6 +150,7 @@ private:
     std::thread m_collector;
     BatchPtr m_pBatch;            // being filled; the scanner's; null until there is a statement
     std::size_t m_iBatches = 0;   // made so far; the scanner's
+    std::size_t m_iQueued = 0;    // handed to the workers so far; the scanner's
     StepReadInfoDataCommon* m_pInfo;
     FileBase* m_pFile;
     bool m_boOneWorker;
@@ -152,8 +163,8 @@ IfcLineReadThreadPool::Work::Queue::~Queue() {
 }
 
 void IfcLineReadThreadPool::Work::Batch::vClear() {
-    if (m_text.capacity() > g_iKeptCapacity) std::string().swap(m_text);   // an assignment would keep the memory
-    m_text.clear();
+    m_text.vForget(g_iKeptCapacity);
+    m_boLost = false;
     m_lines.clear();
     m_entities.clear();
     m_rooted.vClear();
@@ -207,6 +218,11 @@ IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::Queue::pPop(s
 IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::Queue::pTryPop(std::size_t iMost) {
     const std::lock_guard lock(m_mutex);
     return pTake(iMost);
+}
+
+void IfcLineReadThreadPool::Work::Queue::vWakeAt(std::size_t iWakeAt) noexcept {
+    const std::lock_guard lock(m_mutex);
+    m_iWakeAt = iWakeAt;
 }
 
 void IfcLineReadThreadPool::Work::Queue::vClose() {
@@ -271,19 +287,30 @@ void IfcLineReadThreadPool::Work::addLineToQueue(std::string_view line, unsigned
                       "Thread pool is not active");
         return;
     }
-    if (m_workers.empty()) vStart();
+    StatementBuffer& text = buffer();
+    text.vClear();
+    text.vAppendExact(line);
+    vStatementTake(iLine);
+}
+
+StatementBuffer& IfcLineReadThreadPool::Work::buffer() {
     if (!m_pBatch) m_pBatch = pBatchNext();
+    return m_pBatch->m_text;
+}
+
+void IfcLineReadThreadPool::Work::vStatementTake(unsigned iLine) {
+    if (m_workers.empty()) vStart();
     Batch& batch = *m_pBatch;
-    // The entry comes last: one without its text would have the next statement for its own.
-    const std::size_t iBegin = batch.m_text.size();
-    batch.m_text.append(line).push_back('\0');
-    batch.m_lines.push_back({iBegin, line.size(), iLine});
+    // There is room for the entry: a text without one would stay in the batch for nothing.
+    batch.m_lines.push_back({batch.m_text.keep(), iLine});
     if (batch.m_lines.size() >= g_iBatchLines) vBatchQueue();
 }
 
-// Hands the batch in hand on, if there is one.
+// Hands the batch in hand on, if it has a statement.
 void IfcLineReadThreadPool::Work::vBatchQueue() {
-    if (m_pBatch) m_lineQueue.vPush(std::move(m_pBatch));
+    if (!m_pBatch || m_pBatch->m_lines.empty()) return;
+    m_pBatch->m_iOrder = m_iQueued++;
+    m_lineQueue.vPush(std::move(m_pBatch));
 }
 
 // An empty batch for the next statements.
@@ -335,8 +362,8 @@ void IfcLineReadThreadPool::Work::vBatchRead(Batch& batch, StepReadThread& threa
 // False when memory ran out; the batches behind that one are then back in the queue.
 //
 // A worker holds a chain of up to eight batches. Each is parsed under a guard of its own, so that an exception, which
-// is an internal fault or a lack of memory, costs one batch and no more: it is counted as lost and goes back to the
-// free queue, or the scanner would wait for it in vain. After std::bad_alloc the rest of the chain is put back in front
+// is an internal fault or a lack of memory, costs one batch and no more: it is counted as lost and goes on to the
+// collector like any other, which would wait for it in vain. After std::bad_alloc the rest of the chain is put back in front
 // of the queue: another thread may have given memory back by then, and on the scanner's thread the caller can be told.
 bool IfcLineReadThreadPool::Work::boBatchesRead(BatchPtr pBatches, StepReadThread& thread) {
     bool boMemory = true;
@@ -351,12 +378,11 @@ bool IfcLineReadThreadPool::Work::boBatchesRead(BatchPtr pBatches, StepReadThrea
             }
             return true;
         });
-        if (boRead) {
-            m_doneQueue.vPush(std::move(pBatch));
-        } else {
+        if (!boRead) {
             m_pInfo->m_pError->vLostAdd(pBatch->m_lines.size(), pBatch->m_lines.front().m_iLine);
-            vBatchFree(std::move(pBatch));
+            pBatch->m_boLost = true;
         }
+        m_doneQueue.vPush(std::move(pBatch));
     }
     m_lineQueue.vPushFront(std::move(pBatches));
     return boMemory;
@@ -372,6 +398,7 @@ void IfcLineReadThreadPool::Work::readLines(StepReadThread& thread) {
 // iNext is the statement in hand.
 void IfcLineReadThreadPool::Work::vBatchFinalize(const Batch& batch, std::size_t& iNext) {
     Data& data = m_pFile->dataBase();
+    for (const RootedResult& rooted : batch.m_rooted.results) data.guidEntityMap().vFetch(rooted.guid);
     auto rooted = batch.m_rooted.results.begin();
     for (; iNext < batch.m_lines.size(); ++iNext) {
         const QueuedLine& line = batch.m_lines[iNext];
@@ -386,13 +413,32 @@ void IfcLineReadThreadPool::Work::vBatchFinalize(const Batch& batch, std::size_t
     }
 }
 
-// The collector.
+void IfcLineReadThreadPool::Work::vBatchCollect(BatchPtr pBatch) {
+    std::size_t iNext = 0;
+    if (!pBatch->m_boLost && !util::ThreadedLoop::boGuarded([&] { return vBatchFinalize(*pBatch, iNext), true; }))
+        m_pInfo->m_pError->vLostAdd(pBatch->m_lines.size() - iNext, pBatch->m_lines[iNext].m_iLine);
+    vBatchFree(std::move(pBatch));
+}
+
+// The collector. What comes too early is kept in a chain, in its order: mostly it comes behind all that is there.
 void IfcLineReadThreadPool::Work::finalizeLines() {
+    std::size_t iOrder = 0;   // of the batch that is next
+    std::size_t iKept = 0;
+    BatchPtr pKept;
     while (BatchPtr pBatch = m_doneQueue.pPop(1)) {
-        std::size_t iNext = 0;
-        if (!util::ThreadedLoop::boGuarded([&] { return vBatchFinalize(*pBatch, iNext), true; }))
-            m_pInfo->m_pError->vLostAdd(pBatch->m_lines.size() - iNext, pBatch->m_lines[iNext].m_iLine);
-        vBatchFree(std::move(pBatch));
+        BatchPtr* pPlace = &pKept;
+        while (*pPlace && (*pPlace)->m_iOrder < pBatch->m_iOrder) pPlace = &(*pPlace)->m_pNext;
+        pBatch->m_pNext = std::move(*pPlace);
+        *pPlace = std::move(pBatch);
+        const std::size_t iBefore = iKept++;
+        for (; pKept && pKept->m_iOrder == iOrder; ++iOrder, --iKept) {
+            BatchPtr pNext = std::move(pKept->m_pNext);
+            vBatchCollect(std::move(pKept));
+            pKept = std::move(pNext);
+        }
+        if (iKept == iBefore) continue;
+        const std::size_t iMore = g_iBatchesKept - std::min(iKept, g_iBatchesKept - 1);
+        m_doneQueue.vWakeAt(std::min(iMore, g_iBatchesCollected));
     }
 }
 
@@ -404,6 +450,10 @@ IfcLineReadThreadPool::~IfcLineReadThreadPool() = default;
 void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine) {
     m_pWork->addLineToQueue(line, iLine);
 }
+
+StatementBuffer& IfcLineReadThreadPool::buffer() { return m_pWork->buffer(); }
+
+void IfcLineReadThreadPool::vStatementTake(unsigned iLine) { m_pWork->vStatementTake(iLine); }
 
 std::size_t IfcLineReadThreadPool::iWorkerCount() noexcept {
     static const std::size_t g_iCount = iWorkersOf(std::thread::hardware_concurrency());

@@ -28,7 +28,6 @@ struct StepReadInfoDataCommon : ReadInfoCommon {
     void vUpdateSchemaCache(const def::schema::Schema& schema);
 
     const def::schema::Entity* m_pRootSchema = nullptr;   ///< IFCROOT, the supertype of all that has a GlobalId
-    bool m_boParallel = false;                            ///< several threads parse statements of this read at once
 };
 
 class StepReadThread;   // ReadThread.h

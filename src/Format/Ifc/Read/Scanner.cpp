@@ -66,24 +66,30 @@ Scanner::Scanner(FileBase& file, std::istream& stream, ReadError& error, bool bo
       m_boMarkerSeen(m_boSimple),
       m_boInData(m_boSimple) {
     m_entities.reserve(1);
-    if (!boSingleThreaded) m_pPool = std::make_unique<IfcLineReadThreadPool>(m_info, file, false);
+    if (boSingleThreaded) return;
+    m_pPool = std::make_unique<IfcLineReadThreadPool>(m_info, file, false);
+    m_pText = &m_pPool->buffer();
 }
 
 Scanner::~Scanner() = default;
 
-// How a statement gets its bytes. The buffer holds 16 KiB of the file, m_statement what of the present statement has
+// How a statement gets its bytes. The buffer holds 16 KiB of the file, m_pText what of the present statement has
 // been copied so far, and m_iStart says from where in the buffer the rest is still missing. Nothing is copied byte by
-// byte: a piece ends at a blank, at a comment, at the ";" or at the end of the buffer, and goes to m_statement in one
+// byte: a piece ends at a blank, at a comment, at the ";" or at the end of the buffer, and goes to m_pText in one
 // call. So a refill only has to save the piece that lies across the buffer's end, and afterwards the statement goes on
 // at index 0. Inside of a comment there is no such piece; that is what m_boCopyOnRefill says.
 void Scanner::vBeforeRefill(const char* pBuffer, unsigned iValid) {
-    if (m_boCopyOnRefill && m_iStart < iValid) m_statement.vAppend(pBuffer + m_iStart, iValid - m_iStart);
+    if (m_boCopyOnRefill && m_iStart < iValid) m_pText->vAppend(pBuffer + m_iStart, iValid - m_iStart);
     m_iStart = 0;
 }
 
 bool Scanner::boScan(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
     const Scan eScan = scan(schemaFromName, progress);
-    m_pPool.reset();   // every statement handed on is parsed and finalised, whatever ended the scan
+    if (m_pPool) {
+        m_statement.vAppendExact(m_pText->text());   // what is left behind the last statement
+        m_pText = &m_statement;
+        m_pPool.reset();   // every statement handed on is parsed and finalised, whatever ended the scan
+    }
     return eScan == Scan::EndOfInput ? boEndOfInput() : eScan == Scan::Finished;
 }
 
@@ -185,7 +191,7 @@ bool Scanner::boEndOfInput() {
     if (m_boSimple) {   // which needs no ENDSEC
         if (m_info.m_pError->boFatal()) return false;
         // A statement without ";" and what stands behind a backslash are not in the model.
-        if (m_iPosition < m_iValid) m_statement.vAppend(m_pBuffer + m_iPosition, 1);
+        if (m_iPosition < m_iValid) m_pText->vAppend(m_pBuffer + m_iPosition, 1);
         vPassOver();
         return true;
     }
@@ -210,7 +216,7 @@ void Scanner::vSkip(unsigned iCount) {
 
 // Copies what is pending up to iEnd into the statement.
 void Scanner::vPendingTake(unsigned iEnd) {
-    if (m_iStart < iEnd) m_statement.vAppend(m_pBuffer + m_iStart, iEnd - m_iStart);
+    if (m_iStart < iEnd) m_pText->vAppend(m_pBuffer + m_iStart, iEnd - m_iStart);
     m_iStart = iEnd;
 }
 
@@ -269,7 +275,7 @@ void Scanner::readComment(bool& boAdvanced) {
         return;
     }
     if (m_iPosition == 0)
-        m_statement.vDropLast();   // the slash ended the buffer before and went along with its bytes
+        m_pText->vDropLast();   // the slash ended the buffer before and went along with its bytes
     else
         vPendingTake(iSlash);
     m_boCopyOnRefill = false;
@@ -299,7 +305,7 @@ inline Scanner::Scan Scanner::statementEnd(const SchemaFromName& schemaFromName,
         eScan = sectionStatement(schemaFromName);
     if (eScan != Scan::Continue) return eScan;
     boStep();
-    m_statement.vClear();
+    m_pText->vClear();
     m_boHasNumberSign = m_boHasEqual = false;
     return Scan::Continue;
 }
@@ -307,11 +313,11 @@ inline Scanner::Scan Scanner::statementEnd(const SchemaFromName& schemaFromName,
 // Everything but entity statements; what no state has a use for is counted and dropped.
 Scanner::Scan Scanner::sectionStatement(const SchemaFromName& schemaFromName) {
     if (!m_boMarkerSeen) {
-        m_boMarkerSeen = boContains(m_statement.text(), "ISO-10303-21");
+        m_boMarkerSeen = boContains(m_pText->text(), "ISO-10303-21");
         return Scan::Continue;
     }
     if (m_boInData) {
-        if (!boContains(m_statement.text(), "ENDSEC")) {
+        if (!boContains(m_pText->text(), "ENDSEC")) {
             vPassOver();
             return Scan::Continue;
         }
@@ -319,20 +325,20 @@ Scanner::Scan Scanner::sectionStatement(const SchemaFromName& schemaFromName) {
         return Scan::Finished;
     }
     if (m_boInHeader) {
-        if (boContains(m_statement.text(), "ENDSEC")) {
+        if (boContains(m_pText->text(), "ENDSEC")) {
             m_boInHeader = false;
             return schemaResolve(schemaFromName);
         }
-        m_pFile->headerBase().boReadLine(std::string(m_statement.text()), *m_info.m_pError, m_iLine);
+        m_pFile->headerBase().boReadLine(std::string(m_pText->text()), *m_info.m_pError, m_iLine);
         return Scan::Continue;
     }
-    if (boContains(m_statement.text(), "DATA"))
+    if (boContains(m_pText->text(), "DATA"))
         m_boInData = true;
-    else if (boContains(m_statement.text(), "HEADER"))
+    else if (boContains(m_pText->text(), "HEADER"))
         m_boInHeader = true;
-    else if (boContains(m_statement.text(), "END-ISO-10303-21"))
+    else if (boContains(m_pText->text(), "END-ISO-10303-21"))
         return Scan::Finished;
-    else if (!boContains(m_statement.text(), "ENDSEC"))
+    else if (!boContains(m_pText->text(), "ENDSEC"))
         vPassOver();
     return Scan::Continue;
 }
@@ -340,7 +346,7 @@ Scanner::Scan Scanner::sectionStatement(const SchemaFromName& schemaFromName) {
 // Counts the statement as passed over, unless nothing is left of it but what a statement may be empty with.
 void Scanner::vPassOver() {
     using namespace std::string_view_literals;
-    if (m_statement.text().find_first_not_of("\t;\0"sv) != std::string_view::npos)
+    if (m_pText->text().find_first_not_of("\t;\0"sv) != std::string_view::npos)
         m_info.m_pError->vPassedOverAdd(m_iLine);
 }
 
@@ -365,7 +371,7 @@ Scanner::Scan Scanner::schemaResolve(const SchemaFromName& schemaFromName) {
     const std::string sName = m_pFile->headerBase().sSchemaNameGet();
     const def::SchemaPset* pSchema = sName.empty() ? nullptr : SchemaLoader::pSchemaGet(schemaFromName, sName);
     if (!pSchema) {
-        m_info.m_pError->add(nullptr, ReportKey::UnknownSchemaName, sName, std::string(m_statement.text()), m_iLine);
+        m_info.m_pError->add(nullptr, ReportKey::UnknownSchemaName, sName, std::string(m_pText->text()), m_iLine);
         return Scan::Refused;
     }
     m_info.vUpdateSchemaCache(*pSchema);
@@ -375,12 +381,13 @@ Scanner::Scan Scanner::schemaResolve(const SchemaFromName& schemaFromName) {
 
 void Scanner::vEntityStatement(const ReadProgress& progress) {
     if (m_pPool) {
-        m_pPool->addLineToQueue(m_statement.text(), m_iLine);
+        m_pPool->vStatementTake(m_iLine);
+        m_pText = &m_pPool->buffer();
     } else {
         Data& data = m_pFile->dataBase();
-        StepReadInfoData info(m_statement.text(), m_iLine, m_info, &m_thread);
+        StepReadInfoData info(m_pText->text(), m_iLine, m_info, &m_thread);
         data.boReadLine(info, m_entities);
-        data.finalizeEntity(m_entities.front(), m_info, m_statement.text(), m_iLine);
+        data.finalizeEntity(m_entities.front(), m_info, m_pText->text(), m_iLine);
         m_entities.clear();
     }
     if (progress && ++m_iProgress >= g_iProgressStep) {
@@ -389,6 +396,6 @@ void Scanner::vEntityStatement(const ReadProgress& progress) {
     }
 }
 
-void Scanner::vReport(ReportKey eKey) { m_info.m_pError->add(nullptr, eKey, std::string(m_statement.text()), m_iLine); }
+void Scanner::vReport(ReportKey eKey) { m_info.m_pError->add(nullptr, eKey, std::string(m_pText->text()), m_iLine); }
 
 }   // namespace oxa::ifc::io

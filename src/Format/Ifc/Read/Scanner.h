@@ -66,10 +66,11 @@ private:
     void vLookBehind();
 
     FileBase* m_pFile;
-    std::uint32_t m_iLine = 1;               // line feeds so far, from 1
-    details::ScanMap<g_iBufferSize> m_map;   // of the buffer
-    StatementBuffer m_statement;             // what is assembled of the statement in hand
-    std::uint32_t m_iStart = 0;              // first byte in the buffer that belongs to it and is not in m_statement
+    std::uint32_t m_iLine = 1;                 // line feeds so far, from 1
+    details::ScanMap<g_iBufferSize> m_map;     // of the buffer
+    StatementBuffer m_statement;               // for the statements of a single-threaded read, and behind the last one
+    StatementBuffer* m_pText = &m_statement;   // what is assembled of the statement in hand; else a buffer of the pool
+    std::uint32_t m_iStart = 0;                // first byte in the buffer that belongs to it and is not in m_pText
     bool m_boSimple;
     bool m_boCopyOnRefill = true;   // false inside comments
     StepReadInfoDataCommon m_info;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The reading side of the container: from entity statements to entities, and the completion of a read.
+// From entity statements to entities, and those into the list and the map of GlobalIds.
 #include <algorithm>
 #include <optional>
 #include <string>
@@ -10,7 +10,6 @@
 #include "Format/Ifc/Read/InstanceNumber.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Read/ReadThread.h"
-#include "Format/Ifc/Store/InverseBuilder.h"
 
 namespace oxa::ifc {
 
@@ -64,6 +63,8 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
     if (parts && !m_pSchema) passOver();
     if (!parts || !m_pSchema) return giveUp();
 
+    const auto iId = static_cast<unsigned>(parts->iId);   // a negative number lands far up in the table
+    if (info.m_pCommon->m_boParallel) info.m_pCommon->vFetch(iId);
     const std::string_view line = info.m_line;
     const std::string_view keyword = line.substr(parts->iKeyword, parts->iOpen - parts->iKeyword);
     const def::schema::Entity* pType = info.m_pThread ? info.m_pThread->pEntityFromKeyword(*m_pSchema, keyword)
@@ -76,7 +77,6 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
     // A text that ends with ");" has lost nothing; a tab is the one blank that comes up to here.
     if (iClose + 2 != line.size() && line.find_first_not_of("\t;", iClose + 1) != std::string_view::npos) passOver();
     if (iClose == std::string_view::npos) return giveUp();   // one before the "(" would be part of number or keyword
-    const auto iId = static_cast<unsigned>(parts->iId);      // a negative number lands far up in the table
     return boEntityAdd(iId, *pType, info, parts->iOpen, iClose - parts->iOpen + 1, result) || giveUp();
 }
 
@@ -136,7 +136,17 @@ std::optional<Guid> Data::rootGuid(const Entity& entity, const StepReadInfoDataC
 // Memory first: an entity is entered in the list and in the map of GUIDs, or in none.
 void Data::vEntityEnter(Entity* pEntity, bool boMayBeRooted) {
     if (boMayBeRooted) m_guidEntityMap.vReserveOne();
+    if (m_entities.size() == m_entities.capacity()) vEntitiesGrow();
     m_entities.push_back(pEntity);
+}
+
+// As a vector grows, but with huge pages for what has become large.
+void Data::vEntitiesGrow() {
+    std::vector<Entity*> larger;
+    larger.reserve(std::max<std::size_t>(2 * m_entities.capacity(), 64));
+    memory::vFillSoon(larger.data(), larger.capacity() * sizeof(Entity*));
+    larger.assign(m_entities.begin(), m_entities.end());
+    m_entities = std::move(larger);
 }
 
 // Two ways to the same end. This one looks at the instance, as a single-threaded read does, whose cache still holds it.
@@ -165,55 +175,6 @@ void Data::vGuidEnter(const Guid& guid, Entity* pEntity, StepReadInfoDataCommon&
         common.m_pError->add(nullptr, ReportKey::UnexpectedNullGuid, std::string(line), iLine);
     else if (!m_guidEntityMap.boInsert(guid, pEntity))
         common.m_pError->add(nullptr, ReportKey::DuplicateGuids, std::string(line), iLine);
-}
-
-// The completion of a read, on one thread: the numbers, then the inverse lists, which need every attribute in its
-// place, then the order. Sorting comes last, so that inverse lists are made in the order in which the entities were
-// entered.
-bool Data::boFinished(ReadInfoCommon& info, bool boKeepIds) {
-    const bool boComplete = boNumbersSettle(info, boKeepIds, true);
-    vEntitiesSettle(info);
-    return boComplete;
-}
-
-void Data::vPartSettle(ReadInfoCommon& info, bool boKeepIds) {
-    static_cast<void>(boNumbersSettle(info, boKeepIds, false));
-    vEntitiesSettle(info);
-}
-
-void Data::vEntitiesSettle(ReadInfoCommon& info) {
-    {
-        PoolArena arena(*m_pPool);
-        // From here on every attribute of every entity is in place.
-        InverseBuilder builder(*m_pPool, &arena);
-        for (Entity* pEntity : m_entities) builder.vAdd(*pEntity);
-        builder.vFlush();
-    }
-    info.vTrim();
-    m_pPool->vTrim();
-    // A second read has put its entities behind those of the first, which are in order.
-    m_boSorted = m_boSorted && std::ranges::is_sorted(m_entities, {}, [](const Entity* pEntity) {
-                     return pEntity->schemaEntity().iTypeOrdinal;
-                 });
-    vSortEntities();
-}
-
-// One report for each number that was named and never defined; by now it is no longer known which statement named it.
-// The others are kept, where that is asked for and no map is there yet. One visit of each slot serves both.
-bool Data::boNumbersSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell) {
-    const bool boSeed = boKeepIds && !m_pEntityIdMap;
-    if (boSeed) m_pEntityIdMap = std::make_unique<EntityIdMap>(0);
-    if (!boKeepIds) m_pEntityIdMap.reset();
-    bool boComplete = true;
-    info.vForEachSlot([&](std::size_t iId, EntitySlot& slot) {
-        if (slot.entity.m_pSchemaEntity) {
-            if (boSeed) m_pEntityIdMap->vSeed(slot, iId);
-        } else if (slot.boReferenced()) {
-            boComplete = false;
-            if (boTell) info.m_pError->add(nullptr, ReportKey::MissingEntityWithId, std::to_string(iId), {}, 0);
-        }
-    });
-    return boComplete;
 }
 
 }   // namespace oxa::ifc

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// StatementBuffer: the text of the statement that the scanner assembles from the pieces between its blanks.
+// StatementBuffer: the text of the statement that the scanner assembles from the pieces between its blanks, and of those
+// before it that were kept.
 //
-// For      ReadFile, inside this folder.
+// For      the scanner and the pool of line workers, inside this folder: statements that go to a worker together stand in
+//          one buffer from the start, so that none is copied again.
 // Speed    most pieces are some bytes long, and there are several in a statement: up to 32 bytes are copied without a
 //          call and without a look at their count.
 // Threads  one.
@@ -31,12 +33,44 @@ public:
             std::memcpy(pTo, pBytes, iCount);
         m_iSize += iCount;
     }
-    // Takes the last byte away. There is one.
+    // The same for a text behind which no byte may be looked at.
+    void vAppendExact(std::string_view text) {
+        if (m_iCapacity - m_iSize < text.size() + g_iOverread) vGrow(text.size());
+        text.copy(m_pBytes.get() + m_iSize, text.size());
+        m_iSize += text.size();
+    }
+    // Takes the last byte of the statement away. There is one.
     void vDropLast() noexcept { --m_iSize; }
-    void vClear() noexcept { m_iSize = 0; }
+    // Forgets the statement in hand.
+    void vClear() noexcept { m_iSize = m_iBegin; }
 
+    // Of the statement in hand. Good until the next change.
+    [[nodiscard]] std::string_view text() const noexcept { return {m_pBytes.get() + m_iBegin, m_iSize - m_iBegin}; }
+
+    // Where a kept statement stands.
+    struct Place {
+        std::size_t iBegin;
+        std::size_t iLength;
+    };
+    // Keeps the statement in hand, with a NUL behind it, and begins the next one. Throws as vAppend.
+    Place keep() {
+        const Place place{m_iBegin, m_iSize - m_iBegin};
+        if (m_iCapacity - m_iSize < 1 + g_iOverread) vGrow(1);
+        m_pBytes[m_iSize++] = '\0';
+        m_iBegin = m_iSize;
+        return place;
+    }
     // Good until the next change.
-    [[nodiscard]] std::string_view text() const noexcept { return {m_pBytes.get(), m_iSize}; }
+    [[nodiscard]] std::string_view kept(const Place& place) const noexcept {
+        return {m_pBytes.get() + place.iBegin, place.iLength};
+    }
+    // Forgets all statements. Memory of more than iMost bytes is given back.
+    void vForget(std::size_t iMost) noexcept {
+        m_iSize = m_iBegin = 0;
+        if (m_iCapacity <= iMost) return;
+        m_pBytes.reset();
+        m_iCapacity = 0;
+    }
 
 private:
     void vGrow(std::size_t iCount) {
@@ -48,6 +82,7 @@ private:
     }
 
     std::unique_ptr<char[]> m_pBytes;
+    std::size_t m_iBegin = 0;   // of the statement in hand
     std::size_t m_iSize = 0;
     std::size_t m_iCapacity = 0;
 };

@@ -3,11 +3,11 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <limits>
 #include <new>
 
+#include "Format/Ifc/Store/Settle.h"
 #include "platform/Assert.h"
 #include "platform/Utilities.h"
 
@@ -25,6 +25,7 @@ Data::Data(Data&& other) noexcept
       m_guidEntityMap(std::move(other.m_guidEntityMap)),
       m_pEntityIdMap(std::move(other.m_pEntityIdMap)),
       m_pendingGuid(std::move(other.m_pendingGuid)),
+      m_iInverseEntries(other.m_iInverseEntries),
       m_pPool(std::move(other.m_pPool)),
       m_pProject(other.pProject()) {}
 
@@ -37,6 +38,7 @@ Data& Data::operator=(Data&& other) noexcept {
     m_guidEntityMap = std::move(other.m_guidEntityMap);
     m_pEntityIdMap = std::move(other.m_pEntityIdMap);
     m_pendingGuid = std::move(other.m_pendingGuid);
+    m_iInverseEntries = other.m_iInverseEntries;
     m_pPool = std::move(other.m_pPool);
     m_pProject.store(other.pProject(), std::memory_order_relaxed);
     return *this;
@@ -100,23 +102,9 @@ std::pair<Data::iterator, Data::iterator> Data::range(const ObjectName& name, bo
     return {first, last};
 }
 
-// Types are few and their ordinals 16 bits wide, so the entities are counted into place: two passes, whatever
-// their order, where comparing would follow pointers n log n times.
 void Data::vSortEntities() const {
     if (m_boSorted) return;
-    if (m_entities.size() > 1) {
-        std::vector<std::uint16_t> ordinals;
-        ordinals.reserve(m_entities.size());
-        for (const Entity* pEntity : m_entities) ordinals.push_back(pEntity->schemaEntity().iTypeOrdinal);
-        // As many places as there are types up to the last one met: callers of small models sort often.
-        const std::size_t iOrdinals = std::size_t{*std::ranges::max_element(ordinals)} + 1;
-        std::vector<std::size_t> places(iOrdinals + 1);
-        for (const std::uint16_t iOrdinal : ordinals) ++places[std::size_t{iOrdinal} + 1];
-        for (std::size_t i = 1; i <= iOrdinals; ++i) places[i] += places[i - 1];
-        std::vector<Entity*> sorted(m_entities.size());
-        for (std::size_t i = 0; i < m_entities.size(); ++i) sorted[places[ordinals[i]]++] = m_entities[i];
-        m_entities = std::move(sorted);
-    }
+    vTypesSort(m_entities, 1);
     m_boSorted = true;
 }
 

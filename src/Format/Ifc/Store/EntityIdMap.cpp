@@ -80,23 +80,11 @@ const Entity* EntityIdMap::pSeededFromId(std::size_t iId) const {
     return &found->second->pFirst[iId % g_iSlots].entity;
 }
 
-// Seeding goes through the slots in the order of their numbers, so the chunk mostly is the last one. Its first slot
-// follows from any of its slots and that slot's number.
-EntityIdMap::SeededChunk& EntityIdMap::chunkOf(const EntitySlot& slot, std::size_t iId) {
-    const std::size_t iFirstId = iId - iId % g_iSlots;
-    if (m_pLastSeeded && m_pLastSeeded->iFirstId == iFirstId) return *m_pLastSeeded;
-    const EntitySlot* const pFirst = &slot - iId % g_iSlots;
+void EntityIdMap::vSeed(const EntitySlot* pFirst, std::size_t iFirstId, const Defined& defined) {
     SeededChunk& chunk = m_byAddress.try_emplace(pFirst, SeededChunk{pFirst, iFirstId, {}}).first->second;
     m_byNumber.try_emplace(iFirstId, &chunk);
-    m_pLastSeeded = &chunk;
-    return chunk;
-}
-
-void EntityIdMap::vSeed(const EntitySlot& slot, std::size_t iId) {
-    SeededChunk& chunk = chunkOf(slot, iId);
-    if (chunk.defined[iId % g_iSlots]) return;
-    chunk.defined.set(iId % g_iSlots);
-    ++m_iSeeded;
+    m_iSeeded += (defined & ~chunk.defined).count();
+    chunk.defined |= defined;
 }
 
 // From the end of each chunk to its last defined slot: no number is kept that every seeding would have to keep up to

@@ -74,8 +74,11 @@ public:
     [[nodiscard]] std::optional<std::size_t> find(const Entity* pEntity) const;
     /// The entity that was seeded with that number; null when there is none.
     [[nodiscard]] const Entity* pSeededFromId(std::size_t iId) const;
-    /// Enters a defined slot of an entity table under its number.
-    void vSeed(const EntitySlot& slot, std::size_t iId);
+    /// A bit a slot of a chunk of an entity table.
+    using Defined = std::bitset<32768>;
+    /// Enters the defined slots of a chunk under their numbers; that of its first slot, defined or not, is iFirstId, a
+    /// multiple of their count.
+    void vSeed(const EntitySlot* pFirst, std::size_t iFirstId, const Defined& defined);
     /// Entries, seeded and dealt ones together.
     [[nodiscard]] std::size_t size() const;
 
@@ -87,7 +90,7 @@ public:
     [[nodiscard]] std::vector<const Entity*> seededOf(const SeenNumbers& seen) const;
 
 private:
-    static constexpr std::size_t g_iSlots = 32768;
+    static constexpr std::size_t g_iSlots = Defined().size();
     static constexpr std::size_t g_iSlotBytes = 32;
 
     // The slots of one chunk of a table, by address; numbers run from iFirstId.
@@ -99,7 +102,7 @@ private:
     struct SeededChunk {
         const EntitySlot* pFirst;
         std::size_t iFirstId;
-        std::bitset<g_iSlots> defined;
+        Defined defined;
 
         // g_iSlots for an entity that is none of them.
         [[nodiscard]] std::size_t iSlotOf(const Entity* pEntity) const noexcept {
@@ -112,11 +115,9 @@ private:
     [[nodiscard]] const SeededChunk* pSeededChunk(const Entity* pEntity) const noexcept;
     [[nodiscard]] Number numberFar(const Entity* pEntity, Near& near);
     [[nodiscard]] std::optional<Number> knownFar(const Entity* pEntity, Near& near) const;
-    SeededChunk& chunkOf(const EntitySlot& slot, std::size_t iId);
 
     std::map<const EntitySlot*, SeededChunk, std::less<>> m_byAddress;   // by pFirst; new ones come in any order
     std::unordered_map<std::size_t, SeededChunk*> m_byNumber;            // by iFirstId
-    SeededChunk* m_pLastSeeded = nullptr;                                // numbers are seeded in their order
     std::size_t m_iSeeded = 0;
     std::size_t m_iAbove = 0;          // what dealt numbers are above the count of entries
     std::unique_ptr<Dealt> m_pDealt;   // the rest; guarded by m_lock

@@ -25,13 +25,13 @@ EntitySlotLock::~EntitySlotLock() { m_state.store(Free, std::memory_order_releas
 
 EntitySlot* ReadInfoCommon::pChunkGet(Data& data, std::size_t iChunk) {
     Chunk& chunk = chunkGet(data, iChunk);
-    for (auto& word : chunk.pages) word.store(~std::uint64_t{0}, std::memory_order_relaxed);
-    return chunk.pSlots.load(std::memory_order_acquire);
+    for (auto& word : chunk.m_pages) word.store(~std::uint64_t{0}, std::memory_order_relaxed);
+    return chunk.m_pSlots.load(std::memory_order_acquire);
 }
 
 EntitySlot& ReadInfoCommon::slotCreate(Data& data, std::size_t iChunk, std::size_t iSlot) {
     Chunk& chunk = chunkGet(data, iChunk);
-    EntitySlot& slot = chunk.pSlots.load(std::memory_order_acquire)[iSlot];
+    EntitySlot& slot = chunk.m_pSlots.load(std::memory_order_acquire)[iSlot];
     chunk.vTouch(slot, iSlot);
     return slot;
 }
@@ -45,13 +45,13 @@ EntitySlot& ReadInfoCommon::slotCreate(Data& data, std::size_t iChunk, std::size
 ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) {
     const auto vCreate = [&data](Chunk& chunk, bool boDense) {
         void* pSlots = boDense ? data.pool().pAllocatePiece(g_iChunkBytes) : data.pool().pAllocate(g_iChunkBytes);
-        chunk.pSlots.store(static_cast<EntitySlot*>(pSlots), std::memory_order_release);
+        chunk.m_pSlots.store(static_cast<EntitySlot*>(pSlots), std::memory_order_release);
     };
     if (iChunk < g_iFirstChunks) {
         Chunk& chunk = m_chunks[iChunk];
-        if (!chunk.pSlots.load(std::memory_order_acquire)) {
+        if (!chunk.m_pSlots.load(std::memory_order_acquire)) {
             const std::lock_guard lock(m_chunkMutex);
-            if (!chunk.pSlots.load(std::memory_order_relaxed))
+            if (!chunk.m_pSlots.load(std::memory_order_relaxed))
                 vCreate(chunk, iChunk > 0 && m_chunks[iChunk - 1].boMostlyTouched());
         }
         return chunk;
@@ -73,9 +73,20 @@ ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) 
     return *pChunk;
 }
 
+std::vector<std::pair<std::size_t, ReadInfoCommon::Chunk*>> ReadInfoCommon::chunks() {
+    std::vector<std::pair<std::size_t, Chunk*>> all;
+    const auto vAdd = [&all](std::size_t iChunk, Chunk* pChunk) {
+        if (pChunk && pChunk->pFirst()) all.emplace_back(iChunk, pChunk);
+    };
+    for (std::size_t i = 0; i < g_iFirstChunks; ++i) vAdd(i, &m_chunks[i]);
+    for (std::size_t i = 0; i < m_moreChunks.size(); ++i) vAdd(g_iFirstChunks + i, m_moreChunks[i].get());
+    for (const auto& [iChunk, pChunk] : m_farChunks) vAdd(iChunk, pChunk.get());
+    return all;
+}
+
 void ReadInfoCommon::vTrim() noexcept {
     for (Chunk& chunk : m_chunks)
-        if (chunk.pSlots.load(std::memory_order_relaxed)) chunk.vTrim();
+        if (chunk.m_pSlots.load(std::memory_order_relaxed)) chunk.vTrim();
 }
 
 }   // namespace oxa::ifc

@@ -21,10 +21,13 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <utility>
+#include <vector>
 
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Memory/SimplePool.h"
+#include "platform/Compiler.h"
 #include "platform/SharedMutex.h"
 
 namespace oxa::ifc {
@@ -98,7 +101,7 @@ struct ReadInfoCommon {
         const std::size_t iSlot = iId & 0x7fffU;
         if (iChunk < g_iFirstChunks) {
             Chunk& chunk = m_chunks[iChunk];
-            if (EntitySlot* pSlots = chunk.pSlots.load(std::memory_order_acquire)) {
+            if (EntitySlot* pSlots = chunk.m_pSlots.load(std::memory_order_acquire)) {
                 chunk.vTouch(pSlots[iSlot], iSlot);
                 return pSlots[iSlot];
             }
@@ -106,48 +109,76 @@ struct ReadInfoCommon {
         return slotCreate(data, iChunk, iSlot);
     }
 
+    /// Has the processor fetch the slot of a number that is about to be filled, where its chunk is there already.
+    void vFetch(std::size_t iId) const noexcept {
+        const std::size_t iChunk = iId >> 15;
+        if (iChunk >= g_iFirstChunks) return;
+        if (const EntitySlot* pSlots = m_chunks[iChunk].pFirst()) platform::vFetchToWrite(pSlots + (iId & 0x7fffU));
+    }
+
     /// Unmaps the pages that were never accessed (madvise): those of a chunk that was expected to be full. Not while
     /// other threads ask for slots.
     void vTrim() noexcept;
+
+    class Chunk;
+
+    /// The chunks that are there, by number, ascending. Not while other threads create chunks.
+    [[nodiscard]] std::vector<std::pair<std::size_t, Chunk*>> chunks();
 
     /// Calls visit(number, slot) for the slots of all pages touched so far, numbers ascending. Not while
     /// other threads create chunks.
     template <class Visit>
     void vForEachSlot(Visit&& visit) {
-        for (std::size_t i = 0; i < g_iFirstChunks; ++i) vVisitChunk(m_chunks[i], i, visit);
-        for (std::size_t i = 0; i < m_moreChunks.size(); ++i)
-            if (m_moreChunks[i]) vVisitChunk(*m_moreChunks[i], g_iFirstChunks + i, visit);
-        for (const auto& [iChunk, pChunk] : m_farChunks)
-            if (pChunk) vVisitChunk(*pChunk, iChunk, visit);
+        for (const auto& [iChunk, pChunk] : chunks())
+            pChunk->vForEachSlot([&, iFirst = iChunk * g_iSlotsPerChunk](std::size_t iSlot, EntitySlot& slot) {
+                visit(iFirst + iSlot, slot);
+            });
     }
 
-    io::ReadError* m_pError;   ///< where the read reports
+    io::ReadError* m_pError;     ///< where the read reports
+    bool m_boParallel = false;   ///< several threads parse statements of this read at once, and may complete it
 
-private:
-    // One bit a page of 128 slots, 4 KiB, that was accessed, so that completion does not walk the empty rest of a chunk
-    // in a file with sparse numbers: the walk alone would have the kernel map those pages.
-    struct Chunk {
+    /// The slots of 32,768 numbers, from a multiple of that on.
+    ///
+    /// One bit a page of 128 slots, 4 KiB, that was accessed, so that completion does not walk the empty rest of a chunk
+    /// in a file with sparse numbers: the walk alone would have the kernel map those pages.
+    class Chunk {
+    public:
+        /// The slot of its first number.
+        [[nodiscard]] EntitySlot* pFirst() const noexcept { return m_pSlots.load(std::memory_order_acquire); }
+        /// Calls visit(place in the chunk, slot) for the slots of all pages touched so far, ascending.
+        template <class Visit>
+        void vForEachSlot(Visit&& visit) const {
+            EntitySlot* const pFirstSlot = pFirst();
+            for (std::size_t iPage = 0; iPage < g_iPages; ++iPage) {
+                if (!boTouched(iPage)) continue;
+                for (std::size_t i = iPage * g_iPageSlots; i < (iPage + 1) * g_iPageSlots; ++i) visit(i, pFirstSlot[i]);
+            }
+        }
+
+    private:
+        friend ReadInfoCommon;
         static constexpr std::size_t g_iPageSlots = 128;
         static constexpr std::size_t g_iPages = g_iSlotsPerChunk / g_iPageSlots;
 
-        std::atomic<EntitySlot*> pSlots{nullptr};
-        std::array<std::atomic<std::uint64_t>, g_iPages / 64> pages{};
+        std::atomic<EntitySlot*> m_pSlots{nullptr};
+        std::array<std::atomic<std::uint64_t>, g_iPages / 64> m_pages{};
 
         // The first access to a page is a store: after a load the kernel would have mapped its shared zero page, and
         // would have to replace it at the first store, with a TLB shootdown on every processor that runs this process.
         void vTouch(EntitySlot& slot, std::size_t iSlot) noexcept {
-            std::atomic<std::uint64_t>& word = pages[iSlot / g_iPageSlots / 64];
+            std::atomic<std::uint64_t>& word = m_pages[iSlot / g_iPageSlots / 64];
             const std::uint64_t uBit = std::uint64_t{1} << (iSlot / g_iPageSlots % 64);
             if (word.load(std::memory_order_relaxed) & uBit) return;
             std::atomic_ref(slot.unused[0]).store(0, std::memory_order_relaxed);
             word.fetch_or(uBit, std::memory_order_relaxed);
         }
         [[nodiscard]] bool boTouched(std::size_t iPage) const noexcept {
-            return pages[iPage / 64].load(std::memory_order_relaxed) >> iPage % 64 & 1U;
+            return m_pages[iPage / 64].load(std::memory_order_relaxed) >> iPage % 64 & 1U;
         }
         // Its untouched pages, from the last touched one on.
         void vTrim() noexcept {
-            EntitySlot* pFirst = pSlots.load(std::memory_order_acquire);
+            EntitySlot* pFirst = m_pSlots.load(std::memory_order_acquire);
             std::size_t iPage = g_iPages;
             while (iPage > 0 && !boTouched(iPage - 1)) --iPage;
             if (pFirst)
@@ -157,25 +188,15 @@ private:
         // A file that numbers without gaps fills the next chunk, too.
         [[nodiscard]] bool boMostlyTouched() const noexcept {
             std::size_t iTouched = 0;
-            for (const auto& word : pages)
+            for (const auto& word : m_pages)
                 iTouched += static_cast<std::size_t>(std::popcount(word.load(std::memory_order_relaxed)));
             return iTouched >= g_iPages * 3 / 4;
         }
     };
 
+private:
     EntitySlot& slotCreate(Data& data, std::size_t iChunk, std::size_t iSlot);
     Chunk& chunkGet(Data& data, std::size_t iChunk);
-
-    template <class Visit>
-    static void vVisitChunk(Chunk& chunk, std::size_t iChunk, Visit&& visit) {
-        EntitySlot* pSlots = chunk.pSlots.load(std::memory_order_acquire);
-        if (!pSlots) return;
-        for (std::size_t iPage = 0; iPage < Chunk::g_iPages; ++iPage) {
-            if (!chunk.boTouched(iPage)) continue;
-            for (std::size_t i = iPage * Chunk::g_iPageSlots; i < (iPage + 1) * Chunk::g_iPageSlots; ++i)
-                visit(iChunk * g_iSlotsPerChunk + i, pSlots[i]);
-        }
-    }
 
     std::array<Chunk, g_iFirstChunks> m_chunks;                  // numbers below 32,768,000
     std::mutex m_chunkMutex;                                     // guards creation in m_chunks

@@ -2,7 +2,12 @@
 // Open addressing with linear probing; what the order of the entries is good for says GuidMap.h.
 #include "Format/Ifc/Store/GuidMap.h"
 
+#include <cstddef>
 #include <cstring>
+#include <span>
+#include <type_traits>
+
+#include "platform/Compiler.h"
 
 namespace oxa::ifc {
 
@@ -43,31 +48,37 @@ std::size_t GuidMap::iHome(const Guid& guid) const noexcept {
 
 std::size_t GuidMap::iPlaceOf(const Guid& guid) const noexcept {
     std::size_t iPlace = iHome(guid);
-    while (m_table[iPlace].pEntity && m_table[iPlace].guid != guid) iPlace = iNext(iPlace);
+    while (table()[iPlace].pEntity && table()[iPlace].guid != guid) iPlace = iNext(iPlace);
     return iPlace;
 }
 
 Entity* GuidMap::pFind(const Guid& guid) const noexcept {
-    return m_table.empty() ? nullptr : m_table[iPlaceOf(guid)].pEntity;
+    return !m_pTable ? nullptr : table()[iPlaceOf(guid)].pEntity;
+}
+
+void GuidMap::vFetch(const Guid& guid) const noexcept {
+    if (m_pTable) platform::vFetchToRead(&table()[iHome(guid)]);
 }
 
 bool GuidMap::boInsert(const Guid& guid, Entity* pEntity) {
     vReserveOne();
-    Entry& entry = m_table[iPlaceOf(guid)];
+    Entry& entry = table()[iPlaceOf(guid)];
     if (entry.pEntity) return false;
     entry = {guid, pEntity};
     ++m_iSize;
     return true;
 }
 
-// The new table is complete before the old one goes, so a lack of memory leaves the map as it was.
+// The new table is there before the old one goes, so a lack of memory leaves the map as it was.
 void GuidMap::vGrow() {
+    static_assert(std::is_trivially_copyable_v<Entry> && alignof(Entry) <= alignof(std::max_align_t));
     const unsigned iBits = m_iBits ? m_iBits + 1 : g_iFirstBits;
-    std::vector<Entry> old(std::size_t{1} << iBits);
-    m_table.swap(old);
+    memory::ZeroedBytes pOld = memory::zeroedTable(sizeof(Entry) << iBits);
+    const std::span<const Entry> old(table(), iPlaces());
+    m_pTable.swap(pOld);
     m_iBits = iBits;
     for (const Entry& entry : old)
-        if (entry.pEntity) m_table[iPlaceOf(entry.guid)] = entry;
+        if (entry.pEntity) table()[iPlaceOf(entry.guid)] = entry;
 }
 
 // Erasing without tombstones. A free place ends a search, so the hole may not stay where an entry behind it needs the
@@ -75,16 +86,16 @@ void GuidMap::vGrow() {
 // it in front of its own home; distances are taken modulo the size of the table, for runs that wrap around. The hole
 // moves along, and where the run ends nothing depends on it any more.
 bool GuidMap::boErase(const Guid& guid) noexcept {
-    if (m_table.empty()) return false;
+    if (!m_pTable) return false;
     std::size_t iFree = iPlaceOf(guid);
-    if (!m_table[iFree].pEntity) return false;
-    const std::size_t iMask = m_table.size() - 1;
-    for (std::size_t i = iNext(iFree); m_table[i].pEntity; i = iNext(i)) {
-        if (((i - iHome(m_table[i].guid)) & iMask) < ((i - iFree) & iMask)) continue;
-        m_table[iFree] = m_table[i];
+    if (!table()[iFree].pEntity) return false;
+    const std::size_t iMask = iPlaces() - 1;
+    for (std::size_t i = iNext(iFree); table()[i].pEntity; i = iNext(i)) {
+        if (((i - iHome(table()[i].guid)) & iMask) < ((i - iFree) & iMask)) continue;
+        table()[iFree] = table()[i];
         iFree = i;
     }
-    m_table[iFree].pEntity = nullptr;
+    table()[iFree].pEntity = nullptr;
     --m_iSize;
     return true;
 }

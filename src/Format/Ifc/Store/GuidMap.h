@@ -13,8 +13,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <utility>
-#include <vector>
 
+#include "Format/Ifc/Memory/ZeroedBytes.h"
 #include "platform/Export.h"
 #include "platform/Id.h"
 
@@ -50,9 +50,11 @@ public:
 
     /// The entity; null when none has that GUID.
     [[nodiscard]] Entity* pFind(const Guid& guid) const noexcept;
+    /// Has the processor fetch the memory that a look-up or an insertion of that GUID will need.
+    void vFetch(const Guid& guid) const noexcept;
     /// Makes sure that the next boInsert throws nothing. Throws std::bad_alloc, and is then unchanged.
     void vReserveOne() {
-        if (m_iSize >= m_table.size() / 4 * 3) vGrow();
+        if (m_iSize >= iPlaces() / 4 * 3) vGrow();
     }
     /// False when the GUID is there already: the map keeps the earlier entity. pEntity is not null. Throws
     /// std::bad_alloc, and is then unchanged.
@@ -68,17 +70,19 @@ private:
     static constexpr unsigned g_iFirstBits = 4;
 
     [[nodiscard]] std::size_t iHome(const Guid& guid) const noexcept;
-    [[nodiscard]] std::size_t iNext(std::size_t iPlace) const noexcept { return (iPlace + 1) & (m_table.size() - 1); }
+    [[nodiscard]] Entry* table() const noexcept { return reinterpret_cast<Entry*>(m_pTable.get()); }
+    [[nodiscard]] std::size_t iPlaces() const noexcept { return m_iBits ? std::size_t{1} << m_iBits : 0; }
+    [[nodiscard]] std::size_t iNext(std::size_t iPlace) const noexcept { return (iPlace + 1) & (iPlaces() - 1); }
     // Its place, or the free one where it would go. There is a free one.
     [[nodiscard]] std::size_t iPlaceOf(const Guid& guid) const noexcept;
     void vGrow();
     void vTake(GuidMap& other) noexcept {
-        m_table = std::exchange(other.m_table, {});
+        m_pTable = std::move(other.m_pTable);
         m_iSize = std::exchange(other.m_iSize, 0);
         m_iBits = std::exchange(other.m_iBits, 0);
     }
 
-    std::vector<Entry> m_table;   // empty or 2^m_iBits places
+    memory::ZeroedBytes m_pTable;   // null or 2^m_iBits entries; of zeros, an entry is a free place
     std::size_t m_iSize = 0;
     unsigned m_iBits = 0;
 };

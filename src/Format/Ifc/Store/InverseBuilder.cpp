@@ -1,38 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Format/Ifc/Store/InverseBuilder.h"
 
-#include "Format/Ifc/Cells/CellWalk.h"
-#include "platform/Assert.h"
 #include "platform/Compiler.h"
 
 namespace oxa::ifc {
 
 void InverseBuilder::vAdd(Entity& entity) {
     try {
-        vAnnounce(entity);
+        vForEachReference(entity, [this](const Reference& reference) { vEnter(reference); });
     } catch (...) {
         vFlush();   // what is queued belongs to instances before the fault
         throw;
-    }
-}
-
-// The attributes that feed inverse lists are noted in the layout of the type, so an instance that feeds none is done
-// with the first tests, and of the others only those attributes are visited.
-void InverseBuilder::vAnnounce(Entity& entity) {
-    const def::schema::Entity& schema = entity.schemaEntity();
-    if (!schema.boHasInverse || schema.inverseTargets().empty()) return;
-    const DataSizeEntity& size = Entity::getDataSize(schema);
-    for (const DataSizeEntity::Feed& feed : size.feeds) {
-        if (feed.iCell == DataSizeEntity::Feed::g_iNone || !entity.m_pAttributes) {
-            Assert::vTell("Format/Ifc/IfcFileEntity", "oxa::ifc::Entity::vAttributeInverseInit",
-                          "Not able to find attribute");
-            continue;
-        }
-        if (feed.iPosition == DataSizeEntity::Feed::g_iNone) continue;   // no type has such a list
-        const DataSizeEntity::Cell& place = size.cells[feed.iCell];
-        const auto& cell =
-            *reinterpret_cast<const AttributeBase*>(static_cast<const char*>(entity.m_pAttributes) + place.iOffset);
-        vForEachEntity(cell, place.eClass, [&](Entity* pTarget) { vReference({pTarget, &entity, &feed}); });
     }
 }
 
@@ -41,8 +19,7 @@ void InverseBuilder::vFlush() {
     while (m_entries.iCount) vNodeEnter();
 }
 
-void InverseBuilder::vReference(const Reference& reference) {
-    if (!reference.pTarget) return;
+void InverseBuilder::vEnter(const Reference& reference) {
     platform::vFetchToRead(reference.pTarget);
     if (m_references.boFull()) vTargetLook();
     m_references.vPush(reference);
@@ -66,6 +43,7 @@ void InverseBuilder::vNodeEnter() {
     pNode->value = entry.pSource;
     pNode->next = entry.pHead->load();
     *entry.pHead = pNode;
+    ++m_iEntered;
 }
 
 }   // namespace oxa::ifc

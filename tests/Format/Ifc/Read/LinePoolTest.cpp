@@ -169,6 +169,42 @@ TEST(LineReadThreadPool, PairsResultsWithTheirStatements) {
     EXPECT_EQ(recordTexts(read.errors), expected);
 }
 
+// Batches take from some microseconds to some hundred, so that they finish out of turn.
+TEST(LineReadThreadPool, EntersInTheOrderOfTheFile) {
+    for (const bool boOneWorker : {false, true}) {
+        PoolRead read(boOneWorker);
+        constexpr std::uint32_t g_iCount = 60'000;   // all batches come back several times
+        for (std::uint32_t i = g_iCount; i > 0; --i) {
+            std::string sItems = "1.";
+            if (i / 200 % 3 == 0)
+                for (int k = 0; k < 30; ++k) sItems += ",2.5";
+            read.pool->addLineToQueue('#' + std::to_string(i) + "=IFCPOINT((" + sItems + "));", 1);
+        }
+        read.pool.reset();
+        const auto& entities = read.data().entities();
+        ASSERT_EQ(entities.size(), g_iCount);
+        for (std::uint32_t i = 0; i < g_iCount; ++i)
+            ASSERT_EQ(entities[i], &read.common.slotGet(read.file.data(), g_iCount - i).entity)
+                << boOneWorker << ' ' << i;
+    }
+}
+
+TEST(LineReadThreadPool, OfEqualGuidsTheFirstInTheFileIsKept) {
+    PoolRead read;
+    std::multiset<std::string> expected;
+    for (std::uint32_t i = 1; i <= 6000; ++i) {
+        const std::string sLine = '#' + std::to_string(i) + "=IFCELEMENT('" + sGuidOf(i % 1500) + "',$,$,$);";
+        read.pool->addLineToQueue(sLine, i);
+        if (i > 1500)
+            expected.insert("0|2|" + localize("Ifc", "Error_DuplicateGuids") + '|' + sLine + '|' + std::to_string(i));
+    }
+    read.pool.reset();
+    EXPECT_EQ(recordTexts(read.errors), expected);
+    for (std::uint32_t i = 1; i <= 1500; ++i)
+        ASSERT_EQ(read.data().guidEntityMap().pFind(IfcGuid::fromIfcGuid(sGuidOf(i % 1500)).value()),
+                  &read.common.slotGet(read.file.data(), i).entity);
+}
+
 TEST(LineReadThreadPool, KeepsTheOrderWithinABatch) {
     PoolRead read;
     for (std::uint32_t i = 1; i <= 100; ++i)

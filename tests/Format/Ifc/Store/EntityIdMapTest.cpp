@@ -20,11 +20,19 @@ protected:
     io::ReadError errors;
     ReadInfoCommon info{errors};
     EntityIdMap map{0};
+
+    // One slot of a chunk.
+    void seed(const EntitySlot& slot, std::size_t iId) {
+        EntityIdMap::Defined defined;
+        const std::size_t iSlot = iId % defined.size();
+        defined.set(iSlot);
+        map.vSeed(&slot - iSlot, iId - iSlot, defined);
+    }
 };
 
 TEST_F(SeededMap, NumbersOfSeededSlotsAreKept) {
-    for (const std::uint32_t iId : {7U, 32'768U, 50'000'000U}) map.vSeed(info.slotGet(data, iId), iId);
-    map.vSeed(info.slotGet(data, 7), 7);
+    for (const std::uint32_t iId : {7U, 32'768U, 50'000'000U}) seed(info.slotGet(data, iId), iId);
+    seed(info.slotGet(data, 7), 7);
     EXPECT_EQ(map.size(), 3U);
     for (const std::uint32_t iId : {7U, 32'768U, 50'000'000U}) {
         const Entity* pEntity = &info.slotGet(data, iId).entity;
@@ -44,7 +52,7 @@ TEST_F(SeededMap, NumbersOfSeededSlotsAreKept) {
 
 // What "count with it" comes to in a file with gaps.
 TEST_F(SeededMap, ADealtNumberMayBeOneThatTheFileHas) {
-    for (const std::uint32_t iId : {2U, 3U}) map.vSeed(info.slotGet(data, iId), iId);
+    for (const std::uint32_t iId : {2U, 3U}) seed(info.slotGet(data, iId), iId);
     Entity other;
     EntityIdMap::Near near;
     const EntityIdMap::Number dealt = map.number(&other, near);
@@ -61,8 +69,8 @@ TEST_F(SeededMap, IsSeededUpTo32Bits) {
     constexpr std::size_t g_iBehind = std::size_t{1} << 32;
     const EntitySlot& last = info.slotGet(data, 65'535);
     const EntitySlot& behind = info.slotGet(data, 9);
-    map.vSeed(last, g_iBehind - 1);
-    map.vSeed(behind, g_iBehind + 9);
+    seed(last, g_iBehind - 1);
+    seed(behind, g_iBehind + 9);
     EntityIdMap::Near near;
     for (int i = 0; i < 2; ++i) {
         const EntityIdMap::Number small = map.number(&last.entity, near);
@@ -79,7 +87,7 @@ TEST_F(SeededMap, DealsAboveTheHighestWhereToldSo) {
     const Entity first;
     const Entity second;
     EXPECT_EQ(map.iHighest(), 0U);
-    for (const std::uint32_t iId : {9U, 2U, 40'000U, 33'000U}) map.vSeed(info.slotGet(data, iId), iId);
+    for (const std::uint32_t iId : {9U, 2U, 40'000U, 33'000U}) seed(info.slotGet(data, iId), iId);
     EXPECT_EQ(map.iHighest(), 40'000U);
     EXPECT_EQ(map.get(&first).first, 5U);
     map.vDealAbove();
@@ -92,8 +100,8 @@ TEST_F(SeededMap, DealsAboveTheHighestWhereToldSo) {
 }
 
 TEST_F(SeededMap, AnswersWithoutDealing) {
-    map.vSeed(info.slotGet(data, 7), 7);
-    map.vSeed(info.slotGet(data, 8), 8);
+    seed(info.slotGet(data, 7), 7);
+    seed(info.slotGet(data, 8), 8);
     const Entity other;
     EntityIdMap::Near near;
     EXPECT_FALSE(map.known(&other, near));
@@ -120,7 +128,7 @@ TEST_F(SeededMap, GivesSeededEntitiesByTheirNumbers) {
     EXPECT_TRUE(map.seededOf(seen).empty());
     std::vector<const Entity*> expected;
     for (const std::uint32_t iId : {0U, 1U, 32'767U, 32'768U, 100'000U, 50'000'000U}) {
-        map.vSeed(info.slotGet(data, iId), iId);
+        seed(info.slotGet(data, iId), iId);
         if (iId == 1) continue;   // not seen
         seen.boMark(iId, near);
         expected.push_back(&info.slotGet(data, iId).entity);
@@ -130,8 +138,7 @@ TEST_F(SeededMap, GivesSeededEntitiesByTheirNumbers) {
 
 // Wherever the last entity was found, the next one gets its own number.
 TEST_F(SeededMap, NumbersDoNotDependOnTheLastOne) {
-    for (const std::uint32_t iId : {1U, 32'767U, 32'768U, 100'000U, 50'000'000U})
-        map.vSeed(info.slotGet(data, iId), iId);
+    for (const std::uint32_t iId : {1U, 32'767U, 32'768U, 100'000U, 50'000'000U}) seed(info.slotGet(data, iId), iId);
     const Entity other;
     EntityIdMap::Near near;
     for (const std::uint32_t iLast : {1U, 32'767U, 32'768U, 100'000U, 50'000'000U})
@@ -147,8 +154,8 @@ TEST_F(SeededMap, NumbersDoNotDependOnTheLastOne) {
 // An address beside a slot's own, in front of a chunk or behind it, is no seeded entity.
 TEST_F(SeededMap, OnlyTheAddressOfASlotCounts) {
     EntitySlot* pChunk = info.pChunkGet(data, 0);
-    map.vSeed(pChunk[0], 0);
-    map.vSeed(pChunk[32767], 32767);
+    seed(pChunk[0], 0);
+    seed(pChunk[32767], 32767);
     const char* pBytes = reinterpret_cast<const char*>(pChunk);
     const auto find = [&](std::ptrdiff_t iOffset) {
         return map.find(reinterpret_cast<const Entity*>(pBytes + iOffset));
