@@ -87,13 +87,22 @@ SchemaPlan::SchemaPlan(const Schema& schema) : m_schema(schema) {
 }
 
 const EntityPlan* SchemaPlan::pEntity(std::string_view keyword) {
+    if (keyword.empty()) return nullptr;
+    const std::size_t iPlace = keyword.size() * 7 + static_cast<unsigned char>(keyword.back()) +
+                               std::size_t{static_cast<unsigned char>(keyword[keyword.size() / 2])} * 3;
+    const Entities::value_type*& pLast = m_last[iPlace % m_last.size()];
+    if (pLast && pLast->first == keyword) return &pLast->second;
     m_sUpper.assign(keyword);
-    if (const auto it = m_entities.find(m_sUpper); it != m_entities.end()) return &it->second;
-    // Lower case is a fault of syntax, which is told there.
-    const std::string sName = sUpper(keyword);
-    const Entity* pFound = m_schema.pEntityFromName(ObjectName(std::string_view(sName)));
-    if (!pFound) return nullptr;
-    return &m_entities.emplace(m_sUpper, compiled(*pFound, true)).first->second;
+    auto it = m_entities.find(m_sUpper);
+    if (it == m_entities.end()) {
+        // Lower case is a fault of syntax, which is told there.
+        const std::string sName = sUpper(keyword);
+        const Entity* pFound = m_schema.pEntityFromName(ObjectName(std::string_view(sName)));
+        if (!pFound) return nullptr;
+        it = m_entities.emplace(m_sUpper, compiled(*pFound, true)).first;
+    }
+    pLast = &*it;
+    return &it->second;
 }
 
 const EntityPlan& SchemaPlan::planOf(const Entity& entity) { return *pEntity(entity.sNameUpper); }

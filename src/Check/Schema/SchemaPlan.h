@@ -6,6 +6,7 @@
 // Threads  one.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -124,9 +125,13 @@ private:
     const SelectPlan* pSelect(const ifc::def::schema::DataTypeSelect& select);
     [[nodiscard]] std::uint32_t iInverse(const ifc::def::schema::AttributeInverse& inverse);
 
+    using Entities = std::unordered_map<std::string, EntityPlan>;
+
     const ifc::def::schema::Schema& m_schema;
     std::vector<const ifc::def::schema::Entity*> m_byOrdinal;
-    std::unordered_map<std::string, EntityPlan> m_entities;   // by keyword
+    Entities m_entities;   // by keyword
+    // The last ones, by a hash that costs next to nothing: a file names few types, mostly one of those.
+    std::array<const Entities::value_type*, 64> m_last{};
     std::unordered_map<const ifc::def::schema::Entity*, EntityPlan> m_parts;
     std::unordered_map<const ifc::def::schema::ObjectBase*, ValueType> m_types;
     std::unordered_map<const ifc::def::schema::DataTypeSelect*, SelectPlan> m_selects;
