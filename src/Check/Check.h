@@ -67,7 +67,7 @@ struct CheckOptions {
     /// Where it asks for the end, the check throws Stopped.
     std::stop_token stop{};
     /// May be empty. Called now and then on the caller's thread with rising counts, in bytes of the file. The rules count
-    /// as much again; from the first of those calls on the whole is known.
+    /// as much again; from the first of those calls on the whole is known. What it throws ends the check and is passed on.
     std::function<void(const Progress&)> progress{};
     /// From the name in the file to a schema, which has to outlive the check; null for an unknown one. Empty: the
     /// built-in schemas are asked.

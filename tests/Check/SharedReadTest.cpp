@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <stdexcept>
 #include <streambuf>
 #include <string>
 
@@ -102,6 +103,31 @@ TEST(CheckShared, StopsInTheMiddle) {
             std::istringstream stream(sFile);
             EXPECT_THROW(static_cast<void>(checkStream(stream, options)), Stopped);
             EXPECT_GT(iLast, boRules ? sFile.size() : 0U);
+        }
+}
+
+// In the scan beside the read of the model, and beside others that evaluate rules.
+TEST(CheckShared, PassesTheCallersExceptionsOn) {
+    const std::string sFile = sModel();
+    for (const unsigned iThreads : {1U, 2U, 8U})
+        for (const bool boRules : {false, true}) {
+            SCOPED_TRACE(std::to_string(iThreads) + " threads" + (boRules ? ", in the rules" : ""));
+            bool boThrown = false;   // beside others the caller's thread may find no rules to evaluate
+            CheckOptions options;
+            options.threads = iThreads;
+            options.progress = [&](const Progress& progress) {
+                if (progress.total.has_value() != boRules) return;
+                boThrown = true;
+                throw std::range_error("enough");
+            };
+            std::istringstream stream(sFile);
+            try {
+                static_cast<void>(checkStream(stream, options));
+                EXPECT_FALSE(boThrown || iThreads == 1 || !boRules);
+            } catch (const std::range_error& fault) {
+                EXPECT_TRUE(boThrown);
+                EXPECT_STREQ(fault.what(), "enough");
+            }
         }
 }
 

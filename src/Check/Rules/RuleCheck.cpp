@@ -13,6 +13,7 @@
 #include "Check/Rules/Compare.h"
 #include "Check/Rules/Explain.h"
 #include "Check/Rules/Handlers.h"
+#include "Core/Utilities/Threads/OnAllThreads.h"
 
 namespace oxa::check::rules {
 
@@ -337,7 +338,7 @@ private:
         bool boDone = false;
     };
 
-    [[nodiscard]] bool boStop() const { return m_options.stop.stop_requested(); }
+    [[nodiscard]] bool boStop() const { return m_boFault || m_options.stop.stop_requested(); }
 
     [[nodiscard]] bool boOfInstance(const RuleFinding& finding) const {
         const Rule::Sort sort = m_program.rules[finding.iRule].sort;
@@ -357,11 +358,8 @@ private:
 
     template <class Function>
     void vOnAllThreads(const Function& function) {
-        std::vector<std::thread> threads;
-        for (std::size_t i = 1; i < m_workers.size(); ++i)
-            threads.emplace_back([this, i, &function] { function(m_workers[i], false); });
-        function(m_workers[0], true);
-        for (std::thread& thread : threads) thread.join();
+        util::vOnAllThreads(
+            m_workers.size() - 1, [&](std::size_t i) { function(m_workers[i], i == 0); }, [this] { m_boFault = true; });
     }
 
     void vWork(Worker& worker, bool boTells) {
@@ -448,6 +446,7 @@ private:
     std::atomic<std::size_t> m_iNext{0};
     const std::uint64_t m_iBudget;            // steps
     std::atomic<std::uint64_t> m_iTaken{0};   // of shares that are done
+    std::atomic<bool> m_boFault{false};       // a thread threw: the others are to end
     std::deque<Worker> m_workers;
 };
 

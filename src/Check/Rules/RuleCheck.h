@@ -61,7 +61,8 @@ struct RuleOptions {
     std::uint64_t iStepsOfModel = 200'000'000;
     std::uint64_t iStepsOfInstance = 1'000;
     std::stop_token stop{};
-    std::function<void(std::size_t iDone, std::size_t iAll)> progress{};   // on the caller's thread; may be empty
+    std::function<void(std::size_t iDone, std::size_t iAll)>
+        progress{};   // on the caller's thread; may be empty, and may throw
 };
 
 // The rules of one program over one model, which both have to outlive it.

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <exception>
 #include <fstream>
 #include <new>
 #include <optional>
@@ -19,6 +18,7 @@
 #include <thread>
 #include <vector>
 
+#include "Core/Utilities/Threads/OnAllThreads.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
@@ -31,6 +31,7 @@ namespace {
 
 using details::CountDoubt;
 using details::StatementCount;
+using Progress = std::function<void(std::uint64_t)>;
 
 constexpr std::size_t g_iHead = 64 * 1024;     // bytes in which the DATA section has to begin
 constexpr std::size_t g_iTail = 4096;          // bytes behind it, at the most
@@ -181,27 +182,15 @@ private:
         m_counts.clear();
         for (unsigned i = 0; i < m_iThreads; ++i)
             m_counts.push_back(std::make_unique<StatementCount>(*m_pSchema, pRoot));
-        std::vector<std::thread> threads;
-        try {
-            for (unsigned i = 1; i < m_iThreads; ++i)
-                threads.emplace_back([this, i] { vTakeRanges(*m_counts[i], {}); });
-        } catch (const std::exception&) {
-            // No thread was to be had, or no memory for one. Fewer do the same work.
-        }
-        std::exception_ptr pThrown;
-        try {
-            vTakeRanges(*m_counts[0], m_options.progress);
-        } catch (...) {
-            m_iDoubtful = 0;   // no range is counted to its end
-            pThrown = std::current_exception();
-        }
-        for (std::thread& thread : threads) thread.join();
-        if (pThrown) std::rethrow_exception(pThrown);
+        util::vOnAllThreads(
+            m_iThreads - 1,
+            [this](std::size_t i) { vTakeRanges(*m_counts[i], i == 0 ? m_options.progress : Progress()); },
+            [this] { m_iDoubtful = 0; });                      // no range is counted to its end
         if (m_options.progress) m_options.progress(m_iDone);   // the other threads may have taken every range
         return m_iDoubtful < m_ranges.size() ? m_doubts[m_iDoubtful] : CountDoubt::None;
     }
 
-    void vTakeRanges(StatementCount& count, const std::function<void(std::uint64_t)>& progress) {
+    void vTakeRanges(StatementCount& count, const Progress& progress) {
         std::optional<Bytes> own;
         for (std::size_t i = 0; (i = m_iNext++) < m_ranges.size();) {
             const auto boMore = [&](std::uint64_t iCount) {

@@ -9,13 +9,12 @@
 #include <array>
 #include <atomic>
 #include <condition_variable>
-#include <exception>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
+#include "Core/Utilities/Threads/OnAllThreads.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcWriteFile.h"
 #include "Format/Ifc/Write/EntityNamed.h"
@@ -26,34 +25,6 @@ namespace oxa::ifc {
 namespace {
 
 using Entities = std::vector<const Entity*>;
-
-// Runs step() on the caller's thread and on others beside it. When one throws, "stop" tells the others to end, and the
-// exception goes on from here once all have.
-template <class Step, class Stop>
-void vOnAll(unsigned iExtra, Step&& step, Stop&& stop) {
-    std::mutex mutex;
-    std::exception_ptr pFault;   // guarded by mutex
-    const auto guarded = [&](bool boCaller) {
-        try {
-            step(boCaller);
-        } catch (...) {
-            {
-                const std::lock_guard lock(mutex);
-                if (!pFault) pFault = std::current_exception();
-            }
-            stop();
-        }
-    };
-    std::vector<std::thread> threads;
-    try {
-        for (unsigned i = 0; i < iExtra; ++i) threads.emplace_back(guarded, false);
-    } catch (const std::exception&) {
-        // No thread was to be had, or no memory for one. Fewer do the same work.
-    }
-    guarded(true);
-    for (std::thread& thread : threads) thread.join();
-    if (pFault) std::rethrow_exception(pFault);
-}
 
 // The statements of a list of entities, composed share by share and handed on in the order of the list.
 class OrderedStatements {
@@ -175,7 +146,7 @@ private:
 bool Data::boReachNumbered(StepWriteInfoCommon& info) const {
     if (info.m_queue.empty()) return true;
     std::atomic<bool> boAllNumbered{true};
-    const auto step = [&](bool) {
+    const auto step = [&](std::size_t) {
         std::vector<const Entity*> found;
         std::vector<const Entity*> share;
         WalkNear near;
@@ -188,7 +159,8 @@ bool Data::boReachNumbered(StepWriteInfoCommon& info) const {
                             boAllNumbered.store(false, std::memory_order_relaxed);
                     });
     };
-    vOnAll(info.m_boSingleThreaded ? 0 : iExtraWriteThreads(m_entities.size()), step, [&info] { info.vStop(); });
+    util::vOnAllThreads(info.m_boSingleThreaded ? 0 : iExtraWriteThreads(m_entities.size()), step,
+                        [&info] { info.vStop(); });
     return boAllNumbered;
 }
 
@@ -212,9 +184,10 @@ void Data::vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options)
     if (!boReachNumbered(info)) vReachOthers(info);
     Entities entities = options.eOrder == WriteOrder::File ? info.metByFile(options.fileNumbers) : info.metByNumber();
     OrderedStatements statements(info, entities, options.progress);
-    vOnAll(
+    util::vOnAllThreads(
         info.m_boSingleThreaded ? 0 : iExtraWriteThreads(entities.size()),
-        [&statements](bool boCaller) { statements.vCompose(boCaller); }, [&statements] { statements.vStop(); });
+        [&statements](std::size_t iThread) { statements.vCompose(iThread == 0); },
+        [&statements] { statements.vStop(); });
     info.m_pWriter->vFinish();
 }
 
