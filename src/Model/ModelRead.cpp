@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <istream>
 #include <streambuf>
 #include <string_view>
@@ -33,6 +34,10 @@ public:
         return {eback(), static_cast<std::size_t>(egptr() - eback())};
     }
     [[nodiscard]] bool boStopped() const noexcept { return m_boStopped; }
+    // What was thrown where the bytes are taken: an istream between here and the reader keeps it to itself.
+    void vFaultCheck() const {
+        if (m_pFault) std::rethrow_exception(m_pFault);
+    }
 
 protected:
     int_type underflow() override {
@@ -52,7 +57,7 @@ protected:
 private:
     static constexpr std::uint64_t g_iProgressStep = 1 << 20;
 
-    std::streamsize iTake(char* pTo, std::streamsize iWanted) {
+    std::streamsize iTake(char* pTo, std::streamsize iWanted) try {
         m_boStopped = m_boStopped || m_options.stop.stop_requested();
         const std::streamsize iRead = m_boStopped ? 0 : std::max<std::streamsize>(0, m_source.sgetn(pTo, iWanted));
         m_iDone += static_cast<std::uint64_t>(iRead);
@@ -61,6 +66,10 @@ private:
             m_options.progress({m_iDone, m_size});
         }
         return iRead;
+    } catch (...) {
+        m_pFault = std::current_exception();
+        m_boStopped = true;
+        throw;
     }
 
     std::streambuf& m_source;
@@ -70,6 +79,7 @@ private:
     std::uint64_t m_iDone = 0;
     std::uint64_t m_iNextProgress = 0;
     bool m_boStopped = false;
+    std::exception_ptr m_pFault;
 };
 
 // ifcXML with the reason why a document can't be read.
@@ -162,6 +172,7 @@ struct Reader {
 
     // A model without a schema is none: nothing can be asked of it.
     void vCheck() const {
+        bytes.vFaultCheck();
         if (bytes.boStopped()) throw Stopped(sName + ": the read was stopped");
         if (result.pFile->dataBase().pSchema()) return;
         const auto& records = result.pErrors->records();

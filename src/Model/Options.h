@@ -35,7 +35,7 @@ struct OpenOptions {
     bool keepNumbers = true;
     /// Where it asks for the end, open() throws Stopped.
     std::stop_token stop{};
-    /// May be empty. Called now and then, with rising counts.
+    /// May be empty. Called now and then, with rising counts. What it throws ends the read, and open() throws it.
     std::function<void(const Progress&)> progress{};
     /// From the name in the file to a schema, which has to outlive the model; null for an unknown one. Empty: the
     /// built-in schemas are asked.
@@ -62,7 +62,8 @@ struct SaveOptions {
     bool replaceIncomplete = false;
     /// Where it asks for the end, save() throws Stopped, and the file is as it was.
     std::stop_token stop{};
-    /// May be empty. Called now and then, with rising counts.
+    /// May be empty. Called now and then, with rising counts. What it throws ends the write, and save() throws it; the
+    /// file is as it was.
     std::function<void(const Progress&)> progress{};
 };
 

@@ -3,9 +3,11 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "Model/Archive.h"
 #include "Model/ModelText.h"
 #include "system/System.h"
 
@@ -45,6 +47,14 @@ std::string sFile(const fs::path& path) {
 std::string sSaved(Model& model, const SaveOptions& options = {}) {
     std::ostringstream out;
     model.save(out, options);
+    return out.str();
+}
+
+std::string sPacked(const std::string& sText) {
+    std::ostringstream out;
+    Packer packer(out, Packing::Gzip, "a");
+    packer.stream() << sText;
+    packer.finish();
     return out.str();
 }
 
@@ -193,6 +203,41 @@ TEST(ModelOpen, IsStoppedAndToldHowFarItIs) {
     const OpenOptions stopping{.stop = stop.get_token(), .progress = [&](const Progress&) { stop.request_stop(); }};
     EXPECT_EQ(sThrown([&] { static_cast<void>(Model::fromBuffer(sText, stopping)); }),
               "Stopped: buffer: the read was stopped");
+}
+
+// Whatever stands between the reader and the bytes, and on any number of threads.
+TEST(ModelOpen, PassesTheCallersExceptionsOn) {
+    Model model = Model::open(OXA_SOURCE_DIR "/examples/house-ifc4.ifc");
+    model.set(model.all("IfcProject").front(), "Description", std::string(300'000, 'x'));
+    for (const Format format : {Format::Step, Format::IfcXml, Format::Simple}) {
+        const std::string sText = sSaved(model, {.format = format});
+        for (const std::string& sBytes : {sText, sPacked(sText)})
+            for (const unsigned iThreads : {1U, 2U})
+                for (const bool boAtOnce : {true, false}) {
+                    SCOPED_TRACE(sText.substr(0, 20) + (boAtOnce ? ", at once" : ""));
+                    const OpenOptions options{.threads = iThreads, .progress = [&](const Progress& told) {
+                                                  if (boAtOnce || told.done > 100'000) throw std::range_error("enough");
+                                              }};
+                    EXPECT_THROW(static_cast<void>(Model::fromBuffer(sBytes, options)), std::range_error);
+                }
+    }
+}
+
+TEST(ModelSave, PassesTheCallersExceptionsOn) {
+    const Folder folder;
+    Model model = Model::open(OXA_SOURCE_DIR "/examples/house-ifc4.ifc");
+    for (const char* pName : {"a.ifc", "a.ifcxml", "a.ifczip", "a.ifc.gz", "a.ifcxml.gz"})
+        for (const unsigned iThreads : {1U, 2U}) {
+            SCOPED_TRACE(pName);
+            const fs::path path = folder / pName;
+            std::ofstream(path) << "old";
+            const SaveOptions options{.threads = iThreads,
+                                      .progress = [](const Progress&) { throw std::range_error("enough"); }};
+            EXPECT_THROW(model.save(path, options), std::range_error);
+            EXPECT_EQ(sFile(path), "old");
+            fs::remove(path);
+            EXPECT_EQ(folder.sNames(), "");
+        }
 }
 
 // What could not be read would be gone.
