@@ -6,6 +6,7 @@
 
 set(OXA_PUBLIC_HEADERS
   Check/Check.h
+  Check/Ids.h
   Compare/Compare.h
   Compare/Elements.h
   Convert/Assignment.h
