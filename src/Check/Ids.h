@@ -146,8 +146,8 @@ struct Program;
 /// A file of requirements, read and made ready for any number of checks. Copies share what they hold.
 class OXA_CHECK_API Requirements {
 public:
-    /// Bytes of a file at most; more of it is a fault.
-    static constexpr std::size_t mostBytes = std::size_t{256} << 20;
+    static constexpr std::size_t mostBytes = std::size_t{32} << 20;   ///< of a file; more of it is a fault
+    static constexpr std::size_t mostFacets = 100'000;                ///< of all specifications together; likewise
 
     /// Reads an IDS file. What is wrong inside of it is a fault, and all of them are told.
     /// FileError where it can't be opened or read.

@@ -7,9 +7,9 @@ namespace oxa::detail {
 
 namespace {
 
-re2::RE2::Options options() {
+re2::RE2::Options options(std::int64_t iMostBytes) {
     re2::RE2::Options options;
-    options.set_max_mem(Pattern::g_iMostBytes);
+    options.set_max_mem(iMostBytes);
     options.set_log_errors(false);
     return options;
 }
@@ -18,10 +18,12 @@ re2::StringPiece piece(std::string_view text) { return {text.data(), text.size()
 
 }   // namespace
 
-Pattern::Pattern(std::string_view text) : m_pRegex(std::make_unique<const re2::RE2>(piece(text), options())) {}
+Pattern::Pattern(std::string_view text, std::int64_t iMostBytes)
+    : m_pRegex(std::make_unique<const re2::RE2>(piece(text), options(iMostBytes))) {}
 Pattern::~Pattern() = default;
 
 const std::string& Pattern::error() const noexcept { return m_pRegex->error(); }
+bool Pattern::boTooLarge() const noexcept { return m_pRegex->error_code() == re2::RE2::ErrorPatternTooLarge; }
 const std::string& Pattern::text() const noexcept { return m_pRegex->pattern(); }
 bool Pattern::boMatches(std::string_view text) const { return re2::RE2::FullMatch(piece(text), *m_pRegex); }
 

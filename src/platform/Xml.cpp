@@ -329,6 +329,7 @@ void Element::vAttributeSet(std::string_view name, std::string_view value) {
 struct File::Document {
     std::string sBytes;   // what was parsed; the tree's names and values lie in it
     pugi::xml_document tree;
+    bool boUtf8 = false;   // the bytes, whose places the tree knows then
 };
 
 File::File(ExceptionInterface* pExceptions, VerboseLevel, ValidateLevel)
@@ -350,6 +351,11 @@ std::optional<const_Element> File::RootElementGet() const noexcept {
     const pugi::xml_node root = rootOf(m_pDocument->tree);
     if (!root) return std::nullopt;
     return const_Element(root.internal_object());
+}
+
+std::optional<std::size_t> File::OffsetGet(const const_Element& element) const noexcept {
+    const std::ptrdiff_t iOffset = m_pDocument->boUtf8 ? nodeOf(element.m_pNode).offset_debug() : -1;
+    return iOffset < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(iOffset));
 }
 
 std::optional<const_Element> File::parse(const std::filesystem::path& path, ExceptionInterface* pExceptions) {
@@ -377,6 +383,7 @@ std::optional<const_Element> File::parsed(std::istream& in, std::string_view sNa
     const pugi::xml_parse_result result =
         pDocument->tree.load_buffer_inplace(pDocument->sBytes.data(), pDocument->sBytes.size(), g_options);
     const bool boOneByte = result.encoding == pugi::encoding_utf8 || result.encoding == pugi::encoding_latin1;
+    pDocument->boUtf8 = result.encoding == pugi::encoding_utf8;
     const char* sFault = !result               ? result.description()
                          : boZero && boOneByte ? "A character that XML can't hold"
                                                : DocumentCheck().sFault(pDocument->tree);

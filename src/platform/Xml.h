@@ -213,6 +213,9 @@ public:
     std::optional<Element> create(std::string_view name, std::string_view namespaceUri, bool boReplace);
     /// Empty where the document has none.
     [[nodiscard]] std::optional<const_Element> RootElementGet() const noexcept;
+    /// The byte of what was parsed where the name of an element's tag begins. Empty for an element that was made, and
+    /// where the bytes were not UTF-8.
+    [[nodiscard]] std::optional<std::size_t> OffsetGet(const const_Element& element) const noexcept;
 
     ///@{
     /// Reads a document in place of the one that was there.
