@@ -73,6 +73,10 @@ constexpr ClassRow g_classes[] = {
     {Class::Reference,        "IfcClassificationReference"},
     {Class::Classification,   "IfcClassification"},
     {Class::Notation,         "IfcClassificationNotation"},      // IFC2X3
+    {Class::ReferenceOf,      "IfcExternalReferenceRelationship"},        // IFC4 on
+    {Class::ReferenceOf,      "IfcMaterialClassificationRelationship"},   // IFC2X3
+    {Class::ExtendedProperties, "IfcExtendedProperties"},                 // IFC4 on: of materials and profiles
+    {Class::ExtendedProperties, "IfcExtendedMaterialProperties"},         // IFC2X3
     {Class::SiUnit,           "IfcSIUnit"},
     {Class::ConversionUnit,   "IfcConversionBasedUnit"},
     {Class::ContextUnit,      "IfcContextDependentUnit"},
@@ -96,16 +100,21 @@ constexpr SlotRow g_slots[] = {
     {Slot::UpperBound,          "IfcPropertyBoundedValue",    "UpperBoundValue"},
     {Slot::BoundedUnit,         "IfcPropertyBoundedValue",    "Unit"},
     {Slot::EnumeratedValues,    "IfcPropertyEnumeratedValue", "EnumerationValues"},
+    {Slot::Enumeration,         "IfcPropertyEnumeratedValue", "EnumerationReference"},
+    {Slot::EnumerationUnit,     "IfcPropertyEnumeration",     "Unit"},
     {Slot::ListValues,          "IfcPropertyListValue",       "ListValues"},
     {Slot::ListUnit,            "IfcPropertyListValue",       "Unit"},
     {Slot::DefiningValues,      "IfcPropertyTableValue",      "DefiningValues"},
+    {Slot::DefiningUnit,        "IfcPropertyTableValue",      "DefiningUnit"},
     {Slot::DefinedValues,       "IfcPropertyTableValue",      "DefinedValues"},
+    {Slot::DefinedUnit,         "IfcPropertyTableValue",      "DefinedUnit"},
     {Slot::PropertyReference,   "IfcPropertyReferenceValue",  "PropertyReference"},
     {Slot::ComplexProperties,   "IfcComplexProperty",         "HasProperties"},
     {Slot::QuantityName,        "IfcPhysicalQuantity",        "Name"},
     {Slot::QuantityUnit,        "IfcPhysicalSimpleQuantity",  "Unit"},
     {Slot::ComplexQuantities,   "IfcPhysicalComplexQuantity", "HasQuantities"},
     {Slot::MaterialName,        "IfcMaterial",                "Name"},
+    {Slot::MaterialCategory,    "IfcMaterial",                "Category"},        // categories: IFC4 on
     {Slot::ListedMaterials,     "IfcMaterialList",            "Materials"},
     {Slot::UsedLayerSet,        "IfcMaterialLayerSetUsage",   "ForLayerSet"},
     {Slot::Layers,              "IfcMaterialLayerSet",        "MaterialLayers"},
@@ -113,15 +122,18 @@ constexpr SlotRow g_slots[] = {
     {Slot::LayerMaterial,       "IfcMaterialLayer",           "Material"},
     {Slot::LayerThickness,      "IfcMaterialLayer",           "LayerThickness"},
     {Slot::LayerName,           "IfcMaterialLayer",           "Name"},            // IFC4 on
+    {Slot::LayerCategory,       "IfcMaterialLayer",           "Category"},
     {Slot::UsedProfileSet,      "IfcMaterialProfileSetUsage", "ForProfileSet"},
     {Slot::Profiles,            "IfcMaterialProfileSet",      "MaterialProfiles"},
     {Slot::ProfileSetName,      "IfcMaterialProfileSet",      "Name"},
     {Slot::ProfileMaterial,     "IfcMaterialProfile",         "Material"},
     {Slot::ProfileName,         "IfcMaterialProfile",         "Name"},
+    {Slot::ProfileCategory,     "IfcMaterialProfile",         "Category"},
     {Slot::Constituents,        "IfcMaterialConstituentSet",  "MaterialConstituents"},
     {Slot::ConstituentSetName,  "IfcMaterialConstituentSet",  "Name"},
     {Slot::ConstituentMaterial, "IfcMaterialConstituent",     "Material"},
     {Slot::ConstituentName,     "IfcMaterialConstituent",     "Name"},
+    {Slot::ConstituentCategory, "IfcMaterialConstituent",     "Category"},
     {Slot::ConstituentFraction, "IfcMaterialConstituent",     "Fraction"},
     {Slot::ReferenceCode,       "IfcExternalReference",       "Identification"},  // IFC4 on
     {Slot::ReferenceCode,       "IfcExternalReference",       "ItemReference"},   // IFC2X3
@@ -130,6 +142,16 @@ constexpr SlotRow g_slots[] = {
     {Slot::ClassificationName,  "IfcClassification",          "Name"},
     {Slot::NotationFacets,      "IfcClassificationNotation",  "NotationFacets"},
     {Slot::FacetValue,          "IfcClassificationNotationFacet", "NotationValue"},
+    {Slot::GivenReference,      "IfcExternalReferenceRelationship",      "RelatingReference"},       // IFC4 on
+    {Slot::GivenReference,      "IfcMaterialClassificationRelationship", "MaterialClassifications"}, // IFC2X3
+    {Slot::ReferredObjects,     "IfcExternalReferenceRelationship",      "RelatedResourceObjects"},  // IFC4 on
+    {Slot::ReferredObjects,     "IfcMaterialClassificationRelationship", "ClassifiedMaterial"},      // IFC2X3
+    {Slot::ExtendedName,        "IfcExtendedProperties",      "Name"},                               // IFC4 on
+    {Slot::ExtendedName,        "IfcExtendedMaterialProperties", "Name"},                            // IFC2X3
+    {Slot::ExtendedProperties,  "IfcExtendedProperties",      "Properties"},                         // IFC4 on
+    {Slot::ExtendedProperties,  "IfcExtendedMaterialProperties", "ExtendedProperties"},              // IFC2X3
+    {Slot::ExtendedMaterial,    "IfcMaterialProperties",      "Material"},
+    {Slot::ExtendedProfile,     "IfcProfileProperties",       "ProfileDefinition"},
     {Slot::UnitsInContext,      "IfcContext",                 "UnitsInContext"},  // IFC4 on
     {Slot::UnitsInContext,      "IfcProject",                 "UnitsInContext"},
     {Slot::AssignedUnits,       "IfcUnitAssignment",          "Units"},

@@ -84,6 +84,8 @@ enum class Class : std::uint8_t {
     Reference,
     Classification,
     Notation,
+    ReferenceOf,
+    ExtendedProperties,
     SiUnit,
     ConversionUnit,
     ContextUnit,
@@ -107,16 +109,21 @@ enum class Slot : std::uint8_t {
     UpperBound,
     BoundedUnit,
     EnumeratedValues,
+    Enumeration,
+    EnumerationUnit,
     ListValues,
     ListUnit,
     DefiningValues,
+    DefiningUnit,
     DefinedValues,
+    DefinedUnit,
     PropertyReference,
     ComplexProperties,
     QuantityName,
     QuantityUnit,
     ComplexQuantities,
     MaterialName,
+    MaterialCategory,
     ListedMaterials,
     UsedLayerSet,
     Layers,
@@ -124,15 +131,18 @@ enum class Slot : std::uint8_t {
     LayerMaterial,
     LayerThickness,
     LayerName,
+    LayerCategory,
     UsedProfileSet,
     Profiles,
     ProfileSetName,
     ProfileMaterial,
     ProfileName,
+    ProfileCategory,
     Constituents,
     ConstituentSetName,
     ConstituentMaterial,
     ConstituentName,
+    ConstituentCategory,
     ConstituentFraction,
     ReferenceCode,
     ReferenceName,
@@ -140,6 +150,12 @@ enum class Slot : std::uint8_t {
     ClassificationName,
     NotationFacets,
     FacetValue,
+    GivenReference,
+    ReferredObjects,
+    ExtendedName,
+    ExtendedProperties,
+    ExtendedMaterial,
+    ExtendedProfile,
     UnitsInContext,
     AssignedUnits,
     UnitType,
@@ -202,9 +218,11 @@ public:
 
     /// Whether an instance tells by an inverse list in which relationships it stands on that side.
     [[nodiscard]] bool boTells(const ifc::Entity& entity, Relation eRelation, Side eSide) const noexcept {
-        const ifc::def::schema::Entity* pType = entity.pSchemaEntity();
-        return pType && pType->iTypeOrdinal < m_inverses.size() &&
-               m_inverses[pType->iTypeOrdinal][static_cast<std::size_t>(eRelation)][iSide(eSide)] != g_iNone;
+        return entity.pSchemaEntity() && boTells(*entity.pSchemaEntity(), eRelation, eSide);
+    }
+    [[nodiscard]] bool boTells(const ifc::def::schema::Entity& type, Relation eRelation, Side eSide) const noexcept {
+        return type.iTypeOrdinal < m_inverses.size() &&
+               m_inverses[type.iTypeOrdinal][static_cast<std::size_t>(eRelation)][iSide(eSide)] != g_iNone;
     }
     /// The class of the relationship, null where the schema has none; and the name of its attribute for a side.
     [[nodiscard]] const ifc::def::schema::Entity* pRelationship(Relation eRelation) const noexcept {

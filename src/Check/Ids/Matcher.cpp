@@ -40,7 +40,8 @@ const Patterns::Answer& Patterns::compile(const std::string& sText) {
 
 double tolerance(double wanted) noexcept {
     constexpr double epsilon = 1e-6;
-    return std::abs(wanted) * epsilon + epsilon;
+    constexpr double rounding = 1 + 1e-9;   // what stands at the very end is in
+    return (std::abs(wanted) * epsilon + epsilon) * rounding;
 }
 
 Matcher::Matcher(const Condition& condition, Patterns& patterns)
@@ -92,7 +93,8 @@ bool Matcher::boBounds(std::string_view text) const {
 
 bool Matcher::boText(std::string_view text) const {
     if (boAny()) return true;
-    if (m_boListed && !m_texts.contains(std::string(text))) return false;
+    if (m_pCondition->simple) return text == *m_pCondition->simple;
+    if (m_boListed && !m_texts.contains(text)) return false;
     return boLength(text) && boPatterns(text) && boBounds(text);
 }
 
@@ -102,7 +104,7 @@ bool Matcher::boNumber(double value) const {
     const auto boEqual = [&](double wanted) {
         if (value == wanted) return true;   // infinite ones
         const double most = tolerance(wanted);
-        return wanted - most < value && value < wanted + most;
+        return wanted - most <= value && value <= wanted + most;
     };
     if (m_boListed) {
         // The tolerance is a millionth of the wanted number: candidates are some around the value.

@@ -78,7 +78,13 @@ private:
     Base m_eBase = Base::String;
     bool m_boListed = false;   // one of some values
     bool m_boLengths = false;
-    std::unordered_set<std::string> m_texts;
+    struct Hash {
+        using is_transparent = void;
+        [[nodiscard]] std::size_t operator()(std::string_view text) const noexcept {
+            return std::hash<std::string_view>()(text);
+        }
+    };
+    std::unordered_set<std::string, Hash, std::equal_to<>> m_texts;
     std::vector<double> m_numbers;          // ascending
     std::vector<std::int64_t> m_integers;   // ascending
     std::vector<Bound> m_bounds;
