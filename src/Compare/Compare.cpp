@@ -172,6 +172,7 @@ private:
     }
 
     void vRest(const Group& group) {
+        m_before.content.vStopCheck();
         for (const Index i : group.before) m_result.removed.push_back(entity(m_before, i));
         for (const Index i : group.after) m_result.added.push_back(entity(m_after, i));
     }
@@ -214,7 +215,7 @@ Result differences(const ComparedModel& before, const ComparedModel& after, cons
 }
 
 Result differences(const Side& before, const Side& after, const Options& options) {
-    return differences(ComparedModel(before), ComparedModel(after), options);
+    return differences(ComparedModel(before, options.stop), ComparedModel(after, options.stop), options);
 }
 
 }   // namespace oxa::compare

@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -102,13 +103,15 @@ struct Options {
     std::size_t iMostText = 64 * 1024;
     /// Differences listed of one attribute of one entity, the way down taken together.
     std::size_t iMostDifferences = 100;
+    /// Where it asks for the end, the comparison throws oxa::Stopped, soon.
+    std::stop_token stop{};
 };
 
 /// Compares two models, which may be one and the same.
 ///
 /// @param before,after  numbers are dealt to entities that have none yet; nothing else of the models changes.
 /// Threads  one for each model; a model may be compared while nobody else uses it.
-/// Errors   none: any two models can be compared. An instance that is named and not defined is equal to any other.
+/// Errors   Stopped (Options::stop); else none: any two models can be compared. An instance that is named and not defined is equal to any other.
 [[nodiscard]] OXA_COMPARE_API Result differences(const Side& before, const Side& after, const Options& options = {});
 
 }   // namespace oxa::compare

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <stop_token>
 #include <unordered_set>
 #include <vector>
 
@@ -19,7 +20,9 @@ struct ComparedModel {
     using Index = Content::Index;
     using Indices = std::vector<Index>;
 
-    explicit ComparedModel(const Side& given) : side(given), content(given.data, withoutGuid(given)) {}
+    explicit ComparedModel(const Side& given, const std::stop_token& stop = {})
+        : side(given),
+          content(given.data, withoutGuid(given), stop) {}
 
     [[nodiscard]] std::size_t iNumber(Index i) const { return side.data.iIdFromEntity(content.entity(i)); }
     void vSort(Indices& indices) const {

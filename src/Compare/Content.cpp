@@ -12,8 +12,10 @@
 #include <bit>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "Format/Ifc/IfcValueVisit.h"
+#include "Model/Error.h"
 
 namespace oxa::compare {
 
@@ -247,7 +249,12 @@ private:
     Index m_iNext = 0;
 };
 
-Content::Content(const ifc::Data& data, const std::unordered_set<const ifc::Entity*>& withoutGuid) {
+void Content::vStopCheck() const {
+    if (m_stop.stop_requested()) throw Stopped("the comparison was stopped");
+}
+
+Content::Content(const ifc::Data& data, const std::unordered_set<const ifc::Entity*>& withoutGuid, std::stop_token stop)
+    : m_stop(std::move(stop)) {
     for (const ifc::Entity* pEntity : data.entities()) {
         if (!pEntity->pSchemaEntity()) continue;
         m_indices.emplace(pEntity, static_cast<Index>(m_entities.size()));
@@ -272,6 +279,7 @@ void Content::vTargetsGather() {
     std::vector<const ifc::Entity*> targets;
     TargetVisitor visitor{targets};
     for (const ifc::Entity* pEntity : m_entities) {
+        vStopCheck();
         m_firstTarget.push_back(m_targets.size());
         targets.clear();
         pEntity->boForEachAttribute([&](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {
@@ -387,6 +395,7 @@ ContentHash Content::hashOf(const ifc::Entity* pEntity, const Contents& contents
 }
 
 ContentHash Content::attributes(Index i, const Contents& contents) const {
+    vStopCheck();
     const ifc::Entity& entity = *m_entities[i];
     ContentHash hash = compare::hashOf(Mark::Entity, std::string_view(entity.pSchemaEntity()->sNameUpper));
     entity.boForEachAttribute([&](const schema::Attribute& attribute, const ifc::AttributeBase& cell) {

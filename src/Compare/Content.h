@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <stop_token>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
@@ -48,7 +49,11 @@ public:
     using Index = std::uint32_t;
 
     // "withoutGuid": entities whose GlobalId is not that of the file. The model must stay as it is.
-    Content(const ifc::Data& data, const std::unordered_set<const ifc::Entity*>& withoutGuid);
+    Content(const ifc::Data& data, const std::unordered_set<const ifc::Entity*>& withoutGuid,
+            std::stop_token stop = {});
+
+    // Throws Stopped where somebody asked for the end. Every hash of an entity's attributes asks.
+    void vStopCheck() const;
 
     // Entities with a type, in the order of the model.
     [[nodiscard]] std::size_t iCount() const noexcept { return m_entities.size(); }
@@ -94,6 +99,7 @@ private:
     void vApartSettle(const Components& components);
     [[nodiscard]] ContentHash attributes(Index i, const Contents& contents) const;
 
+    std::stop_token m_stop;
     std::vector<const ifc::Entity*> m_entities;
     std::unordered_map<const ifc::Entity*, Index> m_indices;
     std::vector<std::optional<Guid>> m_guids;

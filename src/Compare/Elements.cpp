@@ -101,8 +101,8 @@ public:
           m_sideAfter{after.model.core().dataBase(), after.sSchema, after.reported},
           m_modelBefore(before.model),
           m_modelAfter(after.model),
-          m_before(m_sideBefore),
-          m_after(m_sideAfter),
+          m_before(m_sideBefore, options.stop),
+          m_after(m_sideAfter, options.stop),
           m_options(options),
           m_entities(compare::differences(m_before, m_after, options)),
           m_old(before.model, numbers(m_entities.removed, &Change::before)),
@@ -143,6 +143,7 @@ private:
 
     // Whom an entity of either model concerns.
     std::vector<Pair*> pairsConcerned(const oxa::Element& old, const oxa::Element& now) {
+        m_before.content.vStopCheck();
         std::vector<Pair*> pairs;
         for (const oxa::Element& entity : {old, now})
             if (entity)
@@ -219,6 +220,7 @@ private:
     }
 
     void vRelationsAdd(Pair& pair) {
+        m_before.content.vStopCheck();
         for (ElementDifference& difference : rowDifferences(m_before, pair.old, m_after, pair.now)) {
             pair.told.insert(difference.eAbout);
             std::string sNone;

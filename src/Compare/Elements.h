@@ -97,7 +97,7 @@ struct ElementOptions : Options {
 
 /// Compares two models, which may be one and the same.
 ///
-/// Errors   NameError, for a selector with a name that the schema of a model does not have.
+/// Errors   NameError, for a selector with a name that the schema of a model does not have; Stopped.
 /// Threads  one for each model.
 [[nodiscard]] OXA_COMPARE_API ElementResult elementDifferences(const ElementSide& before, const ElementSide& after,
                                                                const ElementOptions& options = {});

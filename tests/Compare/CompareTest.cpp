@@ -4,12 +4,14 @@
 #include "Compare/Compare.h"
 
 #include <map>
+#include <stop_token>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "Model/Error.h"
 #include "StatementModel.h"
 
 namespace oxa::compare {
@@ -166,6 +168,14 @@ TEST(Compare, OptionsLimitTextsAndCounts) {
 TEST(Compare, ModelIsEqualToItself) {
     StatementModel model(sStatements(base()));
     EXPECT_TRUE(differences({model.data()}, {model.data()}).boEqual());
+}
+
+TEST(Compare, EndsWhereItIsAskedTo) {
+    StatementModel model(sStatements(base()));
+    std::stop_source stop;
+    EXPECT_TRUE(differences({model.data()}, {model.data()}, {.stop = stop.get_token()}).boEqual());
+    stop.request_stop();
+    EXPECT_THROW(static_cast<void>(differences({model.data()}, {model.data()}, {.stop = stop.get_token()})), Stopped);
 }
 
 }   // namespace

@@ -3,10 +3,12 @@
 
 #include "Compare/Elements.h"
 
+#include <stop_token>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "Model/Error.h"
 #include "Model/HouseText.h"
 #include "Model/SetProperty.h"
 
@@ -72,6 +74,15 @@ TEST(Elements, TellWhatChangedAboutThem) {
             const Selector others("IfcDoor");
             EXPECT_EQ(sTold(before, after, &others), "0");
         }
+}
+
+TEST(Elements, ComparisonEndsWhereItIsAskedTo) {
+    oxa::Model model = oxa::Model::fromBuffer(test::houseText("IFC4", test::g_sHouse));
+    std::stop_source stop;
+    stop.request_stop();
+    ElementOptions options;
+    options.stop = stop.get_token();
+    EXPECT_THROW(static_cast<void>(elementDifferences({model}, {model}, options)), Stopped);
 }
 
 }   // namespace
