@@ -10,6 +10,7 @@
 
 #include "Bindings.h"
 #include "Compare/Elements.h"
+#include "Job.h"
 #include "Model/Error.h"
 #include "Model/Selector.h"
 #include "Results.h"
@@ -70,14 +71,17 @@ nb::object diff(nb::handle a, nb::handle b, const std::optional<std::string>& qu
     compare::ElementOptions options;
     const std::optional<oxa::Selector> only = query ? std::optional<oxa::Selector>(*query) : std::nullopt;
     if (only) options.pOnly = &*only;
-    compare::ElementResult result;
-    {
+    Job job(nb::none(), "", "");
+    options.stop = job.token();
+    const compare::ElementResult result = job.run([&] {
         const AloneWithBoth alone(pOld->access(), pNew->access());   // a comparison deals numbers
         oxa::Model& before = pOld->unguarded();
         oxa::Model& after = pNew->unguarded();
-        result = compare::elementDifferences({before, std::string(before.schema())},
-                                             {after, std::string(after.schema())}, options);
-    }
+        return job.beside([&] {
+            return compare::elementDifferences({before, std::string(before.schema())},
+                                               {after, std::string(after.schema())}, options);
+        });
+    });
     return resultToPython(result);
 }
 
@@ -88,7 +92,7 @@ void vBindCompare(nb::module_& module) {
                "How model b differs from model a, by element as their users think of them, whatever their numbers are: "
                "Diff.\n\n"
                "query: only elements that it selects in either model. Raises QueryError and UnknownNameError for it.\n"
-               "Other threads run meanwhile.");
+               "KeyboardInterrupt at Ctrl-C. Other threads run meanwhile.");
 }
 
 }   // namespace oxa::python

@@ -102,12 +102,17 @@ nb::list names(nb::handle self) {
     return found;
 }
 
+constexpr Py_ssize_t g_iLook = 1 << 16;   // entities between two looks for Ctrl-C
+
 nb::object allOf(const Home& home, const oxa::Elements& elements, PyObject* pSequence,
                  int (*set)(PyObject*, Py_ssize_t, PyObject*)) {
     if (!pSequence) throw nb::python_error();
     nb::object sequence = nb::steal(pSequence);
     Py_ssize_t i = 0;
-    for (const oxa::Element element : elements) set(pSequence, i++, entityNew(home, element).release().ptr());
+    for (const oxa::Element element : elements) {
+        set(pSequence, i++, entityNew(home, element).release().ptr());
+        if (i % g_iLook == 0 && PyErr_CheckSignals() != 0) throw nb::python_error();
+    }
     return sequence;
 }
 

@@ -17,6 +17,7 @@
 
 #include "Bindings.h"
 #include "Errors.h"
+#include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Model/Error.h"
 #include "Properties.h"
@@ -34,35 +35,45 @@ constexpr int g_iNone = -1;
 // Where the attribute of a name stands in a type: from 0 among the forward ones, g_iInverse and more among the inverse.
 constexpr int g_iInverse = 1 << 16;
 
+struct Place {
+    int iPlace = g_iNone;
+    bool boText = false;   // a forward one that holds a plain text
+};
+
 struct Remembered {
     const schema::Entity* pType = nullptr;
     PyObject* pName = nullptr;   // a reference of its own, so that no other text gets the place
-    int iPlace = g_iNone;
+    Place place{};
 };
 constexpr std::size_t g_iRemembered = 4096;
 std::array<Remembered, g_iRemembered> g_remembered;
 
-int iPlaceSearch(const schema::Entity& type, std::string_view name) {
-    const auto& attributes = type.allAttributes();
-    for (std::size_t i = 0; i < attributes.size(); ++i)
-        if (attributes[i]->sName == name) return static_cast<int>(i);
-    const auto& inverses = type.allInverseAttributes();
-    for (std::size_t i = 0; i < inverses.size(); ++i)
-        if (inverses[i]->sName == name) return g_iInverse + static_cast<int>(i);
-    return g_iNone;
+bool boHoldsText(const schema::Attribute& attribute) {
+    return attribute.types.size() == 1 &&
+           ifc::AttributeBase::cellClass(attribute.types.front(), attribute) == ifc::CellClass::String;
 }
 
-int iPlaceOf(const schema::Entity& type, PyObject* pName) {
+Place placeSearch(const schema::Entity& type, std::string_view name) {
+    const auto& attributes = type.allAttributes();
+    for (std::size_t i = 0; i < attributes.size(); ++i)
+        if (attributes[i]->sName == name) return {static_cast<int>(i), boHoldsText(*attributes[i])};
+    const auto& inverses = type.allInverseAttributes();
+    for (std::size_t i = 0; i < inverses.size(); ++i)
+        if (inverses[i]->sName == name) return {g_iInverse + static_cast<int>(i)};
+    return {};
+}
+
+Place placeOf(const schema::Entity& type, PyObject* pName) {
     const std::size_t iHash = std::hash<const void*>()(&type) / 64 * 31 + std::hash<const void*>()(pName) / 16;
-    Remembered& place = g_remembered[iHash % g_iRemembered];
-    if (place.pType == &type && place.pName == pName) return place.iPlace;
-    const int iPlace = iPlaceSearch(type, textFromPython(pName));
-    if (iPlace == g_iNone) return iPlace;
+    Remembered& known = g_remembered[iHash % g_iRemembered];
+    if (known.pType == &type && known.pName == pName) return known.place;
+    const Place place = placeSearch(type, textFromPython(pName));
+    if (place.iPlace == g_iNone) return place;
     Py_INCREF(pName);
-    PyObject* const pBefore = place.pName;
-    place = {&type, pName, iPlace};
+    PyObject* const pBefore = known.pName;
+    known = {&type, pName, place};
     Py_XDECREF(pBefore);
-    return iPlace;
+    return place;
 }
 
 EntityObject& entityOf(PyObject* pSelf) { return *nb::inst_ptr<EntityObject>(pSelf); }
@@ -82,10 +93,20 @@ EntityObject& entityOf(PyObject* pSelf) { return *nb::inst_ptr<EntityObject>(pSe
     throw oxa::NameError(near.empty() ? sText : sText + "?", near);
 }
 
+// What programs ask for most: names and the like, straight from the cell.
+nb::object plainText(const ifc::Entity& entity, unsigned iIndex) {
+    const ifc::AttributeBase& cell = *entity.pAttributeFromIndex(iIndex).second;
+    if (!cell.boHasValue()) return cell.m_boDerived ? nb::borrow(derivedObject()) : nb::none();
+    const char* const pText = static_cast<const ifc::AttributeString&>(cell).m_value;
+    return pText ? textToPython(pText) : nb::none();
+}
+
 nb::object attributeGet(PyObject* pSelf, PyObject* pName) {
     const EntityObject& entity = entityOf(pSelf);
-    const schema::Entity& type = entity.looked().core().schemaEntity();
-    const int iPlace = iPlaceOf(type, pName);
+    const ifc::Entity& core = entity.looked().core();
+    const schema::Entity& type = core.schemaEntity();
+    const auto [iPlace, boText] = placeOf(type, pName);
+    if (boText) return plainText(core, static_cast<unsigned>(iPlace));
     if (iPlace >= g_iInverse) {
         const auto iInverse = static_cast<std::size_t>(iPlace - g_iInverse);
         return entityTuple(entity.home(), entity.element.inverse(type.allInverseAttributes()[iInverse]->sName));
@@ -117,7 +138,7 @@ int iAttributeSet(PyObject* pSelf, PyObject* pName, PyObject* pValue) {
         EntityObject& entity = entityOf(pSelf);
         const schema::Entity& type = entity.looked().core().schemaEntity();
         const std::string_view name = textFromPython(pName);
-        const int iPlace = iPlaceOf(type, pName);
+        const int iPlace = placeOf(type, pName).iPlace;
         if (iPlace >= g_iInverse)
             throw oxa::ValueError(type.sName + ": " + std::string(name) +
                                   " is an inverse attribute: it changes with those who refer");

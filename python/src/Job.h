@@ -3,7 +3,7 @@
 //
 // How      the library calls back on the thread of the caller; now and then that takes the interpreter's lock, hands the
 //          counts to oxaifc._progress.Bar, and asks whether a signal came. What is raised there ends the operation, and
-//          is raised again by vRun().
+//          is raised again by run(). Where the library only takes a token, beside() looks for signals.
 // Threads  made and asked with the interpreter's lock held; the callbacks take it.
 #pragma once
 
@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <functional>
+#include <future>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -64,7 +65,21 @@ public:
         }
     }
 
+    // Runs "work", which only looks at its token, on a thread of its own, and looks for Ctrl-C meanwhile. To be called
+    // without the interpreter's lock.
+    template <class Work>
+    auto beside(Work&& work) {
+        std::future<decltype(work())> result = std::async(std::launch::async, std::forward<Work>(work));
+        while (result.wait_for(g_look) != std::future_status::ready)
+            boCall([] {
+                if (PyErr_CheckSignals() != 0) throw nb::python_error();
+            });
+        return result.get();
+    }
+
 private:
+    static constexpr std::chrono::milliseconds g_look{50};
+
     void vTell(const oxa::Progress& now);
     void vEnd();
 

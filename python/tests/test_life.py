@@ -210,6 +210,13 @@ def test_ctrl_c_ends_a_statement() -> None:
         model.sql(statement, timeout=0.2)
 
 
+def test_ctrl_c_ends_a_comparison() -> None:
+    old, new = oxaifc.open(many_walls(100_000)), oxaifc.open(many_walls(100_001))
+    assert interrupted(lambda: oxaifc.diff(old, new), 0.03) < 4
+    new = oxaifc.open(many_walls(3))
+    assert len(oxaifc.diff(new, new).changed) == 0
+
+
 def test_ctrl_c_ends_a_wait(house: oxaifc.Model) -> None:
     class Waiting:
         def update(self, n: int) -> None:
