@@ -2,8 +2,7 @@
 /// @file
 /// IfcLineReadThreadPool: parses entity statements on several threads while the scanner goes on reading.
 ///
-/// - Order: statements are parsed in any order and enter the model in that of the file. Only which of several projects
-///   comes first depends on the threads.
+/// - Order: statements are parsed in any order and enter the model in that of the file.
 /// - Behind: Read/LinePool.cpp, which says how the threads share the work.
 /// - Threads: addLineToQueue and the destructor on the scanner's thread.
 /// - Errors: what boReadLine throws loses the batch, what finalizeEntity throws the rest of it. The thread goes on with

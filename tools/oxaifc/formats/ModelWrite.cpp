@@ -243,8 +243,25 @@ int ModelWrite::iTell(const Model& model, bool boRead) const {
     return g_iExitErrors;
 }
 
-bool ModelWrite::boWritten(const Model& model, const ifc::Entity& entity) const {
-    return std::binary_search(m_written.begin(), m_written.end(), model.data().iIdFromEntity(entity));
+// Entities of a type mostly have ascending numbers: the search goes on where the last one ended.
+void ModelWrite::vForEachUnwritten(const Model& model, const std::function<void(const ifc::Entity&)>& visit) const {
+    const std::vector<ifc::Entity*>& entities = model.data().entities();
+    if (m_written.size() == entities.size()) return;
+    const ifc::EntityIdMap& numbers = model.data().entityIdMap(false);
+    ifc::EntityIdMap::Near near;
+    auto last = m_written.begin();
+    for (const ifc::Entity* pEntity : entities) {
+        const auto number = numbers.known(pEntity, near);
+        if (number) {
+            if (last == m_written.end() || number->iId < *last) last = m_written.begin();
+            if (last != m_written.end() && *last < number->iId) {
+                std::ptrdiff_t iStep = 1;
+                while (m_written.end() - last > iStep && last[iStep] < number->iId) iStep *= 2;
+                last = std::lower_bound(last, last + std::min(iStep + 1, m_written.end() - last), number->iId);
+            }
+        }
+        if (!number || last == m_written.end() || *last != number->iId) visit(*pEntity);
+    }
 }
 
 }   // namespace oxa::tool

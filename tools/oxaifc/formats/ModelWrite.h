@@ -74,8 +74,8 @@ public:
     // without those that the read told of the same instance. The exit code of the verb. Those of the read are left out
     // without boRead, for a verb that writes several files.
     int iTell(const Model& model, bool boRead = true) const;
-    // True for an entity with a statement in OUT.
-    [[nodiscard]] bool boWritten(const Model& model, const ifc::Entity& entity) const;
+    // Calls visit for each entity of the model that has no statement in OUT.
+    void vForEachUnwritten(const Model& model, const std::function<void(const ifc::Entity&)>& visit) const;
 
 private:
     const WriteOptions& m_options;

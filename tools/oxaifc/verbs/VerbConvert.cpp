@@ -30,11 +30,11 @@ struct ConvertOptions : WriteOptions {
 void vLeftOutWrite(const ModelWrite& write, const Model& model) {
     std::map<std::string, std::size_t> counts;
     std::size_t iAll = 0;
-    for (const ifc::Entity* pEntity : model.data().entities()) {
-        if (!pEntity->pSchemaEntity() || write.boWritten(model, *pEntity)) continue;
-        ++counts[pEntity->pSchemaEntity()->sNameUpper];
+    write.vForEachUnwritten(model, [&](const ifc::Entity& entity) {
+        if (!entity.pSchemaEntity()) return;
+        ++counts[entity.pSchemaEntity()->sNameUpper];
         ++iAll;
-    }
+    });
     if (counts.empty()) return;
     std::vector<std::pair<std::string, std::size_t>> byCount(counts.begin(), counts.end());
     std::stable_sort(byCount.begin(), byCount.end(), [](const auto& a, const auto& b) { return a.second > b.second; });
@@ -68,10 +68,7 @@ int iConvert(const ConvertOptions& options) {
     if (options.boAll && !format.holds.boEveryEntity)
         throw Failure(fmt::format("convert: {0} holds what the project reaches, so --all and {0} don't go together",
                                   format.title));
-    // New numbers follow the walk, and the walk the inverse lists, whose order several reading threads don't keep.
-    ModelOptions read = options;
-    read.boSingleThreaded = read.boSingleThreaded || options.boRenumber;
-    Model model(read, !options.boRenumber);
+    Model model(options, !options.boRenumber);
     const convert::SchemaMove move = pSchema ? convert::moveToSchema(model.file(), *pSchema) : convert::SchemaMove();
     const ifc::Entity* pProject = model.data().pProject();
     if (!pProject && !options.boAll && format.holds.boEveryEntity && model.boOk())

@@ -72,6 +72,10 @@ void Data::vEntitiesSettle(ReadInfoCommon& info) {
                  });
     if (!m_boSorted) vTypesSort(m_entities, iThreads);
     m_boSorted = true;
+    // Workers offer projects as they come; of several the first one in the list counts, as on one thread.
+    const auto [first, last] = range(def::schema::ObjectName("IFCPROJECT"), false);
+    if (info.m_boParallel && std::find(first, last, pProject()) != last)
+        m_pProject.store(*first, std::memory_order_relaxed);
 }
 
 // One report for each number that was named and never defined; by now it is no longer known which statement named it.

@@ -209,11 +209,7 @@ void Data::vWriteWith(StepWriteInfoCommon& info, const WriteOptions& options) co
     else
         vWriteInOrder(info, options);
     if (options.boTellNumbersTwice) vNumbersTwiceTell(info);
-    if (!options.pWritten) return;
-    options.pWritten->clear();
-    for (const Entity* pEntity : m_entities)
-        if (info.boMet(*pEntity)) options.pWritten->push_back(iIdFromEntity(*pEntity));
-    std::ranges::sort(*options.pWritten);
+    if (options.pWritten) *options.pWritten = info.metNumbers(m_entities);
 }
 
 }   // namespace oxa::ifc

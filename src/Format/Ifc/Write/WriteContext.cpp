@@ -31,6 +31,33 @@ bool WriteInfoCommon::boMet(const Entity& entity) const {
     return m_seen.contains(&entity);
 }
 
+// Kept numbers are many and are put in order by a bit each; the rest is sorted.
+std::vector<std::size_t> WriteInfoCommon::metNumbers(const std::vector<Entity*>& entities) const {
+    SeenNumbers seeded;
+    SeenNumbers::Near near;
+    EntityIdMap::Near nearNumber;
+    std::size_t iSeeded = 0;
+    std::vector<std::size_t> others;
+    for (const Entity* pEntity : entities) {
+        const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(pEntity, nearNumber);
+        if (!known || !known->boSeeded) {
+            if (m_seen.contains(pEntity)) others.push_back(m_pEntityIdMap->get(pEntity).first);
+        } else if (m_seenSeeded.boMarked(static_cast<std::uint32_t>(known->iId))) {
+            iSeeded += seeded.boMark(static_cast<std::uint32_t>(known->iId), near);
+        }
+    }
+    std::ranges::sort(others);
+    std::vector<std::size_t> numbers;
+    numbers.reserve(iSeeded + others.size());
+    auto other = others.begin();
+    seeded.vForEach([&](std::uint32_t iId) {
+        for (; other != others.end() && *other <= iId; ++other) numbers.push_back(*other);
+        numbers.push_back(iId);
+    });
+    numbers.insert(numbers.end(), other, others.end());
+    return numbers;
+}
+
 std::vector<const Entity*> WriteInfoCommon::metUnseeded() const {
     std::vector<std::pair<std::size_t, const Entity*>> numbered;
     for (const Entity* pEntity : m_seen) numbered.emplace_back(m_pEntityIdMap->get(pEntity).first, pEntity);

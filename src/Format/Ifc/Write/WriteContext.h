@@ -63,6 +63,8 @@ public:
     std::size_t iEntityIdMark(const Entity& entity);
     /// Whether this run has met the entity. Once its threads have ended.
     [[nodiscard]] bool boMet(const Entity& entity) const;
+    // The numbers of those of the entities that the walk has met, ascending.
+    [[nodiscard]] std::vector<std::size_t> metNumbers(const std::vector<Entity*>& entities) const;
 
     ///@{
     /// All that this run has met, empty instances included. By number, and of two with one number first the one that

@@ -138,5 +138,22 @@ TEST(ThreadedRead, AgreesOnFaultyFiles) {
     }
 }
 
+// Batches finish in any order, and each has a project of its own.
+TEST(ThreadedRead, OfSeveralProjectsTheFirstInTheFileCounts) {
+    std::string sText = "ISO-10303-21;HEADER;FILE_SCHEMA(('SMALL'));ENDSEC;DATA;";
+    constexpr std::size_t g_iLast = 20'000;
+    for (std::size_t i = g_iLast; i > 0; --i)
+        sText +=
+            '#' + std::to_string(i) +
+            (i % 100 == 0 ? "=IFCPROJECT('" + sGuidOf(static_cast<std::uint32_t>(i)) + "',$,$);" : "=IFCPOINT((1.));");
+    sText += "ENDSEC;END-ISO-10303-21;";
+    for (int i = 0; i < 5; ++i) {
+        const ReadFileModel model(sText, false, schemaIs(smallSchema()));
+        ASSERT_TRUE(model.boRead);
+        ASSERT_NE(model.file.data().pProject(), nullptr);
+        EXPECT_EQ(model.file.data().iIdFromEntity(*model.file.data().pProject()), g_iLast);
+    }
+}
+
 }   // namespace
 }   // namespace oxa::ifc
