@@ -28,7 +28,6 @@ struct Judged {
 
 // A set that is meant, with the properties in it that are.
 struct JudgedSet {
-    bool boMeant = false;
     std::string_view sName;
     std::vector<Judged> properties;
 };
@@ -93,8 +92,10 @@ private:
     }
 
     void vSetAdd(Entity& entity, bool boOfType) {
-        const JudgedSet& set = judged(entity);
-        if (!set.boMeant) return;
+        const bool boExtended = m_view.table().boIs(entity, Class::ExtendedProperties);
+        const char* pName = m_view.table().pText(entity, boExtended ? Slot::ExtendedName : Slot::RootName);
+        if (!pName || !m_facet.propertySet.boText(pName)) return;
+        const JudgedSet& set = judged(entity, pName, boExtended);
         auto found = std::ranges::find(m_found, set.sName, &Found::sSet);
         if (found == m_found.end()) found = m_found.insert(found, Found{set.sName, {}});
         const std::size_t iOwn = found->properties.size();
@@ -107,14 +108,10 @@ private:
         }
     }
 
-    const JudgedSet& judged(Entity& set) {
+    const JudgedSet& judged(Entity& set, const char* pName, bool boExtended) {
         const auto [it, boNew] = m_judged.try_emplace(&set);
         JudgedSet& judgedSet = it->second;
         if (!boNew) return judgedSet;
-        const bool boExtended = m_view.table().boIs(set, Class::ExtendedProperties);
-        const char* pName = m_view.table().pText(set, boExtended ? Slot::ExtendedName : Slot::RootName);
-        if (!pName || !m_facet.propertySet.boText(pName)) return judgedSet;
-        judgedSet.boMeant = true;
         judgedSet.sName = pName;
         const auto vAdd = [&](std::string_view sName, const FoundProperty& property) {
             if (!m_facet.name.boText(sName)) return;

@@ -6,6 +6,7 @@
 #include <exception>
 #include <iterator>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 #include "Check/Ids/FacetTest.h"
@@ -173,12 +174,15 @@ private:
                 boEnd = true;
             }
         };
-        {
-            std::vector<std::jthread> threads;
-            const std::size_t iMost = std::min<std::size_t>(m_iThreads, iShares);
-            for (std::size_t i = 1; i < iMost; ++i) threads.emplace_back(run, false);
-            run(true);
-        }
+        std::vector<std::thread> threads;
+        const std::size_t iMost = std::min<std::size_t>(m_iThreads, iShares);
+        for (std::size_t i = 1; i < iMost; ++i) try {
+                threads.emplace_back(run, false);
+            } catch (const std::system_error&) {
+                break;   // those that there are do all of it
+            }
+        run(true);
+        for (std::thread& thread : threads) thread.join();
         if (pFault) std::rethrow_exception(pFault);
     }
 

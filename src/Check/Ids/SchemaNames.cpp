@@ -42,7 +42,29 @@ const TypedOccurrence* SchemaNames::pTyped(std::string_view upper) const noexcep
     return found == m_typed.end() ? nullptr : &*found;
 }
 
+namespace {
+
+// Types that the standard's list has for a schema which has them by another name, or not yet.
+struct ListedRow {
+    std::string_view sSchema;
+    std::string_view sName;
+    std::string_view sFrom;   // the schema that has it
+    std::string_view sThere;
+};
+constexpr ListedRow g_listed[] = {
+    {"IFC2X3", "IFCNULLSTYLEENUM", "IFC2X3", "IFCNULLSTYLE"},
+    {"IFC4", "IFCNULLSTYLEENUM", "IFC4", "IFCNULLSTYLE"},
+    {"IFC4", "IFCALIGNMENTTYPEENUM", "IFC4X3_ADD2", "IFCALIGNMENTTYPEENUM"},
+    {"IFC4", "IFCREFERENTTYPEENUM", "IFC4X3_ADD2", "IFCREFERENTTYPEENUM"},
+    {"IFC4", "IFCSTRIPPEDOPTIONAL", "IFC4X3_ADD2", "IFCSTRIPPEDOPTIONAL"},
+};
+
+}   // namespace
+
 const schema::Type* SchemaNames::pDataType(std::string_view upper) const {
+    for (const ListedRow& row : g_listed)
+        if (row.sSchema == m_pSchema->sName && row.sName == upper)
+            return schema::pAsType(pOf(row.sFrom)->schema().pObjectFromName(row.sThere));
     const schema::Type* pType = schema::pAsType(m_pSchema->pObjectFromName(upper));
     const schema::DataTypeBase* pData = schema::pDataTypeOf(pType);
     if (!pData || schema::boIsAggregate(pData->kind) || pData->kind == schema::DataKind::Select) return nullptr;
