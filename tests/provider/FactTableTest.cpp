@@ -108,6 +108,22 @@ TEST(FactTable, WithABaseNumbersTheTypesByName) {
     EXPECT_EQ(byOrdinal, (std::vector<std::string>{"A", "B", "C", "D", "E", "F", "G"}));
 }
 
+// Whatever the order of its lines, a table declares the same.
+TEST(FactTable, DeclaresByName) {
+    const char* const g_tables[] = {"schema S\ntype A REAL\nenum B X\ntype C A\nentity D\nentity E\nentity F D\n",
+                                    "schema S\nentity F D\ntype C A\nentity D\nenum B X\nentity E\ntype A REAL\n"};
+    for (const char* sTable : g_tables) {
+        SCOPED_TRACE(sTable);
+        SchemaDeclaration declaration;
+        std::vector<oxa::ifc::SchemaMessage> messages;
+        EXPECT_TRUE(boReadFactTable(sTable, declaration, messages));
+        std::string sNames;
+        for (const TypeDeclaration& type : declaration.types) sNames.append(type.name.text) += ' ';
+        for (const EntityDeclaration& entity : declaration.entities) sNames.append(entity.name.text) += ' ';
+        EXPECT_EQ(sNames, "A B C D E F ");
+    }
+}
+
 TEST(FactTable, PassesOverRemarksAndEmptyLines) {
     const auto pSchema = pGraph({"# remark\n\nschema S\n\n# entity X\nentity E"});
     ASSERT_NE(pSchema, nullptr);

@@ -239,6 +239,18 @@ TEST(DataReadLine, AReusedNumberKeepsTheLaterStatement) {
     EXPECT_EQ(entities[0]->sWriteLine(result.file.data()), "#1=IFCCARTESIANPOINT((2.));");
 }
 
+// Nor of the values of the earlier one, where the later has none.
+TEST(DataReadLine, AReusedNumberKeepsNothingOfTheEarlierStatement) {
+    const auto pSchema = pSchemaOf("ENTITY IfcPoint; X : REAL; END_ENTITY; ENTITY IfcBare; END_ENTITY;");
+    StatementReader reader(*pSchema);
+    Entity* pEntity = reader.pRead("#1=IFCPOINT(1.);");
+    ASSERT_NE(pEntity, nullptr);
+    EXPECT_NE(pEntity->unsafeAttributesRaw(), nullptr);
+    EXPECT_EQ(reader.pRead("#1=IFCBARE();"), pEntity);
+    EXPECT_EQ(pEntity->schemaEntity().sName, "IfcBare");
+    EXPECT_EQ(pEntity->unsafeAttributesRaw(), nullptr) << "as of any type without attributes";
+}
+
 // The number is the unsigned one of the slot, as it would be written.
 TEST(DataReadLine, ReportsTheNumberOfAReuse) {
     for (const auto& [sNumber, sReported] : {std::pair("12", "12"), std::pair("-1", "4294967295")}) {

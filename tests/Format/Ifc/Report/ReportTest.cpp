@@ -528,6 +528,8 @@ TEST(ErrorReport, IncludesHaveLimits) {
     vExpectFailure(Errors(), sAll + "{% include \"wide1\" %}", "");
     EXPECT_TRUE(rendered(Errors(), "{% set n = 99 %}{% include \"down\" %}").boOk);
     EXPECT_FALSE(rendered(Errors(), "{% set n = 100 %}{% include \"down\" %}").boOk);
+    // A body less than that, and one more than before.
+    EXPECT_FALSE(rendered(Errors(), "{% set n = 99 %}{% if true %}{% include \"down\" %}{% endif %}").boOk);
     EXPECT_EQ(rendered(Errors(), "{% include \"large\" %}").sText.size(), 16u << 20);
     vExpectFailure(Errors(), "{% include \"larger\" %}", "");
 }

@@ -169,17 +169,22 @@ TEST(Data, AMoveKeepsEveryAnswer) {
             static_cast<void>(former.entityIdMap(false));
             if (!boSorted) static_cast<void>(former.entities());
             former.vSchemaSet(SchemaLoader::pBuiltIn("IFC2X3"));
+            const std::weak_ptr<const Pool> life = source.poolLife();
+            const std::weak_ptr<const Pool> formerLife = former.poolLife();
             Data target = boAssign ? Data(std::move(former)) : Data(std::move(source));
             if (boAssign) target = std::move(static_cast<Data&>(source));
 
+            ASSERT_FALSE(life.expired());
+            EXPECT_EQ(&target.pool(), life.lock().get());
+            EXPECT_EQ(formerLife.expired(), boAssign);
             EXPECT_EQ(target.pSchema(), SchemaLoader::pBuiltIn("IFC4"));
             EXPECT_EQ(target.pProject(), pProject);
             EXPECT_EQ(iCount(target, "IFCWALL", false), 2);
             EXPECT_EQ(iCount(target, "IFCBUILDINGELEMENT", true), 3);
             EXPECT_EQ(iCount(target, "IFCPROJECT", false), 1);
-            EXPECT_EQ(target.iIdFromEntity(*pDoor), 1U);
+            EXPECT_EQ(target.iIdFromEntity(*pProject), 3U) << "after those that were dealt";
             EXPECT_EQ(target.iIdFromEntity(*pWall), 2U);
-            EXPECT_EQ(target.iIdFromEntity(*pProject), 3U);
+            EXPECT_EQ(target.iIdFromEntity(*pDoor), 1U);
             EXPECT_EQ(target.pEntityFromGuid(guidOf(1)), pWall);
             EXPECT_EQ(target.pEntityFromGuid(guidOf(9)), nullptr);
             pPending->boValueSet(globalId, guidOf(2), target);

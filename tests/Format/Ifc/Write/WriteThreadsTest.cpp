@@ -386,8 +386,13 @@ TEST(WriteThreads, WriteNothingBehindAFaultOfTheStream) {
         std::ostream out(&bytes);
         out.exceptions(std::ios::badbit);
         WriteError errors;
-        EXPECT_THROW(static_cast<void>(WriteFile::boWrite(model.file.data(), nullptr, out, errors, options)),
-                     std::runtime_error);
+        std::string sThrown;
+        try {
+            static_cast<void>(WriteFile::boWrite(model.file.data(), nullptr, out, errors, options));
+        } catch (const std::runtime_error& fault) {
+            sThrown = fault.what();
+        }
+        EXPECT_EQ(sThrown, "disk full for a moment") << "and not that the stream is bad since";
         EXPECT_EQ(bytes.m_iBehind, 0);
     }
 }
