@@ -3,15 +3,13 @@
 // what each share found is put together in the order of the shares.
 #include <algorithm>
 #include <atomic>
-#include <exception>
 #include <iterator>
-#include <mutex>
-#include <system_error>
 #include <thread>
 
 #include "Check/Ids/FacetTest.h"
 #include "Check/Ids/ModelView.h"
 #include "Check/Ids/Program.h"
+#include "Core/Utilities/Threads/OnAllThreads.h"
 #include "Model/Error.h"
 
 namespace oxa::ids::detail {
@@ -162,28 +160,13 @@ private:
     void vShareOut(std::size_t iShares, const Work& work) {
         std::atomic<std::size_t> iNext{0};
         std::atomic<bool> boEnd{false};
-        std::exception_ptr pFault;
-        std::mutex mutex;
-        const auto run = [&](bool boCaller) {
-            try {
+        util::vOnAllThreads(
+            std::max<std::size_t>(std::min<std::size_t>(m_iThreads, iShares), 1) - 1,
+            [&](std::size_t iThread) {
                 work(
-                    boEnd, [&iNext] { return iNext++; }, boCaller);
-            } catch (...) {
-                const std::lock_guard lock(mutex);
-                if (!pFault) pFault = std::current_exception();
-                boEnd = true;
-            }
-        };
-        std::vector<std::thread> threads;
-        const std::size_t iMost = std::min<std::size_t>(m_iThreads, iShares);
-        for (std::size_t i = 1; i < iMost; ++i) try {
-                threads.emplace_back(run, false);
-            } catch (const std::system_error&) {
-                break;   // those that there are do all of it
-            }
-        run(true);
-        for (std::thread& thread : threads) thread.join();
-        if (pFault) std::rethrow_exception(pFault);
+                    boEnd, [&iNext] { return iNext++; }, iThread == 0);
+            },
+            [&boEnd] { boEnd = true; });
     }
 
     void vTell(std::size_t iInstances, bool boCaller) {
