@@ -27,15 +27,21 @@ public:
         const Cardinality cardinality = m_facet.pFacet->cardinality;
         if (cardinality == Cardinality::Optional && all.empty()) return true;
         if (boMatches != (cardinality == Cardinality::Prohibited)) return true;
-        FoundList found;
-        for (const Entity* pOne : all) found.vAdd(looked(*pOne, 0).found.text());
+        FoundList quoted;
+        FoundList plain;
+        for (const Entity* pOne : all) {
+            const Looked& seen = looked(*pOne, 0);
+            if (seen.plain.text().empty()) continue;
+            quoted.vAdd(seen.quoted.text());
+            plain.vAdd(seen.plain.text());
+        }
         finding = {boMatches     ? FailureKind::Prohibited
                    : all.empty() ? FailureKind::Missing
                                  : FailureKind::Value,
-                   all.empty()            ? "it has no material"
-                   : found.text().empty() ? "its material has no name"
-                                          : "its material is " + found.text(),
-                   found.text()};
+                   all.empty()             ? "it has no material"
+                   : quoted.text().empty() ? "its material has no name"
+                                           : "its material is " + quoted.text(),
+                   plain.text()};
         return false;
     }
 
@@ -43,7 +49,8 @@ private:
     // What a definition, or a part of it, has names for.
     struct Looked {
         bool boMatches = false;
-        FoundList found;
+        FoundList quoted;
+        FoundList plain;
     };
 
     [[nodiscard]] std::vector<Entity*> definitions(const Entity& entity) const {
@@ -64,7 +71,8 @@ private:
             const char* pName = m_view.table().pText(definition, eName);
             if (!pName || !*pName) continue;
             seen.boMatches = seen.boMatches || m_facet.value.boText(pName);
-            seen.found.vAdd(inQuotes(pName));
+            seen.quoted.vAdd(inQuotes(pName));
+            seen.plain.vAdd(pName);
         }
         for (const Slot eNext :
              {Slot::UsedLayerSet, Slot::UsedProfileSet, Slot::Layers, Slot::Profiles, Slot::Constituents,
@@ -73,7 +81,9 @@ private:
             m_view.table().forEachNamed(definition, eNext, [&](const Entity& next) {
                 const Looked& below = looked(next, iStep + 1);
                 seen.boMatches = seen.boMatches || below.boMatches;
-                if (!below.found.text().empty()) seen.found.vAdd(below.found.text());
+                if (below.plain.text().empty()) return;
+                seen.quoted.vAdd(below.quoted.text());
+                seen.plain.vAdd(below.plain.text());
             });
         }
         return m_looked[iStep][&definition] = std::move(seen);

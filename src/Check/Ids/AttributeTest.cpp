@@ -12,7 +12,11 @@ namespace {
 
 class AttributeTest final : public FacetTest {
 public:
-    AttributeTest(const ModelView& view, const FacetProgram& facet) : m_view(view), m_facet(facet), m_values(view) {}
+    AttributeTest(const ModelView& view, const FacetProgram& facet)
+        : m_view(view),
+          m_facet(facet),
+          m_sWanted(shown(facet.pFacet->name->text())),
+          m_values(view) {}
 
     [[nodiscard]] bool boMaySelect(const schema::Entity& type) const override { return !placesOf(type).empty(); }
     [[nodiscard]] bool boSelects(Entity& entity) override {
@@ -39,8 +43,8 @@ public:
         }
         if (boAny || cardinality != Cardinality::Required) return true;
         finding = {FailureKind::Missing,
-                   places(entity).empty() ? entity.schemaEntity().sName + " has no attribute " + wanted()
-                                          : wanted() + " has no value",
+                   places(entity).empty() ? entity.schemaEntity().sName + " has no attribute " + m_sWanted
+                                          : m_sWanted + " has no value",
                    {}};
         return false;
     }
@@ -57,10 +61,10 @@ private:
         return it->second;
     }
     [[nodiscard]] const Places& places(const Entity& entity) const { return placesOf(entity.schemaEntity()); }
-    [[nodiscard]] std::string wanted() const { return shown(m_facet.pFacet->name->text()); }
 
     const ModelView& m_view;
     const FacetProgram& m_facet;
+    std::string m_sWanted;   // the name, for people
     ValueTest m_values;
     mutable std::unordered_map<const schema::Entity*, Places> m_places;   // of the attributes that are meant
 };

@@ -276,7 +276,8 @@ std::string Node::path() const {
 
 std::optional<std::size_t> Node::specification() const {
     for (const Node* pNode = this; pNode; pNode = pNode->pParent)
-        if (pNode->sName == "specification") return pNode->iPlace;
+        if (pNode->sName == "specification")   // of a second list nothing is read
+            return pNode->pParent && pNode->pParent->iPlace == 0 ? std::optional(pNode->iPlace) : std::nullopt;
     return std::nullopt;
 }
 

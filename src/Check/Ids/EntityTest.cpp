@@ -86,24 +86,40 @@ public:
     }
 
 private:
+    static constexpr std::size_t g_iMostShown = 20;
+
     // Those above, the nearest first, as many as are shown.
-    [[nodiscard]] std::string wholes(const Entity& entity) const {
-        constexpr std::size_t most = 20;
+    [[nodiscard]] std::string wholes(const Entity& entity) {
         std::vector<const Entity*> seen{&entity};
         FoundList found;
-        for (std::size_t i = 0; i < seen.size() && seen.size() <= most; ++i)
-            for (const Relation eRelation : relationsOf(m_facet))
-                for (Entity* pWhole : m_view.walk().others(*seen[i], eRelation, Side::Part)) {
-                    if (std::ranges::find(seen, pWhole) != seen.end()) continue;
-                    seen.push_back(pWhole);
-                    found.vAdd(pWhole->schemaEntity().sName + " #" + std::to_string(m_view.state().iNumberOf(*pWhole)));
-                }
+        for (std::size_t i = 0; i < seen.size() && seen.size() <= g_iMostShown; ++i)
+            for (const Entity* pWhole : Wholes(i == 0 ? wholesOf(entity) : known(*seen[i]))) {
+                if (std::ranges::find(seen, pWhole) != seen.end()) continue;
+                seen.push_back(pWhole);
+                found.vAdd(pWhole->schemaEntity().sName + " #" + std::to_string(m_view.state().iNumberOf(*pWhole)));
+            }
         return found.text();
+    }
+    // One step up.
+    using Wholes = std::vector<const Entity*>;
+    [[nodiscard]] Wholes wholesOf(const Entity& entity) const {
+        Wholes found;
+        for (const Relation eRelation : relationsOf(m_facet))
+            for (const Entity* pWhole : m_view.walk().others(entity, eRelation, Side::Part))
+                if (found.size() < g_iMostShown) found.push_back(pWhole);
+        return found;
+    }
+    // The same of what many are part of.
+    [[nodiscard]] const Wholes& known(const Entity& whole) {
+        const auto [it, boNew] = m_wholes.try_emplace(&whole);
+        if (boNew) it->second = wholesOf(whole);
+        return it->second;
     }
 
     const ModelView& m_view;
     const Facet& m_facet;
     std::shared_ptr<const Parts> m_pParts;
+    std::unordered_map<const Entity*, Wholes> m_wholes;
 };
 
 }   // namespace

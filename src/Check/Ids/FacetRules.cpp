@@ -163,6 +163,7 @@ void FacetRules::vCheckPredefinedType(const Node& node, const Condition& conditi
                           condition.text());
             continue;
         }
+        for (const std::string& sName : named(condition)) vCheckCase(place, sName, types);
         for (const std::string& sName : named(condition))
             if (std::ranges::none_of(types, [&](const auto* pTypes) { return boAllows(*pTypes, sName); }))
                 m_faults.vAdd(place, "Ids_UnknownPredefinedType",
@@ -170,6 +171,16 @@ void FacetRules::vCheckPredefinedType(const Node& node, const Condition& conditi
                                   ", which has none of a user's own here",
                               sName);
     }
+}
+
+// A user's own type may be called so, and hardly is.
+void FacetRules::vCheckCase(const Node& place, const std::string& sName,
+                            const std::vector<const schema::DataTypeEnum*>& types) {
+    const std::string sUpper = schema::sUpper(sName);
+    if (sUpper != sName &&
+        std::ranges::any_of(types, [&](const auto* pTypes) { return pTypes->items.contains(sUpper); }))
+        m_faults.vNote(place, "Ids_PredefinedTypeCase",
+                       "the predefined type " + sUpper + " is written in upper case, and this is a user's own", sName);
 }
 
 void FacetRules::vEntity(const Facet& facet, const Node& node, bool boApplicability) {

@@ -41,6 +41,8 @@ private:
     std::vector<Classes> checkClass(const Node& node, const Condition& condition);
     void vCheckName(const Node& node, const std::string& sName, const std::vector<Classes>& classes, bool boAll);
     void vCheckPredefinedType(const Node& node, const Condition& condition, const std::vector<Classes>& classes);
+    void vCheckCase(const Node& place, const std::string& sName,
+                    const std::vector<const ifc::def::schema::DataTypeEnum*>& types);
     void vEntity(const Facet& facet, const Node& node, bool boApplicability);
     void vAttribute(const Facet& facet, const Node& node);
     static bool boOfAny(const SchemaNames& names, const Condition& condition, const Matcher& matcher,

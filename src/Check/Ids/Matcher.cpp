@@ -12,6 +12,16 @@ namespace oxa::ids::detail {
 
 using oxa::detail::Pattern;
 
+namespace {
+
+struct LogicalTexts {
+    std::string_view sLower;
+    std::string_view sUpper;
+};
+constexpr std::array<LogicalTexts, 3> g_logicals{{{"false", "FALSE"}, {"true", "TRUE"}, {"unknown", "UNKNOWN"}}};
+
+}   // namespace
+
 const Patterns::Answer& Patterns::compile(const std::string& sText) {
     const auto [it, boNew] = m_answers.try_emplace(sText);
     Answer& answer = it->second;
@@ -52,6 +62,9 @@ Matcher::Matcher(const Condition& condition, Patterns& patterns)
       m_boLengths(condition.length || condition.minLength || condition.maxLength) {
     const auto vListed = [&](const std::string& sText) {
         m_texts.insert(sText);
+        if (const auto boValue = booleanOf(sText)) m_booleans[*boValue] = true;
+        for (std::size_t i = 0; i < g_logicals.size(); ++i)
+            m_logicals[i] = m_logicals[i] || oxa::detail::boSameName(sText, g_logicals[i].sLower);
         if (const auto number = numberOf(sText)) m_numbers.push_back(*number);
         if (const auto integer = integerOf(sText)) m_integers.push_back(*integer);
     };
@@ -68,6 +81,8 @@ Matcher::Matcher(const Condition& condition, Patterns& patterns)
     vBound(condition.maxInclusive, false, true);
     vBound(condition.maxExclusive, false, false);
     for (const std::string& sText : condition.patterns) m_patterns.push_back(patterns.compile(sText).pPattern);
+    std::ranges::sort(m_patterns);
+    m_patterns.erase(std::unique(m_patterns.begin(), m_patterns.end()), m_patterns.end());
 }
 
 bool Matcher::boLength(std::string_view text) const {
@@ -140,24 +155,17 @@ bool Matcher::boInteger(std::int64_t iValue) const {
 
 bool Matcher::boBoolean(bool boValue) const {
     if (boAny()) return true;
-    if (m_boLengths || !m_bounds.empty()) return false;
-    if (m_boListed && std::ranges::none_of(m_texts, [&](const std::string& s) { return booleanOf(s) == boValue; }))
-        return false;
+    if (m_boLengths || !m_bounds.empty() || (m_boListed && !m_booleans[boValue])) return false;
     return boPatterns(boValue ? "true" : "false");
 }
 
 // As texts, in any case of letters: the standard names none for them.
 bool Matcher::boLogical(LogicalValue value) const {
     if (boAny()) return true;
-    const std::string_view sLower = value == LogicalValue::True    ? "true"
-                                    : value == LogicalValue::False ? "false"
-                                                                   : "unknown";
-    const std::string_view sUpper = value == LogicalValue::True    ? "TRUE"
-                                    : value == LogicalValue::False ? "FALSE"
-                                                                   : "UNKNOWN";
-    const auto boListed = [&](const std::string& s) { return oxa::detail::boSameName(s, sLower); };
-    if (m_boListed && std::ranges::none_of(m_texts, boListed)) return false;
-    return m_bounds.empty() && boLength(sLower) && (boPatterns(sLower) || boPatterns(sUpper));
+    const std::size_t iValue = value == LogicalValue::True ? 1 : value == LogicalValue::False ? 0 : 2;
+    if (!m_bounds.empty() || (m_boListed && !m_logicals[iValue])) return false;
+    const LogicalTexts& texts = g_logicals[iValue];
+    return boLength(texts.sLower) && (boPatterns(texts.sLower) || boPatterns(texts.sUpper));
 }
 
 }   // namespace oxa::ids::detail

@@ -7,6 +7,7 @@
 // Threads  any number at once.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <limits>
@@ -77,6 +78,9 @@ private:
     const Condition* m_pCondition = nullptr;
     Base m_eBase = Base::String;
     bool m_boListed = false;   // one of some values
+    // Of truth values which are among them: false, true, unknown.
+    std::array<bool, 2> m_booleans{};
+    std::array<bool, 3> m_logicals{};
     bool m_boLengths = false;
     struct Hash {
         using is_transparent = void;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The facet of properties and quantities: of the instance, and of its type what the instance does not say otherwise.
 #include <algorithm>
+#include <optional>
+#include <unordered_set>
 
 #include "Check/Ids/FacetTest.h"
 #include "Check/Ids/Texts.h"
@@ -30,6 +32,13 @@ struct Judged {
 struct JudgedSet {
     std::string_view sName;
     std::vector<Judged> properties;
+    std::optional<std::size_t> iGood;   // the first of them that is
+    std::optional<std::size_t> iBad;
+
+    [[nodiscard]] const Judged* pFirst(bool boGood) const noexcept {
+        const auto iFirst = boGood ? iGood : iBad;
+        return iFirst ? &properties[*iFirst] : nullptr;
+    }
 };
 
 // Where the values of a kind of property stand, and their unit.
@@ -51,7 +60,12 @@ constexpr ValueRow g_values[] = {
 
 class PropertyTest final : public FacetTest {
 public:
-    PropertyTest(const ModelView& view, const FacetProgram& facet) : m_view(view), m_facet(facet), m_values(view) {}
+    PropertyTest(const ModelView& view, const FacetProgram& facet)
+        : m_view(view),
+          m_facet(facet),
+          m_sSet(shown(facet.pFacet->propertySet->text())),
+          m_sName(shown(facet.pFacet->name->text())),
+          m_values(view) {}
 
     [[nodiscard]] bool boMaySelect(const schema::Entity& type) const override {
         return m_view.table().boTells(type, Relation::Sets, Side::Part) ||
@@ -61,16 +75,15 @@ public:
 
     [[nodiscard]] bool boSelects(Entity& entity) override {
         vGather(entity);
-        return std::ranges::any_of(m_found, [](const Found& one) {
-            return std::ranges::any_of(one.properties, [](const Judged* p) { return p->eAnswer == Answer::Good; });
-        });
+        return std::ranges::any_of(m_found, [](const Found& one) { return one.pFirst(true) != nullptr; });
     }
 
     [[nodiscard]] bool boMeets(Entity& entity, Finding& finding) override {
         vGather(entity);
         switch (m_facet.pFacet->cardinality) {
         case Cardinality::Required: return boRequired(finding);
-        case Cardinality::Optional: return boGood(finding);
+        case Cardinality::Optional:   // where anything will do there is nothing to find
+            return (m_facet.value.boAny() && m_facet.pFacet->dataType.empty()) || boGood(finding);
         case Cardinality::Prohibited: return boProhibited(finding);
         }
         return false;
@@ -80,32 +93,64 @@ private:
     // Sets of one name.
     struct Found {
         std::string_view sSet;
-        std::vector<const Judged*> properties;
+        std::vector<const JudgedSet*> sets;      // with all that is meant in them
+        std::vector<const Judged*> properties;   // of a type, those that the instance does not say itself
+
+        [[nodiscard]] bool boNone() const noexcept {
+            return properties.empty() &&
+                   std::ranges::all_of(sets, [](const JudgedSet* pSet) { return pSet->properties.empty(); });
+        }
+        // The first of them that is good, or the first that is not; null where there is none.
+        [[nodiscard]] const Judged* pFirst(bool boGood) const noexcept {
+            for (const JudgedSet* pSet : sets)
+                if (const Judged* pOne = pSet->pFirst(boGood)) return pOne;
+            for (const Judged* pOne : properties)
+                if ((pOne->eAnswer == Answer::Good) == boGood) return pOne;
+            return nullptr;
+        }
+        [[nodiscard]] const Judged* pAny() const noexcept {
+            const Judged* pGood = pFirst(true);
+            return pGood ? pGood : pFirst(false);
+        }
     };
 
     void vGather(Entity& entity) {
         m_found.clear();
-        for (Entity* pSet : m_view.walk().ownSets(entity)) vSetAdd(*pSet, false);
-        for (Entity* pSet : ModelView::of(m_view.extended(), entity)) vSetAdd(*pSet, false);
-        if (const Entity* pType = m_view.walk().pType(entity))
-            for (Entity* pSet : m_view.walk().ownSets(*pType)) vSetAdd(*pSet, true);
+        for (Entity* pSet : m_view.walk().ownSets(entity)) vOwnAdd(pMeant(*pSet));
+        for (Entity* pSet : ModelView::of(m_view.extended(), entity)) vOwnAdd(pMeant(*pSet));
+        const Entity* pType = m_view.walk().pType(entity);
+        if (!pType) return;
+        const auto [it, boNew] = m_ofTypes.try_emplace(pType);
+        if (boNew)
+            for (Entity* pSet : m_view.walk().ownSets(*pType))
+                if (const JudgedSet* pOne = pMeant(*pSet)) it->second.push_back(pOne);
+        const std::size_t iOwn = m_found.size();
+        for (const JudgedSet* pSet : it->second) vOfTypeAdd(*pSet, iOwn);
     }
 
-    void vSetAdd(Entity& entity, bool boOfType) {
-        const bool boExtended = m_view.table().boIs(entity, Class::ExtendedProperties);
-        const char* pName = m_view.table().pText(entity, boExtended ? Slot::ExtendedName : Slot::RootName);
-        if (!pName || !m_facet.propertySet.boText(pName)) return;
-        const JudgedSet& set = judged(entity, pName, boExtended);
-        auto found = std::ranges::find(m_found, set.sName, &Found::sSet);
-        if (found == m_found.end()) found = m_found.insert(found, Found{set.sName, {}});
-        const std::size_t iOwn = found->properties.size();
-        for (const Judged& one : set.properties) {
-            // What an element says of itself hides what its type says.
-            const auto own = found->properties.begin();
-            const bool boHidden = boOfType && std::any_of(own, own + static_cast<std::ptrdiff_t>(iOwn),
-                                                          [&](const Judged* pOwn) { return pOwn->sName == one.sName; });
-            if (!boHidden) found->properties.push_back(&one);
-        }
+    [[nodiscard]] Found& foundOf(std::string_view sSet) {
+        const auto found = std::ranges::find(m_found, sSet, &Found::sSet);
+        return found == m_found.end() ? m_found.emplace_back(Found{sSet, {}, {}}) : *found;
+    }
+    void vOwnAdd(const JudgedSet* pSet) {
+        if (pSet) foundOf(pSet->sName).sets.push_back(pSet);
+    }
+    // What an element says of itself hides what its type says.
+    void vOfTypeAdd(const JudgedSet& set, std::size_t iOwn) {
+        Found& found = foundOf(set.sName);
+        if (static_cast<std::size_t>(&found - m_found.data()) >= iOwn) return found.sets.push_back(&set);
+        std::unordered_set<std::string_view> own;
+        for (const JudgedSet* pOwn : found.sets)
+            for (const Judged& one : pOwn->properties) own.insert(one.sName);
+        for (const Judged& one : set.properties)
+            if (!own.contains(one.sName)) found.properties.push_back(&one);
+    }
+
+    // Null for a set that is not meant.
+    [[nodiscard]] const JudgedSet* pMeant(Entity& set) {
+        const bool boExtended = m_view.table().boIs(set, Class::ExtendedProperties);
+        const char* pName = m_view.table().pText(set, boExtended ? Slot::ExtendedName : Slot::RootName);
+        return pName && m_facet.propertySet.boText(pName) ? &judged(set, pName, boExtended) : nullptr;
     }
 
     const JudgedSet& judged(Entity& set, const char* pName, bool boExtended) {
@@ -117,6 +162,8 @@ private:
             if (!m_facet.name.boText(sName)) return;
             if (!property.pProperty && ValueTest::boNull(m_view.properties().value(property))) return;   // no property
             judgedSet.properties.push_back({property, sName, judge(property)});
+            auto& iFirst = judgedSet.properties.back().eAnswer == Answer::Good ? judgedSet.iGood : judgedSet.iBad;
+            if (!iFirst) iFirst = judgedSet.properties.size() - 1;
         };
         if (boExtended)
             m_view.table().forEachNamed(set, Slot::ExtendedProperties, [&](Entity& property) {
@@ -182,15 +229,12 @@ private:
     // In each set that is meant there has to be a property, and all that are there have to be good.
     bool boRequired(Finding& finding) {
         if (m_found.empty()) {
-            finding = {
-                FailureKind::Missing, "there is no property set " + shown(m_facet.pFacet->propertySet->text()), {}};
+            finding = {FailureKind::Missing, "there is no property set " + m_sSet, {}};
             return false;
         }
         for (const Found& one : m_found)
-            if (one.properties.empty()) {
-                finding = {FailureKind::Missing,
-                           shown(one.sSet) + " has no property " + shown(m_facet.pFacet->name->text()),
-                           {}};
+            if (one.boNone()) {
+                finding = {FailureKind::Missing, shown(one.sSet) + " has no property " + m_sName, {}};
                 return false;
             }
         return boGood(finding);
@@ -198,20 +242,18 @@ private:
 
     bool boGood(Finding& finding) {
         for (const Found& one : m_found)
-            for (const Judged* pProperty : one.properties)
-                if (pProperty->eAnswer != Answer::Good) {
-                    vTell(one.sSet, *pProperty, finding);
-                    return false;
-                }
+            if (const Judged* pBad = one.pFirst(false)) {
+                vTell(one.sSet, *pBad, finding);
+                return false;
+            }
         return true;
     }
 
     bool boProhibited(Finding& finding) {
         const bool boByValue = !m_facet.value.boAny();
         for (const Found& one : m_found)
-            for (const Judged* pProperty : one.properties) {
-                if (boByValue && pProperty->eAnswer != Answer::Good) continue;
-                vTell(one.sSet, *pProperty, finding);
+            if (const Judged* pOne = boByValue ? one.pFirst(true) : one.pAny()) {
+                vTell(one.sSet, *pOne, finding);
                 finding.kind = FailureKind::Prohibited;
                 return false;
             }
@@ -248,9 +290,12 @@ private:
 
     const ModelView& m_view;
     const FacetProgram& m_facet;
+    std::string m_sSet;   // what is meant, for people
+    std::string m_sName;
     ValueTest m_values;
     std::unordered_map<const Entity*, JudgedSet> m_judged;
-    std::vector<Found> m_found;   // of the instance that is looked at
+    std::unordered_map<const Entity*, std::vector<const JudgedSet*>> m_ofTypes;   // what a type hands on
+    std::vector<Found> m_found;                                                   // of the instance that is looked at
 };
 
 }   // namespace

@@ -69,11 +69,8 @@ private:
             m_pProgram->info = {textOf(*pInfo, "title"),       textOf(*pInfo, "copyright"), textOf(*pInfo, "version"),
                                 textOf(*pInfo, "description"), textOf(*pInfo, "author"),    textOf(*pInfo, "date"),
                                 textOf(*pInfo, "purpose"),     textOf(*pInfo, "milestone")};
-        for (const auto& pChild : root.children) {
-            if (pChild->sName != "specifications") continue;
-            for (const auto& pSpecification : pChild->children)
-                if (pSpecification->iPlace == m_pProgram->specifications.size()) vSpecification(*pSpecification);
-        }
+        if (const Node* pList = root.pChild("specifications"))
+            for (const auto& pSpecification : pList->children) vSpecification(*pSpecification);
     }
 
     void vSpecification(const Node& node) {

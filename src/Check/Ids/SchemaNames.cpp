@@ -2,7 +2,6 @@
 #include "Check/Ids/SchemaNames.h"
 
 #include <algorithm>
-#include <array>
 
 #include "provider/SchemaLoader.h"
 
@@ -11,12 +10,17 @@ namespace oxa::ids::detail {
 namespace schema = ifc::def::schema;
 
 const SchemaNames* SchemaNames::pOf(std::string_view version) {
-    static const std::array<SchemaNames, 3> all{SchemaNames(*ifc::SchemaLoader::pBuiltIn("IFC2X3")),
-                                                SchemaNames(*ifc::SchemaLoader::pBuiltIn("IFC4")),
-                                                SchemaNames(*ifc::SchemaLoader::pBuiltIn("IFC4X3_ADD2"))};
-    const auto* pFound =
-        std::ranges::find_if(all, [version](const SchemaNames& one) { return one.schema().sName == version; });
-    return pFound == all.end() ? nullptr : pFound;
+    if (version == "IFC2X3") {
+        static const SchemaNames names(*ifc::SchemaLoader::pBuiltIn("IFC2X3"));
+        return &names;
+    }
+    if (version == "IFC4") {
+        static const SchemaNames names(*ifc::SchemaLoader::pBuiltIn("IFC4"));
+        return &names;
+    }
+    if (version != "IFC4X3_ADD2") return nullptr;
+    static const SchemaNames names(*ifc::SchemaLoader::pBuiltIn("IFC4X3_ADD2"));
+    return &names;
 }
 
 SchemaNames::SchemaNames(const schema::Schema& schema) : m_pSchema(&schema), m_typed(typedOccurrences(schema)) {

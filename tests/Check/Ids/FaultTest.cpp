@@ -166,6 +166,8 @@ TEST(IdsFault, NamesAreThoseOfTheSchemas) {
          "5:46 Ids_UnknownClass 'a match of WALL.*'"},
         {"a predefined type", classed("IFCWALL", "IFC4", simple("predefinedType", "SHEAR")), ""},
         {"a user's own", classed("IFCWALL", "IFC4", simple("predefinedType", "MINE")), ""},
+        {"hardly a user's own", classed("IFCWALL", "IFC4", simple("predefinedType", "shear")),
+         "5:93 Ids_PredefinedTypeCase (note) 'shear'"},
         {"of the type in IFC2X3", classed("IFCWALL", "IFC2X3", simple("predefinedType", "SHEAR")), ""},
         {"where there is none", classed("IFCGRID", "IFC2X3", simple("predefinedType", "X")),
          "5:93 Ids_NoPredefinedType 'X'"},
