@@ -80,7 +80,8 @@ private:
         specification.description = node.attribute("description");
         specification.instructions = node.attribute("instructions");
         specification.line = node.iLine;
-        for (const std::string_view sSchema : words(node.attribute("ifcVersion")))
+        const std::string sSchemas = node.attribute("ifcVersion");
+        for (const std::string_view sSchema : words(sSchemas))
             if (SchemaNames::pOf(sSchema) &&
                 std::ranges::find(specification.schemas, sSchema) == specification.schemas.end())
                 specification.schemas.emplace_back(sSchema);

@@ -166,6 +166,8 @@ TEST(IdsFault, NamesAreThoseOfTheSchemas) {
          "5:46 Ids_UnknownClass 'a match of WALL.*'"},
         {"a predefined type", classed("IFCWALL", "IFC4", simple("predefinedType", "SHEAR")), ""},
         {"a user's own", classed("IFCWALL", "IFC4", simple("predefinedType", "MINE")), ""},
+        {"and no enumerator", classed("IFCALIGNMENTCANTSEGMENT", "IFC4X3_ADD2", simple("predefinedType", "X")),
+         "5:109 Ids_UnknownPredefinedType 'X'"},
         {"hardly a user's own", classed("IFCWALL", "IFC4", simple("predefinedType", "shear")),
          "5:93 Ids_PredefinedTypeCase (note) 'shear'"},
         {"of the type in IFC2X3", classed("IFCWALL", "IFC2X3", simple("predefinedType", "SHEAR")), ""},
@@ -304,6 +306,18 @@ TEST(IdsFault, AllAreToldWithTheirPlaces) {
     EXPECT_FALSE(read.specifications()[0].valid);
     EXPECT_TRUE(read.specifications()[1].valid);
     EXPECT_FALSE(read.specifications()[2].valid);
+}
+
+TEST(IdsFault, AListTooManyIsNotRead) {
+    const std::string sText =
+        "<ids xmlns='http://standards.buildingsmart.org/IDS'><info><title/></info><specifications>" +
+        requiring("<material/>") + "</specifications><specifications>" + requiring("<material/>") + requiring("<x/>") +
+        "</specifications></ids>";
+    const Requirements read = Requirements::fromBuffer(sText);
+    EXPECT_EQ(sFaults(read), "4:18 Ids_TooMany '' | 9:15 Ids_UnknownElement 'x'");
+    EXPECT_EQ(read.faults()[1].specification, std::nullopt);
+    EXPECT_EQ(read.specifications().size(), 1U);
+    EXPECT_TRUE(read.specifications()[0].valid);
 }
 
 TEST(IdsFault, PlacesAreThoseOfUtf8) {
