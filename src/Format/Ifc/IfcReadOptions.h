@@ -6,8 +6,11 @@
 /// - Default: the built-in schemas, new numbers, several threads.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "schema/Schema.h"
 
@@ -17,6 +20,19 @@ namespace oxa::ifc {
 using SchemaFromName = std::function<def::SchemaPset*(const std::string&)>;
 /// Position in the stream, in bytes; for the first entity statement and for every further 1000.
 using ReadProgress = std::function<void(unsigned)>;
+
+/// What the threads of a read did with their time, for whoever looks for what a read waits for.
+struct ReadTrace {
+    /// One stage on one thread. Seconds of the wall clock: a thread that has no processor is as busy as it was.
+    struct Row {
+        const char* pStage;     ///< "scan", "parse", "collect", "numbers", "inverse lists", "order"
+        std::size_t iThread;    ///< of the stage, from 0; the scanner, where it parses, is the last one that does
+        double busy;            ///< at work
+        double waiting;         ///< for other threads; the scanner's last wait is that for the end of all others
+        std::uint64_t iBytes;   ///< of statements that went through
+    };
+    std::vector<Row> rows;   ///< in the order of the stages; one thread parses as it scans, and collects
+};
 
 /// What a caller may ask of a read.
 struct ReadOptions {
@@ -33,6 +49,8 @@ struct ReadOptions {
     /// order, as after a whole read. Nothing is reported of numbers that are named and not defined: their statements may
     /// be those that are missing.
     bool boSettlePart = false;
+    /// Where not null: gets what each thread did. Not owned; written until the read returns.
+    ReadTrace* pTrace = nullptr;
 };
 
 }   // namespace oxa::ifc

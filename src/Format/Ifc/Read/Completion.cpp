@@ -9,6 +9,7 @@
 #include "Core/Utilities/Threads/Team.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/Read/StageWatch.h"
 #include "Format/Ifc/Store/EntityTable.h"
 #include "Format/Ifc/Store/Settle.h"
 
@@ -32,6 +33,25 @@ ChunkNumbers numbersOf(const ReadInfoCommon::Chunk& chunk) {
     });
     return numbers;
 }
+
+// The steps, one after the other, where somebody asks.
+class Traced {
+public:
+    explicit Traced(ReadTrace* pTrace) noexcept : m_pTrace(pTrace), m_watch(pTrace ? &m_time : nullptr) {}
+
+    // The step up to here.
+    void vTell(const char* pStage) {
+        if (!m_pTrace) return;
+        m_watch.vWorked();
+        m_pTrace->rows.push_back({pStage, 0, m_time.busy, 0, 0});
+        m_time = {};
+    }
+
+private:
+    ReadTrace* m_pTrace;
+    StageTime m_time;
+    StageWatch m_watch;
+};
 
 using Chunks = std::vector<std::pair<std::size_t, ReadInfoCommon::Chunk*>>;
 
@@ -63,7 +83,9 @@ void Data::vPartSettle(ReadInfoCommon& info, bool boKeepIds) {
 
 void Data::vEntitiesSettle(ReadInfoCommon& info) {
     const unsigned iThreads = info.m_boParallel ? iThreadsToSettle(m_entities.size()) : 1;
+    Traced traced(info.m_pTrace);
     m_iInverseEntries += iInversesBuild(m_entities, *m_pPool, iThreads);
+    traced.vTell("inverse lists");
     info.vTrim();
     m_pPool->vTrim();
     // A second read has put its entities behind those of the first, which are in order.
@@ -72,6 +94,7 @@ void Data::vEntitiesSettle(ReadInfoCommon& info) {
                  });
     if (!m_boSorted) vTypesSort(m_entities, iThreads);
     m_boSorted = true;
+    traced.vTell("order");
     // Workers offer projects as they come; of several the first one in the list counts, as on one thread.
     const auto [first, last] = range(def::schema::ObjectName("IFCPROJECT"), false);
     if (info.m_boParallel && std::find(first, last, pProject()) != last)
@@ -85,6 +108,7 @@ bool Data::boNumbersSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell) {
     if (boSeed) m_pEntityIdMap = std::make_unique<EntityIdMap>(0);
     if (!boKeepIds) m_pEntityIdMap.reset();
     const unsigned iThreads = info.m_boParallel ? iThreadsToSettle(m_entities.size()) : 1;
+    Traced traced(info.m_pTrace);
     const Chunks chunks = info.chunks();
     std::vector<ChunkNumbers> numbers;
     bool boComplete = true;
@@ -98,6 +122,7 @@ bool Data::boNumbersSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell) {
         for (const std::size_t iSlot : found.missing)
             info.m_pError->add(nullptr, ReportKey::MissingEntityWithId, std::to_string(iFirstId + iSlot), {}, 0);
     }
+    traced.vTell("numbers");
     return boComplete;
 }
 

@@ -36,6 +36,7 @@
 
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "Format/Ifc/Read/ReadThread.h"
+#include "Format/Ifc/Read/StageWatch.h"
 #include "Format/Ifc/Read/StatementBuffer.h"
 #include "platform/Assert.h"
 #include "platform/Utilities.h"
@@ -83,6 +84,10 @@ private:
         RootedResults m_rooted;            // what the map of GUIDs takes of them
 
         [[nodiscard]] std::string_view text(const QueuedLine& line) const noexcept { return m_text.kept(line.m_place); }
+        // Of its statements.
+        [[nodiscard]] std::size_t iBytes() const noexcept {
+            return m_lines.empty() ? 0 : m_lines.back().m_place.iBegin + m_lines.back().m_place.iLength;
+        }
         void vClear();
     };
     // A queue of batches that several threads share. Batches are linked through their own m_pNext, so that pushing and
@@ -134,9 +139,11 @@ private:
     [[nodiscard]] BatchPtr pBatchNext();
     void vBatchFree(BatchPtr pBatch) noexcept;
     void vBatchRead(Batch& batch, StepReadThread& thread);
-    [[nodiscard]] bool boBatchesRead(BatchPtr pBatches, StepReadThread& thread);
+    [[nodiscard]] bool boBatchesRead(BatchPtr pBatches, StepReadThread& thread, StageWatch& watch);
     [[nodiscard]] bool boHelp();
-    void readLines(StepReadThread& thread);
+    [[nodiscard]] StageTime* pTimeOf(std::size_t iThread) noexcept;
+    void vTraceTell() const;
+    void readLines(std::size_t iWorker);
     void vBatchFinalize(const Batch& batch, std::size_t& iNext);
     void vBatchCollect(BatchPtr pBatch);
     void finalizeLines();
@@ -147,12 +154,16 @@ private:
     std::vector<std::unique_ptr<StepReadThread>> m_threads;   // one a worker, one of the scanner
     std::vector<std::thread> m_workers;                       // empty until the first statement
     std::thread m_collector;
+    // Where asked for: of the workers, of the scanner as one of them, of the collector.
+    std::vector<StageTime> m_times;
     BatchPtr m_pBatch;            // being filled; the scanner's; null until there is a statement
     std::size_t m_iBatches = 0;   // made so far; the scanner's
     std::size_t m_iQueued = 0;    // handed to the workers so far; the scanner's
     StepReadInfoDataCommon* m_pInfo;
     FileBase* m_pFile;
     bool m_boOneWorker;
+    StageTime m_scanTime;   // of the scanner; busy with its help to the workers, too
+    StageWatch m_scanWatch;
     bool m_boActive = true;   // false at the end; the scanner's
 };
 
@@ -240,7 +251,8 @@ void IfcLineReadThreadPool::Work::Queue::vOpen() {
 IfcLineReadThreadPool::Work::Work(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker)
     : m_pInfo(&info),
       m_pFile(&file),
-      m_boOneWorker(boOneWorker) {
+      m_boOneWorker(boOneWorker),
+      m_scanWatch(info.m_pTrace ? &m_scanTime : nullptr) {
     info.m_boParallel = true;
 }
 
@@ -249,10 +261,30 @@ IfcLineReadThreadPool::Work::Work(StepReadInfoDataCommon& info, FileBase& file, 
 IfcLineReadThreadPool::Work::~Work() {
     m_boActive = false;
     vBatchQueue();
+    m_scanWatch.vWorked();
     vWorkersEnd();
     m_doneQueue.vClose();
     if (m_collector.joinable()) m_collector.join();
     // From here on every statement is in the model, or counted as lost.
+    m_scanWatch.vWaited();
+    if (m_pInfo->m_pTrace) vTraceTell();
+}
+
+// Null where nobody asks.
+StageTime* IfcLineReadThreadPool::Work::pTimeOf(std::size_t iThread) noexcept {
+    return m_times.empty() ? nullptr : &m_times[iThread];
+}
+
+void IfcLineReadThreadPool::Work::vTraceTell() const {
+    std::vector<ReadTrace::Row>& rows = m_pInfo->m_pTrace->rows;
+    const auto vAdd = [&rows](const char* pStage, std::size_t iThread, const StageTime& time, double otherwise = 0) {
+        rows.push_back({pStage, iThread, time.busy - otherwise, time.waiting, time.iBytes});
+    };
+    if (m_times.empty()) return vAdd("scan", 0, m_scanTime);
+    const std::size_t iScanner = m_times.size() - 2;
+    vAdd("scan", 0, m_scanTime, m_times[iScanner].busy);
+    for (std::size_t i = 0; i <= iScanner; ++i) vAdd("parse", i, m_times[i]);
+    vAdd("collect", 0, m_times.back());
 }
 
 // All threads or none: the next statement tries again.
@@ -262,8 +294,8 @@ void IfcLineReadThreadPool::Work::vStart() {
     try {
         for (std::size_t i = 0; i < iWorkers + 1; ++i) m_threads.push_back(std::make_unique<StepReadThread>(pool));
         m_workers.reserve(iWorkers);
-        for (std::size_t i = 0; i < iWorkers; ++i)
-            m_workers.emplace_back([this, pThread = m_threads[i].get()] { readLines(*pThread); });
+        if (m_pInfo->m_pTrace) m_times.resize(iWorkers + 2);
+        for (std::size_t i = 0; i < iWorkers; ++i) m_workers.emplace_back([this, i] { readLines(i); });
         m_collector = std::thread([this] { finalizeLines(); });
     } catch (...) {
         vWorkersEnd();
@@ -309,6 +341,7 @@ void IfcLineReadThreadPool::Work::vStatementTake(unsigned iLine) {
 void IfcLineReadThreadPool::Work::vBatchQueue() {
     if (!m_pBatch || m_pBatch->m_lines.empty()) return;
     m_pBatch->m_iOrder = m_iQueued++;
+    m_scanWatch.vWorked(m_pBatch->iBytes());
     m_lineQueue.vPush(std::move(m_pBatch));
 }
 
@@ -323,7 +356,11 @@ IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::pBatchNext() 
     for (;;) {
         if (BatchPtr pBatch = m_freeQueue.pTryPop(1)) return pBatch;
         if (m_iBatches < g_iBatchesPerWorker * (m_workers.size() + 1)) break;
-        if (!boHelp()) return m_freeQueue.pPop(1);   // all are with other threads and come back
+        if (boHelp()) continue;
+        m_scanWatch.vWorked();
+        BatchPtr pBatch = m_freeQueue.pPop(1);   // all are with other threads and come back
+        m_scanWatch.vWaited();
+        return pBatch;
     }
     BatchPtr pBatch = std::make_unique<Batch>();
     pBatch->m_lines.reserve(g_iBatchLines);
@@ -344,7 +381,8 @@ bool IfcLineReadThreadPool::Work::boHelp() {
     BatchPtr pBatches = m_lineQueue.pTryPop(g_iBatchesShared);
     if (!pBatches) return false;
     const auto handler = quietAssertions();
-    if (!boBatchesRead(std::move(pBatches), *m_threads.back()))
+    StageWatch watch(pTimeOf(m_workers.size()));
+    if (!boBatchesRead(std::move(pBatches), *m_threads.back(), watch))
         throw std::bad_alloc();   // this thread has a caller who can be told
     return true;
 }
@@ -364,7 +402,7 @@ void IfcLineReadThreadPool::Work::vBatchRead(Batch& batch, StepReadThread& threa
 // is an internal fault or a lack of memory, costs one batch and no more: it is counted as lost and goes on to the
 // collector like any other, which would wait for it in vain. After std::bad_alloc the rest of the chain is put back in front
 // of the queue: another thread may have given memory back by then, and on the scanner's thread the caller can be told.
-bool IfcLineReadThreadPool::Work::boBatchesRead(BatchPtr pBatches, StepReadThread& thread) {
+bool IfcLineReadThreadPool::Work::boBatchesRead(BatchPtr pBatches, StepReadThread& thread, StageWatch& watch) {
     bool boMemory = true;
     while (BatchPtr pBatch = boMemory ? std::move(pBatches) : nullptr) {
         pBatches = std::move(pBatch->m_pNext);
@@ -381,6 +419,7 @@ bool IfcLineReadThreadPool::Work::boBatchesRead(BatchPtr pBatches, StepReadThrea
             m_pInfo->m_pError->vLostAdd(pBatch->m_lines.size(), pBatch->m_lines.front().m_iLine);
             pBatch->m_boLost = true;
         }
+        watch.vWorked(pBatch->iBytes());
         m_doneQueue.vPush(std::move(pBatch));
     }
     m_lineQueue.vPushFront(std::move(pBatches));
@@ -388,10 +427,14 @@ bool IfcLineReadThreadPool::Work::boBatchesRead(BatchPtr pBatches, StepReadThrea
 }
 
 // A worker. What is queued is parsed to the end, also after a fatal fault.
-void IfcLineReadThreadPool::Work::readLines(StepReadThread& thread) {
+void IfcLineReadThreadPool::Work::readLines(std::size_t iWorker) {
     const auto handler = quietAssertions();
-    while (BatchPtr pBatches = m_lineQueue.pPop(g_iBatchesShared))
-        static_cast<void>(boBatchesRead(std::move(pBatches), thread));
+    StageWatch watch(pTimeOf(iWorker));
+    while (BatchPtr pBatches = m_lineQueue.pPop(g_iBatchesShared)) {
+        watch.vWaited();
+        static_cast<void>(boBatchesRead(std::move(pBatches), *m_threads[iWorker], watch));
+    }
+    watch.vWaited();
 }
 
 // iNext is the statement in hand.
@@ -424,7 +467,9 @@ void IfcLineReadThreadPool::Work::finalizeLines() {
     std::size_t iOrder = 0;   // of the batch that is next
     std::size_t iKept = 0;
     BatchPtr pKept;
+    StageWatch watch(m_times.empty() ? nullptr : &m_times.back());
     while (BatchPtr pBatch = m_doneQueue.pPop(1)) {
+        watch.vWaited();
         BatchPtr* pPlace = &pKept;
         while (*pPlace && (*pPlace)->m_iOrder < pBatch->m_iOrder) pPlace = &(*pPlace)->m_pNext;
         pBatch->m_pNext = std::move(*pPlace);
@@ -432,7 +477,9 @@ void IfcLineReadThreadPool::Work::finalizeLines() {
         const std::size_t iBefore = iKept++;
         for (; pKept && pKept->m_iOrder == iOrder; ++iOrder, --iKept) {
             BatchPtr pNext = std::move(pKept->m_pNext);
+            const std::size_t iBytes = pKept->iBytes();
             vBatchCollect(std::move(pKept));
+            watch.vWorked(iBytes);
             pKept = std::move(pNext);
         }
         if (iKept == iBefore) continue;

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "Format/Ifc/IfcLineReadThreadPool.h"
+#include "Format/Ifc/Read/StageWatch.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa::ifc::io {
@@ -47,7 +48,8 @@ bool ReadFile::boRead(FileBase& file, std::istream& stream, SchemaFromName schem
 
 bool ReadFile::boRead(FileBase& file, std::istream& stream, ReadError& error, const ReadOptions& options) {
     // On the heap: buffer and entity table are too large for a stack.
-    const auto pScanner = std::make_unique<Scanner>(file, stream, error, options.boSingleThreaded);
+    if (options.pTrace) options.pTrace->rows.clear();
+    const auto pScanner = std::make_unique<Scanner>(file, stream, error, options);
     if (!pScanner->boScan(options.schemaFromName, options.progress)) {
         if (options.boSettlePart) file.dataBase().vPartSettle(pScanner->info(), options.boKeepIds);
         return false;
@@ -57,7 +59,7 @@ bool ReadFile::boRead(FileBase& file, std::istream& stream, ReadError& error, co
     return !error.boFatal();
 }
 
-Scanner::Scanner(FileBase& file, std::istream& stream, ReadError& error, bool boSingleThreaded)
+Scanner::Scanner(FileBase& file, std::istream& stream, ReadError& error, const ReadOptions& options)
     : ReadFile(stream),
       m_pFile(&file),
       m_boSimple(dynamic_cast<FileSimple*>(&file) != nullptr),
@@ -66,7 +68,8 @@ Scanner::Scanner(FileBase& file, std::istream& stream, ReadError& error, bool bo
       m_boMarkerSeen(m_boSimple),
       m_boInData(m_boSimple) {
     m_entities.reserve(1);
-    if (boSingleThreaded) return;
+    m_info.m_pTrace = options.pTrace;
+    if (options.boSingleThreaded) return;
     m_pPool = std::make_unique<IfcLineReadThreadPool>(m_info, file, false);
     m_pText = &m_pPool->buffer();
 }
@@ -84,11 +87,16 @@ void Scanner::vBeforeRefill(const char* pBuffer, unsigned iValid) {
 }
 
 bool Scanner::boScan(const SchemaFromName& schemaFromName, const ReadProgress& progress) {
+    StageTime time;
+    StageWatch watch(m_info.m_pTrace ? &time : nullptr);
     const Scan eScan = scan(schemaFromName, progress);
     if (m_pPool) {
         m_statement.vAppendExact(m_pText->text());   // what is left behind the last statement
         m_pText = &m_statement;
         m_pPool.reset();   // every statement handed on is parsed and finalised, whatever ended the scan
+    } else if (m_info.m_pTrace) {
+        watch.vWorked(iPosInStream());
+        m_info.m_pTrace->rows.push_back({"scan", 0, time.busy, 0, time.iBytes});
     }
     return eScan == Scan::EndOfInput ? boEndOfInput() : eScan == Scan::Finished;
 }

@@ -26,7 +26,7 @@ class IfcLineReadThreadPool;
 
 class Scanner final : public ReadFile {
 public:
-    Scanner(FileBase& file, std::istream& stream, ReadError& error, bool boSingleThreaded);
+    Scanner(FileBase& file, std::istream& stream, ReadError& error, const ReadOptions& options);
     ~Scanner() override;
 
     // False where the input has no proper end, or holds a fatal fault. Every statement is parsed then.

@@ -26,6 +26,7 @@
 
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/IfcReadOptions.h"
 #include "Format/Ifc/Memory/SimplePool.h"
 #include "platform/Compiler.h"
 #include "platform/SharedMutex.h"
@@ -135,8 +136,9 @@ struct ReadInfoCommon {
             });
     }
 
-    io::ReadError* m_pError;     ///< where the read reports
-    bool m_boParallel = false;   ///< several threads parse statements of this read at once, and may complete it
+    io::ReadError* m_pError;         ///< where the read reports
+    bool m_boParallel = false;       ///< several threads parse statements of this read at once, and may complete it
+    ReadTrace* m_pTrace = nullptr;   ///< who asks what the threads did; not owned
 
     /// The slots of 32,768 numbers, from a multiple of that on.
     ///

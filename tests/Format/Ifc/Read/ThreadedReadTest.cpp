@@ -3,9 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <random>
 #include <set>
+#include <sstream>
+#include <string>
+#include <vector>
 
+#include "Format/Ifc/IfcLineReadThreadPool.h"
 #include "Format/Ifc/SmallModel.h"
 
 namespace oxa::ifc {
@@ -152,6 +157,53 @@ TEST(ThreadedRead, OfSeveralProjectsTheFirstInTheFileCounts) {
         ASSERT_TRUE(model.boRead);
         ASSERT_NE(model.file.data().pProject(), nullptr);
         EXPECT_EQ(model.file.data().iIdFromEntity(*model.file.data().pProject()), g_iLast);
+    }
+}
+
+TEST(ThreadedRead, TellsWhatItsThreadsDid) {
+    std::string sText = "ISO-10303-21;HEADER;FILE_SCHEMA(('SMALL'));ENDSEC;DATA;";
+    std::uint64_t iBytes = 0;
+    for (int i = 1; i <= 20'000; ++i) {
+        const std::string sStatement = '#' + std::to_string(i) + "=IFCPOINT((1.));";
+        iBytes += sStatement.size();
+        sText += sStatement;
+    }
+    sText += "ENDSEC;END-ISO-10303-21;";
+    const std::size_t iWorkers = io::IfcLineReadThreadPool::iWorkerCount();
+    std::vector<std::string> threaded{"scan 0"};
+    for (std::size_t i = 0; i <= iWorkers; ++i) threaded.push_back("parse " + std::to_string(i));
+    for (const char* pStage : {"collect 0", "numbers 0", "inverse lists 0", "order 0"}) threaded.emplace_back(pStage);
+    struct Row {
+        bool boSingleThreaded;
+        std::vector<std::string> stages;
+    };
+    for (const Row& row : {Row{false, threaded}, Row{true, {"scan 0", "numbers 0", "inverse lists 0", "order 0"}}}) {
+        SCOPED_TRACE(row.boSingleThreaded);
+        File file;
+        io::ReadError errors;
+        ReadTrace trace;
+        trace.rows.resize(3);   // of another read
+        std::istringstream in(sText);
+        ASSERT_TRUE(file.boRead(
+            in, errors,
+            {.schemaFromName = schemaIs(smallSchema()), .boSingleThreaded = row.boSingleThreaded, .pTrace = &trace}));
+        std::vector<std::string> stages;
+        std::map<std::string, std::uint64_t> bytes;
+        for (const ReadTrace::Row& told : trace.rows) {
+            stages.push_back(told.pStage + std::string(" ") + std::to_string(told.iThread));
+            bytes[told.pStage] += told.iBytes;
+            EXPECT_GE(told.busy, 0) << stages.back();
+            EXPECT_GE(told.waiting, 0) << stages.back();
+        }
+        EXPECT_EQ(stages, row.stages);
+        if (row.boSingleThreaded) {
+            EXPECT_GE(bytes["scan"], iBytes);   // as far as the stream was read
+            EXPECT_LE(bytes["scan"], sText.size());
+            continue;
+        }
+        // A NUL stands behind each statement but the last one of a batch.
+        for (const char* pStage : {"scan", "parse", "collect"})
+            EXPECT_EQ(bytes[pStage], iBytes + 20'000 - 100) << pStage;
     }
 }
 
