@@ -79,7 +79,6 @@ public:
     }
     // Behind the scan. Null where no rules are to be evaluated.
     check::RuleLevel* pFinish() {
-        m_bytes.vLeave(Who::Scan);
         if (m_boReads && m_boLater) {
             m_source.clear();
             if (m_begin != g_never && !m_source.seekg(m_begin)) throw FileError("the file can't be read a second time");
@@ -97,6 +96,8 @@ private:
     void vRead(std::istream& stream) {
         try {
             m_level->vRead(stream);
+        } catch (const std::ios_base::failure& failure) {   // of a source that is read a second time
+            m_pFault = std::make_exception_ptr(FileError("the file can't be read on: " + failure.code().message()));
         } catch (...) {
             m_pFault = std::current_exception();
         }

@@ -78,7 +78,7 @@ struct CheckOptions {
 struct CheckPlace {
     std::uint64_t line = 0;     ///< from 1; 0 where it is about the file as a whole
     std::uint64_t column = 0;   ///< in bytes, from 1; 0 where it is not known
-    std::uint64_t id = 0;       ///< the number of the instance; 0 where there is none
+    std::uint64_t id = 0;       ///< the number of the instance; 0 where there is none, or one of more than 18 digits
     std::string found{};        ///< what stands there, or the values that made the rule fail; may be empty
 };
 

@@ -5,6 +5,8 @@
 #include <tuple>
 #include <utility>
 
+#include "Check/Syntax/InstanceTable.h"
+
 namespace oxa::check {
 
 namespace {
@@ -19,7 +21,7 @@ auto place(const CheckPlace& place) {
 bool boBefore(const CheckPlace& a, const CheckPlace& b) { return place(a) < place(b); }
 
 CheckPlace placeOf(const Failure& failure) {
-    return {failure.line, failure.column, failure.id, std::string(failure.found)};
+    return {failure.line, failure.column, InstanceTable::iTold(failure.id), std::string(failure.found)};
 }
 
 auto order(const CheckGroup& group) {

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <stdexcept>
 #include <streambuf>
 #include <string>
+#include <thread>
 
 #include "CheckText.h"
 #include "Model/Error.h"
@@ -84,6 +86,78 @@ TEST(CheckShared, WhatTheSystemCanNotReadIsNoEndOfTheFile) {
     }
 }
 
+// One thread sets the stream back for the model, whose second reading may fail.
+TEST(CheckShared, WhatFailsTheSecondTimeIsTold) {
+    class Seekable final : public std::streambuf {
+    public:
+        explicit Seekable(std::string sBytes, bool boRefuses = false)
+            : m_sBytes(std::move(sBytes)),
+              m_boRefuses(boRefuses) {}
+
+    private:
+        pos_type seekoff(off_type, std::ios_base::seekdir, std::ios_base::openmode) override {   // where it stands
+            return static_cast<off_type>(m_iAt) - (egptr() - gptr());
+        }
+        pos_type seekpos(pos_type place, std::ios_base::openmode) override {
+            if (m_boRefuses) return static_cast<off_type>(-1);
+            ++m_iSeeks;
+            m_iAt = static_cast<std::size_t>(place);
+            setg(nullptr, nullptr, nullptr);
+            return place;
+        }
+        int_type underflow() override {
+            if (m_iSeeks > 1 && m_iAt > 100'000) throw std::ios_base::failure("the system fails");
+            const std::size_t iSize = std::min<std::size_t>(m_sBytes.size() - m_iAt, 7919);
+            if (iSize == 0) return traits_type::eof();
+            setg(m_sBytes.data() + m_iAt, m_sBytes.data() + m_iAt, m_sBytes.data() + m_iAt + iSize);
+            m_iAt += iSize;
+            return traits_type::to_int_type(*gptr());
+        }
+
+        std::string m_sBytes;
+        std::size_t m_iAt = 0;
+        int m_iSeeks = 0;
+        bool m_boRefuses;
+    };
+    CheckOptions options;
+    options.threads = 1;
+    Seekable bytes(sModel());
+    std::istream stream(&bytes);
+    EXPECT_THROW(static_cast<void>(checkStream(stream, options)), FileError);
+    // Where it can't be set back its bytes are kept; without rules no model is needed.
+    for (const bool boRules : {true, false}) {
+        options.levels[static_cast<std::size_t>(CheckLevel::Rules)] = boRules;
+        Seekable once(sModel(), boRules);
+        std::istream again(&once);
+        const CheckResult result = checkStream(again, options);
+        EXPECT_EQ(result.statements, 24'001U);
+        EXPECT_EQ(result.level(CheckLevel::Rules).failures, boRules ? 12'012U : 0U);
+    }
+}
+
+// The model is read as far ahead as it may be then, and waits.
+TEST(CheckShared, AScanThatEndsEarlyKeepsNobodyWaiting) {
+    const std::string sFile = FileText().text("/*" + std::string(8'000'000, '-') + "*/#1=IFCDIRECTION((0.,0.,0.));");
+    for (const bool boStops : {false, true}) {
+        std::stop_source stop;
+        CheckOptions options;
+        options.threads = 2;
+        options.stop = stop.get_token();
+        options.progress = [&](const Progress& progress) {
+            if (progress.done < 600'000) return;   // the model is read from the second window of bytes on
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+            if (!boStops) throw std::range_error("enough");
+            stop.request_stop();
+        };
+        std::istringstream stream(sFile);
+        if (boStops) {
+            EXPECT_THROW(static_cast<void>(checkStream(stream, options)), Stopped);
+        } else {
+            EXPECT_THROW(static_cast<void>(checkStream(stream, options)), std::range_error);
+        }
+    }
+}
+
 // By the progress of the scan, and by that of the rules.
 TEST(CheckShared, StopsInTheMiddle) {
     const std::string sFile = sModel();
@@ -101,6 +175,7 @@ TEST(CheckShared, StopsInTheMiddle) {
                 EXPECT_LE(progress.done, progress.total.value_or(progress.done));
             };
             std::istringstream stream(sFile);
+            options.levels[static_cast<std::size_t>(CheckLevel::Rules)] = boRules;
             EXPECT_THROW(static_cast<void>(checkStream(stream, options)), Stopped);
             EXPECT_GT(iLast, boRules ? sFile.size() : 0U);
         }
@@ -129,6 +204,20 @@ TEST(CheckShared, PassesTheCallersExceptionsOn) {
                 EXPECT_STREQ(fault.what(), "enough");
             }
         }
+}
+
+// Nothing is told of a file whose last bytes came with the wish to end.
+TEST(CheckShared, StopsAtTheEnd) {
+    const std::string sFile = FileText().text("#1=IFCDIRECTION((1.,0.,0.));");
+    std::stop_source source;
+    CheckOptions options;
+    options.levels = {true, true, true, false};
+    options.stop = source.get_token();
+    options.progress = [&](const Progress& progress) {
+        if (progress.done == sFile.size()) source.request_stop();
+    };
+    std::istringstream stream(sFile);
+    EXPECT_THROW(static_cast<void>(checkStream(stream, options)), Stopped);
 }
 
 // A header that is longer than what one reader may be ahead of the other.

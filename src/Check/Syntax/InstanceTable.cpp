@@ -29,6 +29,8 @@ std::uint64_t InstanceTable::iNumber(std::string_view digits) noexcept {
     return iValue | g_iSparse;
 }
 
+std::uint64_t InstanceTable::iTold(std::uint64_t iNumber) noexcept { return iNumber < g_iSparse ? iNumber : 0; }
+
 std::string InstanceTable::sName(std::uint64_t iNumber) {
     return iNumber < g_iSparse ? '#' + std::to_string(iNumber) : std::string("an instance of more than 18 digits");
 }

@@ -33,6 +33,9 @@ public:
     // "#12" for a number; those with more than 18 digits are told as what they are.
     [[nodiscard]] static std::string sName(std::uint64_t iNumber);
 
+    // The number as its file has it; 0 for those with more than 18 digits.
+    [[nodiscard]] static std::uint64_t iTold(std::uint64_t iNumber) noexcept;
+
     // Enters an instance. False where there is one with that number.
     bool boInsert(std::uint64_t iNumber, std::uint64_t iLine);
     // Null where there is none. Good until the next boInsert.

@@ -120,18 +120,34 @@ TEST(ExpressDeclaration, FaultsAreToldWithLineAndColumn) {
 }
 
 TEST(ExpressDeclaration, DepthIsBounded) {
-    std::string sDeep = "SCHEMA s; PROCEDURE p;";
-    for (int i = 0; i < 100000; ++i) sDeep += " BEGIN";
-    std::string sFunctions = "SCHEMA s;";
-    for (int i = 0; i < 100000; ++i) sFunctions += " FUNCTION f : REAL;";
-    std::string sTypes = "SCHEMA s; FUNCTION f : ";
-    for (int i = 0; i < 100000; ++i) sTypes += "LIST OF ";
-    for (const std::string& sText : {sDeep, sFunctions, sTypes}) {
-        std::vector<oxa::ifc::SchemaMessage> messages;
-        SchemaRules rules;
-        EXPECT_FALSE(Parser(sText, messages).boReadSchema(rules));
-        EXPECT_EQ(messages.at(0).sText, "nested too deeply");
-    }
+    struct DepthRow {
+        const char* sRule;
+        const char* sFront;
+        const char* sBegin;
+        const char* sInside;
+        const char* sEnd;
+        const char* sBehind;
+        std::size_t iMost;
+    };
+    const DepthRow rows[] = {
+        {"statements, in a procedure, with an expression inside", "SCHEMA s; PROCEDURE p;", " BEGIN", " a := 1;",
+         " END;", " END_PROCEDURE; END_SCHEMA;", 253},
+        {"procedures", "SCHEMA s;", " PROCEDURE p;", "", " END_PROCEDURE;", " END_SCHEMA;", 256},
+        {"types, in a function", "SCHEMA s; FUNCTION f : ", "LIST OF ", "REAL; RETURN (1); END_FUNCTION;", "",
+         " END_SCHEMA;", 255},
+    };
+    for (const DepthRow& row : rows)
+        for (const std::size_t iCount : {row.iMost, row.iMost + 1, std::size_t{100'000}}) {
+            SCOPED_TRACE(std::string(row.sRule) + ", " + std::to_string(iCount));
+            std::string sText = row.sFront;
+            for (std::size_t i = 0; i < iCount; ++i) sText += row.sBegin;
+            sText += row.sInside;
+            for (std::size_t i = 0; i < iCount; ++i) sText += row.sEnd;
+            std::vector<oxa::ifc::SchemaMessage> messages;
+            SchemaRules rules;
+            EXPECT_EQ(Parser(sText + row.sBehind, messages).boReadSchema(rules), iCount == row.iMost);
+            EXPECT_EQ(messages.empty() ? "" : messages.front().sText, iCount == row.iMost ? "" : "nested too deeply");
+        }
 }
 
 }   // namespace

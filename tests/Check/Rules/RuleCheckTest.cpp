@@ -24,10 +24,10 @@ struct Row {
 };
 
 // "#12 Rule: reason", with "! " in front of a rule that could not be evaluated.
-std::vector<std::string> found(const std::string& sData, unsigned iThreads = 1) {
+std::vector<std::string> found(const std::string& sData, unsigned iThreads = 1, const char* sSchema = g_sSchema) {
     std::vector<oxa::ifc::SchemaMessage> messages;
-    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(g_sSchema, messages);
-    ExpressRun run(*pSchema, g_sSchema, {}, sData);
+    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(sSchema, messages);
+    ExpressRun run(*pSchema, sSchema, {}, sData);
     rules::RuleOptions options;
     options.iThreads = iThreads;
     std::vector<std::string> result;
@@ -89,6 +89,23 @@ TEST(RuleCheck, BoundsMayBeExpressions) {
     }
 }
 
+// Instances are equal where their values are, and those of the instances that these refer to, 200 deep.
+TEST(RuleCheck, InstancesAreComparedSoDeep) {
+    const char* const sChain = "SCHEMA S; ENTITY A; Next : OPTIONAL A; Other : OPTIONAL A; WHERE Same : NOT "
+                               "EXISTS(Other) OR (Next = Other); END_ENTITY; END_SCHEMA;";
+    for (const int iLength : {1, 199, 200, 201, 5000}) {
+        SCOPED_TRACE(iLength);
+        std::string sData = "#1=A(#2,#" + std::to_string(iLength + 2) + ");";
+        for (int i = 2; i < 2 * iLength + 2; ++i)
+            sData += '#' + std::to_string(i) + "=A(" +
+                     (i == iLength + 1 || i == 2 * iLength + 1 ? "$" : '#' + std::to_string(i + 1)) + ",$);";
+        EXPECT_EQ(found(sData, 1, sChain),
+                  iLength <= 200
+                      ? std::vector<std::string>{}
+                      : std::vector<std::string>{"! #1 A.Same: instances that are compared are nested too deeply"});
+    }
+}
+
 TEST(RuleCheck, ThreadsFindTheSameInTheSameOrder) {
     std::string sData;
     for (int i = 1; i <= 20000; ++i)
@@ -97,6 +114,23 @@ TEST(RuleCheck, ThreadsFindTheSameInTheSameOrder) {
     const std::vector<std::string> one = found(sData, 1);
     EXPECT_GT(one.size(), 10000U);
     for (const unsigned iThreads : {2U, 3U, 8U}) EXPECT_EQ(found(sData, iThreads), one);
+}
+
+// Who uses an instance is found out by the first thread that asks.
+TEST(RuleCheck, ThreadsShareWhatTheyKnowOfUses) {
+    const char* const sSchema =
+        "SCHEMA S; ENTITY A; WHERE X : SIZEOF(USEDIN(SELF, 'S.B.X')) < 2; Y : SIZEOF(USEDIN(SELF, 'S.B.Y')) = 0; "
+        "All : SIZEOF(USEDIN(SELF, '')) < 3; END_ENTITY; ENTITY B; X : A; Y : OPTIONAL A; END_ENTITY; END_SCHEMA;";
+    constexpr int iCount = 6000;
+    std::string sData;
+    for (int i = 1; i <= iCount; ++i) sData += '#' + std::to_string(i) + "=A();";
+    for (int i = 1; i <= iCount; ++i)
+        sData += '#' + std::to_string(iCount + i) + "=B(#" + std::to_string(i % 1000 ? i : 1) + ',' +
+                 (i % 1500 ? "$" : "#2") + ");";
+    const std::vector<std::string> expected = {
+        "#1 A.X: SIZEOF(USEDIN(SELF, 'S.B.X')) = 7", "#1 A.All: SIZEOF(USEDIN(SELF, '')) = 7",
+        "#2 A.Y: SIZEOF(USEDIN(SELF, 'S.B.Y')) = 4", "#2 A.All: SIZEOF(USEDIN(SELF, '')) = 5"};
+    for (const unsigned iThreads : {1U, 2U, 8U}) EXPECT_EQ(found(sData, iThreads, sSchema), expected);
 }
 
 TEST(RuleCheck, MakesTheReasonsOfWhatIsTold) {
@@ -146,6 +180,51 @@ TEST(RuleCheck, LeavesOutWhatWouldTakeTooManySteps) {
                        (result.counts[i].iFailed ? " left out; " : "; ");
         EXPECT_EQ(sCounts, "A.W unknown left out; B.X; All.Y left out; ");
     }
+}
+
+// Steps, counts and names of instances are those of one thread, what is remembered of a derived value or not.
+TEST(RuleCheck, CostsTheSameOnAnyNumberOfThreads) {
+    const std::string sSchema =
+        "SCHEMA S; FUNCTION Slow : INTEGER; LOCAL n : INTEGER := 0; END_LOCAL; REPEAT i := 1 TO 100; n := n + i; "
+        "END_REPEAT; RETURN (n); END_FUNCTION; ENTITY D; DERIVE Sum : INTEGER := Slow; END_ENTITY; "
+        "ENTITY A; Ref : D; Bad : OPTIONAL A; WHERE W : Ref.Sum = 5050; X : NOT (Bad :=: Bad); END_ENTITY; END_SCHEMA;";
+    std::string sData = "#1=D();";
+    for (int i = 2; i <= 5000; ++i)
+        sData += '#' + std::to_string(i) + "=A(#1," + (i % 2 || i == 2 ? "$" : '#' + std::to_string(i - 1)) + ");";
+    std::vector<oxa::ifc::SchemaMessage> messages;
+    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(sSchema, messages);
+    ASSERT_NE(pSchema, nullptr) << messages.front().sText;
+    ExpressRun run(*pSchema, sSchema, {}, sData);
+    std::string sExpected;
+    std::uint64_t iSteps = 0;
+    for (const bool boNumbered : {true, false})
+        for (const unsigned iThreads : {1U, 2U, 7U}) {
+            SCOPED_TRACE(std::to_string(iThreads) + (boNumbered ? " threads" : " threads, numbers dealt anew"));
+            if (!boNumbered) static_cast<void>(run.file.data().entityIdMap(true));
+            rules::RuleOptions options;
+            options.iThreads = iThreads;
+            const rules::RuleResult result = rules::checkRules(*run.pProgram, run.file.data(), options);
+            std::string sAll = std::to_string(result.iSteps);
+            for (const rules::RuleCount& count : result.counts)
+                sAll += ' ' + std::to_string(count.iEvaluated) + ' ' + std::to_string(count.iFailed);
+            for (const rules::RuleFinding& finding : result.findings) sAll += '\n' + finding.sReason;
+            if (iThreads == 1) sExpected = sAll;
+            EXPECT_EQ(sAll, sExpected);
+            ASSERT_EQ(result.findings.size(), 2499U);
+            if (boNumbered) {
+                EXPECT_EQ(result.findings.front().sReason, "Bad = #3=A");
+            }
+            iSteps = result.iSteps;
+        }
+    // As many as it takes are enough; one less leaves the last share out.
+    for (const unsigned iThreads : {1U, 7U})
+        for (const std::uint64_t iLess : {0U, 1U}) {
+            rules::RuleOptions options;
+            options.iThreads = iThreads;
+            options.iStepsOfModel = iSteps - iLess;
+            options.iStepsOfInstance = 0;
+            EXPECT_EQ(rules::checkRules(*run.pProgram, run.file.data(), options).iLeftOut, iLess ? 5000U % 1024U : 0U);
+        }
 }
 
 TEST(RuleCheck, StopsWhereItIsAskedTo) {
