@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Threads that look at one model at the same time, and those with a model each.
+#include <barrier>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -38,6 +40,32 @@ TEST(ModelThreads, LookAtOneModel) {
     vOnThreads(texts.size(), [&](std::size_t i) { texts[i] = sAll(model); });
     for (const std::string& sText : texts) EXPECT_EQ(sText, texts[0]);
     EXPECT_GT(texts[0].size(), sExpected.size());
+}
+
+// The first look at a model that was changed puts its list in order, whatever is asked.
+TEST(ModelThreads, TheFirstLookIsOfAnyKind) {
+    for (int iRound = 0; iRound < 10; ++iRound) {
+        Model model = Model::open(OXA_SOURCE_DIR "/examples/house-ifc4.ifc");
+        const std::size_t iBefore = model.size();
+        const std::size_t iWalls = model.all("IfcWall").size();
+        for (int i = 0; i < 3; ++i) model.create("IfcWall", {{"Name", "new"}});
+        std::barrier start(6);
+        std::vector<std::size_t> counts(6);
+        vOnThreads(counts.size(), [&](std::size_t i) {
+            start.arrive_and_wait();
+            counts[i] = i % 3 == 0 ? model.size() : i % 3 == 1 ? model.all().size() : model.all("IfcWall").size();
+        });
+        for (std::size_t i = 0; i < counts.size(); ++i) EXPECT_EQ(counts[i], (i % 3 == 2 ? iWalls : iBefore) + 3) << i;
+    }
+}
+
+TEST(ModelThreads, ReadIfcXmlEach) {
+    Model model = Model::open(OXA_SOURCE_DIR "/examples/house-ifc4.ifc");
+    std::ostringstream out;
+    model.save(out, {.format = Format::IfcXml});
+    const std::string sExpected = sAll(Model::fromBuffer(out.str()));
+    EXPECT_GT(sExpected.size(), 1000U);
+    vOnThreads(4, [&](std::size_t) { EXPECT_EQ(sAll(Model::fromBuffer(out.str())), sExpected); });
 }
 
 TEST(ModelThreads, HaveModelsOfTheirOwn) {

@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "CountCheck.h"
@@ -224,6 +226,17 @@ TEST(CountFile, TellsItsProgressAndEndsWithWhatThatThrows) {
     EXPECT_GT(told.size(), 8U);
     EXPECT_TRUE(std::ranges::is_sorted(told));
     EXPECT_EQ(told.back(), sData.size() + g_sEnd.size() + 1);   // and the line end behind DATA
+    // The last call says all of it, whichever thread was the last.
+    for (int i = 0; i < 5; ++i) {
+        told.clear();
+        const auto late = [&told](std::uint64_t iBytes) {
+            if (told.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(30));
+            told.push_back(iBytes);
+        };
+        EXPECT_EQ(io::CountFile::count(text.path(), {.progress = late}).doubt, "");
+        ASSERT_FALSE(told.empty());
+        EXPECT_EQ(told.back(), sData.size() + g_sEnd.size() + 1);
+    }
     const auto thrower = [](std::uint64_t) { throw std::runtime_error("enough"); };
     for (const bool boSingleThreaded : {true, false})
         EXPECT_THROW(io::CountFile::count(text.path(), {.boSingleThreaded = boSingleThreaded, .progress = thrower}),

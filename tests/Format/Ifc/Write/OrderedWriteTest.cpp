@@ -211,9 +211,15 @@ TEST(WriteOrder, NumbersTheRestBehindWhatHasNumbers) {
 }
 
 TEST(WriteOrder, WritesStatementByStatementWhereTheWriterWantsThat) {
+    struct LateWriter final : RecordingWriter {
+        std::size_t iLineAdd(std::string& line, unsigned iId) override {
+            if (iId % 500 == 1) std::this_thread::sleep_for(std::chrono::milliseconds(5));   // others would overtake
+            return RecordingWriter::iLineAdd(line, iId);
+        }
+    };
     const ReadFileModel model(sSmallFile(700), true, schemaIs(smallSchema()));
     for (const bool boSingleThreaded : g_threads) {
-        RecordingWriter writer;
+        LateWriter writer;
         WriteError errors;
         EXPECT_TRUE(model.file.data().boWrite(writer, errors,
                                               {.boSingleThreaded = boSingleThreaded, .eOrder = WriteOrder::Number}));
