@@ -22,8 +22,6 @@ bool boColoursWanted() {
     return !(pNoColor && *pNoColor) && !(pTerminal && std::string_view(pTerminal) == "dumb");
 }
 
-std::string sDump(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); }
-
 }   // namespace
 
 Output::Output()
@@ -44,7 +42,7 @@ void Output::vJsonBegin() {
 }
 
 void Output::vJsonItem(const Json& value) {
-    vPrint("{}{}", m_boFirstItem ? "\n" : ",\n", sDump(value));
+    vPrint("{}{}", m_boFirstItem ? "\n" : ",\n", sJson(value));
     m_boFirstItem = false;
 }
 
@@ -60,6 +58,8 @@ void Output::vFlush() {
     m_boWanted = false;
     if (iError != EPIPE) throw Failure(fmt::format("can't write the output: {}", std::strerror(iError)));
 }
+
+std::string sJson(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 std::string sPrintable(std::string_view text) {
     std::string sText(text);

@@ -55,6 +55,8 @@ private:
     bool m_boFirstItem = true;
 };
 
+// A value on one line. Bytes that are no UTF-8 become U+FFFD.
+[[nodiscard]] std::string sJson(const Json& value);
 // The text on one line and harmless for a terminal: a control character becomes "?", a blank one a space.
 [[nodiscard]] std::string sPrintable(std::string_view text);
 // The same, and of at most iLength bytes: a longer text ends in "..." and its length.

@@ -157,7 +157,7 @@ Json countRows(const RecordCounts& counts) {
 }
 
 // What the template says of each group, by its name.
-void vGroupsAdd(Json& page, const std::vector<RecordGroup>& groups, const RowChoice& choice) {
+void vGroupsAdd(Json& page, const std::vector<RecordGroup>& groups, const RowChoice& choice, const std::string& sAll) {
     page["severities"] = page["titles"] = page["totals"] = page["more"] = page["following"] = Json::object();
     std::size_t iRecords = 0;
     for (std::size_t i = 0; i < groups.size(); ++i) {
@@ -180,8 +180,8 @@ void vGroupsAdd(Json& page, const std::vector<RecordGroup>& groups, const RowCho
     const std::size_t iHiddenMessages = choice.iHiddenMessages();
     const std::string sHiddenMessages =
         iHiddenMessages ? fmt::format(", {} not at all", sCounted(iHiddenMessages, "message")) : "";
-    page["hidden"] = fmt::format("{} of {} are listed{}. oxaifc check --all prints all of them.",
-                                 sGrouped(choice.iShown()), sCounted(iRecords, "error"), sHiddenMessages);
+    page["hidden"] = fmt::format("{} of {} are listed{}. {} prints all of them.", sGrouped(choice.iShown()),
+                                 sCounted(iRecords, "error"), sHiddenMessages, sAll);
 }
 
 }   // namespace
@@ -203,22 +203,24 @@ std::string sHtml(std::string_view text) {
 
 ReportContent reportContent(const Model& model) {
     const bool boFine = model.errors().empty() && model.boOk() && model.sLost().empty();
-    return {model.sName(), &model.errors(), sVerdict(model, recordCounts(model.errors())),
-            boFine         ? "ok"
-            : model.boOk() ? "error"
-                           : "fatal",
-            facts(model)};
+    ReportContent content;
+    content.sName = model.sName();
+    content.pRecords = &model.errors();
+    content.sVerdict = sVerdict(model, recordCounts(model.errors()));
+    content.state = boFine ? "ok" : model.boOk() ? "error" : "fatal";
+    content.facts = facts(model);
+    return content;
 }
 
 ReportPage reportPage(const ReportContent& content) {
     const std::vector<RecordGroup> groups = recordGroups(*content.pRecords);
     const RowChoice choice(groups);
-    Json page = {{"verdict", content.sVerdict},
-                 {"state", content.state},
-                 {"facts", factRows(content.facts)},
-                 {"counts", countRows(recordCounts(*content.pRecords))},
+    Json page = {{"verdict", content.sVerdict},      {"state", content.state},
+                 {"facts", factRows(content.facts)}, {"partsTitle", sHtml(content.sParts)},
+                 {"parts", factRows(content.parts)}, {"heading", sHtml(content.sHeading)},
+                 {"places", content.boPlaces},       {"counts", countRows(recordCounts(*content.pRecords))},
                  {"program", "oxaifc " OXA_VERSION}};
-    vGroupsAdd(page, groups, choice);
+    vGroupsAdd(page, groups, choice, content.sAll);
     // As a value of the template's language, which takes JSON in plain ASCII as it is.
     return {choice.pErrors(), fmt::format("{{% set page = {} %}}{}", page.dump(-1, ' ', true), sReportPageText())};
 }

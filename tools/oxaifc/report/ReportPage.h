@@ -28,11 +28,18 @@ inline constexpr std::size_t g_iMostTextBytes = 1000;    // of a message or a so
 
 // What a page is about: records, and what is said of the file as a whole. Texts are as they are, not HTML.
 struct ReportContent {
-    std::string sName;                               // of the file
-    const std::vector<ifc::ErrorRecord>* pRecords;   // never null; of what makes the page
-    std::string sVerdict;
-    std::string_view state;                                   // "ok", "error" or "fatal"
-    std::vector<std::pair<std::string, std::string>> facts;   // label and text
+    using Rows = std::vector<std::pair<std::string, std::string>>;   // label and text
+
+    std::string sName{};                                       // of the file
+    const std::vector<ifc::ErrorRecord>* pRecords = nullptr;   // of what makes the page
+    std::string sVerdict{};
+    std::string_view state{};   // "ok", "error" or "fatal"
+    Rows facts{};
+    std::string sParts{};   // heading of the next; empty for none
+    Rows parts{};
+    std::string sHeading = "Messages";         // of the records
+    bool boPlaces = true;                      // whether records have lines and categories that say something
+    std::string sAll = "oxaifc check --all";   // what tells more records than the page
 };
 // That of a read. Good as long as the model.
 [[nodiscard]] ReportContent reportContent(const Model& model);

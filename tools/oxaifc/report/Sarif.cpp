@@ -11,12 +11,6 @@
 
 namespace oxa::tool {
 
-namespace {
-
-std::string sDump(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); }
-
-}   // namespace
-
 std::string sUriOf(const std::string& sPath) {
     constexpr std::string_view plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~/";
     const std::filesystem::path path = str::pathOf(sPath);
@@ -49,7 +43,7 @@ void Sarif::vResult(const CheckRecord& record, const std::string& sUri) {
     if (!group.type.empty()) properties["type"] = group.type;
     if (!group.attribute.empty()) properties["attribute"] = group.attribute;
     m_stream << (m_boFirst ? "\n" : ",\n")
-             << sDump({{"ruleId", sRuleId},
+             << sJson({{"ruleId", sRuleId},
                        {"level", group.weight == CheckWeight::Note ? "note" : "error"},
                        {"message", {{"text", sCheckMessage(record)}}},
                        {"locations", Json::array({location})},
@@ -87,9 +81,9 @@ void Sarif::vFinish() {
     Json rules = Json::array();
     for (const auto& [sKey, sText] : m_rules) rules.push_back({{"id", sKey}, {"shortDescription", {{"text", sText}}}});
     const Json invocation = {{"executionSuccessful", m_boSuccessful}, {"toolExecutionNotifications", m_notifications}};
-    m_stream << "\n],\"invocations\":" << sDump(Json::array({invocation}))
-             << ",\"properties\":" << sDump({{"files", m_files}})
-             << ",\"tool\":" << sDump({{"driver", {{"name", "oxaifc"}, {"version", OXA_VERSION}, {"rules", rules}}}})
+    m_stream << "\n],\"invocations\":" << sJson(Json::array({invocation}))
+             << ",\"properties\":" << sJson({{"files", m_files}})
+             << ",\"tool\":" << sJson({{"driver", {{"name", "oxaifc"}, {"version", OXA_VERSION}, {"rules", rules}}}})
              << "}]}\n";
 }
 

@@ -159,8 +159,6 @@ void vJsonWrite(const StrictOptions& options, const std::string& sPath, const Ch
     }
 }
 
-std::string sDump(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); }
-
 int iStrictOne(const StrictOptions& options, const std::string& sPath, Sarif* pSarif, JsonRest& rest, Output& output) {
     std::optional<Report> report;
     if (options.report.boWanted()) report.emplace(options.report, sPath);
@@ -210,7 +208,7 @@ int iStrictCheck(const StrictOptions& options, Output& output) {
     });
     if (options.boJson) {
         output.vJsonEnd();
-        output.vPrint(",\"groups\":{},\n\"files\":{}}}\n", sDump(rest.groups), sDump(rest.files));
+        output.vPrint(",\"groups\":{},\n\"files\":{}}}\n", sJson(rest.groups), sJson(rest.files));
     }
     if (sarif) sarif->vFinish();
     if (target) target->vFinish();

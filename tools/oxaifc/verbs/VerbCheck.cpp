@@ -205,8 +205,7 @@ int iCheck(CheckVerbOptions& options, Output& output) {
     });
     if (options.boJson) {
         output.vJsonEnd();
-        const auto sDump = [](const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); };
-        output.vPrint(",\"groups\":{},\n\"files\":{}}}\n", sDump(rest.groups), sDump(rest.files));
+        output.vPrint(",\"groups\":{},\n\"files\":{}}}\n", sJson(rest.groups), sJson(rest.files));
     }
     return iCode;
 }
