@@ -25,6 +25,7 @@ struct VerbRow {
 const VerbRow g_verbs[] = {
     {"info", "Usage: oxaifc info [OPTIONS] FILE...\n", true, true, {}},
     {"check", "Usage: oxaifc check [OPTIONS] FILE...\n", true, true, {}},
+    {"ids", "Usage: oxaifc ids [OPTIONS] REQUIREMENTS [FILE...]\n", true, true, {}},
     {"show", "Usage: oxaifc show [OPTIONS] FILE WHAT\n", true, true, {"#1"}},
     {"list", "Usage: oxaifc list [OPTIONS] FILE... [QUERY]\n", true, false, {}},
     {"props", "Usage: oxaifc props [OPTIONS] FILE WHAT\n", true, true, {"#1"}},
@@ -145,25 +146,35 @@ std::string sBuiltIn() {
 const FailRow g_wrongCalls[] = {
     {"no verb",
      {},
-     "a verb is missing; there are: info, check, show, list, props, tree, table, sql, diff, convert, extract, merge, "
+     "a verb is missing; there are: info, check, ids, show, list, props, tree, table, sql, diff, convert, extract, "
+     "merge, "
      "set, header, "
      "schema, "
      "completion"},
     {"a verb that does not exist",
      {"frobnicate"},
-     "there is no verb frobnicate; there are: info, check, show, list, props, tree, table, sql, diff, convert, "
+     "there is no verb frobnicate; there are: info, check, ids, show, list, props, tree, table, sql, diff, convert, "
      "extract, merge, "
      "set, "
      "header, schema, completion"},
     {"a verb with a letter too few", {"chek"}, "there is no verb chek; did you mean check?"},
     {"line ends in a word stay on the line",
      {"a\nb"},
-     "there is no verb a b; there are: info, check, show, list, props, tree, table, sql, diff, convert, extract, "
+     "there is no verb a b; there are: info, check, ids, show, list, props, tree, table, sql, diff, convert, extract, "
      "merge, set, "
      "header, "
      "schema, completion"},
     {"info without a file", {"info"}, "info: FILE is required"},
     {"check without a file", {"check"}, "check: FILE is required"},
+    {"ids without a file", {"ids"}, "ids: REQUIREMENTS is required"},
+    {"requirements and a model of one standard input",
+     {"ids", "-", "-"},
+     "ids: REQUIREMENTS and FILE can't both be standard input"},
+    {"a page about two", {"ids", "r.ids", "a.ifc", "b.ifc", "--html", "-"}, "ids: a report is about one FILE"},
+    {"a page about none", {"ids", "r.ids", "--html", "-"}, "ids: a report is about one FILE"},
+    {"a page and JSON in one",
+     {"ids", "r.ids", "a.ifc", "--json", "--html", "-"},
+     "ids: --json and a report can't both go to standard output; name a file: --html OUT"},
     {"two files where one is taken",
      {"show", "a.ifc", "12", "b.ifc"},
      "show: The following argument was not expected: b.ifc"},

@@ -74,6 +74,35 @@ TEST(JsonForm, EveryVerbKeepsToTheSchema) {
     }
 }
 
+TEST(JsonForm, RequirementsKeepToTheirs) {
+    const TestFolder folder;
+    const std::string sText =
+        "<ids xmlns=\"http://standards.buildingsmart.org/IDS\"><info><title>T</title></info><specifications>"
+        "<specification name=\"S\" ifcVersion=\"IFC4 IFC2X3\"><applicability minOccurs=\"0\" maxOccurs=\"unbounded\">"
+        "<entity><name><simpleValue>IFCWALL</simpleValue></name></entity></applicability><requirements>"
+        "<attribute><name><simpleValue>Description</simpleValue></name></attribute>"
+        "</requirements></specification></specifications></ids>";
+    const std::string sGood = folder.sFile("good.ids", sText);
+    const std::string sFault =
+        folder.sFile("fault.ids", std::string(sText).replace(sText.find("IFCWALL"), 7, "IFCWAL"));
+    const std::string sBad = folder.sFile("faulty.ifc", sFaulty());
+    const std::vector<std::string> calls[] = {
+        {"ids", sGood},
+        {"ids", sFault},
+        {"ids", sGood, sExample("house-ifc4.ifc")},
+        {"ids", sGood, sBad, sExample("house-ifc2x3.ifc"), "--all"},
+    };
+    for (std::vector<std::string> words : calls) {
+        SCOPED_TRACE(testing::PrintToString(words));
+        words.emplace_back("--json");
+        const ProgramRun run = runProgram(words);
+        const Json value = run.json();
+        ASSERT_FALSE(value.is_discarded()) << run.sOut << run.sError;
+        EXPECT_EQ(schema().sFault(value, "ids"), "");
+        EXPECT_EQ(value["records"].empty(), value["files"].empty());
+    }
+}
+
 TEST(JsonForm, StrictChecksKeepToTheirs) {
     const TestFolder folder;
     const std::string sBad = folder.sFile("faulty.ifc", sFaulty());

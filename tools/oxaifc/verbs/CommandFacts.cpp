@@ -45,7 +45,8 @@ OptionFacts optionFacts(const CLI::Option& option) {
     const std::string_view what = option.get_positional() ? facts.sArgument : facts.sValue;
     if (what == "NAME")
         for (const std::string_view name : ifc::SchemaLoader::builtInNames()) facts.choices.emplace_back(name);
-    facts.boFile = facts.choices.empty() && boOneOf(what, {"FILE", "IN", "OUT", "A", "B", "X", "X.exp"});
+    facts.boFile =
+        facts.choices.empty() && boOneOf(what, {"FILE", "IN", "OUT", "A", "B", "REQUIREMENTS", "X", "X.exp"});
     return facts;
 }
 
