@@ -2,9 +2,9 @@
 # The types of oxaifc._core, held to the module by python/tests/test_stubs.py.
 import os
 from collections.abc import Iterable, Iterator, Sequence
-from typing import Any, BinaryIO, Final, Optional, Union, final, overload
+from typing import Any, BinaryIO, Final, Literal, Optional, Union, final, overload
 
-from ._results import CheckReport, Diff, Record, Removed, Rows
+from ._results import CheckReport, Diff, IdsReport, Record, Removed, Rows
 from ._tables import Column
 
 __version__: Final[str]
@@ -175,6 +175,14 @@ class Model:
         threads: int = 0,
         progress: Any = None,
     ) -> CheckReport: ...
+    def ids(
+        self,
+        requirements: Union[Path, bytes, bytearray, memoryview, BinaryIO],
+        *,
+        other_schemas: Optional[Literal["skip", "check"]] = None,
+        threads: int = 0,
+        progress: Any = None,
+    ) -> IdsReport: ...
     def get_inverse(self, entity: Entity) -> _list[Entity]: ...
     def traverse(
         self, entity: Entity, max_levels: Optional[int] = None, breadth_first: bool = False

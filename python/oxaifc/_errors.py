@@ -3,12 +3,16 @@
 
 from __future__ import annotations
 
-from typing import Iterable
+from typing import TYPE_CHECKING, Iterable
+
+if TYPE_CHECKING:
+    from ._results import IdsFault
 
 __all__ = [
     "Error",
     "FileError",
     "Hint",
+    "IdsError",
     "MissingFileError",
     "NotFoundError",
     "QueryError",
@@ -69,6 +73,18 @@ class QueryError(Error, ValueError):
     def __init__(self, message: str, column: int = 0) -> None:
         super().__init__(message)
         self.column = column
+
+
+class IdsError(Error, ValueError):
+    """A file of requirements that is no valid IDS; `faults` has all that is wrong with it, the message tells them."""
+
+    def __init__(self, message: str, faults: Iterable[IdsFault] = ()) -> None:
+        super().__init__(message)
+        self.faults: tuple[IdsFault, ...] = tuple(faults)
+
+    def __str__(self) -> str:
+        lines = [f"line {fault.line}: {fault.message}" if fault.line else fault.message for fault in self.faults]
+        return "\n  ".join([Exception.__str__(self), *lines])
 
 
 class SqlError(Error, ValueError):

@@ -19,6 +19,10 @@ __all__ = [
     "Difference",
     "ElementName",
     "EntityName",
+    "IdsFailure",
+    "IdsFault",
+    "IdsReport",
+    "IdsSpecification",
     "OtherChange",
     "Others",
     "Record",
@@ -109,6 +113,53 @@ class CheckReport(NamedTuple):
     def valid(self) -> bool:
         """Whether the verdict is "valid"."""
         return self.verdict == "valid"
+
+
+class IdsFault(NamedTuple):
+    """Something that is wrong with a file of requirements."""
+
+    line: Optional[int]  #: from 1
+    message: str  #: one sentence
+    found: Optional[str]  #: what stands there
+    key: str  #: the same in all versions, as in Ids_UnknownClass
+    path: str  #: of the element, as in /ids/specifications/specification[2]/applicability
+
+
+class IdsFailure(NamedTuple):
+    """A requirement that an entity does not meet."""
+
+    entity: Entity
+    requirement: str  #: what is wanted, one sentence
+    kind: str  #: not-allowed, class, predefined-type, missing, value, data-type, system, whole or prohibited
+    reason: str  #: why it is not met, one sentence
+    found: Optional[str]  #: the values that are there
+
+
+class IdsSpecification(NamedTuple):
+    """What came of one specification."""
+
+    name: str
+    status: str  #: "passed", "failed"; "other-schema": not checked, it is for other schemas
+    reason: str  #: the status in words
+    applicable: int  #: entities that it speaks of
+    passed: int  #: those of them that meet all requirements
+    failures: list[IdsFailure]  #: by number, then by requirement
+
+
+class IdsReport(NamedTuple):
+    """Whether a model holds the information that a file of requirements asks for. True where it does."""
+
+    verdict: str  #: "passed", "failed"; "undecided": no specification is for the model's schema
+    specifications: list[IdsSpecification]  #: in the order of the file
+    notes: list[IdsFault]  #: what is valid in the file, and hardly what was meant
+
+    @property
+    def passed(self) -> bool:
+        """Whether the verdict is "passed"."""
+        return self.verdict == "passed"
+
+    def __bool__(self) -> bool:
+        return self.passed
 
 
 class ElementName(NamedTuple):

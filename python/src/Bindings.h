@@ -21,6 +21,7 @@ void vBindCompare(nb::module_& module);
 void vBindEdit(ModelClass& model);
 void vBindGraph(ModelClass& model);
 void vBindHeader(nb::module_& module, ModelClass& model);
+void vBindIds(ModelClass& model);
 void vBindQuery(ModelClass& model);
 void vBindSave(ModelClass& model);
 void vBindUtil(nb::module_& module);

@@ -17,6 +17,7 @@ NB_MODULE(_core, module) {
     python::vBindEdit(model);
     python::vBindGraph(model);
     python::vBindHeader(module, model);
+    python::vBindIds(model);
     python::vBindQuery(model);
     python::vBindSave(model);
     python::vBindCheck(module);

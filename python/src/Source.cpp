@@ -21,23 +21,6 @@ namespace {
 
 constexpr std::size_t g_iBlock = 1 << 20;   // bytes a call of read() or write()
 
-// A buffer of bytes, as long as this lives.
-class Bytes {
-public:
-    explicit Bytes(nb::handle object) {
-        if (PyObject_GetBuffer(object.ptr(), &m_view, PyBUF_SIMPLE) != 0) throw nb::python_error();
-    }
-    ~Bytes() { PyBuffer_Release(&m_view); }
-    Bytes(const Bytes&) = delete;
-    Bytes& operator=(const Bytes&) = delete;
-    [[nodiscard]] std::string_view text() const {
-        return {static_cast<const char*>(m_view.buf), static_cast<std::size_t>(m_view.len)};
-    }
-
-private:
-    Py_buffer m_view{};
-};
-
 Stamp stampOf(const std::string& sPath) {
     std::error_code error;
     const std::uintmax_t uSize = std::filesystem::file_size(sPath, error);
@@ -56,12 +39,8 @@ nb::object opened(Job& job, const std::string& sPath, Read&& read) {
 }
 
 nb::object openPath(const std::string& sPath, Job& job, const oxa::OpenOptions& options) {
+    vMissingCheck(sPath);
     std::error_code error;
-    if (!std::filesystem::exists(sPath, error) && error.value() == 0) {
-        const nb::object type = nb::module_::import_("oxaifc._errors").attr("MissingFileError");
-        PyErr_SetObject(type.ptr(), type(sPath + ": there is no such file").ptr());
-        throw nb::python_error();
-    }
     const std::string sAbsolute = std::filesystem::absolute(sPath, error).string();
     return opened(job, sAbsolute, [&] { return oxa::Model::open(std::filesystem::path(sPath), options); });
 }
@@ -93,6 +72,18 @@ std::optional<std::string> pathOf(nb::handle object) {
     if (PyUnicode_FSConverter(object.ptr(), static_cast<void*>(&pBytes)) == 0) throw nb::python_error();
     const nb::object bytes = nb::steal(pBytes);
     return std::string(PyBytes_AsString(pBytes), static_cast<std::size_t>(PyBytes_Size(pBytes)));
+}
+
+void vMissingCheck(const std::string& sPath) {
+    std::error_code error;
+    if (std::filesystem::exists(sPath, error) || error.value() != 0) return;
+    const nb::object type = nb::module_::import_("oxaifc._errors").attr("MissingFileError");
+    PyErr_SetObject(type.ptr(), type(sPath + ": there is no such file").ptr());
+    throw nb::python_error();
+}
+
+Bytes::Bytes(nb::handle object) {
+    if (PyObject_GetBuffer(object.ptr(), &m_view, PyBUF_SIMPLE) != 0) throw nb::python_error();
 }
 
 ReadBuffer::ReadBuffer(nb::handle file, Job& job) : m_read(file.attr("read")), m_job(job) {}

@@ -7,6 +7,7 @@
 #include <optional>
 #include <streambuf>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Job.h"
@@ -15,6 +16,24 @@ namespace oxa::python {
 
 // The text of a str or an os.PathLike; empty for all else.
 [[nodiscard]] std::optional<std::string> pathOf(nb::handle object);
+
+// An oxaifc.MissingFileError where there is no file of that name.
+void vMissingCheck(const std::string& sPath);
+
+// A buffer of bytes, as long as this lives.
+class Bytes {
+public:
+    explicit Bytes(nb::handle object);
+    ~Bytes() { PyBuffer_Release(&m_view); }
+    Bytes(const Bytes&) = delete;
+    Bytes& operator=(const Bytes&) = delete;
+    [[nodiscard]] std::string_view text() const {
+        return {static_cast<const char*>(m_view.buf), static_cast<std::size_t>(m_view.len)};
+    }
+
+private:
+    Py_buffer m_view{};
+};
 
 // The bytes of a file object that is open as binary. What read() raises ends them, and the job tells it.
 class ReadBuffer final : public std::streambuf {

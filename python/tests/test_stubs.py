@@ -90,6 +90,8 @@ def test_wrong_programs_are_found(tmp_path: Path) -> None:
         ('oxaifc.opn("x")', "attr-defined"),
         ('f.write("x", formt="step")', "call-arg"),
         ('f.check(strict=True).groups[0].places[0].line.upper()', "union-attr"),
+        ('f.ids(12)', "arg-type"),
+        ('f.ids(b"").specifications[0].failures[0].entity.Name.upper()', ""),
     ]
     head = 'import oxaifc\nf = oxaifc.Model("IFC4")\n'
     program.write_text(head + "\n".join(line for line, _ in rows) + "\n")
