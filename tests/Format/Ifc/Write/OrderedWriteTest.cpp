@@ -265,6 +265,7 @@ TEST(WriteOrder, TellsHowFarItIs) {
         fileOf(model.file, {.boSingleThreaded = boSingleThreaded,
                             .progress =
                                 [&](unsigned iCount) {
+                                    std::this_thread::sleep_for(std::chrono::milliseconds(3));   // others get work, too
                                     EXPECT_EQ(std::this_thread::get_id(), caller);
                                     calls.push_back(iCount);
                                 },
