@@ -147,6 +147,7 @@ struct Program;
 class OXA_CHECK_API Requirements {
 public:
     static constexpr std::size_t mostBytes = std::size_t{32} << 20;   ///< of a file; more of it is a fault
+    static constexpr std::size_t mostFaults = 100'000;                ///< that are told; the rest is counted
     static constexpr std::size_t mostFacets = 100'000;                ///< of all specifications together; likewise
 
     /// Reads an IDS file. What is wrong inside of it is a fault, and all of them are told.

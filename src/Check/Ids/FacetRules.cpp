@@ -53,12 +53,15 @@ void FacetRules::vBegin(const Specification& specification) {
     m_applicable.clear();
 }
 
-std::string FacetRules::near(std::string_view wanted, const std::vector<std::string_view>& names) {
-    constexpr std::size_t most = 1000;   // a look at all names costs more than the rest of a fault
+template <class Names>
+std::string FacetRules::near(std::string_view wanted, const Names& names) {
+    constexpr std::size_t most = 100;   // a look at all names costs more than the rest of a fault
     if (m_iHints >= most) return {};
     ++m_iHints;
+    std::set<std::string_view> known;
+    names(known);
     std::string sText;
-    for (const std::string_view name : str::nearNames(wanted, names))
+    for (const std::string_view name : str::nearNames(wanted, {known.begin(), known.end()}))
         sText += (sText.empty() ? "" : ", ") + std::string(name);
     return sText.empty() ? sText : "; did you mean " + sText + "?";
 }
@@ -137,13 +140,12 @@ void FacetRules::vCheckName(const Node& node, const std::string& sName, const st
         m_faults.vNote(parameter(node, "name"), "Ids_AbstractClass",
                        "no instance is " + sName + " itself, which is abstract, and subclasses are not meant", sName);
     if (sLacking.empty() || (boKnown && !boAll)) return;
-    std::set<std::string_view> known;
-    if (!boKnown)
+    const auto vKnown = [this](std::set<std::string_view>& known) {
         for (const SchemaNames* pNames : m_schemas)
             for (const schema::Entity* pClass : pNames->classes()) known.insert(pClass->sNameUpper);
+    };
     m_faults.vAdd(parameter(node, "name"), "Ids_UnknownClass",
-                  sName + " is no class of " + sLacking + (boKnown ? "" : near(sName, {known.begin(), known.end()})),
-                  sName);
+                  sName + " is no class of " + sLacking + (boKnown ? "" : near(sName, vKnown)), sName);
 }
 
 void FacetRules::vCheckPredefinedType(const Node& node, const Condition& condition,
@@ -245,19 +247,20 @@ bool FacetRules::boOfClasses(const Classes& classes, const Matcher& matcher,
 void FacetRules::vUnknownAttribute(const SchemaNames& names, const Facet& facet, const Node& node, bool boInverse) {
     const std::string sName = facet.name->text();
     const auto limited = std::ranges::find(m_applicable, &names, &Classes::pNames);
-    std::string sWhose = "a class";
-    std::vector<std::string_view> known;
-    if (limited != m_applicable.end() && limited->found.size() == 1) {
-        sWhose = limited->found.front()->sName;
-        for (const schema::Attribute* pAttribute : limited->found.front()->allAttributes())
-            known.push_back(pAttribute->sName);
-    } else {
-        for (const auto& [sKnown, some] : names.attributes()) known.push_back(sKnown);
-    }
+    const schema::Entity* pClass =
+        limited != m_applicable.end() && limited->found.size() == 1 ? limited->found.front() : nullptr;
+    std::string sWhose = pClass ? pClass->sName : std::string("a class");
+    const auto vKnown = [&](std::set<std::string_view>& known) {
+        if (!pClass)
+            for (const auto& [sKnown, some] : names.attributes()) known.insert(sKnown);
+        else
+            for (const schema::Attribute* pAttribute : pClass->allAttributes()) known.insert(pAttribute->sName);
+    };
     sWhose += " of " + names.schema().sName;
     m_faults.vAdd(parameter(node, "name"), "Ids_UnknownAttribute",
                   boInverse ? sName + " is an inverse attribute of " + sWhose + ", which can't be checked"
-                            : sName + " is no attribute of " + sWhose + (facet.name->simple ? near(sName, known) : ""),
+                            : sName + " is no attribute of " + sWhose +
+                                  (facet.name->simple ? near(sName, vKnown) : std::string()),
                   sName);
 }
 
@@ -293,13 +296,13 @@ void FacetRules::vProperty(const Facet& facet, const Node& node) {
         if (eBase && std::ranges::find(bases, *eBase) == bases.end()) bases.push_back(*eBase);
     }
     if (!sLacking.empty()) {
-        std::set<std::string_view> known;
-        for (const SchemaNames* pNames : m_schemas)
-            for (const schema::Schema::Record& record : pNames->schema().objects)
-                if (pNames->pDataType(record.key)) known.insert(record.key);
+        const auto vKnown = [this](std::set<std::string_view>& known) {
+            for (const SchemaNames* pNames : m_schemas)
+                for (const schema::Schema::Record& record : pNames->schema().objects)
+                    if (pNames->pDataType(record.key)) known.insert(record.key);
+        };
         m_faults.vAdd(node, "Ids_UnknownDataType",
-                      facet.dataType + " is no type of values of " + sLacking +
-                          near(facet.dataType, {known.begin(), known.end()}),
+                      facet.dataType + " is no type of values of " + sLacking + near(facet.dataType, vKnown),
                       facet.dataType);
     }
     if (facet.value) m_conditions.vCheckValue(node, *facet.value, bases, facet.dataType);

@@ -36,7 +36,8 @@ private:
         [[nodiscard]] bool boNone() const noexcept { return found.empty() && typed.empty(); }
     };
     // "; did you mean X?", or nothing.
-    [[nodiscard]] std::string near(std::string_view wanted, const std::vector<std::string_view>& names);
+    template <class Names>
+    [[nodiscard]] std::string near(std::string_view wanted, const Names& names);
     [[nodiscard]] Classes classesOf(const SchemaNames& names, const Condition& condition);
     std::vector<Classes> checkClass(const Node& node, const Condition& condition);
     void vCheckName(const Node& node, const std::string& sName, const std::vector<Classes>& classes, bool boAll);

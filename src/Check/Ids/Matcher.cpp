@@ -26,18 +26,25 @@ const Patterns::Answer& Patterns::compile(const std::string& sText) {
     const auto [it, boNew] = m_answers.try_emplace(sText);
     Answer& answer = it->second;
     if (!boNew) return answer;
+    if (sText.size() > g_iMostLength) {
+        answer.sFault = "it has more than " + std::to_string(g_iMostLength) + " bytes";
+        return answer;
+    }
     PatternText translated = patternText(sText);
     answer.sNote = std::move(translated.sNote);
     answer.sFault = std::move(translated.sFault);
     if (!answer.sFault.empty()) return answer;
     // Most need little; what an expression may take is held free for it.
     for (const std::int64_t iBytes : {std::int64_t{1} << 18, Pattern::g_iMostBytes, Pattern::g_iMostBytes * 16}) {
+        if (m_iBytes + iBytes > g_iMostBytes || m_iTried + iBytes > g_iMostTried) {
+            answer.sFault = "all patterns of the file together need too much memory";
+            return answer;
+        }
+        m_iTried += iBytes;
         auto pPattern = std::make_shared<const Pattern>(translated.sText, iBytes);
         if (pPattern->boTooLarge()) continue;
         if (!pPattern->error().empty()) {
             answer.sFault = pPattern->error();
-        } else if (m_iBytes + iBytes > g_iMostBytes) {
-            answer.sFault = "all patterns of the file together need too much memory";
         } else {
             m_iBytes += iBytes;
             answer.pPattern = std::move(pPattern);

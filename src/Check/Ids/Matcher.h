@@ -32,8 +32,11 @@ namespace oxa::ids::detail {
 // Patterns by their texts, each compiled once.
 class Patterns {
 public:
-    /// Memory of all of them together.
+    /// Memory of all of them together, and of all that were tried.
     static constexpr std::int64_t g_iMostBytes = std::int64_t{1} << 30;
+    static constexpr std::int64_t g_iMostTried = g_iMostBytes * 4;
+    /// Of one, as it is written.
+    static constexpr std::size_t g_iMostLength = 50'000;
 
     struct Answer {
         std::shared_ptr<const oxa::detail::Pattern> pPattern;   // null where there is a fault
@@ -45,6 +48,7 @@ public:
 private:
     std::map<std::string, Answer> m_answers;
     std::int64_t m_iBytes = 0;
+    std::int64_t m_iTried = 0;
 };
 
 class Matcher {

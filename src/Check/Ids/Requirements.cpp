@@ -48,12 +48,9 @@ public:
                            .message = "the file has more than " + std::to_string(Requirements::mostBytes) + " bytes"});
         else if (const std::unique_ptr<const Node> pRoot = documentRead(sBytes, m_faults))
             vRoot(*pRoot);
+        m_pProgram->boValid = !m_faults.boAny();
+        for (const std::size_t iFaulty : m_faults.specifications()) m_pProgram->specifications[iFaulty].valid = false;
         m_pProgram->faults = m_faults.take();
-        for (const Fault& fault : m_pProgram->faults)
-            if (fault.weight == FaultWeight::Fault && fault.specification)
-                m_pProgram->specifications[*fault.specification].valid = false;
-        m_pProgram->boValid = std::ranges::none_of(
-            m_pProgram->faults, [](const Fault& fault) { return fault.weight == FaultWeight::Fault; });
         for (const Specification& specification : m_pProgram->specifications) {
             SpecificationProgram& program = m_pProgram->programs.emplace_back();
             for (const Facet& facet : specification.applicability)

@@ -334,6 +334,12 @@ TEST(IdsFault, TooMuchIsAFault) {
     EXPECT_EQ(sFaults(Requirements::fromBuffer(sLarge)), "0:0 Ids_TooLarge ''");
     std::istringstream stream(sLarge + "more");
     EXPECT_EQ(sFaults(Requirements::open(stream)), "0:0 Ids_TooLarge ''");
+    std::string sUnknown;
+    for (std::size_t i = 0; i < Requirements::mostFaults + 2; ++i) sUnknown += "<x/>";
+    const Requirements wrong = Requirements::fromBuffer(idsFile(requiring(sUnknown)));
+    ASSERT_EQ(wrong.faults().size(), Requirements::mostFaults + 1);
+    EXPECT_EQ(wrong.faults().back().message, "2 more faults and notes are not told");
+    EXPECT_FALSE(wrong.specifications().front().valid);
     std::string sFacets;
     for (std::size_t i = 0; i < Requirements::mostFacets; ++i) sFacets += "<material/>";
     const Requirements many = Requirements::fromBuffer(idsFile(requiring(sFacets)));
