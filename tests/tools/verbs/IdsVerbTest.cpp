@@ -61,6 +61,7 @@ std::string sRequirements(const std::vector<Wanted>& all) {
     return sText + "</specifications>\n</ids>\n";
 }
 
+const std::string g_sNone = "minOccurs=\"0\" maxOccurs=\"0\"";
 const std::string g_sNamed = "<attribute>" + sValue("name", "Name") + "</attribute>";
 const std::string g_sFire = "<property dataType=\"IFCLABEL\" instructions=\"See the fire plan.\">" +
                             sValue("propertySet", "Pset_WallCommon") + sValue("baseName", "FireRating") +
@@ -173,6 +174,32 @@ TEST(IdsVerb, TellsTenInstancesOfARequirementAndAllWhenAsked) {
     EXPECT_EQ(std::count(sAll.begin(), sAll.end(), '\n'), 123);
     EXPECT_EQ(runProgram({"ids", sPath, "-", "--json"}, sModel).json()["records"].size(), 100U);
     EXPECT_EQ(runProgram({"ids", sPath, "-", "--json", "--all"}, sModel).json()["records"].size(), 120U);
+}
+
+TEST(IdsVerb, TellsAHundredFaultsBesideAnAnswerAndAllWhenAsked) {
+    const TestFolder folder;
+    std::vector<Wanted> wanted(102, g_teapots);
+    wanted.front() = g_doors;
+    const std::string sPath = folder.sFile("R", sRequirements(wanted));
+    const auto iLines = [](const std::string& sText) { return std::count(sText.begin(), sText.end(), '\n'); };
+    const ProgramRun some = runProgram({"ids", sPath, "-"}, g_sHouse);
+    EXPECT_EQ(some.iCode, 2);
+    EXPECT_EQ(iLines(some.sError), 102);
+    EXPECT_TRUE(some.sError.ends_with("oxaifc: " + sPath + ": and 1 more (--all)\noxaifc: " + sPath +
+                                      ": not valid: 101 faults\n"))
+        << some.sError;
+    EXPECT_EQ(iLines(runProgram({"ids", sPath, "-", "--all"}, g_sHouse).sError), 102);
+    EXPECT_EQ(iLines(runProgram({"ids", sPath}).sOut), 102);
+}
+
+TEST(IdsVerb, LongTextsAreCutInLines) {
+    const TestFolder folder;
+    const std::string sPath = folder.sFile("R", sRequirements({{"Doors", "IFCDOOR", "", "IFC4", g_sNone}}));
+    const std::string sName(1000, 'x');
+    const std::string sHouse = sReplaced(g_sHouse, "'D1'", '\'' + sName + '\'');
+    EXPECT_NE(runProgram({"ids", sPath, "-"}, sHouse).sOut.find(sName.substr(700) + "... (1,000 bytes)'\n"),
+              std::string::npos);
+    EXPECT_EQ(runProgram({"ids", "--json", sPath, "-"}, sHouse).json()["records"][0]["name"], sName);
 }
 
 TEST(IdsVerb, GivesRecordsAsJson) {

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t g_iInstancesOfRequirement = 10;   // that are told, without --all
 constexpr std::size_t g_iRecordsOfRequirement = 100;    // the same in JSON
+constexpr std::size_t g_iMostShown = 300;               // bytes of a text in a line, as in reasons
 
 // The failures of one requirement, by the number of the instance.
 struct FailedRequirement {
@@ -48,7 +49,8 @@ std::string sNameOf(const oxa::Element& element) {
 std::string sFailure(const ids::Failure& failure) {
     std::string sText = fmt::format("{} #{}", failure.element.type(), failure.element.id());
     if (const std::string sGuid = failure.element.guid(); !sGuid.empty()) sText += ' ' + sGuid;
-    if (const std::string sName = sNameOf(failure.element); !sName.empty()) sText += " '" + sName + '\'';
+    if (const std::string sName = sNameOf(failure.element); !sName.empty())
+        sText += " '" + sShortened(sName, g_iMostShown) + '\'';
     // Why an instance is not allowed, what is wanted has said.
     return failure.requirement == ids::Failure::none ? sText : sText + ": " + failure.reason;
 }
@@ -191,7 +193,7 @@ std::string sIdsFault(const ids::Fault& fault) {
     if (fault.line && fault.column) sText += fmt::format(", column {}", fault.column);
     sText += (sText.empty() ? "" : ": ") + fault.message;
     const bool boSaid = fault.found.empty() || fault.message.find(fault.found) != std::string::npos;
-    return boSaid ? sText : sText + ", found " + fault.found;
+    return boSaid ? sText : sText + ", found " + sShortened(fault.found, g_iMostShown);
 }
 
 std::string sIdsValidity(const ids::Requirements& requirements) {

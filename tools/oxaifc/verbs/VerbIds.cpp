@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,8 @@
 namespace oxa::tool {
 
 namespace {
+
+constexpr std::size_t g_iMostFaults = 100;   // of the requirements, beside an answer, without --all
 
 struct IdsOptions : ModelOptions {
     std::string sRequirements;
@@ -55,10 +58,14 @@ bool boAnyValid(const ids::Requirements& requirements) {
 }
 
 // What is wrong with the requirements stands beside the answer about models, a line each.
-void vFaultsTell(const NamedRequirements& wanted) {
-    for (const ids::Fault& fault : wanted.requirements.faults())
+void vFaultsTell(const NamedRequirements& wanted, bool boAll) {
+    const std::vector<ids::Fault>& faults = wanted.requirements.faults();
+    const std::size_t iTold = boAll ? faults.size() : std::min(faults.size(), g_iMostFaults);
+    for (const ids::Fault& fault : std::span(faults).first(iTold))
         vTell(fmt::format("{}: {}{}", wanted.sName, fault.weight == ids::FaultWeight::Note ? "note: " : "",
                           sIdsFault(fault)));
+    if (iTold < faults.size())
+        vTell(fmt::format("{}: and {} more (--all)", wanted.sName, sGrouped(faults.size() - iTold)));
     if (!wanted.requirements.valid()) vTell(fmt::format("{}: {}", wanted.sName, sIdsValidity(wanted.requirements)));
 }
 
@@ -135,7 +142,7 @@ int iIds(IdsOptions& options, Output& output) {
     const NamedRequirements wanted = requirementsOf(options);
     const bool boAlone = options.paths.empty();
     const int iCode = wanted.requirements.valid() ? g_iExitFine : g_iExitFailure;
-    if (!boAlone) vFaultsTell(wanted);
+    if (!boAlone) vFaultsTell(wanted, options.boAll);
     if (!boAlone && !boAnyValid(wanted.requirements)) return g_iExitFailure;
     Json files = Json::array();
     if (options.boJson) {
@@ -165,8 +172,9 @@ VerbRun declare(Command command) {
     command.declared("FILE").required(false);
     command.flag("--json", pOptions->boJson,
                  "print a JSON object: the requirements, the first 100 records of each that is not met, the files");
-    command.flag("--all", pOptions->boAll,
-                 "tell all instances that do not meet a requirement, not the first of them; for text and --json");
+    command.flag(
+        "--all", pOptions->boAll,
+        "tell all instances that do not meet a requirement, and all faults of REQUIREMENTS, not the first of them");
     command
         .option("--html", pOptions->report.sOut,
                 "write a page about the result to this file instead of the list; - for standard output")
