@@ -12,18 +12,18 @@ namespace oxa::fuzz {
 namespace {
 
 const Model& model() {
-    static const Model one =
-        Model::fromBuffer("ISO-10303-21;HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;DATA;"
-                          "#1=IFCWALL('0000000000000000000001',$,'W',$,$,$,$,'12',.SHEAR.);"
-                          "#2=IFCRELDEFINESBYPROPERTIES('0000000000000000000002',$,$,$,(#1),#3);"
-                          "#3=IFCPROPERTYSET('0000000000000000000003',$,'S',$,(#4,#5));"
-                          "#4=IFCPROPERTYSINGLEVALUE('P',$,IFCREAL(1.5),$);#5=IFCCOMPLEXPROPERTY('C',$,'u',(#4,#5));"
-                          "#6=IFCCLASSIFICATION($,$,$,'Y',$,$,$);#7=IFCCLASSIFICATIONREFERENCE($,'1',$,#6,$,$);"
-                          "#8=IFCRELASSOCIATESCLASSIFICATION('0000000000000000000004',$,$,$,(#1),#7);"
-                          "#9=IFCMATERIAL('M',$,$);#10=IFCRELASSOCIATESMATERIAL('0000000000000000000005',$,$,$,(#1),#9);"
-                          "#11=IFCBUILDINGSTOREY('0000000000000000000006',$,'E',$,$,$,$,$,$,$);"
-                          "#12=IFCRELCONTAINEDINSPATIALSTRUCTURE('0000000000000000000007',$,$,$,(#1),#11);"
-                          "ENDSEC;END-ISO-10303-21;");
+    static const Model one = Model::fromBuffer(
+        "ISO-10303-21;HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;DATA;"
+        "#1=IFCWALL('0000000000000000000001',$,'W',$,$,$,$,'12',.SHEAR.);"
+        "#2=IFCRELDEFINESBYPROPERTIES('0000000000000000000002',$,$,$,(#1),#3);"
+        "#3=IFCPROPERTYSET('0000000000000000000003',$,'S',$,(#4,#5));"
+        "#4=IFCPROPERTYSINGLEVALUE('P',$,IFCREAL(1.5),$);#5=IFCCOMPLEXPROPERTY('C',$,'u',(#4,#5));"
+        "#6=IFCCLASSIFICATION($,$,$,'Y',$,$,$);#7=IFCCLASSIFICATIONREFERENCE($,'1',$,#6,$,$);"
+        "#8=IFCRELASSOCIATESCLASSIFICATION('0000000000000000000004',$,$,$,(#1),#7);"
+        "#9=IFCMATERIAL('M',$,$);#10=IFCRELASSOCIATESMATERIAL('0000000000000000000005',$,$,$,(#1),#9);"
+        "#11=IFCBUILDINGSTOREY('0000000000000000000006',$,'E',$,$,$,$,$,$,$);"
+        "#12=IFCRELCONTAINEDINSPATIALSTRUCTURE('0000000000000000000007',$,$,$,(#1),#11);"
+        "ENDSEC;END-ISO-10303-21;");
     return one;
 }
 
