@@ -62,8 +62,14 @@ std::string Converter::to_utf8(std::string_view raw) {
 }
 
 std::string Manip::valueFormatDefault(double value) {
+    std::string sText;
+    vValueFormatDefaultAppend(sText, value);
+    return sText;
+}
+
+void Manip::vValueFormatDefaultAppend(std::string& sText, double value) {
     char buffer[32];   // 24 are needed at the most: "-1.7976931348623157e+308"
-    return {buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr};
+    sText.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
 }
 
 }   // namespace oxa::str

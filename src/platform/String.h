@@ -49,6 +49,8 @@ public:
     /// The shortest text that reads back as the same double, with "." whatever the locale: "0.1", "1e+22",
     /// "-0". A value that is no number gives "inf", "-inf" or "nan".
     [[nodiscard]] static std::string valueFormatDefault(double value);
+    /// The same behind a text.
+    static void vValueFormatDefaultAppend(std::string& sText, double value);
 };
 
 }   // namespace oxa::str

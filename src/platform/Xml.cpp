@@ -1,223 +1,49 @@
 // SPDX-License-Identifier: Apache-2.0
-// The tree is pugixml's. Its writer is not used: it gives tab, line end and control characters in ways that don't
-// come back, and it indents without end.
+// Handles of the tree, and the document with its owner.
 #include "platform/Xml.h"
 
-#include <pugixml.hpp>
-
-#include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <fstream>
-#include <istream>
 #include <ostream>
-#include <unordered_set>
 
 #include "platform/Assert.h"
 #include "platform/Path.h"
-#include "platform/Stream.h"
+#include "platform/XmlParse.h"
 #include "platform/XmlText.h"
+#include "platform/XmlTree.h"
+#include "platform/XmlWrite.h"
 
 namespace oxa::xml {
 
+using details::Document;
+using details::TreeRef;
+
 namespace {
 
-pugi::xml_node nodeOf(void* pNode) noexcept { return pugi::xml_node(static_cast<pugi::xml_node_struct*>(pNode)); }
-pugi::xml_attribute attributeOf(void* pAttribute) noexcept {
-    return pugi::xml_attribute(static_cast<pugi::xml_attribute_struct*>(pAttribute));
+// What a document holds: its texts have no 0 byte, which no document may have anyway. "sChanged" is for such a text.
+std::string_view held(std::string_view text, std::string& sChanged) {
+    if (text.find('\0') == std::string_view::npos) return text;
+    sChanged = text;
+    for (std::size_t i = sChanged.find('\0'); i != std::string::npos; i = sChanged.find('\0', i))
+        sChanged.replace(i, 1, "\xEF\xBF\xBD");
+    return sChanged;
 }
 
-bool boIsElement(const pugi::xml_node& node) noexcept { return node.type() == pugi::node_element; }
-bool boIsText(const pugi::xml_node& node) noexcept {
-    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+// TreeNames::g_uNone, with an assertion, for what is no name; without a document too.
+std::uint32_t uKeptName(std::string_view name, Document* pDocument, const char* sFunction) {
+    if (!pDocument && details::boIsName(name)) return details::TreeNames::g_uNone;
+    const std::uint32_t uName = pDocument ? pDocument->names.uKept(name) : details::TreeNames::g_uNone;
+    if (uName == details::TreeNames::g_uNone) Assert::vTell("platform/Xml", sFunction, "No name of XML");
+    return uName;
 }
 
-pugi::xml_node rootOf(const pugi::xml_document& document) noexcept {
-    for (pugi::xml_node node = document.first_child(); node; node = node.next_sibling())
-        if (boIsElement(node)) return node;
-    return {};
+bool boElement(const Document* pDocument, TreeRef uNode) noexcept {
+    return uNode && pDocument->memory.node(uNode).boElement();
 }
 
-// Visits everything below "top" in document order, in no recursion. vEnter(node, depth) and vLeave(node, depth) go
-// around the children of each; depth 0 is that of the children of "top". vEnter ends the walk with false.
-template <class Enter, class Leave>
-bool boWalk(const pugi::xml_node& top, Enter&& boEnter, Leave&& vLeave) {
-    std::size_t iDepth = 0;
-    for (pugi::xml_node node = top.first_child(); node;) {
-        if (!boEnter(node, iDepth)) return false;
-        if (const pugi::xml_node child = node.first_child()) {
-            node = child;
-            ++iDepth;
-            continue;
-        }
-        vLeave(node, iDepth);
-        while (node && !node.next_sibling()) {
-            node = node.parent();
-            if (node == top) return true;
-            vLeave(node, --iDepth);
-        }
-        node = node.next_sibling();
-    }
-    return true;
-}
-
-// What the tree can hold: its texts end at the first 0 byte, which no document may have anyway.
-std::string sHeld(std::string_view text) {
-    std::string sText(text);
-    for (std::size_t i = sText.find('\0'); i != std::string::npos; i = sText.find('\0', i))
-        sText.replace(i, 1, "\xEF\xBF\xBD");
-    return sText;
-}
-
-bool boNameCheck(std::string_view name, const char* sFunction) {
-    if (details::boIsName(name)) return true;
-    Assert::vTell("platform/Xml", sFunction, "No name of XML");
-    return false;
-}
-
-// What pugixml lets pass and XML does not. Texts get their references decoded here.
-class DocumentCheck {
-public:
-    // Null when the document is well-formed and within the limits, else what is wrong.
-    const char* sFault(pugi::xml_document& document) {
-        std::size_t iRoots = 0;
-        boWalk(
-            document,
-            [&](pugi::xml_node& node, std::size_t iDepth) {
-                if (iDepth == 0) ++iRoots;
-                return boIsElement(node) ? boElement(node, iDepth) : boText(node, iDepth);
-            },
-            [](const pugi::xml_node&, std::size_t) {});
-        if (!m_sFault && iRoots != 1) m_sFault = iRoots ? "More than one root element" : "No root element";
-        return m_sFault;
-    }
-
-private:
-    bool boFault(const char* sText) {
-        m_sFault = sText;
-        return false;
-    }
-    bool boElement(pugi::xml_node& node, std::size_t iDepth) {
-        if (iDepth >= File::g_iDepthLimit) return boFault("Elements nested too deep");
-        if (!details::boIsName(node.name())) return boFault("Not a name");
-        m_names.clear();
-        for (pugi::xml_attribute attribute : node.attributes()) {
-            if (!details::boIsName(attribute.name())) return boFault("Not a name");
-            if (!m_names.insert(attribute.name()).second) return boFault("An attribute twice");
-            if (std::string_view(attribute.value()).find('<') != std::string_view::npos)
-                return boFault("A tag inside an attribute");
-            if (!boValue(attribute)) return false;
-        }
-        return true;
-    }
-    bool boText(pugi::xml_node& node, std::size_t iDepth) {
-        if (iDepth == 0) return boFault("Text outside the root element");
-        if (node.type() == pugi::node_pcdata) return boValue(node);
-        return details::boIsText(node.value()) || boFault("A character that XML can't hold");
-    }
-    template <class Holder>
-    bool boValue(Holder& holder) {
-        const std::string_view value = holder.value();
-        if (!details::boIsText(value)) return boFault("A character that XML can't hold");
-        if (value.find('&') == std::string_view::npos) return true;
-        m_sText = value;
-        if (!details::boReferencesDecode(m_sText)) return boFault("A reference to nothing");
-        holder.set_value(m_sText.c_str());
-        return true;
-    }
-
-    const char* m_sFault = nullptr;
-    std::unordered_set<std::string_view> m_names;   // of one element's attributes
-    std::string m_sText;
-};
-
-// One document as text.
-class DocumentWriter {
-public:
-    explicit DocumentWriter(std::ostream& stream) : m_out(stream) {}
-
-    bool boWrite(const pugi::xml_node& root) {
-        m_out.vWrite("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
-        vStart(root);
-        boWalk(
-            root,
-            [this](const pugi::xml_node& node, std::size_t iDepth) {
-                vEnter(node, iDepth + 1);
-                return true;
-            },
-            [this](const pugi::xml_node& node, std::size_t iDepth) { vLeave(node, iDepth + 1); });
-        vEnd(root, 0);
-        m_out.vWrite("\n");
-        m_out.vBufferFlush();
-        return m_out.boGood();
-    }
-
-private:
-    // Deeper levels stay at this one: a chain of many levels would grow with their square.
-    static constexpr std::size_t g_iIndentLimit = 32;
-
-    // Only between elements: white space beside a text would be part of it.
-    static bool boHoldsElements(const pugi::xml_node& element) noexcept {
-        for (const pugi::xml_node& child : element)
-            if (boIsText(child)) return false;
-        return static_cast<bool>(element.first_child());
-    }
-
-    void vIndent(std::size_t iDepth) {
-        m_out.vWrite("\n");
-        for (std::size_t i = 0; i < std::min(iDepth, g_iIndentLimit); ++i) m_out.vWrite("  ");
-    }
-    void vEnter(const pugi::xml_node& node, std::size_t iDepth) {
-        if (!boIsElement(node)) return vText(node.value(), false);
-        if (m_indented.back()) vIndent(iDepth);
-        vStart(node);
-    }
-    void vLeave(const pugi::xml_node& node, std::size_t iDepth) {
-        if (boIsElement(node)) vEnd(node, iDepth);
-    }
-    void vStart(const pugi::xml_node& element) {
-        m_out.vWrite("<");
-        m_out.vWrite(element.name());
-        for (const pugi::xml_attribute& attribute : element.attributes()) {
-            m_out.vWrite(" ");
-            m_out.vWrite(attribute.name());
-            m_out.vWrite("=\"");
-            vText(attribute.value(), true);
-            m_out.vWrite("\"");
-        }
-        m_out.vWrite(element.first_child() ? ">" : "/>");
-        m_indented.push_back(boHoldsElements(element));
-    }
-    void vEnd(const pugi::xml_node& element, std::size_t iDepth) {
-        if (m_indented.back()) vIndent(iDepth);
-        m_indented.pop_back();
-        if (!element.first_child()) return;
-        m_out.vWrite("</");
-        m_out.vWrite(element.name());
-        m_out.vWrite(">");
-    }
-    void vText(std::string_view text, bool boAttribute) {
-        m_sText.clear();
-        details::vEscape(m_sText, text, boAttribute);
-        m_out.vWrite(m_sText);
-    }
-
-    stream::StreamWriteBuffer m_out;
-    std::vector<bool> m_indented;   // for each open element, whether its children stand on lines of their own
-    std::string m_sText;
-};
-
-// All bytes; false when the stream fails or holds more than the limit.
-bool boReadAll(std::istream& in, std::string& sBytes) {
-    constexpr std::size_t g_iPiece = std::size_t{1} << 20;
-    while (in.good()) {
-        const std::size_t iBefore = sBytes.size();
-        if (iBefore > File::g_iSizeLimit) return false;
-        sBytes.resize(iBefore + g_iPiece);
-        in.read(sBytes.data() + iBefore, g_iPiece);
-        sBytes.resize(iBefore + static_cast<std::size_t>(in.gcount()));
-    }
-    return in.eof() && !in.bad();
+// The first attribute of an element; 0 for all else.
+TreeRef uAttributesOf(const Document* pDocument, TreeRef uNode) noexcept {
+    return boElement(pDocument, uNode) ? pDocument->memory.element(uNode).uAttributes : 0;
 }
 
 }   // namespace
@@ -225,29 +51,40 @@ bool boReadAll(std::istream& in, std::string& sBytes) {
 ExceptionInterface::~ExceptionInterface() = default;
 
 std::string_view const_Node::getNodeName() const noexcept {
-    return m_pAttribute ? attributeOf(m_pAttribute).name() : nodeOf(m_pNode).name();
+    if (m_uAttribute) return m_pDocument->names.name(m_pDocument->memory.attribute(m_uAttribute).uName);
+    if (!boElement(m_pDocument, m_uNode)) return {};
+    return m_pDocument->names.name(m_pDocument->memory.node(m_uNode).uName);
 }
 
 std::string_view const_Node::getNodeValue() const noexcept {
-    return m_pAttribute ? attributeOf(m_pAttribute).value() : nodeOf(m_pNode).value();
+    if (m_uAttribute) return m_pDocument->memory.value(m_uAttribute);
+    if (!m_uNode || boElement(m_pDocument, m_uNode)) return {};
+    return m_pDocument->memory.text(m_uNode);
 }
 
 const_NodeList const_Node::ChildNodesGet() const noexcept {
-    return const_NodeList(nodeOf(m_pNode).first_child().internal_object());
+    return {m_pDocument, boElement(m_pDocument, m_uNode) ? m_pDocument->memory.element(m_uNode).uFirst : 0};
 }
 
 std::optional<const_Node> const_Node::FirstChildGet() const noexcept { return ChildNodesGet().getFirstItem(); }
 
 std::optional<const_Node> const_Node::NextSiblingGet() const noexcept {
-    return const_NodeList(nodeOf(m_pNode).next_sibling().internal_object()).getFirstItem();
+    return const_NodeList(m_pDocument, m_uNode ? m_pDocument->memory.node(m_uNode).uSibling() : 0).getFirstItem();
 }
 
-bool const_Node::boHasChildNodes() const noexcept { return static_cast<bool>(nodeOf(m_pNode).first_child()); }
+bool const_Node::boHasChildNodes() const noexcept {
+    return boElement(m_pDocument, m_uNode) && m_pDocument->memory.element(m_uNode).uFirst;
+}
 
 const_NamedNodeMap const_Node::AttributesGet() const {
     const_NamedNodeMap map;
-    for (const pugi::xml_attribute& attribute : nodeOf(m_pNode).attributes())
-        map.m_attributes.push_back(const_Attr(attribute.internal_object()));
+    for (TreeRef u = uAttributesOf(m_pDocument, m_uNode); u; u = m_pDocument->memory.attribute(u).uNext) {
+        if (map.m_iCount < map.m_few.size())
+            map.m_few[map.m_iCount] = const_Attr(m_pDocument, u);
+        else
+            map.m_more.push_back(const_Attr(m_pDocument, u));
+        ++map.m_iCount;
+    }
     return map;
 }
 
@@ -256,81 +93,77 @@ std::string const_Node::to_string(bool boValue) { return boValue ? "true" : "fal
 std::string const_Node::to_string(long long iValue) { return std::to_string(iValue); }
 
 std::optional<const_Attr> const_Attr::toWrapper(const const_Node& node) noexcept {
-    if (!node.m_pAttribute) return std::nullopt;
-    return const_Attr(node.m_pAttribute);
+    if (!node.m_uAttribute) return std::nullopt;
+    return const_Attr(node.m_pDocument, node.m_uAttribute);
 }
 
 std::optional<const_Node> const_NodeList::getFirstItem() const noexcept {
-    if (!m_pFirst) return std::nullopt;
-    return const_Node(m_pFirst, nullptr);
+    if (!m_uFirst) return std::nullopt;
+    return const_Node(m_pDocument, m_uFirst, 0);
 }
 
 std::optional<const_Element> const_Element::toWrapper(const const_Node& node) noexcept {
-    if (!boIsElement(nodeOf(node.m_pNode))) return std::nullopt;
-    return const_Element(node.m_pNode);
+    if (!boElement(node.m_pDocument, node.m_uNode)) return std::nullopt;
+    return const_Element(node.m_pDocument, node.m_uNode);
 }
 
 std::optional<const_Attr> const_Element::AttributeNodeGet(std::string_view name) const noexcept {
-    for (const pugi::xml_attribute& attribute : nodeOf(m_pNode).attributes())
-        if (name == attribute.name()) return const_Attr(attribute.internal_object());
+    for (TreeRef u = uAttributesOf(m_pDocument, m_uNode); u; u = m_pDocument->memory.attribute(u).uNext)
+        if (name == m_pDocument->names.name(m_pDocument->memory.attribute(u).uName)) return const_Attr(m_pDocument, u);
     return std::nullopt;
 }
 
 std::optional<const_Element> const_Element::ElementByTagNameGet(std::string_view name) const noexcept {
     std::optional<const_Element> found;
-    boWalk(
-        nodeOf(m_pNode),
-        [&](const pugi::xml_node& node, std::size_t) {
-            if (boIsElement(node) && name == node.name()) found = const_Element(node.internal_object());
+    if (!m_uNode) return found;
+    const details::TreeMemory& memory = m_pDocument->memory;
+    memory.boWalk(
+        m_uNode,
+        [&](TreeRef uNode, std::size_t) {
+            if (memory.node(uNode).boElement() && name == m_pDocument->names.name(memory.node(uNode).uName))
+                found = const_Element(m_pDocument, uNode);
             return !found;
         },
-        [](const pugi::xml_node&, std::size_t) {});
+        [](TreeRef, std::size_t) {});
     return found;
 }
 
 Element Node::ElementNodeAppend(std::string_view name) {
-    if (!boNameCheck(name, "oxa::xml::Node::ElementNodeAppend")) return {};
-    pugi::xml_node child = nodeOf(m_pNode).append_child(pugi::node_element);
-    child.set_name(std::string(name).c_str());
-    return Element(child.internal_object());
+    const std::uint32_t uName = uKeptName(name, m_pDocument, "oxa::xml::Node::ElementNodeAppend");
+    if (uName == details::TreeNames::g_uNone) return {};
+    const TreeRef uChild = m_pDocument->memory.uElement(uName);
+    m_pDocument->memory.vAppend(m_uNode, uChild);
+    return {m_pDocument, uChild};
 }
 
 bool Node::boTextNodeAppend(std::string_view text) {
-    return nodeOf(m_pNode).append_child(pugi::node_pcdata).set_value(sHeld(text).c_str());
-}
-
-bool Node::RemoveChild(const const_Node& child) {
-    pugi::xml_node removed = nodeOf(static_cast<const Node&>(child).m_pNode);
-    pugi::xml_node parent = nodeOf(m_pNode);
-    if (!removed || removed.parent() != parent) return false;
-    // Leaves first: pugixml frees what lies below a node in a recursion.
-    for (pugi::xml_node node = removed; node != parent;) {
-        if (const pugi::xml_node below = node.last_child()) {
-            node = below;
-            continue;
-        }
-        pugi::xml_node above = node.parent();
-        above.remove_child(node);
-        node = above;
-        if (node == parent) break;
-    }
+    if (!m_uNode) return false;
+    std::string sChanged;
+    m_pDocument->memory.vAppend(m_uNode, m_pDocument->memory.uText(held(text, sChanged)));
     return true;
 }
 
-void Element::vAttributeSet(std::string_view name, std::string_view value) {
-    if (!boNameCheck(name, "oxa::xml::Element::vAttributeSet")) return;
-    const std::string sName(name);
-    pugi::xml_node node = nodeOf(m_pNode);
-    pugi::xml_attribute attribute = node.attribute(sName.c_str());
-    if (!attribute) attribute = node.append_attribute(sName.c_str());
-    attribute.set_value(sHeld(value).c_str());
+// What the child holds goes with the document.
+bool Node::RemoveChild(const const_Node& child) {
+    const auto& removed = static_cast<const Node&>(child);
+    if (!m_uNode || !removed.m_uNode || removed.m_pDocument != m_pDocument) return false;
+    return m_pDocument->memory.boRemove(m_uNode, removed.m_uNode);
 }
 
-struct File::Document {
-    std::string sBytes;   // what was parsed; the tree's names and values lie in it
-    pugi::xml_document tree;
-    bool boUtf8 = false;   // the bytes, whose places the tree knows then
-};
+void Element::vAttributeSet(std::string_view name, std::string_view value) {
+    const std::uint32_t uName = uKeptName(name, m_pDocument, "oxa::xml::Element::vAttributeSet");
+    if (uName == details::TreeNames::g_uNone) return;
+    std::string sChanged;
+    const std::string_view text = held(value, sChanged);
+    details::TreeMemory& memory = m_pDocument->memory;
+    TreeRef uLast = 0;
+    for (TreeRef u = uAttributesOf(m_pDocument, m_uNode); u; u = memory.attribute(u).uNext) {
+        if (memory.attribute(u).uName == uName) return memory.vValueSet(u, text);
+        uLast = u;
+    }
+    const TreeRef uNew = memory.uAttribute(uName, text);
+    (uLast ? memory.attribute(uLast).uNext : memory.element(m_uNode).uAttributes) = uNew;
+}
 
 File::File(ExceptionInterface* pExceptions, VerboseLevel, ValidateLevel)
     : m_pExceptions(pExceptions),
@@ -339,23 +172,24 @@ File::File(ExceptionInterface* pExceptions, VerboseLevel, ValidateLevel)
 File::~File() = default;
 
 std::optional<Element> File::create(std::string_view name, std::string_view namespaceUri, bool boReplace) {
-    if (!boNameCheck(name, "oxa::xml::File::create") || (!boReplace && RootElementGet())) return std::nullopt;
-    m_pDocument = std::make_unique<Document>();
-    pugi::xml_node root = m_pDocument->tree.append_child(std::string(name).c_str());
-    Element element(root.internal_object());
+    auto pDocument = std::make_unique<Document>();
+    const std::uint32_t uName = uKeptName(name, pDocument.get(), "oxa::xml::File::create");
+    if (uName == details::TreeNames::g_uNone || (!boReplace && RootElementGet())) return std::nullopt;
+    pDocument->uRoot = pDocument->memory.uElement(uName);
+    m_pDocument = std::move(pDocument);
+    Element element(m_pDocument.get(), m_pDocument->uRoot);
     if (!namespaceUri.empty()) element.vAttributeSet("xmlns", namespaceUri);
     return element;
 }
 
 std::optional<const_Element> File::RootElementGet() const noexcept {
-    const pugi::xml_node root = rootOf(m_pDocument->tree);
-    if (!root) return std::nullopt;
-    return const_Element(root.internal_object());
+    if (!m_pDocument->uRoot) return std::nullopt;
+    return const_Element(m_pDocument.get(), m_pDocument->uRoot);
 }
 
 std::optional<std::size_t> File::OffsetGet(const const_Element& element) const noexcept {
-    const std::ptrdiff_t iOffset = m_pDocument->boUtf8 ? nodeOf(element.m_pNode).offset_debug() : -1;
-    return iOffset < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(iOffset));
+    if (!boElement(element.m_pDocument, element.m_uNode) || !element.m_pDocument->boOffsets) return std::nullopt;
+    return element.m_pDocument->memory.element(element.m_uNode).uLast;
 }
 
 std::optional<const_Element> File::parse(const std::filesystem::path& path, ExceptionInterface* pExceptions) {
@@ -367,29 +201,23 @@ std::optional<const_Element> File::parse(std::istream& in, std::string_view sNam
     return parsed(in, sName, pExceptions);
 }
 
-// The former document goes in any case; a new one comes only if it is well-formed and within the limits. pugixml parses
-// the bytes in place, so they live as long as the tree.
+// The former document goes in any case; a new one comes only if it is well-formed and within the limits.
 std::optional<const_Element> File::parsed(std::istream& in, std::string_view sName, ExceptionInterface* pExceptions) {
     m_pDocument = std::make_unique<Document>();
-    auto pDocument = std::make_unique<Document>();
-    if (!boReadAll(in, pDocument->sBytes)) {
-        vFault(pExceptions, sName, "Can't be read", pDocument->sBytes.size());
+    details::TreeBytes bytes;
+    if (!bytes.boRead(in, g_iSizeLimit)) {
+        vFault(pExceptions, sName, "Can't be read", bytes.size());
         return std::nullopt;
     }
-    // References are decoded by DocumentCheck, and text at the top is kept for it to find.
-    constexpr unsigned g_options =
-        (pugi::parse_default & ~pugi::parse_escapes) | pugi::parse_ws_pcdata_single | pugi::parse_fragment;
-    const bool boZero = pDocument->sBytes.find('\0') != std::string::npos;   // pugixml takes one for the end
-    const pugi::xml_parse_result result =
-        pDocument->tree.load_buffer_inplace(pDocument->sBytes.data(), pDocument->sBytes.size(), g_options);
-    const bool boOneByte = result.encoding == pugi::encoding_utf8 || result.encoding == pugi::encoding_latin1;
-    pDocument->boUtf8 = result.encoding == pugi::encoding_utf8;
-    const char* sFault = !result               ? result.description()
-                         : boZero && boOneByte ? "A character that XML can't hold"
-                                               : DocumentCheck().sFault(pDocument->tree);
-    if (sFault) {
-        vFault(pExceptions, sName, sFault, result ? 0 : static_cast<std::size_t>(result.offset));
-        return std::nullopt;
+    auto pDocument = std::make_unique<Document>();
+    pDocument->uRoot = details::uParsedPlain(bytes.squeezed(), *pDocument, g_iDepthLimit);
+    if (!pDocument->uRoot) {
+        pDocument = std::make_unique<Document>();
+        const details::Fault fault = details::parseAny(bytes.expanded(), *pDocument, g_iDepthLimit);
+        if (fault.sText) {
+            vFault(pExceptions, sName, fault.sText, fault.iOffset);
+            return std::nullopt;
+        }
     }
     m_pDocument = std::move(pDocument);
     return RootElementGet();
@@ -419,10 +247,9 @@ bool File::save(std::ostream& out, ExceptionInterface* pExceptions, Encoding, Li
 }
 
 bool File::boSaved(std::ostream& out) const {
-    const pugi::xml_node root = rootOf(m_pDocument->tree);
-    if (!root || !out.good()) return false;
+    if (!m_pDocument->uRoot || !out.good()) return false;
     try {
-        return DocumentWriter(out).boWrite(root) && out.flush().good();
+        return details::boWrite(out, *m_pDocument) && out.flush().good();
     } catch (const std::ios_base::failure&) {
         return false;   // a stream that was asked to throw
     }

@@ -11,7 +11,10 @@
 /// Threads  one at a time for each document, handles included.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <iosfwd>
 #include <memory>
@@ -49,6 +52,10 @@ public:
 class const_NamedNodeMap;
 class const_NodeList;
 
+namespace details {
+struct Document;
+}   // namespace details
+
 /// An element, a text, or an attribute.
 class OXA_PLATFORM_API const_Node {
 public:
@@ -85,13 +92,17 @@ protected:
     friend class const_Element;
     friend class const_NodeList;
     friend class File;
-    /// Of the tree's own node or attribute.
-    const_Node(void* pNode, void* pAttribute) noexcept : m_pNode(pNode), m_pAttribute(pAttribute) {}
+    /// Of that node or attribute of the document.
+    const_Node(details::Document* pDocument, std::uint32_t uNode, std::uint32_t uAttribute) noexcept
+        : m_pDocument(pDocument),
+          m_uNode(uNode),
+          m_uAttribute(uAttribute) {}
 
     ///@{
-    /// The tree's node and attribute; one of them is null.
-    void* m_pNode = nullptr;
-    void* m_pAttribute = nullptr;
+    /// The document, and where in it node and attribute are; one of them is 0. All three are for a handle of nothing.
+    details::Document* m_pDocument = nullptr;
+    std::uint32_t m_uNode = 0;
+    std::uint32_t m_uAttribute = 0;
     ///@}
 };
 
@@ -108,7 +119,8 @@ public:
 private:
     friend class const_Element;
     friend class const_Node;
-    explicit const_Attr(void* pAttribute) noexcept : const_Node(nullptr, pAttribute) {}
+    const_Attr(details::Document* pDocument, std::uint32_t uAttribute) noexcept
+        : const_Node(pDocument, 0, uAttribute) {}
 };
 
 /// The children of a node.
@@ -119,21 +131,28 @@ public:
 
 private:
     friend class const_Node;
-    explicit const_NodeList(void* pFirst) noexcept : m_pFirst(pFirst) {}
-    void* m_pFirst;
+    const_NodeList(details::Document* pDocument, std::uint32_t uFirst) noexcept
+        : m_pDocument(pDocument),
+          m_uFirst(uFirst) {}
+    details::Document* m_pDocument;
+    std::uint32_t m_uFirst;
 };
 
 /// The attributes of an element, in document order. A copy of handles: one that is added later is not in it.
 class OXA_PLATFORM_API const_NamedNodeMap {
 public:
     /// How many there are.
-    [[nodiscard]] std::size_t LengthGet() const noexcept { return m_attributes.size(); }
+    [[nodiscard]] std::size_t LengthGet() const noexcept { return m_iCount; }
     /// By place, from 0. Throws std::out_of_range beyond the last.
-    [[nodiscard]] const const_Attr& ItemGet(std::size_t iItem) const { return m_attributes.at(iItem); }
+    [[nodiscard]] const const_Attr& ItemGet(std::size_t iItem) const {
+        return iItem < std::min(m_iCount, m_few.size()) ? m_few[iItem] : m_more.at(iItem - m_few.size());
+    }
 
 private:
     friend class const_Node;
-    std::vector<const_Attr> m_attributes;   // in document order
+    std::size_t m_iCount = 0;
+    std::array<const_Attr, 8> m_few;   // in document order: elements mostly have few, which take no memory here
+    std::vector<const_Attr> m_more;
 };
 
 /// An element, to be read.
@@ -150,8 +169,8 @@ public:
 
 protected:
     friend class File;
-    /// Of the tree's own node.
-    explicit const_Element(void* pNode) noexcept : const_Node(pNode, nullptr) {}
+    /// Of that node of the document.
+    const_Element(details::Document* pDocument, std::uint32_t uNode) noexcept : const_Node(pDocument, uNode, 0) {}
 };
 
 class Element;
@@ -193,7 +212,7 @@ class OXA_PLATFORM_API File {
 public:
     /// Elements nest at most so deep in a document that is parsed, so that a walk over it may recurse.
     static constexpr std::size_t g_iDepthLimit = 1000;
-    /// Bytes that are parsed at most; the tree takes several times as much memory.
+    /// Bytes that are parsed at most; with the tree they take two to four times as much memory.
     static constexpr std::size_t g_iSizeLimit = std::size_t{1} << 32;
 
     /// Without a root.
@@ -240,14 +259,13 @@ public:
     ///@}
 
 private:
-    struct Document;
     std::optional<const_Element> parsed(std::istream& in, std::string_view sName, ExceptionInterface* pExceptions);
     [[nodiscard]] bool boSaved(std::ostream& out) const;
     void vFault(ExceptionInterface* pExceptions, std::string_view sSource, std::string_view sText,
                 std::size_t iOffset) const;
 
     ExceptionInterface* m_pExceptions;
-    std::unique_ptr<Document> m_pDocument;
+    std::unique_ptr<details::Document> m_pDocument;
 };
 
 }   // namespace oxa::xml

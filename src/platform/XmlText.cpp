@@ -120,14 +120,41 @@ bool boIsName(std::string_view text) noexcept {
     return true;
 }
 
-bool boIsText(std::string_view text) noexcept {
-    if (!str::boIsValidUtf8(text)) return false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto c = static_cast<unsigned char>(text[i]);
-        if (c < 0x20 ? !boIsChar(c) : c == 0xEF && boIsNonCharacter(text.substr(i))) return false;
+// Most texts are ASCII: blocks are tested as a whole. A run of other bytes must be UTF-8 by itself, since no character has
+// bytes of both sorts.
+bool boIsUtf8Text(std::string_view text) noexcept {
+    constexpr std::size_t g_iBlock = 64;
+    std::size_t i = 0;
+    while (i < text.size()) {
+        if (text.size() - i >= g_iBlock) {
+            std::uint8_t uAll = 0;
+            for (std::size_t k = 0; k < g_iBlock; ++k) uAll |= static_cast<std::uint8_t>(text[i + k]);
+            if (uAll < 0x80) {
+                i += g_iBlock;
+                continue;
+            }
+        }
+        while (i < text.size() && static_cast<unsigned char>(text[i]) < 0x80) ++i;
+        const std::size_t iRun = i;
+        while (i < text.size() && static_cast<unsigned char>(text[i]) >= 0x80) ++i;
+        const std::string_view run = text.substr(iRun, i - iRun);
+        if (!str::boIsValidUtf8(run)) return false;
+        for (std::size_t k = run.find('\xEF'); k != std::string_view::npos; k = run.find('\xEF', k + 1))
+            if (boIsNonCharacter(run.substr(k))) return false;
     }
     return true;
 }
+
+bool boHasControls(std::string_view text) noexcept {
+    std::uint8_t uAny = 0;
+    for (const char c : text) {
+        const auto u = static_cast<std::uint8_t>(c);
+        uAny |= static_cast<std::uint8_t>((u < 0x20) & (u != '\t') & (u != '\n') & (u != '\r'));
+    }
+    return uAny;
+}
+
+bool boIsText(std::string_view text) noexcept { return !boHasControls(text) && boIsUtf8Text(text); }
 
 bool boReferencesDecode(std::string& sText) {
     std::string sDecoded;
@@ -142,6 +169,14 @@ bool boReferencesDecode(std::string& sText) {
     }
     sText = std::move(sDecoded);
     return true;
+}
+
+bool boIsPlain(std::string_view text) noexcept {
+    std::uint8_t uAll = 0;
+    for (const char c : text)
+        uAll |= static_cast<std::uint8_t>(static_cast<unsigned char>(c) |
+                                          (g_care[static_cast<unsigned char>(c)] ? 0x80 : 0));
+    return uAll < 0x80;
 }
 
 // Runs without a byte to escape are appended at once. A document stays well-formed whatever the text holds: what XML

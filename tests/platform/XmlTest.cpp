@@ -19,12 +19,14 @@ using testing::ElementsAre;
 // What a File says when a document is refused.
 class Faults : public ExceptionInterface {
 public:
-    void vFault(std::string_view sSource, std::string_view sText, std::size_t) override {
+    void vFault(std::string_view sSource, std::string_view sText, std::size_t iOffset) override {
         m_sources.emplace_back(sSource);
         m_texts.emplace_back(sText);
+        m_offsets.push_back(iOffset);
     }
     std::vector<std::string> m_sources;
     std::vector<std::string> m_texts;
+    std::vector<std::size_t> m_offsets;
 };
 
 struct TestFile : File {
@@ -122,6 +124,106 @@ TEST(XmlParse, LeavesEntitiesAsTheyAreWritten) {
         ASSERT_TRUE(again.parseText(file.sSaved()));
         EXPECT_EQ(sShow(*again.RootElementGet()), row.sTree);
     }
+}
+
+const std::string g_sManyBlanks(1000, ' ');
+const ParseRow g_blankRows[] = {
+    {"indentation is no text", "<a>\n" + g_sManyBlanks + "<b/>\n   <c/>\r\n     </a>\n\n    ", "a(b c)"},
+    {"nor inside of tags",
+     "<a\n            x='1'\n     y\n        =\n        '2'\n          ><b\n        /></a\n          >",
+     "a[x=1][y=2](b)"},
+    {"nor around comments", "<!-- a\n         --->\n        <a>\n         <!--\n          --></a>", "a"},
+    {"blanks alone on lines are a text", "<a>\n       \n             </a>", "a('\n       \n             ')"},
+    {"blanks at the start of a line of a text",
+     "<a>\n     b\n              c\n                                   d </a>",
+     "a('\n     b\n              c\n                                   d ')"},
+    {"and of a value", "<a x='\n      1\n              2\r\n   '/>", "a[x=       1               2    ]"},
+    {"beside references", "<a x='\n      &amp;'>&lt;\n        &gt;</a>", "a[x=       &]('<\n        >')"},
+};
+
+TEST(XmlParse, KeepsBlanksWhereTheyAreText) {
+    for (const ParseRow& row : g_blankRows) {
+        SCOPED_TRACE(row.sRule);
+        TestFile file;
+        ASSERT_TRUE(file.parseText(row.sText));
+        EXPECT_EQ(sShow(*file.RootElementGet()), row.sTree);
+    }
+    for (std::size_t i = 0; i < 300; ++i) {
+        TestFile file;
+        ASSERT_TRUE(file.parseText("<a>\n" + std::string(i, ' ') + "b</a>"));
+        EXPECT_EQ(file.RootElementGet()->FirstChildGet()->getNodeValue(), '\n' + std::string(i, ' ') + 'b');
+    }
+}
+
+// Behind the tag's "<", in the bytes as they came.
+TEST(XmlParse, KnowsWhereElementsBegin) {
+    const std::string sText =
+        "\xEF\xBB\xBF<?xml version='1.0'\n              encoding='UTF-8'?>\n         <!-- b\n                --->\n"
+        "<a x='\n               1'>\n                                 text\n               <b/>\n               "
+        "<c>\n                    </c>\n          <d\n             y='1'\n        ><e>&amp;\n              "
+        "</e></d></a>";
+    for (const char* sBehind : {"\n", "<?p?>"}) {
+        SCOPED_TRACE(sBehind);
+        TestFile file;
+        ASSERT_TRUE(file.parseText(sText + sBehind));
+        EXPECT_EQ(file.OffsetGet(*file.RootElementGet()), sText.find("<a") + 1);
+        for (const std::string sName : {"b", "c", "d", "e"})
+            EXPECT_EQ(file.OffsetGet(*file.RootElementGet()->ElementByTagNameGet(sName)), sText.find('<' + sName) + 1);
+    }
+    TestFile other;
+    ASSERT_TRUE(other.parseText(std::string("\0<\0a\0/\0>", 8)));
+    EXPECT_FALSE(other.OffsetGet(*other.RootElementGet())) << "not UTF-8";
+    ASSERT_TRUE(other.create("a", "", true));
+    EXPECT_FALSE(other.OffsetGet(*other.RootElementGet())) << "made";
+    EXPECT_FALSE(other.OffsetGet(const_Element()));
+}
+
+// Longer than what is read at once, so that lines are parted.
+TEST(XmlParse, TakesDocumentsOfManyPieces) {
+    std::string sText = "<a>";
+    std::string sTree = "a(";
+    for (int i = 0; sText.size() < 3'000'000; ++i) {
+        sText += "\n" + std::string(static_cast<std::size_t>(i % 150), ' ') + "<b x='" + std::to_string(i) + "'/>";
+        sTree += (i ? " b[x=" : "b[x=") + std::to_string(i) + ']';
+    }
+    TestFile file;
+    ASSERT_TRUE(file.parseText(sText + "\n</a>\n"));
+    EXPECT_TRUE(sShow(*file.RootElementGet()) == sTree + ')');
+    // A control character far behind: what was read before counts with the rest.
+    Faults faults;
+    EXPECT_FALSE(file.parseText(sText + "\x01</a>", &faults));
+    EXPECT_FALSE(file.parseText(sText + "\n     </b>", &faults));
+    EXPECT_THAT(faults.m_texts, ElementsAre("A character that XML can't hold", "Start-end tags mismatch"));
+    EXPECT_THAT(faults.m_offsets, ElementsAre(0, sText.size() + 8));
+}
+
+// Documents of the usual kind are parsed by a way of their own; an instruction behind one forbids that.
+TEST(XmlParse, GivesTheSameBothWays) {
+    const std::string sText = "<?xml version='1.0' encoding='UTF-8'?>\n<!-- c -->\n<a x=\"1 &amp; 2\" y = 'q\"'>\n     "
+                              "<b-b>t&#65;\r\n</b-b ><!-- d -->"
+                              "<c/> <d  z='' ></d>\n<e> </e>\xC3\x9F</a>\n";
+    using namespace std::string_literals;
+    const std::string sOther = "\0\x01\t\n\r !\"#&'-/0:;<=>?A_a\x7F\x80\xC3\xEF"s;
+    std::size_t iTaken = 0;
+    const auto vCompare = [&](const std::string& sChanged) {
+        TestFile file;
+        if (!file.parseText(sChanged)) return;
+        ++iTaken;
+        TestFile other;
+        ASSERT_TRUE(other.parseText(sChanged + "<?p?>"));
+        EXPECT_EQ(sShow(*file.RootElementGet()), sShow(*other.RootElementGet()));
+    };
+    for (std::size_t i = 0; i + 1 < sText.size(); ++i) {   // the last byte is not looked at by itself
+        SCOPED_TRACE(i);
+        vCompare(sText.substr(0, i) + sText.substr(i + 1));
+        for (const char c : sOther) {
+            std::string sChanged = sText;
+            sChanged[i] = c;
+            vCompare(sChanged);
+            vCompare(sText.substr(0, i) + c + sText.substr(i));
+        }
+    }
+    EXPECT_GT(iTaken, sText.size() * 10);
 }
 
 struct FaultRow {
@@ -307,6 +409,27 @@ TEST(XmlCreate, BuildsADocument) {
                              "<a xmlns=\"urn:x\" y=\"3\" z=\"2\">\n  <b>t</b>\n  <c/>\n</a>\n");
 }
 
+TEST(XmlCreate, ChangesAttributesWhereTheyStand) {
+    TestFile file;
+    Element root = file.create("a", "", true).value();
+    root.vAttributeSet("x", "");
+    root.vAttributeSet("y", "short");
+    const const_Attr x = root.AttributeNodeGet("x").value();
+    const std::string sLong(1'000'000, 'l');
+    root.vAttributeSet("x", sLong);
+    EXPECT_EQ(x.getValue(), sLong);
+    root.vAttributeSet("x", x.getValue().substr(0, 2));
+    root.vAttributeSet("z", root.AttributeNodeGet("y")->getValue());
+    EXPECT_EQ(sShow(root), "a[x=ll][y=short][z=short]");
+    for (std::size_t i = 0; i < 20; ++i) root.vAttributeSet("n" + std::to_string(i), std::to_string(i));
+    const const_NamedNodeMap map = root.AttributesGet();
+    EXPECT_EQ(map.LengthGet(), 23U);
+    EXPECT_EQ(map.ItemGet(22).getNodeName(), "n19");
+    EXPECT_THROW(static_cast<void>(map.ItemGet(23)), std::out_of_range);
+    EXPECT_THROW(static_cast<void>(root.FirstChildGet().value_or(const_Node()).AttributesGet().ItemGet(0)),
+                 std::out_of_range);
+}
+
 TEST(XmlCreate, ReplacesOnlyWhenAsked) {
     TestFile file;
     ASSERT_TRUE(file.create("a", "", false));
@@ -329,6 +452,19 @@ TEST(XmlCreate, RemovesAChildWithAllInIt) {
     EXPECT_EQ(sShow(root), "a(b)");
     EXPECT_TRUE(root.RemoveChild(b));
     EXPECT_FALSE(root.boHasChildNodes());
+    EXPECT_FALSE(root.RemoveChild(b)) << "a second time";
+    for (const char* sName : {"f", "g", "h", "i"}) root.ElementNodeAppend(sName);
+    EXPECT_TRUE(root.RemoveChild(*root.FirstChildGet()->NextSiblingGet()));
+    EXPECT_EQ(sShow(root), "a(f h i)");
+    EXPECT_TRUE(root.RemoveChild(*root.ElementByTagNameGet("i")));
+    root.ElementNodeAppend("j");
+    EXPECT_EQ(sShow(root), "a(f h j)");
+    EXPECT_TRUE(root.RemoveChild(*root.FirstChildGet()));
+    EXPECT_EQ(sShow(root), "a(h j)");
+    TestFile other;
+    Element foreign = other.create("a", "", true).value();
+    foreign.ElementNodeAppend("b");
+    EXPECT_FALSE(root.RemoveChild(*foreign.FirstChildGet()));
 }
 
 TEST(XmlCreate, TakesNamesOfXmlOnly) {
