@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileHeader.h"
 #include "Format/Ifc/Xml/IfcXmlExportWalk.h"
+#include "schema/XmlSchema.h"
 
 namespace oxa::ifc::xml {
 
@@ -40,6 +42,16 @@ void vHeaderAppend(Element& root, const FileHeader& header) {
     vField("originating_system", name.originatingSystem);
     vField("authorization", name.authorization);
     vField("documentation", sJoined(header.description.descriptions));
+}
+
+// The block of cells, and a list of the inverse block, as the layout of the type has them; null for none. Nothing is
+// changed.
+const char* pCellsOf(const Entity& entity) {
+    return static_cast<const char*>(const_cast<Entity&>(entity).unsafeAttributesRaw());
+}
+const EntityList* pReferrersOf(const Entity& entity, std::size_t iInverse) {
+    EntityList** ppLists = const_cast<Entity&>(entity).unsafeAttributesInverseRaw();
+    return ppLists ? reinterpret_cast<const Unaligned<EntityList*>*>(ppLists)[iInverse].load() : nullptr;
 }
 
 }   // namespace
@@ -92,6 +104,7 @@ bool Export::boExportData(const Data& data, Errors& report, std::function<void(u
 
 bool Export::boExportWalk(const Data& data, Walk& walk, const std::function<void(unsigned int)>& progress) {
     if (data.pSchema()) m_pXmlDefaults = data.pSchema()->pXmlDefaults;
+    walk.m_pDefaults = m_pXmlDefaults;
     if (!data.pProject()) return false;
     walk.iEntityIdGet(data.pProject());
     if (!m_pRootElement) return false;
@@ -117,20 +130,39 @@ void Export::vQueueLeftOut(Walk& walk) {
 }
 
 // The order of an instance's content: level by level from the root of its supertypes, at each level the attributes and
-// then the inverse attributes that it declares. Made once a type.
-const std::vector<ExportCommon::Walk::Step>& ExportCommon::Walk::stepsOf(const def::schema::Entity& type) {
+// then the inverse attributes that it declares.
+const ExportCommon::Walk::Steps& ExportCommon::Walk::stepsOf(const def::schema::Entity& type) {
     const auto [place, boNew] = m_steps.try_emplace(&type);
-    if (!boNew) return place->second;
+    Steps& steps = place->second;
+    if (!boNew) return steps;
     std::vector<const def::schema::Entity*> levels;
     for (const def::schema::Entity* pLevel = &type; pLevel; pLevel = pLevel->pParent) levels.push_back(pLevel);
     std::ranges::reverse(levels);
-    unsigned iAttribute = 0;
+    auto cell = Entity::getDataSize(type).cells.begin();
+    const auto& inverses = type.allInverseAttributes();
     for (const def::schema::Entity* pLevel : levels) {
-        for (std::size_t i = 0; i < pLevel->ownAttributes.size(); ++i) place->second.push_back({iAttribute++, nullptr});
-        for (const def::schema::AttributeInverse& inverse : pLevel->ownInverseAttributes)
-            place->second.push_back({0, &inverse});
+        for (std::size_t i = 0; i < pLevel->ownAttributes.size(); ++i) vAttributeAdd(steps, *cell++);
+        for (const def::schema::AttributeInverse& inverse : pLevel->ownInverseAttributes) {
+            const auto first = std::ranges::find(inverses, inverse.sName, &def::schema::AttributeInverse::sName);
+            steps.push_back({nullptr, &inverse, static_cast<std::uint32_t>(first - inverses.begin()),
+                             inverse.pXmlInverse ? *inverse.pXmlInverse : 0, CellClass::Unresolved, true});
+        }
     }
-    return place->second;
+    return steps;
+}
+
+// Nothing for an attribute without a type, and for one that documents leave out where that is not noted.
+void ExportCommon::Walk::vAttributeAdd(Steps& steps, const DataSizeEntity::Cell& cell) const {
+    const def::schema::Attribute& attribute = *cell.pAttribute;
+    if (attribute.types.empty()) return;
+    def::xmlschema::Attribute mapping;
+    if (attribute.pXml)
+        mapping = *attribute.pXml;
+    else if (m_pDefaults)
+        mapping.mode = def::schema::pAsEntity(attribute.pType()) ? m_pDefaults->iModeEntity : m_pDefaults->iModeValue;
+    const CellClass eClass = AttributeBase::cellClass(attribute.pType());
+    if (eClass < CellClass::Unresolved && (mapping.boExported || m_boLeftOutNoted))
+        steps.push_back({&attribute, nullptr, cell.iOffset, mapping.mode, eClass, mapping.boExported});
 }
 
 void ExportCommon::vExportEntity(Element& parent, const Entity& entity, const def::schema::Entity* pDeclared,
@@ -164,11 +196,11 @@ void Export::vExportInstance(Walk& walk) {
     Walk::Pending instance = walk.m_pending.back();
     walk.m_pending.pop_back();
     const def::schema::Entity& type = instance.pEntity->schemaEntity();
-    const bool boNew = m_pExported->insert(instance.pEntity).second;
+    const bool boNew = m_pExported->boInsert(instance.pEntity);
     if (boNew) {
-        instance.element.vAttributeSet("id", sIdText(walk.iEntityIdMark(*instance.pEntity)));
+        instance.element.vAttributeSet("id", IdText(walk.iEntityIdMark(*instance.pEntity)).text());
     } else {
-        instance.element.vAttributeSet("ref", sIdText(walk.iEntityIdGet(instance.pEntity)));
+        instance.element.vAttributeSet("ref", IdText(walk.iEntityIdGet(instance.pEntity)).text());
         instance.element.vAttributeSet("xsi:nil", const_Node::to_string(true));
     }
     if (instance.pDeclared && !instance.pDeclared->subtypes.empty())
@@ -177,42 +209,47 @@ void Export::vExportInstance(Walk& walk) {
         walk.m_open.push_back({instance.element, instance.pEntity, &walk.stepsOf(type), 0, walk.m_pending.size()});
 }
 
-// The next attribute of the innermost instance, or its end.
+// The next attributes of the innermost instance, up to one that nests others, or its end.
 void Export::vExportStep(Walk& walk) {
-    Walk::Open& open = walk.m_open.back();
-    if (open.iNext == open.pSteps->size()) {
+    const std::size_t iBefore = walk.m_pending.size();
+    Walk::Open open = walk.m_open.back();
+    // A type without attributes has no inverse attribute that can be reached.
+    const char* pCells = pCellsOf(*open.pEntity);
+    if (!pCells) open.iNext = open.pSteps->size();
+    while (open.iNext < open.pSteps->size() && walk.m_pending.size() == iBefore) {
+        const Step& step = (*open.pSteps)[open.iNext++];
+        if (step.pInverse) {
+            vExportInverse(open.element, *open.pEntity, step, walk);
+        } else {
+            const auto& cell = *reinterpret_cast<const AttributeBase*>(pCells + step.iPlace);
+            if (cell.boHasValue()) vExportAttribute(open.element, step, cell, walk);
+        }
+    }
+    if (walk.m_pending.size() == iBefore) {
         walk.m_open.pop_back();
         return;
     }
-    const Walk::Step step = (*open.pSteps)[open.iNext++];
-    const std::size_t iBefore = walk.m_pending.size();
-    if (step.pInverse) {
-        vExportInverse(open.element, *open.pEntity, *step.pInverse, walk);
-    } else {
-        const auto [pAttribute, pCell] = open.pEntity->pAttributeFromIndex(step.iAttribute);
-        if (pAttribute) vExportAttribute(open.element, *pAttribute, *pCell, walk);
-    }
+    walk.m_open.back().iNext = open.iNext;
     std::reverse(walk.m_pending.begin() + static_cast<std::ptrdiff_t>(iBefore), walk.m_pending.end());
 }
 
 // Without a record the relations only join the walk, to be written later at the top of the document. Mode 1 writes an
 // element of the inverse attribute's name for each of them, mode 2 one such element around all.
-void Export::vExportInverse(Element& element, const Entity& entity, const def::schema::AttributeInverse& inverse,
-                            Walk& walk) {
-    const int iIndex = entity.inverseIndexFromName(def::schema::AttributeName(inverse));
-    if (iIndex < 0) return;
-    std::vector<const Entity*> referrers = entity.entitiesInverseFromIndex(static_cast<unsigned>(iIndex));
-    std::erase(referrers, nullptr);
-    const std::uint32_t mode = inverse.pXmlInverse ? *inverse.pXmlInverse : 0;
-    if (mode == 0) {
-        for (const Entity* pReferrer : referrers) walk.iEntityIdGet(pReferrer);
-        return;
+void Export::vExportInverse(Element& element, const Entity& entity, const Step& step, Walk& walk) {
+    const EntityList* pReferrers = pReferrersOf(entity, step.iPlace);
+    if (!pReferrers) return;
+    std::optional<Element> around;   // no element around nothing
+    for (const Entity* pReferrer : *pReferrers) {
+        if (!pReferrer) continue;
+        if (step.mode == 0) {
+            walk.iEntityIdGet(pReferrer);
+            continue;
+        }
+        const bool boEach = step.mode == 1;
+        if (!around) around = boEach ? element : element.ElementNodeAppend(step.pInverse->sName);
+        vExportEntity(*around, *pReferrer, nullptr,
+                      boEach ? std::string_view(step.pInverse->sName) : std::string_view(), walk);
     }
-    if (referrers.empty()) return;   // no element around nothing
-    Element around = mode == 1 ? element : element.ElementNodeAppend(inverse.sName);
-    for (const Entity* pReferrer : referrers)
-        vExportEntity(around, *pReferrer, nullptr, mode == 1 ? std::string_view(inverse.sName) : std::string_view(),
-                      walk);
 }
 
 }   // namespace oxa::ifc::xml

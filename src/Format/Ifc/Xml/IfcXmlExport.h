@@ -65,6 +65,7 @@ public:
 
 protected:
     struct Walk;       // the instances to come; IfcXmlExportWalk.h
+    struct Step;       // one attribute of a type
     struct Exported;   // a set of instances
 
     /// An element for the instance below "parent", named after its type unless there is a name; the walk fills it
@@ -74,17 +75,16 @@ protected:
                        std::string_view name, Walk& walk);
 
     /// One attribute of an instance whose element is "parent".
-    void vExportAttribute(oxa::xml::Element& parent, const def::schema::Attribute& attribute, const AttributeBase& cell,
-                          Walk& walk);
+    void vExportAttribute(oxa::xml::Element& parent, const Step& step, const AttributeBase& cell, Walk& walk);
     /// Where the walk asks for it: notes the instances that a cell leads to which the mapping leaves out.
-    void vLeftOutNote(const def::schema::Attribute& attribute, const AttributeBase& cell, Walk& walk) const;
+    void vLeftOutNote(const Step& step, const AttributeBase& cell, Walk& walk) const;
     /// A reference as its mode says: an element, an XML attribute with the id, or nothing.
     void vExportReference(oxa::xml::Element& parent, const def::schema::Attribute& attribute, const Entity* pEntity,
                           std::uint32_t mode, Walk& walk);
     /// A value that is neither reference nor aggregate nor select: an XML attribute in mode 2, else an element; nothing
     /// without a text.
     void vExportScalar(oxa::xml::Element& parent, const def::schema::Attribute& attribute, const AttributeBase& cell,
-                       std::uint32_t mode);
+                       std::uint32_t mode, Walk& walk);
     /// The value gets an element named after the attribute; an item of a list (boInList) stands in that of its list.
     void vExportSelect(oxa::xml::Element& parent, const AttributeSelect& cell, const def::schema::Attribute& attribute,
                        bool boInList, std::uint32_t mode, Walk& walk);
@@ -130,8 +130,7 @@ private:
     void vExportQueued(Walk& walk);
     void vExportInstance(Walk& walk);
     void vExportStep(Walk& walk);
-    void vExportInverse(oxa::xml::Element& element, const Entity& entity, const def::schema::AttributeInverse& inverse,
-                        Walk& walk);
+    void vExportInverse(oxa::xml::Element& element, const Entity& entity, const Step& step, Walk& walk);
 };
 
 }   // namespace oxa::ifc::xml

@@ -3,7 +3,7 @@
 //
 // Not all values have a form. A list of anything but reals, texts, selects and instances is left out, and so are
 // lists of lists: readers of this format know them that way.
-#include <optional>
+#include <string>
 
 #include "Format/Ifc/Cells/CellWalk.h"
 #include "Format/Ifc/IfcCellVisit.h"
@@ -28,8 +28,9 @@ namespace {
 bool boNestsInstances(std::uint32_t mode) { return mode == 1 || mode == 2 || mode == 3; }
 
 // The element that holds the text of a value of that type.
-void vWrapperAppend(Element& parent, const std::string& sType, const std::string& sText) {
-    parent.ElementNodeAppend(sType + "-wrapper").boTextNodeAppend(sText);
+void vWrapperAppend(Element& parent, const std::string& sType, std::string& sName, const std::string& sText) {
+    sName.assign(sType).append("-wrapper");
+    parent.ElementNodeAppend(sName).boTextNodeAppend(sText);
 }
 
 // Where a select's value goes: its attribute's element, or beside the other items of a list.
@@ -37,50 +38,40 @@ Element selectTarget(Element& parent, const Attribute& attribute, bool boInList)
     return boInList ? parent : parent.ElementNodeAppend(attribute.sName);
 }
 
-// All items as one text with blanks between them; empty where the list does not hold any T.
-template <class T, class Text>
-std::optional<std::string> itemsText(const AttributeListValueBase& cell, const Attribute& attribute, Text&& text) {
-    std::string sAll;
+// All items as one text with blanks between them; vAppend(text, item) puts one of them there.
+template <class T, class Append>
+void vItemsText(const Array<T>* pItems, std::string& sText, Append&& vAppend) {
+    sText.clear();
+    if (!pItems) return;
     bool boFirst = true;
-    const bool boWalked = cell.boForEach<T>(attribute, [&](T& item) {
-        if (!boFirst) sAll += ' ';
+    for (const auto& stored : *pItems) {
+        if (!boFirst) sText += ' ';
         boFirst = false;
-        sAll += text(item);
-        return true;
-    });
-    return boWalked ? std::optional(std::move(sAll)) : std::nullopt;
+        const T item = stored;
+        vAppend(sText, item);
+    }
 }
 
 }   // namespace
 
-void ExportCommon::vExportAttribute(Element& parent, const Attribute& attribute, const AttributeBase& cell,
-                                    Walk& walk) {
-    if (!cell.boHasValue() || attribute.types.empty()) return;
-    const def::schema::ObjectBase* pType = attribute.pType();
-    const bool boEntity = def::schema::pAsEntity(pType) != nullptr;
-    def::xmlschema::Attribute mapping;
-    if (attribute.pXml)
-        mapping = *attribute.pXml;
-    else if (m_pXmlDefaults)
-        mapping.mode = boEntity ? m_pXmlDefaults->iModeEntity : m_pXmlDefaults->iModeValue;
-    if (!mapping.boExported) return vLeftOutNote(attribute, cell, walk);
-
+void ExportCommon::vExportAttribute(Element& parent, const Step& step, const AttributeBase& cell, Walk& walk) {
+    if (!step.boExported) return vLeftOutNote(step, cell, walk);
+    const Attribute& attribute = *step.pAttribute;
     visitCell(
-        cell, AttributeBase::cellClass(pType),
+        cell, step.eClass,
         Overloads{
             [&](const AttributeEntity& reference) {
-                vExportReference(parent, attribute, reference.m_value, mapping.mode, walk);
+                vExportReference(parent, attribute, reference.m_value, step.mode, walk);
             },
-            [&](const AttributeSelect& select) { vExportSelect(parent, select, attribute, false, mapping.mode, walk); },
-            [&](const AttributeList& list) { vExportList(parent, list, attribute, mapping.mode, walk); },
-            [&](const AttributeBase& scalar) { vExportScalar(parent, attribute, scalar, mapping.mode); },
+            [&](const AttributeSelect& select) { vExportSelect(parent, select, attribute, false, step.mode, walk); },
+            [&](const AttributeList& list) { vExportList(parent, list, attribute, step.mode, walk); },
+            [&](const AttributeBase& scalar) { vExportScalar(parent, attribute, scalar, step.mode, walk); },
         });
 }
 
 // Nothing is written; but a walk that is to lose nothing comes back to what the attribute names.
-void ExportCommon::vLeftOutNote(const Attribute& attribute, const AttributeBase& cell, Walk& walk) const {
-    if (!walk.m_boLeftOutNoted) return;
-    vForEachEntity(cell, AttributeBase::cellClass(attribute.pType()), [&](const Entity* pEntity) {
+void ExportCommon::vLeftOutNote(const Step& step, const AttributeBase& cell, Walk& walk) const {
+    vForEachEntity(cell, step.eClass, [&](const Entity* pEntity) {
         const bool boDefined = pEntity && pEntity->pSchemaEntity();
         if (boDefined && !m_pExported->contains(pEntity)) walk.m_leftOut.push_back(pEntity);
     });
@@ -90,31 +81,33 @@ void ExportCommon::vExportReference(Element& parent, const Attribute& attribute,
                                     std::uint32_t mode, Walk& walk) {
     if (mode == 1 && pEntity)
         vExportEntity(parent, *pEntity, def::schema::pAsEntity(attribute.types.front()), attribute.sName, walk);
-    if (mode == 2 || mode == 3) parent.vAttributeSet(attribute.sName, sIdText(walk.iEntityIdGet(pEntity)));
+    if (mode == 2 || mode == 3) parent.vAttributeSet(attribute.sName, IdText(walk.iEntityIdGet(pEntity)).text());
 }
 
 void ExportCommon::vExportScalar(Element& parent, const Attribute& attribute, const AttributeBase& cell,
-                                 std::uint32_t mode) {
+                                 std::uint32_t mode, Walk& walk) {
     const def::schema::ObjectBase& type = *attribute.types.front();
-    std::string sText;
-    if (!cell.boValueAsXmlStringGet(type, sText, attribute, nullptr)) return;
+    walk.m_sText.clear();
+    if (!cell.boValueAsXmlStringGet(type, walk.m_sText, attribute, nullptr)) return;
     if (mode != 2) {
         Element element = parent.ElementNodeAppend(attribute.sName);
         // A base type of EXPRESS has no name of its own in the schema.
-        return vWrapperAppend(element, type.sName.empty() ? attribute.sTypeName : type.sName, sText);
+        return vWrapperAppend(element, type.sName.empty() ? attribute.sTypeName : type.sName, walk.m_sName,
+                              walk.m_sText);
     }
+    std::string_view text = walk.m_sText;
     // A GUID's text comes between quotes, as it stands in a STEP file.
-    if (cell.m_boGuid) sText = sText.substr(1, sText.size() - 2);
-    parent.vAttributeSet(attribute.sName, sText);
+    if (cell.m_boGuid) text = text.substr(1, text.size() - 2);
+    parent.vAttributeSet(attribute.sName, text);
 }
 
 void ExportCommon::vExportSelect(Element& parent, const AttributeSelect& cell, const Attribute& attribute,
                                  bool boInList, std::uint32_t mode, Walk& walk) {
-    std::string sText;
     const def::schema::Type* pType = cell.m_pType;
-    if (pType && cell.boValueAsXmlStringGet(sText, attribute, nullptr)) {
+    walk.m_sText.clear();
+    if (pType && cell.boValueAsXmlStringGet(walk.m_sText, attribute, nullptr)) {
         Element target = selectTarget(parent, attribute, boInList);
-        return vWrapperAppend(target, pType->sName, sText);
+        return vWrapperAppend(target, pType->sName, walk.m_sName, walk.m_sText);
     }
     IfcSelectBase value;
     if (!cell.boValueGet(value)) return;
@@ -130,17 +123,17 @@ void ExportCommon::vExportSelect(Element& parent, const AttributeSelect& cell, c
 
 void ExportCommon::vExportList(Element& parent, const AttributeListValueBase& cell, const Attribute& attribute,
                                std::uint32_t mode, Walk& walk) {
-    const auto vReals = [&] {
-        const auto text = itemsText<double>(cell, attribute, str::Manip::valueFormatDefault);
-        if (text) parent.vAttributeSet(attribute.sName, *text);
-    };
+    std::string& sText = walk.m_sText;
     visitItems(cell, Overloads{
-                         [&](const Array<double>*) { vReals(); },
-                         [&](const Array<char*>*) {
-                             const auto text = itemsText<char*>(cell, attribute, [](const char* pText) {
-                                 return std::string_view(pText ? pText : "");
+                         [&](const Array<double>* pItems) {
+                             vItemsText(pItems, sText, str::Manip::vValueFormatDefaultAppend);
+                             parent.vAttributeSet(attribute.sName, sText);
+                         },
+                         [&](const Array<char*>* pItems) {
+                             vItemsText(pItems, sText, [](std::string& sAll, const char* pText) {
+                                 if (pText) sAll += pText;
                              });
-                             if (text && !text->empty()) parent.vAttributeSet(attribute.sName, *text);
+                             if (!sText.empty()) parent.vAttributeSet(attribute.sName, sText);
                          },
                          [&](const Array<AttributeSelect>* pItems) {
                              Element element = parent.ElementNodeAppend(attribute.sName);
@@ -155,7 +148,9 @@ void ExportCommon::vExportList(Element& parent, const AttributeListValueBase& ce
                                  if (pItem) vExportEntity(element, *pItem, &pItem->schemaEntity(), {}, walk);
                          },
                          [&](NoItems none) {
-                             if (none.eType == AttributeType::Number) vReals();   // which raises an assertion
+                             // Raises an assertion.
+                             if (none.eType == AttributeType::Number)
+                                 static_cast<void>(cell.boForEach<double>(attribute, [](double&) { return true; }));
                          },
                          [](AnyItems) {},
                      });
