@@ -7,7 +7,7 @@
 #include <charconv>
 #include <limits>
 #include <optional>
-#include <unordered_set>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -50,6 +50,27 @@ std::uint64_t iNumberOf(std::string_view text) {
     const auto result = std::from_chars(text.data() + iDigit, text.data() + text.size(), iNumber);
     return result.ec == std::errc() ? std::min(iNumber, g_iLargestNumber) : g_iLargestNumber;
 }
+
+// A set of numbers, which mostly stand near the last one.
+class Numbers {
+public:
+    // True the first time.
+    bool boInsert(std::uint64_t iNumber) {
+        if (!m_pLast || m_iLast != iNumber / 64) {
+            m_pLast = &m_bits[iNumber / 64];
+            m_iLast = iNumber / 64;
+        }
+        const std::uint64_t uBit = std::uint64_t{1} << iNumber % 64;
+        const bool boNew = !(*m_pLast & uBit);
+        *m_pLast |= uBit;
+        return boNew;
+    }
+
+private:
+    std::unordered_map<std::uint64_t, std::uint64_t> m_bits;   // by number / 64
+    std::uint64_t* m_pLast = nullptr;
+    std::uint64_t m_iLast = 0;
+};
 
 // Visits the elements below "top" in document order, without recursion: vVisit(element, depth), 1 for the
 // children.
@@ -106,15 +127,15 @@ void XmlInput::vImport(ifc::File& file, const ifc::SchemaFromName& schemas, ifc:
 void XmlInput::vReferencesCheck(ifc::Errors& errors) const {
     const std::optional<const_Element> root = m_pFile->RootElementGet();
     if (!root) return;
-    std::unordered_set<std::uint64_t> known;
+    Numbers known;
     vForEachElement(*root, [&](const const_Element& element, std::size_t) {
         if (const std::optional<const_Attr> ref = element.AttributeNodeGet("ref")) {
             const std::uint64_t iNumber = iNumberOf(ref->getValue());
-            if (known.insert(iNumber).second)
+            if (known.boInsert(iNumber))
                 errors.add(nullptr, ifc::ReportKey::MissingEntityWithId, std::to_string(iNumber),
                            fmt::format("<{} ref=\"{}\"/>", element.getNodeName(), ref->getValue()), 0);
         } else if (const std::optional<const_Attr> id = element.AttributeNodeGet("id")) {
-            known.insert(iNumberOf(id->getValue()));
+            known.boInsert(iNumberOf(id->getValue()));
         }
     });
 }

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <span>
 #include <string_view>
 #include <type_traits>
 
@@ -18,6 +19,7 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/Text/LenientReal.h"
+#include "Format/Ifc/Xml/CellXmlItems.h"
 #include "platform/Assert.h"
 #include "platform/XmlBase64.h"
 #include "schema/XmlSchema.h"
@@ -33,12 +35,13 @@ namespace {
 
 using Path = std::vector<const ObjectBase*>;
 using Texts = std::vector<std::string>;
+using Views = std::vector<std::string_view>;
 
 void vNotImplemented(const char* sFunction) {
     Assert::vTell("Format/Ifc/IfcFileAttribute", sFunction, "Not implemented");
 }
 
-double realOrZero(const std::string& sText) { return lenientReal(sText).value; }
+double realOrZero(std::string_view text) { return lenientReal(text).value; }
 
 // As printf's "%f" in the "C" locale.
 void vRealAppend(std::string& sText, double value) {
@@ -56,9 +59,9 @@ bool boEqualAnyCase(std::string_view a, std::string_view b) noexcept {
 }
 
 // The parts between white space, as a stream extracts them.
-Texts words(std::string_view text) {
+Views words(std::string_view text) {
     constexpr std::string_view g_sBlanks = " \t\n\v\f\r";
-    Texts words;
+    Views words;
     for (;;) {
         const std::size_t iStart = text.find_first_not_of(g_sBlanks);
         if (iStart == std::string_view::npos) return words;
@@ -378,7 +381,7 @@ bool boItemTexts(const AttributeListValueBase& list, const Attribute& attribute,
 struct ItemsSetter {
     AttributeListValueBase& list;
     const ObjectBase& object;
-    const Texts& texts;
+    std::span<const std::string_view> texts;
     const Attribute& attribute;
     Data& data;
     const Path& path;
@@ -397,7 +400,7 @@ struct ItemsSetter {
         auto itText = texts.begin();
         for (AttributeSelect& item : items) {
             if (!item.m_pValue.load()) item.m_boPooled = true;
-            if (!item.boValueAsXmlStringSet(*itText, attribute, data, itemPath)) return false;
+            if (!item.boValueAsXmlStringSet(std::string(*itText), attribute, data, itemPath)) return false;
             item.vDefined();
             itText += static_cast<std::ptrdiff_t>(iStep);
         }
@@ -410,6 +413,8 @@ struct ItemsSetter {
         return false;
     }
 };
+
+constexpr const char* g_sStringsSet = "oxa::ifc::AttributeListValueBase::boValueAsXmlStringsSet";
 
 bool boItemsSet(const ItemsSetter& setter) {
     setter.list.vTypeListCreate(setter.path, setter.texts.size(), setter.data.pool());
@@ -440,15 +445,23 @@ bool AttributeListValueBase::boValueAsXmlStringsGet(Texts& texts, const Attribut
 
 bool AttributeListValueBase::boValueAsXmlStringSet(const ObjectBase& object, const std::string& text,
                                                    const Attribute& attribute, Data& data, const Path& path) {
-    return boItemsSet({*this, object, words(text), attribute, data, path, 1,
-                       "oxa::ifc::AttributeListValueBase::boValueAsXmlStringSet"});
+    const Views views = words(text);
+    return boItemsSet(
+        {*this, object, views, attribute, data, path, 1, "oxa::ifc::AttributeListValueBase::boValueAsXmlStringSet"});
 }
 
 // Every item of a list of selects gets the first text; importers count on it.
 bool AttributeListValueBase::boValueAsXmlStringsSet(const ObjectBase& object, const Texts& texts,
                                                     const Attribute& attribute, Data& data, const Path& path) {
-    return boItemsSet(
-        {*this, object, texts, attribute, data, path, 0, "oxa::ifc::AttributeListValueBase::boValueAsXmlStringsSet"});
+    const Views views(texts.begin(), texts.end());
+    return boItemsSet({*this, object, views, attribute, data, path, 0, g_sStringsSet});
+}
+
+bool boItemTextsSet(AttributeList& list, const ObjectBase& object, std::span<const std::string_view> texts,
+                    const Attribute& attribute, Data& data, const Path& path) {
+    const bool boSet = boItemsSet({list, object, texts, attribute, data, path, 0, g_sStringsSet});
+    if (boSet) list.vDefined();
+    return boSet;
 }
 
 }   // namespace oxa::ifc

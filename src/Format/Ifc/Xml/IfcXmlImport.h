@@ -25,16 +25,12 @@
 #include "schema/Schema.h"
 
 namespace oxa::xml {
-class const_Element;
-class const_Node;
 class File;
 }   // namespace oxa::xml
 
 namespace oxa::ifc {
 class Data;
-class Entity;
 class FileBase;
-struct ReadInfoCommon;
 }   // namespace oxa::ifc
 
 namespace oxa::ifc::xml {
@@ -72,33 +68,6 @@ public:
     /// Builds the instances and completes the model, numbers kept. Once more, and all are built and added once more.
     /// False without a document; what can't be read is left out, and nobody is told.
     bool boImportData(Data& data);
-
-private:
-    // The instance that an element stands for: a new one for an "id", a known one for a "ref". Null for a type that
-    // the schema does not have, an unknown "ref", and an element with neither.
-    Entity* entityNodeImport(const oxa::xml::const_Element& element, const std::string& typeName, Data& data,
-                             ReadInfoCommon& info);
-    Entity* entityDefine(const oxa::xml::const_Element& element, const std::string& typeName, long long iId, Data& data,
-                         ReadInfoCommon& info);
-    bool boEntityRead(const oxa::xml::const_Element& element, Entity& entity, const std::string& typeName, Data& data,
-                      ReadInfoCommon& info);
-    // One XML attribute or child element of an instance.
-    void vNodeRead(const oxa::xml::const_Node& node, Entity& entity, Data& data, ReadInfoCommon& info);
-
-    void vAttributeRead(Entity& entity, const oxa::xml::const_Node& node, const def::schema::Attribute& attribute,
-                        Data& data, ReadInfoCommon& info);
-    void vReferenceRead(Entity& entity, const oxa::xml::const_Node& node, const def::schema::Attribute& attribute,
-                        Data& data, ReadInfoCommon& info);
-    void vSelectRead(Entity& entity, const oxa::xml::const_Node& node, const def::schema::Attribute& attribute,
-                     Data& data, ReadInfoCommon& info);
-    void vListRead(Entity& entity, const oxa::xml::const_Node& node, const def::schema::Attribute& attribute,
-                   Data& data, ReadInfoCommon& info);
-    // Calls visit(Entity*) for the instance of each child element, null included, before the next one is read.
-    template <class Visit>
-    void vForEachChild(const oxa::xml::const_Node& node, Data& data, ReadInfoCommon& info, Visit&& visit);
-    // A relation that the document names at its other end.
-    void vInverseRead(Entity& entity, const oxa::xml::const_Node& node, const def::schema::AttributeInverse& inverse,
-                      Data& data, ReadInfoCommon& info);
 };
 
 }   // namespace oxa::ifc::xml
