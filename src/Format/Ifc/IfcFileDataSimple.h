@@ -35,6 +35,7 @@ struct ReadInfoCommon;
 struct StepReadInfoData;
 struct StepReadInfoDataCommon;
 class StepWriteInfoCommon;
+class WriteInfoCommon;
 struct WriteOptions;
 namespace io {
 class WriteError;
@@ -196,7 +197,9 @@ public:
     /// Runs a walk whose queue holds its seeds to the end, then tells the line writer so. "progress" gets the running
     /// count on the caller's thread, under the walk's lock: it must not call back into it.
     void vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const;
-    /// The same in an order, or with a check; whether on several threads is what "info" says.
+    /// The same without text: meets what such a walk would meet, and deals the numbers that it would deal. One thread.
+    void vMeet(WriteInfoCommon& info) const;
+    /// The same as vWrite in an order, or with a check; whether on several threads is what "info" says.
     void vWriteWith(StepWriteInfoCommon& info, const WriteOptions& options) const;
     /// The loop of one composing thread of such a walk.
     void operator()(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const;

@@ -169,14 +169,16 @@ bool Data::boReachNumbered(StepWriteInfoCommon& info) const {
 // alone decides: from the entities that are met by now, the lowest number first, to what each of them names, in the
 // order in which its statement names it.
 void Data::vReachOthers(StepWriteInfoCommon& info) const {
-    const auto vVisit = [&info](const Entity& entity) {
-        entity.vForEachNamedEntity([&info](const Entity& named) { info.iEntityIdQueue(&named); });
-    };
-    for (const Entity* pEntity : info.metByNumber()) vVisit(*pEntity);
+    for (const Entity* pEntity : info.metByNumber())
+        pEntity->vForEachNamedEntity([&info](const Entity& named) { info.iEntityIdQueue(&named); });
+    vMeet(info);
+}
+
+void Data::vMeet(WriteInfoCommon& info) const {
     while (!info.m_queue.empty()) {
         const Entity* pEntity = info.m_queue.front();
         info.m_queue.pop_front();
-        vVisit(*pEntity);
+        pEntity->vForEachNamedEntity([&info](const Entity& named) { info.iEntityIdQueue(&named); });
     }
 }
 

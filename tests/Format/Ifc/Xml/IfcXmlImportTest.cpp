@@ -429,6 +429,36 @@ TEST(XmlImportNumbers, AreForgottenWithTheirModel) {
     EXPECT_EQ(pNext, nullptr);
 }
 
+// Models come and go; a number is that of the last document that had it, however many there were since.
+TEST(XmlImportNumbers, AreThoseOfTheLastDocument) {
+    const MappedSchema schema;
+    const auto things = [](int iFirst, int iLast) {
+        std::string sThings;
+        for (int i = iFirst; i <= iLast; ++i) sThings += "<IfcThing id='i" + std::to_string(i) + "'/>";
+        return sDocumentOf(sThings);
+    };
+    const ImportedModel first(schema, things(1401, 1500));
+    const ImportedModel second(schema, things(1451, 1550));
+    { const ImportedModel gone(schema, things(1476, 5000)); }
+    { const ImportedModel gone(schema, things(1540, 9000)); }
+    for (int iRound = 0; iRound < 3; ++iRound) {
+        const struct {
+            int iId;
+            const ImportedModel* pOwner;
+        } rows[] = {{1401, &first},  {1450, &first},  {1451, &second}, {1475, &second},
+                    {1476, nullptr}, {1550, nullptr}, {1400, nullptr}, {9001, nullptr}};
+        for (const auto& row : rows) {
+            SCOPED_TRACE(row.iId);
+            const std::string sNumber = std::to_string(row.iId);
+            const ImportedModel later(schema,
+                                      sDocumentOf("<IfcThing id='i99'><Next ref='i" + sNumber + "'/></IfcThing>"));
+            Entity* pNext = nullptr;
+            ASSERT_TRUE(later.pEntity(99)->boValueGet(def::schema::AttributeName("Next"), pNext));
+            EXPECT_EQ(pNext, row.pOwner ? row.pOwner->pEntity(static_cast<std::size_t>(row.iId)) : nullptr);
+        }
+    }
+}
+
 TEST(XmlImportNumbers, FollowAModelThatMoves) {
     const MappedSchema schema;
     auto pFirst = std::make_unique<ImportedModel>(schema, sDocumentOf("<IfcThing id='i1301'/>"));
