@@ -63,7 +63,7 @@ public:
     std::size_t iEntityIdMark(const Entity& entity);
     /// Whether this run has met the entity. Once its threads have ended.
     [[nodiscard]] bool boMet(const Entity& entity) const;
-    // The numbers of those of the entities that the walk has met, ascending.
+    /// The numbers of those of the entities that this run has met, ascending. Once its threads have ended.
     [[nodiscard]] std::vector<std::size_t> metNumbers(const std::vector<Entity*>& entities) const;
 
     ///@{
