@@ -9,6 +9,7 @@
 #include "Core/Utilities/Threads/Team.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/IfcReadOptions.h"
 #include "Format/Ifc/Read/StageWatch.h"
 #include "Format/Ifc/Store/EntityTable.h"
 #include "Format/Ifc/Store/Settle.h"

@@ -35,6 +35,7 @@
 #include <vector>
 
 #include "Core/Utilities/Threads/ThreadedLoop.h"
+#include "Format/Ifc/IfcReadOptions.h"
 #include "Format/Ifc/Read/ReadThread.h"
 #include "Format/Ifc/Read/StageWatch.h"
 #include "Format/Ifc/Read/StatementBuffer.h"

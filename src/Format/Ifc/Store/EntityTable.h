@@ -26,7 +26,6 @@
 
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
-#include "Format/Ifc/IfcReadOptions.h"
 #include "Format/Ifc/Memory/SimplePool.h"
 #include "platform/Compiler.h"
 #include "platform/SharedMutex.h"
@@ -34,6 +33,7 @@
 namespace oxa::ifc {
 
 class Data;
+struct ReadTrace;   // IfcReadOptions.h
 
 /// One place of the entity table. The pointer to a slot is the pointer to its Entity.
 struct EntitySlot {
