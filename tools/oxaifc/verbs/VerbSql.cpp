@@ -166,11 +166,19 @@ void vCommandRun(Session& session, const std::string& sLine, Output& output) {
 // Ctrl-C at the prompt drops what was typed, as shells do.
 volatile std::sig_atomic_t g_boLineDropped = 0;
 
+// It stays at hand: one that comes before the read begins must not leave the next one to end the program.
+void vLineDrop() {
+    g_boLineDropped = 1;
+    vOnInterrupt(vLineDrop, true);
+}
+
 // False at the end of the input.
-bool boLineRead(std::string& sLine, Output& output) {
+bool boLineRead(std::string& sLine, std::string_view prompt, Output& output) {
     g_boLineDropped = 0;
-    vOnInterrupt([] { g_boLineDropped = 1; }, true);
-    const bool boRead = static_cast<bool>(std::getline(std::cin, sLine));
+    vOnInterrupt(vLineDrop, true);   // before the prompt, which asks for keys
+    output.vPrint("{}", prompt);
+    output.vFlush();
+    const bool boRead = !g_boLineDropped && std::getline(std::cin, sLine);
     vOnInterrupt(nullptr);
     if (!g_boLineDropped) return boRead;
     std::clearerr(stdin);
@@ -186,9 +194,7 @@ void vPrompt(Session& session, const TableOptions& options, Output& output) {
                                                             ? session.files.front().file().sName()
                                                             : sCounted(session.files.size(), "file"));
     for (std::string sLine;;) {
-        output.vPrint("{}", sStatement.empty() ? "sql> " : "...> ");
-        output.vFlush();
-        if (!boLineRead(sLine, output)) break;
+        if (!boLineRead(sLine, sStatement.empty() ? "sql> " : "...> ", output)) break;
         if (g_boLineDropped) {
             sStatement.clear();
             continue;

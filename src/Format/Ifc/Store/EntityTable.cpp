@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
+#include "platform/Compiler.h"
 
 namespace oxa::ifc {
 
@@ -22,6 +23,12 @@ EntitySlotLock::EntitySlotLock(EntitySlot& slot) noexcept : m_state(slot.state) 
 }
 
 EntitySlotLock::~EntitySlotLock() { m_state.store(Free, std::memory_order_release); }
+
+void ReadInfoCommon::vFetch(std::size_t iId) const noexcept {
+    const std::size_t iChunk = iId >> 15;
+    if (iChunk >= g_iFirstChunks) return;
+    if (const EntitySlot* pSlots = m_chunks[iChunk].pFirst()) platform::vFetchToWrite(pSlots + (iId & 0x7fffU));
+}
 
 EntitySlot* ReadInfoCommon::pChunkGet(Data& data, std::size_t iChunk) {
     Chunk& chunk = chunkGet(data, iChunk);

@@ -27,7 +27,6 @@
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Memory/SimplePool.h"
-#include "platform/Compiler.h"
 #include "platform/SharedMutex.h"
 
 namespace oxa::ifc {
@@ -111,11 +110,7 @@ struct ReadInfoCommon {
     }
 
     /// Has the processor fetch the slot of a number that is about to be filled, where its chunk is there already.
-    void vFetch(std::size_t iId) const noexcept {
-        const std::size_t iChunk = iId >> 15;
-        if (iChunk >= g_iFirstChunks) return;
-        if (const EntitySlot* pSlots = m_chunks[iChunk].pFirst()) platform::vFetchToWrite(pSlots + (iId & 0x7fffU));
-    }
+    void vFetch(std::size_t iId) const noexcept;
 
     /// Unmaps the pages that were never accessed (madvise): those of a chunk that was expected to be full. Not while
     /// other threads ask for slots.
