@@ -56,8 +56,8 @@ private:
 
 using Chunks = std::vector<std::pair<std::size_t, ReadInfoCommon::Chunk*>>;
 
-constexpr std::size_t g_iChunksAtOnce =
-    1024;   // of a model with sparse numbers; one without gaps has them for 33 million
+// Where numbers are sparse there may be 131,072 chunks; without gaps that many have 33 million instances.
+constexpr std::size_t g_iChunksAtOnce = 1024;
 
 // Of some chunks from iFirst on.
 std::vector<ChunkNumbers> numbersOf(const Chunks& chunks, std::size_t iFirst, unsigned iThreads) {

@@ -8,8 +8,9 @@
 //          cache lines of the entity table (false sharing) more often.
 // Order    batches finish in any order and are numbered: the collector enters them in the order of the file and keeps
 //          what comes too early, so that a model is the same for any number of threads.
-// Memory   the scanner assembles statements where their worker reads them, in the text of a batch. Batches are reused: the collector returns them to the scanner with the capacity of their texts. There are
-//          so few that they stay in the last-level cache; when all are in use, the scanner has to wait.
+// Memory   the scanner assembles statements where their worker reads them, in the text of a batch. Batches are reused: the
+//          collector returns them to the scanner with the capacity of their texts. There are so few that they stay in the
+//          last-level cache; when all are in use, the scanner has to wait.
 // Wakes    putting a thread to sleep and waking it costs as much as a batch: each sleeps until there is a share for it,
 //          and the scanner never does while there is something to parse: it then works as one of the workers.
 // Stops    each queue can be closed: a thread that waits then takes what is left, and ends when there is nothing. The

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "Format/Ifc/Store/Settle.h"
 #include "platform/Assert.h"
@@ -25,7 +26,7 @@ Data::Data(Data&& other) noexcept
       m_guidEntityMap(std::move(other.m_guidEntityMap)),
       m_pEntityIdMap(std::move(other.m_pEntityIdMap)),
       m_pendingGuid(std::move(other.m_pendingGuid)),
-      m_iInverseEntries(other.m_iInverseEntries),
+      m_iInverseEntries(std::exchange(other.m_iInverseEntries, 0)),
       m_pPool(std::move(other.m_pPool)),
       m_pProject(other.pProject()) {}
 
@@ -38,7 +39,7 @@ Data& Data::operator=(Data&& other) noexcept {
     m_guidEntityMap = std::move(other.m_guidEntityMap);
     m_pEntityIdMap = std::move(other.m_pEntityIdMap);
     m_pendingGuid = std::move(other.m_pendingGuid);
-    m_iInverseEntries = other.m_iInverseEntries;
+    m_iInverseEntries = std::exchange(other.m_iInverseEntries, 0);
     m_pPool = std::move(other.m_pPool);
     m_pProject.store(other.pProject(), std::memory_order_relaxed);
     return *this;

@@ -10,6 +10,7 @@
 
 #include "Format/Ifc/AssertLog.h"
 #include "Format/Ifc/IfcMissingType.h"
+#include "Format/Ifc/WrittenText.h"
 #include "platform/Utilities.h"
 #include "provider/SchemaLoader.h"
 
@@ -142,6 +143,22 @@ TEST(Data, AMoveTakesAllButTheSchema) {
     same = std::move(static_cast<Data&>(other));
     EXPECT_THAT(other.entities(), UnorderedElementsAre(pProject, pWall));
     EXPECT_NE(other.pEntityCreate(ObjectName("IFCDOOR")), nullptr);
+}
+
+// What a read has counted goes with the entities.
+TEST(Data, AMoveTakesTheCountOfInverseEntries) {
+    ReadFileModel model = io::modelOf("#1=IFCPROJECT('" + sGuidOf(0) + "',$,$);#9=IFCRELLINK('" + sGuidOf(1) +
+                                      "',$,#1,(#8,#8));#8=IFCELEMENT('" + sGuidOf(2) + "',$,$,$);");
+    Data& source = model.file.data();
+    const std::size_t iEntries = source.iInverseEntries();
+    EXPECT_EQ(iEntries, 3U) << "the project once, the element twice";
+    Data target(std::move(source));
+    EXPECT_EQ(target.iInverseEntries(), iEntries);
+    EXPECT_EQ(source.iInverseEntries(), 0U);
+    Data assigned;
+    assigned = std::move(target);
+    EXPECT_EQ(assigned.iInverseEntries(), iEntries);
+    EXPECT_EQ(target.iInverseEntries(), 0U);
 }
 
 // Everything that a container knows, after a construction and after an assignment over another model.
