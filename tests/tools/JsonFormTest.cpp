@@ -22,6 +22,19 @@ std::string sFaulty() {
                                  "#5=IFCCARTESIANPOINTLIST3D(((1.,2.,3.),(4.,5.,1.E400)));\n");
 }
 
+// What a call prints, held to a definition of the schema.
+Json answerOf(std::vector<std::string> words, const std::string& sDefinition) {
+    SCOPED_TRACE(testing::PrintToString(words));
+    words.emplace_back("--json");
+    const ProgramRun run = runProgram(words);
+    Json value = run.json();
+    if (value.is_discarded())
+        ADD_FAILURE() << run.sOut << run.sError;
+    else
+        EXPECT_EQ(schema().sFault(value, sDefinition), "");
+    return value;
+}
+
 TEST(JsonForm, EveryVerbKeepsToTheSchema) {
     const TestFolder folder;
     const std::string sBad = folder.sFile("faulty.ifc", sFaulty());
@@ -60,14 +73,7 @@ TEST(JsonForm, EveryVerbKeepsToTheSchema) {
             {"schema", "IFC4", "IfcValue"},
             {"schema", "IFC4", "--all"},
         };
-        for (std::vector<std::string> words : calls) {
-            SCOPED_TRACE(testing::PrintToString(words));
-            words.emplace_back("--json");
-            const ProgramRun run = runProgram(words);
-            const Json value = run.json();
-            ASSERT_FALSE(value.is_discarded()) << run.sOut << run.sError;
-            EXPECT_EQ(schema().sFault(value, words.front()), "");
-        }
+        for (const std::vector<std::string>& words : calls) answerOf(words, words.front());
         const ProgramRun list =
             runProgram({"list", sHouse, "-c", "id,Name,Qto_WallBaseQuantities.GrossVolume,storey.Name", "-f", "json"});
         EXPECT_EQ(schema().sFault(list.json(), "list"), "");
@@ -92,13 +98,10 @@ TEST(JsonForm, RequirementsKeepToTheirs) {
         {"ids", sGood, sExample("house-ifc4.ifc")},
         {"ids", sGood, sBad, sExample("house-ifc2x3.ifc"), "--all"},
     };
-    for (std::vector<std::string> words : calls) {
+    for (const std::vector<std::string>& words : calls) {
         SCOPED_TRACE(testing::PrintToString(words));
-        words.emplace_back("--json");
-        const ProgramRun run = runProgram(words);
-        const Json value = run.json();
-        ASSERT_FALSE(value.is_discarded()) << run.sOut << run.sError;
-        EXPECT_EQ(schema().sFault(value, "ids"), "");
+        const Json value = answerOf(words, "ids");
+        ASSERT_FALSE(value.is_discarded());
         EXPECT_EQ(value["records"].empty(), value["files"].empty());
     }
 }
@@ -111,14 +114,7 @@ TEST(JsonForm, StrictChecksKeepToTheirs) {
         {"check", "--strict", "--all", sBad, sExample("house-ifc4.ifc")},
         {"check", "--strict=syntax", sExample("house-ifc2x3.ifc")},
     };
-    for (std::vector<std::string> words : calls) {
-        SCOPED_TRACE(testing::PrintToString(words));
-        words.emplace_back("--json");
-        const ProgramRun run = runProgram(words);
-        const Json value = run.json();
-        ASSERT_FALSE(value.is_discarded()) << run.sOut << run.sError;
-        EXPECT_EQ(schema().sFault(value, "checkStrict"), "");
-    }
+    for (const std::vector<std::string>& words : calls) answerOf(words, "checkStrict");
 }
 
 // A verb with --json that the schema does not know.
