@@ -10,13 +10,6 @@ namespace oxa::check::rules::run {
 
 namespace {
 
-// What is stored a second time is not changed in place any more.
-Value shared(const Value& value) {
-    if (value.kind == Kind::Aggregate) value.pAggregate->boShared = true;
-    if (value.kind == Kind::Instance) value.pInstance->boShared = true;
-    return value;
-}
-
 // The place that an index means; -1 outside.
 long long iPlaceOf(Evaluator& evaluator, const Value& aggregate, const Value& index) {
     if (index.kind != Kind::Integer) return -1;

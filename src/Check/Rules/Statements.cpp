@@ -11,12 +11,6 @@ namespace oxa::check::rules::run {
 
 namespace {
 
-Value stored(const Value& value) {
-    if (value.kind == Kind::Aggregate) value.pAggregate->boShared = true;
-    if (value.kind == Kind::Instance) value.pInstance->boShared = true;
-    return value;
-}
-
 // An aggregate that may be changed in place; null after a fault.
 Aggregate* pOwnAggregate(Evaluator& evaluator, Value& place) {
     if (place.kind == Kind::Aggregate && !place.pAggregate->boShared) return place.pAggregate;
@@ -29,7 +23,7 @@ Aggregate* pOwnAggregate(Evaluator& evaluator, Value& place) {
     const Bounds bounds = boundsOf(place);
     pCopy->iLow = bounds.iLow;
     pCopy->iBound = bounds.iHigh;
-    vForEachItem(evaluator, place, [&](const Value& item) { return evaluator.boAppend(*pCopy, stored(item)); });
+    vForEachItem(evaluator, place, [&](const Value& item) { return evaluator.boAppend(*pCopy, shared(item)); });
     place = valueOf(pCopy);
     return evaluator.boFailed() ? nullptr : pCopy;
 }
@@ -45,7 +39,7 @@ Instance* pOwnInstance(Evaluator& evaluator, Value& place) {
     pCopy->pNext = place.kind == Kind::Instance ? place.pInstance->pNext : nullptr;
     pCopy->pValues = evaluator.pMake<Value>(std::max<std::uint32_t>(pCopy->iCount, 1));
     if (!pCopy->pValues) return nullptr;
-    for (std::uint32_t i = 0; i < pCopy->iCount; ++i) pCopy->pValues[i] = stored(explicitAt(evaluator, place, i));
+    for (std::uint32_t i = 0; i < pCopy->iCount; ++i) pCopy->pValues[i] = shared(explicitAt(evaluator, place, i));
     place = valueOf(pCopy);
     return pCopy;
 }
@@ -97,7 +91,7 @@ Value* pPlace(Evaluator& evaluator, const Target& target) {
 
 void vStore(Evaluator& evaluator, const Target& target, const Value& value) {
     const Value kept = target.parts.empty() ? evaluator.coerced(value, target.pType) : value;
-    if (Value* pAt = pPlace(evaluator, target)) *pAt = stored(kept);
+    if (Value* pAt = pPlace(evaluator, target)) *pAt = shared(kept);
 }
 
 // TRUE goes on; false for all else.
@@ -126,9 +120,9 @@ Flow appendTo(Evaluator& evaluator, const Step& step) {
     }
     if (Aggregate* pOwn = pOwnAggregate(evaluator, place)) {
         if (pOwn->kind == AggregateKind::Set)
-            boInsert(evaluator, *pOwn, stored(item));
+            boInsert(evaluator, *pOwn, shared(item));
         else
-            evaluator.boAppend(*pOwn, stored(item));
+            evaluator.boAppend(*pOwn, shared(item));
     }
     return Flow::Next;
 }
@@ -156,7 +150,7 @@ Flow null(Evaluator&, const Step&) { return Flow::Next; }
 Flow callProcedure(Evaluator& evaluator, const Step& step) {
     const Node& call = *step.pFirst;
     std::vector<Value> arguments;
-    for (const Node* pArgument : call.operands) arguments.push_back(stored(evaluator.run(*pArgument)));
+    for (const Node* pArgument : call.operands) arguments.push_back(shared(evaluator.run(*pArgument)));
     std::vector<Value> after;
     if (evaluator.boFailed()) return Flow::Return;
     static_cast<void>(evaluator.runRoutine(*call.pRoutine, Value(), arguments.data(), arguments.size(), &after));
@@ -167,7 +161,7 @@ Flow callProcedure(Evaluator& evaluator, const Step& step) {
 
 // INSERT(list, item, position): behind that many items (ISO 10303-11, 16.1).
 Flow insertItem(Evaluator& evaluator, const Step& step) {
-    const Value item = stored(evaluator.run(*step.pFirst));
+    const Value item = shared(evaluator.run(*step.pFirst));
     const Value position = evaluator.run(*step.pSecond);
     Value* pAt = pPlace(evaluator, step.target);
     Aggregate* pOwn = pAt ? pOwnAggregate(evaluator, *pAt) : nullptr;

@@ -147,6 +147,14 @@ struct Instance {
     Instance* pNext = nullptr;   // a further part of a complex instance, of an unrelated type
 };
 
+// What is stored a second time, not changed in place any more. A constant of the program says so from the start and is only
+// read: threads share it.
+inline Value shared(const Value& value) {
+    if (value.kind == Kind::Aggregate && !value.pAggregate->boShared) value.pAggregate->boShared = true;
+    if (value.kind == Kind::Instance && !value.pInstance->boShared) value.pInstance->boShared = true;
+    return value;
+}
+
 // Memory that is forgotten as a whole. What it hands out is plain data.
 class Arena {
 public:
