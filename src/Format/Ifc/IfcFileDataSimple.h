@@ -233,16 +233,19 @@ private:
     void vEntitiesSettle(ReadInfoCommon& info);
     void vProjectOffer(Entity* pEntity);
 
+    // What all line workers look at for each statement.
     const def::SchemaPset* m_pSchema = nullptr;
     const def::schema::Entity* m_pRootSchema = nullptr;   // IFCROOT, or null
-    mutable std::vector<Entity*> m_entities;              // insertion order until sorted
+    std::shared_ptr<Pool> m_pPool;                        // nobody else owns it; see poolLife
+    std::atomic<Entity*> m_pProject{nullptr};             // line workers may set it at the same time
+
+    // What the collector writes for each statement.
+    alignas(memory::g_iApart) mutable std::vector<Entity*> m_entities;   // insertion order until sorted
     mutable bool m_boSorted = false;
     mutable GuidMap m_guidEntityMap;
     mutable std::unique_ptr<EntityIdMap> m_pEntityIdMap;   // null until needed
     mutable std::vector<Entity*> m_pendingGuid;            // rooted, from entityAdd, not yet in m_guidEntityMap
     std::size_t m_iInverseEntries = 0;                     // made by reads
-    std::shared_ptr<Pool> m_pPool;                         // nobody else owns it; see poolLife
-    std::atomic<Entity*> m_pProject{nullptr};              // line workers may set it at the same time
 };
 
 }   // namespace oxa::ifc

@@ -24,6 +24,10 @@
 /// Memory of a model as a whole.
 namespace oxa::memory {
 
+/// What one thread writes often and others read stands this many bytes apart from the rest: processors exchange memory in
+/// pieces of 64 bytes, and fetch them in pairs.
+constexpr std::size_t g_iApart = 128;
+
 /// Bump allocation in blocks of iBlockSize bytes; iAlignment 0: no alignment is added, a caller who needs
 /// one asks for sizes that keep it or aligns by itself (pAllocateAligned).
 template <class Byte, std::size_t iBlockSize, std::size_t iAlignment>

@@ -37,6 +37,7 @@
 
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "Format/Ifc/IfcReadOptions.h"
+#include "Format/Ifc/Read/InstanceNumber.h"
 #include "Format/Ifc/Read/ReadThread.h"
 #include "Format/Ifc/Read/StageWatch.h"
 #include "Format/Ifc/Read/StatementBuffer.h"
@@ -48,6 +49,7 @@ namespace oxa::ifc::io {
 namespace {
 
 constexpr std::size_t g_iBatchLines = 200;
+constexpr std::size_t g_iFetchAhead = 4;               // statements: as long as a slot takes to come
 constexpr std::size_t g_iBatchesPerWorker = 12;        // on their way at once
 constexpr std::size_t g_iKeptCapacity = 1024 * 1024;   // a text larger than that is not kept for reuse
 
@@ -76,7 +78,7 @@ private:
     };
     struct Batch;
     using BatchPtr = std::unique_ptr<Batch>;
-    struct Batch {
+    struct alignas(memory::g_iApart) Batch {
         BatchPtr m_pNext;           // while it is in a queue, or in a chain
         std::size_t m_iOrder = 0;   // of the batches of the file, from 0
         bool m_boLost = false;      // nothing of it came into the model
@@ -96,7 +98,7 @@ private:
     // taking allocates nothing and cannot fail; a queue that had to allocate could lose a batch when memory runs out.
     // m_iWakeAt is a low-water mark: a thread that slept for one batch would be woken some thousand times for a large
     // file, and waking costs about what parsing a batch does.
-    class Queue {
+    class alignas(memory::g_iApart) Queue {
     public:
         // A thread that finds the queue empty sleeps until there are iWakeAt batches.
         explicit Queue(std::size_t iWakeAt = 1) noexcept : m_iWakeAt(iWakeAt) {}
@@ -140,6 +142,7 @@ private:
     void vBatchQueue();
     [[nodiscard]] BatchPtr pBatchNext();
     void vBatchFree(BatchPtr pBatch) noexcept;
+    void vSlotFetch(std::string_view line) const noexcept;
     void vBatchRead(Batch& batch, StepReadThread& thread);
     [[nodiscard]] bool boBatchesRead(BatchPtr pBatches, StepReadThread& thread, StageWatch& watch);
     [[nodiscard]] bool boHelp();
@@ -389,9 +392,18 @@ bool IfcLineReadThreadPool::Work::boHelp() {
     return true;
 }
 
+// A slot that statements on another thread have named is in that processor's cache.
+void IfcLineReadThreadPool::Work::vSlotFetch(std::string_view line) const noexcept {
+    std::int32_t iId = 0;
+    if (!line.empty() && details::pHeadNumber(line.data() + 1, line.data() + line.size(), iId))
+        m_pInfo->vFetch(static_cast<std::uint32_t>(iId));
+}
+
 void IfcLineReadThreadPool::Work::vBatchRead(Batch& batch, StepReadThread& thread) {
     Data& data = m_pFile->dataBase();
-    for (const QueuedLine& line : batch.m_lines) {
+    for (std::size_t i = 0; i < batch.m_lines.size(); ++i) {
+        if (i + g_iFetchAhead < batch.m_lines.size()) vSlotFetch(batch.text(batch.m_lines[i + g_iFetchAhead]));
+        const QueuedLine& line = batch.m_lines[i];
         StepReadInfoData info(batch.text(line), line.m_iLine, *m_pInfo, &thread);
         info.m_pRooted = &batch.m_rooted;
         data.boReadLine(info, batch.m_entities);

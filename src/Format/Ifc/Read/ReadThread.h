@@ -14,7 +14,7 @@
 
 namespace oxa::ifc {
 
-class StepReadThread {
+class alignas(memory::g_iApart) StepReadThread {
 public:
     explicit StepReadThread(Pool& pool) noexcept : m_arena(pool) {}
 

@@ -73,7 +73,8 @@ private:
     std::uint32_t m_iStart = 0;                // first byte in the buffer that belongs to it and is not in m_pText
     bool m_boSimple;
     bool m_boCopyOnRefill = true;   // false inside comments
-    StepReadInfoDataCommon m_info;
+    // Line workers look at it for each reference, and must not wait for what the scan writes around it.
+    alignas(memory::g_iApart) StepReadInfoDataCommon m_info;
     StepReadThread m_thread;
 
     bool m_boMarkerSeen;   // "ISO-10303-21" was seen

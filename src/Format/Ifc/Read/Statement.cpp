@@ -64,7 +64,6 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
     if (!parts || !m_pSchema) return giveUp();
 
     const auto iId = static_cast<unsigned>(parts->iId);   // a negative number lands far up in the table
-    if (info.m_pCommon->m_boParallel) info.m_pCommon->vFetch(iId);
     const std::string_view line = info.m_line;
     const std::string_view keyword = line.substr(parts->iKeyword, parts->iOpen - parts->iKeyword);
     const def::schema::Entity* pType = info.m_pThread ? info.m_pThread->pEntityFromKeyword(*m_pSchema, keyword)

@@ -21,14 +21,14 @@ Data::Data() : m_pPool(std::make_shared<Pool>()) {}
 Data::Data(Data&& other) noexcept
     : m_pSchema(other.m_pSchema),
       m_pRootSchema(other.m_pRootSchema),
+      m_pPool(std::move(other.m_pPool)),
+      m_pProject(other.pProject()),
       m_entities(std::move(other.m_entities)),
       m_boSorted(other.m_boSorted),
       m_guidEntityMap(std::move(other.m_guidEntityMap)),
       m_pEntityIdMap(std::move(other.m_pEntityIdMap)),
       m_pendingGuid(std::move(other.m_pendingGuid)),
-      m_iInverseEntries(std::exchange(other.m_iInverseEntries, 0)),
-      m_pPool(std::move(other.m_pPool)),
-      m_pProject(other.pProject()) {}
+      m_iInverseEntries(std::exchange(other.m_iInverseEntries, 0)) {}
 
 Data& Data::operator=(Data&& other) noexcept {
     if (this == &other) return *this;

@@ -2,6 +2,7 @@
 // The parts of the entity table that are not on the common path: the lock of a slot, and new chunks.
 #include "Format/Ifc/Store/EntityTable.h"
 
+#include <algorithm>
 #include <thread>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
@@ -12,6 +13,8 @@ namespace oxa::ifc {
 namespace {
 
 enum SlotState : std::uint8_t { Free = 0, Held = 1 };
+
+constexpr std::size_t g_iChunksLookedAt = 4;   // before a new one
 
 }   // namespace
 
@@ -47,9 +50,14 @@ EntitySlot& ReadInfoCommon::slotCreate(Data& data, std::size_t iChunk, std::size
 //
 // Double-checked creation. The pointer is stored with release order after the memory is zero, and loaded with acquire
 // order by every reader, so none sees a chunk before its zeros. Chunks of a file without gaps come from a segment of
-// the pool, where huge pages spare TLB misses; a chunk whose predecessor is mostly empty gets a mapping of its own,
-// whose pages are mapped one by one, because then most of it will never be touched.
+// the pool, where huge pages spare TLB misses; a chunk with none before it that is mostly full gets a mapping of its own,
+// whose pages are mapped one by one, because then most of it will never be touched. Not its predecessor alone is looked
+// at: statements name what stands further on in the file, so a chunk may be needed while those before it fill.
 ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) {
+    const auto boOneFull = [this](std::size_t iBehind) {
+        const std::size_t iFirst = iBehind - std::min(iBehind, g_iChunksLookedAt);
+        return std::any_of(&m_chunks[iFirst], &m_chunks[iBehind], [](const Chunk& c) { return c.boMostlyTouched(); });
+    };
     const auto vCreate = [&data](Chunk& chunk, bool boDense) {
         void* pSlots = boDense ? data.pool().pAllocatePiece(g_iChunkBytes) : data.pool().pAllocate(g_iChunkBytes);
         chunk.m_pSlots.store(static_cast<EntitySlot*>(pSlots), std::memory_order_release);
@@ -58,8 +66,7 @@ ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) 
         Chunk& chunk = m_chunks[iChunk];
         if (!chunk.m_pSlots.load(std::memory_order_acquire)) {
             const std::lock_guard lock(m_chunkMutex);
-            if (!chunk.m_pSlots.load(std::memory_order_relaxed))
-                vCreate(chunk, iChunk > 0 && m_chunks[iChunk - 1].boMostlyTouched());
+            if (!chunk.m_pSlots.load(std::memory_order_relaxed)) vCreate(chunk, boOneFull(iChunk));
         }
         return chunk;
     }

@@ -47,6 +47,22 @@ TEST_F(EntityTable, DenseNumbersShareSegments) {
     EXPECT_TRUE(info.slotGet(data, 70'000).boReferenced());
 }
 
+// Statements name what comes some chunks later, before the chunks between them are full.
+TEST_F(EntityTable, NumbersAheadOfAFullChunkShareSegments) {
+    static_cast<void>(data.pool().pAllocate(4 * ReadInfoCommon::g_iChunkBytes));
+    for (std::uint32_t iId = 0; iId < 32768; iId += 100) info.slotGet(data, iId).vReferencedSet();
+    struct Row {
+        std::size_t iChunk;
+        std::size_t iReserved;   // chunks
+    };
+    for (const Row& row : {Row{4, 2}, Row{3, 0}, Row{2, 2}, Row{1, 0}, Row{5, 1}, Row{999, 1}, Row{4, 0}}) {
+        const std::size_t iBefore = data.pool().iBytesReserved();
+        info.slotGet(data, row.iChunk * 32768 + 7).vReferencedSet();
+        EXPECT_EQ(data.pool().iBytesReserved() - iBefore, row.iReserved * ReadInfoCommon::g_iChunkBytes)
+            << "chunk " << row.iChunk;
+    }
+}
+
 TEST_F(EntityTable, VisitsTouchedPagesInOrder) {
     for (const std::size_t iId : {40'000'000ULL, 5ULL, 70'000ULL, 32'768'000ULL, 0xFFFF'FFFFULL,
                                   0x7FFF'FFFF'FFFF'FFFFULL, 0x1'0000'0000ULL, 32'767'999ULL})
