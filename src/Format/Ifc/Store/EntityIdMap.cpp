@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Numbers of entities that no file has numbered are in a hash table; the others are computed from the address, so after
+// Entities that no file has numbered are in a hash table; the others are computed from the address, so after
 // a read that keeps its numbers the table stays empty until new entities come.
 #include "Format/Ifc/Store/EntityIdMap.h"
 
@@ -9,7 +9,7 @@
 #include <limits>
 #include <mutex>
 
-#include "Format/Ifc/Memory/Fnv1a.h"
+#include "Format/Ifc/Store/EntityPlaces.h"
 #include "Format/Ifc/Store/EntityTable.h"
 #include "Format/Ifc/Store/SeenNumbers.h"
 
@@ -23,11 +23,20 @@ const EntitySlot* pAsSlot(const Entity* pEntity) noexcept { return reinterpret_c
 }   // namespace
 
 struct EntityIdMap::Dealt {
-    std::unordered_map<const Entity*, std::size_t, memory::Fnv1a> map;
+    EntityPlaces places;
+    std::vector<std::size_t> numbers;   // by place; they rise, since each is above all that were dealt before it
+
+    // Empty for an entity that has none.
+    [[nodiscard]] std::optional<Number> find(const Entity* pEntity) const {
+        const std::uint32_t iPlace = places.iFind(pEntity);
+        if (iPlace == EntityPlaces::g_iNone) return std::nullopt;
+        return Number{numbers[iPlace], false, false, iPlace};
+    }
 };
 
 EntityIdMap::EntityIdMap(std::size_t iExpected) : m_pDealt(std::make_unique<Dealt>()) {
-    m_pDealt->map.reserve(iExpected);
+    m_pDealt->places.vReserve(iExpected);
+    m_pDealt->numbers.reserve(iExpected);
 }
 
 EntityIdMap::~EntityIdMap() = default;
@@ -44,8 +53,8 @@ const EntityIdMap::SeededChunk* EntityIdMap::pSeededChunk(const Entity* pEntity)
 std::optional<std::size_t> EntityIdMap::find(const Entity* pEntity) const {
     if (const SeededChunk* pChunk = pSeededChunk(pEntity)) return pChunk->iFirstId + pChunk->iSlotOf(pEntity);
     const std::shared_lock lock(m_lock);
-    const auto found = m_pDealt->map.find(pEntity);
-    return found == m_pDealt->map.end() ? std::nullopt : std::optional(found->second);
+    const std::optional<Number> dealt = m_pDealt->find(pEntity);
+    return dealt ? std::optional(dealt->iId) : std::nullopt;
 }
 
 // Where "near" does not help. A chunk is remembered in "near" only when its numbers have 32 bits: that is what its
@@ -57,15 +66,23 @@ std::optional<EntityIdMap::Number> EntityIdMap::knownFar(const Entity* pEntity, 
         return Number{pChunk->iFirstId + pChunk->iSlotOf(pEntity), false, boDense};
     }
     const std::shared_lock lock(m_lock);
-    const auto found = m_pDealt->map.find(pEntity);
-    return found == m_pDealt->map.end() ? std::nullopt : std::optional(Number{found->second, false, false});
+    return m_pDealt->find(pEntity);
 }
 
 EntityIdMap::Number EntityIdMap::numberFar(const Entity* pEntity, Near& near) {
     if (const std::optional<Number> number = knownFar(pEntity, near)) return *number;
     const std::unique_lock lock(m_lock);
-    const auto [entry, boNew] = m_pDealt->map.try_emplace(pEntity, m_iAbove + m_iSeeded + m_pDealt->map.size() + 1);
-    return {entry->second, boNew, false};
+    std::vector<std::size_t>& numbers = m_pDealt->numbers;
+    numbers.push_back(m_iAbove + m_iSeeded + m_pDealt->places.size() + 1);   // memory first: both get it, or none
+    std::pair<std::uint32_t, bool> entered{0, false};
+    try {
+        entered = m_pDealt->places.enter(pEntity);
+    } catch (...) {
+        numbers.pop_back();
+        throw;
+    }
+    if (!entered.second) numbers.pop_back();   // another thread was faster
+    return {numbers[entered.first], entered.second, false, entered.first};
 }
 
 std::pair<std::size_t, bool> EntityIdMap::get(const Entity* pEntity) {
@@ -98,8 +115,7 @@ std::size_t EntityIdMap::iHighest() const {
         if (iSlot > 0) iHighest = std::max(iHighest, chunk.iFirstId + iSlot - 1);
     }
     const std::shared_lock lock(m_lock);
-    for (const auto& [pEntity, iId] : m_pDealt->map) iHighest = std::max(iHighest, iId);
-    return iHighest;
+    return m_pDealt->numbers.empty() ? iHighest : std::max(iHighest, m_pDealt->numbers.back());
 }
 
 // A dealt number is m_iAbove + count + 1, and count grows by one with each, so that numbers go on without a gap. By
@@ -120,9 +136,18 @@ std::vector<const Entity*> EntityIdMap::seededOf(const SeenNumbers& seen) const 
     return entities;
 }
 
+std::vector<std::pair<std::size_t, const Entity*>> EntityIdMap::dealtOf(const SeenNumbers& seen) const {
+    std::vector<std::pair<std::size_t, const Entity*>> entities;
+    const std::shared_lock lock(m_lock);
+    entities.reserve(m_pDealt->places.size());
+    seen.vForEach(
+        [&](std::uint32_t iPlace) { entities.emplace_back(m_pDealt->numbers[iPlace], m_pDealt->places.pAt(iPlace)); });
+    return entities;
+}
+
 std::size_t EntityIdMap::size() const {
     const std::shared_lock lock(m_lock);
-    return m_iSeeded + m_pDealt->map.size();
+    return m_iSeeded + m_pDealt->places.size();
 }
 
 }   // namespace oxa::ifc

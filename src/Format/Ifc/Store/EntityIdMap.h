@@ -4,7 +4,7 @@
 ///
 /// For      Data and the writers. A read with kept numbers seeds it; otherwise numbers are dealt on demand.
 /// Shape    entities of a read stand in the chunks of its entity table, where the address gives the number: a
-///          seeded chunk costs one bit a slot. Everything else is in a hash table.
+///          seeded chunk costs one bit a slot. Everything else is found by a hash of the address.
 /// Threads  look-ups run in parallel, a new number takes the lock alone. Seeding is for one thread.
 #pragma once
 
@@ -55,7 +55,10 @@ public:
         std::size_t iId;   ///< from 1
         bool boNew;        ///< it was dealt by this very call
         bool boSeeded;     ///< it came with a file and has 32 bits: no other seeded entity has it
+        /// Of a dealt one its place among them in the order in which they were dealt, from 0; else g_iNotDealt.
+        std::uint32_t iDealt = g_iNotDealt;
     };
+    static constexpr std::uint32_t g_iNotDealt = 0xFFFFFFFF;   ///< the number came with a file
     /// As get, with where the number comes from.
     [[nodiscard]] Number number(const Entity* pEntity, Near& near) {
         if (near.m_pChunk)
@@ -88,6 +91,9 @@ public:
     [[nodiscard]] std::size_t iHighest() const;
     /// The entities that were seeded with the numbers that "seen" has, ascending. It has no other numbers.
     [[nodiscard]] std::vector<const Entity*> seededOf(const SeenNumbers& seen) const;
+    /// The entities whose numbers were dealt at the places that "seen" has, with their numbers, ascending. It has no other
+    /// places.
+    [[nodiscard]] std::vector<std::pair<std::size_t, const Entity*>> dealtOf(const SeenNumbers& seen) const;
 
 private:
     static constexpr std::size_t g_iSlots = Defined().size();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Which entities a walk has met, and their order; how several threads share one queue. Entities with a number of the
-// file are marked as bits, without a lock; the others are in a set under the lock.
+// Which entities a walk has met, and their order; how several threads share one queue. Entities are marked as bits, without
+// a lock: by the number of the file, or by the place of a dealt one. Only those that a document has given more than 32 bits
+// are in a set under the lock.
 #include "Format/Ifc/Write/WriteContext.h"
 
 #include <algorithm>
@@ -27,8 +28,7 @@ std::size_t WriteInfoCommon::iEntityIdMark(const Entity& entity) {
 bool WriteInfoCommon::boMet(const Entity& entity) const {
     EntityIdMap::Near near;
     const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(&entity, near);
-    if (known && known->boSeeded) return m_seenSeeded.boMarked(static_cast<std::uint32_t>(known->iId));
-    return m_seen.contains(&entity);
+    return known && boMet(entity, *known);
 }
 
 // Kept numbers are many and are put in order by a bit each; the rest is sorted.
@@ -40,11 +40,11 @@ std::vector<std::size_t> WriteInfoCommon::metNumbers(const std::vector<Entity*>&
     std::vector<std::size_t> others;
     for (const Entity* pEntity : entities) {
         const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(pEntity, nearNumber);
-        if (!known || !known->boSeeded) {
-            if (m_seen.contains(pEntity)) others.push_back(m_pEntityIdMap->get(pEntity).first);
-        } else if (m_seenSeeded.boMarked(static_cast<std::uint32_t>(known->iId))) {
+        if (!known || !boMet(*pEntity, *known)) continue;
+        if (known->boSeeded)
             iSeeded += seeded.boMark(static_cast<std::uint32_t>(known->iId), near);
-        }
+        else
+            others.push_back(known->iId);
     }
     std::ranges::sort(others);
     std::vector<std::size_t> numbers;
@@ -59,10 +59,11 @@ std::vector<std::size_t> WriteInfoCommon::metNumbers(const std::vector<Entity*>&
 }
 
 std::vector<const Entity*> WriteInfoCommon::metUnseeded() const {
-    std::vector<std::pair<std::size_t, const Entity*>> numbered;
-    for (const Entity* pEntity : m_seen) numbered.emplace_back(m_pEntityIdMap->get(pEntity).first, pEntity);
-    std::ranges::sort(numbered);
+    std::vector<std::pair<std::size_t, const Entity*>> numbered = m_pEntityIdMap->dealtOf(m_seenDealt);
+    for (const Entity* pEntity : m_seenFar) numbered.emplace_back(m_pEntityIdMap->get(pEntity).first, pEntity);
+    if (!m_seenFar.empty()) std::ranges::sort(numbered);
     std::vector<const Entity*> entities;
+    entities.reserve(numbered.size());
     for (const auto& [iId, pEntity] : numbered) entities.push_back(pEntity);
     return entities;
 }
@@ -71,8 +72,9 @@ std::vector<const Entity*> WriteInfoCommon::metUnseeded() const {
 // takes equal ones of its first range first.
 std::vector<const Entity*> WriteInfoCommon::metByNumber() const {
     std::vector<const Entity*> seeded = m_pEntityIdMap->seededOf(m_seenSeeded);
-    if (m_seen.empty()) return seeded;
-    const std::vector<const Entity*> others = metUnseeded();
+    std::vector<const Entity*> others = metUnseeded();
+    if (others.empty()) return seeded;
+    if (seeded.empty()) return others;
     std::vector<const Entity*> entities;
     entities.reserve(seeded.size() + others.size());
     std::ranges::merge(
@@ -112,7 +114,7 @@ std::size_t StepWriteInfoCommon::iEntityIdCollect(const Entity* pEntity, std::ve
     if (!pEntity) return 0;
     const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, near.number(pEntity));
     std::unique_lock lock(m_mutex, std::defer_lock);
-    if (!number.boSeeded) lock.lock();   // bits need no lock
+    if (!boBit(number)) lock.lock();
     if (boMark(pEntity, number, near)) found.push_back(pEntity);
     return number.iId;
 }
@@ -121,7 +123,7 @@ bool StepWriteInfoCommon::boNumberedCollect(const Entity& entity, std::vector<co
     const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(&entity, near.number(&entity));
     if (!known) return false;
     std::unique_lock lock(m_mutex, std::defer_lock);
-    if (!known->boSeeded) lock.lock();
+    if (!boBit(*known)) lock.lock();
     if (boMark(&entity, *known, near)) found.push_back(&entity);
     return true;
 }

@@ -44,6 +44,7 @@ struct WalkNear {
 
     std::array<EntityIdMap::Near, 64> numbers;   ///< by address
     SeenNumbers::Near seen;                      ///< in the numbers met
+    SeenNumbers::Near seenDealt;                 ///< in the dealt ones met
 };
 
 /// The part of a walk that does not care where its statements go.
@@ -84,13 +85,25 @@ public:
 protected:
     /// True the first time.
     bool boMark(const Entity* pEntity, const EntityIdMap::Number& number, WalkNear& near) {
-        return number.boSeeded ? m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId), near.seen)
-                               : m_seen.insert(pEntity).second;
+        if (number.boSeeded) return m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId), near.seen);
+        if (number.iDealt != EntityIdMap::g_iNotDealt) return m_seenDealt.boMark(number.iDealt, near.seenDealt);
+        return m_seenFar.insert(pEntity).second;
+    }
+    /// Whether boMark takes it without the lock of the walk.
+    [[nodiscard]] static bool boBit(const EntityIdMap::Number& number) noexcept {
+        return number.boSeeded || number.iDealt != EntityIdMap::g_iNotDealt;
+    }
+    [[nodiscard]] bool boMet(const Entity& entity, const EntityIdMap::Number& number) const {
+        if (number.boSeeded) return m_seenSeeded.boMarked(static_cast<std::uint32_t>(number.iId));
+        if (number.iDealt != EntityIdMap::g_iNotDealt) return m_seenDealt.boMarked(number.iDealt);
+        return m_seenFar.contains(&entity);
     }
 
-    WalkNear m_near;                            ///< of the one thread, or under the lock
-    SeenNumbers m_seenSeeded;                   ///< entities whose number came with a file
-    std::unordered_set<const Entity*> m_seen;   ///< all others
+    WalkNear m_near;            ///< of the one thread, or under the lock
+    SeenNumbers m_seenSeeded;   ///< entities whose number came with a file
+    SeenNumbers m_seenDealt;    ///< those whose number was dealt, by the place of that
+    std::unordered_set<const Entity*>
+        m_seenFar;   ///< those whose number came with a document and has more than 32 bits
 };
 
 /// A walk whose statements go to a writer of lines, with the lock that its threads share.
@@ -122,7 +135,7 @@ public:
 
     io::WriteError* m_pErrors;               ///< where statements report
     io::IfcLineWriterInterface* m_pWriter;   ///< where statements go
-    std::mutex m_mutex;                      ///< guards m_queue, m_iDequeued, m_seen and the two below
+    std::mutex m_mutex;                      ///< guards m_queue, m_iDequeued, m_seenFar and the two below
     std::condition_variable m_changed;       ///< m_queue has grown, or the walk has ended
     std::int32_t m_iActive = 0;              ///< threads that took an entity and have not seen the queue empty since
     bool m_boDone = false;                   ///< the walk has ended
