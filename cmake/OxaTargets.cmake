@@ -10,6 +10,8 @@ if(MSVC)   # cl, and clang-cl, which takes the same words
   target_compile_options(OxaOptions INTERFACE /W4 /permissive- /utf-8 /Zc:__cplusplus /bigobj
     # Members of the standard library in exported classes: the libraries and their users are built by one compiler.
     /wd4251 /wd4275
+    # Room left on purpose in classes whose members threads write apart from each other.
+    /wd4324
     $<$<BOOL:${OXA_WARNINGS_AS_ERRORS}>:/WX>)
   # fopen and getenv are standard C++; the functions named in their stead are not.
   target_compile_definitions(OxaOptions INTERFACE _CRT_SECURE_NO_WARNINGS)

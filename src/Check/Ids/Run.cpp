@@ -6,7 +6,7 @@
 #include <iterator>
 #include <thread>
 
-#include "Check/Ids/FacetTest.h"
+#include "Check/Ids/FacetMatch.h"
 #include "Check/Ids/ModelView.h"
 #include "Check/Ids/Program.h"
 #include "Core/Utilities/Threads/OnAllThreads.h"
@@ -43,12 +43,12 @@ public:
     Tests(const ModelView& view, const SpecificationProgram& program, const AllParts& parts) {
         std::size_t iFacet = 0;
         for (const FacetProgram& facet : program.applicability)
-            applicability.push_back(facetTest(view, facet, parts[iFacet++]));
+            applicability.push_back(facetMatch(view, facet, parts[iFacet++]));
         for (const FacetProgram& facet : program.requirements)
-            requirements.push_back(facetTest(view, facet, parts[iFacet++]));
+            requirements.push_back(facetMatch(view, facet, parts[iFacet++]));
     }
-    std::vector<std::unique_ptr<FacetTest>> applicability;
-    std::vector<std::unique_ptr<FacetTest>> requirements;
+    std::vector<std::unique_ptr<FacetMatch>> applicability;
+    std::vector<std::unique_ptr<FacetMatch>> requirements;
 };
 
 class Run {
@@ -109,8 +109,8 @@ private:
     // Instances of all types that each facet may select, by number.
     [[nodiscard]] std::vector<Entity*> candidates(std::size_t iSpecification) const {
         const SpecificationProgram& program = m_program.programs[iSpecification];
-        std::vector<std::unique_ptr<FacetTest>> tests;
-        for (const FacetProgram& facet : program.applicability) tests.push_back(facetTest(m_view, facet, nullptr));
+        std::vector<std::unique_ptr<FacetMatch>> tests;
+        for (const FacetProgram& facet : program.applicability) tests.push_back(facetMatch(m_view, facet, nullptr));
         std::vector<Entity*> found;
         std::size_t iTypes = 0;
         for (const schema::Schema::Record& record : m_view.schema().objects) {

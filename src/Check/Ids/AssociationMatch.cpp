@@ -4,16 +4,16 @@
 #include <array>
 #include <iterator>
 
-#include "Check/Ids/FacetTest.h"
-#include "Check/Ids/ValueTest.h"
+#include "Check/Ids/FacetMatch.h"
+#include "Check/Ids/ValueMatch.h"
 
 namespace oxa::ids::detail {
 
 namespace {
 
-class MaterialTest final : public FacetTest {
+class MaterialMatch final : public FacetMatch {
 public:
-    MaterialTest(const ModelView& view, const FacetProgram& facet) : m_view(view), m_facet(facet) {}
+    MaterialMatch(const ModelView& view, const FacetProgram& facet) : m_view(view), m_facet(facet) {}
 
     [[nodiscard]] bool boMaySelect(const schema::Entity& type) const override {
         return m_view.table().boTells(type, Relation::Material, Side::Part);
@@ -94,9 +94,9 @@ private:
     std::array<std::unordered_map<const Entity*, Looked>, g_iSteps> m_looked;   // by the step that led there
 };
 
-class ClassificationTest final : public FacetTest {
+class ClassificationMatch final : public FacetMatch {
 public:
-    ClassificationTest(const ModelView& view, const FacetProgram& facet) : m_view(view), m_facet(facet) {}
+    ClassificationMatch(const ModelView& view, const FacetProgram& facet) : m_view(view), m_facet(facet) {}
 
     [[nodiscard]] bool boMaySelect(const schema::Entity& type) const override {
         return m_view.table().boTells(type, Relation::Classification, Side::Part) ||
@@ -195,12 +195,12 @@ private:
 
 }   // namespace
 
-std::unique_ptr<FacetTest> materialTest(const ModelView& view, const FacetProgram& facet) {
-    return std::make_unique<MaterialTest>(view, facet);
+std::unique_ptr<FacetMatch> materialMatch(const ModelView& view, const FacetProgram& facet) {
+    return std::make_unique<MaterialMatch>(view, facet);
 }
 
-std::unique_ptr<FacetTest> classificationTest(const ModelView& view, const FacetProgram& facet) {
-    return std::make_unique<ClassificationTest>(view, facet);
+std::unique_ptr<FacetMatch> classificationMatch(const ModelView& view, const FacetProgram& facet) {
+    return std::make_unique<ClassificationMatch>(view, facet);
 }
 
 }   // namespace oxa::ids::detail

@@ -4,9 +4,9 @@
 #include <optional>
 #include <unordered_set>
 
-#include "Check/Ids/FacetTest.h"
+#include "Check/Ids/FacetMatch.h"
 #include "Check/Ids/Texts.h"
-#include "Check/Ids/ValueTest.h"
+#include "Check/Ids/ValueMatch.h"
 #include "Model/Names.h"
 
 namespace oxa::ids::detail {
@@ -58,9 +58,9 @@ constexpr ValueRow g_values[] = {
     {Class::TableValue, Slot::DefinedValues, Slot::DefinedUnit},
 };
 
-class PropertyTest final : public FacetTest {
+class PropertyMatch final : public FacetMatch {
 public:
-    PropertyTest(const ModelView& view, const FacetProgram& facet)
+    PropertyMatch(const ModelView& view, const FacetProgram& facet)
         : m_view(view),
           m_facet(facet),
           m_sSet(shown(facet.pFacet->propertySet->text())),
@@ -160,7 +160,7 @@ private:
         judgedSet.sName = pName;
         const auto vAdd = [&](std::string_view sName, const FoundProperty& property) {
             if (!m_facet.name.boText(sName)) return;
-            if (!property.pProperty && ValueTest::boNull(m_view.properties().value(property))) return;   // no property
+            if (!property.pProperty && ValueMatch::boNull(m_view.properties().value(property))) return;   // no property
             judgedSet.properties.push_back({property, sName, judge(property)});
             auto& iFirst = judgedSet.properties.back().eAnswer == Answer::Good ? judgedSet.iGood : judgedSet.iBad;
             if (!iFirst) iFirst = judgedSet.properties.size() - 1;
@@ -204,10 +204,10 @@ private:
         if (found.pProperty && boUnfit(*found.pProperty)) return Answer::Unfit;
         Answer eBest = Answer::Empty;
         forEachValue(found, [&](const Value& value, const Entity* pUnit) {
-            if (eBest == Answer::Good || ValueTest::boNull(value)) return;
+            if (eBest == Answer::Good || ValueMatch::boNull(value)) return;
             if (!boOfType(value)) {
                 if (eBest == Answer::Empty) eBest = Answer::DataType;
-            } else if (ValueTest::boEmpty(value) && m_facet.value.boAny()) {
+            } else if (ValueMatch::boEmpty(value) && m_facet.value.boAny()) {
                 // an empty text is no value
             } else if (m_values.boMatches(value, m_facet.value, pUnit)) {
                 eBest = Answer::Good;
@@ -266,10 +266,10 @@ private:
         FoundList values;
         FoundList plain;
         forEachValue(property.property, [&](const Value& value, const Entity* pUnit) {
-            if (ValueTest::boNull(value)) return;
+            if (ValueMatch::boNull(value)) return;
             if (types.text().find(value.typeName()) == std::string::npos) types.vAdd(value.typeName());
             values.vAdd(m_values.text(value, pUnit));
-            plain.vAdd(ValueTest::plain(value));
+            plain.vAdd(ValueMatch::plain(value));
         });
         switch (property.eAnswer) {
         case Answer::Unfit:
@@ -292,7 +292,7 @@ private:
     const FacetProgram& m_facet;
     std::string m_sSet;   // what is meant, for people
     std::string m_sName;
-    ValueTest m_values;
+    ValueMatch m_values;
     std::unordered_map<const Entity*, JudgedSet> m_judged;
     std::unordered_map<const Entity*, std::vector<const JudgedSet*>> m_ofTypes;   // what a type hands on
     std::vector<Found> m_found;                                                   // of the instance that is looked at
@@ -300,8 +300,8 @@ private:
 
 }   // namespace
 
-std::unique_ptr<FacetTest> propertyTest(const ModelView& view, const FacetProgram& facet) {
-    return std::make_unique<PropertyTest>(view, facet);
+std::unique_ptr<FacetMatch> propertyMatch(const ModelView& view, const FacetProgram& facet) {
+    return std::make_unique<PropertyMatch>(view, facet);
 }
 
 }   // namespace oxa::ids::detail

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// ValueTest: values of a model against conditions, in SI where they are measures.
+// ValueMatch: values of a model against conditions, in SI where they are measures.
 //
 // For      the tests of attributes and properties.
 // Threads  one: it remembers units.
@@ -31,9 +31,9 @@ private:
     bool m_boCut = false;
 };
 
-class ValueTest {
+class ValueMatch {
 public:
-    explicit ValueTest(const ModelView& view) : m_view(view) {}
+    explicit ValueMatch(const ModelView& view) : m_view(view) {}
 
     /// Nothing at all: "$", "*".
     [[nodiscard]] static bool boNull(const Value& value);

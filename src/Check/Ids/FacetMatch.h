@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// FacetTest: a facet asked of instances of one model.
+// FacetMatch: a facet asked of instances of one model.
 //
 // For      the run of a check. One object a thread: tests remember what they found of what many instances share, as a
 //          property set of a type, a material, a reference of a classification.
@@ -22,12 +22,12 @@ struct Finding {
     std::string found{};
 };
 
-class FacetTest {
+class FacetMatch {
 public:
-    FacetTest() = default;
-    FacetTest(const FacetTest&) = delete;
-    FacetTest& operator=(const FacetTest&) = delete;
-    virtual ~FacetTest();
+    FacetMatch() = default;
+    FacetMatch(const FacetMatch&) = delete;
+    FacetMatch& operator=(const FacetMatch&) = delete;
+    virtual ~FacetMatch();
 
     /// False for a type of which no instance can be selected.
     [[nodiscard]] virtual bool boMaySelect(const schema::Entity& type) const = 0;
@@ -43,18 +43,18 @@ using Parts = std::unordered_set<const Entity*>;
 /// Null for other kinds of facets.
 [[nodiscard]] std::shared_ptr<const Parts> partsOf(const ModelView& view, const FacetProgram& facet);
 
-[[nodiscard]] std::unique_ptr<FacetTest> facetTest(const ModelView& view, const FacetProgram& facet,
-                                                   const std::shared_ptr<const Parts>& parts);
+[[nodiscard]] std::unique_ptr<FacetMatch> facetMatch(const ModelView& view, const FacetProgram& facet,
+                                                     const std::shared_ptr<const Parts>& parts);
 
 ///@{
 /// Of one kind each.
-[[nodiscard]] std::unique_ptr<FacetTest> entityTest(const ModelView& view, const FacetProgram& facet);
-[[nodiscard]] std::unique_ptr<FacetTest> attributeTest(const ModelView& view, const FacetProgram& facet);
-[[nodiscard]] std::unique_ptr<FacetTest> propertyTest(const ModelView& view, const FacetProgram& facet);
-[[nodiscard]] std::unique_ptr<FacetTest> materialTest(const ModelView& view, const FacetProgram& facet);
-[[nodiscard]] std::unique_ptr<FacetTest> classificationTest(const ModelView& view, const FacetProgram& facet);
-[[nodiscard]] std::unique_ptr<FacetTest> partOfTest(const ModelView& view, const FacetProgram& facet,
-                                                    const std::shared_ptr<const Parts>& parts);
+[[nodiscard]] std::unique_ptr<FacetMatch> entityMatch(const ModelView& view, const FacetProgram& facet);
+[[nodiscard]] std::unique_ptr<FacetMatch> attributeMatch(const ModelView& view, const FacetProgram& facet);
+[[nodiscard]] std::unique_ptr<FacetMatch> propertyMatch(const ModelView& view, const FacetProgram& facet);
+[[nodiscard]] std::unique_ptr<FacetMatch> materialMatch(const ModelView& view, const FacetProgram& facet);
+[[nodiscard]] std::unique_ptr<FacetMatch> classificationMatch(const ModelView& view, const FacetProgram& facet);
+[[nodiscard]] std::unique_ptr<FacetMatch> partOfMatch(const ModelView& view, const FacetProgram& facet,
+                                                      const std::shared_ptr<const Parts>& parts);
 ///@}
 
 }   // namespace oxa::ids::detail

@@ -2,17 +2,17 @@
 // The facet of attributes: what an instance says by itself, and not what its type says.
 #include <algorithm>
 
-#include "Check/Ids/FacetTest.h"
+#include "Check/Ids/FacetMatch.h"
 #include "Check/Ids/SchemaNames.h"
-#include "Check/Ids/ValueTest.h"
+#include "Check/Ids/ValueMatch.h"
 
 namespace oxa::ids::detail {
 
 namespace {
 
-class AttributeTest final : public FacetTest {
+class AttributeMatch final : public FacetMatch {
 public:
-    AttributeTest(const ModelView& view, const FacetProgram& facet)
+    AttributeMatch(const ModelView& view, const FacetProgram& facet)
         : m_view(view),
           m_facet(facet),
           m_sWanted(shown(facet.pFacet->name->text())),
@@ -22,7 +22,7 @@ public:
     [[nodiscard]] bool boSelects(Entity& entity) override {
         return std::ranges::any_of(places(entity), [&](std::uint16_t iPlace) {
             const Value value = m_view.state().valueOf(entity, iPlace);
-            return !ValueTest::boEmpty(value) && m_values.boMatches(value, m_facet.value, nullptr);
+            return !ValueMatch::boEmpty(value) && m_values.boMatches(value, m_facet.value, nullptr);
         });
     }
     [[nodiscard]] bool boMeets(Entity& entity, Finding& finding) override {
@@ -31,14 +31,14 @@ public:
         for (const std::uint16_t iPlace : places(entity)) {
             const Value value = m_view.state().valueOf(entity, iPlace);
             const bool boThere =
-                cardinality == Cardinality::Optional ? !ValueTest::boNull(value) : !ValueTest::boEmpty(value);
+                cardinality == Cardinality::Optional ? !ValueMatch::boNull(value) : !ValueMatch::boEmpty(value);
             if (!boThere) continue;
             boAny = true;
             const bool boMatches = m_values.boMatches(value, m_facet.value, nullptr);
             if (boMatches != (cardinality == Cardinality::Prohibited)) continue;
             const std::string& sName = entity.schemaEntity().allAttributes()[iPlace]->sName;
             finding = {boMatches ? FailureKind::Prohibited : FailureKind::Value,
-                       sName + " is " + m_values.text(value, nullptr), ValueTest::plain(value)};
+                       sName + " is " + m_values.text(value, nullptr), ValueMatch::plain(value)};
             return false;
         }
         if (boAny || cardinality != Cardinality::Required) return true;
@@ -65,14 +65,14 @@ private:
     const ModelView& m_view;
     const FacetProgram& m_facet;
     std::string m_sWanted;   // the name, for people
-    ValueTest m_values;
+    ValueMatch m_values;
     mutable std::unordered_map<const schema::Entity*, Places> m_places;   // of the attributes that are meant
 };
 
 }   // namespace
 
-std::unique_ptr<FacetTest> attributeTest(const ModelView& view, const FacetProgram& facet) {
-    return std::make_unique<AttributeTest>(view, facet);
+std::unique_ptr<FacetMatch> attributeMatch(const ModelView& view, const FacetProgram& facet) {
+    return std::make_unique<AttributeMatch>(view, facet);
 }
 
 }   // namespace oxa::ids::detail

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Check/Ids/ValueTest.h"
+#include "Check/Ids/ValueMatch.h"
 
 #include <charconv>
 
@@ -21,12 +21,12 @@ void FoundList::vAdd(std::string_view text) {
     m_sText += m_boCut ? "..." : shown(text);
 }
 
-bool ValueTest::boNull(const Value& value) {
+bool ValueMatch::boNull(const Value& value) {
     const Kind eKind = value.kind();
     return eKind == Kind::Null || eKind == Kind::Derived;
 }
 
-bool ValueTest::boEmpty(const Value& value) {
+bool ValueMatch::boEmpty(const Value& value) {
     switch (value.kind()) {
     case Kind::Null:
     case Kind::Derived: return true;
@@ -43,7 +43,7 @@ bool ValueTest::boEmpty(const Value& value) {
     return false;
 }
 
-const Unit* ValueTest::pUnit(const Value& value, const Entity* pOwn) {
+const Unit* ValueMatch::pUnit(const Value& value, const Entity* pOwn) {
     if (pOwn) {
         const auto [it, boNew] = m_own.try_emplace(pOwn);
         if (boNew) it->second = oxa::unit(m_view.state().elementOf(const_cast<Entity*>(pOwn)));
@@ -56,7 +56,7 @@ const Unit* ValueTest::pUnit(const Value& value, const Entity* pOwn) {
     return it->second;
 }
 
-bool ValueTest::boMatches(const Value& value, const Matcher& matcher, const Entity* pOwn) {
+bool ValueMatch::boMatches(const Value& value, const Matcher& matcher, const Entity* pOwn) {
     switch (value.kind()) {
     case Kind::Text:
     case Kind::Enumerator: return matcher.boText(value.text().value_or(""));
@@ -78,7 +78,7 @@ bool ValueTest::boMatches(const Value& value, const Matcher& matcher, const Enti
     return matcher.boAny();
 }
 
-std::string ValueTest::text(const Value& value, const Entity* pOwn) {
+std::string ValueMatch::text(const Value& value, const Entity* pOwn) {
     const Kind eKind = value.kind();
     if (eKind == Kind::Text) return inQuotes(value.text().value_or(""));
     std::string sText = plain(value);

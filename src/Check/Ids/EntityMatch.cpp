@@ -4,17 +4,17 @@
 #include <array>
 
 #include "Check/Ids/ClassMatch.h"
-#include "Check/Ids/FacetTest.h"
+#include "Check/Ids/FacetMatch.h"
 #include "Check/Ids/Texts.h"
-#include "Check/Ids/ValueTest.h"
+#include "Check/Ids/ValueMatch.h"
 
 namespace oxa::ids::detail {
 
 namespace {
 
-class EntityTest final : public FacetTest {
+class EntityMatch final : public FacetMatch {
 public:
-    EntityTest(const ModelView& view, const FacetProgram& facet) : m_view(view), m_match(view, facet) {}
+    EntityMatch(const ModelView& view, const FacetProgram& facet) : m_view(view), m_match(view, facet) {}
 
     [[nodiscard]] bool boMaySelect(const schema::Entity& type) const override { return m_match.boMay(type); }
     [[nodiscard]] bool boSelects(Entity& entity) override { return m_match.boMatches(entity); }
@@ -60,9 +60,9 @@ const std::vector<Relation>& relationsOf(const Facet& facet) {
     return found == rows.end() ? rows.back().relations : found->relations;
 }
 
-class PartOfTest final : public FacetTest {
+class PartOfMatch final : public FacetMatch {
 public:
-    PartOfTest(const ModelView& view, const FacetProgram& facet, std::shared_ptr<const Parts> pParts)
+    PartOfMatch(const ModelView& view, const FacetProgram& facet, std::shared_ptr<const Parts> pParts)
         : m_view(view),
           m_facet(*facet.pFacet),
           m_pParts(std::move(pParts)) {}
@@ -124,7 +124,7 @@ private:
 
 }   // namespace
 
-FacetTest::~FacetTest() = default;
+FacetMatch::~FacetMatch() = default;
 
 std::shared_ptr<const Parts> partsOf(const ModelView& view, const FacetProgram& facet) {
     if (facet.pFacet->kind != FacetKind::PartOf) return nullptr;
@@ -153,24 +153,24 @@ std::shared_ptr<const Parts> partsOf(const ModelView& view, const FacetProgram& 
     return pParts;
 }
 
-std::unique_ptr<FacetTest> entityTest(const ModelView& view, const FacetProgram& facet) {
-    return std::make_unique<EntityTest>(view, facet);
+std::unique_ptr<FacetMatch> entityMatch(const ModelView& view, const FacetProgram& facet) {
+    return std::make_unique<EntityMatch>(view, facet);
 }
 
-std::unique_ptr<FacetTest> partOfTest(const ModelView& view, const FacetProgram& facet,
-                                      const std::shared_ptr<const Parts>& parts) {
-    return std::make_unique<PartOfTest>(view, facet, parts);
+std::unique_ptr<FacetMatch> partOfMatch(const ModelView& view, const FacetProgram& facet,
+                                        const std::shared_ptr<const Parts>& parts) {
+    return std::make_unique<PartOfMatch>(view, facet, parts);
 }
 
-std::unique_ptr<FacetTest> facetTest(const ModelView& view, const FacetProgram& facet,
-                                     const std::shared_ptr<const Parts>& parts) {
+std::unique_ptr<FacetMatch> facetMatch(const ModelView& view, const FacetProgram& facet,
+                                       const std::shared_ptr<const Parts>& parts) {
     switch (facet.pFacet->kind) {
-    case FacetKind::Entity: return entityTest(view, facet);
-    case FacetKind::PartOf: return partOfTest(view, facet, parts);
-    case FacetKind::Classification: return classificationTest(view, facet);
-    case FacetKind::Attribute: return attributeTest(view, facet);
-    case FacetKind::Property: return propertyTest(view, facet);
-    case FacetKind::Material: return materialTest(view, facet);
+    case FacetKind::Entity: return entityMatch(view, facet);
+    case FacetKind::PartOf: return partOfMatch(view, facet, parts);
+    case FacetKind::Classification: return classificationMatch(view, facet);
+    case FacetKind::Attribute: return attributeMatch(view, facet);
+    case FacetKind::Property: return propertyMatch(view, facet);
+    case FacetKind::Material: return materialMatch(view, facet);
     }
     return nullptr;
 }
