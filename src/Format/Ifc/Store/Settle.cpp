@@ -133,15 +133,17 @@ private:
 
 // The instances of a type go to one part of the list, in front of them those of all smaller ordinals. Types are few and
 // their ordinals 16 bits wide, so they are counted into place: two passes, whatever their order, where comparing would
-// follow pointers n log n times. Each thread counts a share of the list, and puts that share where the counts say.
+// follow pointers n log n times. Each thread counts a share of the list, and puts that share where the counts say, in a new
+// list without the room that the old one had grown by.
 class TypeSort {
 public:
     TypeSort(std::vector<Entity*>& entities, unsigned iParts)
         : m_entities(entities),
           m_pOrdinals(std::make_unique_for_overwrite<std::uint16_t[]>(entities.size())),
-          m_pSorted(std::make_unique_for_overwrite<Entity*[]>(entities.size())),
           m_places(iParts) {
-        memory::vFillSoon(m_pSorted.get(), entities.size() * sizeof(Entity*));
+        m_sorted.reserve(entities.size());
+        memory::vFillSoon(m_sorted.data(), entities.size() * sizeof(Entity*));
+        m_sorted.resize(entities.size());
     }
 
     void vRun(util::Team& team, unsigned iPart) {
@@ -157,10 +159,10 @@ public:
         if (!team.boMeet()) return;
         if (iPart == 0) vPlace(team.iParts());
         if (!team.boMeet()) return;
-        for (std::size_t i = range.iFirst; i < range.iLast; ++i) m_pSorted[places[m_pOrdinals[i]]++] = m_entities[i];
-        if (!team.boMeet()) return;
-        std::copy(&m_pSorted[range.iFirst], &m_pSorted[range.iLast], m_entities.data() + range.iFirst);
+        for (std::size_t i = range.iFirst; i < range.iLast; ++i) m_sorted[places[m_pOrdinals[i]]++] = m_entities[i];
     }
+    // Once all threads are through.
+    void vTake() noexcept { m_entities.swap(m_sorted); }
 
 private:
     // From counts to places: of one type, the share of each thread stands behind those before it.
@@ -175,7 +177,7 @@ private:
 
     std::vector<Entity*>& m_entities;
     std::unique_ptr<std::uint16_t[]> m_pOrdinals;   // of the instances, in their order
-    std::unique_ptr<Entity*[]> m_pSorted;
+    std::vector<Entity*> m_sorted;
     std::vector<std::vector<std::size_t>> m_places;   // by thread and ordinal: first counts, then the next place
 };
 
@@ -203,6 +205,7 @@ void vTypesSort(std::vector<Entity*>& entities, unsigned iThreads) {
     if (entities.size() < 2) return;
     TypeSort sort(entities, iThreads);
     util::Team::vRun(iThreads, [&](util::Team& team, unsigned iPart) { sort.vRun(team, iPart); });
+    sort.vTake();
 }
 
 }   // namespace oxa::ifc
