@@ -59,18 +59,33 @@ std::optional<std::size_t> EntityIdMap::find(const Entity* pEntity) const {
 
 // Where "near" does not help. A chunk is remembered in "near" only when its numbers have 32 bits: that is what its
 // short path promises of every number that it returns.
+std::optional<EntityIdMap::Number> EntityIdMap::seededFar(const Entity* pEntity, Near& near) const noexcept {
+    const SeededChunk* pChunk = pSeededChunk(pEntity);
+    if (!pChunk) return std::nullopt;
+    const bool boDense = pChunk->iFirstId <= std::numeric_limits<std::uint32_t>::max();
+    if (boDense) near.m_pChunk = pChunk;
+    return Number{pChunk->iFirstId + pChunk->iSlotOf(pEntity), false, boDense};
+}
+
 std::optional<EntityIdMap::Number> EntityIdMap::knownFar(const Entity* pEntity, Near& near) const {
-    if (const SeededChunk* pChunk = pSeededChunk(pEntity)) {
-        const bool boDense = pChunk->iFirstId <= std::numeric_limits<std::uint32_t>::max();
-        if (boDense) near.m_pChunk = pChunk;
-        return Number{pChunk->iFirstId + pChunk->iSlotOf(pEntity), false, boDense};
-    }
+    if (const std::optional<Number> seeded = seededFar(pEntity, near)) return seeded;
     const std::shared_lock lock(m_lock);
     return m_pDealt->find(pEntity);
 }
 
+EntityIdMap::Number EntityIdMap::settledFar(const Entity* pEntity, Near& near) {
+    if (const std::optional<Number> seeded = seededFar(pEntity, near)) return *seeded;
+    const std::optional<Number> dealt = m_pDealt->find(pEntity);
+    return dealt ? *dealt : dealtNew(pEntity);
+}
+
 EntityIdMap::Number EntityIdMap::numberFar(const Entity* pEntity, Near& near) {
-    if (const std::optional<Number> number = knownFar(pEntity, near)) return *number;
+    const std::optional<Number> known = knownFar(pEntity, near);
+    return known ? *known : dealtNew(pEntity);
+}
+
+// A number for an entity that had none a moment ago.
+EntityIdMap::Number EntityIdMap::dealtNew(const Entity* pEntity) {
     const std::unique_lock lock(m_lock);
     std::vector<std::size_t>& numbers = m_pDealt->numbers;
     numbers.push_back(m_iAbove + m_iSeeded + m_pDealt->places.size() + 1);   // memory first: both get it, or none

@@ -66,6 +66,13 @@ public:
                 return {near.m_pChunk->iFirstId + iSlot, false, true};
         return numberFar(pEntity, near);
     }
+    /// As number, for as long as no other thread deals numbers: one that is there is found without the lock.
+    [[nodiscard]] Number settled(const Entity* pEntity, Near& nearby) {
+        if (nearby.m_pChunk)
+            if (const std::size_t iSlot = nearby.m_pChunk->iSlotOf(pEntity); iSlot < g_iSlots)
+                return {nearby.m_pChunk->iFirstId + iSlot, false, true};
+        return settledFar(pEntity, nearby);
+    }
     /// The same; empty for an entity that has no number. Deals none.
     [[nodiscard]] std::optional<Number> known(const Entity* pEntity, Near& near) const {
         if (near.m_pChunk)
@@ -119,6 +126,9 @@ private:
     };
 
     [[nodiscard]] const SeededChunk* pSeededChunk(const Entity* pEntity) const noexcept;
+    [[nodiscard]] Number dealtNew(const Entity* pEntity);
+    [[nodiscard]] Number settledFar(const Entity* pEntity, Near& nearby);
+    [[nodiscard]] std::optional<Number> seededFar(const Entity* pEntity, Near& nearby) const noexcept;
     [[nodiscard]] Number numberFar(const Entity* pEntity, Near& near);
     [[nodiscard]] std::optional<Number> knownFar(const Entity* pEntity, Near& near) const;
 

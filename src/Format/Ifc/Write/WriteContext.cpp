@@ -14,13 +14,13 @@ namespace oxa::ifc {
 
 std::size_t WriteInfoCommon::iEntityIdQueue(const Entity* pEntity) {
     if (!pEntity) return 0;
-    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, m_near.number(pEntity));
+    const EntityIdMap::Number number = m_pEntityIdMap->settled(pEntity, m_near.number(pEntity));
     if (boMark(pEntity, number, m_near)) m_queue.push_back(pEntity);
     return number.iId;
 }
 
 std::size_t WriteInfoCommon::iEntityIdMark(const Entity& entity) {
-    const EntityIdMap::Number number = m_pEntityIdMap->number(&entity, m_near.number(&entity));
+    const EntityIdMap::Number number = m_pEntityIdMap->settled(&entity, m_near.number(&entity));
     boMark(&entity, number, m_near);
     return number.iId;
 }
@@ -103,10 +103,12 @@ std::vector<const Entity*> WriteInfoCommon::metByFile(std::span<const std::uint3
 
 std::size_t StepWriteInfoCommon::iEntityIdGet(const Entity* pEntity) {
     if (m_boSingleThreaded) return iEntityIdQueue(pEntity);
+    if (!pEntity) return 0;
     const std::lock_guard lock(m_mutex);
-    const std::size_t iId = iEntityIdQueue(pEntity);
+    const EntityIdMap::Number number = m_pEntityIdMap->number(pEntity, m_near.number(pEntity));
+    if (boMark(pEntity, number, m_near)) m_queue.push_back(pEntity);
     m_changed.notify_all();
-    return iId;
+    return number.iId;
 }
 
 std::size_t StepWriteInfoCommon::iEntityIdCollect(const Entity* pEntity, std::vector<const Entity*>& found,
@@ -176,7 +178,7 @@ void StepWriteInfoCommon::vStop() {
 
 std::size_t StepWriteInfo::iEntityIdNamed(const Entity* pEntity) {
     if (m_ePass == Pass::Numbers)
-        return pEntity ? m_pCommon->m_pEntityIdMap->number(pEntity, m_near.number(pEntity)).iId : 0;
+        return pEntity ? m_pCommon->m_pEntityIdMap->settled(pEntity, m_near.number(pEntity)).iId : 0;
     if (m_pCommon->m_boSingleThreaded) return m_pCommon->iEntityIdQueue(pEntity);
     if (m_ePass == Pass::AtOnce) return m_pCommon->iEntityIdGet(pEntity);
     return m_pCommon->iEntityIdCollect(pEntity, m_found, m_near);

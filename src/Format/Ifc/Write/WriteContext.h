@@ -58,7 +58,7 @@ public:
     /// The number of an entity, which a walk of one thread queues when it meets it for the first time; 0 for null. For
     /// whoever names entities from outside of a statement: seeds, and the ifcXML export.
     std::size_t iEntityIdGet(const Entity* pEntity) { return iEntityIdQueue(pEntity); }
-    /// As iEntityIdGet(), without a lock.
+    /// As iEntityIdGet(), for a walk of one thread.
     std::size_t iEntityIdQueue(const Entity* pEntity);
     /// The number of an entity that is composed right now: this run has met it, and need not queue it. One thread.
     std::size_t iEntityIdMark(const Entity& entity);
