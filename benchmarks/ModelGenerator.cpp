@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <random>
 #include <string_view>
+#include <utility>
 
 namespace oxa::bench {
 

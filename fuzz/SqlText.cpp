@@ -2,6 +2,7 @@
 // SqlText: a line with the name of a table, and any bytes behind it as SQL, over a model of one wall.
 
 #include <chrono>
+#include <new>
 #include <string>
 
 #include "Fuzz.h"

@@ -2,6 +2,7 @@
 // The bytes inside of a packed file as a stream buffer, with the limits of what may come out.
 #include <algorithm>
 #include <array>
+#include <ios>
 #include <utility>
 
 #include "Model/Archive.h"

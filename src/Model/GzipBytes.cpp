@@ -2,6 +2,7 @@
 // The bytes of a .gz (RFC 1952): any number of members, one behind the other, and zeros behind the last.
 #include <algorithm>
 #include <array>
+#include <ios>
 #include <new>
 #include <string_view>
 

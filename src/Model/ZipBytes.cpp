@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The bytes of the one model in a ZIP archive. Nothing is written to a disk, so names with ".." do no harm.
 #include <algorithm>
+#include <ios>
 #include <new>
 #include <system_error>
 #include <vector>

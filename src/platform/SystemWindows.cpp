@@ -4,9 +4,11 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 

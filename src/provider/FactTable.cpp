@@ -3,6 +3,7 @@
 #include "provider/FactTable.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <unordered_set>
 #include <utility>

@@ -6,7 +6,9 @@
 
 #include <cstdio>
 #include <fstream>
+#include <iterator>
 #include <sstream>
+#include <stdexcept>
 
 #include "Format/Ifc/AssertLog.h"
 

@@ -2,6 +2,7 @@
 #include "PublishedText.h"
 
 #include <stdexcept>
+#include <utility>
 
 namespace oxa::test {
 

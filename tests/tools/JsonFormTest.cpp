@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "tools/JsonSchema.h"
 #include "tools/ProgramRun.h"
 #include "tools/WrittenFile.h"

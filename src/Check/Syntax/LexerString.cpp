@@ -3,6 +3,7 @@
 //
 // A fault inside of a string does not end it. Its end is a single quote, or a line break behind which a statement begins:
 // otherwise one forgotten quote would turn the rest of the file around.
+#include <algorithm>
 #include <string_view>
 
 #include "Check/Syntax/ByteClass.h"

@@ -2,6 +2,7 @@
 // The rules of the published texts, where these are at hand: each is read, and printed with the tokens that it was read from.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>

@@ -2,6 +2,7 @@
 // IdsText: files of requirements and models of a few lines, and what a check says of them as one line.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 

@@ -3,6 +3,7 @@
 // archives that hold no model stands in tests/Model/ArchiveTest.cpp.
 
 #include <algorithm>
+#include <utility>
 
 #include <gtest/gtest.h>
 

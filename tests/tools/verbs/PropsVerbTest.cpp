@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "tools/ProgramRun.h"
 #include "tools/verbs/ProjectParts.h"
 

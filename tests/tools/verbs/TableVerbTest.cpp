@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <iostream>
 #include <sstream>
+#include <utility>
 
 #include <gtest/gtest.h>
 

@@ -5,9 +5,11 @@
 // Threads  one.
 #pragma once
 
+#include <cstdint>
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>

@@ -2,6 +2,7 @@
 // VerbExtract: "oxaifc extract": elements by a query with all that they need, as a file of their own; a model split by
 // storeys, types or classes; or one entity and what it reaches, in the simple text form.
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <memory>

@@ -13,6 +13,7 @@
 #include "Format/Ifc/Report/ReportTemplate.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>

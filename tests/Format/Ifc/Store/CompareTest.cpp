@@ -7,6 +7,7 @@
 #include <new>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "Format/Ifc/AssertLog.h"

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "Format/Ifc/IfcMissingType.h"
 #include "XmlModel.h"
