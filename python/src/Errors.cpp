@@ -32,7 +32,7 @@ void vSet(const char* pClass, const std::exception& error, Arguments&&... argume
 
 nb::object nearOf(const oxa::NameError& error) {
     nb::list names;
-    for (const std::string& sName : error.near()) names.append(textOf(sName));
+    for (const std::string& sName : error.nearNames()) names.append(textOf(sName));
     return names;
 }
 

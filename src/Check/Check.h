@@ -59,7 +59,7 @@ struct CheckOptions {
     /// Places of failures that are kept, of all groups together; those behind them are counted (CheckGroup::count).
     std::size_t mostPlaces = 4'000'000;
     /// The same of each group: those that stand first in the file are kept.
-    std::size_t mostPlacesOfGroup = std::numeric_limits<std::size_t>::max();
+    std::size_t mostPlacesOfGroup = (std::numeric_limits<std::size_t>::max)();
     /// Steps that the rules may take, all evaluations together: loop turns, calls, items looked at; a thousand more for each
     /// instance, and one for each byte of the file. What would take more is not evaluated, and the verdict is at best
     /// Undecided.

@@ -212,7 +212,7 @@ enum class FailureKind : std::uint8_t {
 /// One requirement that one instance does not meet. Good as long as the model.
 struct Failure {
     /// For Failure::requirement: the specification itself.
-    static constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
+    static constexpr std::size_t none = (std::numeric_limits<std::size_t>::max)();
 
     Element element{};                            ///< the instance: its id, type, GlobalId and Name
     std::size_t requirement = none;               ///< which of Specification::requirements; none of NotAllowed

@@ -48,7 +48,7 @@ struct UnpackLimits {
 
     /// However much there is.
     [[nodiscard]] static UnpackLimits none() noexcept {
-        return {std::numeric_limits<std::uint64_t>::max(), std::numeric_limits<std::uint64_t>::max()};
+        return {(std::numeric_limits<std::uint64_t>::max)(), (std::numeric_limits<std::uint64_t>::max)()};
     }
 };
 

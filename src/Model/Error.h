@@ -34,7 +34,7 @@ public:
     ~NameError() override;
 
     /// Names that may have been meant, nearest first; they are in the message too.
-    [[nodiscard]] const std::vector<std::string>& near() const noexcept { return m_near; }
+    [[nodiscard]] const std::vector<std::string>& nearNames() const noexcept { return m_near; }
 
 private:
     std::vector<std::string> m_near;

@@ -115,7 +115,7 @@ public:
             if (term.eKind == Term::Kind::Class) m_pType = &detail::typeFromName(m_state.schema(), term.sText);
             if (term.eKind == Term::Kind::Compare) m_pKey = std::make_unique<BoundKey>(walk, term.key, false);
         } catch (const NameError& error) {
-            throw NameError("column " + std::to_string(term.iColumn) + ": " + error.what(), error.near());
+            throw NameError("column " + std::to_string(term.iColumn) + ": " + error.what(), error.nearNames());
         }
         if (term.eKind == Term::Kind::Id) m_pEntity = m_state.pFromNumber(term.iId);
         if (term.eKind == Term::Kind::GlobalId) m_pEntity = m_state.pFromGuid(term.guid);

@@ -145,7 +145,7 @@ public:
     [[nodiscard]] std::size_t LengthGet() const noexcept { return m_iCount; }
     /// By place, from 0. Throws std::out_of_range beyond the last.
     [[nodiscard]] const const_Attr& ItemGet(std::size_t iItem) const {
-        return iItem < std::min(m_iCount, m_few.size()) ? m_few[iItem] : m_more.at(iItem - m_few.size());
+        return iItem < (std::min)(m_iCount, m_few.size()) ? m_few[iItem] : m_more.at(iItem - m_few.size());
     }
 
 private:

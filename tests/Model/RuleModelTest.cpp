@@ -285,8 +285,8 @@ TEST_P(RuleModel, AWrongNameIsAnExceptionWithNearNames) {
         (void)model.all("IfcWal");
         FAIL();
     } catch (const NameError& error) {
-        ASSERT_FALSE(error.near().empty());
-        EXPECT_EQ(error.near()[0], "IfcWall");
+        ASSERT_FALSE(error.nearNames().empty());
+        EXPECT_EQ(error.nearNames()[0], "IfcWall");
     }
     EXPECT_THROW(Model("IFC99"), NameError);
 }

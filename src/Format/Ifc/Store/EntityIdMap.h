@@ -60,25 +60,19 @@ public:
     };
     static constexpr std::uint32_t g_iNotDealt = 0xFFFFFFFF;   ///< the number came with a file
     /// As get, with where the number comes from.
-    [[nodiscard]] Number number(const Entity* pEntity, Near& near) {
-        if (near.m_pChunk)
-            if (const std::size_t iSlot = near.m_pChunk->iSlotOf(pEntity); iSlot < g_iSlots)
-                return {near.m_pChunk->iFirstId + iSlot, false, true};
-        return numberFar(pEntity, near);
+    [[nodiscard]] Number number(const Entity* pEntity, Near& nearby) {
+        const std::optional<Number> seeded = seededBeside(pEntity, nearby);
+        return seeded ? *seeded : numberFar(pEntity, nearby);
     }
     /// As number, for as long as no other thread deals numbers: one that is there is found without the lock.
     [[nodiscard]] Number settled(const Entity* pEntity, Near& nearby) {
-        if (nearby.m_pChunk)
-            if (const std::size_t iSlot = nearby.m_pChunk->iSlotOf(pEntity); iSlot < g_iSlots)
-                return {nearby.m_pChunk->iFirstId + iSlot, false, true};
-        return settledFar(pEntity, nearby);
+        const std::optional<Number> seeded = seededBeside(pEntity, nearby);
+        return seeded ? *seeded : settledFar(pEntity, nearby);
     }
     /// The same; empty for an entity that has no number. Deals none.
-    [[nodiscard]] std::optional<Number> known(const Entity* pEntity, Near& near) const {
-        if (near.m_pChunk)
-            if (const std::size_t iSlot = near.m_pChunk->iSlotOf(pEntity); iSlot < g_iSlots)
-                return Number{near.m_pChunk->iFirstId + iSlot, false, true};
-        return knownFar(pEntity, near);
+    [[nodiscard]] std::optional<Number> known(const Entity* pEntity, Near& nearby) const {
+        const std::optional<Number> seeded = seededBeside(pEntity, nearby);
+        return seeded ? seeded : knownFar(pEntity, nearby);
     }
     /// The number; empty for an entity that has none. Deals none.
     [[nodiscard]] std::optional<std::size_t> find(const Entity* pEntity) const;
@@ -125,12 +119,18 @@ private:
         }
     };
 
+    // Where the last one was.
+    [[nodiscard]] static std::optional<Number> seededBeside(const Entity* pEntity, const Near& nearby) noexcept {
+        if (!nearby.m_pChunk) return std::nullopt;
+        const std::size_t iSlot = nearby.m_pChunk->iSlotOf(pEntity);
+        return iSlot < g_iSlots ? std::optional(Number{nearby.m_pChunk->iFirstId + iSlot, false, true}) : std::nullopt;
+    }
     [[nodiscard]] const SeededChunk* pSeededChunk(const Entity* pEntity) const noexcept;
     [[nodiscard]] Number dealtNew(const Entity* pEntity);
     [[nodiscard]] Number settledFar(const Entity* pEntity, Near& nearby);
     [[nodiscard]] std::optional<Number> seededFar(const Entity* pEntity, Near& nearby) const noexcept;
-    [[nodiscard]] Number numberFar(const Entity* pEntity, Near& near);
-    [[nodiscard]] std::optional<Number> knownFar(const Entity* pEntity, Near& near) const;
+    [[nodiscard]] Number numberFar(const Entity* pEntity, Near& nearby);
+    [[nodiscard]] std::optional<Number> knownFar(const Entity* pEntity, Near& nearby) const;
 
     std::map<const EntitySlot*, SeededChunk, std::less<>> m_byAddress;   // by pFirst; new ones come in any order
     std::unordered_map<std::size_t, SeededChunk*> m_byNumber;            // by iFirstId

@@ -40,14 +40,14 @@ public:
     SeenNumbers& operator=(const SeenNumbers&) = delete;
 
     /// True the first time for that number.
-    bool boMark(std::uint32_t iNumber, Near& near) {
+    bool boMark(std::uint32_t iNumber, Near& nearby) {
         const std::uint32_t iBit = iNumber % g_iPageBits;
         const std::uint32_t iPage = iNumber / g_iPageBits;
-        if (!near.m_pPage || near.m_iPage != iPage) {
-            near.m_pPage = &m_root.at(iPage / g_iPages).at(iPage % g_iPages);
-            near.m_iPage = iPage;
+        if (!nearby.m_pPage || nearby.m_iPage != iPage) {
+            nearby.m_pPage = &m_root.at(iPage / g_iPages).at(iPage % g_iPages);
+            nearby.m_iPage = iPage;
         }
-        std::atomic<std::uint64_t>& word = near.m_pPage->words[iBit / 64];
+        std::atomic<std::uint64_t>& word = nearby.m_pPage->words[iBit / 64];
         const std::uint64_t uMask = std::uint64_t{1} << iBit % 64;
         // Most numbers have been met before: a load leaves the cache line shared, where fetch_or would need it
         // exclusive.

@@ -84,9 +84,9 @@ public:
 
 protected:
     /// True the first time.
-    bool boMark(const Entity* pEntity, const EntityIdMap::Number& number, WalkNear& near) {
-        if (number.boSeeded) return m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId), near.seen);
-        if (number.iDealt != EntityIdMap::g_iNotDealt) return m_seenDealt.boMark(number.iDealt, near.seenDealt);
+    bool boMark(const Entity* pEntity, const EntityIdMap::Number& number, WalkNear& nearby) {
+        if (number.boSeeded) return m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId), nearby.seen);
+        if (number.iDealt != EntityIdMap::g_iNotDealt) return m_seenDealt.boMark(number.iDealt, nearby.seenDealt);
         return m_seenFar.insert(pEntity).second;
     }
     /// Whether boMark takes it without the lock of the walk.
@@ -121,9 +121,9 @@ public:
     std::size_t iEntityIdGet(const Entity* pEntity);
     /// The number, for a composing thread: what this run meets for the first time is put into "found", which the thread
     /// queues later (boTake).
-    std::size_t iEntityIdCollect(const Entity* pEntity, std::vector<const Entity*>& found, WalkNear& near);
+    std::size_t iEntityIdCollect(const Entity* pEntity, std::vector<const Entity*>& found, WalkNear& nearby);
     /// The same for an entity that has a number; false, and nothing done, for one that has none.
-    bool boNumberedCollect(const Entity& entity, std::vector<const Entity*>& found, WalkNear& near);
+    bool boNumberedCollect(const Entity& entity, std::vector<const Entity*>& found, WalkNear& nearby);
 
     /// For a composing thread beside others. Queues "found", which is emptied, then waits for work and takes a share
     /// of it. "boActive" is the thread's own, false at first. Calls "progress" for each entity taken, under the lock.
