@@ -108,20 +108,20 @@ struct XlsxFile::State {
         const auto vFull = [&](int iError) {
             vFail("temporary files in " + str::sOfPath(folder) + ": " + std::generic_category().message(iError));
         };
-        long iMost = 0;
+        std::int64_t iMost = 0;
         for (const auto& [sTable, sheet] : sheets) {
             std::FILE* const pRows = sheet.pSheet->optimize_tmpfile;
             if (!pRows) continue;
             errno = 0;
             if (std::fflush(pRows) != 0 || std::ferror(pRows)) vFull(errno ? errno : ENOSPC);
-            iMost = std::max(iMost, std::ftell(pRows));
+            iMost = std::max<std::int64_t>(iMost, std::ftell(pRows));
         }
         const fs::path trial = folder / ("oxaifc-" + Guid::generate().toString() + ".tmp");
         const stream::Unfinished unfinished(trial);
         std::FILE* const pTrial = stream::pOpenFile(trial, "wbx");
         int iError = pTrial ? 0 : errno;
         const std::vector<char> bytes(64 * 1024);   // more than the frame of a sheet takes
-        for (long i = 0; !iError && i <= iMost; i += static_cast<long>(bytes.size()))
+        for (std::int64_t i = 0; !iError && i <= iMost; i += static_cast<std::int64_t>(bytes.size()))
             if (std::fwrite(bytes.data(), 1, bytes.size(), pTrial) != bytes.size()) iError = errno;
         if (pTrial && std::fclose(pTrial) != 0 && !iError) iError = errno;
         std::error_code error;
