@@ -7,6 +7,7 @@
 #          the compiler's own    src/platform/Compiler.h and Export.h, and the vector instructions of ByteBlock.h
 #                                and Sha256Block.h
 #          the system's own      the files System*.cpp; what Linux alone has, SystemLinux.cpp
+#          not at all            <barrier>, <latch>, <semaphore>
 # What a build with -Wpedantic refuses, such as statement expressions and arrays without items, is not looked for again.
 cmake_minimum_required(VERSION 3.22)
 
@@ -42,6 +43,9 @@ strndup|strcasecmp|strncasecmp|strtod_l|newlocale|uselocale|v?asprintf|memmem|me
 localtime_r|gmtime_r|strptime|setenv|unsetenv|putenv|usleep|nanosleep|getpid|fork|execv[pe]*|waitpid|sigaction|mmap|munmap|\
 getrusage|sysconf|qsort_r|M_PI)([^A-Za-z0-9_]|$)")
 rule("a path of one system" "${system_files}" "\"/(dev|proc|sys|tmp|etc|usr|home)/")
+# Those of g++'s library sleep for ever now and then where there is no futex, as on Windows.
+rule("a wait of <atomic>, <barrier>, <latch> or <semaphore> instead of a condition" "^$"
+  "# *include <(barrier|latch|semaphore)>" "${word}atomic_(wait|notify)")
 rule("what Linux alone has" "${linux_files}"
   "/proc/|MADV_|memfd_|copy_file_range|getrandom|O_TMPFILE|mremap|gettid|prctl|epoll|inotify|fallocate|MAP_NORESERVE")
 

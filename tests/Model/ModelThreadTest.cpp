@@ -1,23 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // Threads that look at one model at the same time, and those with a model each.
-#include <barrier>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "Format/Ifc/OnThreads.h"
 #include "Model/ModelText.h"
 
 namespace oxa::test {
 
 namespace {
 
-template <class Function>
-void vOnThreads(std::size_t iCount, Function&& function) {
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < iCount; ++i) threads.emplace_back([&function, i] { function(i); });
-    for (std::thread& thread : threads) thread.join();
-}
+using ifc::vOnThreads;
 
 // All that a model says.
 std::string sAll(const Model& model) {
@@ -49,10 +43,8 @@ TEST(ModelThreads, TheFirstLookIsOfAnyKind) {
         const std::size_t iBefore = model.size();
         const std::size_t iWalls = model.all("IfcWall").size();
         for (int i = 0; i < 3; ++i) model.create("IfcWall", {{"Name", "new"}});
-        std::barrier start(6);
         std::vector<std::size_t> counts(6);
         vOnThreads(counts.size(), [&](std::size_t i) {
-            start.arrive_and_wait();
             counts[i] = i % 3 == 0 ? model.size() : i % 3 == 1 ? model.all().size() : model.all("IfcWall").size();
         });
         for (std::size_t i = 0; i < counts.size(); ++i) EXPECT_EQ(counts[i], (i % 3 == 2 ? iWalls : iBefore) + 3) << i;

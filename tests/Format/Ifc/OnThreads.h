@@ -4,26 +4,22 @@
 // For      the tests of what many threads may use together.
 #pragma once
 
-#include <barrier>
 #include <cstddef>
-#include <cstring>
+#include <stdexcept>
 #include <string>
-#include <thread>
-#include <vector>
+
+#include "Core/Utilities/Threads/Team.h"
 
 namespace oxa::ifc {
 
-// Calls work(0) to work(iThreads - 1), each on a thread of its own that waits for all others first.
+// Calls work(0) to work(iThreads - 1), the first on this thread and each other on one of its own. None begins before all
+// threads are there.
 template <class Work>
 void vOnThreads(std::size_t iThreads, Work&& work) {
-    std::barrier start(static_cast<std::ptrdiff_t>(iThreads));
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < iThreads; ++i)
-        threads.emplace_back([&work, &start, i] {
-            start.arrive_and_wait();
-            work(i);
-        });
-    for (std::thread& thread : threads) thread.join();
+    util::Team::vRun(static_cast<unsigned>(iThreads), [&](util::Team& team, unsigned i) {
+        if (team.iParts() != iThreads) throw std::runtime_error("the system has not so many threads");
+        if (team.boMeet()) work(std::size_t{i});
+    });
 }
 
 // "zeroed" or "dirty".

@@ -11,27 +11,51 @@
 
 namespace oxa::util {
 
+// By a condition: std::barrier and the waits of atomics sleep for ever now and then where g++'s library has no futex, which
+// is so on Windows: they look at the value, and then lock.
+bool Team::boMeet() {
+    std::unique_lock lock(m_mutex);
+    if (++m_iWaiting == m_iAtWork)
+        vMeetingEnd();
+    else
+        m_met.wait(lock, [this, iMeetings = m_iMeetings] { return m_iMeetings != iMeetings; });
+    return !m_pFault;
+}
+
+// With m_mutex.
+void Team::vMeetingEnd() {
+    m_iWaiting = 0;
+    ++m_iMeetings;
+    m_met.notify_all();
+}
+
 // Who has thrown comes to no further meeting: the others must not wait for it.
 void Team::vPart(const Work& work, unsigned iPart) noexcept {
+    std::exception_ptr pFault;
     try {
         work(*this, iPart);
     } catch (...) {
-        const std::lock_guard lock(m_mutex);
-        if (!m_pFault) m_pFault = std::current_exception();
-        m_boFailed.store(true, std::memory_order_relaxed);
+        pFault = std::current_exception();
     }
-    m_barrier.arrive_and_drop();
+    const std::lock_guard lock(m_mutex);
+    if (!m_pFault) m_pFault = pFault;
+    if (--m_iAtWork == m_iWaiting && m_iWaiting > 0) vMeetingEnd();
 }
 
 void Team::vRun(unsigned iThreads, const Work& work) {
     std::unique_ptr<Team> pTeam;
-    std::atomic<bool> boReady{false};
+    std::mutex mutex;
+    std::condition_variable started;
+    bool boReady = false;   // guarded by mutex
     std::vector<std::thread> threads;
     threads.reserve(std::max(iThreads, 1U) - 1);
     try {
         while (threads.size() + 1 < iThreads)
             threads.emplace_back([&, iPart = static_cast<unsigned>(threads.size()) + 1] {
-                boReady.wait(false);
+                {
+                    std::unique_lock lock(mutex);
+                    started.wait(lock, [&boReady] { return boReady; });
+                }
                 if (pTeam) pTeam->vPart(work, iPart);
             });
     } catch (const std::system_error&) {
@@ -45,8 +69,11 @@ void Team::vRun(unsigned iThreads, const Work& work) {
     } catch (...) {
         pFault = std::current_exception();
     }
-    boReady = true;
-    boReady.notify_all();
+    {
+        const std::lock_guard lock(mutex);
+        boReady = true;
+    }
+    started.notify_all();
     if (pTeam) pTeam->vPart(work, 0);
     for (std::thread& thread : threads) thread.join();
     if (pTeam) pFault = pTeam->m_pFault;

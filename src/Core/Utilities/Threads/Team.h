@@ -6,8 +6,7 @@
 // Errors   what the work throws on any thread reaches the caller, once all threads have ended; of several the first.
 #pragma once
 
-#include <atomic>
-#include <barrier>
+#include <condition_variable>
 #include <exception>
 #include <functional>
 #include <mutex>
@@ -30,20 +29,20 @@ public:
     [[nodiscard]] unsigned iParts() const noexcept { return m_iParts; }
     // Waits until every thread has come here: what they wrote before is visible to all behind. False when one has thrown:
     // the work cannot be finished, and is to return. All threads have to come as often as each other.
-    [[nodiscard]] bool boMeet() {
-        m_barrier.arrive_and_wait();
-        return !m_boFailed.load(std::memory_order_relaxed);
-    }
+    [[nodiscard]] bool boMeet();
 
 private:
-    explicit Team(unsigned iParts) : m_iParts(iParts), m_barrier(iParts) {}
+    explicit Team(unsigned iParts) : m_iParts(iParts), m_iAtWork(iParts) {}
     void vPart(const Work& work, unsigned iPart) noexcept;
+    void vMeetingEnd();
 
     const unsigned m_iParts;
-    std::barrier<> m_barrier;
-    std::atomic<bool> m_boFailed{false};
     std::mutex m_mutex;
-    std::exception_ptr m_pFault;   // the first; guarded by m_mutex
+    std::condition_variable m_met;
+    unsigned m_iAtWork;   // parts that have not ended; guarded by m_mutex, as the rest
+    unsigned m_iWaiting = 0;
+    unsigned m_iMeetings = 0;      // that have ended
+    std::exception_ptr m_pFault;   // the first
 };
 
 }   // namespace oxa::util
