@@ -5,6 +5,8 @@
 #include <charconv>
 #include <limits>
 
+#include <fast_float/fast_float.h>
+
 namespace oxa::ids::detail {
 
 namespace schema = ifc::def::schema;
@@ -228,7 +230,8 @@ std::optional<double> numberOf(std::string_view text) noexcept {
         !(boDigit(digits.front()) || (digits.size() > 1 && digits.front() == '.' && boDigit(digits[1]))))
         return std::nullopt;   // else "inf" and "nan" would do
     double value = 0;
-    const auto [pEnd, eError] = std::from_chars(rest.data(), rest.data() + rest.size(), value);
+    // That of the standard library is not in each of them yet.
+    const auto [pEnd, eError] = fast_float::from_chars(rest.data(), rest.data() + rest.size(), value);
     if (pEnd != rest.data() + rest.size() || eError == std::errc::invalid_argument) return std::nullopt;
     if (eError == std::errc::result_out_of_range) {
         // As near as a double comes: beyond all others, or nothing.

@@ -272,6 +272,10 @@ TEST(IdsCheck, NumbersAreEqualWithinTheTolerance) {
         {"3.000001", restricted("value", "double", "maxInclusive=3"), true},
         {"3.", restricted("value", "double", "maxExclusive=3.000001"), false},
         {"1.E300", restricted("value", "double", "maxInclusive=INF"), true},
+        {"1.E300", restricted("value", "double", "maxInclusive=1E999"), true},
+        {"-1.E300", restricted("value", "double", "maxExclusive=-1.E999"), false},
+        {"0.", restricted("value", "double", "enumeration=1E-999"), true},
+        {"16.", restricted("value", "double", "enumeration=+16 enumeration=.5"), true},
         {"1.", simple("value", "NaN"), false},
     };
     for (const auto& row : rows) {

@@ -190,6 +190,8 @@ TEST(IdsFault, NamesAreThoseOfTheSchemas) {
         {"a truth value", attributed("IFCTASK", "IsMilestone", simple("value", "TRUE")), "6:77 Ids_ValueForm 'TRUE'"},
         {"a whole number", attributed("IFCTASK", "Priority", simple("value", "1.0")), "6:74 Ids_ValueForm '1.0'"},
         {"a number", attributed("IFCDOOR", "OverallWidth", simple("value", "1,2")), "6:78 Ids_ValueForm '1,2'"},
+        {"in decimal digits", attributed("IFCDOOR", "OverallWidth", simple("value", "0x10")),
+         "6:78 Ids_ValueForm '0x10'"},
         {"a date", attributed("IFCCLASSIFICATION", "EditionDate", simple("value", "1.2.24")),
          "6:77 Ids_ValueForm '1.2.24'"},
         {"a data type", typed("IFCLABEL", "IFC2X3 IFC4 IFC4X3_ADD2"), ""},
