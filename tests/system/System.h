@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -81,6 +82,23 @@ private:
 [[nodiscard]] bool boWithPipe(const std::filesystem::path& path, std::string_view text,
                               const std::function<void()>& function);
 
+// Makes a pipe with a name that nobody writes to: who opens it to read waits. False where a pipe has no name among files.
+[[nodiscard]] bool boSilentPipe(const std::filesystem::path& path);
+
+// While it lives, no other program gets these bytes of a file for itself.
+class BytesLock {
+public:
+    BytesLock(const std::filesystem::path& path, unsigned long iFirst, unsigned long iCount);
+    ~BytesLock();
+    BytesLock(const BytesLock&) = delete;
+    BytesLock& operator=(const BytesLock&) = delete;
+    [[nodiscard]] bool boHolds() const noexcept { return m_boHolds; }
+
+private:
+    void* m_pFile = nullptr;   // what the system calls it
+    bool m_boHolds = false;
+};
+
 // What standard output of a program is.
 enum class OutputKind {
     File,         // what it writes is kept
@@ -99,5 +117,21 @@ struct ProgramStart {
 
 // Runs it. The exit code, or -1 when it ended otherwise or did not start; in sTerminal what a terminal was given.
 [[nodiscard]] int iRun(const ProgramStart& start, std::string& sTerminal);
+
+// How a program can be asked to end.
+enum class EndRequest {
+    Interrupt,   // Ctrl-C
+    Terminate,   // as a system that shuts down asks
+};
+// Whether that can be asked of one program alone.
+[[nodiscard]] bool boCanAsk(EndRequest eRequest);
+
+struct ProgramEnd {
+    int iCode = -1;                       // the exit code; -1 where the program did not end by itself
+    std::optional<EndRequest> eEndedBy;   // what ended it in that case
+};
+
+// Runs it, and asks it as soon as boReady says so, at the latest after ten seconds. Only where boCanAsk().
+[[nodiscard]] ProgramEnd endWhen(const ProgramStart& start, const std::function<bool()>& boReady, EndRequest eRequest);
 
 }   // namespace oxa::test

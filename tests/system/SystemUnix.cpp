@@ -2,6 +2,9 @@
 // POSIX, with what Linux shows under /proc and /dev.
 #include "system/System.h"
 
+#include <chrono>
+#include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <iterator>
 #include <stdexcept>
@@ -95,6 +98,24 @@ bool boWithPipe(const fs::path& path, std::string_view text, const std::function
     return true;
 }
 
+bool boSilentPipe(const fs::path& path) {
+    if (mkfifo(path.c_str(), 0600) != 0) throw std::runtime_error("no pipe");
+    return true;
+}
+
+BytesLock::BytesLock(const fs::path& path, unsigned long iFirst, unsigned long iCount) {
+    const int iFile = open(path.c_str(), O_RDWR);
+    flock lock{};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = static_cast<off_t>(iFirst);
+    lock.l_len = static_cast<off_t>(iCount);
+    m_pFile = reinterpret_cast<void*>(static_cast<std::intptr_t>(iFile));
+    m_boHolds = fcntl(iFile, F_SETLK, &lock) == 0;
+}
+
+BytesLock::~BytesLock() { close(static_cast<int>(reinterpret_cast<std::intptr_t>(m_pFile))); }
+
 bool boCanBe(OutputKind eOutput) { return eOutput != OutputKind::FullDisk || !sFullDevice().empty(); }
 
 namespace {
@@ -158,19 +179,49 @@ private:
 
 }   // namespace
 
-int iRun(const ProgramStart& start, std::string& sTerminal) {
-    const Streams streams(start);
+namespace {
+
+// 0 where it does not start.
+pid_t iStarted(const ProgramStart& start, const Streams& streams) {
     std::vector<std::string> all{start.sProgram};
     all.insert(all.end(), start.words.begin(), start.words.end());
     std::vector<char*> pointers;
     for (std::string& sWord : all) pointers.push_back(sWord.data());
     pointers.push_back(nullptr);
     pid_t iProcess = 0;
-    if (posix_spawn(&iProcess, start.sProgram.c_str(), streams.pActions(), nullptr, pointers.data(), environ) != 0)
-        return -1;
+    const int iError =
+        posix_spawn(&iProcess, start.sProgram.c_str(), streams.pActions(), nullptr, pointers.data(), environ);
+    return iError == 0 ? iProcess : 0;
+}
+
+}   // namespace
+
+int iRun(const ProgramStart& start, std::string& sTerminal) {
+    const Streams streams(start);
+    const pid_t iProcess = iStarted(start, streams);
+    if (iProcess == 0) return -1;
     if (start.eOutput == OutputKind::Terminal) sTerminal = streams.sTerminal();
     int iStatus = 0;
     return waitpid(iProcess, &iStatus, 0) == iProcess && WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : -1;
+}
+
+bool boCanAsk(EndRequest) { return true; }
+
+ProgramEnd endWhen(const ProgramStart& start, const std::function<bool()>& boReady, EndRequest eRequest) {
+    const Streams streams(start);
+    const pid_t iProcess = iStarted(start, streams);
+    if (iProcess == 0) throw std::runtime_error("the program does not start");
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!boReady() && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    const int iSignal = eRequest == EndRequest::Interrupt ? SIGINT : SIGTERM;
+    kill(iProcess, iSignal);
+    int iStatus = 0;
+    if (waitpid(iProcess, &iStatus, 0) != iProcess) throw std::runtime_error("the program is gone");
+    ProgramEnd result;
+    if (WIFEXITED(iStatus)) result.iCode = WEXITSTATUS(iStatus);
+    if (WIFSIGNALED(iStatus) && WTERMSIG(iStatus) == iSignal) result.eEndedBy = eRequest;
+    return result;
 }
 
 }   // namespace oxa::test

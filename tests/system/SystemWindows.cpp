@@ -83,6 +83,15 @@ WithoutRights::~WithoutRights() = default;
 
 bool boWithPipe(const fs::path&, std::string_view, const std::function<void()>&) { return false; }
 
+bool boSilentPipe(const fs::path&) { return false; }
+
+BytesLock::BytesLock(const fs::path& path, unsigned long iFirst, unsigned long iCount)
+    : m_pFile(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)),
+      m_boHolds(LockFile(m_pFile, iFirst, 0, iCount, 0)) {}
+
+BytesLock::~BytesLock() { CloseHandle(m_pFile); }
+
 bool boCanBe(OutputKind eOutput) { return eOutput == OutputKind::File || eOutput == OutputKind::ClosedPipe; }
 
 namespace {
@@ -137,27 +146,74 @@ HANDLE closedPipe() {
 
 }   // namespace
 
+namespace {
+
+// A program that runs, with files for its streams.
+class Running {
+public:
+    Running(const ProgramStart& start, DWORD iFlags) {
+        const Handle in(opened(start.in, GENERIC_READ, OPEN_EXISTING));
+        const Handle error(opened(start.error, GENERIC_WRITE, CREATE_ALWAYS));
+        const Handle out(start.eOutput == OutputKind::File ? opened(start.out, GENERIC_WRITE, CREATE_ALWAYS)
+                                                           : closedPipe());
+        STARTUPINFOW info{};
+        info.cb = sizeof info;
+        info.dwFlags = STARTF_USESTDHANDLES;
+        info.hStdInput = in.get();
+        info.hStdOutput = out.get();
+        info.hStdError = error.get();
+        std::wstring sLine = sQuoted(start.sProgram);
+        for (const std::string& sWord : start.words) sLine += L' ' + sQuoted(sWord);
+        m_boStarted =
+            CreateProcessW(nullptr, sLine.data(), nullptr, nullptr, TRUE, iFlags, nullptr, nullptr, &info, &m_process);
+    }
+    ~Running() {
+        if (!m_boStarted) return;
+        CloseHandle(m_process.hThread);
+        CloseHandle(m_process.hProcess);
+    }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+    [[nodiscard]] bool boStarted() const noexcept { return m_boStarted; }
+    [[nodiscard]] DWORD iProcess() const noexcept { return m_process.dwProcessId; }
+    // Its exit code, once it has ended.
+    [[nodiscard]] DWORD iEnd() const {
+        DWORD iCode = 0;
+        WaitForSingleObject(m_process.hProcess, INFINITE);
+        if (!GetExitCodeProcess(m_process.hProcess, &iCode)) throw std::runtime_error("the program is gone");
+        return iCode;
+    }
+
+private:
+    PROCESS_INFORMATION m_process{};
+    bool m_boStarted = false;
+};
+
+// Codes of exceptions have the highest bit.
+int iCodeOf(DWORD iEnd) { return iEnd < 0x80000000 ? static_cast<int>(iEnd) : -1; }
+
+}   // namespace
+
 int iRun(const ProgramStart& start, std::string&) {
-    const Handle in(opened(start.in, GENERIC_READ, OPEN_EXISTING));
-    const Handle error(opened(start.error, GENERIC_WRITE, CREATE_ALWAYS));
-    const Handle out(start.eOutput == OutputKind::File ? opened(start.out, GENERIC_WRITE, CREATE_ALWAYS)
-                                                       : closedPipe());
-    STARTUPINFOW info{};
-    info.cb = sizeof info;
-    info.dwFlags = STARTF_USESTDHANDLES;
-    info.hStdInput = in.get();
-    info.hStdOutput = out.get();
-    info.hStdError = error.get();
-    std::wstring sLine = sQuoted(start.sProgram);
-    for (const std::string& sWord : start.words) sLine += L' ' + sQuoted(sWord);
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, sLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &info, &process)) return -1;
-    const Handle thread(process.hThread);
-    const Handle child(process.hProcess);
-    WaitForSingleObject(child.get(), INFINITE);
-    DWORD iCode = 0;
-    constexpr DWORD g_iCrash = 0x80000000;   // codes of exceptions have this bit
-    return GetExitCodeProcess(child.get(), &iCode) && iCode < g_iCrash ? static_cast<int>(iCode) : -1;
+    const Running program(start, 0);
+    return program.boStarted() ? iCodeOf(program.iEnd()) : -1;
+}
+
+// Ctrl-C goes to all programs of a console, this one among them; Ctrl-Break to one alone.
+bool boCanAsk(EndRequest eRequest) { return eRequest == EndRequest::Terminate && GetConsoleCP() != 0; }
+
+ProgramEnd endWhen(const ProgramStart& start, const std::function<bool()>& boReady, EndRequest eRequest) {
+    const Running program(start, CREATE_NEW_PROCESS_GROUP);
+    if (!program.boStarted()) throw std::runtime_error("the program does not start");
+    for (const ULONGLONG iEnd = GetTickCount64() + 10'000; !boReady() && GetTickCount64() < iEnd;) Sleep(5);
+    if (!GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, program.iProcess()))
+        throw std::runtime_error("there is no Ctrl-Break");
+    const DWORD iEnd = program.iEnd();
+    constexpr DWORD g_iEndedByEvent = 0xC000013A;   // STATUS_CONTROL_C_EXIT, whichever of both it was
+    ProgramEnd result{iCodeOf(iEnd), {}};
+    if (iEnd == g_iEndedByEvent) result.eEndedBy = eRequest;
+    return result;
 }
 
 }   // namespace oxa::test
