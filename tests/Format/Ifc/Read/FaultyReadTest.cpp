@@ -117,7 +117,7 @@ TEST(FaultyRead, ChangedFilesReadTheSameWhateverTheBuffers) {
         const std::string sText = sChanged(g_mixedFile, random);
         const Outcome expected = outcomeOf(sText);
         ASSERT_TRUE(expected.boRead || !expected.rows.empty()) << sText;
-        for (const std::size_t iPiece : {std::size_t{1}, random() % 40 + 2}) {
+        for (const std::size_t iPiece : {std::size_t{1}, std::size_t{random() % 40} + 2}) {
             PieceStream in(sText, iPiece);
             ASSERT_EQ(outcomeOf(in), expected) << "pieces of " << iPiece << ":\n" << sText;
         }
@@ -137,7 +137,7 @@ TEST(FaultyRead, NoiseReadsTheSameWhateverTheBuffers) {
             sText += g_bytes[random() % g_bytes.size()];
         }
         const Outcome expected = outcomeOf(sText);
-        for (const std::size_t iPiece : {std::size_t{1}, random() % 20 + 2}) {
+        for (const std::size_t iPiece : {std::size_t{1}, std::size_t{random() % 20} + 2}) {
             PieceStream in(sText, iPiece);
             ASSERT_EQ(outcomeOf(in), expected) << "pieces of " << iPiece << ":\n" << sText;
         }
