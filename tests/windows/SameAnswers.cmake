@@ -52,7 +52,7 @@ endforeach()
 
 # What is asked, a row a call; OUT files have names of their own, so that all of them are compared at the end.
 set(calls
-  "help" "help list" "--version" "info" "nonsense" "info missing.ifc" "convert house-ifc4.ifc missing/out.ifc" "info ."
+  "help" "help list" "--version" "info" "nonsense" "info missing.ifc" "info /missing.ifc" "info /json" "convert house-ifc4.ifc missing/out.ifc" "info ."
   "schema IFC4 IfcWall" "schema IFC4 IfcDoor --json" "completion bash" "ids wanted.ids" "ids faulty.ids" "ids faulty.ids house-ifc4.ifc"
   "ids house-ifc4.ifc wanted.ids")
 foreach(file IN ITEMS house-ifc4.ifc house-ifc2x3.ifc faulty.ifc "Haus é 家.ifc")

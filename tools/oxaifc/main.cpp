@@ -48,6 +48,7 @@ void vCommonDeclare(CLI::App& app, std::string& sLanguage) {
 }
 
 std::vector<DeclaredVerb> declareAll(CLI::App& app, std::string& sLanguage) {
+    app.allow_windows_style_options(false);   // "/a/house.ifc" is a file, whatever the system; verbs inherit it
     vCommonDeclare(app, sLanguage);
     app.set_help_flag("-h,--help", "print this help and exit");
     app.footer(g_pFooter);

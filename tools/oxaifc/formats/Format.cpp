@@ -10,17 +10,18 @@
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/NearNames.h"
 #include "oxaifc/io/Output.h"
+#include "platform/Path.h"
 
 namespace oxa::tool {
 
 namespace {
 
 // From the last point of the name on, without a .gz; empty where it has none.
-std::string_view endOf(std::string_view path) {
+std::string endOf(std::string_view path) {
     if (packingOfName(path) == Packing::Gzip) path = path.substr(0, unpackedName(path).size());
-    const std::string_view name = path.substr(path.find_last_of('/') + 1);
-    const std::size_t iPoint = name.find_last_of('.');
-    return iPoint == std::string_view::npos ? std::string_view() : name.substr(iPoint);
+    const std::string sName = str::sOfPath(str::pathOf(path).filename());   // behind what divides folders here
+    const std::size_t iPoint = sName.find_last_of('.');
+    return iPoint == std::string::npos ? std::string() : sName.substr(iPoint);
 }
 
 bool boHasEnd(const Format& format, std::string_view end) {
@@ -53,7 +54,7 @@ std::vector<const Format*> formatsWith(bool FormatHolds::*pHolds) {
 }
 
 const Format* pFormatFromName(std::string_view path) {
-    const std::string_view end = endOf(path);
+    const std::string end = endOf(path);
     return pFirst([end](const Format& format) { return boHasEnd(format, end); });
 }
 
@@ -70,7 +71,7 @@ const Format& formatOfInput(std::string_view path, std::string_view firstBytes) 
 
 const Format* pFormatOfOutput(const std::string& sPath, const std::string& sFormat,
                               const std::vector<const Format*>& written) {
-    const std::string_view end = endOf(sPath);
+    const std::string end = endOf(sPath);
     std::string sForms;
     for (const Format* pFormat : written) {
         if (sFormat.empty() ? boHasEnd(*pFormat, end) : sFormat == pFormat->word) return pFormat;

@@ -56,7 +56,7 @@ void Output::vFlush() {
     m_buffer.clear();
     if (boWritten) return;
     m_boWanted = false;
-    if (iError != EPIPE) throw Failure(fmt::format("can't write the output: {}", std::strerror(iError)));
+    if (!boReaderGone(iError)) throw Failure(fmt::format("can't write the output: {}", std::strerror(iError)));
 }
 
 std::string sJson(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); }

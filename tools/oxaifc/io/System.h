@@ -36,6 +36,9 @@ void vWithoutStandardError(const std::function<void()>& function);
 // signal.
 void vIgnoreWriteSignals();
 
+// Whether a write to standard output that ended with this error had nobody left who reads.
+[[nodiscard]] bool boReaderGone(int iError) noexcept;
+
 // What the program does first when Ctrl-C or another signal of its user ends it: that Ctrl-C did is told in a line. The
 // function may do only what the handler of a signal may.
 void vOnEnd(void (*pFunction)());

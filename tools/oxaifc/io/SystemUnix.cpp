@@ -2,6 +2,7 @@
 #include "oxaifc/io/System.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cmath>
 #include <csignal>
 #include <fcntl.h>
@@ -64,6 +65,8 @@ void vIgnoreWriteSignals() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }
+
+bool boReaderGone(int iError) noexcept { return iError == EPIPE; }
 
 namespace {
 

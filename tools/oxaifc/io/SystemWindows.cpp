@@ -164,6 +164,11 @@ std::uint64_t iPeakMemory() {
 
 void vIgnoreWriteSignals() {}   // there are none
 
+// C libraries here have no name for that error.
+bool boReaderGone(int iError) noexcept {
+    return iError == EPIPE || (iError == EINVAL && GetFileType(handleOf(stdout)) == FILE_TYPE_PIPE);
+}
+
 void vWithoutStandardError(const std::function<void()>& function) {
     struct Restore {
         int iBefore = _dup(_fileno(stderr));

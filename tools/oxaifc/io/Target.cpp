@@ -54,7 +54,7 @@ void Target::vFinish() try {
 } catch (const std::system_error& error) {
     // A reader that closes the pipe early has what it wanted.
     const int iError = error.code().value();
-    if (!m_pFile->path().empty() || iError != EPIPE) vFail(m_sName, iError);
+    if (!m_pFile->path().empty() || !boReaderGone(iError)) vFail(m_sName, iError);
 }
 
 bool Target::boIs(const std::string& sPath) const {

@@ -9,6 +9,7 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileHeader.h"
 #include "Format/Ifc/Xml/IfcXmlExportWalk.h"
+#include "platform/Path.h"
 #include "schema/XmlSchema.h"
 
 namespace oxa::ifc::xml {
@@ -63,9 +64,10 @@ ExportCommon::ExportCommon()
 
 ExportCommon::~ExportCommon() = default;
 
-bool ExportCommon::boSave(const std::string& path) const {
-    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
-    return m_pFile->save(file, nullptr, nullptr, oxa::xml::Encoding::Utf8, oxa::xml::LineEnding::Lf);
+bool ExportCommon::boSave(const std::string& path) const try {
+    return m_pFile->save(str::pathOf(path), nullptr, nullptr, oxa::xml::Encoding::Utf8, oxa::xml::LineEnding::Lf);
+} catch (const std::filesystem::filesystem_error&) {   // no UTF-8, which names no file where names are no bytes
+    return false;
 }
 
 bool ExportCommon::boSave(std::ostream& out) const {

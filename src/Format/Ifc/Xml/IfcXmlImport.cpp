@@ -12,6 +12,7 @@
 #include "Format/Ifc/Xml/IfcXmlImportWalk.h"
 #include "Format/Ifc/Xml/IfcXmlText.h"
 #include "platform/Assert.h"
+#include "platform/Path.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa::ifc::xml {
@@ -87,9 +88,10 @@ void vMissingId() {
 ImportCommon::ImportCommon() = default;
 ImportCommon::~ImportCommon() = default;
 
-bool ImportCommon::boLoad(const std::string& path) const {
-    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
-    return m_pFile->parse(file, nullptr).has_value();
+bool ImportCommon::boLoad(const std::string& path) const try {
+    return m_pFile->parse(str::pathOf(path), nullptr).has_value();
+} catch (const std::filesystem::filesystem_error&) {   // no UTF-8, which names no file where names are no bytes
+    return false;
 }
 
 bool ImportCommon::boLoad(std::istream& in) const { return m_pFile->parse(in, "Import xml file", nullptr).has_value(); }
