@@ -35,6 +35,18 @@ namespace oxa::test {
 // Whether the name of a file that is open can be removed at once, or given to another file.
 [[nodiscard]] bool boFreesOpenNames();
 
+// Whether a file can be called so. Names are bytes, or UTF-16 without some characters.
+[[nodiscard]] bool boTakesName(std::string_view name);
+
+// Whether a program can be called with this word. Words are bytes, or UTF-16, and not of any length.
+[[nodiscard]] bool boTakesWord(std::string_view word);
+
+// Whether /bin/sh and other programs of POSIX run here, and know files by the names that the tests have for them.
+[[nodiscard]] bool boHasShells();
+
+// What a name below a file, as if that were a folder, is refused with.
+[[nodiscard]] std::string sNoFolderTold();
+
 // Whether a file has rights for its owner, a group and all others.
 [[nodiscard]] bool boHasRights();
 

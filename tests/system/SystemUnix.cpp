@@ -55,6 +55,11 @@ bool boLink(const fs::path& target, const fs::path& link) {
 
 bool boFreesOpenNames() { return true; }
 
+bool boTakesName(std::string_view) { return true; }
+bool boTakesWord(std::string_view word) { return word.size() < 128 * 1024; }
+bool boHasShells() { return true; }
+std::string sNoFolderTold() { return "Not a directory"; }
+
 bool boHasRights() { return true; }
 
 Variable::Variable(const char* pName, const char* pValue) : m_sName(pName) {

@@ -66,6 +66,20 @@ bool boFreesOpenNames() {
     return boFreed;
 }
 
+bool boTakesName(std::string_view name) {
+    return boTakesWord(name) && name.find_first_of("<>:\"/\\|?*") == std::string_view::npos;
+}
+
+// Quotes and backslashes may take two, and the line has 32,767 in all.
+bool boTakesWord(std::string_view word) {
+    const auto iBytes = static_cast<int>(word.size());
+    return word.size() < 15'000 &&
+           (word.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, word.data(), iBytes, nullptr, 0) != 0);
+}
+
+bool boHasShells() { return false; }
+std::string sNoFolderTold() { return "there is no such folder"; }
+
 bool boHasRights() { return false; }
 
 Variable::Variable(const char* pName, const char* pValue) : m_sName(pName) {
@@ -146,74 +160,34 @@ HANDLE closedPipe() {
 
 }   // namespace
 
-namespace {
-
-// A program that runs, with files for its streams.
-class Running {
-public:
-    Running(const ProgramStart& start, DWORD iFlags) {
-        const Handle in(opened(start.in, GENERIC_READ, OPEN_EXISTING));
-        const Handle error(opened(start.error, GENERIC_WRITE, CREATE_ALWAYS));
-        const Handle out(start.eOutput == OutputKind::File ? opened(start.out, GENERIC_WRITE, CREATE_ALWAYS)
-                                                           : closedPipe());
-        STARTUPINFOW info{};
-        info.cb = sizeof info;
-        info.dwFlags = STARTF_USESTDHANDLES;
-        info.hStdInput = in.get();
-        info.hStdOutput = out.get();
-        info.hStdError = error.get();
-        std::wstring sLine = sQuoted(start.sProgram);
-        for (const std::string& sWord : start.words) sLine += L' ' + sQuoted(sWord);
-        m_boStarted =
-            CreateProcessW(nullptr, sLine.data(), nullptr, nullptr, TRUE, iFlags, nullptr, nullptr, &info, &m_process);
-    }
-    ~Running() {
-        if (!m_boStarted) return;
-        CloseHandle(m_process.hThread);
-        CloseHandle(m_process.hProcess);
-    }
-    Running(const Running&) = delete;
-    Running& operator=(const Running&) = delete;
-
-    [[nodiscard]] bool boStarted() const noexcept { return m_boStarted; }
-    [[nodiscard]] DWORD iProcess() const noexcept { return m_process.dwProcessId; }
-    // Its exit code, once it has ended.
-    [[nodiscard]] DWORD iEnd() const {
-        DWORD iCode = 0;
-        WaitForSingleObject(m_process.hProcess, INFINITE);
-        if (!GetExitCodeProcess(m_process.hProcess, &iCode)) throw std::runtime_error("the program is gone");
-        return iCode;
-    }
-
-private:
-    PROCESS_INFORMATION m_process{};
-    bool m_boStarted = false;
-};
-
-// Codes of exceptions have the highest bit.
-int iCodeOf(DWORD iEnd) { return iEnd < 0x80000000 ? static_cast<int>(iEnd) : -1; }
-
-}   // namespace
-
 int iRun(const ProgramStart& start, std::string&) {
-    const Running program(start, 0);
-    return program.boStarted() ? iCodeOf(program.iEnd()) : -1;
+    const Handle in(opened(start.in, GENERIC_READ, OPEN_EXISTING));
+    const Handle error(opened(start.error, GENERIC_WRITE, CREATE_ALWAYS));
+    const Handle out(start.eOutput == OutputKind::File ? opened(start.out, GENERIC_WRITE, CREATE_ALWAYS)
+                                                       : closedPipe());
+    STARTUPINFOW info{};
+    info.cb = sizeof info;
+    info.dwFlags = STARTF_USESTDHANDLES;
+    info.hStdInput = in.get();
+    info.hStdOutput = out.get();
+    info.hStdError = error.get();
+    std::wstring sLine = sQuoted(start.sProgram);
+    for (const std::string& sWord : start.words) sLine += L' ' + sQuoted(sWord);
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(nullptr, sLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &info, &process)) return -1;
+    const Handle thread(process.hThread);
+    const Handle child(process.hProcess);
+    WaitForSingleObject(child.get(), INFINITE);
+    DWORD iCode = 0;                         // none of a program of another system, which Wine starts as well
+    constexpr DWORD g_iCrash = 0x80000000;   // codes of exceptions have this bit
+    return GetExitCodeProcess(child.get(), &iCode) && iCode < g_iCrash ? static_cast<int>(iCode) : -1;
 }
 
-// Ctrl-C goes to all programs of a console, this one among them; Ctrl-Break to one alone.
-bool boCanAsk(EndRequest eRequest) { return eRequest == EndRequest::Terminate && GetConsoleCP() != 0; }
+// Ctrl-C and Ctrl-Break go to all programs of a console, or to a group of them, which not every console knows.
+bool boCanAsk(EndRequest) { return false; }
 
-ProgramEnd endWhen(const ProgramStart& start, const std::function<bool()>& boReady, EndRequest eRequest) {
-    const Running program(start, CREATE_NEW_PROCESS_GROUP);
-    if (!program.boStarted()) throw std::runtime_error("the program does not start");
-    for (const ULONGLONG iEnd = GetTickCount64() + 10'000; !boReady() && GetTickCount64() < iEnd;) Sleep(5);
-    if (!GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, program.iProcess()))
-        throw std::runtime_error("there is no Ctrl-Break");
-    const DWORD iEnd = program.iEnd();
-    constexpr DWORD g_iEndedByEvent = 0xC000013A;   // STATUS_CONTROL_C_EXIT, whichever of both it was
-    ProgramEnd result{iCodeOf(iEnd), {}};
-    if (iEnd == g_iEndedByEvent) result.eEndedBy = eRequest;
-    return result;
+ProgramEnd endWhen(const ProgramStart&, const std::function<bool()>&, EndRequest) {
+    throw std::logic_error("no program can be asked to end");
 }
 
 }   // namespace oxa::test

@@ -6,6 +6,8 @@
 #include <iterator>
 #include <sstream>
 
+#include "platform/Path.h"
+
 namespace oxa::test {
 
 std::string sContent(const std::filesystem::path& path) {
@@ -24,7 +26,7 @@ std::multiset<std::string> statements(std::string_view text) {
 std::vector<std::string> filesIn(const std::filesystem::path& folder) {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder))
-        names.push_back(entry.path().filename().string());
+        names.push_back(str::sOfPath(entry.path().filename()));
     std::sort(names.begin(), names.end());
     return names;
 }

@@ -52,9 +52,11 @@ TEST(ArchiveForm, EveryVerbTakesOne) {
             std::vector<std::string> words = call;
             std::replace(words.begin(), words.end(), std::string("FILE"), sFile);
             ProgramRun result = runProgram(words, standardInput);
-            for (std::string* pText : {&result.sOut, &result.sError})
+            for (std::string* pText : {&result.sOut, &result.sError}) {
+                *pText = sReplaced(*pText, sReplaced(sFile, "\\", "\\\\"), sFile);   // in JSON
                 *pText =
                     sReplaced(sReplaced(*pText, sFile == "-" ? "standard input" : sFile, "FILE"), "\"-\"", "\"FILE\"");
+            }
             // What no two runs have in common: the last row.
             if (call.front() == "info") result.sOut.erase(result.sOut.find("\ntime "));
             return result;

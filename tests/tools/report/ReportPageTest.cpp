@@ -195,8 +195,10 @@ TEST(ReportPage, TextOfTheFileIsNoMark) {
 }
 
 TEST(ReportPage, NamesOfFilesAreNoMark) {
+    constexpr const char* pName = "<b>&{{x}}\".ifc";
+    if (!boTakesName(pName)) GTEST_SKIP() << "no file can be called so";
     const TestFolder folder;
-    const ProgramRun run = runProgram({"check", folder.sFile("<b>&{{x}}\".ifc", g_threeErrors), "--html", "-"});
+    const ProgramRun run = runProgram({"check", folder.sFile(pName, g_threeErrors), "--html", "-"});
     EXPECT_EQ(run.iCode, 1);
     EXPECT_TRUE(boHolds(run.sOut, "<h1>&lt;b&gt;&amp;{{x}}&quot;.ifc</h1>")) << run.sError;
 }
@@ -322,6 +324,7 @@ TEST(ReportTemplate, BytesOutsideUtf8AreLatin1) {
         runProgram({"check", "-", "--template", folder.sFile("t", "{{ dumpJson }}")}, sExchangeFile("IFC\xe4", ""));
     EXPECT_TRUE(boHolds(message.sOut, "IFC\xc3\xa4")) << message.sError;
     EXPECT_TRUE(boHolds(message.sOut, "\"severity\":\"fatal\"")) << message.sOut;
+    if (!boTakesName("\xe4.ifc")) return;
     const ProgramRun name = runProgram({"check", folder.sFile("\xe4.ifc", sExchangeFile("IFC4", "")), "--template",
                                         folder.sFile("t", "{{ filename }}")});
     EXPECT_TRUE(name.sOut.ends_with("/\xc3\xa4.ifc")) << name.sOut << name.sError;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // "oxaifc header": the header of a file, as text and as JSON, and changed in place.
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -245,6 +246,7 @@ const RefuseRow g_refusals[] = {
 TEST(HeaderVerb, WhatCannotBeDoneIsOneLineAndNoFile) {
     for (const RefuseRow& row : g_refusals) {
         SCOPED_TRACE(row.pRule);
+        if (!std::ranges::all_of(row.words, boTakesWord)) continue;
         const TestFolder folder;
         const std::string sIn = folder.sFile("in.ifc", row.sFile);
         const std::string sOut = folder.sFile("out.ifc", "before");

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/Path.h"
 #include "tools/ProgramRun.h"
 #include "tools/WrittenFile.h"
 
@@ -21,7 +22,8 @@ TEST(MergeVerb, StoreysOfAHouseAreTheHouseAgain) {
     const std::string sOut = (folder.path() / "house.ifc").string();
     ASSERT_EQ(runProgram({"extract", sHouse, sParts, "--split-by", "storey"}).iCode, 0);
     std::vector<std::string> words{"merge"};
-    for (const std::string& sName : filesIn(sParts)) words.push_back((folder.path() / "parts" / sName).string());
+    for (const std::string& sName : filesIn(sParts))
+        words.push_back(str::sOfPath(folder.path() / "parts" / str::pathOf(sName)));
     ASSERT_GT(words.size(), 2U);
     words.push_back(sOut);
     const ProgramRun run = runProgram(words);

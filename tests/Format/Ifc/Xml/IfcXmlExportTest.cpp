@@ -419,8 +419,10 @@ TEST(XmlExportSave, TakesAPathInUtf8) {
     const std::filesystem::path path(std::u8string(sPath.begin(), sPath.end()));
     std::ifstream in(path, std::ios::binary);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), sSaved(xmlExport));
+    in.close();
     EXPECT_TRUE(xml::Import().boLoad(sPath));
     std::filesystem::remove(path);
+    EXPECT_FALSE(xmlExport.boSave(testing::TempDir() + "/no folder/\xFF\xFE no UTF-8"));
     EXPECT_FALSE(xmlExport.boSave(sPath + "/no folder"));
     std::ostringstream failed;
     failed.setstate(std::ios::failbit);
