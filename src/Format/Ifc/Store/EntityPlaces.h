@@ -2,10 +2,10 @@
 // EntityPlaces: instances in the order in which they came, each found by its address.
 //
 // For      EntityIdMap, inside this folder: the instances that no file has numbered.
-// Shape    a list of addresses and a hash table of places in it, with open addressing: 16 bytes an instance, where a table
-//          of nodes takes 40 and a call of the heap for each. Nothing is ever taken out.
-// Speed    instances that stand beside each other in memory have their places beside each other in the table: eight share
-//          a part of it as large as half a cache line.
+// Shape    a list of addresses and a hash table of places in it, with open addressing: 16 to 24 bytes an instance, where
+//          a table of nodes takes 40 and a call of the heap for each. Nothing is ever taken out.
+// Speed    instances that stand beside each other in memory have their places beside each other in the table: eight
+//          share half a cache line of it.
 // Threads  any number may search; whoever enters is alone.
 #pragma once
 
