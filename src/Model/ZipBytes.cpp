@@ -104,11 +104,15 @@ public:
         std::size_t iTaken = 0;
         while (iTaken < iWanted && m_pFile && m_sFault.empty()) {
             const zip_int64_t iRead = zip_fread(m_pFile.get(), pTo + iTaken, iWanted - iTaken);
-            if (iRead == 0) break;
+            if (iRead == 0) {
+                vEnd();
+                break;
+            }
             if (iRead < 0)
                 vFault(*zip_file_get_error(m_pFile.get()));
             else
                 iTaken += static_cast<std::size_t>(iRead);
+            m_iDone += static_cast<std::uint64_t>(std::max<zip_int64_t>(iRead, 0));
         }
         return iTaken;
     }
@@ -119,6 +123,7 @@ public:
 
     void vRestart() override {
         m_sFault.clear();
+        m_iDone = 0;
         m_pFile.reset(zip_fopen_index(m_pArchive.get(), m_iEntry, 0));
         if (!m_pFile) vFault(*zip_get_error(m_pArchive.get()));
     }
@@ -175,14 +180,22 @@ private:
                     ", which is not read here; unpack it and name the file inside");
     }
 
+    [[nodiscard]] std::string sOf() const { return "is a ZIP archive whose " + sShown(m_sName); }
+
+    // The library compares the check sum alone where bytes were compressed.
+    void vEnd() {
+        if (m_size && m_iDone != *m_size)
+            m_sFault = sOf() + " is damaged: it has " + std::to_string(m_iDone) + " bytes, the list says " +
+                       std::to_string(*m_size);
+    }
+
     void vFault(const zip_error_t& error) {
-        const std::string sOf = "is a ZIP archive whose " + sShown(m_sName);
         const int iCode = zip_error_code_zip(&error);
         if (iCode == ZIP_ER_MEMORY) throw std::bad_alloc();
         if (iCode == ZIP_ER_CRC)
-            m_sFault = sOf + " is damaged: its check sum is that of other bytes";
+            m_sFault = sOf() + " is damaged: its check sum is that of other bytes";
         else
-            m_sFault = sOf + " was cut or is damaged";
+            m_sFault = sOf() + " was cut or is damaged";
     }
 
     std::string m_sKept;   // the archive, where it comes from no file
@@ -191,6 +204,7 @@ private:
     std::string m_sName;
     std::optional<std::uint64_t> m_size;
     std::uint64_t m_iPacked = 0;
+    std::uint64_t m_iDone = 0;                        // bytes that came out
     std::unique_ptr<zip_file_t, CloseFile> m_pFile;   // goes before the archive does
 };
 

@@ -102,6 +102,14 @@ TEST(Archive, TextsThatOnlyBeginLikeOneArePlain) {
     EXPECT_EQ(sOpened("P"), sOpened("Q"));
 }
 
+// One whose list, at its end, has the size of the model one byte too large, or too small.
+std::string sOtherSize(int iMore) {
+    std::string sBytes = sPacked(Packing::Zip, g_sPlain);
+    char& size = sBytes.at(sBytes.find("PK\x01\x02") + 24);   // APPNOTE, 4.3.12: uncompressed size, low byte first
+    size = static_cast<char>(size + iMore);
+    return sBytes;
+}
+
 TEST(Archive, OfOneModelAloneIsRead) {
     const std::string sNested = sPacked(Packing::Gzip, g_sPlain);
     const std::string sLong(200, 'n');
@@ -136,6 +144,12 @@ TEST(Archive, OfOneModelAloneIsRead) {
          "inside"},
         {"a wrong check sum", sZip({{"a.ifc", g_sPlain, 0, 0, true}}),
          "is a ZIP archive whose a.ifc is damaged: its check sum is that of other bytes"},
+        {"a size too large", sOtherSize(1),
+         "is a ZIP archive whose a.ifc is damaged: it has " + std::to_string(g_sPlain.size()) +
+             " bytes, the list says " + std::to_string(g_sPlain.size() + 1)},
+        {"a size too small", sOtherSize(-1),
+         "is a ZIP archive whose a.ifc is damaged: it has " + std::to_string(g_sPlain.size()) +
+             " bytes, the list says " + std::to_string(g_sPlain.size() - 1)},
         {"no deflated bytes", sZip({{"a.ifc", g_sPlain, 0, 8}}), "is a ZIP archive whose a.ifc was cut or is damaged"},
         {"empty", sZip({{"a.ifc", ""}}), "holds a.ifc, which is empty"},
         {"packed twice", sZip({{"a.ifc", sNested}}), "holds a.ifc, which is packed once more; unpack it"},

@@ -93,6 +93,7 @@ protected:
     [[nodiscard]] static bool boBit(const EntityIdMap::Number& number) noexcept {
         return number.boSeeded || number.iDealt != EntityIdMap::g_iNotDealt;
     }
+    /// Whether this run has met the entity, whose number that is.
     [[nodiscard]] bool boMet(const Entity& entity, const EntityIdMap::Number& number) const {
         if (number.boSeeded) return m_seenSeeded.boMarked(static_cast<std::uint32_t>(number.iId));
         if (number.iDealt != EntityIdMap::g_iNotDealt) return m_seenDealt.boMarked(number.iDealt);
