@@ -182,10 +182,6 @@ private:
     int m_iPipe = -1;
 };
 
-}   // namespace
-
-namespace {
-
 // 0 where it does not start.
 pid_t iStarted(const ProgramStart& start, const Streams& streams) {
     std::vector<std::string> all{start.sProgram};

@@ -154,7 +154,6 @@ std::vector<const Entity*> EntityIdMap::seededOf(const SeenNumbers& seen) const 
 std::vector<std::pair<std::size_t, const Entity*>> EntityIdMap::dealtOf(const SeenNumbers& seen) const {
     std::vector<std::pair<std::size_t, const Entity*>> entities;
     const std::shared_lock lock(m_lock);
-    entities.reserve(m_pDealt->places.size());
     seen.vForEach(
         [&](std::uint32_t iPlace) { entities.emplace_back(m_pDealt->numbers[iPlace], m_pDealt->places.pAt(iPlace)); });
     return entities;

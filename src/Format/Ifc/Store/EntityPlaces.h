@@ -9,6 +9,7 @@
 // Threads  any number may search; whoever enters is alone.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -42,7 +43,7 @@ public:
     std::pair<std::uint32_t, bool> enter(const Entity* pEntity) {
         if (const std::uint32_t iPlace = iFind(pEntity); iPlace != g_iNone) return {iPlace, false};
         if (m_entities.size() >= g_iNone - 1) throw std::length_error("more instances than numbers of 32 bits");
-        if (m_entities.size() >= iRoom()) vRehash(2 * m_entities.size() + 8);
+        if (m_entities.size() >= iRoom()) vRehash(std::max<std::size_t>(2 * m_entities.size(), 8));
         m_entities.push_back(pEntity);
         const auto iPlace = static_cast<std::uint32_t>(m_entities.size() - 1);
         pSlots()[iSlotOf(pEntity)] = iPlace + 1;
