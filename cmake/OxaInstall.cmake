@@ -96,9 +96,13 @@ endforeach()
 set_target_properties(${oxaLibraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
 set(oxaInstalled ${oxaLibraries})
 if(TARGET oxaifc)
-  file(RELATIVE_PATH oxaLibrariesFromProgram "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
-  set_target_properties(oxaifc PROPERTIES INSTALL_RPATH "$ORIGIN/${oxaLibrariesFromProgram}")
   list(APPEND oxaInstalled oxaifc)
+  # With static libraries there is nothing to look for, and in the build folder CMake would keep room for the path by
+  # colons: empty places, which the loader takes for the current folder.
+  if(BUILD_SHARED_LIBS)
+    file(RELATIVE_PATH oxaLibrariesFromProgram "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+    set_target_properties(oxaifc PROPERTIES INSTALL_RPATH "$ORIGIN/${oxaLibrariesFromProgram}")
+  endif()
 endif()
 
 install(TARGETS ${oxaInstalled} EXPORT OxaIfcTargets
