@@ -11,14 +11,26 @@
 
 namespace oxa::util {
 
+namespace {
+
+constexpr unsigned g_iLooks = 500;   // for the others, before a sleep: some 0.1 ms
+
+}   // namespace
+
 // By a condition: std::barrier and the waits of atomics sleep for ever now and then where g++'s library has no futex, which
-// is so on Windows: they look at the value, and then lock.
+// is so on Windows: they look at the value, and then lock. The others mostly come soon, and to be woken takes longer than
+// to look for them a while.
 bool Team::boMeet() {
     std::unique_lock lock(m_mutex);
-    if (++m_iWaiting == m_iAtWork)
+    if (++m_iWaiting == m_iAtWork) {
         vMeetingEnd();
-    else
-        m_met.wait(lock, [this, iMeetings = m_iMeetings] { return m_iMeetings != iMeetings; });
+        return !m_pFault;
+    }
+    const auto boEnded = [this, iMeetings = m_iMeetings.load()] { return m_iMeetings.load() != iMeetings; };
+    lock.unlock();
+    for (unsigned i = 0; i < g_iLooks && !boEnded(); ++i) std::this_thread::yield();
+    lock.lock();
+    m_met.wait(lock, boEnded);
     return !m_pFault;
 }
 

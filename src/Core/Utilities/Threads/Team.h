@@ -6,6 +6,7 @@
 // Errors   what the work throws on any thread reaches the caller, once all threads have ended; of several the first.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <exception>
 #include <functional>
@@ -41,8 +42,8 @@ private:
     std::condition_variable m_met;
     unsigned m_iAtWork;   // parts that have not ended; guarded by m_mutex, as the rest
     unsigned m_iWaiting = 0;
-    unsigned m_iMeetings = 0;      // that have ended
-    std::exception_ptr m_pFault;   // the first
+    std::atomic<unsigned> m_iMeetings{0};   // that have ended; looked at without the lock, too
+    std::exception_ptr m_pFault;            // the first
 };
 
 }   // namespace oxa::util
