@@ -36,10 +36,10 @@ public:
     void addLineToQueue(std::string_view line, unsigned iLine);
 
     /// The same without a copy, for a scanner that assembles its statements here: the buffer that the next one goes to,
-    /// good until the next call of either, and the call that takes the statement there. Throws std::bad_alloc.
+    /// good until the next call of any. Throws std::bad_alloc.
     [[nodiscard]] StatementBuffer& buffer();
-    /// Takes the statement in hand of buffer(). Throws as addLineToQueue.
-    void vStatementTake(unsigned iLine);
+    /// Takes the statement in hand of buffer(), and gives the buffer for the next one. Throws as addLineToQueue.
+    StatementBuffer& statementTake(unsigned iLine);
 
     /// The workers of this machine. Counted once a process.
     [[nodiscard]] static std::size_t iWorkerCount() noexcept;

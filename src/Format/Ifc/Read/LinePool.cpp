@@ -513,7 +513,10 @@ void IfcLineReadThreadPool::addLineToQueue(std::string_view line, unsigned iLine
 
 StatementBuffer& IfcLineReadThreadPool::buffer() { return m_pWork->buffer(); }
 
-void IfcLineReadThreadPool::vStatementTake(unsigned iLine) { m_pWork->vStatementTake(iLine); }
+StatementBuffer& IfcLineReadThreadPool::statementTake(unsigned iLine) {
+    m_pWork->vStatementTake(iLine);
+    return m_pWork->buffer();
+}
 
 std::size_t IfcLineReadThreadPool::iWorkerCount() noexcept {
     static const std::size_t g_iCount = iWorkersOf(std::thread::hardware_concurrency());

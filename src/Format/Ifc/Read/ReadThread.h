@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "Format/Ifc/Memory/PoolArena.h"
+#include "Format/Ifc/Text/Keyword.h"
 #include "schema/Schema.h"
 
 namespace oxa::ifc {
@@ -35,7 +36,8 @@ public:
         };
         const std::size_t iPlace = keyword.size() * 7 + cAt(keyword.size() - 1) + cAt(keyword.size() / 2) * 3;
         const def::schema::Entity*& pType = m_types[iPlace % m_types.size()];
-        if (!pType || pType->sNameUpper != keyword) pType = schema.pEntityFromName(def::schema::ObjectName(keyword));
+        if (!pType || !details::boSameText(pType->sNameUpper, keyword))
+            pType = schema.pEntityFromName(def::schema::ObjectName(keyword));
         return pType;
     }
 

@@ -130,24 +130,21 @@ Scanner::Scan Scanner::scan(const SchemaFromName& schemaFromName, const ReadProg
 // that is not plain or does not end inside of this buffer, which is read byte by byte with refills in between. "#" is
 // no bit of the map, since it would stop the search at every reference; it is looked for by the table until the
 // statement has its first one, which mostly is its first byte.
-bool Scanner::boFindStatementByte() {
+inline bool Scanner::boFindStatementByte() {
     const char* const pBytes = m_pBuffer;
     unsigned i = m_iPosition;
     for (;;) {
-        // Until a statement has its "#", that counts too. It mostly is its first byte.
-        i = m_boHasNumberSign
-                ? m_map.iFindStatement(i)
-                : static_cast<unsigned>(details::pFindClass(pBytes + i, pBytes + m_iValid, details::Number) - pBytes);
+        if (!m_boHasNumberSign) i = iNumberSignFind(i);
+        i = m_map.iFindStatement(i);
         if (i == m_iValid) break;
         unsigned iNext = i;
         switch (pBytes[i]) {
-        case '#':
-            m_boHasNumberSign = true;
-            iNext = i + 1;
-            break;
         case '=':
-            if (!m_boHasEqual) iNext = i + 1;
+            if (m_boHasEqual) break;
             m_boHasEqual = true;
+            iNext = i + 1;
+            // Many exporters put a blank there.
+            if (pBytes[iNext] == ' ') iNext = iBlankSkip(iNext);
             break;
         case '\'': iNext = iStringSkip(i); break;
         case details::g_blankBytes[0]:
@@ -171,15 +168,25 @@ unsigned Scanner::iStringSkip(unsigned iQuote) const noexcept {
 
 // Behind a run of blanks, or behind as much of it as the buffer holds. Outside strings they never reach the
 // statement, not even inside a word. A tab is none.
-unsigned Scanner::iBlankSkip(unsigned iBlank) {
-    unsigned iEnd = iBlank;
-    unsigned iLines = 0;
-    // The padding behind the buffer is none.
-    for (char c = m_pBuffer[iEnd]; details::boScanBlank(c); c = m_pBuffer[++iEnd]) iLines += c == '\n';
-    m_iLine += iLines;
+inline unsigned Scanner::iBlankSkip(unsigned iBlank) {
     vPendingTake(iBlank);
-    m_iStart = iEnd;
-    return iEnd;
+    const char* p = m_pBuffer + iBlank;
+    // The padding behind the buffer is none.
+    do {
+        m_iLine += *p == '\n';
+        ++p;
+    } while (details::boScanBlank(*p));
+    return m_iStart = static_cast<unsigned>(p - m_pBuffer);
+}
+
+// Until a statement has its "#", that counts too. It mostly is its first byte, behind the line end of the one before.
+// Behind it then; else at the first byte that the caller has to deal with, or at the end of the buffer.
+inline unsigned Scanner::iNumberSignFind(unsigned iFrom) {
+    if (details::boScanBlank(m_pBuffer[iFrom])) iFrom = iBlankSkip(iFrom);
+    // The padding behind the buffer has none.
+    const char* const p = details::pFindClass(m_pBuffer + iFrom, m_pBuffer + m_iValid, details::Number);
+    m_boHasNumberSign = *p == '#';
+    return static_cast<unsigned>(p - m_pBuffer) + m_boHasNumberSign;
 }
 
 Scanner::Scan Scanner::byteRead(bool& boAdvanced) {
@@ -389,14 +396,16 @@ Scanner::Scan Scanner::schemaResolve(const SchemaFromName& schemaFromName) {
 
 void Scanner::vEntityStatement(const ReadProgress& progress) {
     if (m_pPool) {
-        m_pPool->vStatementTake(m_iLine);
-        m_pText = &m_pPool->buffer();
+        m_pText = &m_pPool->statementTake(m_iLine);
     } else {
         Data& data = m_pFile->dataBase();
         StepReadInfoData info(m_pText->text(), m_iLine, m_info, &m_thread);
+        info.m_pRooted = &m_rooted;
         data.boReadLine(info, m_entities);
-        data.finalizeEntity(m_entities.front(), m_info, m_pText->text(), m_iLine);
+        const Guid* pGuid = m_rooted.results.empty() ? nullptr : &m_rooted.results.front().guid;
+        data.vEntityEnterTold(m_entities.front(), pGuid, m_info, m_pText->text(), m_iLine);
         m_entities.clear();
+        m_rooted.vClear();
     }
     if (progress && ++m_iProgress >= g_iProgressStep) {
         progress(iPosInStream());

@@ -55,6 +55,7 @@ private:
     bool boFindStatementByte();
     [[nodiscard]] unsigned iStringSkip(unsigned iQuote) const noexcept;
     [[nodiscard]] unsigned iBlankSkip(unsigned iBlank);
+    [[nodiscard]] unsigned iNumberSignFind(unsigned iFrom);
     bool boFindStringByte();
     bool boRefill();
     bool boStep();
@@ -85,6 +86,7 @@ private:
     static constexpr std::uint32_t g_iProgressStep = 1000;
     std::uint32_t m_iProgress = g_iProgressStep;      // entity statements since the last call; the first one calls
     std::vector<Entity*> m_entities;                  // the one result of a statement
+    RootedResults m_rooted;                           // it again, where it has a GUID
     std::unique_ptr<IfcLineReadThreadPool> m_pPool;   // null in a single-threaded read; dies before what it uses
 };
 

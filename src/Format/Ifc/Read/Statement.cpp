@@ -10,6 +10,7 @@
 #include "Format/Ifc/Read/InstanceNumber.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Read/ReadThread.h"
+#include "Format/Ifc/Text/Keyword.h"
 
 namespace oxa::ifc {
 
@@ -43,10 +44,16 @@ std::optional<StatementParts> statementParts(StepReadInfoData& info) {
     if (!pEqual)   // a malformed number has no key of its own
         return refuse(details::pHeadEnd(pNumber, pLast) ? ReportKey::ExpectedLeftParenthesis
                                                         : ReportKey::ExpectedEqualOperator);
+    const char* const pOpen = details::pFindOpening(pEqual + 1, pLast);
+    if (!pOpen) return refuse(ReportKey::InvalidEntity);
     parts.iKeyword = static_cast<std::size_t>(pEqual - line.data()) + 1;
-    parts.iOpen = line.find('(', parts.iKeyword);
-    if (parts.iOpen == std::string::npos) return refuse(ReportKey::InvalidEntity);
+    parts.iOpen = static_cast<std::size_t>(pOpen - line.data());
     return parts;
+}
+
+// False for most that are none. The types of a tree have numbers without a gap.
+bool boMayBeSubtype(const def::schema::Entity& type, const def::schema::Entity* pWanted) noexcept {
+    return pWanted && type.iTypeOrdinal >= pWanted->iTypeOrdinal && type.iTypeOrdinal <= pWanted->iTypeOrdinalLast;
 }
 
 }   // namespace
@@ -72,17 +79,21 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
         vReport(info, ReportKey::UnknownEntityType);
         return giveUp();
     }
-    const std::size_t iClose = line.rfind(')');
-    // A text that ends with ");" has lost nothing; a tab is the one blank that comes up to here.
-    if (iClose + 2 != line.size() && line.find_first_not_of("\t;", iClose + 1) != std::string_view::npos) passOver();
-    if (iClose == std::string_view::npos) return giveUp();   // one before the "(" would be part of number or keyword
+    std::size_t iClose = line.size() - 2;
+    if (!line.ends_with(");")) {
+        iClose = line.rfind(')');
+        // A text that ends with ");" has lost nothing; a tab is the one blank that comes up to here.
+        if (iClose + 2 != line.size() && line.find_first_not_of("\t;", iClose + 1) != std::string_view::npos)
+            passOver();
+        if (iClose == std::string_view::npos)
+            return giveUp();   // one before the "(" would be part of number or keyword
+    }
     return boEntityAdd(iId, *pType, info, parts->iOpen, iClose - parts->iOpen + 1, result) || giveUp();
 }
 
 // The type that an instance of an abstract type is kept as. Such a statement is a fault of the file, but the parameters
 // of the nearest concrete supertype are the first ones of its own, so those values can be kept.
 const def::schema::Entity* Data::pConcreteType(const def::schema::Entity& type, StepReadInfoData& info) const {
-    if (!type.boAbstract) return &type;
     vReport(info, ReportKey::EntityIsAbstract);
     for (const def::schema::Entity* pType = type.pParent; pType; pType = pType->pParent)
         if (!pType->boAbstract) return pType;
@@ -98,7 +109,7 @@ const def::schema::Entity* Data::pConcreteType(const def::schema::Entity& type, 
 // collector: what it would find in the slot later might be the other statement's (boNumberReused makes it look again).
 bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
                        std::size_t iLength, std::vector<Entity*>& result) {
-    const def::schema::Entity* pType = pConcreteType(type, info);
+    const def::schema::Entity* pType = type.boAbstract ? pConcreteType(type, info) : &type;
     if (!pType) return false;
     EntitySlot& slot = info.m_pCommon->slotGet(*this, iId);
     slot.vReferencedSet(info.m_pCommon->m_boParallel);
@@ -116,11 +127,11 @@ bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadIn
         entity.m_ppAttributesInverse = nullptr;
     }
     entity.vAttributesRead(*this, *pType, info, iOffset, iLength);
-    if (info.m_pRooted)
+    if (info.m_pRooted && boMayBeSubtype(*pType, info.m_pCommon->m_pRootSchema))
         if (const std::optional<Guid> guid = rootGuid(entity, *info.m_pCommon))
             info.m_pRooted->results.push_back({result.size(), *guid});
     result.push_back(&entity);
-    vProjectOffer(&entity);
+    if (!pProject()) vProjectOffer(&entity);
     return true;
 }
 
@@ -148,9 +159,9 @@ void Data::vEntitiesGrow() {
     m_entities = std::move(larger);
 }
 
-// Two ways to the same end. This one looks at the instance, as a single-threaded read does, whose cache still holds it.
-// vEntityEnterTold() was told the GUID by the worker that parsed the statement: to the collector the instance is a
-// cache miss, and with millions of instances those misses would be much of its work.
+// Two ways to the same end. This one looks at the instance, for a slot that was filled twice. vEntityEnterTold() was told
+// the GUID by who parsed the statement: to the collector the instance is a cache miss, and with millions of instances
+// those misses would be much of its work.
 void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line, unsigned iLine) {
     if (!pEntity) return;
     vEntityEnter(pEntity, common.m_pRootSchema);

@@ -4,8 +4,8 @@
 //
 // For      the scanner and the pool of line workers, inside this folder: statements that go to a worker together stand in
 //          one buffer from the start, so that none is copied again.
-// Speed    most pieces are some bytes long, and there are several in a statement: up to 32 bytes are copied without a
-//          call and without a look at their count.
+// Speed    most pieces are some bytes long, and there are several in a statement: those are copied without a call, in
+//          blocks of 32 bytes and without a look at the rest.
 // Threads  one.
 #pragma once
 
@@ -19,19 +19,25 @@ namespace oxa::ifc::io {
 
 class StatementBuffer {
 public:
-    // Bytes behind a piece that are looked at, whatever they are.
+    // Bytes behind a piece that may be looked at, whatever they are.
     static constexpr std::size_t g_iOverread = 32;
 
-    // Up to g_iOverread bytes from pBytes on can be read, even if there are fewer. Throws std::bad_alloc, and is then
+    // There is a byte at least, and g_iOverread more can be read behind the last one. Throws std::bad_alloc, and is then
     // unchanged.
     void vAppend(const char* pBytes, std::size_t iCount) {
         if (m_iCapacity - m_iSize < iCount + g_iOverread) vGrow(iCount);
         char* pTo = m_pBytes.get() + m_iSize;
-        if (iCount <= g_iOverread)
-            std::memcpy(pTo, pBytes, g_iOverread);
-        else
-            std::memcpy(pTo, pBytes, iCount);
         m_iSize += iCount;
+        if (iCount > g_iInBlocks) {
+            std::memcpy(pTo, pBytes, iCount);
+            return;
+        }
+        const char* const pEnd = pBytes + iCount;
+        do {
+            std::memcpy(pTo, pBytes, g_iOverread);
+            pTo += g_iOverread;
+            pBytes += g_iOverread;
+        } while (pBytes < pEnd);
     }
     // The same for a text behind which no byte may be looked at.
     void vAppendExact(std::string_view text) {
@@ -73,6 +79,8 @@ public:
     }
 
 private:
+    static constexpr std::size_t g_iInBlocks = 8 * g_iOverread;   // a longer piece is worth a call
+
     void vGrow(std::size_t iCount) {
         const std::size_t iCapacity = std::max(2 * m_iCapacity, m_iSize + iCount + 16 * g_iOverread);
         std::unique_ptr<char[]> pBytes(new char[iCapacity]);

@@ -14,9 +14,9 @@ TEST(StatementBuffer, HoldsItsPiecesOneBehindTheOther) {
     StatementBuffer buffer;
     std::string expected;
     EXPECT_EQ(buffer.text(), "");
-    // Pieces of all lengths around that of a blind copy, each from a buffer of exactly what may be looked at.
-    for (std::size_t iLength = 0; iLength <= 100; ++iLength) {
-        std::vector<char> piece(std::max(iLength, StatementBuffer::g_iOverread), '~');
+    // Pieces of all lengths that are copied in blocks, and some beyond, each from a buffer of exactly what may be looked at.
+    for (std::size_t iLength = 1; iLength <= 300; ++iLength) {
+        std::vector<char> piece(iLength + StatementBuffer::g_iOverread, '~');
         for (std::size_t i = 0; i < iLength; ++i) piece[i] = static_cast<char>('a' + (iLength + i) % 26);
         buffer.vAppend(piece.data(), iLength);
         expected.append(piece.data(), iLength);
