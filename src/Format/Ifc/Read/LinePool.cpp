@@ -12,7 +12,8 @@
 //          collector returns them to the scanner with the capacity of their texts. There are so few that they stay in the
 //          last-level cache; when all are in use, the scanner has to wait.
 // Wakes    putting a thread to sleep and waking it costs as much as a batch: each sleeps until there is a share for it,
-//          and the scanner never does while there is something to parse: it then works as one of the workers.
+//          after a few looks between which others run, and the scanner never does while there is something to parse: it
+//          then works as one of the workers.
 // Stops    each queue can be closed: a thread that waits then takes what is left, and ends when there is nothing. The
 //          line queue is closed first; once its workers have ended, nothing can come to the done queue any more, and it
 //          is closed too.
@@ -27,6 +28,7 @@
 #include "Format/Ifc/IfcLineReadThreadPool.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -51,6 +53,7 @@ namespace {
 constexpr std::size_t g_iBatchLines = 200;
 constexpr std::size_t g_iFetchAhead = 4;               // statements: as long as a slot takes to come
 constexpr std::size_t g_iBatchesPerWorker = 12;        // on their way at once
+constexpr unsigned g_iLooks = 10;                      // for a share, before a sleep
 constexpr std::size_t g_iKeptCapacity = 1024 * 1024;   // a text larger than that is not kept for reuse
 
 // For as long as the result lives: an assertion on this thread must not open anything that waits for a user.
@@ -123,7 +126,10 @@ private:
 
     private:
         [[nodiscard]] BatchPtr pTake(std::size_t iMost) noexcept;
+        void vLook() const noexcept;
 
+        std::atomic<bool> m_boShare{
+            false};              // whether one is there or the queue is closed; set with m_mutex, a hint without
         std::size_t m_iWakeAt;   // guarded by m_mutex, as the next four
         BatchPtr m_pFirst;
         Batch* m_pLast = nullptr;
@@ -192,6 +198,7 @@ void IfcLineReadThreadPool::Work::Queue::vPush(BatchPtr pBatch) noexcept {
         pEnd = std::move(pBatch);
         m_pLast = pEnd.get();
         if (++m_iCount < m_iWakeAt) return;
+        m_boShare.store(true, std::memory_order_relaxed);
     }
     m_changed.notify_one();
 }
@@ -207,6 +214,7 @@ void IfcLineReadThreadPool::Work::Queue::vPushFront(BatchPtr pBatches) noexcept 
         m_pFirst = std::move(pBatches);
         if (!m_pLast) m_pLast = pLast;
         m_iCount += iCount;
+        m_boShare.store(true, std::memory_order_relaxed);
     }
     m_changed.notify_one();
 }
@@ -218,13 +226,21 @@ IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::Queue::pTake(
     BatchPtr pRest = std::move(*pEnd);
     BatchPtr pTaken = std::move(m_pFirst);
     m_pFirst = std::move(pRest);
-    if (!m_pFirst) m_pLast = nullptr;
+    if (m_pFirst) return pTaken;
+    m_pLast = nullptr;
+    m_boShare.store(m_boClosed, std::memory_order_relaxed);
     return pTaken;
+}
+
+// To wake a thread that has just fallen asleep takes longer than the share that it is woken for.
+void IfcLineReadThreadPool::Work::Queue::vLook() const noexcept {
+    for (unsigned i = 0; i < g_iLooks && !m_boShare.load(std::memory_order_relaxed); ++i) std::this_thread::yield();
 }
 
 // Once the queue is closed no thread waits for a full share any more, and each takes one batch at a time: so the last
 // ones are spread over all workers.
 IfcLineReadThreadPool::Work::BatchPtr IfcLineReadThreadPool::Work::Queue::pPop(std::size_t iMost) {
+    vLook();
     std::unique_lock lock(m_mutex);
     if (!m_pFirst) m_changed.wait(lock, [this] { return m_iCount >= m_iWakeAt || m_boClosed; });
     return pTake(m_boClosed ? 1 : iMost);
@@ -244,6 +260,7 @@ void IfcLineReadThreadPool::Work::Queue::vClose() {
     {
         const std::lock_guard lock(m_mutex);
         m_boClosed = true;
+        m_boShare.store(true, std::memory_order_relaxed);
     }
     m_changed.notify_all();
 }
@@ -251,6 +268,7 @@ void IfcLineReadThreadPool::Work::Queue::vClose() {
 void IfcLineReadThreadPool::Work::Queue::vOpen() {
     const std::lock_guard lock(m_mutex);
     m_boClosed = false;
+    m_boShare.store(m_pFirst != nullptr, std::memory_order_relaxed);
 }
 
 IfcLineReadThreadPool::Work::Work(StepReadInfoDataCommon& info, FileBase& file, bool boOneWorker)
