@@ -3,7 +3,6 @@
 #include "provider/BuiltInSchemas.h"
 
 #include <algorithm>
-#include <deque>
 #include <memory>
 #include <string>
 #include <utility>
@@ -38,19 +37,18 @@ const BuiltInTable* pTable(std::string_view name) {
 
 // The graph; null when the table is at fault, which the tests rule out for every table.
 std::unique_ptr<SchemaPset> pDecode(const BuiltInTable& table) {
-    std::deque<std::string> texts;   // the bases first; the declarations point into them
+    std::vector<const BuiltInTable*> tables;   // the bases last
     for (const BuiltInTable* pNext = &table; pNext;) {
-        if (texts.size() > g_iMaxBases) return nullptr;
-        std::string& sText = texts.emplace_front();
-        for (const std::string_view piece : pNext->pieces) sText += piece;
-        const std::string_view base = sFactTableBase(sText);
+        if (tables.size() > g_iMaxBases) return nullptr;
+        tables.push_back(pNext);
+        const std::string_view base = sFactTableBase(pNext->pieces.front());
         pNext = base.empty() ? nullptr : pTable(base);
         if (!base.empty() && !pNext) return nullptr;
     }
     std::vector<SchemaMessage> messages;
     SchemaDeclaration declaration;
-    for (const std::string& sText : texts)
-        if (!boReadFactTable(sText, declaration, messages)) return nullptr;
+    for (auto pNext = tables.rbegin(); pNext != tables.rend(); ++pNext)
+        if (!boReadFactTable((*pNext)->pieces, declaration, messages)) return nullptr;
     std::unique_ptr<SchemaPset> pSchema = GraphBuilder(declaration, messages).pBuild();
     return pSchema && boXmlMappingAttach(*pSchema) ? std::move(pSchema) : nullptr;
 }

@@ -14,7 +14,7 @@
 
 namespace oxa::ifc::def::express {
 
-// An embedded fact table, in pieces that every compiler takes as literals. BuiltInTables.cpp, which the build
+// An embedded fact table, in pieces of whole lines that every compiler takes as literals. BuiltInTables.cpp, which the build
 // makes of the files of schemas/, defines g_builtInTables.
 struct BuiltInTable {
     std::string_view name;

@@ -3,6 +3,7 @@
 # Run by the build:  cmake -DOUTPUT=<file> "-DTABLES=<file>;<file>" -DHEADER=<file> -DSPACE=<namespace> -DVARIABLE=<name>
 #                    -P EmbedTables.cmake
 # A table's name is its file's name without the extension. The header declares the variable: a span of BuiltInTable.
+# No line is cut in two: a reader may take the pieces one by one.
 
 set(piece_size 12000)
 set(source "// Made from schemas/ by EmbedTables.cmake.\n#include \"${HEADER}\"\n\n")
@@ -19,8 +20,14 @@ foreach(table IN LISTS TABLES)
   set(at 0)
   while(at LESS length)
     string(SUBSTRING "${text}" ${at} ${piece_size} piece)
+    string(FIND "${piece}" "\n" last_line_end REVERSE)
+    math(EXPR piece_length "${last_line_end} + 1")
+    if(piece_length EQUAL 0)
+      message(FATAL_ERROR "${table}: no line is longer than ${piece_size} characters, and the last one ends, too")
+    endif()
+    string(SUBSTRING "${text}" ${at} ${piece_length} piece)
     string(APPEND source "R\"facts(${piece})facts\",\n")
-    math(EXPR at "${at} + ${piece_size}")
+    math(EXPR at "${at} + ${piece_length}")
   endwhile()
   string(APPEND source "};\n\n")
   string(APPEND rows "    {\"${name}\", g_pieces${name}},\n")

@@ -54,9 +54,10 @@ struct TypeDeclaration {
     Name basedOn;              // the one that this one extends; empty text for none
 };
 
-// "names : [ OPTIONAL ] type;"
+// "name { , name } : [ OPTIONAL ] type;"
 struct AttributeDeclaration {
-    std::vector<Name> names;
+    Name name;
+    std::vector<Name> others;   // further ones of that type
     bool boOptional = false;
     TypeReference type;
 };

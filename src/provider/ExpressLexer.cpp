@@ -36,7 +36,7 @@ constexpr bool boIs(char c, int iClasses) noexcept {
     return (g_byteClass[static_cast<std::uint8_t>(c)] & iClasses) != 0;
 }
 
-// Ascending, for a binary search.
+// Those of one first letter stand together: see g_keywordsOf.
 constexpr std::pair<std::string_view, Keyword> g_keywords[] = {
     {"ABSTRACT", Keyword::Abstract},
     {"ARRAY", Keyword::Array},
@@ -87,14 +87,22 @@ constexpr std::pair<std::string_view, Keyword> g_keywords[] = {
     {"WHERE", Keyword::Where},
     {"WITH", Keyword::With},
 };
-constexpr std::size_t g_iLongestKeyword = 22;
 
-constexpr bool boAscending() {
-    for (std::size_t i = 1; i < std::size(g_keywords); ++i)
-        if (!(g_keywords[i - 1].first < g_keywords[i].first)) return false;
-    return true;
-}
-static_assert(boAscending(), "keywordOf searches the table by halves");
+// The rows of the keywords that begin with a letter.
+struct KeywordRows {
+    std::uint8_t iBegin = 0;
+    std::uint8_t iEnd = 0;
+};
+constexpr std::array<KeywordRows, 26> g_keywordsOf = [] {
+    std::array<KeywordRows, 26> table{};
+    for (std::uint8_t i = 0; i < std::size(g_keywords); ++i) {
+        KeywordRows& rows = table[static_cast<std::size_t>(g_keywords[i].first[0] - 'A')];
+        if (rows.iEnd == 0) rows.iBegin = i;
+        if (rows.iEnd != 0 && rows.iEnd != i) throw "the keywords of one letter stand apart";
+        rows.iEnd = static_cast<std::uint8_t>(i + 1);
+    }
+    return table;
+}();
 
 // The symbols of more than one character, longer ones before those that they begin with.
 constexpr std::string_view g_longSymbols[] = {":<>:", ":=:", ":=", "<>", "<=", "<*", ">=", "**", "||"};
@@ -105,18 +113,33 @@ std::size_t iSymbolLength(std::string_view text) noexcept {
     return 1;
 }
 
+constexpr char cUpper(char c) noexcept { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+// Most words are names, which differ from the few keywords of their first letter in length.
 Keyword keywordOf(std::string_view word) noexcept {
-    if (word.size() > g_iLongestKeyword) return Keyword::None;
-    std::array<char, g_iLongestKeyword> buffer;
-    std::transform(word.begin(), word.end(), buffer.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-    const std::string_view upper(buffer.data(), word.size());
-    const auto* pRow = std::lower_bound(std::begin(g_keywords), std::end(g_keywords), upper,
-                                        [](const auto& row, std::string_view key) { return row.first < key; });
-    return pRow != std::end(g_keywords) && pRow->first == upper ? pRow->second : Keyword::None;
+    const KeywordRows rows = g_keywordsOf[static_cast<std::size_t>(cUpper(word[0]) - 'A')];
+    for (std::size_t i = rows.iBegin; i < rows.iEnd; ++i) {
+        const std::string_view keyword = g_keywords[i].first;
+        if (keyword.size() == word.size() &&
+            std::equal(word.begin(), word.end(), keyword.begin(), [](char c, char k) { return cUpper(c) == k; }))
+            return g_keywords[i].second;
+    }
+    return Keyword::None;
+}
+
+// Of a text that begins with a letter.
+std::size_t iWordLength(std::string_view text) noexcept {
+    std::size_t iLength = 1;
+    while (iLength < text.size() && boIs(text[iLength], Inner)) ++iLength;
+    return iLength;
 }
 
 }   // namespace
+
+bool boIsName(std::string_view text) noexcept {
+    return !text.empty() && boIs(text[0], Letter) && iWordLength(text) == text.size() &&
+           keywordOf(text) == Keyword::None;
+}
 
 ExpressLexer::ExpressLexer(std::string_view text, Place place) : m_text(text), m_place(place) {
     if (m_text.starts_with("\xEF\xBB\xBF")) m_text.remove_prefix(3);
@@ -212,7 +235,7 @@ Token ExpressLexer::next() {
     const char c = cAt(0);
     if (boIs(c, Letter)) {
         token.kind = TokenKind::Word;
-        while (boIs(cAt(iLength), Inner)) ++iLength;
+        iLength = iWordLength(m_text.substr(m_iAt));
     } else if (boIs(c, Digit)) {
         token.kind = TokenKind::Number;
         iLength = iNumberLength();
@@ -227,7 +250,8 @@ Token ExpressLexer::next() {
     }
     token.text = m_text.substr(m_iAt, iLength);
     if (token.kind == TokenKind::Word) token.keyword = keywordOf(token.text);
-    vAdvance(iLength);
+    m_iAt += iLength;   // no token goes over the end of its line
+    m_place.iColumn += static_cast<unsigned>(iLength);
     return token;
 }
 

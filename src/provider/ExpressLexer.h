@@ -82,6 +82,9 @@ struct Token {
     Place place;
 };
 
+// A word that is no keyword, and nothing besides.
+[[nodiscard]] OXA_SCHEMA_API bool boIsName(std::string_view text) noexcept;
+
 class OXA_SCHEMA_API ExpressLexer {
 public:
     // "text" must outlive the tokens. "place" is where it begins; a UTF-8 byte order mark is passed over.

@@ -377,7 +377,8 @@ bool ExpressParser::boReadAttribute(EntityDeclaration& entity) {
         if (boAt(Keyword::Self)) {
             RedeclaredAttribute& again = redeclared.emplace_back();
             if (!boReadQualifiedName(again.supertype, again.attribute)) return false;
-        } else if (!boReadName(attribute.names.emplace_back(), "an attribute's name")) {
+        } else if (!boReadName(attribute.name.text.empty() ? attribute.name : attribute.others.emplace_back(),
+                               "an attribute's name")) {
             return false;
         }
     } while (boTake(','));
@@ -389,7 +390,7 @@ bool ExpressParser::boReadAttribute(EntityDeclaration& entity) {
         again.type = attribute.type;
         entity.redeclared.push_back(std::move(again));
     }
-    if (!attribute.names.empty()) entity.attributes.push_back(std::move(attribute));
+    if (!attribute.name.text.empty()) entity.attributes.push_back(std::move(attribute));
     return true;
 }
 

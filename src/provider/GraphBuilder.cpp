@@ -6,11 +6,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
-#include <functional>
 #include <iterator>
 #include <limits>
-#include <unordered_set>
 #include <utility>
 
 namespace oxa::ifc::def::express {
@@ -33,8 +30,6 @@ constexpr std::size_t g_iNone = std::numeric_limits<std::size_t>::max();
 // States of a select's height before it is one.
 constexpr unsigned g_iHeightUnknown = 0;
 constexpr unsigned g_iHeightOpen = std::numeric_limits<unsigned>::max();
-
-constexpr char cUpper(char c) noexcept { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 // Nodes that each lead to at most one other: "next" holds its index, or none. Calls vDone for each node, after the one
 // that it leads to; vCycle once for each cycle. What leads into a cycle is never done.
@@ -67,34 +62,6 @@ void vWalkChains(const std::vector<std::size_t>& next, OnDone&& vDone, OnCycle&&
 
 }   // namespace
 
-// Eight bytes at once, the bit that tells upper case from lower case set in all of them.
-std::size_t GraphBuilder::AnyCase::operator()(std::string_view name) const noexcept {
-    constexpr std::uint64_t uCase = 0x2020202020202020U;
-    constexpr std::uint64_t uFactor = 0x9E3779B97F4A7C15U;
-    std::uint64_t uHash = name.size();
-    for (std::size_t i = 0; i < name.size(); i += sizeof uHash) {
-        std::uint64_t uBytes = 0;
-        std::memcpy(&uBytes, name.data() + i, std::min(sizeof uBytes, name.size() - i));
-        uHash = (uHash ^ (uBytes | uCase)) * uFactor;
-        uHash ^= uHash >> 32;
-    }
-    return static_cast<std::size_t>(uHash);
-}
-
-// Texts mostly spell a name in one way.
-bool GraphBuilder::AnyCase::operator()(std::string_view a, std::string_view b) const noexcept {
-    return a == b ||
-           std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return cUpper(x) == cUpper(y); });
-}
-
-std::size_t GraphBuilder::MemberHash::operator()(const Member& member) const noexcept {
-    return AnyCase()(member.name) ^ std::hash<const void*>()(member.pEntity);
-}
-
-bool GraphBuilder::MemberEqual::operator()(const Member& a, const Member& b) const noexcept {
-    return a.pEntity == b.pEntity && AnyCase()(a.name, b.name);
-}
-
 GraphBuilder::GraphBuilder(const SchemaDeclaration& declaration, std::vector<SchemaMessage>& messages)
     : m_declaration(declaration),
       m_messages(messages) {}
@@ -126,8 +93,7 @@ void GraphBuilder::vMessageAbout(const Name& name, std::string_view text) {
 }
 
 const GraphBuilder::Named* GraphBuilder::pResolve(const Name& name) {
-    const auto pEntry = m_named.find(name.text);
-    if (pEntry != m_named.end()) return &pEntry->second;
+    if (const Named* pNamed = m_named.pFind(name.text)) return pNamed;
     vMessageAbout(name, "is not declared");
     return nullptr;
 }
@@ -143,15 +109,14 @@ const GraphBuilder::Named* GraphBuilder::pResolve(const Name& name, ClassTag tag
 template <class Object>
 Object* GraphBuilder::pDeclare(const Name& name, std::size_t iIndex) {
     Object* pObject = m_pSchema->pAdopt(std::make_unique<Object>(std::string(name.text)));
-    if (!m_named.try_emplace(pObject->sNameUpper, Named{pObject, iIndex}).second)
-        vMessageAbout(name, "is declared twice");
+    if (!m_named.boAdd(name.text, Named{pObject, iIndex})) vMessageAbout(name, "is declared twice");
     return pObject;
 }
 
 void GraphBuilder::vDeclare() {
     // STEP files name a schema in upper case.
     m_pSchema = std::make_unique<SchemaPset>(sUpper(m_declaration.name.text));
-    m_named.reserve(m_declaration.types.size() + m_declaration.entities.size());
+    m_named.vReserve(m_declaration.types.size() + m_declaration.entities.size());
     m_types.reserve(m_declaration.types.size());
     m_entities.reserve(m_declaration.entities.size());
     for (const TypeDeclaration& type : m_declaration.types)
@@ -182,9 +147,13 @@ void GraphBuilder::vExtendItems() {
             if (basedOn[i] != g_iNone) {
                 depths[i] = depths[basedOn[i]] + 1;
                 if (depths[i] > g_iMaxExtensions) return vMessageAbout(types[i].name, "is extended too often");
-                m_items[i] = m_items[basedOn[i]];
+                const std::span<const Name> inherited = m_items[basedOn[i]];
+                std::vector<Name>& items = m_extendedItems.emplace_back(inherited.begin(), inherited.end());
+                items.insert(items.end(), types[i].items.begin(), types[i].items.end());
+                m_items[i] = items;
+            } else {
+                m_items[i] = types[i].items;
             }
-            m_items[i].insert(m_items[i].end(), types[i].items.begin(), types[i].items.end());
         },
         [&](std::size_t i) { vMessageAbout(types[i].name, "is based on itself"); });
 }
@@ -207,16 +176,16 @@ void GraphBuilder::vBuildDataTypes() {
 }
 
 const schema::DataTypeBase* GraphBuilder::pBuildEnumeration(std::size_t iType) {
-    const std::vector<Name>& items = m_items[iType];
+    const std::span<const Name> items = m_items[iType];
     std::vector<std::string> enumerators;
     enumerators.reserve(items.size());
     for (const Name& item : items) enumerators.emplace_back(item.text);
     const schema::DataTypeEnum* pEnumeration =
         m_pSchema->pAdopt(std::make_unique<schema::DataTypeEnum>(std::move(enumerators), m_types[iType]->sName));
     if (pEnumeration->items.size() != items.size()) {
-        std::unordered_set<std::string_view, AnyCase, AnyCase> seen;
+        NameTable<const Name*> seen;
         for (const Name& item : items)
-            if (!seen.insert(item.text).second) vMessageAbout(item, "is enumerated twice");
+            if (!seen.boAdd(item.text, &item)) vMessageAbout(item, "is enumerated twice");
     }
     return pEnumeration;
 }
@@ -339,7 +308,7 @@ void GraphBuilder::vCheckTypeDepth() {
     for (std::size_t i = 0; i < m_types.size(); ++i) {
         const Name& name = m_declaration.types[i].type.name;
         if (name.text.empty()) continue;
-        const Named& named = m_named.at(name.text);
+        const Named& named = *m_named.pFind(name.text);
         if (named.pObject->eClassTag == ClassTag::Type) next[i] = named.iIndex;
     }
     std::vector<unsigned> depths(m_types.size());
@@ -361,6 +330,7 @@ void GraphBuilder::vLinkSupertypes() {
     if (entities.size() > std::numeric_limits<std::uint16_t>::max())
         return vMessage({}, "the schema has more than 65535 entities");
     Indices next(entities.size(), g_iNone);
+    Indices subtypes(entities.size());   // how many
     for (std::size_t i = 0; i < entities.size(); ++i) {
         m_entities[i]->boAbstract = entities[i].boAbstract;
         if (entities[i].supertype.text.empty()) continue;
@@ -368,8 +338,12 @@ void GraphBuilder::vLinkSupertypes() {
         if (!pParent) continue;
         next[i] = pParent->iIndex;
         m_entities[i]->pParent = m_entities[next[i]];
-        m_entities[next[i]]->subtypes.push_back(m_entities[i]);
+        ++subtypes[next[i]];
     }
+    for (std::size_t i = 0; i < entities.size(); ++i) m_entities[i]->subtypes.reserve(subtypes[i]);
+    for (std::size_t i = 0; i < entities.size(); ++i)
+        if (next[i] != g_iNone) m_entities[next[i]]->subtypes.push_back(m_entities[i]);
+    m_supertypesFirst.reserve(entities.size());
     std::vector<unsigned> depths(entities.size());
     vWalkChains(
         next,
@@ -383,15 +357,19 @@ void GraphBuilder::vLinkSupertypes() {
 
 // Enters a name of the entity's own; each may stand there once.
 void GraphBuilder::vClaimName(const schema::Entity& entity, const Name& name, schema::Attribute* pAttribute) {
-    if (!m_attributes.try_emplace({&entity, name.text}, pAttribute).second)
+    if (!m_attributes.boAdd(name.text, pAttribute, &entity))
         vMessageAbout(name, "is declared twice in \"" + entity.sName + '"');
 }
 
 void GraphBuilder::vBuildAttributes() {
+    std::size_t iNames = 0;
+    for (const EntityDeclaration& entity : m_declaration.entities)
+        iNames += entity.attributes.size() + entity.inverses.size();
+    m_attributes.vReserve(iNames);
     for (std::size_t i = 0; i < m_entities.size(); ++i) {
         const auto& declarations = m_declaration.entities[i].attributes;
-        std::size_t iCount = 0;
-        for (const AttributeDeclaration& declaration : declarations) iCount += declaration.names.size();
+        std::size_t iCount = declarations.size();
+        for (const AttributeDeclaration& declaration : declarations) iCount += declaration.others.size();
         m_entities[i]->ownAttributes.reserve(iCount);   // inverse attributes point into it
         for (const AttributeDeclaration& declaration : declarations) vBuildAttribute(*m_entities[i], declaration);
     }
@@ -400,41 +378,44 @@ void GraphBuilder::vBuildAttributes() {
 // "types" is the path from the attribute's type down to its innermost element: the parser of a list of lists takes one
 // step of it a level.
 void GraphBuilder::vBuildAttribute(schema::Entity& entity, const AttributeDeclaration& declaration) {
-    std::vector<const schema::ObjectBase*> types;
     const schema::ObjectBase* pObject = pBuildReference(declaration.type, {});
     if (!pObject) return;
-    std::string sTypeName;
     const schema::ObjectBase* pNamed = pObject;
     for (std::size_t i = 0; i < declaration.type.levels.size(); ++i)
         pNamed = static_cast<const schema::DataTypeAggregate*>(pNamed)->pElement;
+    m_path.clear();
     for (;;) {
-        types.push_back(pObject);
+        m_path.push_back(pObject);
         const schema::DataTypeBase* pDataType = schema::pDataTypeOf(pObject);
         const schema::ObjectBase* pElement = pDataType ? pDataType->pElementGet() : nullptr;
         if (!pElement) break;
         pObject = pElement;
     }
     // The name that the declaration ends in, not what that name stands for.
-    if (declaration.type.name.text.empty()) {
-        std::string& sText = m_baseTexts[static_cast<std::size_t>(declaration.type.kind)];
-        if (sText.empty()) {
-            const schema::DataTypeSimple baseType(declaration.type.kind);
-            sText = schema::sTypeText(&baseType);
-        }
-        sTypeName = sText;
-    } else {
-        sTypeName = pNamed->sName;
-    }
-    for (const Name& name : declaration.names) {
+    const std::string_view typeName =
+        declaration.type.name.text.empty() ? baseText(declaration.type.kind) : std::string_view(pNamed->sName);
+    const auto vAdd = [&](const Name& name) {
         schema::Attribute& attribute = entity.ownAttributes.emplace_back();
         attribute.pOwner = &entity;
         attribute.sName = name.text;
         attribute.uNameHash = schema::NameHash(name.text);
         attribute.boOptional = declaration.boOptional;
-        attribute.types = types;
-        attribute.sTypeName = sTypeName;
+        attribute.types = m_path;
+        attribute.sTypeName = typeName;
         vClaimName(entity, name, &attribute);
+    };
+    vAdd(declaration.name);
+    for (const Name& name : declaration.others) vAdd(name);
+}
+
+// How a base type reads.
+std::string_view GraphBuilder::baseText(DataKind kind) {
+    std::string& sText = m_baseTexts[static_cast<std::size_t>(kind)];
+    if (sText.empty()) {
+        const schema::DataTypeSimple baseType(kind);
+        sText = schema::sTypeText(&baseType);
     }
+    return sText;
 }
 
 void GraphBuilder::vBuildInverses() {
@@ -494,8 +475,7 @@ void GraphBuilder::vBuildUnique(schema::Entity& entity, const UniqueDeclaration&
 // An explicit attribute of the entity or of a supertype, in any case; null when there is none.
 schema::Attribute* GraphBuilder::pAttributeOf(const schema::Entity& entity, std::string_view name) const {
     for (const schema::Entity* pEntity = &entity; pEntity; pEntity = pEntity->pParent) {
-        const auto pEntry = m_attributes.find({pEntity, name});
-        if (pEntry != m_attributes.end()) return pEntry->second;
+        if (schema::Attribute* const* ppAttribute = m_attributes.pFind(name, pEntity)) return *ppAttribute;
     }
     return nullptr;
 }

@@ -7,14 +7,16 @@
 #pragma once
 
 #include <array>
+#include <deque>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "platform/Export.h"
 #include "provider/ExpressDeclarations.h"
+#include "provider/NameTable.h"
 #include "provider/SchemaMessage.h"
 #include "schema/Schema.h"
 
@@ -62,6 +64,7 @@ private:
     [[nodiscard]] const schema::ObjectBase* pBuildReference(const TypeReference& type, std::string_view name);
     [[nodiscard]] unsigned iSelectHeight(std::size_t iType, unsigned iDepth);
     void vBuildAttribute(schema::Entity& entity, const AttributeDeclaration& declaration);
+    [[nodiscard]] std::string_view baseText(schema::DataKind kind);
     void vBuildInverse(schema::Entity& entity, const InverseDeclaration& declaration);
     void vBuildUnique(schema::Entity& entity, const UniqueDeclaration& declaration);
     void vClaimName(const schema::Entity& entity, const Name& name, schema::Attribute* pAttribute);
@@ -72,26 +75,11 @@ private:
     std::size_t m_iMessages = 0;
 
     std::unique_ptr<SchemaPset> m_pSchema;
-    // Names are compared in any case, and by their texts: no key is made for a look-up.
-    struct AnyCase {
-        [[nodiscard]] std::size_t operator()(std::string_view name) const noexcept;
-        [[nodiscard]] bool operator()(std::string_view a, std::string_view b) const noexcept;
-    };
-    // An attribute of an entity, by the name under which it is declared.
-    struct Member {
-        const schema::Entity* pEntity;
-        std::string_view name;
-    };
-    struct MemberHash {
-        [[nodiscard]] std::size_t operator()(const Member& member) const noexcept;
-    };
-    struct MemberEqual {
-        [[nodiscard]] bool operator()(const Member& a, const Member& b) const noexcept;
-    };
-    std::unordered_map<std::string_view, Named, AnyCase, AnyCase> m_named;
-    std::vector<schema::Type*> m_types;       // as declared
-    std::vector<std::vector<Name>> m_items;   // of each type: enumerators or members
-    Indices m_declaring;                      // of each type: the type that declares its data type
+    NameTable<Named> m_named;
+    std::vector<schema::Type*> m_types;              // as declared
+    std::vector<std::span<const Name>> m_items;      // of each type: enumerators or members
+    std::deque<std::vector<Name>> m_extendedItems;   // those of them that no one declaration has
+    Indices m_declaring;                             // of each type: the type that declares its data type
     struct Select {
         schema::DataTypeSelect* pSelect = nullptr;
         Indices nested;         // declaring types of the selects among its members
@@ -101,8 +89,9 @@ private:
     std::array<const schema::DataTypeBase*, 7> m_baseTypes{};   // by kind: the anonymous ones without width
     std::vector<schema::Entity*> m_entities;                    // as declared
     Indices m_supertypesFirst;                                  // entities, each after its supertype
-    std::unordered_map<Member, schema::Attribute*, MemberHash, MemberEqual> m_attributes;   // null: an inverse
-    std::array<std::string, 7> m_baseTexts;                                                 // by kind: how they read
+    NameTable<schema::Attribute*> m_attributes;      // by entity and the name declared in it; null: an inverse
+    std::vector<const schema::ObjectBase*> m_path;   // see vBuildAttribute
+    std::array<std::string, 7> m_baseTexts;          // by kind: how they read
 };
 
 }   // namespace oxa::ifc::def::express
