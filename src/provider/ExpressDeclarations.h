@@ -5,7 +5,9 @@
 // Owner    names are views into the text read, which must outlive them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -88,8 +90,9 @@ struct UniqueDeclaration {
 struct EntityDeclaration {
     Name name;
     bool boAbstract = false;
-    Name supertype;                                 // empty text for a root
-    std::vector<AttributeDeclaration> attributes;   // explicit ones; redeclared ones add no parameter
+    Name supertype;                    // empty text for a root
+    std::size_t iFirstAttribute = 0;   // explicit ones; redeclared ones add no parameter.
+    std::size_t iAttributes = 0;       // See SchemaDeclaration::attributesOf
     std::vector<RedeclaredAttribute> redeclared;
     std::vector<InverseDeclaration> inverses;
     std::vector<UniqueDeclaration> unique;
@@ -99,6 +102,17 @@ struct SchemaDeclaration {
     Name name;
     std::vector<TypeDeclaration> types;        // in the order of the text
     std::vector<EntityDeclaration> entities;   // in the order of the text
+    // Of all entities, each with its own in a row, in the order of the text.
+    std::vector<AttributeDeclaration> attributes;
+
+    [[nodiscard]] std::span<const AttributeDeclaration> attributesOf(const EntityDeclaration& entity) const {
+        return std::span(attributes).subspan(entity.iFirstAttribute, entity.iAttributes);
+    }
+    // A further one, of the entity whose attributes came last or of one that has none yet.
+    AttributeDeclaration& attributeAdd(EntityDeclaration& entity) {
+        if (entity.iAttributes++ == 0) entity.iFirstAttribute = attributes.size();
+        return attributes.emplace_back();
+    }
 };
 
 }   // namespace oxa::ifc::def::express

@@ -152,7 +152,7 @@ bool ExpressParser::boReadSchema(SchemaDeclaration& schema) {
 
 bool ExpressParser::boReadDeclaration(SchemaDeclaration& schema) {
     if (boAt(Keyword::Type)) return boReadTypeDeclaration(schema.types.emplace_back());
-    if (boAt(Keyword::Entity)) return boReadEntityDeclaration(schema.entities.emplace_back());
+    if (boAt(Keyword::Entity)) return boReadEntityDeclaration(schema);
     for (const SkippedBlock& block : g_skippedBlocks)
         if (boAt(block.begin)) return boSkipBlock(block.sWhat, block.begin, block.end);
     if (boAt(Keyword::Use) || boAt(Keyword::Reference))
@@ -332,11 +332,12 @@ bool ExpressParser::boReadType(TypeReference& type) {
 // ---- Entities
 
 // "ENTITY" name head ";" { attribute } clauses "END_ENTITY" ";"
-bool ExpressParser::boReadEntityDeclaration(EntityDeclaration& entity) {
+bool ExpressParser::boReadEntityDeclaration(SchemaDeclaration& schema) {
+    EntityDeclaration& entity = schema.entities.emplace_back();
     vNext();
     if (!boReadName(entity.name, "the entity's name") || !boReadEntityHead(entity)) return false;
     while (boAtName() || boAt(Keyword::Self))
-        if (!boReadAttribute(entity)) return false;
+        if (!boReadAttribute(schema, entity)) return false;
     if (!boReadDerived(entity)) return false;
     if (boTake(Keyword::Inverse))
         while (boAtName() || boAt(Keyword::Self))
@@ -370,7 +371,7 @@ bool ExpressParser::boReadSupertype(EntityDeclaration& entity) {
 
 // name { "," name } ":" [ "OPTIONAL" ] type ";" where a name may be "SELF\supertype.name". Such a
 // redeclaration refines the type of an inherited parameter, and adds none.
-bool ExpressParser::boReadAttribute(EntityDeclaration& entity) {
+bool ExpressParser::boReadAttribute(SchemaDeclaration& schema, EntityDeclaration& entity) {
     AttributeDeclaration attribute;
     std::vector<RedeclaredAttribute> redeclared;
     do {
@@ -390,7 +391,7 @@ bool ExpressParser::boReadAttribute(EntityDeclaration& entity) {
         again.type = attribute.type;
         entity.redeclared.push_back(std::move(again));
     }
-    if (!attribute.name.text.empty()) entity.attributes.push_back(std::move(attribute));
+    if (!attribute.name.text.empty()) schema.attributeAdd(entity) = std::move(attribute);
     return true;
 }
 

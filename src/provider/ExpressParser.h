@@ -61,10 +61,10 @@ private:
     [[nodiscard]] bool boReadBaseType(TypeReference& type);
     [[nodiscard]] bool boReadWidth(TypeReference& type);
 
-    [[nodiscard]] bool boReadEntityDeclaration(EntityDeclaration& entity);
+    [[nodiscard]] bool boReadEntityDeclaration(SchemaDeclaration& schema);
     [[nodiscard]] bool boReadEntityHead(EntityDeclaration& entity);
     [[nodiscard]] bool boReadSupertype(EntityDeclaration& entity);
-    [[nodiscard]] bool boReadAttribute(EntityDeclaration& entity);
+    [[nodiscard]] bool boReadAttribute(SchemaDeclaration& schema, EntityDeclaration& entity);
     [[nodiscard]] bool boAtClauseEnd() const noexcept;
     [[nodiscard]] bool boReadQualifiedName(Name& supertype, Name& attribute);
     [[nodiscard]] bool boReadDerived(EntityDeclaration& entity);

@@ -19,10 +19,11 @@ namespace {
 // Of a UNIQUE rule that has none.
 constexpr std::string_view g_noLabel = "-";
 
-// Characters of a table for each of its types and each of its entities, the lines of attributes and all that is of the
-// other kind counted in: 350 and 175 of the published schemas. Of tables with fewer, lists grow.
+// Characters of a table, all told, for each of its types, entities and attributes: 350, 175 and 90 of the published
+// schemas. Of tables with fewer, lists grow.
 constexpr std::size_t g_iLeastSizeOfType = 256;
 constexpr std::size_t g_iLeastSizeOfEntity = 128;
+constexpr std::size_t g_iLeastSizeOfAttribute = 64;
 
 // One line after the other, and in it one word after the other. Lines and columns count from 1.
 class LineCursor {
@@ -31,7 +32,7 @@ public:
 
     // The next line that is neither empty nor a remark; false at the end.
     bool boNextLine() {
-        while (!m_rest.empty() || boNextPiece()) {
+        while (boMore()) {
             const std::size_t iLength = std::min(m_rest.find('\n'), m_rest.size());
             m_line = m_rest.substr(0, iLength);
             m_rest.remove_prefix(std::min(iLength + 1, m_rest.size()));
@@ -55,14 +56,16 @@ public:
     }
 
     [[nodiscard]] std::string_view rest() const { return m_line; }
+    [[nodiscard]] std::size_t iBlanks() const {
+        return static_cast<std::size_t>(std::count(m_line.begin(), m_line.end(), ' '));
+    }
     [[nodiscard]] Place place() const { return m_place; }
 
 private:
-    bool boNextPiece() {
-        if (m_pieces.empty()) return false;
-        m_rest = m_pieces.front();
-        m_pieces = m_pieces.subspan(1);
-        return true;
+    // Whether there is a line more.
+    bool boMore() {
+        for (; m_rest.empty() && !m_pieces.empty(); m_pieces = m_pieces.subspan(1)) m_rest = m_pieces.front();
+        return !m_rest.empty();
     }
 
     std::span<const std::string_view> m_pieces;   // behind the current one
@@ -93,31 +96,34 @@ void vMerge(std::vector<Declaration>& to, std::vector<Declaration>& from,
 
 class FactTableReader {
 public:
-    FactTableReader(std::span<const std::string_view> pieces, std::vector<SchemaMessage>& messages)
+    FactTableReader(std::span<const std::string_view> pieces, SchemaDeclaration& schema,
+                    std::vector<SchemaMessage>& messages)
         : m_lines(pieces),
+          m_schema(schema),
           m_messages(messages) {
         std::size_t iSize = 0;
         for (const std::string_view piece : pieces) iSize += piece.size();
-        m_read.types.reserve(iSize / g_iLeastSizeOfType);
-        m_read.entities.reserve(iSize / g_iLeastSizeOfEntity);
+        m_types.reserve(iSize / g_iLeastSizeOfType);
+        m_entities.reserve(iSize / g_iLeastSizeOfEntity);
+        m_schema.attributes.reserve(m_schema.attributes.size() + iSize / g_iLeastSizeOfAttribute);
     }
 
-    bool boRead(SchemaDeclaration& schema) {
+    bool boRead() {
         while (m_lines.boNextLine())
             if (!boReadLine()) return false;
-        if (m_read.name.text.empty()) return boFault({}, "a table begins with its schema's name");
-        schema.name = m_read.name;
-        if (schema.types.empty() && schema.entities.empty()) {
-            schema.types = std::move(m_read.types);
-            schema.entities = std::move(m_read.entities);
-            vSortByName(schema.types);
-            vSortByName(schema.entities);
+        if (m_name.text.empty()) return boFault({}, "a table begins with its schema's name");
+        m_schema.name = m_name;
+        if (m_schema.types.empty() && m_schema.entities.empty()) {
+            m_schema.types = std::move(m_types);
+            m_schema.entities = std::move(m_entities);
+            vSortByName(m_schema.types);
+            vSortByName(m_schema.entities);
             return true;
         }
-        for (const auto& type : m_read.types) m_touched.insert(type.name.text);
-        for (const auto& entity : m_read.entities) m_touched.insert(entity.name.text);
-        vMerge(schema.types, m_read.types, m_touched);
-        vMerge(schema.entities, m_read.entities, m_touched);
+        for (const auto& type : m_types) m_touched.insert(type.name.text);
+        for (const auto& entity : m_entities) m_touched.insert(entity.name.text);
+        vMerge(m_schema.types, m_types, m_touched);
+        vMerge(m_schema.entities, m_entities, m_touched);
         return true;
     }
 
@@ -144,7 +150,7 @@ private:
         default: break;
         }
         const Name keyword = m_lines.word();
-        if (keyword.text == "schema") return boReadWord(m_read.name);
+        if (keyword.text == "schema") return boReadWord(m_name);
         if (keyword.text == "base") return boReadWord(m_base);
         if (keyword.text == "drop") return boReadDropped();
         if (keyword.text == "type") return boReadType(TypeForm::Reference);
@@ -170,16 +176,17 @@ private:
     }
 
     bool boReadType(TypeForm form) {
-        TypeDeclaration& type = m_read.types.emplace_back();
+        TypeDeclaration& type = m_types.emplace_back();
         type.form = form;
         if (!boReadWord(type.name)) return false;
         if (form == TypeForm::Reference) return boReadTypeText(type.type);
+        type.items.reserve(m_lines.iBlanks() + 1);
         while (!m_lines.rest().empty()) type.items.push_back(m_lines.word());
         return true;
     }
 
     bool boReadEntity(bool boAbstract) {
-        EntityDeclaration& entity = m_read.entities.emplace_back();
+        EntityDeclaration& entity = m_entities.emplace_back();
         entity.boAbstract = boAbstract;
         if (!boReadWord(entity.name)) return false;
         entity.supertype = m_lines.word();
@@ -188,7 +195,7 @@ private:
 
     // Null after a message when no entity stands above the line.
     EntityDeclaration* pCurrentEntity() {
-        if (!m_read.entities.empty()) return &m_read.entities.back();
+        if (!m_entities.empty()) return &m_entities.back();
         boFault(m_lines.place(), "an attribute stands below its entity");
         return nullptr;
     }
@@ -196,7 +203,7 @@ private:
     bool boReadAttribute() {
         EntityDeclaration* pEntity = pCurrentEntity();
         if (!pEntity) return false;
-        AttributeDeclaration& attribute = pEntity->attributes.emplace_back();
+        AttributeDeclaration& attribute = m_schema.attributeAdd(*pEntity);
         attribute.boOptional = m_lines.rest().front() == '?';
         m_lines.vDrop(1);
         return boReadWord(attribute.name) && boReadTypeText(attribute.type);
@@ -236,8 +243,12 @@ private:
     }
 
     LineCursor m_lines;
+    SchemaDeclaration& m_schema;
     std::vector<SchemaMessage>& m_messages;
-    SchemaDeclaration m_read;
+    // What the table itself declares; attributes are with m_schema at once.
+    Name m_name;
+    std::vector<TypeDeclaration> m_types;
+    std::vector<EntityDeclaration> m_entities;
     Name m_base;
     std::unordered_set<std::string_view> m_touched;   // names of the base that the table drops or gives anew
 };
@@ -345,7 +356,7 @@ bool boReadFactTable(std::string_view table, SchemaDeclaration& schema, std::vec
 
 bool boReadFactTable(std::span<const std::string_view> pieces, SchemaDeclaration& schema,
                      std::vector<SchemaMessage>& messages) {
-    return FactTableReader(pieces, messages).boRead(schema);
+    return FactTableReader(pieces, schema, messages).boRead();
 }
 
 std::string sFactTable(const schema::Schema& schema, const std::string& sName, const schema::Schema* pBase) {

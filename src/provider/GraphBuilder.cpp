@@ -116,6 +116,7 @@ Object* GraphBuilder::pDeclare(const Name& name, std::size_t iIndex) {
 void GraphBuilder::vDeclare() {
     // STEP files name a schema in upper case.
     m_pSchema = std::make_unique<SchemaPset>(sUpper(m_declaration.name.text));
+    m_pSchema->vReserve(m_declaration.types.size() * 2 + m_declaration.entities.size());   // a type's data type, too
     m_named.vReserve(m_declaration.types.size() + m_declaration.entities.size());
     m_types.reserve(m_declaration.types.size());
     m_entities.reserve(m_declaration.entities.size());
@@ -364,10 +365,10 @@ void GraphBuilder::vClaimName(const schema::Entity& entity, const Name& name, sc
 void GraphBuilder::vBuildAttributes() {
     std::size_t iNames = 0;
     for (const EntityDeclaration& entity : m_declaration.entities)
-        iNames += entity.attributes.size() + entity.inverses.size();
+        iNames += entity.iAttributes + entity.inverses.size();
     m_attributes.vReserve(iNames);
     for (std::size_t i = 0; i < m_entities.size(); ++i) {
-        const auto& declarations = m_declaration.entities[i].attributes;
+        const auto declarations = m_declaration.attributesOf(m_declaration.entities[i]);
         std::size_t iCount = declarations.size();
         for (const AttributeDeclaration& declaration : declarations) iCount += declaration.others.size();
         m_entities[i]->ownAttributes.reserve(iCount);   // inverse attributes point into it
@@ -392,8 +393,8 @@ void GraphBuilder::vBuildAttribute(schema::Entity& entity, const AttributeDeclar
         pObject = pElement;
     }
     // The name that the declaration ends in, not what that name stands for.
-    const std::string_view typeName =
-        declaration.type.name.text.empty() ? baseText(declaration.type.kind) : std::string_view(pNamed->sName);
+    const std::string_view typeName = declaration.type.name.text.empty() ? schema::baseTypeText(declaration.type.kind)
+                                                                         : std::string_view(pNamed->sName);
     const auto vAdd = [&](const Name& name) {
         schema::Attribute& attribute = entity.ownAttributes.emplace_back();
         attribute.pOwner = &entity;
@@ -406,16 +407,6 @@ void GraphBuilder::vBuildAttribute(schema::Entity& entity, const AttributeDeclar
     };
     vAdd(declaration.name);
     for (const Name& name : declaration.others) vAdd(name);
-}
-
-// How a base type reads.
-std::string_view GraphBuilder::baseText(DataKind kind) {
-    std::string& sText = m_baseTexts[static_cast<std::size_t>(kind)];
-    if (sText.empty()) {
-        const schema::DataTypeSimple baseType(kind);
-        sText = schema::sTypeText(&baseType);
-    }
-    return sText;
 }
 
 void GraphBuilder::vBuildInverses() {

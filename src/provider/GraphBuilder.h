@@ -64,7 +64,6 @@ private:
     [[nodiscard]] const schema::ObjectBase* pBuildReference(const TypeReference& type, std::string_view name);
     [[nodiscard]] unsigned iSelectHeight(std::size_t iType, unsigned iDepth);
     void vBuildAttribute(schema::Entity& entity, const AttributeDeclaration& declaration);
-    [[nodiscard]] std::string_view baseText(schema::DataKind kind);
     void vBuildInverse(schema::Entity& entity, const InverseDeclaration& declaration);
     void vBuildUnique(schema::Entity& entity, const UniqueDeclaration& declaration);
     void vClaimName(const schema::Entity& entity, const Name& name, schema::Attribute* pAttribute);
@@ -91,7 +90,6 @@ private:
     Indices m_supertypesFirst;                                  // entities, each after its supertype
     NameTable<schema::Attribute*> m_attributes;      // by entity and the name declared in it; null: an inverse
     std::vector<const schema::ObjectBase*> m_path;   // see vBuildAttribute
-    std::array<std::string, 7> m_baseTexts;          // by kind: how they read
 };
 
 }   // namespace oxa::ifc::def::express

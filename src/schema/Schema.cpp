@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <set>
 #include <tuple>
 
 namespace oxa::ifc::def::schema {
@@ -42,8 +43,8 @@ const char* sKeyword(const DataTypeAggregate& aggregate) noexcept {
 }
 
 // The kinds that are base types, in the order of DataKind.
-constexpr std::array<const char*, 7> g_baseTypes = {"REAL",   "BOOLEAN", "INTEGER", "NUMBER",
-                                                    "STRING", "LOGICAL", "BINARY"};
+constexpr std::array<std::string_view, 7> g_baseTypes = {"REAL",   "BOOLEAN", "INTEGER", "NUMBER",
+                                                         "STRING", "LOGICAL", "BINARY"};
 
 template <class Range, class Text>
 std::string sInParentheses(const char* sBefore, const Range& range, Text&& sText) {
@@ -66,9 +67,7 @@ std::string sLeafText(const ObjectBase& object) {
     if (const auto* pSelect = dynamic_cast<const DataTypeSelect*>(&object))
         return sInParentheses("SELECT ", pSelect->members,
                               [](const ObjectBase* pMember) { return pMember ? pMember->sName : "?"; });
-    const auto iKind = static_cast<std::size_t>(dataType.kind);
-    if (iKind >= g_baseTypes.size()) return "?";
-    std::string sResult = g_baseTypes[iKind];
+    std::string sResult(baseTypeText(dataType.kind));
     if (const auto* pSimple = dynamic_cast<const DataTypeSimple*>(&object); pSimple && pSimple->iWidth) {
         sResult += '(' + std::to_string(pSimple->iWidth) + ')';
         if (pSimple->boFixed) sResult += " FIXED";
@@ -108,7 +107,25 @@ DataTypeEnum::DataTypeEnum(std::vector<std::string> enumerators, std::string nam
     : DataTypeBase(DataKind::Enumeration, std::move(name)),
       declared(std::move(enumerators)) {
     for (std::string& sItem : declared) std::transform(sItem.begin(), sItem.end(), sItem.begin(), cUpper);
-    for (const std::string& sItem : declared) items.insert(&sItem);
+    items = Items(declared);
+}
+
+DataTypeEnum::Items::Items(const std::vector<std::string>& texts) {
+    m_sorted.reserve(texts.size());
+    for (const std::string& sText : texts) m_sorted.push_back(&sText);
+    // Of two with one text the first one stays.
+    std::sort(m_sorted.begin(), m_sorted.end(), [](value_type a, value_type b) {
+        const int iOrder = a->compare(*b);
+        return iOrder != 0 ? iOrder < 0 : a < b;
+    });
+    m_sorted.erase(std::unique(m_sorted.begin(), m_sorted.end(), [](value_type a, value_type b) { return *a == *b; }),
+                   m_sorted.end());
+}
+
+DataTypeEnum::Items::const_iterator DataTypeEnum::Items::find(std::string_view text) const noexcept {
+    const auto itFound = std::lower_bound(m_sorted.begin(), m_sorted.end(), text,
+                                          [](value_type pItem, std::string_view wanted) { return *pItem < wanted; });
+    return itFound != m_sorted.end() && **itFound == text ? itFound : m_sorted.end();
 }
 
 DataTypeEnum::~DataTypeEnum() = default;
@@ -190,17 +207,25 @@ Schema::~Schema() = default;
 // Open addressing over indices. The objects stand sorted by hash, length and name, which is what callers may walk; the
 // table beside them holds 32-bit indices, plus one so that 0 is free. Built once; read by any number of threads.
 void Schema::vFinish() {
-    std::vector<const ObjectBase*> named;
+    struct Named {
+        std::uint32_t uHash;
+        std::uint32_t iPlace;   // among m_owned
+    };
+    std::vector<Named> named;
     named.reserve(m_owned.size());
-    for (const auto& pObject : m_owned)
-        if (pObject->eClassTag != ClassTag::DataType && !pObject->sName.empty()) named.push_back(pObject.get());
-    // Stable, so that of two objects with one name the first one adopted is found.
-    std::stable_sort(named.begin(), named.end(), [](const ObjectBase* a, const ObjectBase* b) {
-        return ObjectName(a->sNameUpper, a->uNameHash) < ObjectName(b->sNameUpper, b->uNameHash);
+    for (std::uint32_t i = 0; i < m_owned.size(); ++i)
+        if (m_owned[i]->eClassTag != ClassTag::DataType && !m_owned[i]->sName.empty())
+            named.push_back({m_owned[i]->uNameHash, i});
+    // Of two objects with one name the first one adopted is found.
+    std::sort(named.begin(), named.end(), [this](Named a, Named b) {
+        if (a.uHash != b.uHash) return a.uHash < b.uHash;
+        const auto order =
+            ObjectName(m_owned[a.iPlace]->sNameUpper, a.uHash) <=> ObjectName(m_owned[b.iPlace]->sNameUpper, b.uHash);
+        return order != 0 ? order < 0 : a.iPlace < b.iPlace;
     });
     objects.clear();
     objects.reserve(named.size());
-    for (const ObjectBase* pObject : named) objects.push_back({pObject->sNameUpper, pObject});
+    for (const Named& one : named) objects.push_back({m_owned[one.iPlace]->sNameUpper, m_owned[one.iPlace].get()});
 
     // At most half full: a look-up takes one probe and a half on average, and always meets an empty slot.
     m_slots.assign(std::bit_ceil(objects.size() * 2 + 2), 0);
@@ -243,6 +268,11 @@ const DataTypeBase* pDataTypeOf(const ObjectBase* pObject) noexcept {
     case ClassTag::Entity: break;
     }
     return nullptr;
+}
+
+std::string_view baseTypeText(DataKind kind) noexcept {
+    const auto iKind = static_cast<std::size_t>(kind);
+    return iKind < g_baseTypes.size() ? g_baseTypes[iKind] : "?";
 }
 
 std::string sTypeText(const ObjectBase* pObject) {

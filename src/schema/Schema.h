@@ -14,7 +14,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -121,23 +120,38 @@ struct OXA_SCHEMA_API DataTypeAggregate final : DataTypeBase {
 
 /// An ENUMERATION.
 struct OXA_SCHEMA_API DataTypeEnum final : DataTypeBase {
-    /// Orders texts by bytes, and finds them by a view.
-    struct Less {
-        /// Says that a set may be searched by other types.
-        using is_transparent = void;
+    /// A set of enumerators that are kept elsewhere, ascending by bytes; each text once.
+    class OXA_SCHEMA_API Items {
+    public:
+        ///@{
+        /// As of a set of pointers, of which none is null.
+        using value_type = const std::string*;
+        using const_iterator = std::vector<value_type>::const_iterator;
+        using iterator = const_iterator;
+        ///@}
+
+        Items() = default;
+        /// Those of the texts, which stay where they are.
+        explicit Items(const std::vector<std::string>& texts);
 
         ///@{
-        /// Whether the first comes before the second; no pointer is null.
-        bool operator()(const std::string* a, const std::string* b) const noexcept { return *a < *b; }
-        bool operator()(const std::string* a, std::string_view b) const noexcept { return *a < b; }
-        bool operator()(std::string_view a, const std::string* b) const noexcept { return a < *b; }
+        /// All, in order.
+        [[nodiscard]] const_iterator begin() const noexcept { return m_sorted.begin(); }
+        [[nodiscard]] const_iterator end() const noexcept { return m_sorted.end(); }
+        [[nodiscard]] std::size_t size() const noexcept { return m_sorted.size(); }
+        [[nodiscard]] bool empty() const noexcept { return m_sorted.empty(); }
         ///@}
-    };
-    /// Enumerators that are kept elsewhere.
-    using Items = std::set<const std::string*, Less>;
+        /// The one with that text; end() where there is none.
+        [[nodiscard]] const_iterator find(std::string_view text) const noexcept;
+        /// Whether there is one with that text.
+        [[nodiscard]] bool contains(std::string_view text) const noexcept { return find(text) != end(); }
 
-    Items items;                         ///< ascending by bytes; upper case, without dots
-    std::vector<std::string> declared;   ///< the same texts in the order of the declaration; owner
+    private:
+        std::vector<value_type> m_sorted;
+    };
+
+    std::vector<std::string> declared;   ///< in the order of the declaration; upper case, without dots; owner
+    Items items;                         ///< the same texts
 
     /// With its enumerators, as declared.
     explicit DataTypeEnum(std::vector<std::string> enumerators, std::string name = {});
@@ -183,7 +197,7 @@ struct Attribute {
     std::vector<const ObjectBase*> types;            ///< [0] the type, one further element a nesting level
     std::vector<const AttributeInverse*> inverses;   ///< whose FOR clause names this attribute
     const xmlschema::Attribute* pXml = nullptr;      ///< ifcXML mapping; null where the default holds
-    std::string sTypeName;                           ///< declared type by name; see sTypeText() for display
+    std::string_view sTypeName;                      ///< declared type by name; see sTypeText() for display
 
     /// The type; null for an attribute that a faulty graph gives none.
     [[nodiscard]] const ObjectBase* pType() const noexcept { return types.empty() ? nullptr : types.front(); }
@@ -274,7 +288,7 @@ class OXA_SCHEMA_API Schema {
 public:
     /// One object, with its key.
     struct Record {
-        std::string key;   ///< sNameUpper
+        const std::string& key;   ///< sNameUpper
         /// Owned by the schema.
         const ObjectBase* pObject;
     };
@@ -299,6 +313,8 @@ public:
     [[nodiscard]] const Type* pTypeFromName(const ObjectName& name) const noexcept;
     ///@}
 
+    /// Room for that many objects. Building only.
+    void vReserve(std::size_t iCount) { m_owned.reserve(iCount); }
     /// Takes an object over. Building only; vFinish ends it.
     template <class Object>
     Object* pAdopt(std::unique_ptr<Object> pObject) {
@@ -337,6 +353,8 @@ private:
 
 /// How a type reads in a declaration, as in "LIST [1:?] OF IfcLabel": for display and comparison.
 [[nodiscard]] OXA_SCHEMA_API std::string sTypeText(const ObjectBase* pObject);
+/// The keyword of a base type, as REAL; "?" for the other kinds.
+[[nodiscard]] OXA_SCHEMA_API std::string_view baseTypeText(DataKind kind) noexcept;
 
 inline ObjectName::ObjectName(const Entity& entity) noexcept : HashedName(entity.sNameUpper, entity.uNameHash) {}
 inline AttributeName::AttributeName(const Attribute& attribute) noexcept

@@ -3,12 +3,12 @@
 /// SchemaCache: a value that is built once, on first use, and read without a lock from then on.
 ///
 /// For      the caches of schema::Entity.
-/// Threads  any number at once: the ready flag is set with release order after the value is complete.
-///          A build may ask other caches; who does so keeps to one order (subtype before supertype).
+/// Threads  any number at once: who comes while another builds waits for it; the state is set with release order after
+///          the value is complete. A build may ask other caches; who does so keeps to one order (subtype before
+///          supertype).
 #pragma once
 
 #include <atomic>
-#include <mutex>
 #include <utility>
 
 namespace oxa::ifc::def::schema {
@@ -24,26 +24,43 @@ public:
     /// The value; "build" makes it if nobody has yet. An exception of "build" leaves the cache unbuilt.
     template <class Build>
     const Value& get(Build&& build) const {
-        if (!m_boReady.load(std::memory_order_acquire)) vBuild(std::forward<Build>(build));
+        if (!boReady()) vBuild(std::forward<Build>(build));
         return m_value;
     }
 
     /// Whether the value has been built.
-    [[nodiscard]] bool boReady() const noexcept { return m_boReady.load(std::memory_order_acquire); }
+    [[nodiscard]] bool boReady() const noexcept { return m_iState.load(std::memory_order_acquire) == g_iReady; }
     [[nodiscard]] const Value& value() const noexcept { return m_value; }   ///< empty unless boReady()
 
 private:
+    // A schema has thousands of caches, and most are never asked for: no mutex for each.
+    static constexpr int g_iEmpty = 0;
+    static constexpr int g_iBuilding = 1;   // m_value is the builder's alone
+    static constexpr int g_iReady = 2;
+
     template <class Build>
     void vBuild(Build&& build) const {
-        const std::lock_guard lock(m_mutex);   // guards m_value until m_boReady is set
-        if (m_boReady.load(std::memory_order_relaxed)) return;
-        m_value = build();
-        m_boReady.store(true, std::memory_order_release);
+        for (int iState = g_iEmpty; !m_iState.compare_exchange_strong(iState, g_iBuilding, std::memory_order_acquire);
+             iState = g_iEmpty) {
+            if (iState == g_iReady) return;
+            m_iState.wait(g_iBuilding, std::memory_order_acquire);
+        }
+        try {
+            m_value = build();
+        } catch (...) {
+            vSet(g_iEmpty);
+            throw;
+        }
+        vSet(g_iReady);
+    }
+
+    void vSet(int iState) const noexcept {
+        m_iState.store(iState, std::memory_order_release);
+        m_iState.notify_all();
     }
 
     mutable Value m_value{};
-    mutable std::atomic<bool> m_boReady{false};
-    mutable std::mutex m_mutex;
+    mutable std::atomic<int> m_iState{g_iEmpty};
 };
 
 }   // namespace oxa::ifc::def::schema

@@ -146,14 +146,41 @@ TEST(FactTable, FaultsHaveTheirPlace) {
         {"schema S\nentity E\n<A E", "3:5 a name expected, the end of the line found"},
         {"schema S\ntype T REAL REAL", "2:13 the end of the type expected, \"REAL\" found"},
         {"schema S\nentity", "2:7 a name expected, the end of the line found"},
+        {"schema S\nentity E\n.A Unknown\n?B unknown",
+         "3:4 \"Unknown\" is not declared\n4:4 \"unknown\" is not declared"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.sTable);
         SchemaDeclaration declaration;
         std::vector<oxa::ifc::SchemaMessage> messages;
-        EXPECT_FALSE(boReadFactTable(row.sTable, declaration, messages));
+        EXPECT_FALSE(boReadFactTable(row.sTable, declaration, messages) &&
+                     GraphBuilder(declaration, messages).pBuild());
         EXPECT_EQ(sMessages(messages), row.sMessages);
     }
+}
+
+// In pieces of whole lines a table reads as in one, the places of faults with it.
+TEST(FactTable, MayComeInPieces) {
+    const std::string_view text = g_sTable;
+    std::vector<std::string_view> pieces;
+    for (std::size_t iAt = 0; iAt < text.size();) {
+        const std::size_t iEnd = text.find('\n', std::min(iAt + 50, text.size() - 1)) + 1;
+        pieces.push_back(text.substr(iAt, iEnd - iAt));
+        iAt = iEnd;
+    }
+    ASSERT_GT(pieces.size(), 5U);
+    SchemaDeclaration declaration;
+    std::vector<oxa::ifc::SchemaMessage> messages;
+    ASSERT_TRUE(boReadFactTable(pieces, declaration, messages));
+    const auto pSchema = GraphBuilder(declaration, messages).pBuild();
+    ASSERT_NE(pSchema, nullptr);
+    EXPECT_EQ(sFactTable(*pSchema, "TEST"), g_sTable);
+
+    const std::string_view faulty[] = {"schema S\n", "", "entity E\n.A REAL\n", ".B Unknown\n"};
+    SchemaDeclaration second;
+    ASSERT_TRUE(boReadFactTable(faulty, second, messages));
+    EXPECT_EQ(GraphBuilder(second, messages).pBuild(), nullptr);
+    EXPECT_EQ(sMessages(messages), "4:4 \"Unknown\" is not declared");
 }
 
 }   // namespace

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <thread>
 
 namespace {
@@ -221,6 +223,29 @@ TEST(SchemaCacheTest, StaysUnbuiltWhenTheBuildThrows) {
     EXPECT_TRUE(cache.boReady());
 }
 
+// Each of the threads builds until one build succeeds; that one's value is everybody's.
+TEST(SchemaCacheTest, IsBuiltByOneOfManyAlsoAfterFailures) {
+    for (int iRound = 0; iRound < 50; ++iRound) {
+        SchemaCache<std::vector<int>> cache;
+        std::atomic<int> iBuilds{0};
+        std::array<const std::vector<int>*, 4> values{};
+        std::vector<std::thread> threads;
+        for (auto& pValue : values)
+            threads.emplace_back([&] {
+                while (!pValue) try {
+                        pValue = &cache.get([&] {
+                            if (iBuilds.fetch_add(1) < 3) throw 1;
+                            return std::vector<int>(100, 7);
+                        });
+                    } catch (int) {}
+            });
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_EQ(iBuilds, 4);
+        EXPECT_THAT(values, testing::Each(&cache.value()));
+        EXPECT_EQ(cache.value(), std::vector<int>(100, 7));
+    }
+}
+
 TEST(EntityLookUp, FindsAttributesOfItsOwnAndOfSupertypesWhenAsked) {
     Graph graph;
     // The two last names of the root have one hash.
@@ -341,6 +366,13 @@ TEST(EnumTest, HoldsUpperCaseItemsByBytesAndInOrderOfDeclaration) {
     EXPECT_THAT(items, ElementsAre("BEAM", "BEAM_2", "USERDEFINED"));
     EXPECT_EQ(*dataType.items.find(std::string_view("BEAM")), &dataType.declared[1]);
     EXPECT_EQ(dataType.items.find(std::string_view("COLUMN")), dataType.items.end());
+    EXPECT_FALSE(dataType.items.contains("BEA"));
+    EXPECT_FALSE(dataType.items.contains("beam"));
+    EXPECT_EQ(dataType.items.size(), 3U);
+    const DataTypeEnum twice({"A", "B", "a"}, "IfcTwice");
+    EXPECT_EQ(twice.declared.size(), 3U);
+    EXPECT_THAT(twice.items, ElementsAre(&twice.declared[0], &twice.declared[1])) << "each text once";
+    EXPECT_TRUE(DataTypeEnum({}, "IfcNone").items.empty());
     EXPECT_EQ(dataType.kind, DataKind::Enumeration);
     EXPECT_EQ(dataType.pElementGet(), nullptr);
 }
