@@ -1,22 +1,66 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Format/Ifc/Store/InverseBuilder.h"
 
-#include "platform/Compiler.h"
-
 namespace oxa::ifc {
 
-void InverseBuilder::vAdd(Entity& entity) {
+namespace {
+
+// Of types that feed no list.
+const DataSizeEntity g_withoutFeeds;
+
+}   // namespace
+
+const DataSizeEntity* InverseBuilder::pLayoutAhead(const Entity& entity) noexcept {
+    const def::schema::Entity* pSchema = entity.pSchemaEntity();
+    if (!pSchema) return nullptr;
+    if (!pSchema->boHasInverse) return &g_withoutFeeds;
+    return pSchema->pDataSize.boReady() ? pSchema->pDataSize.value().get() : nullptr;
+}
+
+const DataSizeEntity& InverseBuilder::layout(const Entity& entity) {
+    const def::schema::Entity& schema = entity.schemaEntity();
+    if (!schema.boHasInverse || schema.inverseTargets().empty()) return g_withoutFeeds;
+    return Entity::getDataSize(schema);
+}
+
+void InverseBuilder::vFetchCells(const Entity& entity, const DataSizeEntity& layout) noexcept {
+    if (!entity.m_pAttributes) return;
+    for (const DataSizeEntity::Feed& feed : layout.feeds)
+        if (feed.iCell != DataSizeEntity::Feed::g_iNone)
+            platform::vFetchToRead(&cell(entity, layout.cells[feed.iCell]));
+}
+
+void InverseBuilder::vFetchItems(const Entity& entity, const DataSizeEntity& layout) noexcept {
+    if (!entity.m_pAttributes) return;
+    for (const DataSizeEntity::Feed& feed : layout.feeds) {
+        if (feed.iCell == DataSizeEntity::Feed::g_iNone) continue;
+        const DataSizeEntity::Cell& place = layout.cells[feed.iCell];
+        if (place.eClass == CellClass::List)
+            platform::vFetchToRead(static_cast<const AttributeList&>(cell(entity, place)).m_pItems.load());
+    }
+}
+
+template <class Find>
+void InverseBuilder::vAddFrom(Find&& find) {
     try {
-        vForEachReference(entity, [this](const Reference& reference) { vEnter(reference); });
+        find([this](const Reference& reference) { vEnter(reference); });
     } catch (...) {
         vFlush();   // what is queued belongs to instances before the fault
         throw;
     }
 }
 
+void InverseBuilder::vAdd(Entity& entity) {
+    vAddFrom([&entity](auto&& visit) { vForEachFed(entity, layout(entity), visit); });
+}
+
+void InverseBuilder::vAdd(std::span<Entity* const> entities) {
+    vAddFrom([entities](auto&& visit) { vForEachReference(entities, visit); });
+}
+
 void InverseBuilder::vFlush() {
-    while (m_references.iCount) vTargetLook();
-    while (m_entries.iCount) vNodeEnter();
+    while (!m_references.boEmpty()) vTargetLook();
+    while (!m_entries.boEmpty()) vNodeEnter();
 }
 
 void InverseBuilder::vEnter(const Reference& reference) {

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <limits>
 #include <memory>
+#include <span>
 #include <thread>
 #include <utility>
 
@@ -81,6 +82,10 @@ private:
         return {iRound * g_iRound, std::min((iRound + 1) * g_iRound, m_entities.size())};
     }
 
+    [[nodiscard]] std::span<Entity* const> row(const Range& range) const noexcept {
+        return std::span(m_entities).subspan(range.iFirst, range.iLast - range.iFirst);
+    }
+
     // Whatever is to be told is told on the caller's thread and in the order of the instances: where a round has anything
     // of that kind in it, that thread does it and the rest alone.
     void vPlainFrom(std::size_t iRound) noexcept {
@@ -99,11 +104,10 @@ private:
             [this, iRound](const AssertInfo&) { vPlainFrom(iRound); });
         const Range range = share(round(iRound), iPart, iParts);
         try {
-            for (std::size_t i = range.iFirst; i < range.iLast; ++i)
-                InverseBuilder::vForEachReference(*m_entities[i], [&](const InverseBuilder::Reference& reference) {
-                    const auto iAddress = reinterpret_cast<std::uintptr_t>(reference.pTarget);
-                    found[iAddress / g_iPartBytes % iParts].push_back(reference);
-                });
+            InverseBuilder::vForEachReference(row(range), [&](const InverseBuilder::Reference& reference) {
+                const auto iAddress = reinterpret_cast<std::uintptr_t>(reference.pTarget);
+                found[iAddress / g_iPartBytes % iParts].push_back(reference);
+            });
         } catch (...) {
             vPlainFrom(iRound);
         }
@@ -112,10 +116,7 @@ private:
     void vEnter(std::size_t iRound, unsigned iPart, unsigned iParts) {
         InverseBuilder& builder = m_builders[iPart]->builder;
         const bool boAlone = boPlain(iRound);
-        if (boAlone && iPart == 0) {
-            const Range all = round(iRound);
-            for (std::size_t i = all.iFirst; i < all.iLast; ++i) builder.vAdd(*m_entities[i]);
-        }
+        if (boAlone && iPart == 0) builder.vAdd(row(round(iRound)));
         for (unsigned iFrom = 0; iFrom < iParts; ++iFrom) {
             References& references = m_found[iFrom].rounds[iRound % 2][iPart];
             if (!boAlone)
@@ -192,7 +193,7 @@ std::size_t iInversesBuild(const std::vector<Entity*>& entities, Pool& pool, uns
     if (iThreads <= 1) {
         PoolArena arena(pool);
         InverseBuilder builder(pool, &arena);
-        for (Entity* pEntity : entities) builder.vAdd(*pEntity);
+        builder.vAdd(entities);
         builder.vFlush();
         return builder.iEntered();
     }
