@@ -45,7 +45,7 @@ getrusage|sysconf|qsort_r|M_PI)([^A-Za-z0-9_]|$)")
 rule("a path of one system" "${system_files}" "\"/(dev|proc|sys|tmp|etc|usr|home)/")
 # Those of g++'s library sleep for ever now and then where there is no futex, as on Windows.
 rule("a wait of <atomic>, <barrier>, <latch> or <semaphore> instead of a condition" "^$"
-  "# *include <(barrier|latch|semaphore)>" "${word}atomic_(wait|notify)")
+  "# *include <(barrier|latch|semaphore)>" "${word}atomic_(wait|notify)" "\\.wait\\([^()]*memory_order")
 rule("what Linux alone has" "${linux_files}"
   "/proc/|MADV_|memfd_|copy_file_range|getrandom|O_TMPFILE|mremap|gettid|prctl|epoll|inotify|fallocate|MAP_NORESERVE")
 

@@ -19,9 +19,9 @@ namespace oxa::ifc::def::express {
 // The schema that "table" gives the differences to; empty for a table that stands alone.
 [[nodiscard]] OXA_SCHEMA_API std::string_view sFactTableBase(std::string_view table);
 
-// Reads a table, in one piece or in several of whole lines, into "schema", which holds the declarations of the base when there is one, and else nothing.
-// Types and entities come out in the order of their names. False with one message more at the first fault.
-// The declarations are views into "table".
+// Reads a table, in one piece or in several of whole lines, into "schema", which holds the declarations of the base when
+// there is one, and else nothing. Types and entities come out in the order of their names. False with one message more at
+// the first fault. The declarations are views into "table".
 [[nodiscard]] OXA_SCHEMA_API bool boReadFactTable(std::string_view table, SchemaDeclaration& schema,
                                                   std::vector<SchemaMessage>& messages);
 [[nodiscard]] OXA_SCHEMA_API bool boReadFactTable(std::span<const std::string_view> pieces, SchemaDeclaration& schema,

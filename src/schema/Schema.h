@@ -197,7 +197,7 @@ struct Attribute {
     std::vector<const ObjectBase*> types;            ///< [0] the type, one further element a nesting level
     std::vector<const AttributeInverse*> inverses;   ///< whose FOR clause names this attribute
     const xmlschema::Attribute* pXml = nullptr;      ///< ifcXML mapping; null where the default holds
-    std::string_view sTypeName;                      ///< declared type by name; see sTypeText() for display
+    std::string sTypeName;                           ///< declared type by name; see sTypeText() for display
 
     /// The type; null for an attribute that a faulty graph gives none.
     [[nodiscard]] const ObjectBase* pType() const noexcept { return types.empty() ? nullptr : types.front(); }
@@ -288,7 +288,7 @@ class OXA_SCHEMA_API Schema {
 public:
     /// One object, with its key.
     struct Record {
-        const std::string& key;   ///< sNameUpper
+        std::string key;   ///< sNameUpper
         /// Owned by the schema.
         const ObjectBase* pObject;
     };

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <atomic>
+#include <thread>
 #include <utility>
 
 namespace oxa::ifc::def::schema {
@@ -43,20 +44,15 @@ private:
         for (int iState = g_iEmpty; !m_iState.compare_exchange_strong(iState, g_iBuilding, std::memory_order_acquire);
              iState = g_iEmpty) {
             if (iState == g_iReady) return;
-            m_iState.wait(g_iBuilding, std::memory_order_acquire);
+            std::this_thread::yield();   // a build takes microseconds
         }
         try {
             m_value = build();
         } catch (...) {
-            vSet(g_iEmpty);
+            m_iState.store(g_iEmpty, std::memory_order_release);
             throw;
         }
-        vSet(g_iReady);
-    }
-
-    void vSet(int iState) const noexcept {
-        m_iState.store(iState, std::memory_order_release);
-        m_iState.notify_all();
+        m_iState.store(g_iReady, std::memory_order_release);
     }
 
     mutable Value m_value{};

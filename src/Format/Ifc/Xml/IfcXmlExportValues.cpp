@@ -28,8 +28,8 @@ namespace {
 bool boNestsInstances(std::uint32_t mode) { return mode == 1 || mode == 2 || mode == 3; }
 
 // The element that holds the text of a value of that type.
-void vWrapperAppend(Element& parent, std::string_view type, std::string& sName, const std::string& sText) {
-    sName.assign(type).append("-wrapper");
+void vWrapperAppend(Element& parent, const std::string& sType, std::string& sName, const std::string& sText) {
+    sName.assign(sType).append("-wrapper");
     parent.ElementNodeAppend(sName).boTextNodeAppend(sText);
 }
 
@@ -92,8 +92,8 @@ void ExportCommon::vExportScalar(Element& parent, const Attribute& attribute, co
     if (mode != 2) {
         Element element = parent.ElementNodeAppend(attribute.sName);
         // A base type of EXPRESS has no name of its own in the schema.
-        return vWrapperAppend(element, type.sName.empty() ? attribute.sTypeName : std::string_view(type.sName),
-                              walk.m_sName, walk.m_sText);
+        return vWrapperAppend(element, type.sName.empty() ? attribute.sTypeName : type.sName, walk.m_sName,
+                              walk.m_sText);
     }
     std::string_view text = walk.m_sText;
     // A GUID's text comes between quotes, as it stands in a STEP file.

@@ -69,7 +69,7 @@ void ImportWalk::vAttributeRead(Entity& entity, const const_Node& node, Type& ty
 void ImportWalk::vReferenceRead(Entity& entity, const const_Element& element, Type& type, Member& member) {
     const Attribute& attribute = *member.pAttribute;
     const std::optional<const_Attr> named = element.AttributeNodeGet("xsi:type");
-    Entity* pTarget = pEntityRead(element, named ? named->getValue() : attribute.sTypeName);
+    Entity* pTarget = pEntityRead(element, named ? named->getValue() : std::string_view(attribute.sTypeName));
     if (entity.pSchemaEntity() == type.pSchema && member.pPlace && member.pPlace->eClass == CellClass::Entity) {
         auto& cell = static_cast<AttributeEntity&>(*pCellOf(entity, member.pPlace));
         cell.m_value = pTarget;
