@@ -18,6 +18,9 @@ namespace {
 // to their end: for those huge pages are asked for, since each spares 511 entries of the TLB.
 constexpr std::size_t g_iMapFrom = 1024 * 1024;
 
+// A smaller table has too few pages for a system call to pay.
+constexpr std::size_t g_iPopulatedFrom = 64 * 1024;
+
 ZeroedBytes mappedBytes(std::size_t iBytes, platform::Pages ePages) {
     void* pBytes = platform::pMap(iBytes, ePages);
     if (!pBytes) throw std::bad_alloc();
@@ -45,6 +48,7 @@ ZeroedBytes zeroedBytes(std::size_t iBytes) {
 ZeroedBytes zeroedTable(std::size_t iBytes) {
     ZeroedBytes pBytes = zeroedBytes(iBytes);
     vFillSoon(pBytes.get(), iBytes);
+    if (iBytes >= g_iPopulatedFrom) vPopulate(pBytes.get(), iBytes);
     return pBytes;
 }
 

@@ -26,8 +26,8 @@ using ZeroedBytes = std::unique_ptr<char[], ZeroedBytesDeleter>;
 /// Aligned for every basic type. Throws std::bad_alloc.
 [[nodiscard]] OXA_IFC_API ZeroedBytes zeroedBytes(std::size_t iBytes);
 
-/// A block that will be filled here and there, all over, as a hash table is: where it is large, of huge pages. Throws
-/// std::bad_alloc.
+/// A block that will be filled here and there, all over, as a hash table is: its pages are there at once, and huge ones
+/// where it is large. Throws std::bad_alloc.
 [[nodiscard]] OXA_IFC_API ZeroedBytes zeroedTable(std::size_t iBytes);
 
 ///@{

@@ -57,7 +57,9 @@ Entity* GuidMap::pFind(const Guid& guid) const noexcept {
 }
 
 void GuidMap::vFetch(const Guid& guid) const noexcept {
-    if (m_pTable) platform::vFetchToRead(&table()[iHome(guid)]);
+    // What says whether the place is taken: of an entry on two cache lines the one that is looked at first, and of a free
+    // one all that is.
+    if (m_pTable) platform::vFetchToRead(&table()[iHome(guid)].pEntity);
 }
 
 bool GuidMap::boInsert(const Guid& guid, Entity* pEntity) {
