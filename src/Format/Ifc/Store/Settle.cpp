@@ -151,7 +151,8 @@ public:
         const Range range = share({0, m_entities.size()}, iPart, team.iParts());
         std::vector<std::size_t>& places = m_places[iPart];
         for (std::size_t i = range.iFirst; i < range.iLast; ++i) {
-            const std::uint16_t iOrdinal = m_entities[i]->schemaEntity().iTypeOrdinal;
+            const def::schema::Entity* pType = m_entities[i]->pSchemaEntity();
+            const std::uint16_t iOrdinal = pType ? pType->iTypeOrdinal : m_entities[i]->schemaEntity().iTypeOrdinal;
             m_pOrdinals[i] = iOrdinal;
             // As many places as there are types up to the last one met: callers of small models sort often.
             if (iOrdinal >= places.size()) places.resize(std::size_t{iOrdinal} + 1);

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,24 @@ TEST(Settle, InverseListsAreTheSameForAnyNumberOfThreads) {
             expected = lists;
         }
         EXPECT_TRUE(lists == expected) << iThreads;
+        users.vListsClear();
+    }
+}
+
+// Rows shorter and longer than what is looked ahead: each instance is announced once, in its order.
+TEST(Settle, RowsOfAnyLengthAreAnnouncedAsOneByOne) {
+    Users users;
+    for (std::size_t iCount : {0, 1, 2, 7, 8, 9, 16, 17, 24, 25, 31, 32, 33, 64, 65, 100}) {
+        SCOPED_TRACE(iCount);
+        const std::vector<Entity*> row(users.entities.begin() + 1,
+                                       users.entities.begin() + 1 + static_cast<int>(iCount));
+        for (Entity* pEntity : row) pEntity->vAttributeInverseInit(users.data);
+        const auto expected = users.lists();
+        users.vListsClear();
+        const auto isUser = [](const Entity* pEntity) { return pEntity->schemaEntity().sName == "IfcUser"; };
+        EXPECT_EQ(iInversesBuild(row, users.data.pool(), 1),
+                  std::size_t{2} * static_cast<std::size_t>(std::ranges::count_if(row, isUser)));
+        EXPECT_TRUE(users.lists() == expected);
         users.vListsClear();
     }
 }
