@@ -50,20 +50,34 @@ Groups groupsFromGuid(const Guid& guid) {
 
 // What does not fit a field of the GUID is lost, which concerns the first group only.
 void vGuidFromGroups(Guid& guid, const Groups& groups) {
-    const auto byte = [&groups](std::size_t iGroup, unsigned iShift) {
-        return static_cast<std::uint8_t>(groups[iGroup] >> iShift);
-    };
     guid.Data1 = groups[0] << 24 | groups[1];
     guid.Data2 = static_cast<std::uint16_t>(groups[2] >> 8);
     guid.Data3 = static_cast<std::uint16_t>((groups[2] & 0xFFu) << 8 | groups[3] >> 16);
-    guid.Data4[0] = byte(3, 8);
-    guid.Data4[1] = byte(3, 0);
-    guid.Data4[2] = byte(4, 16);
-    guid.Data4[3] = byte(4, 8);
-    guid.Data4[4] = byte(4, 0);
-    guid.Data4[5] = byte(5, 16);
-    guid.Data4[6] = byte(5, 8);
-    guid.Data4[7] = byte(5, 0);
+    // The last eight bytes as a number, its highest byte first.
+    std::uint64_t uTail = std::uint64_t{groups[3] & 0xFFFFu} << 48 | std::uint64_t{groups[4]} << 24 | groups[5];
+    for (std::size_t i = sizeof guid.Data4; i-- > 0; uTail >>= 8) guid.Data4[i] = static_cast<std::uint8_t>(uTail);
+}
+
+// For each place in a group of four what a byte there adds to the group's value. A byte that is no digit, of which there
+// is none in a file as exporters write them, adds this bit.
+constexpr std::uint32_t g_uNoDigit = std::uint32_t{1} << 31;
+using Addends = std::array<std::uint32_t, 256>;
+constexpr std::array<Addends, 4> g_addends = [] {
+    std::array<Addends, 4> addends{};
+    for (std::size_t iPlace = 0; iPlace < addends.size(); ++iPlace)
+        for (std::size_t i = 0; i < g_digitOf.size(); ++i)
+            addends[iPlace][i] =
+                g_digitOf[i] < 64 ? std::uint32_t{g_digitOf[i]} << 6 * (addends.size() - 1 - iPlace) : g_uNoDigit;
+    return addends;
+}();
+
+// A group of digits alone, without a look at each; of others the value has g_uNoDigit.
+template <std::size_t iLength>
+std::uint32_t uDigitGroup(const char* pText) {
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < iLength; ++i)
+        value |= g_addends[g_addends.size() - iLength + i][static_cast<std::uint8_t>(pText[i])];
+    return value;
 }
 
 // False where the value needs more digits than the group has.
@@ -98,7 +112,12 @@ bool IfcGuid::boIfcStringFromGuid(char* const text, const Guid& guid) {
 }
 
 bool IfcGuid::boIfcStringToGuid(Guid& guid, const char* const text) {
-    Groups groups;
+    Groups groups = {uDigitGroup<2>(text),      uDigitGroup<4>(text + 2),  uDigitGroup<4>(text + 6),
+                     uDigitGroup<4>(text + 10), uDigitGroup<4>(text + 14), uDigitGroup<4>(text + 18)};
+    if (!((groups[0] | groups[1] | groups[2] | groups[3] | groups[4] | groups[5]) & g_uNoDigit)) {
+        vGuidFromGroups(guid, groups);
+        return true;
+    }
     const char* pText = text;
     for (std::size_t i = 0; i < groups.size(); pText += g_groupLength[i], ++i)
         if (!boReadGroup(pText, g_groupLength[i], groups[i])) return false;

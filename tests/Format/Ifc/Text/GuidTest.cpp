@@ -90,6 +90,23 @@ TEST(IfcGuid, ForeignCharacterIsRefusedAtEachPosition) {
         }
 }
 
+// Each byte at each place: a digit changes the text that is written, NUL ends its group, and all else is refused.
+TEST(IfcGuid, EachByteCountsAtEachPosition) {
+    constexpr std::string_view alphabet = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_$";
+    for (std::size_t i = 0; i < IfcGuid::Length; ++i)
+        for (int iByte = 0; iByte < 256; ++iByte) {
+            SCOPED_TRACE(std::to_string(iByte) + " at " + std::to_string(i));
+            std::string text = "1hfxWGdQqHqO2q0C1Fr338";
+            text[i] = static_cast<char>(iByte);
+            const auto guid = IfcGuid::fromIfcGuid({pExact(text).get(), text.size()});
+            const std::size_t iDigit = alphabet.find(text[i]);
+            ASSERT_EQ(guid.has_value(), iDigit != std::string_view::npos || iByte == 0);
+            if (!guid || iByte == 0) continue;
+            if (i == 0) text[0] = alphabet[iDigit % 4];   // of which two bits fit
+            ASSERT_EQ(IfcGuid::toIfcGuid(*guid), text);
+        }
+}
+
 struct DecodeRow {
     const char* sRule;
     std::string_view text;
