@@ -29,29 +29,42 @@ namespace details {
     return error == std::errc() ? pEnd : nullptr;
 }
 
+// 8 bytes of a text, the first one lowest.
+[[nodiscard]] inline std::uint64_t uBytes8(const char* first) noexcept {
+    static_assert(std::endian::native == std::endian::little, "the first byte is the lowest");
+    std::uint64_t bytes;
+    std::memcpy(&bytes, first, sizeof bytes);
+    return bytes;
+}
+
+// The number of eight decimal digits, each a byte from 0 to 9, the first one lowest.
+[[nodiscard]] constexpr std::uint32_t uNumberOf(std::uint64_t digits) noexcept {
+    digits = (digits * 10 + (digits >> 8)) & 0x00FF00FF00FF00FFu;
+    digits = (digits * 100 + (digits >> 16)) & 0x0000FFFF0000FFFFu;
+    digits = (digits * 10000 + (digits >> 32)) & 0x00000000FFFFFFFFu;
+    return static_cast<std::uint32_t>(digits);
+}
+
 // The decimal digits at the front of 8 bytes: how many, and their value.
 struct Digits {
     unsigned iCount;
     std::uint32_t uValue;
 };
 
-// All at once instead of one after the other: how many digits a number has is hard to foresee for a processor.
-[[nodiscard]] inline Digits digitsOf8(const char* first) noexcept {
-    static_assert(std::endian::native == std::endian::little, "the first byte is the lowest");
+// All at once instead of one after the other: how many digits a number has is hard to foresee for a processor. The first
+// byte is the lowest.
+[[nodiscard]] inline Digits digitsOf(std::uint64_t bytes) noexcept {
     constexpr std::uint64_t ones = 0x0101010101010101u;
-    std::uint64_t bytes;
-    std::memcpy(&bytes, first, sizeof bytes);
     bytes ^= ones * '0';
     // The sum has the high bit of each byte from 10 on; what it carries over comes behind the first of those.
     const std::uint64_t others = ((bytes + ones * 0x76) | bytes) & (ones * 0x80);
     const auto iCount = static_cast<unsigned>(std::countr_zero(others)) / 8;
     if (iCount == 0) return {0, 0};
-    bytes <<= 64 - 8 * iCount;   // zeros in front
-    bytes = (bytes * 10 + (bytes >> 8)) & 0x00FF00FF00FF00FFu;
-    bytes = (bytes * 100 + (bytes >> 16)) & 0x0000FFFF0000FFFFu;
-    bytes = (bytes * 10000 + (bytes >> 32)) & 0x00000000FFFFFFFFu;
-    return {iCount, static_cast<std::uint32_t>(bytes)};
+    return {iCount, uNumberOf(bytes << (64 - 8 * iCount))};   // zeros in front
 }
+
+// The same of the 8 bytes from first on.
+[[nodiscard]] inline Digits digitsOf8(const char* first) noexcept { return digitsOf(uBytes8(first)); }
 
 }   // namespace details
 

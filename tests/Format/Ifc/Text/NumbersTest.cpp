@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Format/Ifc/IfcNumbers.h"
+#include "Format/Ifc/Text/RealRead.h"
 
 #include <bit>
 #include <cmath>
@@ -273,6 +274,66 @@ TEST(DigitsOf8, EndAtTheFirstOtherByte) {
             ASSERT_EQ(digits.uValue, iCount ? static_cast<std::uint32_t>(std::stoul(text.substr(0, iCount))) : 0U)
                 << iByte;
         }
+}
+
+// Behind other text, as in a statement, which then is read as a whole word.
+std::optional<double> toDoubleBehind(std::string_view front, std::string_view text) {
+    const Exact exact(std::string(front) + std::string(text));
+    double value = 0;
+    if (!details::boReadReal(exact.first(), exact.first() + front.size(), exact.last(), value)) return std::nullopt;
+    return value;
+}
+
+void vExpectAsReference(const std::string& text) {
+    const auto expected = toDoubleReference(text);
+    for (const std::string_view front : {"", "(", "1.5,", "1234567", "#1=IFCX(999.999,"}) {
+        const auto value = toDoubleBehind(front, text);
+        ASSERT_EQ(value.has_value(), expected.has_value()) << front << text;
+        if (value) {
+            ASSERT_EQ(std::bit_cast<std::uint64_t>(*value), std::bit_cast<std::uint64_t>(*expected)) << front << text;
+        }
+    }
+}
+
+// All numbers of digits in front of the point and behind it, up to where 64 bits end and beyond, each with all that may
+// stand around them.
+TEST(BoReadReal, AgreesAtAllLengths) {
+    const std::string digits[] = {"9999999999999999999999999", "0000000000000000000000000", "1234567890123456789012345",
+                                  "9007199254740993000000000", "0000000000000000000000001"};
+    const char* const ends[] = {"",      "E5",    "e-5",    "E+22",   "E-22", "E23",    "E-23", "E308",
+                                "E-320", "E9999", "E-9999", "E99999", "E",    "E+",     "E-",   "E5x",
+                                "x",     ".",     "-",      "E5E5",   "E1.",  "E00005", " ",    "\x80"};
+    for (const std::string& sDigits : digits)
+        for (std::size_t iWhole = 0; iWhole <= 21; ++iWhole)
+            for (std::size_t iFraction = 0; iFraction + iWhole <= 23; ++iFraction)
+                for (const char* const sSign : {"", "-"}) {
+                    const std::string sWhole = sSign + sDigits.substr(0, iWhole);
+                    const std::string sFraction = sDigits.substr(iWhole, iFraction);
+                    vExpectAsReference(sWhole + sFraction);
+                    for (const char* const sEnd : ends) vExpectAsReference(sWhole + "." + sFraction + sEnd);
+                }
+}
+
+// Any byte in any place of a number of each length.
+TEST(BoReadReal, AForeignByteIsSeenAtEachPlace) {
+    for (std::size_t iLength = 1; iLength <= 26; ++iLength)
+        for (std::size_t iPlace = 0; iPlace < iLength; ++iPlace)
+            for (int iByte = 0; iByte < 256; ++iByte) {
+                std::string text = std::string("3.14159265358979323846264338").substr(0, iLength);
+                text[iPlace] = static_cast<char>(iByte);
+                vExpectAsReference(text);
+            }
+}
+
+TEST(BoReadReal, AgreesForRandomNumbers) {
+    std::mt19937_64 random(7);
+    for (int i = 0; i < 50'000; ++i) {
+        std::string text = sNumberLike(random);
+        if (const std::size_t iPoint = text.find('.'); iPoint != std::string::npos)
+            for (std::size_t n = random() % 16; n-- > 0;)
+                text.insert(iPoint + 1, 1, static_cast<char>('0' + random() % 10));
+        vExpectAsReference(text);
+    }
 }
 
 }   // namespace
