@@ -3,7 +3,10 @@
 // dropped, because a model with one damaged text is worth more than none. Writing gives 7-bit text only.
 #include "Format/Ifc/IfcStepStrings.h"
 
+#include <array>
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <string_view>
 
@@ -182,6 +185,118 @@ bool StringReader::boReadPage() {
     return true;
 }
 
+constexpr std::uint8_t g_noHexDigit = 0xFF;
+constexpr std::array<std::uint8_t, 256> g_hexDigitOf = [] {
+    std::array<std::uint8_t, 256> table{};
+    table.fill(g_noHexDigit);
+    for (std::uint8_t i = 0; i < 16; ++i) {
+        table[static_cast<std::uint8_t>("0123456789ABCDEF"[i])] = i;
+        table[static_cast<std::uint8_t>("0123456789abcdef"[i])] = i;
+    }
+    return table;
+}();
+
+// The number of iDigits hexadecimal digits; beyond 16 bits where one of them is none.
+std::uint32_t uHexOf(const char* pDigits, std::size_t iDigits) {
+    std::uint32_t uValue = 0;
+    std::uint8_t uAny = 0;
+    for (std::size_t i = 0; i < iDigits; ++i) {
+        const std::uint8_t uDigit = g_hexDigitOf[static_cast<std::uint8_t>(pDigits[i])];
+        uValue = uValue << 4 | uDigit;
+        uAny |= uDigit;
+    }
+    return uAny < 16 ? uValue : ~0U;
+}
+
+// The same as a StringReader for what exporters write: 7-bit text with doubled quotes and backslashes, and directives that
+// are whole and name characters of 16 bits. Each of them is shorter in UTF-8, and is written at once. False for all else.
+class UsualReader {
+public:
+    // Up to g_iBehind bytes behind those that the text becomes can be written at pOut.
+    static constexpr std::size_t g_iBehind = details::ByteBlock::g_iSize;
+
+    UsualReader(char* pOut, const char* text, std::size_t length) : m_pOut(pOut), m_p(text), m_pEnd(text + length) {}
+
+    bool boRead() {
+        while (m_p < m_pEnd) {
+            if (!boSpecialReached()) continue;
+            if (*m_p == '\'') {
+                *m_pOut++ = '\'';
+                m_p += 2;
+            } else if (*m_p != '\\' || !boReadDirective()) {
+                return false;
+            }
+        }
+        return true;
+    }
+    // Behind the text.
+    [[nodiscard]] const char* pOut() const { return m_pOut; }
+
+private:
+    // Copies what is no special byte; false at the end, or where there may be more of it.
+    bool boSpecialReached() {
+        if (m_pEnd - m_p >= static_cast<std::ptrdiff_t>(g_iBehind)) {
+            const details::ByteBlock bytes(m_p);
+            const unsigned uFound = (bytes | bytes.among('\\', '\'')).uHighBits();
+            std::memcpy(m_pOut, m_p, g_iBehind);
+            const auto iPlain = uFound ? static_cast<std::size_t>(std::countr_zero(uFound)) : g_iBehind;
+            m_pOut += iPlain;
+            m_p += iPlain;
+            return uFound != 0;
+        }
+        while (m_p != m_pEnd && !details::boSpecial(*m_p)) *m_pOut++ = *m_p++;
+        return m_p != m_pEnd;
+    }
+
+    // At a backslash.
+    bool boReadDirective() {
+        const std::ptrdiff_t iLeft = m_pEnd - m_p;
+        if (iLeft >= 2 && m_p[1] == '\\') {
+            *m_pOut++ = '\\';
+            m_p += 2;
+            return true;
+        }
+        if (iLeft >= 4 && m_p[1] == 'X' && m_p[2] == '2' && m_p[3] == '\\') {
+            m_p += 4;
+            for (; m_pEnd - m_p >= 4 && *m_p != '\\'; m_p += 4)
+                if (!boWrite(uHexOf(m_p, 4))) return false;
+            m_p += 4;   // "\X0\", unseen
+            return true;
+        }
+        if (iLeft >= 5 && m_p[1] == 'X' && m_p[2] == '\\') {
+            const bool boWritten = boWrite(uHexOf(m_p + 3, 2));
+            m_p += 5;
+            return boWritten;
+        }
+        if (iLeft >= 4 && m_p[1] == 'S' && m_p[2] == '\\' && static_cast<unsigned char>(m_p[3]) < 0x80) {
+            const bool boWritten = boWrite(static_cast<unsigned char>(m_p[3]) + 0x80U);
+            m_p += 4;
+            return boWritten;
+        }
+        return false;
+    }
+
+    // False for what is no character of 16 bits.
+    bool boWrite(std::uint32_t uCode) {
+        if (uCode >= 0xFFFE || (uCode >= 0xD800 && uCode <= 0xDFFF)) return false;
+        if (uCode < 0x80) {
+            *m_pOut++ = static_cast<char>(uCode);
+        } else if (uCode < 0x800) {
+            *m_pOut++ = static_cast<char>(0xC0 | uCode >> 6);
+            *m_pOut++ = static_cast<char>(0x80 | (uCode & 0x3F));
+        } else {
+            *m_pOut++ = static_cast<char>(0xE0 | uCode >> 12);
+            *m_pOut++ = static_cast<char>(0x80 | (uCode >> 6 & 0x3F));
+            *m_pOut++ = static_cast<char>(0x80 | (uCode & 0x3F));
+        }
+        return true;
+    }
+
+    char* m_pOut;
+    const char* m_p;   // may pass the end by a few
+    const char* m_pEnd;
+};
+
 // What is written for each code point that is not printable ASCII. A run of them shares one \X2\ or \X4\ block, which
 // stays open until a printable character, or a code point that needs the wider form; \X\ with two digits is used only
 // outside of a block, where it is shorter.
@@ -238,7 +353,12 @@ void vIfcStrToUtf8(std::string& out, const char* text, std::size_t length) {
         out.assign(text, length);
         return;
     }
-    out.reserve(length);
+    out.resize(length + UsualReader::g_iBehind);
+    if (UsualReader usual(out.data(), text, length); usual.boRead()) {
+        out.resize(static_cast<std::size_t>(usual.pOut() - out.data()));
+        return;
+    }
+    out.clear();
     thread_local std::u32string pending;
     pending.clear();
     StringReader reader(out, pending, text, length);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // TextScan: how far a text runs without a byte that means something in a STEP string.
 //
-// For      the string codec. Inside of this folder only.
+// For      the string codec, and the cells that read and write texts.
 // Special  are "\", "'" and every byte from 0x80. All else is copied as it stands.
 // Speed    most strings of a model hold no special byte at all and are 5 to 40 bytes long.
 #pragma once
@@ -55,6 +55,20 @@ namespace oxa::ifc::details {
             return first + std::countr_zero(uMask);
     }
     return pFindSpecialPortable(first, last);
+}
+
+// Whether no byte of [first, last) is special. Bytes from pReadable on, at or in front of first, can be read.
+[[nodiscard]] inline bool boVerbatim(const char* pReadable, const char* first, const char* last) noexcept {
+    constexpr std::ptrdiff_t iBlock = ByteBlock::g_iSize;
+    if (last - pReadable < iBlock) return pFindSpecialPortable(first, last) == last;
+    const auto uFound = [](const char* p) {
+        const ByteBlock bytes(p);
+        return (bytes | bytes.among('\\', '\'')).uHighBits();   // set in the bytes from 0x80 as well
+    };
+    for (; last - first > iBlock; first += iBlock)
+        if (uFound(first)) return false;
+    // The rest is the end of the last block.
+    return uFound(last - iBlock) >> (iBlock - (last - first)) == 0;
 }
 
 // Whether a text stands in a STEP string as it is: no byte is special, a control code, or beyond ASCII. A text that is

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Format/Ifc/IfcStepStrings.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -445,6 +446,79 @@ TEST(TextScan, FindsTheFirstSpecialByte) {
                 ASSERT_EQ(details::pFindSpecialPortable(pText.get(), pEnd) - pText.get(),
                           static_cast<std::ptrdiff_t>(i));
             }
+}
+
+// A text whose bytes are searched as ends of whole blocks, in a buffer of exactly its size and that of what stands in
+// front.
+TEST(TextScan, VerbatimIsWhatHasNoSpecialByte) {
+    for (const std::size_t iInFront : {0U, 3U, 16U, 40U})
+        for (std::size_t iLength = 0; iLength < 50; ++iLength) {
+            std::vector<char> text(iInFront + iLength, '\'');
+            char* const pText = text.data() + iInFront;
+            std::fill(pText, pText + iLength, '[');
+            ASSERT_TRUE(details::boVerbatim(text.data(), pText, pText + iLength)) << iLength;
+            for (std::size_t i = 0; i < iLength; ++i)
+                for (int iByte = 0; iByte < 256; ++iByte) {
+                    pText[i] = static_cast<char>(iByte);
+                    ASSERT_EQ(details::boVerbatim(text.data(), pText, pText + iLength), !details::boSpecial(pText[i]))
+                        << iByte << " at " << i << " of " << iLength;
+                    pText[i] = '[';
+                }
+        }
+}
+
+// A directive that is unknown is dropped, and the whole text is then read by the general way.
+TEST(VIfcStrToUtf8, TheUsualFormsAreReadAsByTheGeneralWay) {
+    const AssertLog log;
+    static const std::vector<std::string> g_pieces = {
+        "a",
+        "Z",
+        " ",
+        "''",
+        "'",
+        "\\\\",
+        "\\",
+        "\\X2\\",
+        "\\X0\\",
+        "00E4",
+        "20AC",
+        "D83D",
+        "DE00",
+        "FFFE",
+        "0041",
+        "\\X\\E9",
+        "\\X\\",
+        "\\S\\d",
+        "\\S\\",
+        "\\S",
+        "\\X",
+        "\\X4\\",
+        "0001F600",
+        "\\PB\\",
+        "\\N\\",
+        "x2",
+        "0",
+        "\xC3\xA4",
+        "\xE9",
+        "long run of plain text, longer than a block",
+        "\\X2\\00C400D600DC\\X0\\",
+        "\\X2\\4e2d6587\\X0\\",
+        "\\X2\\12",
+        "\\X2\\-001\\X0\\",
+    };
+    std::mt19937 random(3);
+    std::size_t iDecoded = 0;
+    for (int i = 0; i < 50'000; ++i) {
+        std::string text;
+        for (std::size_t n = random() % 6; n-- > 0;) {
+            const std::size_t iPiece = random() % g_pieces.size();
+            text += g_pieces[random() % 3 ? iPiece % 16 : iPiece];
+        }
+        const std::string sGeneral = sRead("\\Q" + text);
+        ASSERT_EQ(sRead(text), sGeneral) << text;
+        iDecoded += sGeneral != text;
+    }
+    EXPECT_GT(iDecoded, 20'000U);
 }
 
 }   // namespace
