@@ -15,6 +15,16 @@
 #define OXA_HAS_GNU_BUILTINS 1   // g++ and clang++, which has them on every system
 #endif
 
+// In front of a function of an innermost loop that is worth its place there wherever it is called, and of one whose own
+// variables need all registers that there are.
+#if defined(OXA_HAS_GNU_BUILTINS)
+#define OXA_ALWAYS_INLINE [[gnu::always_inline]] inline
+#define OXA_NEVER_INLINE [[gnu::noinline]]
+#else
+#define OXA_ALWAYS_INLINE __forceinline
+#define OXA_NEVER_INLINE __declspec(noinline)
+#endif
+
 #if defined(__MINGW32__)
 // In front of a function that the system calls before any initialiser.
 #define OXA_CALLED_FIRST [[gnu::constructor(101)]]

@@ -47,6 +47,9 @@ class Data;
 class Entity;
 struct StepReadInfoData;
 struct StepWriteInfo;
+namespace details {
+struct ItemEnds;
+}   // namespace details
 namespace types {
 class IfcSelectBase;
 }   // namespace types
@@ -114,12 +117,6 @@ public:
 
         /// One byte of the token or of the text behind it; NUL behind the statement's end.
         [[nodiscard]] char cAt(std::size_t i) const noexcept;
-        [[nodiscard]] const char* pText() const noexcept;   ///< first byte of the token
-        /// Zeroed memory of the model. Any number of threads, each with an info of its own.
-        [[nodiscard]] void* pAllocate(std::size_t iBytes);
-        /// The context of a part of this token.
-        [[nodiscard]] StepReadInfoAttribute part(std::size_t iStart, std::size_t iLength,
-                                                 const def::schema::ObjectBase* pType) const noexcept;
     };
 
     /// Where the text of one value goes, and how.
@@ -312,9 +309,6 @@ public:
     /// A quoted text, decoded to UTF-8. "Error_ExpectedValidStringValueFor", then an empty text.
     explicit AttributeString(StepReadInfoAttribute& info);
 
-    /// Decodes a part of the statement, a string without its quotes, into zero-terminated pool memory.
-    [[nodiscard]] static char* pTextRead(StepReadInfoAttribute& info, std::size_t iStart, std::size_t iLength);
-
     /// Stores "size" bytes, the terminating NUL among them. Reuses the present block when that holds a longer
     /// text. Always true; an assertion tells a text that is not UTF-8.
     bool boValueSet(const char* text, std::size_t size, Pool& pool);
@@ -411,9 +405,6 @@ public:
     /// "Error_ExpectedValidEntityValueFor", then null.
     explicit AttributeEntity(StepReadInfoAttribute& info);
 
-    /// The same for a part of a token, without a cell; null after the report.
-    [[nodiscard]] static Entity* pEntityRead(const StepReadInfoAttribute& info);
-
     /// "i" and the number that the instance has in "data".
     bool boValueAsXmlStringGet(std::string& text, const Data* data) const;
 
@@ -505,6 +496,9 @@ public:
     AttributeListValueBase() = default;
     /// "(a,b,c)". What is wrong with items is in the list of reports of the class of the items.
     explicit AttributeListValueBase(StepReadInfoAttribute& info);
+    /// The same of "(a,b,c)" and nothing else, for a parser that knows the type of the items, which is not Unknown, and
+    /// where they end.
+    AttributeListValueBase(StepReadInfoAttribute& info, AttributeType eItemType, const details::ItemEnds& ends);
     AttributeListValueBase(const AttributeListValueBase&) = delete;
     AttributeListValueBase& operator=(const AttributeListValueBase&) = delete;
 
@@ -555,6 +549,10 @@ public:
     /// "pObject": the type of the target's attribute. References that map to null are dropped from the list.
     bool copyTo(AttributeListValueBase& target, const def::schema::ObjectBase* pObject, Data& data,
                 const MapEntity& mapEntity, const MapType& mapType) const;
+
+    /// The type of the items of an aggregate; Unknown for what is none, and for items that no list has. A select whose
+    /// members all are entities has plain references, without a select cell and a nested cell for each item.
+    [[nodiscard]] static AttributeType itemType(const def::schema::ObjectBase* pObject) noexcept;
 
 protected:
     ~AttributeListValueBase();

@@ -32,9 +32,11 @@ struct StepWriteInfo;
 struct DataSizeEntity {
     /// What the parser needs to know of one attribute, resolved once.
     struct Cell {
-        const def::schema::Attribute* pAttribute;   ///< the attribute itself, which is the schema's
-        std::uint32_t iOffset;                      ///< of the cell in the block, in bytes
-        CellClass eClass;                           ///< what the cell is
+        const def::schema::Attribute* pAttribute;        ///< the attribute itself, which is the schema's
+        std::uint32_t iOffset;                           ///< of the cell in the block, in bytes
+        CellClass eClass;                                ///< what the cell is
+        bool boOptional = false;                         ///< the attribute may be without a value
+        AttributeType eItems = AttributeType::Unknown;   ///< of a list: what its items are, where it can have any
     };
 
     /// An inverse attribute of other types that an attribute of this one feeds.
@@ -47,6 +49,7 @@ struct DataSizeEntity {
     };
 
     std::uint32_t iSize = 0;              ///< bytes of the block: the sum of the cell sizes
+    std::uint32_t iInverses = 0;          ///< inverse attributes, each of which has a list behind the block
     std::vector<std::uint32_t> offsets;   ///< for each attribute the position of its cell in the block
     std::vector<Cell> cells;              ///< the same with more to each attribute
     std::vector<Feed> feeds;              ///< in the order of inverseTargets

@@ -89,6 +89,31 @@ void AttributeBase::vAttributeNew(const ObjectBase& object, const Attribute& att
     if (pType) *pType = typeOf(&object);
 }
 
+AttributeType AttributeListValueBase::itemType(const ObjectBase* pObject) noexcept {
+    const def::schema::DataTypeBase* pAggregate = def::schema::pDataTypeOf(pObject);
+    const ObjectBase* pElement = pAggregate ? pAggregate->pElementGet() : nullptr;
+    if (def::schema::pAsEntity(pElement)) return AttributeType::Entity;
+    const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pElement);
+    if (!pDataType) return AttributeType::Unknown;
+    switch (pDataType->kind) {
+    case DataKind::Real:
+    case DataKind::Number: return AttributeType::Real;
+    case DataKind::Integer: return AttributeType::Integer;
+    case DataKind::String: return AttributeType::String;
+    case DataKind::Binary: return AttributeType::Binary;
+    case DataKind::Select:
+        return static_cast<const def::schema::DataTypeSelect*>(pDataType)->boAllEntities ? AttributeType::Entity
+                                                                                         : AttributeType::Select;
+    case DataKind::List: return AttributeType::List;
+    case DataKind::Set: return AttributeType::Set;
+    case DataKind::Boolean:
+    case DataKind::Logical:
+    case DataKind::Enumeration:
+    case DataKind::Array: break;   // are no items
+    }
+    return AttributeType::Unknown;
+}
+
 // The header alone, whatever the class: the value behind it stays what the memory holds.
 void AttributeBase::vAttributeUndefined(CellClass eClass, void* pCell) {
     if (eClass == CellClass::Illegal) throw "illegal type";

@@ -35,15 +35,7 @@ private:
     static constexpr std::size_t g_iFirstPiece = 16 * 1024;
     static constexpr std::size_t g_iLargestPiece = 128 * 1024;
 
-    void* pAllocateSlow(std::size_t iBytes) {
-        // A large request goes past the arena, so that it does not throw half a piece away.
-        if (iBytes >= m_iPiece / 4) return m_pPool->pAllocate(iBytes);
-        m_pNext = static_cast<char*>(m_pPool->pAllocatePiece(m_iPiece));
-        m_pEnd = m_pNext + m_iPiece;
-        memory::vPopulate(m_pNext, m_iPiece);   // one system call instead of a page fault for each 4 KiB
-        if (m_iPiece < g_iLargestPiece) m_iPiece *= 2;
-        return pAllocate(iBytes);
-    }
+    void* pAllocateSlow(std::size_t iBytes);   // kept out of line: one call in some thousand
 
     Pool* m_pPool;
     char* m_pNext = nullptr;

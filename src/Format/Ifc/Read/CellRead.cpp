@@ -6,8 +6,8 @@
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/Read/CellReading.h"
 #include "Format/Ifc/Read/ReadContext.h"
-#include "Format/Ifc/Read/ReadThread.h"
 
 namespace oxa::ifc {
 
@@ -15,8 +15,12 @@ namespace oxa::ifc {
 AttributeBase* AttributeBase::pAttributeNew(const def::schema::Type& type, StepReadInfoAttribute& info,
                                             AttributeType* pType) {
     try {
-        void* pCell = info.pAllocate(iAttributeSizeFromSchemaAttribute(type, *info.m_pAttribute));
-        vAttributeNew(type, *info.m_pAttribute, pCell, &info, pType);
+        const CellClass eClass = cellClass(&type, *info.m_pAttribute);
+        void* pCell = details::pAllocate(info, iAttributeSizeFromSchemaAttribute(type, *info.m_pAttribute));
+        if (details::boCellReadQuick(eClass, pCell, info))
+            *pType = attributeType(def::schema::pDataTypeOf(&type)->kind);
+        else
+            vAttributeNew(type, *info.m_pAttribute, pCell, &info, pType);
         return static_cast<AttributeBase*>(pCell);
     } catch (const std::exception&) {
         StepReadInfoData& line = *info.m_pInfo;
@@ -30,7 +34,7 @@ AttributeBase* AttributeBase::pAttributeNew(const def::schema::Type& type, StepR
 // without a value is reported and stays undefined; the instance is kept.
 bool AttributeBase::boReadNull(const StepReadInfoAttribute& info) {
     if (info.m_iLength != 1) return false;
-    switch (*info.pText()) {
+    switch (*details::pTextOf(info)) {
     case '*': m_boDerived = true; return true;
     case '$': break;
     default: return false;
@@ -54,17 +58,6 @@ void AttributeBase::vReport(const StepReadInfoAttribute& info, ReportKey eKey) {
 char AttributeBase::StepReadInfoAttribute::cAt(std::size_t i) const noexcept {
     const std::string_view line = m_pInfo->m_line;
     return m_iStart + i < line.size() ? line[m_iStart + i] : '\0';
-}
-
-const char* AttributeBase::StepReadInfoAttribute::pText() const noexcept { return m_pInfo->m_line.data() + m_iStart; }
-
-void* AttributeBase::StepReadInfoAttribute::pAllocate(std::size_t iBytes) {
-    return m_pInfo->m_pThread ? m_pInfo->m_pThread->m_arena.pAllocate(iBytes) : m_pData->pool().pAllocate(iBytes);
-}
-
-AttributeBase::StepReadInfoAttribute AttributeBase::StepReadInfoAttribute::part(
-    std::size_t iStart, std::size_t iLength, const def::schema::ObjectBase* pType) const noexcept {
-    return {m_pInfo, m_pData, m_pEntity, m_pAttribute, pType, iStart, iLength, m_iDepth + 1};
 }
 
 }   // namespace oxa::ifc

@@ -6,163 +6,203 @@
 #include "Format/Ifc/IfcCellVisit.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/IfcNumbers.h"
+#include "Format/Ifc/Read/CellReading.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Text/Parameters.h"
+#include "Format/Ifc/Text/RealRead.h"
 #include "platform/Assert.h"
 
 namespace oxa::ifc {
 
-using def::schema::DataKind;
 using def::schema::ObjectBase;
+using details::CutItems;
+using details::ItemEnds;
 
-// The item type of an aggregate's list; false for one that no list can have. A select whose members all are entities
-// becomes a list of plain references, without a select cell and a nested cell for each item.
+// False for an aggregate that no list can be of.
 bool AttributeListValueBase::boInitTypeFromAttribute(const ObjectBase* pObject) noexcept {
+    const AttributeType eItems = itemType(pObject);
+    if (eItems != AttributeType::Unknown) {
+        m_eItemType = eItems;
+        return true;
+    }
     const def::schema::DataTypeBase* pAggregate = def::schema::pDataTypeOf(pObject);
     const ObjectBase* pElement = pAggregate ? pAggregate->pElementGet() : nullptr;
-    if (!pElement) return false;
-    if (def::schema::pAsEntity(pElement)) {
-        m_eItemType = AttributeType::Entity;
-        return true;
-    }
-    const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pElement);
-    if (!pDataType) {
+    if (pElement && !def::schema::pDataTypeOf(pElement))
         Assert::vTell("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeListValueBase::boInitTypeFromAttribute",
                       "pDataTypeBase != nullptr");
-        return false;
-    }
-    switch (pDataType->kind) {
-    case DataKind::Real:
-    case DataKind::Number: m_eItemType = AttributeType::Real; return true;
-    case DataKind::Integer: m_eItemType = AttributeType::Integer; return true;
-    case DataKind::String: m_eItemType = AttributeType::String; return true;
-    case DataKind::Binary: m_eItemType = AttributeType::Binary; return true;
-    case DataKind::Select:
-        m_eItemType = static_cast<const def::schema::DataTypeSelect*>(pDataType)->boAllEntities ? AttributeType::Entity
-                                                                                                : AttributeType::Select;
-        return true;
-    case DataKind::List: m_eItemType = AttributeType::List; return true;
-    case DataKind::Set: m_eItemType = AttributeType::Set; return true;
-    case DataKind::Boolean:
-    case DataKind::Logical:
-    case DataKind::Enumeration:
-    case DataKind::Array: break;   // are no items
-    }
     return false;
 }
 
-// The second half of the parsing constructor: the items of one token, by item type.
+// The second half of the parsing constructors: the items of one token, by item type.
 struct AttributeListValueBase::Reader {
     AttributeListValueBase& list;
     StepReadInfoAttribute& info;
+    const char* pLine;
     const char* first;   // the range between the token's first and last character
     const char* last;
 
     Reader(AttributeListValueBase& listRead, StepReadInfoAttribute& infoRead) noexcept
         : list(listRead),
           info(infoRead),
-          first(infoRead.pText() + 1),
-          last(first) {
-        if (info.m_iLength > 2) last = info.pText() + info.m_iLength - 1;
-    }
+          pLine(infoRead.m_pInfo->m_line.data()),
+          first(pLine + infoRead.m_iStart + 1),
+          last(infoRead.m_iLength > 2 ? first + infoRead.m_iLength - 2 : first) {}
 
-    [[nodiscard]] StepReadInfoAttribute item(const char* pBegin, const char* pEnd) const noexcept {
-        const char* pLine = info.m_pInfo->m_line.data();
-        return info.part(static_cast<std::size_t>(pBegin - pLine), static_cast<std::size_t>(pEnd - pBegin), nullptr);
+    // Calls take(begin, end, ends) for each item, of which nothing is known yet.
+    template <class Take>
+    void vCut(Take&& take) const {
+        CutItems cut;
+        details::ItemCut<> items(pLine, first, last);
+        for (bool boMore = true; boMore;) {
+            boMore = items.boNext(cut);
+            cut.vEach(
+                [&](const char* pBegin, const char* pEnd, std::size_t i) { take(pBegin, pEnd, cut.endsInside(i)); });
+        }
     }
 
     // Calls item(begin, end) for each item.
     template <class Item>
-    void vEach(Item&& item) const {
-        details::vForEachItem(info.m_pInfo->m_line.data(), first, last, item);
+    void vEach(const ItemEnds& ends, Item&& item) const {
+        if (ends.boAllKnown()) {
+            const char* pBegin = first;
+            for (std::size_t i = 0; i < ends.iCount; ++i) {
+                item(pBegin, ends.pEnds[i]);
+                pBegin = ends.pEnds[i] + 1;
+            }
+        } else {
+            vCut([&](const char* pBegin, const char* pEnd, const ItemEnds&) { item(pBegin, pEnd); });
+        }
     }
 
-    // Counts the items, makes the block and calls fill(place, begin, end) for each item.
-    //
-    // A block is allocated once and never grown, so the items have to be counted before they are read: two passes over
-    // the text. Most lists are short (three coordinates), and for those the first pass remembers where each item
-    // stands, so that the second need not cut the text again; sixteen places on the stack are enough for most.
-    template <class T, class Fill>
-    void vArray(Fill&& fill) {
-        struct Place {
-            const char* pBegin;
-            const char* pEnd;
-        };
-        std::array<Place, 16> known;   // as far as iCount says
-        std::size_t iCount = 0;
-        vEach([&](const char* pBegin, const char* pEnd) {
-            if (iCount < known.size()) known[iCount] = {pBegin, pEnd};
-            ++iCount;
-        });
-        auto* pArray = Array<T>::pFromBytes(info.pAllocate(Array<T>::iBlockSize(iCount)), iCount);
+    // The block of the list. A block is allocated once and never grown: the items have been counted.
+    template <class T>
+    Array<T>& block(const ItemEnds& ends) {
+        auto* pArray = Array<T>::pFromBytes(details::pAllocate(info, Array<T>::iBlockSize(ends.iCount)), ends.iCount);
         list.m_pItems = pArray;
-        auto* pItem = pArray->begin();
-        if (iCount <= known.size())
-            for (std::size_t i = 0; i < iCount; ++i) fill(*pItem++, known[i].pBegin, known[i].pEnd);
-        else
-            vEach([&](const char* pBegin, const char* pEnd) { fill(*pItem++, pBegin, pEnd); });
+        return *pArray;
     }
 
     // Numbers: one report for the list, however many items are bad; those are 0.
     template <class T, class Parse>
-    void vNumbers(Parse&& parse, ReportKey eKey) {
+    void vNumbers(const ItemEnds& ends, Parse&& parse, ReportKey eKey) {
+        auto* pItem = block<T>(ends).begin();
         bool boBad = false;
-        vArray<T>([&](Unaligned<T>& item, const char* pBegin, const char* pEnd) {
-            if (const auto value = parse(pBegin, pEnd))
-                item = *value;
+        vEach(ends, [&](const char* pBegin, const char* pEnd) {
+            T value{};
+            if (parse(pBegin, pEnd, value))
+                *pItem = value;
             else
                 boBad = true;
+            ++pItem;
         });
         if (boBad) vReport(info, eKey);
     }
-
-    // Texts: the quotes are not checked, nothing is reported, and an item too short for them is an empty text.
-    void vStrings() {
-        vArray<char*>([&](Unaligned<char*>& item, const char* pBegin, const char* pEnd) {
-            const auto iLength = static_cast<std::size_t>(pEnd - pBegin);
-            const auto iStart = static_cast<std::size_t>(pBegin - info.m_pInfo->m_line.data());
-            item = AttributeString::pTextRead(info, iLength < 2 ? iStart : iStart + 1, iLength < 2 ? 0 : iLength - 2);
-        });
+    void vItems(std::type_identity<double>, const ItemEnds& ends) {
+        vNumbers<double>(
+            ends,
+            [this](const char* pBegin, const char* pEnd, double& value) {
+                return details::boReadReal(pLine, pBegin, pEnd, value);
+            },
+            ReportKey::ExpectedValidRealInListFor);
+    }
+    void vItems(std::type_identity<long long>, const ItemEnds& ends) {
+        const char* const pReadable = pLine + info.m_pInfo->m_line.size();
+        vNumbers<long long>(
+            ends,
+            [pReadable](const char* pBegin, const char* pEnd, long long& value) {
+                if (pReadable - pBegin >= 8)
+                    if (const details::Digits digits = details::shortNumber(pBegin);
+                        digits.iCount > 0 && digits.iCount == pEnd - pBegin) {
+                        value = digits.uValue;
+                        return true;
+                    }
+                const auto number = toInt(pBegin, pEnd);
+                value = number.value_or(0);
+                return number.has_value();
+            },
+            ReportKey::ExpectedValidIntegersInListFor);
     }
 
-    template <class Cell>
-    void vCells() {
-        vArray<Cell>([&](Cell& cell, const char* pBegin, const char* pEnd) {
-            StepReadInfoAttribute part = item(pBegin, pEnd);
-            ::new (&cell) Cell(part);
+    // Texts: the quotes are not checked, nothing is reported, and an item too short for them is an empty text.
+    void vItems(std::type_identity<char*>, const ItemEnds& ends) {
+        auto* pItem = block<char*>(ends).begin();
+        vEach(ends, [&](const char* pBegin, const char* pEnd) {
+            const auto iLength = static_cast<std::size_t>(pEnd - pBegin);
+            *pItem++ =
+                iLength < 2 ? details::pTextRead(info, pBegin, 0) : details::pTextRead(info, pBegin + 1, iLength - 2);
         });
     }
 
     // A bad reference is reported and left out.
-    void vEntities() {
+    void vItems(std::type_identity<Entity*>, const ItemEnds& ends) {
         EntityList* pHead = nullptr;
-        const auto allocate = [this](std::size_t iBytes) { return info.pAllocate(iBytes); };
-        vEach([&](const char* pBegin, const char* pEnd) {
-            if (Entity* pEntity = AttributeEntity::pEntityRead(item(pBegin, pEnd)))
-                vListAppend(pHead, pEntity, allocate);
+        EntityList::Node* pLast = nullptr;
+        vEach(ends, [&](const char* pBegin, const char* pEnd) {
+            Entity* const pEntity = details::pReferenced(info, pBegin, pEnd);
+            if (!pEntity) {
+                vReport(info, ReportKey::ExpectedValidEntityValueFor);
+            } else if (!pHead) {
+                pHead = static_cast<EntityList*>(details::pAllocate(info, sizeof(EntityList)));
+                pHead->value = pEntity;
+                pLast = pHead;
+            } else {
+                auto* pNode = static_cast<EntityList::Node*>(details::pAllocate(info, sizeof(EntityList::Node)));
+                pNode->value = pEntity;
+                pLast->next = pNode;
+                pLast = pNode;
+            }
         });
+        if (pLast != pHead) pHead->tail = pLast;
         list.m_pItems = pHead;
     }
 
-    // By item type, each from its token: there is no block yet that a visit could hand over.
-    void vItems(std::type_identity<double>) {
-        vNumbers<double>([](const char* pBegin, const char* pEnd) { return toDouble(pBegin, pEnd); },
-                         ReportKey::ExpectedValidRealInListFor);
+    void vItems(std::type_identity<AttributeBinary>, const ItemEnds& ends) {
+        auto* pItem = block<AttributeBinary>(ends).begin();
+        StepReadInfoAttribute item = details::tokenInside(info, nullptr);
+        vEach(ends, [&](const char* pBegin, const char* pEnd) {
+            details::vPlace(item, pBegin, pEnd);
+            ::new (pItem++) AttributeBinary(item);
+        });
     }
-    void vItems(std::type_identity<long long>) {
-        vNumbers<long long>([](const char* pBegin, const char* pEnd) { return toInt(pBegin, pEnd); },
-                            ReportKey::ExpectedValidIntegersInListFor);
+    void vItems(std::type_identity<AttributeSelect>, const ItemEnds& ends) {
+        auto* pItem = block<AttributeSelect>(ends).begin();
+        StepReadInfoAttribute item = details::tokenInside(info, nullptr);
+        vEach(ends, [&](const char* pBegin, const char* pEnd) {
+            details::vPlace(item, pBegin, pEnd);
+            ::new (pItem++) AttributeSelect(item);
+        });
     }
-    void vItems(std::type_identity<char*>) { vStrings(); }
-    template <class Cell>
-    void vItems(std::type_identity<Cell>) {
-        vCells<Cell>();
+    // Rows, cut in passing.
+    void vItems(std::type_identity<AttributeList>, const ItemEnds& ends) {
+        auto* pItem = block<AttributeList>(ends).begin();
+        StepReadInfoAttribute item = details::tokenInside(info, nullptr);
+        const auto& types = info.m_pAttribute->types;
+        const AttributeType eRowItems =
+            item.m_iDepth < types.size() ? itemType(types[item.m_iDepth]) : AttributeType::Unknown;
+        vCut([&](const char* pBegin, const char* pEnd, const ItemEnds& row) {
+            details::vPlace(item, pBegin, pEnd);
+            if (row.pEnds && eRowItems != AttributeType::Unknown)
+                ::new (pItem++) AttributeList(item, eRowItems, row);
+            else
+                ::new (pItem++) AttributeList(item);
+        });
     }
-    void vItems(std::type_identity<Entity*>) { vEntities(); }
-    void vItems(NoItems) {}   // a list of sets stays empty
+    void vItems(NoItems, const ItemEnds&) {}   // a list of sets stays empty
 
+    // Of a token of which nothing is known yet.
     void vRead() {
-        visitItemType(list.m_eItemType, [this](auto eItem) { vItems(eItem); });
+        std::array<const char*, ItemEnds::g_iMost> ends;
+        ItemEnds found{0, ends.data()};
+        vCut([&](const char*, const char* pEnd, const ItemEnds&) {
+            if (found.iCount < ends.size()) ends[found.iCount] = pEnd;
+            ++found.iCount;
+        });
+        vRead(found);
+    }
+
+    // By item type, each from its token: there is no block yet that a visit could hand over.
+    void vRead(const ItemEnds& ends) {
+        visitItemType(list.m_eItemType, [&](auto eItem) { vItems(eItem, ends); });
     }
 };
 
@@ -177,6 +217,12 @@ AttributeListValueBase::AttributeListValueBase(StepReadInfoAttribute& info) {
         return;
     }
     Reader(*this, info).vRead();
+}
+
+AttributeListValueBase::AttributeListValueBase(StepReadInfoAttribute& info, AttributeType eItemType,
+                                               const details::ItemEnds& ends) {
+    m_eItemType = eItemType;
+    Reader(*this, info).vRead(ends);
 }
 
 }   // namespace oxa::ifc

@@ -12,9 +12,9 @@
 #include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/IfcNumbers.h"
 #include "Format/Ifc/IfcStepStrings.h"
-#include "Format/Ifc/Read/InstanceNumber.h"
+#include "Format/Ifc/Read/CellReading.h"
 #include "Format/Ifc/Read/ReadContext.h"
-#include "Format/Ifc/Text/TextScan.h"
+#include "Format/Ifc/Text/RealRead.h"
 
 namespace oxa::ifc {
 
@@ -30,6 +30,12 @@ bool boLongEnough(const AttributeBase::StepReadInfoAttribute& info) noexcept {
     return static_cast<std::uint64_t>(info.m_iLength) - static_cast<std::uint64_t>(info.m_iStart) >= 3;
 }
 
+const std::string* pEnumerator(StepReadInfoData& info, const def::schema::DataTypeEnum& type, std::string_view text) {
+    if (info.m_pThread) return info.m_pThread->pEnumerator(type, text);
+    const auto item = type.items.find(text);
+    return item == type.items.end() ? nullptr : *item;
+}
+
 // One hexadecimal digit by its code alone: what is no digit gives a number all the same.
 int iHexDigit(char c) noexcept {
     const int iCode = static_cast<signed char>(c);
@@ -41,15 +47,18 @@ int iHexDigit(char c) noexcept {
 
 AttributeReal::AttributeReal(StepReadInfoAttribute& info) {
     if (boReadNull(info)) return;
-    if (const auto value = toDouble(info.pText(), info.pText() + info.m_iLength))
-        m_value = *value;
+    const char* const pText = details::pTextOf(info);
+    double value = 0;
+    if (details::boReadReal(info.m_pInfo->m_line.data(), pText, pText + info.m_iLength, value))
+        m_value = value;
     else
         vReport(info, ReportKey::ExpectedValidRealValueFor);
 }
 
 AttributeInteger::AttributeInteger(StepReadInfoAttribute& info) {
     if (boReadNull(info)) return;
-    if (const auto value = toInt(info.pText(), info.pText() + info.m_iLength))
+    const char* const pText = details::pTextOf(info);
+    if (const auto value = toInt(pText, pText + info.m_iLength))
         m_value = *value;
     else
         vReport(info, ReportKey::ExpectedValidIntegerValueFor);
@@ -92,28 +101,20 @@ AttributeLogical::AttributeLogical(StepReadInfoAttribute& info) {
 
 AttributeString::AttributeString(StepReadInfoAttribute& info) {
     if (boReadNull(info)) return;
-    const char* pText = info.pText();
+    const char* pText = details::pTextOf(info);
     if (info.m_iLength < 2 || pText[0] != '\'' || pText[info.m_iLength - 1] != '\'') {
-        m_value = static_cast<char*>(info.pAllocate(1));
+        m_value = static_cast<char*>(details::pAllocate(info, 1));
         vReport(info, ReportKey::ExpectedValidStringValueFor);
         return;
     }
-    m_value = pTextRead(info, info.m_iStart + 1, info.m_iLength - 2);
+    m_value = details::pTextRead(info, pText + 1, info.m_iLength - 2);
 }
 
-// The text between the quotes, decoded and terminated, in the memory of the model. Text without an escape, a quote or
-// an 8-bit byte, as most is, is copied at once; only the rest passes the codec and its scratch buffer.
-char* AttributeString::pTextRead(StepReadInfoAttribute& info, std::size_t iStart, std::size_t iLength) {
-    const char* first = info.m_pInfo->m_line.data() + iStart;
-    std::size_t iDecoded = iLength;
-    if (details::pFindSpecial(first, first + iLength) != first + iLength) {
-        thread_local std::string t_decoded;
-        vIfcStrToUtf8(t_decoded, first, iLength);
-        first = t_decoded.data();
-        iDecoded = t_decoded.size();
-    }
-    auto* pText = static_cast<char*>(info.pAllocate(iDecoded + 1));
-    std::memcpy(pText, first, iDecoded);
+char* details::pTextDecoded(const Token& token, const char* first, std::size_t iLength) {
+    thread_local std::string t_decoded;
+    vIfcStrToUtf8(t_decoded, first, iLength);
+    auto* pText = static_cast<char*>(pAllocate(token, t_decoded.size() + 1));
+    std::memcpy(pText, t_decoded.data(), t_decoded.size());
     return pText;
 }
 
@@ -121,7 +122,7 @@ AttributeGuid::AttributeGuid(StepReadInfoAttribute& info) : AttributeGuid() {
     if (boReadNull(info)) return;
     Guid guid;
     // The bytes in the place of the quotes are not tested.
-    if (info.m_iLength != 24 || !IfcGuid::boIfcStringToGuid(guid, info.pText() + 1)) {
+    if (info.m_iLength != 24 || !IfcGuid::boIfcStringToGuid(guid, details::pTextOf(info) + 1)) {
         vReport(info, ReportKey::ExpectedValidGuidValueFor);
         guid.vGenerate();   // the entity keeps an identity
     }
@@ -137,8 +138,8 @@ AttributeBinary::AttributeBinary(StepReadInfoAttribute& info) {
         return;
     }
     const std::size_t iCount = (info.m_iLength - 3) / 2;
-    auto* pBytes = static_cast<unsigned char*>(info.pAllocate(iCount));
-    const char* pDigits = info.pText() + 2;
+    auto* pBytes = static_cast<unsigned char*>(details::pAllocate(info, iCount));
+    const char* pDigits = details::pTextOf(info) + 2;
     for (std::size_t i = 0; i < iCount; ++i, pDigits += 2) {
         const auto uHigh = static_cast<unsigned>(iHexDigit(pDigits[0])) << 4;
         pBytes[i] = static_cast<unsigned char>(uHigh | static_cast<unsigned>(iHexDigit(pDigits[1])));
@@ -153,11 +154,10 @@ AttributeEnumeration::AttributeEnumeration(StepReadInfoAttribute& info) {
         vReport(info, ReportKey::ExpectedValidEnumerationValueFor);
         return;
     }
-    const std::string_view text(info.pText() + 1, info.m_iLength - 2);
+    const std::string_view text(details::pTextOf(info) + 1, info.m_iLength - 2);
     const def::schema::DataTypeEnum* pEnum = pEnumOf(info.m_pType, *info.m_pAttribute);
-    const auto item = pEnum ? pEnum->items.find(text) : def::schema::DataTypeEnum::Items::const_iterator{};
-    if (pEnum && item != pEnum->items.end()) {
-        m_value = (*item)->c_str();
+    if (const std::string* pItem = pEnum ? pEnumerator(*info.m_pInfo, *pEnum, text) : nullptr) {
+        m_value = pItem->c_str();
         return;
     }
     StepReadInfoData& line = *info.m_pInfo;
@@ -175,22 +175,9 @@ const def::schema::DataTypeEnum* AttributeEnumeration::pEnumOf(const def::schema
 
 AttributeEntity::AttributeEntity(StepReadInfoAttribute& info) {
     if (boReadNull(info)) return;
-    m_value = pEntityRead(info);
-}
-
-// A reference is the address of its number's slot, whether that statement has been read, will be, or never comes. The
-// mark lets the completion report the last case.
-Entity* AttributeEntity::pEntityRead(const StepReadInfoAttribute& info) {
-    const char* pText = info.pText();
-    if (info.m_iLength < 2 || *pText != '#') {
-        vReport(info, ReportKey::ExpectedValidEntityValueFor);
-        return nullptr;
-    }
-    const std::string_view line = info.m_pInfo->m_line;
-    const std::int32_t iId = details::iReference(pText + 1, pText + info.m_iLength, line.data() + line.size());
-    EntitySlot& slot = info.m_pInfo->m_pCommon->slotGet(*info.m_pData, static_cast<std::uint32_t>(iId));
-    slot.vReferencedSet(info.m_pInfo->m_pCommon->m_boParallel);
-    return &slot.entity;
+    const char* const pText = details::pTextOf(info);
+    m_value = details::pReferenced(info, pText, pText + info.m_iLength);
+    if (!m_value) vReport(info, ReportKey::ExpectedValidEntityValueFor);
 }
 
 }   // namespace oxa::ifc

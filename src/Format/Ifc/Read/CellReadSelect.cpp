@@ -6,6 +6,7 @@
 
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/Read/CellReading.h"
 #include "Format/Ifc/Read/ReadContext.h"
 
 namespace oxa::ifc {
@@ -14,8 +15,10 @@ AttributeSelect::AttributeSelect(StepReadInfoAttribute& info) {
     constexpr auto g_eReport = ReportKey::ExpectedValidSelectValueFor;
     if (boReadNull(info)) return;
     if (info.cAt(0) == '#') {
-        m_eType = AttributeType::Entity;
-        void* pCell = info.pAllocate(sizeof(AttributeEntity));
+        const char* const pText = details::pTextOf(info);
+        if (details::boSelectReference(*this, info, pText, pText + info.m_iLength)) return;
+        m_eType = AttributeType::Entity;   // of one that is reported
+        void* pCell = details::pAllocate(info, sizeof(AttributeEntity));
         m_pValue = ::new (pCell) AttributeEntity(info);
         return;
     }
@@ -36,11 +39,12 @@ AttributeSelect::AttributeSelect(StepReadInfoAttribute& info) {
     }
     const def::schema::Schema* pSchema = info.m_pData->pSchema();
     if (!pSchema) return;
-    // No name holds a comma, and looking for one ends with the item. Hashing all the text up to a parenthesis far
-    // away would make a long list of bare values quadratic.
     const std::string_view name = line.substr(info.m_iStart, iParenthesis - info.m_iStart);
     const def::schema::Type* pType = nullptr;
-    if (name.find(',') == std::string_view::npos) pType = pSchema->pTypeFromName(def::schema::ObjectName(name));
+    if (StepReadThread* pThread = info.m_pInfo->m_pThread)
+        pType = pThread->pTypeFromKeyword(*pSchema, name);
+    else if (name.find(',') == std::string_view::npos)   // see there
+        pType = pSchema->pTypeFromName(def::schema::ObjectName(name));
     if (!pType) {
         vReport(info, g_eReport);
         return;
@@ -50,7 +54,9 @@ AttributeSelect::AttributeSelect(StepReadInfoAttribute& info) {
     // The token's last character is left out, whatever it is.
     const std::size_t iInside = iParenthesis + 1;
     const std::size_t iEnd = info.m_iStart + info.m_iLength - (info.m_iLength ? 1 : 0);
-    StepReadInfoAttribute inside = info.part(iInside, iEnd > iInside ? iEnd - iInside : 0, pType);
+    StepReadInfoAttribute inside = details::tokenInside(info, pType);
+    inside.m_iStart = iInside;
+    inside.m_iLength = iEnd > iInside ? iEnd - iInside : 0;
     AttributeType eType = AttributeType::Unknown;
     m_pValue = pAttributeNew(*pType, inside, &eType);
     m_eType = eType;

@@ -6,24 +6,28 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/IfcMissingType.h"
+#include "Format/Ifc/Read/CellReading.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Read/ReadThread.h"
 #include "Format/Ifc/Store/EntityBlocks.h"
 #include "Format/Ifc/Text/Parameters.h"
+#include "Format/Ifc/Text/RealRead.h"
+#include "platform/Compiler.h"
 
 namespace oxa::ifc {
 
 namespace {
 
-using Info = AttributeBase::StepReadInfoAttribute;
+using details::Token;
 
 // Constructs the cell of one token in place. Throws what its constructor throws, the text "illegal type" for a kind
 // outside the twelve, and for an attribute without a type the exception that says so.
 //
 // A switch beside that of visitCellClass: it stands in the innermost loop of a read, where one parser serves reals and
 // numbers and the two classes without a cell are cases like the others, with no test in front.
-void vCellRead(CellClass eClass, void* pCell, Info& info) {
+void vCellRead(CellClass eClass, void* pCell, Token& info) {
     switch (eClass) {
     case CellClass::Entity: ::new (pCell) AttributeEntity(info); return;
     case CellClass::Real:
@@ -43,7 +47,72 @@ void vCellRead(CellClass eClass, void* pCell, Info& info) {
     throw "illegal type";
 }
 
+// A cell with nothing but its flags; the memory behind them is zero.
+void vCellEmpty(const DataSizeEntity::Cell& cell, void* pCell, bool boDerived) {
+    auto* pBase = ::new (pCell) AttributeBase;
+    pBase->m_boDerived = boDerived;
+    pBase->m_boUndefined = !boDerived;
+    pBase->m_boGuid = cell.eClass == CellClass::Guid;
+}
+
+// What nearly all tokens of a file are but lists, in their usual form. False, with the cell untouched, for all else, and
+// for whatever there is something to say about: the cell's own constructor knows every form.
+OXA_ALWAYS_INLINE bool boReadQuick(const DataSizeEntity::Cell& cell, void* pCell, const Token& token,
+                                   const char* pBegin, const char* pEnd) {
+    const std::ptrdiff_t iLength = pEnd - pBegin;
+    if (iLength <= 1) {
+        const char c = iLength ? *pBegin : '\0';
+        if ((c != '*' && (c != '$' || !cell.boOptional)) || cell.eClass >= CellClass::Unresolved) return false;
+        if (cell.eClass == CellClass::Logical) return false;   // the only one with a value behind its flags
+        vCellEmpty(cell, pCell, c == '*');
+        return true;
+    }
+    switch (cell.eClass) {
+    case CellClass::Entity: {
+        Entity* const pEntity = details::pReferenced(token, pBegin, pEnd);
+        if (pEntity) (::new (pCell) AttributeEntity)->m_value = pEntity;
+        return pEntity;
+    }
+    case CellClass::Real:
+    case CellClass::Number: {
+        double value = 0;
+        const bool boRead = details::boReadReal(token.m_pInfo->m_line.data(), pBegin, pEnd, value);
+        if (boRead) (::new (pCell) AttributeReal)->m_value = value;
+        return boRead;
+    }
+    case CellClass::String: {
+        if (*pBegin != '\'' || pEnd[-1] != '\'') return false;
+        char* const pText = details::pTextRead(token, pBegin + 1, static_cast<std::size_t>(iLength - 2));
+        (::new (pCell) AttributeString)->m_value = pText;
+        return true;
+    }
+    case CellClass::Guid: {
+        Guid guid;
+        const bool boRead = iLength == IfcGuid::Length + 2 && IfcGuid::boIfcStringToGuid(guid, pBegin + 1);
+        if (boRead) (::new (pCell) AttributeGuid)->m_value = guid;
+        return boRead;
+    }
+    case CellClass::Select:
+        // Its cell is zero but for the flags until there is a value.
+        return *pBegin == '#' && details::boSelectReference(*::new (pCell) AttributeSelect, token, pBegin, pEnd);
+    case CellClass::List:
+    case CellClass::Boolean:
+    case CellClass::Integer:
+    case CellClass::Logical:
+    case CellClass::Binary:
+    case CellClass::Enumeration:
+    case CellClass::Unresolved:
+    case CellClass::Illegal: break;
+    }
+    return false;
+}
+
 }   // namespace
+
+bool details::boCellReadQuick(CellClass eClass, void* pCell, const Token& token) {
+    const char* const pText = pTextOf(token);
+    return boReadQuick({token.m_pAttribute, 0, eClass}, pCell, token, pText, pText + token.m_iLength);
+}
 
 // Fills an instance that has no type yet; one that has a type is reported and left as it is.
 void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, StepReadInfoData& info, std::size_t iStart,
@@ -69,39 +138,60 @@ void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, Step
     }
 
     const char* const pLine = info.m_line.data();
-    Info token{&info, &data, this, nullptr, nullptr, 0, 0, 0};
-    std::size_t iToken = 0;
+    Token token{&info, &data, this, nullptr, nullptr, 0, 0, 0};
+    std::size_t iSurplus = 0;
+    // Surplus tokens are reported one by one.
+    const auto surplus = [&] {
+        // A layout shorter than the type is an inside fault, and the file can't be trusted any further.
+        if (pSize->cells.size() + iSurplus++ < schema.allAttributes().size())
+            report(ReportKey::IllegalAttributeIndex, {});
+        else
+            report(ReportKey::TooManyAttributesFor, schema.sName);
+    };
     // The layout of the type has, for the n-th parameter, its attribute, the offset of its cell and the class of that
     // cell, so the loop asks the schema nothing. The cell is constructed in place; an exception of its constructor is
-    // reported, and the next token is read. Surplus tokens are reported one by one.
-    const auto tokenRead = [&](const char* pBegin, const char* pEnd) {
-        if (iToken >= pSize->cells.size()) {
-            // A layout shorter than the type is an inside fault, and the file can't be trusted any further.
-            if (iToken++ < schema.allAttributes().size())
-                report(ReportKey::IllegalAttributeIndex, {});
-            else
-                report(ReportKey::TooManyAttributesFor, schema.sName);
-            return;
-        }
-        const DataSizeEntity::Cell& cell = pSize->cells[iToken++];
-        token.m_pAttribute = cell.pAttribute;
-        token.m_iStart = static_cast<std::size_t>(pBegin - pLine);
-        token.m_iLength = static_cast<std::size_t>(pEnd - pBegin);
-        try {
-            vCellRead(cell.eClass, static_cast<char*>(m_pAttributes) + cell.iOffset, token);
-        } catch (const std::exception&) {
-            report(ReportKey::UnknownAttributeType, cell.pAttribute->sName);
-        }
-    };
+    // reported, and the next token is read.
+    const DataSizeEntity::Cell* const pCells = pSize->cells.data();
+    const DataSizeEntity::Cell* const pCellsEnd = pCells + pSize->cells.size();
+    const DataSizeEntity::Cell* pPlace = pCells;   // of the next token
     try {
-        if (iLength > 2) details::vForEachItem(pLine, pLine + iStart + 1, pLine + iStart + iLength - 1, tokenRead);
+        const char* const first = pLine + iStart + 1;
+        details::ItemCut<> cut(pLine, first, iLength > 2 ? first + iLength - 2 : first);
+        details::CutItems tokens;
+        for (bool boMore = true; boMore;) {
+            boMore = cut.boNext(tokens);
+            const char* pNext = tokens.pBegin;
+            for (std::size_t i = 0; i < tokens.iCount; ++i) {
+                const char* const pBegin = pNext;
+                const char* const pEnd = tokens.items[i].pEnd;
+                pNext = pEnd + 1;
+                if (pPlace == pCellsEnd) {
+                    surplus();
+                    continue;
+                }
+                const DataSizeEntity::Cell& cell = *pPlace++;
+                void* const pCell = static_cast<char*>(m_pAttributes) + cell.iOffset;
+                try {
+                    if (boReadQuick(cell, pCell, token, pBegin, pEnd)) continue;
+                    token.m_pAttribute = cell.pAttribute;
+                    details::vPlace(token, pBegin, pEnd);
+                    const details::ItemEnds items = tokens.endsInside(i);
+                    if (items.pEnds && cell.eItems != AttributeType::Unknown)   // which lists alone have
+                        ::new (pCell) AttributeList(token, cell.eItems, items);
+                    else
+                        vCellRead(cell.eClass, pCell, token);
+                } catch (const std::exception&) {
+                    report(ReportKey::UnknownAttributeType, cell.pAttribute->sName);
+                }
+            }
+        }
     } catch (...) {
-        vCellsUndefined(*pSize, iToken);   // references to it must find cells without a value
+        vCellsUndefined(*pSize, static_cast<std::size_t>(pPlace - pCells));   // references to it must find no value
         throw;
     }
     // What the statement leaves out stays undefined, mandatory attributes too, and nothing is said about it:
     // exporters shorten lists, and their files shall load.
-    vCellsUndefined(*pSize, iToken);
+    if (pPlace != pCellsEnd) vCellsUndefined(*pSize, static_cast<std::size_t>(pPlace - pCells));
 }
 
 }   // namespace oxa::ifc

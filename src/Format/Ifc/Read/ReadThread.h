@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 #include "Format/Ifc/Memory/PoolArena.h"
@@ -20,32 +21,67 @@ public:
     explicit StepReadThread(Pool& pool) noexcept : m_arena(pool) {}
 
     // As Schema::pEntityFromName. A file names few types, mostly one of the last: those are found without hashing.
-    //
-    // A direct-mapped cache of 64 places. The place comes from the length, the last and the middle byte of the keyword,
-    // which tell the types of a file apart well: IFCCARTESIANPOINT and IFCDIRECTION differ in the length, IFCWALL and
-    // IFCSLAB in the other two. A wrong hit is found by comparing the name, and only replaces the entry.
     [[nodiscard]] const def::schema::Entity* pEntityFromKeyword(const def::schema::Schema& schema,
                                                                 std::string_view keyword) {
         if (keyword.empty()) return nullptr;
-        if (m_pSchema != &schema) {
-            m_pSchema = &schema;
-            m_types = {};
-        }
-        const auto cAt = [&](std::size_t i) {
-            return static_cast<std::size_t>(static_cast<unsigned char>(keyword[i]));
-        };
-        const std::size_t iPlace = keyword.size() * 7 + cAt(keyword.size() - 1) + cAt(keyword.size() / 2) * 3;
-        const def::schema::Entity*& pType = m_types[iPlace % m_types.size()];
+        vSchema(schema);
+        const def::schema::Entity*& pType = m_types[iPlace(keyword)];
         if (!pType || !details::boSameText(pType->sNameUpper, keyword))
             pType = schema.pEntityFromName(def::schema::ObjectName(keyword));
         return pType;
+    }
+    // As Schema::pTypeFromName, for a value inside of a select. No name holds a comma, and looking for one ends with the
+    // item: hashing all the text up to a parenthesis far away would make a long list of bare values quadratic.
+    [[nodiscard]] const def::schema::Type* pTypeFromKeyword(const def::schema::Schema& schema,
+                                                            std::string_view keyword) {
+        if (keyword.empty()) return nullptr;
+        vSchema(schema);
+        const def::schema::Type*& pType = m_valueTypes[iPlace(keyword)];
+        if (pType && details::boSameText(pType->sNameUpper, keyword)) return pType;
+        if (keyword.find(',') != std::string_view::npos) return nullptr;
+        pType = schema.pTypeFromName(def::schema::ObjectName(keyword));
+        return pType;
+    }
+    // The enumerator of that text, without its dots; null where the enumeration has none.
+    [[nodiscard]] const std::string* pEnumerator(const def::schema::DataTypeEnum& type, std::string_view text) {
+        if (text.empty()) return nullptr;
+        Enumerator& found = m_enumerators[(iPlace(text) + type.uNameHash) % g_iPlaces];
+        if (found.pType == &type && details::boSameText(*found.pText, text)) return found.pText;
+        const auto item = type.items.find(text);
+        if (item == type.items.end()) return nullptr;
+        found = {&type, *item};
+        return *item;
     }
 
     PoolArena m_arena;   // its share of the model's memory
 
 private:
+    // Direct-mapped caches. The place comes from the length, the last and the middle byte of the text, which tell the
+    // types of a file apart well: IFCCARTESIANPOINT and IFCDIRECTION differ in the length, IFCWALL and IFCSLAB in the
+    // other two. A wrong hit is found by comparing the text, and only replaces the entry.
+    static constexpr std::size_t g_iPlaces = 64;
+    static std::size_t iPlace(std::string_view text) noexcept {
+        const auto cAt = [&](std::size_t i) { return static_cast<std::size_t>(static_cast<unsigned char>(text[i])); };
+        return (text.size() * 7 + cAt(text.size() - 1) + cAt(text.size() / 2) * 3) % g_iPlaces;
+    }
+
+    void vSchema(const def::schema::Schema& schema) noexcept {
+        if (m_pSchema == &schema) return;
+        m_pSchema = &schema;
+        m_types = {};
+        m_valueTypes = {};
+        m_enumerators = {};
+    }
+
+    struct Enumerator {
+        const def::schema::DataTypeEnum* pType = nullptr;
+        const std::string* pText = nullptr;
+    };
+
     const def::schema::Schema* m_pSchema = nullptr;
-    std::array<const def::schema::Entity*, 64> m_types{};
+    std::array<const def::schema::Entity*, g_iPlaces> m_types{};
+    std::array<const def::schema::Type*, g_iPlaces> m_valueTypes{};
+    std::array<Enumerator, g_iPlaces> m_enumerators{};
 };
 
 }   // namespace oxa::ifc

@@ -44,6 +44,7 @@ std::size_t iPositionOf(const AttributeInverse& inverse) {
 // attributes come first.
 std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& schema) {
     auto pSize = std::make_shared<DataSizeEntity>();
+    pSize->iInverses = static_cast<std::uint32_t>(schema.allInverseAttributes().size());
     for (const Attribute* pAttribute : schema.allAttributes()) {
         const def::schema::ObjectBase* pObject = pAttribute->pType();
         const CellClass eClass = AttributeBase::cellClass(pObject, *pAttribute);
@@ -54,7 +55,9 @@ std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& 
             Assert::vTell(g_sSource, "oxa::ifc::Entity::getDataSize", "Schema error. Attribute not found.");
         }
         pSize->offsets.push_back(pSize->iSize);
-        pSize->cells.push_back({pAttribute, pSize->iSize, eClass});
+        const AttributeType eItems =
+            eClass == CellClass::List ? AttributeListValueBase::itemType(pObject) : AttributeType::Unknown;
+        pSize->cells.push_back({pAttribute, pSize->iSize, eClass, pAttribute->boOptional, eItems});
         pSize->iSize += iSize;
     }
     for (const AttributeInverse* pInverse : schema.inverseTargets()) {

@@ -12,10 +12,12 @@ namespace oxa::ifc {
 // zeroed, so every inverse list is empty. Null for a type without attributes, whose layout is not needed here.
 template <class Allocate>
 const DataSizeEntity* Entity::pBlocksAllocate(const def::schema::Entity& schema, Allocate&& alloc) {
-    const bool boAttributes = !schema.allAttributes().empty();
-    const DataSizeEntity* pSize = boAttributes ? &getDataSize(schema) : nullptr;
+    // A layout that is there says all; one without cells may be what a caller asked for.
+    const DataSizeEntity* pSize = schema.pDataSize.boReady() ? schema.pDataSize.value().get() : nullptr;
+    if (!pSize || pSize->cells.empty()) pSize = schema.allAttributes().empty() ? nullptr : &getDataSize(schema);
     const std::size_t iAttributes = pSize ? pSize->iSize : 0;
-    const std::size_t iInverse = sizeof(InverseEntry) * schema.allInverseAttributes().size();
+    const std::size_t iInverse =
+        sizeof(InverseEntry) * (pSize ? pSize->iInverses : schema.allInverseAttributes().size());
     auto* pBytes = static_cast<char*>(alloc(iAttributes + iInverse));
     if (pSize) m_pAttributes = pBytes;
     m_ppAttributesInverse = reinterpret_cast<EntityList**>(pBytes + iAttributes);

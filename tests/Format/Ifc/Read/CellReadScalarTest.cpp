@@ -273,5 +273,44 @@ TEST(AttributeEntity, MarksItsTargetAsReferenced) {
     EXPECT_EQ(reader.pEntity(12)->pSchemaEntity(), nullptr) << "its statement has not come yet";
 }
 
+// Texts of each length, which are copied in pieces, with and without something to decode at each place.
+TEST(AttributeString, HasAnyLength) {
+    for (const bool boArena : {false, true})
+        for (std::size_t iLength = 0; iLength < 150; ++iLength) {
+            StatementReader reader(cellSchema(), boArena);
+            std::string text(iLength, ' ');
+            for (std::size_t i = 0; i < iLength; ++i) text[i] = static_cast<char>('a' + i % 26);
+            const auto vExpectText = [&](unsigned uNumber, const std::string& sStep, const std::string& sText) {
+                const std::string statement = '#' + std::to_string(uNumber) + "=IFCSTRING('" + sStep + "');";
+                ASSERT_EQ(reader.sCells(*reader.pRead(statement)), "String '" + sText + "'") << statement;
+            };
+            vExpectText(1, text, text);
+            for (std::size_t i = 0; i < iLength; i += 7) {
+                const std::string sFront = text.substr(0, i);
+                const std::string sBehind = text.substr(i);
+                vExpectText(3 * static_cast<unsigned>(i) + 2, sFront + "''" + sBehind, sFront + '\'' + sBehind);
+                vExpectText(3 * static_cast<unsigned>(i) + 3, sFront + "\\X2\\00E4\\X0\\" + sBehind,
+                            sFront + "\u00E4" + sBehind);
+                vExpectText(3 * static_cast<unsigned>(i) + 4, sFront + "\xC3\xA4" + sBehind,
+                            sFront + "\u00E4" + sBehind);
+            }
+            EXPECT_TRUE(reader.errors.records().empty());
+        }
+}
+
+// Enumerators are found again, and told apart where they share a place with another one.
+TEST(AttributeEnumeration, IsFoundAgain) {
+    StatementReader reader(cellSchema(), true);
+    unsigned uNumber = 0;
+    for (int i = 0; i < 3; ++i)
+        for (const char* const sText : {"RED", "GREEN", "A", "BLUE", "RED", "ROUND"}) {
+            const std::string statement = '#' + std::to_string(++uNumber) + "=IFCENUMERATION(." + sText + ".);";
+            const bool boKnown = std::string_view("RED GREEN A").find(sText) != std::string_view::npos;
+            EXPECT_EQ(reader.sCells(*reader.pRead(statement)),
+                      boKnown ? "Enumeration '" + std::string(sText) + "'" : "Enumeration null");
+        }
+    EXPECT_EQ(reader.errors.records().size(), 6U) << "one for each that is none";
+}
+
 }   // namespace
 }   // namespace oxa::ifc

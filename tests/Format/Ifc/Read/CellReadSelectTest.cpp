@@ -180,5 +180,36 @@ TEST(AttributeSelect, ATypeWithoutADataTypeIsFatal) {
     }
 }
 
+// The types that a thread keeps, and what is none.
+TEST(AttributeSelect, TypesAreFoundAgain) {
+    StatementReader reader(cellSchema(), true);
+    struct Row {
+        const char* sValue;
+        const char* sCell;
+    };
+    const Row rows[] = {
+        {"IFCLABEL('a')", "Select 5:IFCLABEL(String 'a')"},
+        {"IFCLABEL($)", "Select 5:IFCLABEL($ String null)"},
+        {"IFCLABEL(*)", "Select 5:IFCLABEL(* String null)"},
+        {"IFCLABEL(x)", "Select 5:IFCLABEL(String '')"},
+        {"IFCLENGTHMEASURE(1.5)", "Select 1:IFCLENGTHMEASURE(Real 1.5)"},
+        {"IFCLENGTHMEASURE(x)", "Select 1:IFCLENGTHMEASURE(Real 0)"},
+        {"IFCLABEX('a')", "Select 0:(null)"},
+        {"IFCTHING('a')", "Select 0:(null)"},
+        {"('a')", "Select 0:(null)"},
+        {"IFCCOLOUR(.RED.)", "Select 8:IFCCOLOUR(Enumeration 'RED')"},
+        {"IFCREALS((1.,2.))", "Select 11:IFCREALS(List 1[1, 2])"},
+        {"IFCREALS(())", "Select 11:IFCREALS(List 1[])"},
+        {"#3", "Select 13:(#3)"},
+    };
+    unsigned uNumber = 100;
+    for (int i = 0; i < 3; ++i)
+        for (const Row& row : rows) {
+            const std::string statement = '#' + std::to_string(++uNumber) + "=IFCSELECT(" + row.sValue + ");";
+            EXPECT_EQ(reader.sCells(*reader.pRead(statement)), row.sCell) << statement;
+        }
+    EXPECT_EQ(reader.errors.records().size(), 18U) << "six of each round";
+}
+
 }   // namespace
 }   // namespace oxa::ifc

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+// CellReading: what the parsers of cells share in the innermost loop of a read, where a call would cost more than the
+// work.
+//
+// For      EntityRead.cpp and CellRead*.cpp, inside this folder.
+// Threads  one for each statement.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "Format/Ifc/IfcFileAttribute.h"
+#include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/Read/InstanceNumber.h"
+#include "Format/Ifc/Read/ReadContext.h"
+#include "Format/Ifc/Read/ReadThread.h"
+#include "Format/Ifc/Text/TextScan.h"
+
+namespace oxa::ifc::details {
+
+using Token = AttributeBase::StepReadInfoAttribute;
+
+// First byte of the token.
+[[nodiscard]] inline const char* pTextOf(const Token& token) noexcept {
+    return token.m_pInfo->m_line.data() + token.m_iStart;
+}
+
+// Makes it the token at that place of the statement.
+inline void vPlace(Token& token, const char* pBegin, const char* pEnd) noexcept {
+    token.m_iStart = static_cast<std::size_t>(pBegin - token.m_pInfo->m_line.data());
+    token.m_iLength = static_cast<std::size_t>(pEnd - pBegin);
+}
+
+// For what is inside of a token; its place is open.
+[[nodiscard]] inline Token tokenInside(const Token& token, const def::schema::ObjectBase* pType) noexcept {
+    return {token.m_pInfo, token.m_pData, token.m_pEntity, token.m_pAttribute, pType, 0, 0, token.m_iDepth + 1};
+}
+
+// Zeroed memory of the model.
+[[nodiscard]] inline void* pAllocate(const Token& token, std::size_t iBytes) {
+    StepReadThread* const pThread = token.m_pInfo->m_pThread;
+    return pThread ? pThread->m_arena.pAllocate(iBytes) : token.m_pData->pool().pAllocate(iBytes);
+}
+
+// A reference, "#" and a number, is the address of its number's slot, whether that statement has been read, will be, or
+// never comes. The mark lets the completion report the last case. Null for what is no reference.
+[[nodiscard]] inline Entity* pReferenced(const Token& token, const char* pBegin, const char* pEnd) {
+    if (pEnd - pBegin < 2 || *pBegin != '#') return nullptr;
+    const std::string_view line = token.m_pInfo->m_line;
+    const std::int32_t iId = iReference(pBegin + 1, pEnd, line.data() + line.size());
+    StepReadInfoDataCommon& common = *token.m_pInfo->m_pCommon;
+    EntitySlot& slot = common.slotGet(*token.m_pData, static_cast<std::uint32_t>(iId));
+    slot.vReferencedSet(common.m_boParallel);
+    return &slot.entity;
+}
+
+// A select's reference; false, with the cell untouched, for what is none.
+[[nodiscard]] inline bool boSelectReference(AttributeSelect& cell, const Token& token, const char* pBegin,
+                                            const char* pEnd) {
+    Entity* const pEntity = pReferenced(token, pBegin, pEnd);
+    if (!pEntity) return false;
+    auto* pReference = ::new (pAllocate(token, sizeof(AttributeEntity))) AttributeEntity;
+    pReference->m_value = pEntity;
+    cell.m_eType = AttributeType::Entity;
+    cell.m_pValue = pReference;
+    return true;
+}
+
+// Copies a text, most of which are short, without a call and a loop.
+inline void vTextCopy(char* pTo, const char* pFrom, std::size_t iLength) noexcept {
+    constexpr std::size_t g_iInline = 128;
+    if (iLength > g_iInline) {
+        std::memcpy(pTo, pFrom, iLength);
+    } else if (iLength >= 16) {
+        for (std::size_t i = 0; i < iLength - 16; i += 16) std::memcpy(pTo + i, pFrom + i, 16);
+        std::memcpy(pTo + iLength - 16, pFrom + iLength - 16, 16);
+    } else if (iLength >= 8) {
+        std::memcpy(pTo, pFrom, 8);
+        std::memcpy(pTo + iLength - 8, pFrom + iLength - 8, 8);
+    } else if (iLength >= 4) {
+        std::memcpy(pTo, pFrom, 4);
+        std::memcpy(pTo + iLength - 4, pFrom + iLength - 4, 4);
+    } else if (iLength) {
+        pTo[0] = pFrom[0];
+        pTo[iLength / 2] = pFrom[iLength / 2];
+        pTo[iLength - 1] = pFrom[iLength - 1];
+    }
+}
+
+// The text between quotes, which has something to decode.
+[[nodiscard]] char* pTextDecoded(const Token& token, const char* first, std::size_t iLength);
+
+// The text between quotes, decoded and terminated, in the memory of the model. Text without an escape, a quote or an
+// 8-bit byte, as most is, is copied at once.
+[[nodiscard]] inline char* pTextRead(const Token& token, const char* first, std::size_t iLength) {
+    if (!boVerbatim(token.m_pInfo->m_line.data(), first, first + iLength)) return pTextDecoded(token, first, iLength);
+    auto* pText = static_cast<char*>(pAllocate(token, iLength + 1));
+    vTextCopy(pText, first, iLength);
+    return pText;
+}
+
+// The cell of a value inside of a select, when its token is of a usual form; see EntityRead.cpp. False, with the cell
+// untouched, for all else.
+[[nodiscard]] bool boCellReadQuick(CellClass eClass, void* pCell, const Token& token);
+
+}   // namespace oxa::ifc::details
