@@ -71,7 +71,9 @@ public:
     /// The same, and MissingType is thrown where there is none.
     [[nodiscard]] const def::schema::Entity& schemaEntity() const;
     /// The layout of a type's attribute block, built on demand. Any number of threads.
-    [[nodiscard]] static const DataSizeEntity& getDataSize(const def::schema::Entity& schema);
+    [[nodiscard]] static const DataSizeEntity& getDataSize(const def::schema::Entity& schema) {
+        return schema.pDataSize.boReady() ? *schema.pDataSize.value() : dataSizeBuilt(schema);
+    }
 
     /// With boInit: fresh blocks, every cell undefined, whatever the instance was before. Without: stores the type
     /// and allocates nothing, for a caller whose blocks are already right.
@@ -187,6 +189,8 @@ public:
     void vWrite(StepWriteInfo& info) const;
     /// The same for display, outside of any run; empty for an empty instance.
     [[nodiscard]] std::string sWriteLine(const Data& data) const;
+    /// Has the processor fetch the values, for a statement that will be composed soon.
+    void vFetchValues() const noexcept;
 
     /// Announces this instance to everything that it refers to. Once, when all instances are in place; a second
     /// run without attributeInverseClear doubles every entry.
@@ -219,6 +223,7 @@ private:
     friend struct EntityComparison;
     using InverseEntry = Unaligned<EntityList*>;
 
+    static const DataSizeEntity& dataSizeBuilt(const def::schema::Entity& schema);
     // Takes both blocks from the pool; "alloc" gives zeroed memory.
     template <class Allocate>
     const DataSizeEntity* pBlocksAllocate(const def::schema::Entity& schema, Allocate&& alloc);
@@ -227,7 +232,7 @@ private:
     // Calls visit(const Entity&) for each entity that the statement leads to; see Write/EntityNamed.h.
     template <class Visit>
     void vForEachNamedEntity(Visit&& visit) const;
-    // The statement in info.m_line; false, with no text, for an empty instance.
+    // The statement, in info.m_line or at the end of info.m_block; false, with no text, for an empty instance.
     bool boCompose(StepWriteInfo& info) const;
     // Brings cells iFirst and following to the undefined state. Throws the text "illegal type".
     void vCellsUndefined(const DataSizeEntity& size, std::size_t iFirst);

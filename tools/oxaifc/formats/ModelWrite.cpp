@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
+#include <limits>
 #include <map>
 #include <optional>
 #include <set>
@@ -16,6 +18,7 @@
 #include <fmt/format.h>
 
 #include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/Write/WriteContext.h"
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
 
@@ -243,24 +246,26 @@ int ModelWrite::iTell(const Model& model, bool boRead) const {
     return g_iExitErrors;
 }
 
-// Entities of a type mostly have ascending numbers: the search goes on where the last one ended.
+// The numbers of 32 bits, all that files have, as a bit each.
 void ModelWrite::vForEachUnwritten(const Model& model, const std::function<void(const ifc::Entity&)>& visit) const {
     const std::vector<ifc::Entity*>& entities = model.data().entities();
     if (m_written.size() == entities.size()) return;
+    constexpr std::size_t g_iLargest = std::numeric_limits<std::uint32_t>::max();
+    ifc::SeenNumbers written;
+    ifc::SeenNumbers::Near nearWritten;
+    for (const std::size_t iNumber : m_written)
+        if (iNumber <= g_iLargest) written.boMark(static_cast<std::uint32_t>(iNumber), nearWritten);
+    const auto boWritten = [&](std::size_t iNumber) {
+        return iNumber <= g_iLargest ? written.boMarked(static_cast<std::uint32_t>(iNumber))
+                                     : std::ranges::binary_search(m_written, iNumber);
+    };
     const ifc::EntityIdMap& numbers = model.data().entityIdMap(false);
-    ifc::EntityIdMap::Near near;
-    auto last = m_written.begin();
+    ifc::WalkNear near;
     for (const ifc::Entity* pEntity : entities) {
-        const auto number = numbers.known(pEntity, near);
-        if (number) {
-            if (last == m_written.end() || number->iId < *last) last = m_written.begin();
-            if (last != m_written.end() && *last < number->iId) {
-                std::ptrdiff_t iStep = 1;
-                while (m_written.end() - last > iStep && last[iStep] < number->iId) iStep *= 2;
-                last = std::lower_bound(last, last + std::min(iStep + 1, m_written.end() - last), number->iId);
-            }
-        }
-        if (!number || last == m_written.end() || *last != number->iId) visit(*pEntity);
+        const std::size_t iBeside = ifc::EntityIdMap::iBeside(pEntity, near.number(pEntity));
+        if (iBeside != ifc::EntityIdMap::g_iNoneBeside && boWritten(iBeside)) continue;
+        const auto number = numbers.known(pEntity, near.number(pEntity));
+        if (!number || !boWritten(number->iId)) visit(*pEntity);
     }
 }
 

@@ -72,7 +72,7 @@ std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& 
 
 }   // namespace
 
-const DataSizeEntity& Entity::getDataSize(const def::schema::Entity& schema) {
+const DataSizeEntity& Entity::dataSizeBuilt(const def::schema::Entity& schema) {
     return *schema.pDataSize.get([&schema] { return pDataSizeBuild(schema); });
 }
 

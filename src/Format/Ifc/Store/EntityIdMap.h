@@ -8,6 +8,7 @@
 /// Threads  look-ups run in parallel, a new number takes the lock alone. Seeding is for one thread.
 #pragma once
 
+#include <bit>
 #include <bitset>
 #include <cstddef>
 #include <cstdint>
@@ -74,6 +75,14 @@ public:
         const std::optional<Number> seeded = seededBeside(pEntity, nearby);
         return seeded ? seeded : knownFar(pEntity, nearby);
     }
+    /// The number of an entity that stands beside the last one and came with a file; g_iNoneBeside for any other, as for
+    /// null: nothing but a short look, for whoever then asks one of those above.
+    [[nodiscard]] static std::size_t iBeside(const Entity* pEntity, const Near& nearby) noexcept {
+        if (!nearby.m_pChunk) return g_iNoneBeside;
+        const std::size_t iSlot = nearby.m_pChunk->iSlotOf(pEntity);
+        return iSlot < g_iSlots ? nearby.m_pChunk->iFirstId + iSlot : g_iNoneBeside;
+    }
+    static constexpr std::size_t g_iNoneBeside = static_cast<std::size_t>(-1);   ///< no number
     /// The number; empty for an entity that has none. Deals none.
     [[nodiscard]] std::optional<std::size_t> find(const Entity* pEntity) const;
     /// The entity that was seeded with that number; null when there is none.
@@ -114,16 +123,17 @@ private:
         // g_iSlots for an entity that is none of them.
         [[nodiscard]] std::size_t iSlotOf(const Entity* pEntity) const noexcept {
             const auto iBytes = reinterpret_cast<std::uintptr_t>(pEntity) - reinterpret_cast<std::uintptr_t>(pFirst);
-            const std::size_t iSlot = iBytes / g_iSlotBytes;
-            return iSlot < g_iSlots && iBytes % g_iSlotBytes == 0 && defined[iSlot] ? iSlot : g_iSlots;
+            // Turned right by the bits within a slot, which come to the top: an address between two slots is far off, too.
+            static_assert(std::has_single_bit(g_iSlotBytes));
+            const std::size_t iSlot = std::rotr(iBytes, std::countr_zero(g_iSlotBytes));
+            return iSlot < g_iSlots && defined[iSlot] ? iSlot : g_iSlots;
         }
     };
 
     // Where the last one was.
     [[nodiscard]] static std::optional<Number> seededBeside(const Entity* pEntity, const Near& nearby) noexcept {
-        if (!nearby.m_pChunk) return std::nullopt;
-        const std::size_t iSlot = nearby.m_pChunk->iSlotOf(pEntity);
-        return iSlot < g_iSlots ? std::optional(Number{nearby.m_pChunk->iFirstId + iSlot, false, true}) : std::nullopt;
+        const std::size_t iId = iBeside(pEntity, nearby);
+        return iId == g_iNoneBeside ? std::nullopt : std::optional(Number{iId, false, true});
     }
     [[nodiscard]] const SeededChunk* pSeededChunk(const Entity* pEntity) const noexcept;
     [[nodiscard]] Number dealtNew(const Entity* pEntity);

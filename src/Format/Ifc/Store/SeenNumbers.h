@@ -55,6 +55,13 @@ public:
         return !(word.fetch_or(uMask, std::memory_order_relaxed) & uMask);
     }
 
+    /// Whether the number is near the last one and was marked: a short look, and false where it would take a longer one.
+    [[nodiscard]] static bool boMarkedBeside(std::uint32_t iNumber, const Near& nearby) noexcept {
+        const std::uint32_t iBit = iNumber % g_iPageBits;
+        return nearby.m_pPage && nearby.m_iPage == iNumber / g_iPageBits &&
+               (nearby.m_pPage->words[iBit / 64].load(std::memory_order_relaxed) >> iBit % 64 & 1U);
+    }
+
     /// Whether the number was marked.
     [[nodiscard]] bool boMarked(std::uint32_t iNumber) const {
         const std::uint32_t iPage = iNumber / g_iPageBits;
@@ -68,13 +75,11 @@ public:
     /// Calls visit(number) for each number that was marked, ascending. Not while others mark.
     template <class Visit>
     void vForEach(Visit&& visit) const {
-        for (std::uint32_t iPage = 0; iPage < g_iFolders * g_iPages; ++iPage) {
-            const Branch<Page, g_iPages>* pFolder = m_root.pAt(iPage / g_iPages);
-            const Page* pPage = pFolder ? pFolder->pAt(iPage % g_iPages) : nullptr;
-            if (!pPage) continue;
-            for (std::uint32_t i = 0; i < g_iPageBits / 64; ++i)
-                for (std::uint64_t uWord = pPage->words[i].load(std::memory_order_relaxed); uWord; uWord &= uWord - 1)
-                    visit(iPage * g_iPageBits + i * 64 + static_cast<std::uint32_t>(std::countr_zero(uWord)));
+        for (std::uint32_t iFolder = 0; iFolder < g_iFolders; ++iFolder) {
+            const Branch<Page, g_iPages>* pFolder = m_root.pAt(iFolder);
+            for (std::uint32_t iPage = 0; pFolder && iPage < g_iPages; ++iPage)
+                if (const Page* pPage = pFolder->pAt(iPage))
+                    vForEachOfPage(*pPage, (iFolder * g_iPages + iPage) * g_iPageBits, visit);
         }
     }
 
@@ -86,6 +91,14 @@ private:
     struct Page {
         std::array<std::atomic<std::uint64_t>, g_iPageBits / 64> words{};
     };
+
+    // Those of a page, whose first number that is.
+    template <class Visit>
+    static void vForEachOfPage(const Page& page, std::uint32_t iFirst, Visit& visit) {
+        for (std::uint32_t i = 0; i < g_iPageBits / 64; ++i)
+            for (std::uint64_t uWord = page.words[i].load(std::memory_order_relaxed); uWord; uWord &= uWord - 1)
+                visit(iFirst + i * 64 + static_cast<std::uint32_t>(std::countr_zero(uWord)));
+    }
 
     // Places that are made on first use and stay; two threads that come together agree on one.
     template <class Item, std::size_t N>

@@ -80,10 +80,18 @@ std::uint32_t uDigitGroup(const char* pText) {
     return value;
 }
 
-// False where the value needs more digits than the group has.
-bool boWriteGroup(char* pText, std::size_t length, std::uint32_t value) {
-    for (std::size_t i = length; i-- > 0; value /= 64) pText[i] = g_alphabet[value % 64];
-    return value == 0;
+// Two digits for each number of 12 bits, half the steps of one at a time.
+constexpr auto g_digitPairs = [] {
+    std::array<char, 2 * 64 * 64> pairs{};
+    for (std::size_t i = 0; i < 64 * 64; ++i) {
+        pairs[2 * i] = g_alphabet[i / 64];
+        pairs[2 * i + 1] = g_alphabet[i % 64];
+    }
+    return pairs;
+}();
+
+void vWritePair(char* pText, std::uint32_t value) {
+    std::memcpy(pText, &g_digitPairs[2 * std::size_t{value & 0xFFFu}], 2);
 }
 
 // A NUL ends the group early, whose value then is that of the digits before it; a foreign byte makes the whole text
@@ -102,13 +110,14 @@ bool boReadGroup(const char* pText, std::size_t length, std::uint32_t& value) {
 }   // namespace
 
 bool IfcGuid::boIfcStringFromGuid(char* const text, const Guid& guid) {
-    std::memset(text, 0, Length + 1);
     const Groups groups = groupsFromGuid(guid);
-    char* pText = text;
-    bool boFits = true;
-    for (std::size_t i = 0; i < groups.size(); pText += g_groupLength[i], ++i)
-        boFits = boWriteGroup(pText, g_groupLength[i], groups[i]) && boFits;
-    return boFits;
+    vWritePair(text, groups[0]);
+    for (std::size_t i = 1; i < groups.size(); ++i) {
+        vWritePair(text + 4 * i - 2, groups[i] >> 12);
+        vWritePair(text + 4 * i, groups[i]);
+    }
+    text[Length] = '\0';
+    return true;
 }
 
 bool IfcGuid::boIfcStringToGuid(Guid& guid, const char* const text) {

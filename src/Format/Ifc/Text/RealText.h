@@ -9,13 +9,14 @@
 // Machines those whose compiler has integers of 128 bits; elsewhere the caller asks the library.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <utility>
 
+#include "Format/Ifc/Text/DigitText.h"
 #include "platform/Compiler.h"
 
 namespace oxa::ifc::details {
@@ -23,8 +24,7 @@ namespace oxa::ifc::details {
 #if defined(OXA_HAS_UNSIGNED128)
 using platform::Unsigned128;
 
-inline constexpr int g_iRealDigits = 16;
-inline constexpr std::size_t g_iRealText = 24;   // characters that a text can have
+inline constexpr std::size_t g_iRealText = 32;   // bytes that a text can touch
 
 // Powers of ten that are doubles, from 1E-4 on; of those below 1 the double is a little more, and the next one less.
 inline constexpr std::array<double, 20> g_realPowers = {1e-4, 1e-3, 1e-2, 1e-1, 1e0,  1e1,  1e2,  1e3,  1e4,  1e5,
@@ -37,24 +37,7 @@ inline constexpr std::array<std::uint64_t, 20> g_realScales = [] {
     return scales;
 }();
 
-inline constexpr std::array<char, 200> g_digitPairs = [] {
-    std::array<char, 200> pairs{};
-    for (std::size_t i = 0; i < 100; ++i) {
-        pairs[2 * i] = static_cast<char>('0' + i / 10);
-        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
-    }
-    return pairs;
-}();
-
-// Eight digits.
-inline void vDigits8(char* pTo, std::uint32_t uNumber) noexcept {
-    const std::uint32_t uHigh = uNumber / 10000;
-    const std::uint32_t uLow = uNumber % 10000;
-    for (const auto& [iPlace, uPair] : {std::pair{0, uHigh / 100}, {2, uHigh % 100}, {4, uLow / 100}, {6, uLow % 100}})
-        std::memcpy(pTo + iPlace, &g_digitPairs[2 * std::size_t{uPair}], 2);
-}
-
-// The text at pTo, where g_iRealText characters have room; its end. Null for a number below 1E-4 or from 1E15 on.
+// The text at pTo, where g_iRealText bytes have room; its end. Null for a number below 1E-4 or from 1E15 on.
 [[nodiscard]] inline char* pRealText(char* pTo, double size) noexcept {
     if (!(size >= g_realPowers.front() && size < g_realPowers.back())) return nullptr;
     const auto uBits = std::bit_cast<std::uint64_t>(size);
@@ -66,31 +49,35 @@ inline void vDigits8(char* pTo, std::uint32_t uNumber) noexcept {
     iPower -= size < g_realPowers[static_cast<std::size_t>(iPower + 4)];
     const Unsigned128 uScaled = Unsigned128{uFraction} * g_realScales[static_cast<std::size_t>(15 - iPower)];
     const int iShift = -iExponent;
-    auto uDigits = static_cast<std::uint64_t>(uScaled >> iShift);
-    const Unsigned128 uRest = uScaled - (Unsigned128{uDigits} << iShift);
-    const Unsigned128 uHalf = Unsigned128{1} << (iShift - 1);
-    uDigits += uRest > uHalf || (uRest == uHalf && (uDigits & 1));
-    if (uDigits == 10'000'000'000'000'000) {
-        uDigits /= 10;
+    // To the nearest, a tie to the even one: with half of a last digit added, what is shifted out of a tie is all zeros.
+    const Unsigned128 uRounded = uScaled + (Unsigned128{1} << (iShift - 1));
+    auto uNumber = static_cast<std::uint64_t>(uRounded >> iShift);
+    if (uRounded << (128 - iShift) == 0) uNumber &= ~std::uint64_t{1};
+    if (uNumber == 10'000'000'000'000'000) {
+        uNumber /= 10;
         ++iPower;
     }
-    std::array<char, g_iRealDigits> digits;
-    vDigits8(digits.data(), static_cast<std::uint32_t>(uDigits / 100'000'000));
-    vDigits8(digits.data() + 8, static_cast<std::uint32_t>(uDigits % 100'000'000));
-    int iLast = g_iRealDigits;
-    while (digits[static_cast<std::size_t>(iLast - 1)] == '0') --iLast;
+    const std::uint64_t uHigh = uDigits8(static_cast<std::uint32_t>(uNumber / g_eightDigits));
+    const auto uLowNumber = static_cast<std::uint32_t>(uNumber % g_eightDigits);
+    const std::uint64_t uLow = uLowNumber ? uDigits8(uLowNumber) : 0;   // few decimals, as most have
+    // Up to the last digit that is no zero; the first one of all is none.
+    const int iLast = uLow ? 16 - std::countl_zero(uLow) / 8 : 8 - std::countl_zero(uHigh) / 8;
     if (iPower < 0) {
         std::memcpy(pTo, "0.000", 5);
         pTo += 1 - iPower;
-        std::memcpy(pTo, digits.data(), digits.size());
+        vBytes8(pTo, uHigh | g_zeroDigits);
+        vBytes8(pTo + 8, uLow | g_zeroDigits);
         return pTo + iLast;
     }
     const int iWhole = iPower + 1;
-    std::memcpy(pTo, digits.data(), digits.size());
+    const Unsigned128 uDigits = Unsigned128{uLow | g_zeroDigits} << 64 | (uHigh | g_zeroDigits);
+    const Unsigned128 uDecimals = uDigits >> 8 * iWhole;
+    vBytes8(pTo, static_cast<std::uint64_t>(uDigits));
+    vBytes8(pTo + 8, static_cast<std::uint64_t>(uDigits >> 64));
     pTo[iWhole] = '.';
-    if (iLast <= iWhole) return pTo + iWhole + 1;
-    std::memcpy(pTo + iWhole + 1, digits.data() + iWhole, static_cast<std::size_t>(iLast - iWhole));
-    return pTo + iLast + 1;
+    vBytes8(pTo + iWhole + 1, static_cast<std::uint64_t>(uDecimals));
+    vBytes8(pTo + iWhole + 9, static_cast<std::uint64_t>(uDecimals >> 64));
+    return pTo + std::max(iLast, iWhole) + 1;
 }
 #endif
 

@@ -340,7 +340,55 @@ constexpr bool boPrintable(char32_t codePoint) { return codePoint >= 32 && codeP
 // True for a text that is written unchanged.
 bool boWrittenVerbatim(std::string_view text) {
     for (const char c : text)
-        if (!boPrintable(static_cast<unsigned char>(c)) || c == '\\' || c == '\'') return false;
+        if (!details::boPlain(c)) return false;
+    return true;
+}
+
+// The code point of two or more bytes that p begins with, in front of pEnd; p is behind it then. 0 for what is no UTF-8
+// for certain, with p as it was: those that are seldom and near to faults are left to who knows them all.
+char32_t codePointOfSeveral(const char*& p, const char* pEnd) {
+    const auto uByte = [p](std::size_t i) { return static_cast<unsigned char>(p[i]); };
+    const std::size_t iSize = uByte(0) < 0xC2 ? 0 : uByte(0) < 0xE0 ? 2 : uByte(0) < 0xF0 ? 3 : uByte(0) < 0xF5 ? 4 : 0;
+    if (iSize == 0 || static_cast<std::size_t>(pEnd - p) < iSize) return 0;
+    char32_t codePoint = uByte(0) & (0x7FU >> iSize);
+    for (std::size_t i = 1; i < iSize; ++i) {
+        if ((uByte(i) & 0xC0) != 0x80) return 0;
+        codePoint = codePoint << 6 | (uByte(i) & 0x3FU);
+    }
+    const bool boKnown =
+        iSize == 2 ||
+        (iSize == 3 && codePoint >= 0x800 && (codePoint < 0xD800 || codePoint >= 0xE000) && codePoint < 0xFFFE) ||
+        (iSize == 4 && codePoint >= 0x10000 && codePoint < 0x110000);
+    if (!boKnown) return 0;
+    p += iSize;
+    return codePoint;
+}
+
+// Appends what is written for a text; false, with a part of it there, where that is not UTF-8 for certain.
+bool boEncoded(std::string& out, std::string_view text) {
+    HexWriter hex(out);
+    const char* p = text.data();
+    const char* const pEnd = p + text.size();
+    while (p != pEnd) {
+        const char* const pRun = p;
+        while (p != pEnd && details::boPlain(*p)) ++p;
+        if (p != pRun) {
+            hex.vClose();
+            out.append(pRun, p);
+            continue;
+        }
+        if (*p == '\\' || *p == '\'') {
+            hex.vClose();
+            out.append(2, *p++);
+        } else if (static_cast<unsigned char>(*p) < 0x80) {
+            hex.vWrite(static_cast<char32_t>(*p++));
+        } else {
+            const char32_t codePoint = codePointOfSeveral(p, pEnd);
+            if (codePoint == 0) return false;
+            hex.vWrite(codePoint);
+        }
+    }
+    hex.vClose();
     return true;
 }
 
@@ -375,6 +423,8 @@ const std::string& sIfcStrFromUtf8(std::string& out, const char* text, std::size
     out.clear();
     if (length == 0) return out;
     if (boWrittenVerbatim({text, length})) return out.assign(text, length);
+    if (boEncoded(out, {text, length})) return out;
+    out.clear();
     std::u32string codePoints;
     str::details::vUtfConvertImpl(codePoints, text, length);
     out.reserve(codePoints.size());

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The text of cells in a STEP file (ISO 10303-21, 6.4), to the byte.
+#include "Format/Ifc/Write/CellText.h"
+
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -18,293 +19,302 @@
 
 namespace oxa::ifc {
 
-using Info = AttributeBase::StepWriteInfoAttribute;
+using details::TextRoom;
 
 namespace {
 
-void vReport(const Info& info, ReportKey eKey, std::string_view sArgument) {
-    info.m_pLine->m_pCommon->m_pErrors->add(nullptr, eKey, sArgument, info.m_pLine->m_line, 0);
+// "%.16G" of the C locale, with a point wherever a STEP real needs one, by the library.
+char* pRealByLibrary(char* p, double value) {
+    constexpr std::ptrdiff_t g_iLongest = 48;
+    static_assert(g_iLongest < TextRoom::g_iRoom / 2);
+    char* const pEnd = std::to_chars(p, p + g_iLongest, value, std::chars_format::general, 16).ptr;
+    char* pExponent = pEnd;   // of a number without a point
+    bool boPoint = false;
+    for (char* pDigit = p; pDigit != pEnd; ++pDigit) {
+        if (*pDigit == '.') boPoint = true;
+        if (*pDigit >= 'a' && *pDigit <= 'z') *pDigit = static_cast<char>(*pDigit - 'a' + 'A');
+        if (*pDigit == 'E') pExponent = std::min(pExponent, pDigit);
+    }
+    if (boPoint) return pEnd;
+    std::memmove(pExponent + 1, pExponent, static_cast<std::size_t>(pEnd - pExponent));
+    *pExponent = '.';
+    return pEnd + 1;
+}
+
+// The same. Whole numbers of no more than 15 digits, most of a model's coordinates in millimetres, and those of ordinary
+// size, nearly all the others, without the library.
+char* pReal(char* p, double value) {
+    constexpr double g_largestWhole = 1e15;
+    static_assert(details::g_iNumberText + 2 < TextRoom::g_iRoom / 2);
+    *p = '-';
+    if (value > -g_largestWhole && value < g_largestWhole) {
+        const auto iWhole = static_cast<long long>(value);
+        if (static_cast<double>(iWhole) == value) {
+            p = details::pNumberText(p + std::signbit(value), static_cast<std::uint64_t>(std::abs(iWhole)));
+            *p = '.';
+            return p + 1;
+        }
+    }
+#if defined(OXA_HAS_UNSIGNED128)
+    static_assert(details::g_iRealText + 1 < TextRoom::g_iRoom / 2);
+    if (char* pEnd = details::pRealText(p + (value < 0), std::fabs(value))) return pEnd;
+#endif
+    return pRealByLibrary(p, value);
+}
+
+}   // namespace
+
+void CellText::vReport(const char* p, ReportKey eKey, std::string_view sArgument) const {
+    m_info.m_pCommon->m_pErrors->add(nullptr, eKey, sArgument, sSoFar(p), 0);
 }
 
 // What is an error of a file that is read is a fatal one here: the fault would be of our making.
-void vFatal(const Info& info, Errors::Category eCategory, ReportKey eKey) {
-    info.m_pLine->m_pCommon->m_pErrors->add(nullptr, Errors::Fatal, eCategory, eKey, info.m_pAttribute->sName,
-                                            info.m_pLine->m_line, info.m_pLine->m_iId);
+void CellText::vFatal(const char* p, Errors::Category eCategory, ReportKey eKey, const Place& place) const {
+    m_info.m_pCommon->m_pErrors->add(nullptr, Errors::Fatal, eCategory, eKey, place.pAttribute->sName, sSoFar(p),
+                                     m_info.m_iId);
 }
 
-// Writes "*" or "$" where the cell has no value, with a report on a mandatory position; true when that was all.
-bool boNullWritten(const AttributeBase& cell, const Info& info) {
-    if (cell.boHasValue()) return false;
-    const bool boMandatory = info.m_boInList || !info.m_pAttribute->boOptional;
-    if (boMandatory && cell.m_boUndefined && !cell.m_boDerived)
-        vFatal(info, Errors::Null, ReportKey::InvalidNullAttribute);
-    info.m_pLine->m_line.push_back(cell.m_boDerived ? '*' : '$');
-    return true;
+// "*" or "$" where the cell has no value, with a report on a mandatory position.
+char* CellText::pNull(char* p, const AttributeBase& cell, const Place& place) {
+    if (cell.m_boUndefined && !cell.m_boDerived && (place.boInList || !place.pAttribute->boOptional))
+        vFatal(p, Errors::Null, ReportKey::InvalidNullAttribute, place);
+    *p = cell.m_boDerived ? '*' : '$';
+    return p + 1;
 }
 
-template <class Number>
-inline void vWriteInteger(StepWriteInfo& info, Number number) {
-    char* const pBegin = info.m_number.data();
-    info.m_line.append(pBegin, std::to_chars(pBegin, pBegin + info.m_number.size(), number).ptr);
+char* CellText::pEncoded(char* p, std::string_view text) {
+    p = m_room.pRoom(p, text.size());
+    if (char* pEnd = details::pPlainCopied(p, text)) return pEnd;
+    const std::string& sEncoded = sIfcStrFromText(m_info.m_encoded, text);
+    return details::pCopied(m_room.pRoom(p, sEncoded.size()), sEncoded);
 }
 
-// Whole numbers of no more than 15 digits, most of a model's coordinates in millimetres.
-bool boWholeWritten(StepWriteInfo& info, double value) {
-    constexpr double g_largestWhole = 1e15;
-    if (!(value > -g_largestWhole && value < g_largestWhole)) return false;
-    const auto iWhole = static_cast<long long>(value);
-    if (static_cast<double>(iWhole) != value || iWhole == 0) return false;
-    vWriteInteger(info, iWhole);
-    info.m_line.push_back('.');
-    return true;
-}
-
-// Those of ordinary size, nearly all that are no whole numbers.
-bool boOrdinaryWritten([[maybe_unused]] StepWriteInfo& info, [[maybe_unused]] double value) {
-#if defined(OXA_HAS_UNSIGNED128)
-    char* const pBegin = info.m_number.data();
-    static_assert(std::tuple_size_v<decltype(info.m_number)> > details::g_iRealText);
-    *pBegin = '-';
-    const char* const pEnd = details::pRealText(pBegin + 1, std::fabs(value));
-    if (!pEnd) return false;
-    info.m_line.append(std::string_view(value < 0 ? pBegin : pBegin + 1, pEnd));
-    return true;
-#else
-    return false;
-#endif
-}
-
-// "%.16G" of the C locale, with a point wherever a STEP real needs one.
-void vWriteReal(StepWriteInfo& info, double value) {
-    if (boWholeWritten(info, value) || boOrdinaryWritten(info, value)) return;
-    char* const pBegin = info.m_number.data();
-    char* const pEnd = std::to_chars(pBegin, pBegin + info.m_number.size(), value, std::chars_format::general, 16).ptr;
-    char* pExponent = pEnd;   // of a number without a point
-    bool boPoint = false;
-    for (char* p = pBegin; p != pEnd; ++p) {
-        if (*p == '.') boPoint = true;
-        if (*p >= 'a' && *p <= 'z') *p = static_cast<char>(*p - 'a' + 'A');
-        if (*p == 'E') pExponent = std::min(pExponent, p);
+char* CellText::pText(char* p, const char* pValue) {
+    *p++ = '\'';
+    if (pValue && m_boPlainText) {
+        const std::string_view text(pValue);
+        p = details::pCopied(m_room.pRoom(p, text.size()), text);
+    } else if (pValue) {
+        p = pEncoded(p, pValue);
     }
-    std::string& line = info.m_line;
-    if (boPoint)
-        line.append(pBegin, pEnd);
-    else
-        line.append(pBegin, pExponent).append(1, '.').append(pExponent, pEnd);
+    *p = '\'';
+    return p + 1;
 }
 
-void vWriteEncoded(StepWriteInfo& info, std::string_view text) {
-    if (details::boPlainText(text))
-        info.m_line.append(text);
-    else
-        info.m_line.append(sIfcStrFromText(info.m_encoded, text));
-}
-
-void vWriteText(const Info& info, const char* pText) {
-    std::string& line = info.m_pLine->m_line;
-    line.push_back('\'');
-    if (pText && info.m_boPlainText)
-        line.append(pText);
-    else if (pText)
-        vWriteEncoded(*info.m_pLine, pText);
-    line.push_back('\'');
-}
-
-void vWriteGuid(const AttributeGuid& cell, const Info& info) {
+char* CellText::pGuid(char* p, const AttributeGuid& cell, const Place& place) {
     const Guid guid = cell.m_value;
-    if (guid.boIsNull()) vFatal(info, Errors::Value, ReportKey::ExpectedValidGuidValueFor);
-    std::string& line = info.m_pLine->m_line;
-    if (info.m_boPlainText) {
-        line.append(guid.toString());
-        return;
-    }
-    char text[IfcGuid::Length + 1];
-    IfcGuid::boIfcStringFromGuid(text, guid);
-    line.append(1, '\'').append(text, IfcGuid::Length).append(1, '\'');
+    if (guid.boIsNull()) vFatal(p, Errors::Value, ReportKey::ExpectedValidGuidValueFor, place);
+    if (m_boPlainText) return details::pCopied(p, guid.toString());
+    *p = '\'';
+    IfcGuid::boIfcStringFromGuid(p + 1, guid);
+    p[1 + IfcGuid::Length] = '\'';
+    return p + IfcGuid::Length + 2;
 }
 
 // The digit of unused bits is always 0, whatever a file once said.
-void vWriteBinary(const AttributeBinary& cell, const Info& info) {
+char* CellText::pBinary(char* p, const AttributeBinary& cell) {
     constexpr char g_digits[] = "0123456789ABCDEF";
-    std::string& line = info.m_pLine->m_line;
     const auto iCount = static_cast<std::size_t>(cell.m_iCount.load());
     const unsigned char* pBytes = cell.m_value;
-    line.reserve(line.size() + 2 * iCount + 5);
-    line.append("\"0");
+    p = m_room.pRoom(p, 2 * iCount);
+    *p++ = '"';
+    *p++ = '0';
     for (std::size_t i = 0; i < iCount; ++i) {
-        line.push_back(g_digits[pBytes[i] >> 4]);
-        line.push_back(g_digits[pBytes[i] & 0xF]);
+        *p++ = g_digits[pBytes[i] >> 4];
+        *p++ = g_digits[pBytes[i] & 0xF];
     }
-    line.push_back('"');
+    *p = '"';
+    return p + 1;
 }
 
-void vWriteEnumeration(const AttributeEnumeration& cell, const Info& info) {
-    const char* pText = cell.m_value;
-    if (!pText) return;   // an empty field, as it was read
-    std::string& line = info.m_pLine->m_line;
-    line.push_back('.');
-    vWriteEncoded(*info.m_pLine, pText);
-    line.push_back('.');
-    const def::schema::DataTypeEnum* pEnum = AttributeEnumeration::pEnumOf(info.m_pType, *info.m_pAttribute);
-    if (pEnum && !pEnum->items.contains(std::string_view(pText)))
-        vReport(info, ReportKey::NotValidEnumerationValue, pText);
+// Nothing for null: an empty field, as it was read. After a read the text is the schema's own, and known by its address.
+char* CellText::pEnumeration(char* p, const AttributeEnumeration& cell, const Place& place) {
+    const char* pValue = cell.m_value;
+    if (!pValue) return p;
+    const def::schema::DataTypeEnum* pEnum = AttributeEnumeration::pEnumOf(place.pType, *place.pAttribute);
+    const std::string* pItem = nullptr;
+    if (pEnum)
+        for (const std::string& sItem : pEnum->declared)
+            if (sItem.data() == pValue) pItem = &sItem;
+    *p++ = '.';
+    p = pEncoded(p, pItem ? std::string_view(*pItem) : std::string_view(pValue));
+    *p++ = '.';
+    if (pEnum && !pItem && !pEnum->items.contains(std::string_view(pValue)))
+        vReport(p, ReportKey::NotValidEnumerationValue, pValue);
+    return p;
 }
 
-// Behind a comma, where it is not the first of a list.
-inline void vWriteReference(StepWriteInfo& info, std::size_t iId, bool boComma = false) {
-    char* const pBegin = info.m_number.data();
-    pBegin[0] = ',';
-    pBegin[1] = '#';
-    const char* const pEnd = std::to_chars(pBegin + 2, pBegin + info.m_number.size(), iId).ptr;
-    info.m_line.append(std::string_view(boComma ? pBegin : pBegin + 1, pEnd));
+inline char* CellText::pEntity(char* p, const AttributeEntity& cell, const Place& place) {
+    if (const Entity* pNamed = cell.m_value) return pReference(p, m_info.iEntityIdNamed(pNamed));
+    vReport(p, ReportKey::InvalidNullAttribute, place.pAttribute->sName);
+    return p;
 }
 
-void vWriteEntity(const AttributeEntity& cell, const Info& info) {
-    const Entity* pEntity = cell.m_value;
-    if (!pEntity) {
-        vReport(info, ReportKey::InvalidNullAttribute, info.m_pAttribute->sName);
-        return;
-    }
-    vWriteReference(*info.m_pLine, info.m_pLine->iEntityIdNamed(pEntity));
-}
-
-// Cells whose text has the null step in front and nothing else around it.
-void vWriteCell(const AttributeBase& cell, CellClass eClass, const Info& info);
-
-void vWriteSelect(const AttributeSelect& cell, const Info& info) {
+char* CellText::pSelect(char* p, const AttributeSelect& cell, const Place& place) {
     const AttributeBase* pValue = cell.m_pValue;
     const def::schema::Type* pType = cell.m_pType;
-    const Info nested{info.m_pLine, info.m_pAttribute, pType, false, info.m_boPlainText};
-    if (!pValue) return;
+    if (!pValue) return p;
     if (cell.m_eType.load() == AttributeType::Entity) {
-        const auto& entity = static_cast<const AttributeEntity&>(*pValue);
-        if (!boNullWritten(entity, nested)) vWriteEntity(entity, nested);
-        return;
+        const DataSizeEntity::Cell value{place.pAttribute, 0, CellClass::Entity};
+        return pCells(p, {&value, 1}, pValue, {place.pAttribute, pType});
     }
-    if (!pType) return;
-    std::string& line = info.m_pLine->m_line;
-    line.append(pType->sNameUpper).append(1, '(');
-    vWriteCell(*pValue, AttributeBase::cellClass(pType), nested);
-    line.push_back(')');
+    if (!pType) return p;
+    p = details::pCopied(m_room.pRoom(p, pType->sNameUpper.size()), pType->sNameUpper);
+    *p++ = '(';
+    const DataSizeEntity::Cell value{place.pAttribute, 0, AttributeBase::cellClass(pType)};
+    p = m_room.pRoom(pCells(p, {&value, 1}, pValue, {place.pAttribute, pType}));
+    *p = ')';
+    return p + 1;
 }
 
-// One item after the other, with a comma before every one but the first.
-template <class Items, class Write>
-void vWriteItems(const Items* pItems, const Info& info, Write&& write) {
-    if (!pItems) return;
-    bool boFirst = true;
-    for (const auto& item : *pItems) {
-        if (!boFirst) info.m_pLine->m_line.push_back(',');
-        boFirst = false;
-        write(item);
+// One item after the other, with a comma between each two.
+template <class ItemsOfOneType, class Write>
+char* CellText::pEachItem(char* p, const ItemsOfOneType& items, Write&& write) {
+    if (items.empty()) return p;
+    for (const auto& item : items) {
+        p = write(m_room.pRoom(p), item);
+        *p++ = ',';
     }
+    return p - 1;
 }
 
 // Two texts in one block would lose their comma: it stands before every text that is not the first item's own.
-void vWriteTexts(const Array<char*>* pArray, const Info& info) {
-    if (!pArray || pArray->empty()) return;
-    const char* pFirst = (*pArray)[0];
-    for (const Unaligned<char*>& item : *pArray) {
-        if (item.load() != pFirst) info.m_pLine->m_line.push_back(',');
-        vWriteText(info, item);
+char* CellText::pTexts(char* p, const Array<char*>& items) {
+    if (items.empty()) return p;
+    const char* pFirst = items[0];
+    for (const Unaligned<char*>& item : items) {
+        p = m_room.pRoom(p);
+        if (item.load() != pFirst) *p++ = ',';
+        p = pText(p, item);
     }
+    return p;
 }
 
-void vWriteEntities(const EntityList* pHead, const Info& info) {
-    if (!pHead) return;
-    bool boFirst = true;
-    for (const Entity* pEntity : *pHead) {
-        const std::size_t iId = info.m_pLine->iEntityIdNamed(pEntity);
+char* CellText::pEntities(char* p, const EntityList& items) {
+    char* pComma = nullptr;
+    for (const Entity* pEntity : items) {
+        const std::size_t iId = m_info.iEntityIdNamed(pEntity);
         if (iId == 0) {
             Assert::vTell("Format/Ifc/IfcFileAttribute",
                           "oxa::ifc::AttributeListValueBase::vWrite::<lambda_7>::operator ()",
                           "Skipping invalid reference in list");
             continue;
         }
-        vWriteReference(*info.m_pLine, iId, !boFirst);
-        boFirst = false;
+        p = pReference(m_room.pRoom(p), iId);
+        pComma = p;
+        *p++ = ',';
     }
+    return pComma ? pComma : p;
 }
 
-void vWriteList(const AttributeListValueBase& list, const Info& info);
-
 // The items of a list, without its parentheses.
-struct ItemsWriter {
-    const Info& info;
+struct CellText::Items {
+    CellText& text;
+    char* p;
+    const Place& place;
 
-    void operator()(const Array<double>* pItems) const {
-        vWriteItems(pItems, info, [this](double value) { vWriteReal(*info.m_pLine, value); });
+    char* operator()(const Array<double>* pItems) const {
+        return pEach(pItems, [](char* pTo, double value) { return pReal(pTo, value); });
     }
-    void operator()(const Array<long long>* pItems) const {
-        vWriteItems(pItems, info, [this](long long iValue) { vWriteInteger(*info.m_pLine, iValue); });
+    char* operator()(const Array<long long>* pItems) const {
+        return pEach(pItems, [](char* pTo, long long iValue) { return details::pIntegerText(pTo, iValue); });
     }
-    void operator()(const Array<char*>* pItems) const { vWriteTexts(pItems, info); }
-    void operator()(const Array<AttributeBinary>* pItems) const {
-        vWriteItems(pItems, info, [this](const AttributeBinary& cell) {
-            if (!boNullWritten(cell, info)) vWriteBinary(cell, info);
+    char* operator()(const Array<char*>* pItems) const { return pItems ? text.pTexts(p, *pItems) : p; }
+    char* operator()(const Array<AttributeBinary>* pItems) const {
+        return pEach(pItems, [this](char* pTo, const AttributeBinary& cell) {
+            return cell.boHasValue() ? text.pBinary(pTo, cell) : text.pNull(pTo, cell, place);
         });
     }
-    void operator()(const Array<AttributeSelect>* pItems) const {
-        vWriteItems(pItems, info, [this](const AttributeSelect& cell) {
-            if (!boNullWritten(cell, info)) vWriteSelect(cell, info);
+    char* operator()(const Array<AttributeSelect>* pItems) const {
+        return pEach(pItems, [this](char* pTo, const AttributeSelect& cell) {
+            return cell.boHasValue() ? text.pSelect(pTo, cell, place) : text.pNull(pTo, cell, place);
         });
     }
-    void operator()(const Array<AttributeList>* pItems) const {
-        vWriteItems(pItems, info, [this](const AttributeList& cell) {
-            if (!boNullWritten(cell, info)) vWriteList(cell, info);
+    char* operator()(const Array<AttributeList>* pItems) const {
+        return pEach(pItems, [this](char* pTo, const AttributeList& cell) {
+            return cell.boHasValue() ? text.pList(pTo, cell, place) : text.pNull(pTo, cell, place);
         });
     }
-    void operator()(const EntityList* pItems) const { vWriteEntities(pItems, info); }
-    void operator()(NoItems) const {}
+    char* operator()(const EntityList* pItems) const { return pItems ? text.pEntities(p, *pItems) : p; }
+    char* operator()(NoItems) const { return p; }
+
+private:
+    template <class ItemsOfOneType, class Write>
+    char* pEach(const ItemsOfOneType* pItems, Write&& write) const {
+        return pItems ? text.pEachItem(p, *pItems, write) : p;
+    }
 };
 
-void vWriteList(const AttributeListValueBase& list, const Info& infoList) {
-    Info info = infoList;
-    info.m_boInList = true;
-    std::string& line = info.m_pLine->m_line;
-    line.push_back('(');
-    visitItems(list, ItemsWriter{info});
-    line.push_back(')');
+char* CellText::pList(char* p, const AttributeListValueBase& list, const Place& place) {
+    *p++ = '(';
+    const Place placeOfItems{place.pAttribute, place.pType, true};
+    p = m_room.pRoom(visitItems(list, Items{*this, p, placeOfItems}));
+    *p = ')';
+    return p + 1;
 }
 
 // The text of a cell that has a value.
-struct CellWriter {
-    const Info& info;
+struct CellText::Cells {
+    CellText& text;
+    char* p;
+    const Place& place;
 
-    void operator()(const AttributeReal& cell) const { vWriteReal(*info.m_pLine, cell.m_value); }
-    void operator()(const AttributeInteger& cell) const { vWriteInteger(*info.m_pLine, cell.m_value.load()); }
-    void operator()(const AttributeBoolean& cell) const {
-        info.m_pLine->m_line.append(cell.m_value ? ".T." : ".F.", 3);
-    }
-    void operator()(const AttributeLogical& cell) const {
+    char* operator()(const AttributeReal& cell) const { return pReal(p, cell.m_value); }
+    char* operator()(const AttributeInteger& cell) const { return details::pIntegerText(p, cell.m_value); }
+    char* operator()(const AttributeBoolean& cell) const { return pLetter(cell.m_value ? 'T' : 'F'); }
+    char* operator()(const AttributeLogical& cell) const {
         const LogicalValue value = cell.m_value;
-        info.m_pLine->m_line.append(value == LogicalValue::False  ? ".F."
-                                    : value == LogicalValue::True ? ".T."
-                                                                  : ".U.",
-                                    3);
+        return pLetter(value == LogicalValue::False ? 'F' : value == LogicalValue::True ? 'T' : 'U');
     }
-    void operator()(const AttributeString& cell) const { vWriteText(info, cell.m_value); }
-    void operator()(const AttributeGuid& cell) const { vWriteGuid(cell, info); }
-    void operator()(const AttributeBinary& cell) const { vWriteBinary(cell, info); }
-    void operator()(const AttributeEnumeration& cell) const { vWriteEnumeration(cell, info); }
-    void operator()(const AttributeSelect& cell) const { vWriteSelect(cell, info); }
-    void operator()(const AttributeList& cell) const { vWriteList(cell, info); }
-    void operator()(const AttributeEntity& cell) const { vWriteEntity(cell, info); }
+    char* operator()(const AttributeString& cell) const { return text.pText(p, cell.m_value); }
+    char* operator()(const AttributeGuid& cell) const { return text.pGuid(p, cell, place); }
+    char* operator()(const AttributeBinary& cell) const { return text.pBinary(p, cell); }
+    char* operator()(const AttributeEnumeration& cell) const { return text.pEnumeration(p, cell, place); }
+    char* operator()(const AttributeSelect& cell) const { return text.pSelect(p, cell, place); }
+    char* operator()(const AttributeList& cell) const { return text.pList(p, cell, place); }
+    char* operator()(const AttributeEntity& cell) const { return text.pEntity(p, cell, place); }
+
+private:
+    [[nodiscard]] char* pLetter(char c) const noexcept {
+        p[0] = '.';
+        p[1] = c;
+        p[2] = '.';
+        return p + 3;
+    }
 };
 
-void vWriteCell(const AttributeBase& cell, CellClass eClass, const Info& info) {
-    if (eClass >= CellClass::Unresolved || boNullWritten(cell, info)) return;
-    visitCell(cell, eClass, CellWriter{info});
+char* CellText::pCells(char* p, std::span<const DataSizeEntity::Cell> cells, const void* pBlock, const Place& place) {
+    if (cells.empty()) return p;
+    Place placeOfCell = place;
+    for (const DataSizeEntity::Cell& each : cells) {
+        p = m_room.pRoom(p);
+        if (each.eClass < CellClass::Unresolved) {
+            const auto& cell = *reinterpret_cast<const AttributeBase*>(static_cast<const char*>(pBlock) + each.iOffset);
+            placeOfCell.pAttribute = each.pAttribute;
+            if (!cell.boHasValue())
+                p = pNull(p, cell, placeOfCell);
+            else if (each.eClass == CellClass::Entity)   // most of all, and without a jump that is hard to foresee
+                p = pEntity(p, static_cast<const AttributeEntity&>(cell), placeOfCell);
+            else
+                p = visitCell(cell, each.eClass, Cells{*this, p, placeOfCell});
+        }
+        *p++ = ',';
+    }
+    return p - 1;
 }
 
-}   // namespace
-
 void AttributeBase::vWriteAttribute(StepWriteInfoAttribute& info) const {
-    vWriteCell(*this, cellClass(info.m_pAttribute->pType()), info);
+    vWriteAttribute(info, cellClass(info.m_pAttribute->pType()));
 }
 
 void AttributeBase::vWriteAttribute(StepWriteInfoAttribute& info, CellClass eClass) const {
-    vWriteCell(*this, eClass, info);
+    std::string& line = info.m_pLine->m_line;
+    const std::size_t iBegin = line.size();
+    CellText text(*info.m_pLine, line, iBegin, 0, info.m_boPlainText);
+    const DataSizeEntity::Cell cell{info.m_pAttribute, 0, eClass};
+    const char* const pEnd =
+        text.pCells(text.room().pAt(iBegin), {&cell, 1}, this, {info.m_pAttribute, info.m_pType, info.m_boInList});
+    line.resize(text.room().iPlaceOf(pEnd));
 }
 
 std::string AttributeBase::sWriteLine(const def::schema::Attribute& attribute, const Data& data,

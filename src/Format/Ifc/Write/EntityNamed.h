@@ -11,21 +11,32 @@
 
 namespace oxa::ifc {
 
+// Whether a cell of that class can name an entity.
+[[nodiscard]] constexpr bool boMayName(CellClass eClass) noexcept {
+    return eClass == CellClass::Entity || eClass == CellClass::List || eClass == CellClass::Select;
+}
+
 template <class Visit>
 void Entity::vForEachNamedEntity(Visit&& visit) const {
     if (!m_pSchemaEntity) return;
+    const DataSizeEntity& layout = getDataSize(*m_pSchemaEntity);
+    const auto named = [&visit](const Entity* pEntity) {
+        if (pEntity) visit(*pEntity);
+    };
     if (m_pAttributes)
-        for (const DataSizeEntity::Cell& cell : getDataSize(*m_pSchemaEntity).cells)
-            vForEachEntity<Rows::Walked>(
-                *reinterpret_cast<const AttributeBase*>(static_cast<const char*>(m_pAttributes) + cell.iOffset),
-                cell.eClass, [&visit](const Entity* pEntity) {
-                    if (pEntity) visit(*pEntity);
-                });
+        for (const DataSizeEntity::Cell& place : layout.cells) {
+            if (!boMayName(place.eClass)) continue;
+            const auto& cell =
+                *reinterpret_cast<const AttributeBase*>(static_cast<const char*>(m_pAttributes) + place.iOffset);
+            if (place.eClass != CellClass::Entity)
+                vForEachEntity<Rows::Walked>(cell, place.eClass, named);
+            else if (cell.boHasValue())
+                named(static_cast<const AttributeEntity&>(cell).m_value);
+        }
     if (!m_ppAttributesInverse) return;
-    for (std::size_t i = 0, n = m_pSchemaEntity->allInverseAttributes().size(); i < n; ++i)
+    for (std::size_t i = 0; i < layout.iInverses; ++i)
         if (const EntityList* pReferrers = pInverseEntries()[i])
-            for (const Entity* pReferrer : *pReferrers)
-                if (pReferrer) visit(*pReferrer);
+            for (const Entity* pReferrer : *pReferrers) named(pReferrer);
 }
 
 }   // namespace oxa::ifc

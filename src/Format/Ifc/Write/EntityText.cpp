@@ -1,49 +1,71 @@
 // SPDX-License-Identifier: Apache-2.0
 // The statement of an instance: "#12=IFCWALL('...',$,#3);".
-#include <charconv>
+#include <cstddef>
+#include <string>
+#include <string_view>
 
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcWriteFile.h"
+#include "Format/Ifc/Write/CellText.h"
+#include "platform/Compiler.h"
 
 namespace oxa::ifc {
+
+namespace {
+
+// "#12=IFCWALL(".
+char* pHead(char* p, details::TextRoom& room, std::size_t iId, std::string_view keyword) {
+    p = CellText::pReference(p, iId);
+    *p++ = '=';
+    p = details::pCopied(room.pRoom(p, keyword.size()), keyword);
+    *p = '(';
+    return p + 1;
+}
+
+}   // namespace
 
 bool Entity::boCompose(StepWriteInfo& info) const {
     if (!m_pSchemaEntity) return false;   // a slot that no statement defined
     const std::size_t iId = info.iEntityIdNamed(this);
     info.m_iId = static_cast<std::uint32_t>(iId);
-    std::string& line = info.m_line;
-    char* const pNumber = info.m_number.data();
-    *pNumber = '#';
-    char* const pEqual = std::to_chars(pNumber + 1, pNumber + info.m_number.size() - 1, iId).ptr;
-    *pEqual = '=';
-    line.assign(pNumber, pEqual + 1).append(m_pSchemaEntity->sNameUpper).push_back('(');
+    const bool boInBlocks = info.boInBlocks();
+    const bool boLineEnd = boInBlocks && info.m_iBlock > 0;
+    const std::size_t iUsed = boInBlocks ? info.m_iBlock : 0;
+    std::string& target = boInBlocks ? info.m_block : info.m_line;
+    CellText text(info, target, iUsed, iUsed + boLineEnd);
+    char* p = text.room().pAt(iUsed);
+    if (boLineEnd) *p++ = '\n';
+    p = pHead(p, text.room(), iId, m_pSchemaEntity->sNameUpper);
     if (m_pSchemaEntity->boAbstract)
-        info.m_pCommon->m_pErrors->add(nullptr, Errors::Fatal, Errors::Value, ReportKey::EntityIsAbstract, line,
-                                       info.m_iId);
-    if (m_pAttributes) {
-        bool boFirst = true;
-        for (const DataSizeEntity::Cell& cell : getDataSize(*m_pSchemaEntity).cells) {
-            if (!boFirst) line.push_back(',');
-            boFirst = false;
-            AttributeBase::StepWriteInfoAttribute value{&info, cell.pAttribute};
-            reinterpret_cast<const AttributeBase*>(static_cast<const char*>(m_pAttributes) + cell.iOffset)
-                ->vWriteAttribute(value, cell.eClass);
-        }
-    }
+        info.m_pCommon->m_pErrors->add(nullptr, Errors::Fatal, Errors::Value, ReportKey::EntityIsAbstract,
+                                       text.sSoFar(p), info.m_iId);
+    if (m_pAttributes) p = text.pCells(p, getDataSize(*m_pSchemaEntity).cells, m_pAttributes, {nullptr});
     // The walk goes both ways. Forward references are numbered while their text is written. A relationship is named by
     // no other statement and is reached only from its members, so what refers to this instance is queued as well. In an
     // ordered write all are met by then, and the numbers are asked for without queueing (Pass::Numbers).
     if (m_ppAttributesInverse && info.m_ePass != StepWriteInfo::Pass::Numbers)
-        for (std::size_t i = 0, n = m_pSchemaEntity->allInverseAttributes().size(); i < n; ++i)
+        for (std::size_t i = 0, n = getDataSize(*m_pSchemaEntity).iInverses; i < n; ++i)
             if (const EntityList* pReferrers = pInverseEntries()[i])
                 for (const Entity* pReferrer : *pReferrers) info.iEntityIdNamed(pReferrer);
-    line.append(");");
+    p = details::pCopied(text.room().pRoom(p), ");");
+    if (boInBlocks)
+        info.vBlockGrown(text.room().iPlaceOf(p));
+    else
+        target.resize(text.room().iPlaceOf(p));
     return true;
 }
 
+// The first values and those that follow: few instances have more than two cache lines of them.
+void Entity::vFetchValues() const noexcept {
+    constexpr std::size_t g_iCacheLine = 64;
+    const auto* const pValues = static_cast<const char*>(m_pAttributes);
+    platform::vFetchToRead(pValues);
+    platform::vFetchToRead(pValues + g_iCacheLine);
+}
+
 void Entity::vWrite(StepWriteInfo& info) const {
-    if (boCompose(info)) info.vLineAdd();
+    if (boCompose(info) && !info.boInBlocks()) info.vLineAdd();
 }
 
 std::string Entity::sWriteLine(const Data& data) const {

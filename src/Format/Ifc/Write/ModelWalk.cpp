@@ -5,9 +5,32 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcWriteFile.h"
+#include "Format/Ifc/Write/FetchAhead.h"
 #include "Format/Ifc/Write/WriteThreads.h"
 
 namespace oxa::ifc {
+
+namespace {
+
+// The walk on one thread.
+void vWriteQueued(StepWriteInfoCommon& info, StepWriteInfo& statement, const WriteProgress& progress) {
+    vForEachQueued(info.m_queue, [&](const Entity* pEntity) {
+        ++info.m_iDequeued;
+        if (progress) progress(info.m_iDequeued);
+        if (pEntity) pEntity->vWrite(statement);
+    });
+}
+
+// On one thread a fault, of the progress function for instance, takes nothing from the stream that was composed before.
+void vComposedKeep(StepWriteInfo& statement) noexcept {
+    try {
+        statement.vBlockAdd();
+    } catch (...) {
+        // The first fault is the one to tell.
+    }
+}
+
+}   // namespace
 
 // The caller's thread walks too, and is the only one that tells progress. When one throws, the others must not wait for
 // work that never comes: the walk is stopped before they are joined.
@@ -39,12 +62,11 @@ void Data::vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progr
 void Data::operator()(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const {
     StepWriteInfo statement(info, StepWriteInfo::Pass::InBatches);
     if (info.m_boSingleThreaded) {
-        while (!info.m_queue.empty()) {
-            const Entity* pEntity = info.m_queue.front();
-            info.m_queue.pop_front();
-            ++info.m_iDequeued;
-            if (progress) progress(info.m_iDequeued);
-            if (pEntity) pEntity->vWrite(statement);
+        try {
+            vWriteQueued(info, statement, progress);
+        } catch (...) {
+            vComposedKeep(statement);
+            throw;
         }
         info.m_boDone = true;
     } else {

@@ -18,6 +18,7 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcWriteFile.h"
 #include "Format/Ifc/Write/EntityNamed.h"
+#include "Format/Ifc/Write/FetchAhead.h"
 #include "Format/Ifc/Write/WriteThreads.h"
 
 namespace oxa::ifc {
@@ -44,7 +45,10 @@ public:
             if (iBegin >= m_entities.size()) return;
             const std::size_t iEnd = std::min(iBegin + g_iShare, m_entities.size());
             if (!boBlocks && !boTurnWait(iShare)) return;   // the writer wants each statement by itself
-            for (std::size_t i = iBegin; i < iEnd; ++i) m_entities[i]->vWrite(statement);
+            for (std::size_t i = iBegin; i < iEnd; ++i) {
+                vFetchAhead(m_entities, i);
+                m_entities[i]->vWrite(statement);
+            }
             if (boBlocks) {
                 if (!boHandOver(iShare, statement)) return;
             } else {
@@ -88,41 +92,50 @@ private:
 
     // Leaves the text for the thread that comes to its turn, which may be this one. False as above.
     //
-    // Texts are composed in any order and written in the order of their shares. A thread that has a text leaves it at
-    // its place in a ring and, if none is writing, writes all that are ready from the turn on. It waits where its text
-    // would be too far ahead, in shares or in bytes, so that a slow stream or one late share cannot pile up the whole
-    // model as text. No wait is for ever: the share at its turn is never held back, whatever lies in the ring, and
-    // shares are given out in order, so that the share at its turn is always with a thread that runs.
+    // Texts are composed in any order and written in the order of their shares. A thread that has the text at its turn
+    // writes it, if none is writing; any other leaves its text at its place in a ring, and who writes takes on all that
+    // are ready from the turn on. A thread waits where its text would be too far ahead, in shares or in bytes, so that a
+    // slow stream or one late share cannot pile up the whole model as text. No wait is for ever: the share at its turn is
+    // never held back, whatever lies in the ring, and shares are given out in order, so that the share at its turn is
+    // always with a thread that runs.
     bool boHandOver(std::size_t iShare, StepWriteInfo& statement) {
+        statement.m_block.resize(std::exchange(statement.m_iBlock, 0));
         std::unique_lock lock(m_mutex);
         // The text at its turn never waits, whatever the others hold: they wait for it.
         m_changed.wait(lock, [&] {
             return m_boStopped || iShare == m_iTurn || (iShare < m_iTurn + g_iAhead && m_iBytes < g_iAheadBytes);
         });
         if (m_boStopped) return false;
+        if (iShare == m_iTurn && !m_boWriting) {
+            m_boWriting = true;
+            vTextWrite(lock, statement.m_block, statement.m_iId);
+            vReadyWrite(lock);
+            return true;
+        }
         Text& text = m_texts[iShare % g_iAhead];
         text.block.swap(statement.m_block);
         text.iId = statement.m_iId;
         text.boReady = true;
-        statement.m_block.clear();
         m_iBytes += text.block.size();
-        if (!m_boWriting) vReadyWrite(lock);
         return true;
     }
 
-    // Hands on what is ready, from the turn on. Lets go of the lock for each text.
+    // Hands on the text at its turn, and lets go of the lock for that.
+    void vTextWrite(std::unique_lock<std::mutex>& lock, std::string& block, std::uint32_t iId) {
+        lock.unlock();
+        if (!block.empty()) m_info.m_pWriter->iLineAdd(block, iId);
+        if (block.capacity() > g_iKeptCapacity) std::string().swap(block);
+        lock.lock();
+        ++m_iTurn;
+        m_changed.notify_all();
+    }
+    // Hands on what is ready, from the turn on, for the thread that is writing.
     void vReadyWrite(std::unique_lock<std::mutex>& lock) {
-        m_boWriting = true;
         for (Text* pText = &m_texts[m_iTurn % g_iAhead]; pText->boReady; pText = &m_texts[m_iTurn % g_iAhead]) {
-            lock.unlock();
             const std::size_t iBytes = pText->block.size();
-            if (iBytes) m_info.m_pWriter->iLineAdd(pText->block, pText->iId);
-            if (pText->block.capacity() > g_iKeptCapacity) std::string().swap(pText->block);
-            lock.lock();
-            pText->boReady = false;
+            pText->boReady = false;   // its place is not given away before its turn is over
+            vTextWrite(lock, pText->block, pText->iId);
             m_iBytes -= iBytes;
-            ++m_iTurn;
-            m_changed.notify_all();
         }
         m_boWriting = false;
     }
@@ -146,6 +159,15 @@ private:
 bool Data::boReachNumbered(StepWriteInfoCommon& info) const {
     if (info.m_queue.empty()) return true;
     std::atomic<bool> boAllNumbered{true};
+    if (info.m_boSingleThreaded) {
+        vForEachQueued(info.m_queue, [&](const Entity* pEntity) {
+            if (!pEntity) return;
+            pEntity->vForEachNamedEntity([&](const Entity& named) {
+                if (!info.boNumberedQueue(named)) boAllNumbered.store(false, std::memory_order_relaxed);
+            });
+        });
+        return boAllNumbered;
+    }
     const auto step = [&](std::size_t) {
         std::vector<const Entity*> found;
         std::vector<const Entity*> share;
@@ -159,8 +181,7 @@ bool Data::boReachNumbered(StepWriteInfoCommon& info) const {
                             boAllNumbered.store(false, std::memory_order_relaxed);
                     });
     };
-    util::vOnAllThreads(info.m_boSingleThreaded ? 0 : iExtraWriteThreads(m_entities.size()), step,
-                        [&info] { info.vStop(); });
+    util::vOnAllThreads(iExtraWriteThreads(m_entities.size()), step, [&info] { info.vStop(); });
     return boAllNumbered;
 }
 
@@ -175,11 +196,9 @@ void Data::vReachOthers(StepWriteInfoCommon& info) const {
 }
 
 void Data::vMeet(WriteInfoCommon& info) const {
-    while (!info.m_queue.empty()) {
-        const Entity* pEntity = info.m_queue.front();
-        info.m_queue.pop_front();
+    vForEachQueued(info.m_queue, [&info](const Entity* pEntity) {
         pEntity->vForEachNamedEntity([&info](const Entity& named) { info.iEntityIdQueue(&named); });
-    }
+    });
 }
 
 void Data::vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options) const {

@@ -12,11 +12,20 @@
 
 namespace oxa::ifc {
 
-std::size_t WriteInfoCommon::iEntityIdQueue(const Entity* pEntity) {
+std::size_t WriteInfoCommon::iEntityIdQueueFar(const Entity* pEntity, WalkNear& near) {
     if (!pEntity) return 0;
-    const EntityIdMap::Number number = m_pEntityIdMap->settled(pEntity, m_near.number(pEntity));
-    if (boMark(pEntity, number, m_near)) m_queue.push_back(pEntity);
+    const std::size_t iId = iEntityIdQueueBeside(pEntity, near);
+    if (iId != EntityIdMap::g_iNoneBeside) return iId;
+    const EntityIdMap::Number number = m_pEntityIdMap->settled(pEntity, near.number(pEntity));
+    if (boMark(pEntity, number, near)) m_queue.push_back(pEntity);
     return number.iId;
+}
+
+bool WriteInfoCommon::boNumberedQueueFar(const Entity& entity) {
+    if (iEntityIdQueueBeside(&entity, m_near) != EntityIdMap::g_iNoneBeside) return true;
+    const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(&entity, m_near.number(&entity));
+    if (known && boMark(&entity, *known, m_near)) m_queue.push_back(&entity);
+    return known.has_value();
 }
 
 std::size_t WriteInfoCommon::iEntityIdMark(const Entity& entity) {
@@ -31,26 +40,35 @@ bool WriteInfoCommon::boMet(const Entity& entity) const {
     return known && boMet(entity, *known);
 }
 
-// Kept numbers are many and are put in order by a bit each; the rest is sorted.
+// Kept numbers are many and are put in order by a bit each: those of the list, of which the ones that were met are taken.
+// The rest is sorted.
 std::vector<std::size_t> WriteInfoCommon::metNumbers(const std::vector<Entity*>& entities) const {
-    SeenNumbers seeded;
-    SeenNumbers::Near near;
-    EntityIdMap::Near nearNumber;
-    std::size_t iSeeded = 0;
+    SeenNumbers listed;
+    WalkNear near;
+    std::size_t iListed = 0;
     std::vector<std::size_t> others;
+    const auto vListed = [&](const Entity* pEntity, std::size_t iId) {
+        iListed += listed.boMark(static_cast<std::uint32_t>(iId), near.seen(pEntity));
+    };
     for (const Entity* pEntity : entities) {
-        const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(pEntity, nearNumber);
-        if (!known || !boMet(*pEntity, *known)) continue;
+        const std::size_t iBeside = EntityIdMap::iBeside(pEntity, near.number(pEntity));
+        if (iBeside != EntityIdMap::g_iNoneBeside) {
+            vListed(pEntity, iBeside);
+            continue;
+        }
+        const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(pEntity, near.number(pEntity));
+        if (!known) continue;
         if (known->boSeeded)
-            iSeeded += seeded.boMark(static_cast<std::uint32_t>(known->iId), near);
-        else
+            vListed(pEntity, known->iId);
+        else if (boMet(*pEntity, *known))
             others.push_back(known->iId);
     }
     std::ranges::sort(others);
     std::vector<std::size_t> numbers;
-    numbers.reserve(iSeeded + others.size());
+    numbers.reserve(iListed + others.size());
     auto other = others.begin();
-    seeded.vForEach([&](std::uint32_t iId) {
+    m_seenSeeded.vForEach([&](std::uint32_t iId) {
+        if (!listed.boMarked(iId)) return;
         for (; other != others.end() && *other <= iId; ++other) numbers.push_back(*other);
         numbers.push_back(iId);
     });
@@ -121,7 +139,8 @@ std::size_t StepWriteInfoCommon::iEntityIdCollect(const Entity* pEntity, std::ve
     return number.iId;
 }
 
-bool StepWriteInfoCommon::boNumberedCollect(const Entity& entity, std::vector<const Entity*>& found, WalkNear& near) {
+bool StepWriteInfoCommon::boNumberedCollectFar(const Entity& entity, std::vector<const Entity*>& found,
+                                               WalkNear& near) {
     const std::optional<EntityIdMap::Number> known = m_pEntityIdMap->known(&entity, near.number(&entity));
     if (!known) return false;
     std::unique_lock lock(m_mutex, std::defer_lock);
@@ -176,32 +195,37 @@ void StepWriteInfoCommon::vStop() {
     m_changed.notify_all();
 }
 
-std::size_t StepWriteInfo::iEntityIdNamed(const Entity* pEntity) {
+std::size_t StepWriteInfo::iEntityIdFar(const Entity* pEntity) {
     if (m_ePass == Pass::Numbers)
         return pEntity ? m_pCommon->m_pEntityIdMap->settled(pEntity, m_near.number(pEntity)).iId : 0;
-    if (m_pCommon->m_boSingleThreaded) return m_pCommon->iEntityIdQueue(pEntity);
+    if (m_pCommon->m_boSingleThreaded) return m_pCommon->iEntityIdQueue(pEntity, m_near);
     if (m_ePass == Pass::AtOnce) return m_pCommon->iEntityIdGet(pEntity);
     return m_pCommon->iEntityIdCollect(pEntity, m_found, m_near);
 }
 
-// Statements are gathered in a block where the writer takes blocks, so that its lock is taken once a block and not once
-// a statement.
 void StepWriteInfo::vLineAdd() {
-    io::IfcLineWriterInterface& writer = *m_pCommon->m_pWriter;
-    const std::size_t iBlock = m_pCommon->m_iBlockSize;
-    if (iBlock == 0 || m_ePass == Pass::AtOnce) {
-        writer.iLineAdd(m_line, m_iId);
+    if (!boInBlocks()) {
+        m_pCommon->m_pWriter->iLineAdd(m_line, m_iId);
         return;
     }
-    if (!m_block.empty()) m_block.push_back('\n');
+    m_block.resize(m_iBlock);
+    if (m_iBlock > 0) m_block.push_back('\n');
     m_block.append(m_line);
-    if (m_block.size() >= iBlock && m_ePass == Pass::InBatches) vBlockAdd();
+    vBlockGrown(m_block.size());
 }
 
+// Statements are gathered in a block where the writer takes blocks, so that its lock is taken once a block and not once
+// a statement.
+void StepWriteInfo::vBlockGrown(std::size_t iBlock) {
+    m_iBlock = iBlock;
+    if (m_iBlock >= m_pCommon->m_iBlockSize && m_ePass == Pass::InBatches) vBlockAdd();
+}
+
+// The block is empty before the writer gets it, which may fail: what it did not take is lost, and not handed on twice.
 void StepWriteInfo::vBlockAdd() {
-    if (m_block.empty()) return;
+    if (m_iBlock == 0) return;
+    m_block.resize(std::exchange(m_iBlock, 0));
     m_pCommon->m_pWriter->iLineAdd(m_block, m_iId);
-    m_block.clear();
 }
 
 }   // namespace oxa::ifc

@@ -34,17 +34,25 @@ class IfcLineWriterInterface;
 class WriteError;
 }   // namespace io
 
-/// What a thread of a walk found last.
+/// What a thread of a walk found last. What a statement names lies in a few chunks in turn, so each part of the memory as
+/// large as a chunk has a place of its own, which others may share. A chunk of slots has the numbers of one page of marks.
 struct WalkNear {
-    /// In the map of numbers, for an instance at that address. What a statement names lies in a few chunks in turn, so each
-    /// part of the memory as large as a chunk has a place of its own, which others may share.
-    [[nodiscard]] EntityIdMap::Near& number(const Entity* pEntity) noexcept {
-        return numbers[(reinterpret_cast<std::uintptr_t>(pEntity) >> 20) % numbers.size()];
-    }
+    static constexpr std::size_t g_iPlaces = 64;   ///< for parts of the memory
 
-    std::array<EntityIdMap::Near, 64> numbers;   ///< by address
-    SeenNumbers::Near seen;                      ///< in the numbers met
-    SeenNumbers::Near seenDealt;                 ///< in the dealt ones met
+    ///@{
+    /// For an instance at that address: in the map of numbers, and in the numbers met.
+    [[nodiscard]] EntityIdMap::Near& number(const Entity* pEntity) noexcept { return numbers[iPlace(pEntity)]; }
+    [[nodiscard]] SeenNumbers::Near& seen(const Entity* pEntity) noexcept { return seenKept[iPlace(pEntity)]; }
+    ///@}
+
+    std::array<EntityIdMap::Near, g_iPlaces> numbers;    ///< by address
+    std::array<SeenNumbers::Near, g_iPlaces> seenKept;   ///< in the numbers met that came with a file, by address
+    SeenNumbers::Near seenDealt;                         ///< in the dealt ones met
+
+private:
+    [[nodiscard]] static std::size_t iPlace(const Entity* pEntity) noexcept {
+        return (reinterpret_cast<std::uintptr_t>(pEntity) >> 20) % g_iPlaces;
+    }
 };
 
 /// The part of a walk that does not care where its statements go.
@@ -59,7 +67,24 @@ public:
     /// whoever names entities from outside of a statement: seeds, and the ifcXML export.
     std::size_t iEntityIdGet(const Entity* pEntity) { return iEntityIdQueue(pEntity); }
     /// As iEntityIdGet(), for a walk of one thread.
-    std::size_t iEntityIdQueue(const Entity* pEntity);
+    std::size_t iEntityIdQueue(const Entity* pEntity) { return iEntityIdQueue(pEntity, m_near); }
+    /// The same with what the caller has found last.
+    std::size_t iEntityIdQueue(const Entity* pEntity, WalkNear& nearby) {
+        const std::size_t iId = iEntityIdMet(pEntity, nearby);
+        return iId == EntityIdMap::g_iNoneBeside ? iEntityIdQueueFar(pEntity, nearby) : iId;
+    }
+    /// The number of an entity that this run has met and that stands near the last ones; EntityIdMap::g_iNoneBeside for any
+    /// other, and for null. From any thread that has a "nearby" of its own.
+    [[nodiscard]] static std::size_t iEntityIdMet(const Entity* pEntity, WalkNear& nearby) noexcept {
+        const std::size_t iId = EntityIdMap::iBeside(pEntity, nearby.number(pEntity));
+        return SeenNumbers::boMarkedBeside(static_cast<std::uint32_t>(iId), nearby.seen(pEntity))
+                   ? iId
+                   : EntityIdMap::g_iNoneBeside;
+    }
+    /// As iEntityIdQueue() for an entity that has a number; false, and nothing done, for one that has none.
+    bool boNumberedQueue(const Entity& entity) {
+        return iEntityIdMet(&entity, m_near) != EntityIdMap::g_iNoneBeside || boNumberedQueueFar(entity);
+    }
     /// The number of an entity that is composed right now: this run has met it, and need not queue it. One thread.
     std::size_t iEntityIdMark(const Entity& entity);
     /// Whether this run has met the entity. Once its threads have ended.
@@ -85,7 +110,7 @@ public:
 protected:
     /// True the first time.
     bool boMark(const Entity* pEntity, const EntityIdMap::Number& number, WalkNear& nearby) {
-        if (number.boSeeded) return m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId), nearby.seen);
+        if (number.boSeeded) return m_seenSeeded.boMark(static_cast<std::uint32_t>(number.iId), nearby.seen(pEntity));
         if (number.iDealt != EntityIdMap::g_iNotDealt) return m_seenDealt.boMark(number.iDealt, nearby.seenDealt);
         return m_seenFar.insert(pEntity).second;
     }
@@ -98,6 +123,20 @@ protected:
         if (number.boSeeded) return m_seenSeeded.boMarked(static_cast<std::uint32_t>(number.iId));
         if (number.iDealt != EntityIdMap::g_iNotDealt) return m_seenDealt.boMarked(number.iDealt);
         return m_seenFar.contains(&entity);
+    }
+
+    /// iEntityIdQueue() of one that a short look does not tell as met.
+    std::size_t iEntityIdQueueFar(const Entity* pEntity, WalkNear& nearby);
+    /// As that, of boNumberedQueue().
+    bool boNumberedQueueFar(const Entity& entity);
+    /// The number of an entity that stands near the last ones, which is queued the first time; else
+    /// EntityIdMap::g_iNoneBeside.
+    std::size_t iEntityIdQueueBeside(const Entity* pEntity, WalkNear& nearby) {
+        const std::size_t iId = EntityIdMap::iBeside(pEntity, nearby.number(pEntity));
+        if (iId != EntityIdMap::g_iNoneBeside &&
+            m_seenSeeded.boMark(static_cast<std::uint32_t>(iId), nearby.seen(pEntity)))
+            m_queue.push_back(pEntity);
+        return iId;
     }
 
     WalkNear m_near;            ///< of the one thread, or under the lock
@@ -124,7 +163,10 @@ public:
     /// queues later (boTake).
     std::size_t iEntityIdCollect(const Entity* pEntity, std::vector<const Entity*>& found, WalkNear& nearby);
     /// The same for an entity that has a number; false, and nothing done, for one that has none.
-    bool boNumberedCollect(const Entity& entity, std::vector<const Entity*>& found, WalkNear& nearby);
+    bool boNumberedCollect(const Entity& entity, std::vector<const Entity*>& found, WalkNear& nearby) {
+        return iEntityIdMet(&entity, nearby) != EntityIdMap::g_iNoneBeside ||
+               boNumberedCollectFar(entity, found, nearby);
+    }
 
     /// For a composing thread beside others. Queues "found", which is emptied, then waits for work and takes a share
     /// of it. "boActive" is the thread's own, false at first. Calls "progress" for each entity taken, under the lock.
@@ -144,6 +186,9 @@ public:
     /// 0: the writer takes each statement by itself. Else it takes several as one text, LF between them, which a
     /// composing thread hands over once it has that many bytes.
     std::size_t m_iBlockSize = 0;
+
+private:
+    bool boNumberedCollectFar(const Entity& entity, std::vector<const Entity*>& found, WalkNear& nearby);
 };
 
 /// One composing thread: its strings keep their capacity from statement to statement.
@@ -162,21 +207,34 @@ struct StepWriteInfo {
 
     /// The number of an entity that the statement names; 0 for null. One that this run meets for the first time is
     /// queued or collected, unless the walk is over: that is for the pass to say.
-    std::size_t iEntityIdNamed(const Entity* pEntity);
-    /// Hands the statement on: to the writer, or to this thread's block where the writer takes blocks.
+    std::size_t iEntityIdNamed(const Entity* pEntity) {
+        const std::size_t iId = m_ePass == Pass::Numbers ? EntityIdMap::iBeside(pEntity, m_near.number(pEntity))
+                                                         : WriteInfoCommon::iEntityIdMet(pEntity, m_near);
+        return iId == EntityIdMap::g_iNoneBeside ? iEntityIdFar(pEntity) : iId;
+    }
+    /// Whether statements are composed behind each other in m_block, for a writer that takes blocks; else each of them in
+    /// m_line.
+    [[nodiscard]] bool boInBlocks() const noexcept { return m_pCommon->m_iBlockSize > 0 && m_ePass != Pass::AtOnce; }
+    /// Hands the statement in m_line on: to the writer, or to this thread's block where the writer takes blocks.
     void vLineAdd();
+    /// One statement more is in the block, which ends there now: hands it on once it is large enough, unless the caller
+    /// does that (Pass::Numbers).
+    void vBlockGrown(std::size_t iBlock);
     /// Hands the rest of the block on.
     void vBlockAdd();
 
-    std::string m_line;                   ///< the statement
-    std::string m_block;                  ///< statements on their way to a writer that takes blocks
+    std::string m_line;                   ///< the statement, where it is composed by itself
+    std::string m_block;                  ///< statements on their way to a writer that takes blocks, then room for more
+    std::size_t m_iBlock = 0;             ///< bytes of m_block that are statements
     std::vector<const Entity*> m_found;   ///< met for the first time, not queued yet; beside other threads only
-    WalkNear m_near;                      ///< beside other threads only
+    WalkNear m_near;                      ///< what this thread found last
     std::string m_encoded;                ///< scratch for encoded text
-    std::array<char, 65> m_number;        ///< scratch for one number
     StepWriteInfoCommon* m_pCommon;       ///< what the threads share
     std::uint32_t m_iId = 0;              ///< of the statement
     Pass m_ePass;                         ///< fixed from the start
+
+private:
+    std::size_t iEntityIdFar(const Entity* pEntity);
 };
 
 }   // namespace oxa::ifc

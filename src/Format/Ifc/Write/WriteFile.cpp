@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where statements go: straight to the stream on one thread, through a bounded pool to a consumer thread, or as blocks
-// in a fixed order; and the frame of a STEP file around them.
+// Where statements go: in blocks to the stream, or through a bounded pool to a consumer thread; and the frame of a STEP
+// file around them.
 #include "Format/Ifc/IfcWriteFile.h"
 
 #include <exception>
@@ -71,8 +71,8 @@ bool ThreadStringPool::boTakeWait(std::string& line) {
 
 namespace {
 
-// Three ways to a stream of one shape, chosen once a write. g_iBlock is what the way's line writer takes at once: 0 for
-// one statement, else so many bytes of them; see StepWriteInfoCommon::m_iBlockSize.
+// Two ways to a stream of one shape, chosen once a write. g_iBlock is how many bytes of statements the way's line writer
+// takes at once; see StepWriteInfoCommon::m_iBlockSize.
 
 // Statements through a pool to a consumer thread, which starts at once. Composers never touch the stream: they leave
 // blocks in the pool and go on. An exception of the stream is kept and thrown on the caller's thread once all have
@@ -121,41 +121,36 @@ private:
     std::thread m_consumer;
 };
 
-// Texts of one thread at a time to the stream, as they come.
+// Texts of one thread at a time to the stream, as they come: they are as large as a buffer would be.
 class BlockLineWriter final : public IfcLineWriterInterface {
 public:
-    explicit BlockLineWriter(std::ostream& out) : m_buffer(out) {}
+    explicit BlockLineWriter(std::ostream& out) : m_out(out) {}
 
     std::size_t iLineAdd(std::string& block, unsigned) override {
-        m_buffer.vWrite(block);
-        m_buffer.vWrite('\n');
+        block.push_back('\n');
+        m_out.write(block.data(), static_cast<std::streamsize>(block.size()));
         return ++m_iBlocks;
     }
     void vFinish() override {}
-    void vBufferFlush() { m_buffer.vBufferFlush(); }
 
 private:
-    stream::StreamWriteBuffer m_buffer;
+    std::ostream& m_out;
     std::size_t m_iBlocks = 0;
 };
 
 // Without a thread of its own.
-template <class LineWriter, std::size_t iBlock>
 class DirectWriter {
 public:
-    static constexpr std::size_t g_iBlock = iBlock;
+    static constexpr std::size_t g_iBlock = stream::StreamWriteBuffer::g_iBufferSize;
 
     explicit DirectWriter(std::ostream& out) : m_writer(out) {}
     IfcLineWriterInterface& writer() noexcept { return m_writer; }
-    void vEnd() { m_writer.vBufferFlush(); }
+    void vEnd() {}
     void vAbandon() noexcept {}
 
 private:
-    LineWriter m_writer;
+    BlockLineWriter m_writer;
 };
-
-using SingleWriter = DirectWriter<IfcSingleThreadedLineWriter, 0>;
-using OrderedWriter = DirectWriter<BlockLineWriter, stream::StreamWriteBuffer::g_iBufferSize>;
 
 // Runs one step of a write. Its exceptions go on, once no thread is left that they would take down.
 template <class Writer, class Step>
@@ -199,8 +194,8 @@ struct SeededWrite {
 bool boStatementsWrite(const Data& data, const WriteFile::Seed& seed, std::ostream& out, WriteError& errors,
                        const WriteOptions& options) {
     const SeededWrite write{data, seed, out, errors, options};
-    if (options.eOrder != WriteOrder::Any) return write.boRun<OrderedWriter>();
-    return options.boSingleThreaded ? write.boRun<SingleWriter>() : write.boRun<ThreadedWriter>();
+    const bool boDirect = options.boSingleThreaded || options.eOrder != WriteOrder::Any;
+    return boDirect ? write.boRun<DirectWriter>() : write.boRun<ThreadedWriter>();
 }
 
 WriteFile::Seed seedOf(const Entity* pEntity) {

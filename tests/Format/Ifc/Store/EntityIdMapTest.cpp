@@ -152,6 +152,25 @@ TEST_F(SeededMap, NumbersDoNotDependOnTheLastOne) {
 }
 
 // An address beside a slot's own, in front of a chunk or behind it, is no seeded entity.
+TEST_F(SeededMap, TellsNumbersFromBesideTheLastOne) {
+    for (const std::uint32_t iId : {7U, 9U, 32'767U, 40'000U}) seed(info.slotGet(data, iId), iId);
+    EntityIdMap::Near near;
+    const auto beside = [&](std::uint32_t iId) { return EntityIdMap::iBeside(&info.slotGet(data, iId).entity, near); };
+    EXPECT_EQ(beside(7), EntityIdMap::g_iNoneBeside) << "no last one";
+    EXPECT_EQ(map.number(&info.slotGet(data, 9).entity, near).iId, 9U);
+    const struct {
+        std::uint32_t iId;
+        std::size_t iBeside;
+    } rows[] = {
+        {7, 7}, {9, 9}, {32'767, 32'767}, {8, EntityIdMap::g_iNoneBeside}, {40'000, EntityIdMap::g_iNoneBeside}};
+    for (const auto& row : rows) EXPECT_EQ(beside(row.iId), row.iBeside) << row.iId;
+    EXPECT_EQ(EntityIdMap::iBeside(nullptr, near), EntityIdMap::g_iNoneBeside);
+    const Entity other;
+    EXPECT_EQ(EntityIdMap::iBeside(&other, near), EntityIdMap::g_iNoneBeside);
+    const auto* pBytes = reinterpret_cast<const char*>(&info.slotGet(data, 7).entity);
+    EXPECT_EQ(EntityIdMap::iBeside(reinterpret_cast<const Entity*>(pBytes + 8), near), EntityIdMap::g_iNoneBeside);
+}
+
 TEST_F(SeededMap, OnlyTheAddressOfASlotCounts) {
     EntitySlot* pChunk = info.pChunkGet(data, 0);
     seed(pChunk[0], 0);

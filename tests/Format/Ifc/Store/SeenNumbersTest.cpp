@@ -36,6 +36,22 @@ TEST(SeenNumbers, AnswerOnceForEachNumber) {
     }
 }
 
+// The short look knows the page of the last number alone, and answers "no" for any other.
+TEST(SeenNumbers, AreToldFromBesideTheLastOne) {
+    SeenNumbers seen;
+    SeenNumbers::Near near;
+    EXPECT_FALSE(SeenNumbers::boMarkedBeside(0, near));
+    EXPECT_TRUE(seen.boMark(32'768, near));
+    const struct {
+        std::uint32_t iNumber;
+        bool boMarked;
+    } rows[] = {{32'768, true}, {32'769, false}, {65'535, false}, {0, false}, {32'767, false}, {65'536, false}};
+    for (const auto& row : rows) EXPECT_EQ(SeenNumbers::boMarkedBeside(row.iNumber, near), row.boMarked) << row.iNumber;
+    EXPECT_TRUE(seen.boMark(4294967295U, near));
+    EXPECT_TRUE(SeenNumbers::boMarkedBeside(4294967295U, near));
+    EXPECT_FALSE(SeenNumbers::boMarkedBeside(32'768, near)) << "on another page";
+}
+
 // A page a number, so that the threads come together where one is made.
 TEST(SeenNumbers, AnswerOneOfManyThreads) {
     constexpr std::size_t g_iThreads = 4;

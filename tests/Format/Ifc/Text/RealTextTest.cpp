@@ -8,6 +8,7 @@
 #include <cmath>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "Format/Ifc/Text/TextScan.h"
 
@@ -79,16 +80,27 @@ TEST(RealText, IsThatOfTheLibrary) {
 }
 #endif
 
-TEST(PlainText, IsPrintableAsciiWithoutQuoteAndBackslash) {
-    for (const std::size_t iSize : {0U, 1U, 7U, 15U, 16U, 17U, 31U, 32U, 33U, 50U}) {
-        EXPECT_TRUE(boPlainText(std::string(iSize, '~')));
-        for (std::size_t iPlace = 0; iPlace < iSize; ++iPlace)
-            for (int iByte = 0; iByte < 256; ++iByte) {
-                std::string sText(iSize, 'a');
-                sText[iPlace] = static_cast<char>(iByte);
-                const bool boPlain = iByte >= ' ' && iByte <= '~' && iByte != '\'' && iByte != '\\';
-                ASSERT_EQ(boPlainText(sText), boPlain) << iByte << " at " << iPlace << " of " << iSize;
+TEST(PlainText, IsPrintableAsciiWithoutQuoteAndBackslashAndIsCopied) {
+    for (const std::size_t iSize : {0U, 1U, 2U, 3U, 4U, 5U, 7U, 8U, 9U, 15U, 16U, 17U, 31U, 32U, 33U, 50U}) {
+        const auto vCheck = [iSize](const std::string& sText, bool boPlain) {
+            const std::vector<char> from(sText.begin(), sText.end());   // a sanitizer sees every byte read outside
+            std::string sTo(iSize + 2, '#');
+            const char* pEnd = pPlainCopied(sTo.data() + 1, {from.data(), iSize});
+            ASSERT_EQ(pEnd, boPlain ? sTo.data() + 1 + iSize : nullptr);
+            ASSERT_EQ(sTo.front(), '#');
+            ASSERT_EQ(sTo.back(), '#');
+            if (boPlain) {
+                ASSERT_EQ(sTo.substr(1, iSize), sText);
             }
+        };
+        vCheck(std::string(iSize, '~'), true);
+        for (std::size_t iPlace = 0; iPlace < iSize; ++iPlace)
+            for (int iByte = 0; iByte < 256; ++iByte)
+                for (const char cOther : {'~', '\x28', '\x5B'}) {
+                    std::string sText(iSize, cOther);
+                    sText[iPlace] = static_cast<char>(iByte);
+                    vCheck(sText, iByte >= ' ' && iByte <= '~' && iByte != '\'' && iByte != '\\');
+                }
     }
 }
 

@@ -329,9 +329,36 @@ TEST(StrFromUtf8, WritesOneCanonicalForm) {
     }
 }
 
+// Where UTF-8 takes a byte more, and beside what it leaves out.
+TEST(StrFromUtf8, KnowsEveryLength) {
+    const struct {
+        std::string_view text;
+        std::string_view sStep;
+    } rows[] = {
+        {"\x7F", "\\X\\7F"},
+        {"\xC2\x80", "\\X\\80"},
+        {"\xC3\xBF", "\\X\\FF"},
+        {"\xC4\x80", "\\X2\\0100\\X0\\"},
+        {"\xDF\xBF", "\\X2\\07FF\\X0\\"},
+        {"\xE0\xA0\x80", "\\X2\\0800\\X0\\"},
+        {"\xED\x9F\xBF", "\\X2\\D7FF\\X0\\"},
+        {"\xEE\x80\x80", "\\X2\\E000\\X0\\"},
+        {"\xEF\xBF\xBD", "\\X2\\FFFD\\X0\\"},
+        {"\xEF\xBF\xBE", "\\X2\\FFFE\\X0\\"},
+        {"\xEF\xBF\xBF", "\\X2\\FFFF\\X0\\"},
+        {"\xF0\x90\x80\x80", "\\X4\\00010000\\X0\\"},
+        {"\xF4\x8F\xBF\xBF", "\\X4\\0010FFFF\\X0\\"},
+        {"a\xC3\xA4"
+         "b\xE4\xB8\x80'\xF0\x90\x80\x80\\",
+         "a\\X\\E4b\\X2\\4E00\\X0\\''\\X4\\00010000\\X0\\\\\\"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(sWrite(row.text), row.sStep);
+}
+
 TEST(StrFromUtf8, ThrowsForWhatIsNoUtf8) {
     for (const std::string_view text :
-         {"\xE9"sv, "a\xC3"sv, "\xC3("sv, "\x80"sv, "\xC0\x80"sv, "\xED\xA0\x80"sv, "\xF4\x90\x80\x80"sv, "\xFF"sv}) {
+         {"\xE9"sv, "a\xC3"sv, "\xC3("sv, "\x80"sv, "\xC0\x80"sv, "\xED\xA0\x80"sv, "\xF4\x90\x80\x80"sv, "\xFF"sv,
+          "\xC1\xBF"sv, "\xE0\x9F\xBF"sv, "\xF0\x8F\xBF\xBF"sv, "\xE4\xB8"sv, "\xF0\x90\x80"sv, "\xE4\xB8("sv}) {
         std::string out = "left over";
         EXPECT_THROW(sIfcStrFromUtf8(out, text.data(), text.size()), str::exception);
         EXPECT_EQ(out, "");
