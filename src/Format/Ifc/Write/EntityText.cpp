@@ -59,6 +59,7 @@ bool Entity::boCompose(StepWriteInfo& info) const {
 // The first values and those that follow: few instances have more than two cache lines of them.
 void Entity::vFetchValues() const noexcept {
     constexpr std::size_t g_iCacheLine = 64;
+    if (!m_pAttributes) return;
     const auto* const pValues = static_cast<const char*>(m_pAttributes);
     platform::vFetchToRead(pValues);
     platform::vFetchToRead(pValues + g_iCacheLine);
