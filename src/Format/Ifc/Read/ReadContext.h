@@ -14,6 +14,7 @@
 
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Store/EntityTable.h"
+#include "Format/Ifc/Text/Keyword.h"
 #include "platform/Id.h"
 #include "schema/Schema.h"
 
@@ -78,7 +79,10 @@ struct StepReadInfoData {
     [[nodiscard]] std::size_t iParenthesisFind(std::size_t iStart) noexcept {
         if (iStart < m_iSearched || iStart > m_iParenthesis) {
             m_iSearched = iStart;
-            m_iParenthesis = m_line.find('(', iStart);
+            const char* const pEnd = m_line.data() + m_line.size();
+            const char* const pFound =
+                iStart < m_line.size() ? details::pFindOpening(m_line.data() + iStart, pEnd) : nullptr;
+            m_iParenthesis = pFound ? static_cast<std::size_t>(pFound - m_line.data()) : std::string::npos;
         }
         return m_iParenthesis;
     }

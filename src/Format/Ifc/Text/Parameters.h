@@ -44,6 +44,10 @@ struct CutItems {
     std::array<Item, g_iMost> items;
     std::array<std::array<const char*, ItemEnds::g_iMost>, g_iMost> inside;   // for each the ends of its items
 
+    // Where the ends of its items go.
+    [[nodiscard]] const char** pInside(const Item* pItem) noexcept {
+        return inside[static_cast<std::size_t>(pItem - items.data())].data();
+    }
     // The items of item i; pEnds is null for what is no list.
     [[nodiscard]] ItemEnds endsInside(std::size_t i) const noexcept {
         return {items[i].iItems, items[i].iItems == g_iNoList ? nullptr : inside[i].data()};
@@ -72,20 +76,26 @@ public:
     // Cuts the next items, as many as there are room for; true when there are more.
     OXA_NEVER_INLINE bool boNext(CutItems& cut) noexcept {
         const char* pBegin = cut.pBegin = m_pNext;
+        cut.iCount = 0;
         Marks marks = m_marks;
         const char* const pLast = marks.pLast;
-        std::size_t i = 0;
-        for (; pBegin != pLast && i != CutItems::g_iMost; ++i) {
+        if (pBegin == pLast) return false;
+        CutItems::Item* pItem = cut.items.data();
+        do {
             const char* p = marks.pNext();
             std::size_t iItems = CutItems::g_iNoList;
             if (p != pLast && *p != ',')
-                p = p == pBegin && *p == '(' ? marks.pListEnd(iItems, cut.inside[i].data()) : marks.pItemEnd(p);
-            cut.items[i] = {p, iItems};
-            pBegin = p + (p != pLast);
-        }
+                p = p == pBegin && *p == '(' ? marks.pListEnd(iItems, cut.pInside(pItem)) : marks.pItemEnd(p);
+            *pItem++ = {p, iItems};
+            if (p == pLast) {
+                pBegin = p;
+                break;
+            }
+            pBegin = p + 1;
+        } while (pBegin != pLast && pItem != cut.items.data() + CutItems::g_iMost);
         m_pNext = pBegin;
         m_marks = marks;
-        cut.iCount = i;
+        cut.iCount = static_cast<std::size_t>(pItem - cut.items.data());
         return pBegin != pLast;
     }
 
