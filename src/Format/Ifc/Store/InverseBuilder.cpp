@@ -72,7 +72,7 @@ void InverseBuilder::vEnter(const Reference& reference) {
 // One list of inverse attributes serves targets of many types: the owner's type sorts them.
 void InverseBuilder::vTargetLook() {
     const Reference reference = m_references.pop();
-    if (!reference.pTarget->boIsCompatible(reference.pFeed->pOwner)) return;
+    if (!def::schema::boIsSubtype(reference.pTarget->pSchemaEntity(), reference.pFeed->pOwner)) return;
     Unaligned<EntityList*>* pHead = reference.pTarget->pInverseEntries() + reference.pFeed->iPosition;
     platform::vFetchToWrite(pHead);
     if (m_entries.boFull()) vNodeEnter();
