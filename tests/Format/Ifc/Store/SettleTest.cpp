@@ -79,10 +79,9 @@ TEST(Settle, InverseListsAreTheSameForAnyNumberOfThreads) {
 // Rows shorter and longer than what is looked ahead: each instance is announced once, in its order.
 TEST(Settle, RowsOfAnyLengthAreAnnouncedAsOneByOne) {
     Users users;
-    for (std::size_t iCount : {0, 1, 2, 7, 8, 9, 16, 17, 24, 25, 31, 32, 33, 64, 65, 100}) {
+    for (const int iCount : {0, 1, 2, 7, 8, 9, 16, 17, 24, 25, 31, 32, 33, 64, 65, 100}) {
         SCOPED_TRACE(iCount);
-        const std::vector<Entity*> row(users.entities.begin() + 1,
-                                       users.entities.begin() + 1 + static_cast<int>(iCount));
+        const std::vector<Entity*> row(users.entities.begin() + 1, users.entities.begin() + 1 + iCount);
         for (Entity* pEntity : row) pEntity->vAttributeInverseInit(users.data);
         const auto expected = users.lists();
         users.vListsClear();
