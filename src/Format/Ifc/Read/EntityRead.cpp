@@ -88,9 +88,11 @@ OXA_ALWAYS_INLINE bool boReadQuick(const DataSizeEntity::Cell& cell, void* pCell
     }
     case CellClass::Guid: {
         Guid guid;
-        const bool boRead = iLength == IfcGuid::Length + 2 && IfcGuid::boIfcStringToGuid(guid, pBegin + 1);
-        if (boRead) (::new (pCell) AttributeGuid)->m_value = guid;
-        return boRead;
+        if (iLength != IfcGuid::Length + 2 || !IfcGuid::boIfcStringToGuid(guid, pBegin + 1)) return false;
+        (::new (pCell) AttributeGuid)->m_value = guid;
+        // On one thread it is entered as soon as the other values are read.
+        if (!token.m_pInfo->m_pCommon->m_boParallel) token.m_pData->guidEntityMap().vFetch(guid);
+        return true;
     }
     case CellClass::Select:
         // Its cell is zero but for the flags until there is a value.

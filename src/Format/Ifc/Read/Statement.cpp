@@ -150,10 +150,11 @@ void Data::vEntityEnter(Entity* pEntity, bool boMayBeRooted) {
     m_entities.push_back(pEntity);
 }
 
-// As a vector grows, but with huge pages for what has become large.
+// As a vector grows, but with huge pages for what has become large, and by more: room that is not used is address space
+// alone, where each step leaves the list before it behind for a while.
 void Data::vEntitiesGrow() {
     std::vector<Entity*> larger;
-    larger.reserve(std::max<std::size_t>(2 * m_entities.capacity(), 64));
+    larger.reserve(std::max<std::size_t>(8 * m_entities.capacity(), 64));
     memory::vFillSoon(larger.data(), larger.capacity() * sizeof(Entity*));
     larger.assign(m_entities.begin(), m_entities.end());
     m_entities = std::move(larger);
