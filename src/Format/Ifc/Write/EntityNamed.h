@@ -16,15 +16,19 @@ namespace oxa::ifc {
     return eClass == CellClass::Entity || eClass == CellClass::List || eClass == CellClass::Select;
 }
 
+// The inverse lists of an instance. A type without attributes gets no layout by the question: reads tell that it has none.
+[[nodiscard]] inline std::size_t iInverseLists(const def::schema::Entity& type) {
+    return type.pDataSize.boReady() ? type.pDataSize.value()->iInverses : type.allInverseAttributes().size();
+}
+
 template <class Visit>
 void Entity::vForEachNamedEntity(Visit&& visit) const {
     if (!m_pSchemaEntity) return;
-    const DataSizeEntity& layout = getDataSize(*m_pSchemaEntity);
     const auto named = [&visit](const Entity* pEntity) {
         if (pEntity) visit(*pEntity);
     };
     if (m_pAttributes)
-        for (const DataSizeEntity::Cell& place : layout.cells) {
+        for (const DataSizeEntity::Cell& place : getDataSize(*m_pSchemaEntity).cells) {
             if (!boMayName(place.eClass)) continue;
             const auto& cell =
                 *reinterpret_cast<const AttributeBase*>(static_cast<const char*>(m_pAttributes) + place.iOffset);
@@ -34,7 +38,7 @@ void Entity::vForEachNamedEntity(Visit&& visit) const {
                 named(static_cast<const AttributeEntity&>(cell).m_value);
         }
     if (!m_ppAttributesInverse) return;
-    for (std::size_t i = 0; i < layout.iInverses; ++i)
+    for (std::size_t i = 0, n = iInverseLists(*m_pSchemaEntity); i < n; ++i)
         if (const EntityList* pReferrers = pInverseEntries()[i])
             for (const Entity* pReferrer : *pReferrers) named(pReferrer);
 }

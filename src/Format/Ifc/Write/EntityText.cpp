@@ -8,6 +8,7 @@
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/IfcWriteFile.h"
 #include "Format/Ifc/Write/CellText.h"
+#include "Format/Ifc/Write/EntityNamed.h"
 #include "platform/Compiler.h"
 
 namespace oxa::ifc {
@@ -45,7 +46,7 @@ bool Entity::boCompose(StepWriteInfo& info) const {
     // no other statement and is reached only from its members, so what refers to this instance is queued as well. In an
     // ordered write all are met by then, and the numbers are asked for without queueing (Pass::Numbers).
     if (m_ppAttributesInverse && info.m_ePass != StepWriteInfo::Pass::Numbers)
-        for (std::size_t i = 0, n = getDataSize(*m_pSchemaEntity).iInverses; i < n; ++i)
+        for (std::size_t i = 0, n = iInverseLists(*m_pSchemaEntity); i < n; ++i)
             if (const EntityList* pReferrers = pInverseEntries()[i])
                 for (const Entity* pReferrer : *pReferrers) info.iEntityIdNamed(pReferrer);
     p = details::pCopied(text.room().pRoom(p), ");");
