@@ -14,7 +14,6 @@
 
 #include "Format/Ifc/IfcFileError.h"
 #include "Format/Ifc/Store/EntityTable.h"
-#include "Format/Ifc/Text/Keyword.h"
 #include "platform/Id.h"
 #include "schema/Schema.h"
 
@@ -76,16 +75,7 @@ struct StepReadInfoData {
 
     /// The first "(" at or behind iStart, npos when none follows. Remembers the last result: select parsers ask for
     /// every item of a list, and a search of its own for each would make a long list quadratic.
-    [[nodiscard]] std::size_t iParenthesisFind(std::size_t iStart) noexcept {
-        if (iStart < m_iSearched || iStart > m_iParenthesis) {
-            m_iSearched = iStart;
-            const char* const pEnd = m_line.data() + m_line.size();
-            const char* const pFound =
-                iStart < m_line.size() ? details::pFindOpening(m_line.data() + iStart, pEnd) : nullptr;
-            m_iParenthesis = pFound ? static_cast<std::size_t>(pFound - m_line.data()) : std::string::npos;
-        }
-        return m_iParenthesis;
-    }
+    [[nodiscard]] std::size_t iParenthesisFind(std::size_t iStart) noexcept;
 
 private:
     SourceText m_sourceText;
