@@ -156,20 +156,13 @@ struct AttributeListValueBase::Reader {
         list.m_pItems = pHead;
     }
 
-    void vItems(std::type_identity<AttributeBinary>, const ItemEnds& ends) {
-        auto* pItem = block<AttributeBinary>(ends).begin();
+    template <class Cell>
+    void vItems(std::type_identity<Cell>, const ItemEnds& ends) {
+        auto* pItem = block<Cell>(ends).begin();
         StepReadInfoAttribute item = details::tokenInside(info, nullptr);
         vEach(ends, [&](const char* pBegin, const char* pEnd) {
             details::vPlace(item, pBegin, pEnd);
-            ::new (pItem++) AttributeBinary(item);
-        });
-    }
-    void vItems(std::type_identity<AttributeSelect>, const ItemEnds& ends) {
-        auto* pItem = block<AttributeSelect>(ends).begin();
-        StepReadInfoAttribute item = details::tokenInside(info, nullptr);
-        vEach(ends, [&](const char* pBegin, const char* pEnd) {
-            details::vPlace(item, pBegin, pEnd);
-            ::new (pItem++) AttributeSelect(item);
+            ::new (pItem++) Cell(item);
         });
     }
     // Rows, cut in passing.
