@@ -8,13 +8,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <string_view>
 
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/Read/InstanceNumber.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Read/ReadThread.h"
+#include "Format/Ifc/Text/TextRoom.h"
 #include "Format/Ifc/Text/TextScan.h"
 
 namespace oxa::ifc::details {
@@ -67,27 +68,6 @@ inline void vPlace(Token& token, const char* pBegin, const char* pEnd) noexcept 
     return true;
 }
 
-// Copies a text, most of which are short, without a call and a loop.
-inline void vTextCopy(char* pTo, const char* pFrom, std::size_t iLength) noexcept {
-    constexpr std::size_t g_iInline = 128;
-    if (iLength > g_iInline) {
-        std::memcpy(pTo, pFrom, iLength);
-    } else if (iLength >= 16) {
-        for (std::size_t i = 0; i < iLength - 16; i += 16) std::memcpy(pTo + i, pFrom + i, 16);
-        std::memcpy(pTo + iLength - 16, pFrom + iLength - 16, 16);
-    } else if (iLength >= 8) {
-        std::memcpy(pTo, pFrom, 8);
-        std::memcpy(pTo + iLength - 8, pFrom + iLength - 8, 8);
-    } else if (iLength >= 4) {
-        std::memcpy(pTo, pFrom, 4);
-        std::memcpy(pTo + iLength - 4, pFrom + iLength - 4, 4);
-    } else if (iLength) {
-        pTo[0] = pFrom[0];
-        pTo[iLength / 2] = pFrom[iLength / 2];
-        pTo[iLength - 1] = pFrom[iLength - 1];
-    }
-}
-
 // The text between quotes, which has something to decode.
 [[nodiscard]] char* pTextDecoded(const Token& token, const char* first, std::size_t iLength);
 
@@ -96,7 +76,7 @@ inline void vTextCopy(char* pTo, const char* pFrom, std::size_t iLength) noexcep
 [[nodiscard]] inline char* pTextRead(const Token& token, const char* first, std::size_t iLength) {
     if (!boVerbatim(token.m_pInfo->m_line.data(), first, first + iLength)) return pTextDecoded(token, first, iLength);
     auto* pText = static_cast<char*>(pAllocate(token, iLength + 1));
-    vTextCopy(pText, first, iLength);
+    static_cast<void>(pCopied(pText, {first, iLength}));
     return pText;
 }
 

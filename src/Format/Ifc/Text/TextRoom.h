@@ -49,9 +49,10 @@ private:
     char* m_pLast;   // g_iRoom in front of the end
 };
 
-// A text of any length, where it has room; its end. Short ones, nearly all, without a call of the library: from both
-// ends, in pieces of one size that overlap.
+// A text of any length, where it has room; its end. Short ones, nearly all, without a call of the library: in pieces of
+// one size, the last of which is the end of the text and overlaps the one before.
 [[nodiscard]] inline char* pCopied(char* pTo, std::string_view text) noexcept {
+    constexpr std::size_t g_iCall = 128;   // above that one pays
     const char* pFrom = text.data();
     const std::size_t iSize = text.size();
     const auto vEnds = [&]<std::size_t iPiece>(std::integral_constant<std::size_t, iPiece>) {
@@ -62,16 +63,18 @@ private:
         std::memcpy(pTo, first, iPiece);
         std::memcpy(pTo + iSize - iPiece, last, iPiece);
     };
-    if (iSize > 32)
+    if (iSize > g_iCall) {
         std::memcpy(pTo, pFrom, iSize);
-    else if (iSize >= 16)
-        vEnds(std::integral_constant<std::size_t, 16>());
-    else if (iSize >= 8)
+    } else if (iSize >= 16) {
+        for (std::size_t i = 0; i + 16 < iSize; i += 16) std::memcpy(pTo + i, pFrom + i, 16);
+        std::memcpy(pTo + iSize - 16, pFrom + iSize - 16, 16);
+    } else if (iSize >= 8) {
         vEnds(std::integral_constant<std::size_t, 8>());
-    else if (iSize >= 4)
+    } else if (iSize >= 4) {
         vEnds(std::integral_constant<std::size_t, 4>());
-    else
+    } else {
         for (std::size_t i = 0; i < iSize; ++i) pTo[i] = pFrom[i];
+    }
     return pTo + iSize;
 }
 
