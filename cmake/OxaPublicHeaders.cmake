@@ -28,6 +28,7 @@ set(OXA_PUBLIC_HEADERS
   platform/Object.h
   platform/Path.h
   platform/ReplacedFile.h
+  platform/SharedBytes.h
   platform/SharedMutex.h
   platform/Stream.h
   platform/String.h

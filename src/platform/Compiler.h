@@ -128,6 +128,19 @@ inline void vFetchToWrite(const void* p) noexcept {
 #endif
 }
 
+// Between two looks at what another thread is about to write: leaves the processor's means to whoever shares them.
+inline void vRelax() noexcept {
+#if defined(OXA_HAS_GNU_BUILTINS) && defined(__x86_64__)
+    __builtin_ia32_pause();
+#elif defined(OXA_HAS_GNU_BUILTINS) && defined(__aarch64__)
+    asm volatile("yield");
+#elif defined(_M_X64)
+    _mm_pause();
+#elif defined(_M_ARM64)
+    __yield();
+#endif
+}
+
 // About where the stack of the calling thread ends now. A local variable may lie elsewhere, as AddressSanitizer has it.
 [[nodiscard]] inline const char* pStackNow() noexcept {
 #if defined(OXA_HAS_GNU_BUILTINS)

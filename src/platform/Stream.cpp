@@ -36,10 +36,15 @@ bool StreamReadBuffer::boReadNextBuffer() {
     return false;
 }
 
+void StreamReadBuffer::vMoved(std::uint64_t iPlace) noexcept {
+    m_iLoadedBefore = iPlace;
+    m_iPosition = m_iValid = 0;
+    std::memset(m_pBuffer, 0, g_iPadding);
+}
+
 unsigned StreamReadBuffer::iPosInStream() const noexcept {
-    const unsigned long long iPosition = m_iLoadedBefore + m_iPosition;
-    constexpr unsigned long long g_iMax = std::numeric_limits<unsigned>::max();
-    return static_cast<unsigned>(std::min(iPosition, g_iMax));
+    constexpr std::uint64_t g_iMax = std::numeric_limits<unsigned>::max();
+    return static_cast<unsigned>(std::min(iPlace(), g_iMax));
 }
 
 StreamWriteBuffer::StreamWriteBuffer(std::ostream& stream)

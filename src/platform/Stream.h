@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <iosfwd>
 #include <memory>
@@ -42,6 +43,14 @@ public:
     [[nodiscard]] unsigned iPosInStream() const noexcept;
 
 protected:
+    /// Where the reader stands: bytes of the stream before m_iPosition, counted from where this object began.
+    [[nodiscard]] std::uint64_t iPlace() const noexcept { return m_iLoadedBefore + m_iPosition; }
+    /// The buffer is empty from here on, and the stream, which the caller has moved, stands iPlace bytes behind where this
+    /// object began. The refill hook is not called.
+    void vMoved(std::uint64_t iPlace) noexcept;
+    /// What it reads.
+    [[nodiscard]] std::istream& stream() noexcept { return m_stream; }
+
     /// Called before the buffer's bytes go. Does nothing here.
     virtual void vBeforeRefill(const char* pBuffer, unsigned iValid);
 
@@ -59,7 +68,7 @@ protected:
 private:
     std::istream& m_stream;
     std::unique_ptr<char[]> m_pBytes;
-    unsigned long long m_iLoadedBefore = 0;   // bytes of all former buffers
+    std::uint64_t m_iLoadedBefore = 0;   // bytes of all former buffers
 };
 
 /// Gathers small pieces, so that the stream gets few large ones.

@@ -6,8 +6,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
+#include <vector>
 
 #include "platform/Export.h"
 
@@ -18,6 +21,15 @@ namespace oxa::platform {
 
 // fopen, for every path: null, and errno, when that fails. What is read may be replaced or removed meanwhile.
 [[nodiscard]] std::FILE* pOpen(const std::filesystem::path& path, const char* sMode);
+
+// Copies bytes of an open file from a place on, as many as there are up to iWanted; fewer where they can't be read, too. Any
+// number of threads at once. On Windows the file's own position is not defined afterwards.
+[[nodiscard]] std::size_t iReadAt(std::FILE* pFile, std::uint64_t iPlace, char* pTo, std::size_t iWanted) noexcept;
+// Whether a file that was opened as text gives the bytes that it has.
+[[nodiscard]] bool boTextIsPlain() noexcept;
+
+// fseek from the file's begin, for any size.
+[[nodiscard]] bool boMoved(std::FILE* pFile, std::uint64_t iPlace) noexcept;
 
 // Gives the file the name of another in one step: who looks sees that one or this one. 0, or errno.
 [[nodiscard]] int iReplace(const std::filesystem::path& from, const std::filesystem::path& to);
@@ -43,6 +55,13 @@ OXA_PLATFORM_API void vUnmap(void* pBytes, std::size_t iBytes) noexcept;
 OXA_PLATFORM_API void vFillSoon(void* pBytes, std::size_t iBytes) noexcept;
 OXA_PLATFORM_API void vPopulate(void* pBytes, std::size_t iBytes) noexcept;
 OXA_PLATFORM_API void vGiveBack(void* pBytes, std::size_t iBytes) noexcept;
+
+// The processors that the calling thread may run on, and the one that it runs on, by the system's numbers; none where the
+// system does not say.
+[[nodiscard]] std::vector<unsigned> processors();
+[[nodiscard]] std::optional<unsigned> processorNow() noexcept;
+// Has the calling thread run on one of them from now on, until the system moves it.
+void vMoveTo(unsigned iProcessor) noexcept;
 
 // Removes a file or an empty folder, by a path as the system has it. From the handler of a signal, too.
 [[nodiscard]] bool boRemove(const std::filesystem::path::value_type* pPath) noexcept;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include <sched.h>
 #include <sys/mman.h>
 
 #include "platform/SystemUnix.h"
@@ -55,6 +56,31 @@ void vPopulate([[maybe_unused]] void* pBytes, [[maybe_unused]] std::size_t iByte
 #ifdef MADV_POPULATE_WRITE   // newer than some systems that this is built on
     vAdvisePages(pBytes, iBytes, MADV_POPULATE_WRITE);
 #endif
+}
+
+// As many bits as a kernel with a usual configuration has; more need a set of another size, and get no answer.
+std::vector<unsigned> processors() {
+    cpu_set_t allowed;
+    std::vector<unsigned> all;
+    if (sched_getaffinity(0, sizeof allowed, &allowed) != 0) return all;
+    for (unsigned i = 0; i < CPU_SETSIZE; ++i)
+        if (CPU_ISSET(i, &allowed)) all.push_back(i);
+    return all;
+}
+
+std::optional<unsigned> processorNow() noexcept {
+    const int iProcessor = sched_getcpu();
+    if (iProcessor < 0) return std::nullopt;
+    return static_cast<unsigned>(iProcessor);
+}
+
+void vMoveTo(unsigned iProcessor) noexcept {
+    cpu_set_t allowed;
+    cpu_set_t one;
+    if (iProcessor >= CPU_SETSIZE || sched_getaffinity(0, sizeof allowed, &allowed) != 0) return;
+    CPU_ZERO(&one);
+    CPU_SET(iProcessor, &one);
+    if (sched_setaffinity(0, sizeof one, &one) == 0) (void)sched_setaffinity(0, sizeof allowed, &allowed);
 }
 
 void vGiveBack(void* pBytes, std::size_t iBytes) noexcept { vAdvisePages(pBytes, iBytes, MADV_DONTNEED); }

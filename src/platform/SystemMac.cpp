@@ -24,4 +24,9 @@ void vGiveBack(void* pBytes, std::size_t iBytes) noexcept {
     (void)mmap(pages.data(), pages.size(), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
 }
 
+// Left to the system.
+std::vector<unsigned> processors() { return {}; }
+std::optional<unsigned> processorNow() noexcept { return std::nullopt; }
+void vMoveTo(unsigned) noexcept {}
+
 }   // namespace oxa::platform

@@ -28,6 +28,23 @@ bool boFlushToDisk(std::FILE* pFile) {
 
 std::FILE* pOpen(const std::filesystem::path& path, const char* sMode) { return std::fopen(path.c_str(), sMode); }
 
+std::size_t iReadAt(std::FILE* pFile, std::uint64_t iPlace, char* pTo, std::size_t iWanted) noexcept {
+    std::size_t iRead = 0;
+    while (iRead < iWanted) {
+        const ssize_t iPart = pread(fileno(pFile), pTo + iRead, iWanted - iRead, static_cast<off_t>(iPlace + iRead));
+        if (iPart < 0 && errno == EINTR) continue;
+        if (iPart <= 0) break;
+        iRead += static_cast<std::size_t>(iPart);
+    }
+    return iRead;
+}
+
+bool boTextIsPlain() noexcept { return true; }
+
+bool boMoved(std::FILE* pFile, std::uint64_t iPlace) noexcept {
+    return fseeko(pFile, static_cast<off_t>(iPlace), SEEK_SET) == 0;
+}
+
 int iReplace(const std::filesystem::path& from, const std::filesystem::path& to) {
     return std::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }

@@ -2,6 +2,7 @@
 // Windows, from version 10 on.
 #include "platform/System.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -78,6 +79,28 @@ std::FILE* pOpen(const std::filesystem::path& path, const char* sMode) {
     return _wfopen(path.c_str(), std::wstring(mode.begin(), mode.end()).c_str());
 }
 
+std::size_t iReadAt(std::FILE* pFile, std::uint64_t iPlace, char* pTo, std::size_t iWanted) noexcept {
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(pFile)));
+    constexpr std::size_t g_iMost = 1 << 30;   // a call takes 32 bits
+    std::size_t iRead = 0;
+    while (iRead < iWanted) {
+        OVERLAPPED at{};
+        at.Offset = static_cast<DWORD>(iPlace + iRead);
+        at.OffsetHigh = static_cast<DWORD>((iPlace + iRead) >> 32);
+        DWORD iPart = 0;
+        if (!ReadFile(handle, pTo + iRead, static_cast<DWORD>(std::min(iWanted - iRead, g_iMost)), &iPart, &at)) break;
+        if (iPart == 0) break;
+        iRead += iPart;
+    }
+    return iRead;
+}
+
+bool boTextIsPlain() noexcept { return false; }
+
+bool boMoved(std::FILE* pFile, std::uint64_t iPlace) noexcept {
+    return _fseeki64(pFile, static_cast<std::int64_t>(iPlace), SEEK_SET) == 0;
+}
+
 namespace {
 
 // As other systems do it: whoever has the old file open goes on reading that. Not every file system knows how.
@@ -139,5 +162,10 @@ void vPopulate(void*, std::size_t) noexcept {}
 void vGiveBack(void*, std::size_t) noexcept {}
 
 bool boRemove(const wchar_t* pPath) noexcept { return DeleteFileW(pPath) || RemoveDirectoryW(pPath); }
+
+// Left to the system.
+std::vector<unsigned> processors() { return {}; }
+std::optional<unsigned> processorNow() noexcept { return std::nullopt; }
+void vMoveTo(unsigned) noexcept {}
 
 }   // namespace oxa::platform

@@ -175,7 +175,7 @@ public:
     ///@}
 
     /// @name For readers and writers, not for callers
-    /// What the line workers, the collector, the ifcXML import and the composing threads do to the model.
+    /// What the line workers, the ifcXML import and the composing threads do to the model.
     ///@{
 
     /// Ends a read: reports numbers that were named and never defined, settles the instance numbers (boKeepIds),
@@ -239,7 +239,7 @@ private:
     std::shared_ptr<Pool> m_pPool;                        // nobody else owns it; see poolLife
     std::atomic<Entity*> m_pProject{nullptr};             // line workers may set it at the same time
 
-    // What the collector writes for each statement.
+    // What is entered for each statement, by one thread at a time.
     alignas(memory::g_iApart) mutable std::vector<Entity*> m_entities;   // insertion order until sorted
     mutable bool m_boSorted = false;
     mutable GuidMap m_guidEntityMap;

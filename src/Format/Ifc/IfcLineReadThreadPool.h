@@ -4,22 +4,30 @@
 ///
 /// - Order: statements are parsed in any order and enter the model in that of the file.
 /// - Behind: Read/LinePool.cpp, which says how the threads share the work.
-/// - Threads: addLineToQueue and the destructor on the scanner's thread.
+/// - Threads: all calls on the scanner's thread.
 /// - Errors: what boReadLine throws loses the batch, what finalizeEntity throws the rest of it. The thread goes on with
 ///   the next one; the exception goes to the standard error stream and the loss to Errors::lostStatements().
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "Format/Ifc/IfcFile.h"
+#include "Format/Ifc/IfcReadOptions.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "platform/Export.h"
+
+namespace oxa::stream {
+class SharedBytes;
+}   // namespace oxa::stream
 
 namespace oxa::ifc::io {
 
 class StatementBuffer;
+struct BlockPlace;
 
 /// The threads of one read. Made, fed and destroyed by the thread that scans the file.
 class OXA_IFC_API IfcLineReadThreadPool {
@@ -40,6 +48,14 @@ public:
     [[nodiscard]] StatementBuffer& buffer();
     /// Takes the statement in hand of buffer(), and gives the buffer for the next one. Throws as addLineToQueue.
     StatementBuffer& statementTake(unsigned iLine);
+
+    /// Reads what follows "begin" in blocks that the workers take from "bytes" themselves, as far as there are entity
+    /// statements and nothing else, and calls "progress" as the scanner does. iBase is the place in "bytes" from which
+    /// "begin" counts. Where the scanner goes on; nothing where this is not worth while or a statement was taken before.
+    /// Throws std::system_error when there is no thread to be had, and what "progress" and "bytes" throw here: the read
+    /// has no proper end then.
+    [[nodiscard]] std::optional<BlockPlace> blocksRead(stream::SharedBytes& bytes, std::uint64_t iBase,
+                                                       const BlockPlace& begin, const ReadProgress& progress);
 
     /// The workers of this machine. Counted once a process.
     [[nodiscard]] static std::size_t iWorkerCount() noexcept;

@@ -18,7 +18,7 @@ template <class Work>
 void vOnThreads(std::size_t iThreads, Work&& work) {
     util::Team::vRun(static_cast<unsigned>(iThreads), [&](util::Team& team, unsigned i) {
         if (team.iParts() != iThreads) throw std::runtime_error("the system has not so many threads");
-        if (team.boMeet()) work(std::size_t{i});
+        if (team.boMeet(i)) work(std::size_t{i});
     });
 }
 

@@ -18,6 +18,7 @@
 #include "oxaifc/io/Failure.h"
 #include "oxaifc/io/Output.h"
 #include "platform/Path.h"
+#include "platform/SharedBytes.h"
 
 namespace oxa::tool {
 
@@ -41,6 +42,14 @@ public:
         m_iRead = 0;
         m_boEnd = false;
         return true;
+    }
+
+    // Where others have read meanwhile, up to a place from which it goes on.
+    void vRead(std::uint64_t iPlace) noexcept { m_iRead = iPlace; }
+    void vGoOnAt(std::uint64_t iPlace) noexcept {
+        m_iRead = iPlace;
+        m_boEnd = false;
+        setg(m_bytes.data(), m_bytes.data(), m_bytes.data());
     }
 
 protected:
@@ -77,10 +86,13 @@ private:
     bool m_boEnd = false;
 };
 
-// The bytes of the system.
-class Input::FileBuffer final : public Buffer {
+// The bytes of the system. Those of a regular file, whose size is known, can be shared.
+class Input::FileBuffer final : public Buffer, public stream::ShareableBuffer {
 public:
-    FileBuffer(std::FILE* pFile, std::string sName) : m_pFile(pFile), m_sName(std::move(sName)) {
+    FileBuffer(std::FILE* pFile, std::string sName, std::uint64_t iSize)
+        : m_pFile(pFile),
+          m_sName(std::move(sName)),
+          m_iSize(iSize) {
         std::setvbuf(pFile, nullptr, _IONBF, 0);
         m_boSeekable = std::fgetpos(pFile, &m_begin) == 0;
     }
@@ -90,6 +102,9 @@ public:
     FileBuffer(const FileBuffer&) = delete;
     FileBuffer& operator=(const FileBuffer&) = delete;
 
+    [[nodiscard]] std::unique_ptr<stream::SharedBytes> pShare() override {
+        return m_iSize ? std::make_unique<Shared>(*this) : nullptr;
+    }
     [[nodiscard]] std::string sFault() const override {
         return m_iError ? fmt::format("{}: {}", m_sName, std::strerror(m_iError)) : std::string();
     }
@@ -103,8 +118,28 @@ protected:
     bool boBegin() override { return m_boSeekable && std::fsetpos(m_pFile, &m_begin) == 0; }
 
 private:
+    class Shared final : public stream::SharedBytes {
+    public:
+        explicit Shared(FileBuffer& buffer)
+            : SharedBytes(buffer.iRead() - buffer.waiting().size(), buffer.m_iSize),
+              m_buffer(buffer) {}
+
+        std::size_t iReadAt(std::uint64_t iPlace, char* pTo, std::size_t iWanted) noexcept override {
+            return stream::iReadFileAt(m_buffer.m_pFile, iPlace, pTo, iWanted);
+        }
+        void vReached(std::uint64_t iPlace) override { m_buffer.vRead(iPlace); }
+        void vGoOnAt(std::uint64_t iPlace) override {
+            if (!stream::boFileMoved(m_buffer.m_pFile, iPlace)) m_buffer.m_iError = errno;
+            m_buffer.vGoOnAt(iPlace);
+        }
+
+    private:
+        FileBuffer& m_buffer;
+    };
+
     std::FILE* m_pFile;
     std::string m_sName;
+    std::uint64_t m_iSize;   // 0: not known
     int m_iError = 0;
     std::fpos_t m_begin{};   // standard input may come with some of it taken
     bool m_boSeekable = false;
@@ -172,7 +207,7 @@ Input::Input(const std::string& sPath)
       m_sName(sPath == "-" ? "standard input" : sPath),
       m_sInside(sPath),
       m_iExpected(iSize(sPath)),
-      m_pBuffer(std::make_unique<FileBuffer>(pOpen(sPath), m_sName)),
+      m_pBuffer(std::make_unique<FileBuffer>(pOpen(sPath), m_sName, m_iExpected)),
       m_stream(m_pBuffer.get()) {
     m_pBuffer->sgetc();
     vFaultCheck();

@@ -9,18 +9,23 @@
 #include <thread>
 #include <vector>
 
+#include "platform/Compiler.h"
+#include "platform/Seats.h"
+
+#include "platform/Compiler.h"
+
 namespace oxa::util {
 
 namespace {
 
-constexpr unsigned g_iLooks = 500;   // for the others, before a sleep: some 0.1 ms
+constexpr unsigned g_iLooks = 4000;   // for the others, before a sleep: some 0.1 ms
 
 }   // namespace
 
 // By a condition: std::barrier and the waits of atomics sleep for ever now and then where g++'s library has no futex, which
 // is so on Windows: they look at the value, and then lock. The others mostly come soon, and to be woken takes longer than
 // to look for them a while.
-bool Team::boMeet() {
+bool Team::boMeet(unsigned iPart) {
     std::unique_lock lock(m_mutex);
     if (++m_iWaiting == m_iAtWork) {
         vMeetingEnd();
@@ -28,9 +33,12 @@ bool Team::boMeet() {
     }
     const auto boEnded = [this, iMeetings = m_iMeetings.load()] { return m_iMeetings.load() != iMeetings; };
     lock.unlock();
-    for (unsigned i = 0; i < g_iLooks && !boEnded(); ++i) std::this_thread::yield();
+    for (unsigned i = 0; i < g_iLooks && !boEnded(); ++i) platform::vRelax();
     lock.lock();
-    m_met.wait(lock, boEnded);
+    if (!boEnded()) {
+        m_met.wait(lock, boEnded);
+        m_seats.vTake(iPart);
+    }
     return !m_pFault;
 }
 
@@ -55,18 +63,22 @@ void Team::vPart(const Work& work, unsigned iPart) noexcept {
 }
 
 void Team::vRun(unsigned iThreads, const Work& work) {
+    platform::Seats seats(std::max(iThreads, 1U));
     std::unique_ptr<Team> pTeam;
     std::mutex mutex;
     std::condition_variable started;
-    bool boReady = false;   // guarded by mutex
+    std::atomic<bool> boReady{false};   // set under the mutex
     std::vector<std::thread> threads;
     threads.reserve(std::max(iThreads, 1U) - 1);
+    seats.vTake(0);
     try {
         while (threads.size() + 1 < iThreads)
             threads.emplace_back([&, iPart = static_cast<unsigned>(threads.size()) + 1] {
-                {
+                seats.vTake(iPart);
+                for (unsigned i = 0; i < g_iLooks && !boReady.load(); ++i) platform::vRelax();
+                if (!boReady.load()) {
                     std::unique_lock lock(mutex);
-                    started.wait(lock, [&boReady] { return boReady; });
+                    started.wait(lock, [&boReady] { return boReady.load(); });
                 }
                 if (pTeam) pTeam->vPart(work, iPart);
             });
@@ -77,7 +89,8 @@ void Team::vRun(unsigned iThreads, const Work& work) {
     }
     std::exception_ptr pFault;
     try {
-        pTeam.reset(new Team(static_cast<unsigned>(threads.size()) + 1));
+        seats.vAwait();
+        pTeam.reset(new Team(static_cast<unsigned>(threads.size()) + 1, seats));
     } catch (...) {
         pFault = std::current_exception();
     }

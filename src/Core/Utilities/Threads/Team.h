@@ -14,6 +14,10 @@
 
 #include "platform/Export.h"
 
+namespace oxa::platform {
+class Seats;
+}   // namespace oxa::platform
+
 namespace oxa::util {
 
 class OXA_PLATFORM_API Team {
@@ -29,15 +33,16 @@ public:
 
     [[nodiscard]] unsigned iParts() const noexcept { return m_iParts; }
     // Waits until every thread has come here: what they wrote before is visible to all behind. False when one has thrown:
-    // the work cannot be finished, and is to return. All threads have to come as often as each other.
-    [[nodiscard]] bool boMeet();
+    // the work cannot be finished, and is to return. All threads have to come as often as each other. iPart is the caller's.
+    [[nodiscard]] bool boMeet(unsigned iPart);
 
 private:
-    explicit Team(unsigned iParts) : m_iParts(iParts), m_iAtWork(iParts) {}
+    Team(unsigned iParts, platform::Seats& seats) : m_iParts(iParts), m_seats(seats), m_iAtWork(iParts) {}
     void vPart(const Work& work, unsigned iPart) noexcept;
     void vMeetingEnd();
 
     const unsigned m_iParts;
+    platform::Seats& m_seats;
     std::mutex m_mutex;
     std::condition_variable m_met;
     unsigned m_iAtWork;   // parts that have not ended; guarded by m_mutex, as the rest

@@ -32,8 +32,8 @@ struct StepReadInfoDataCommon : ReadInfoCommon {
 
 class StepReadThread;   // ReadThread.h
 
-/// A rooted instance among the results of several statements, with its GUID: the collector, which enters it in the map,
-/// so need not load the instance itself, whose cache lines the worker's processor has just written.
+/// A rooted instance among the results of several statements, with its GUID: who enters it in the map so need
+/// not load the instance itself, whose cache lines the worker's processor has just written.
 struct RootedResult {
     std::size_t iResult;   ///< its place among the results
     Guid guid;             ///< of the instance, as the statement gives it

@@ -14,17 +14,17 @@
 #include <memory>
 #include <vector>
 
-#include "Format/Ifc/IfcReadFile.h"
+#include "Format/Ifc/Read/BlockScan.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Read/ReadThread.h"
-#include "Format/Ifc/Read/ScanMap.h"
 #include "Format/Ifc/Read/StatementBuffer.h"
+#include "Format/Ifc/Read/StatementFinder.h"
 
 namespace oxa::ifc::io {
 
 class IfcLineReadThreadPool;
 
-class Scanner final : public ReadFile {
+class Scanner final : public StatementFinder {
 public:
     Scanner(FileBase& file, std::istream& stream, ReadError& error, const ReadOptions& options);
     ~Scanner() override;
@@ -40,40 +40,18 @@ private:
 
     Scan scan(const SchemaFromName& schemaFromName, const ReadProgress& progress);
     bool boEndOfInput();
-    Scan byteRead(bool& boAdvanced);
-    Scan statementEnd(const SchemaFromName& schemaFromName, const ReadProgress& progress);
     Scan sectionStatement(const SchemaFromName& schemaFromName);
     Scan schemaResolve(const SchemaFromName& schemaFromName);
     void vEntityStatement(const ReadProgress& progress);
-
-    // On entry the position is on the slash, the quote. With boAdvanced set on return it already is on the next
-    // byte to look at.
-    void readComment(bool& boAdvanced);
-    void readString(bool& boAdvanced);
-    bool boCommentSkip();
-    void vEscapeSkip();
-    bool boFindStatementByte();
-    [[nodiscard]] unsigned iStringSkip(unsigned iQuote) const noexcept;
-    [[nodiscard]] unsigned iBlankSkip(unsigned iBlank);
-    [[nodiscard]] unsigned iNumberSignFind(unsigned iFrom);
-    bool boFindStringByte();
-    bool boRefill();
-    bool boStep();
-    void vSkip(unsigned iCount);
-    void vPendingTake(unsigned iEnd);
-    void vBeforeRefill(const char* pBuffer, unsigned iValid) override;
-    void vReport(ReportKey eKey);
+    void vBlocksRead(const ReadProgress& progress);
+    void vReport(ReportKey eKey) override;
     void vPassOver();
     void vLookBehind();
 
     FileBase* m_pFile;
-    std::uint32_t m_iLine = 1;                 // line feeds so far, from 1
-    details::ScanMap<g_iBufferSize> m_map;     // of the buffer
-    StatementBuffer m_statement;               // for the statements of a single-threaded read, and behind the last one
-    StatementBuffer* m_pText = &m_statement;   // what is assembled of the statement in hand; else a buffer of the pool
-    std::uint32_t m_iStart = 0;                // first byte in the buffer that belongs to it and is not in m_pText
+    StatementBuffer m_statement;   // for the statements of a single-threaded read, and behind the last one
     bool m_boSimple;
-    bool m_boCopyOnRefill = true;   // false inside comments
+    bool m_boInBlocks;   // whether a scan in blocks may still be tried
     // Line workers look at it for each reference, and must not wait for what the scan writes around it.
     alignas(memory::g_iApart) StepReadInfoDataCommon m_info;
     StepReadThread m_thread;
@@ -81,13 +59,10 @@ private:
     bool m_boMarkerSeen;   // "ISO-10303-21" was seen
     bool m_boInHeader = false;
     bool m_boInData;
-    bool m_boHasNumberSign = false;   // of the statement in hand
-    bool m_boHasEqual = false;
-    static constexpr std::uint32_t g_iProgressStep = 1000;
-    std::uint32_t m_iProgress = g_iProgressStep;      // entity statements since the last call; the first one calls
-    std::vector<Entity*> m_entities;                  // the one result of a statement
-    RootedResults m_rooted;                           // it again, where it has a GUID
-    std::unique_ptr<IfcLineReadThreadPool> m_pPool;   // null in a single-threaded read; dies before what it uses
+    std::uint32_t m_iProgress = BlockPlace::g_iStep;   // entity statements since the last call; the first one calls
+    std::vector<Entity*> m_entities;                   // the one result of a statement
+    RootedResults m_rooted;                            // it again, where it has a GUID
+    std::unique_ptr<IfcLineReadThreadPool> m_pPool;    // null in a single-threaded read; dies before what it uses
 };
 
 }   // namespace oxa::ifc::io

@@ -27,6 +27,10 @@ public:
         m_pTime->busy += lap();
         m_pTime->iBytes += iBytes;
     }
+    // Another watch has had the time since the last lap.
+    void vRestart() noexcept {
+        if (m_pTime) m_last = Clock::now();
+    }
     void vWaited() noexcept {
         if (m_pTime) m_pTime->waiting += lap();
     }

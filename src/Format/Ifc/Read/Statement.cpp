@@ -105,8 +105,8 @@ const def::schema::Entity* Data::pConcreteType(const def::schema::Entity& type, 
 
 // The slot is fixed by the number. Two statements with one number are a fault of the file, but they may be parsed at
 // the same time: the lock keeps the three pointers of the slot together, and the later statement simply starts anew,
-// leaving the blocks of the earlier one behind in the pool. The GUID is read out here, under the lock, for the
-// collector: what it would find in the slot later might be the other statement's (boNumberReused makes it look again).
+// leaving the blocks of the earlier one behind in the pool. The GUID is read out here, under the lock, for who
+// enters it: what that would find in the slot later might be the other statement's (boNumberReused makes it look again).
 bool Data::boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
                        std::size_t iLength, std::vector<Entity*>& result) {
     const def::schema::Entity* pType = type.boAbstract ? pConcreteType(type, info) : &type;
@@ -161,8 +161,8 @@ void Data::vEntitiesGrow() {
 }
 
 // Two ways to the same end. This one looks at the instance, for a slot that was filled twice. vEntityEnterTold() was told
-// the GUID by who parsed the statement: to the collector the instance is a cache miss, and with millions of instances
-// those misses would be much of its work.
+// the GUID by who parsed the statement: to another thread the instance is a cache miss, and with millions of instances
+// those misses would be much of what only one thread can do at a time.
 void Data::finalizeEntity(Entity* pEntity, StepReadInfoDataCommon& common, std::string_view line, unsigned iLine) {
     if (!pEntity) return;
     vEntityEnter(pEntity, common.m_pRootSchema);

@@ -56,7 +56,7 @@ public:
         for (std::size_t i = 0; i <= iRounds; ++i) {
             if (i > 0) vEnter(i - 1, iPart, team.iParts());
             if (i < iRounds) vFind(i, iPart, team.iParts());
-            if (!team.boMeet()) return;
+            if (!team.boMeet(iPart)) return;
         }
     }
 
@@ -142,6 +142,7 @@ public:
         : m_entities(entities),
           m_pOrdinals(std::make_unique_for_overwrite<std::uint16_t[]>(entities.size())),
           m_places(iParts) {
+        memory::vFillSoon(m_pOrdinals.get(), entities.size() * sizeof m_pOrdinals[0]);
         m_sorted.reserve(entities.size());
         memory::vFillSoon(m_sorted.data(), entities.size() * sizeof(Entity*));
         m_sorted.resize(entities.size());
@@ -158,9 +159,9 @@ public:
             if (iOrdinal >= places.size()) places.resize(std::size_t{iOrdinal} + 1);
             ++places[iOrdinal];
         }
-        if (!team.boMeet()) return;
+        if (!team.boMeet(iPart)) return;
         if (iPart == 0) vPlace(team.iParts());
-        if (!team.boMeet()) return;
+        if (!team.boMeet(iPart)) return;
         for (std::size_t i = range.iFirst; i < range.iLast; ++i) m_sorted[places[m_pOrdinals[i]]++] = m_entities[i];
     }
     // Once all threads are through.

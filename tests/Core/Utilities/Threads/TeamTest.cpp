@@ -36,7 +36,7 @@ TEST(Team, BehindAMeetingEachSeesWhatAllHaveWritten) {
     Team::vRun(4, [&](Team& team, unsigned iPart) {
         for (std::size_t i = 0; i < rounds.size(); ++i) {
             rounds[i][iPart] = static_cast<int>(i) + 1;
-            ASSERT_TRUE(team.boMeet());
+            ASSERT_TRUE(team.boMeet(iPart));
             for (const int iValue : rounds[i]) iWrong += iValue != static_cast<int>(i) + 1;
         }
     });
@@ -56,7 +56,7 @@ TEST(Team, AFaultReachesTheCallerAndEndsTheOthers) {
                 for (int i = 0; i < 10; ++i) {
                     if (iPart == row.iPart && i == row.iMeetings)
                         throw std::runtime_error("part " + std::to_string(iPart));
-                    if (!team.boMeet()) break;
+                    if (!team.boMeet(iPart)) break;
                 }
                 ++iEnded;
             });
