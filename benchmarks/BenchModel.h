@@ -13,6 +13,7 @@
 
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
+#include "platform/SharedBytes.h"
 
 namespace oxa::bench {
 
@@ -21,18 +22,10 @@ using namespace oxa::ifc;
 // Reads from memory without a copy.
 class MemoryStream final : public std::istream {
 public:
-    explicit MemoryStream(std::string_view text) : std::istream(nullptr) {
-        m_buffer.vSet(text);
-        rdbuf(&m_buffer);
-    }
+    explicit MemoryStream(std::string_view text) : std::istream(nullptr), m_buffer(text) { rdbuf(&m_buffer); }
 
 private:
-    struct Buffer final : std::streambuf {
-        void vSet(std::string_view text) {
-            char* pText = const_cast<char*>(text.data());
-            setg(pText, pText, pText + text.size());
-        }
-    } m_buffer;
+    stream::MemoryBuffer m_buffer;
 };
 
 // Takes what it gets and keeps nothing.

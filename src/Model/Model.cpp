@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <fstream>
+#include <istream>
 #include <optional>
 #include <system_error>
 
@@ -14,6 +15,7 @@
 #include "Model/Names.h"
 #include "platform/Path.h"
 #include "platform/ReplacedFile.h"
+#include "platform/SharedBytes.h"
 #include "provider/SchemaLoader.h"
 
 namespace oxa {
@@ -58,12 +60,7 @@ Model Model::open(std::istream& stream, const OpenOptions& options) {
 }
 
 Model Model::fromBuffer(std::string_view bytes, const OpenOptions& options) {
-    struct Buffer final : std::streambuf {
-        explicit Buffer(std::string_view text) {
-            char* pFirst = const_cast<char*>(text.data());   // only read
-            setg(pFirst, pFirst, pFirst + text.size());
-        }
-    } buffer(bytes);
+    stream::MemoryBuffer buffer(bytes);
     std::istream stream(&buffer);
     return Model(
         std::make_unique<ModelState>(detail::modelRead(stream, "buffer", bytes.size(), options), options.keepNumbers));

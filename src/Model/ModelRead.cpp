@@ -12,6 +12,7 @@
 #include "Format/Ifc/Xml/IfcXmlImport.h"
 #include "Model/Archive.h"
 #include "Model/Error.h"
+#include "platform/SharedBytes.h"
 #include "platform/Xml.h"
 #include "provider/SchemaLoader.h"
 
@@ -21,7 +22,7 @@ namespace {
 
 // The bytes of a stream, counted, with a look at the first of them; at the caller's wish they end early. Large reads go
 // past the buffer.
-class CountedBytes final : public std::streambuf {
+class CountedBytes final : public std::streambuf, public stream::ShareableBuffer {
 public:
     CountedBytes(std::istream& stream, std::optional<std::uint64_t> size, const OpenOptions& options)
         : m_source(*stream.rdbuf()),
@@ -34,6 +35,12 @@ public:
         return {eback(), static_cast<std::size_t>(egptr() - eback())};
     }
     [[nodiscard]] bool boStopped() const noexcept { return m_boStopped; }
+    // Where the source can. Who wants them to end early gets none from then on, at any place.
+    [[nodiscard]] std::unique_ptr<stream::SharedBytes> pShare() override {
+        std::unique_ptr<stream::SharedBytes> pSource = stream::pShare(m_source);
+        if (!pSource) return nullptr;
+        return std::make_unique<Shared>(*this, std::move(pSource));
+    }
     // What was thrown where the bytes are taken: an istream between here and the reader keeps it to itself.
     void vFaultCheck() const {
         if (m_pFault) std::rethrow_exception(m_pFault);
@@ -57,15 +64,55 @@ protected:
 private:
     static constexpr std::uint64_t g_iProgressStep = 1 << 20;
 
-    std::streamsize iTake(char* pTo, std::streamsize iWanted) try {
-        m_boStopped = m_boStopped || m_options.stop.stop_requested();
-        const std::streamsize iRead = m_boStopped ? 0 : std::max<std::streamsize>(0, m_source.sgetn(pTo, iWanted));
-        m_iDone += static_cast<std::uint64_t>(iRead);
-        if (m_options.progress && (m_iDone >= m_iNextProgress || iRead < iWanted)) {
-            m_iNextProgress = m_iDone + g_iProgressStep;
-            m_options.progress({m_iDone, m_size});
+    // Places are those of the source.
+    class Shared final : public stream::SharedBytes {
+    public:
+        Shared(CountedBytes& bytes, std::unique_ptr<stream::SharedBytes> pSource)
+            : SharedBytes(pSource->iBegin() - static_cast<std::uint64_t>(bytes.egptr() - bytes.gptr()),
+                          pSource->iEnd()),
+              m_bytes(bytes),
+              m_pSource(std::move(pSource)),
+              m_iTakenBefore(bytes.m_iDone - m_pSource->iBegin()) {}
+
+        std::size_t iReadAt(std::uint64_t iPlace, char* pTo, std::size_t iWanted) noexcept override {
+            return m_bytes.m_options.stop.stop_requested() ? 0 : m_pSource->iReadAt(iPlace, pTo, iWanted);
         }
+        void vReached(std::uint64_t iPlace) override {
+            m_pSource->vReached(iPlace);
+            m_bytes.vGuarded([&] { m_bytes.vTell(m_iTakenBefore + iPlace, false); });
+        }
+        void vGoOnAt(std::uint64_t iPlace) override {
+            m_pSource->vGoOnAt(iPlace);
+            m_bytes.setg(m_bytes.m_buffer.data(), m_bytes.m_buffer.data(), m_bytes.m_buffer.data());
+            m_bytes.m_iDone = m_iTakenBefore + iPlace;
+        }
+
+    private:
+        CountedBytes& m_bytes;
+        std::unique_ptr<stream::SharedBytes> m_pSource;
+        std::uint64_t m_iTakenBefore;   // less the place of the source
+    };
+
+    std::streamsize iTake(char* pTo, std::streamsize iWanted) {
+        std::streamsize iRead = 0;
+        vGuarded([&] {
+            m_boStopped = m_boStopped || m_options.stop.stop_requested();
+            iRead = m_boStopped ? 0 : std::max<std::streamsize>(0, m_source.sgetn(pTo, iWanted));
+            m_iDone += static_cast<std::uint64_t>(iRead);
+            vTell(m_iDone, iRead < iWanted);
+        });
         return iRead;
+    }
+
+    void vTell(std::uint64_t iDone, bool boEnd) {
+        if (!m_options.progress || (iDone < m_iNextProgress && !boEnd)) return;
+        m_iNextProgress = iDone + g_iProgressStep;
+        m_options.progress({iDone, m_size});
+    }
+
+    template <class Step>
+    void vGuarded(Step&& step) try {
+        step();
     } catch (...) {
         m_pFault = std::current_exception();
         m_boStopped = true;

@@ -60,6 +60,37 @@ SharedBytes::~SharedBytes() = default;
 void SharedBytes::vReached(std::uint64_t) {}
 ShareableBuffer::~ShareableBuffer() = default;
 
+class MemoryBuffer::Shared final : public SharedBytes {
+public:
+    explicit Shared(MemoryBuffer& buffer) noexcept
+        : SharedBytes(static_cast<std::uint64_t>(buffer.gptr() - buffer.eback()),
+                      static_cast<std::uint64_t>(buffer.egptr() - buffer.eback())),
+          m_buffer(buffer) {}
+
+    std::size_t iReadAt(std::uint64_t iPlace, char* pTo, std::size_t iWanted) noexcept override {
+        if (iPlace >= iEnd()) return 0;
+        const auto iCount = static_cast<std::size_t>(std::min<std::uint64_t>(iWanted, iEnd() - iPlace));
+        std::copy_n(m_buffer.eback() + iPlace, iCount, pTo);
+        return iCount;
+    }
+    void vGoOnAt(std::uint64_t iPlace) override {
+        m_buffer.setg(m_buffer.eback(), m_buffer.eback() + iPlace, m_buffer.egptr());
+    }
+
+private:
+    MemoryBuffer& m_buffer;
+};
+
+// A stream buffer has no other pointers than to what may be written; nothing here writes.
+MemoryBuffer::MemoryBuffer(std::string_view text) noexcept {
+    char* const pFirst = const_cast<char*>(text.data());
+    setg(pFirst, pFirst, pFirst + text.size());
+}
+
+MemoryBuffer::~MemoryBuffer() = default;
+
+std::unique_ptr<SharedBytes> MemoryBuffer::pShare() { return std::make_unique<Shared>(*this); }
+
 std::unique_ptr<SharedBytes> pShare(std::streambuf& buffer) {
     if (auto* pShareable = dynamic_cast<ShareableBuffer*>(&buffer)) return pShareable->pShare();
     if (typeid(buffer) != typeid(std::stringbuf) && !boPlainFile(buffer)) return nullptr;

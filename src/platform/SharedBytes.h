@@ -11,14 +11,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <iosfwd>
 #include <memory>
+#include <streambuf>
+#include <string_view>
 
 #include "platform/Export.h"
 
 namespace oxa::stream {
 
-/// What a stream's bytes are read through while it stands still.
+/// What a stream's bytes are read through while nobody reads from the stream itself. Once something was read, the stream
+/// stands anywhere, until vGoOnAt.
 class OXA_PLATFORM_API SharedBytes {
 public:
     virtual ~SharedBytes();
@@ -55,8 +57,21 @@ public:
     [[nodiscard]] virtual std::unique_ptr<SharedBytes> pShare() = 0;
 };
 
-/// Of a ShareableBuffer; of a std::stringbuf; of a std::filebuf on systems that know no text mode. Else null. The stream
-/// stands where it stood.
+/// The bytes of a text, which must outlive it, without a copy.
+class OXA_PLATFORM_API MemoryBuffer final : public std::streambuf, public ShareableBuffer {
+public:
+    /// From its first byte on.
+    explicit MemoryBuffer(std::string_view text) noexcept;
+    ~MemoryBuffer() override;
+    /// Never null.
+    [[nodiscard]] std::unique_ptr<SharedBytes> pShare() override;
+
+private:
+    class Shared;
+};
+
+/// Of a ShareableBuffer; of a std::stringbuf; of a std::filebuf on systems that know no text mode. Else null. Nothing is read
+/// yet: the stream stands where it stood.
 [[nodiscard]] OXA_PLATFORM_API std::unique_ptr<SharedBytes> pShare(std::streambuf& buffer);
 
 /// iReadAt for an open file, which is left where it stands, but for Windows, where its position is not defined afterwards.

@@ -23,7 +23,7 @@
 // Progress no state exists in which all threads sleep before that. Who waits for a proof waits for an earlier block, and the
 //          earliest that is not proven is with a thread that waits for none. Who waits for batches holds none. A batch that is
 //          out is held by a thread at work, or waits in the line queue, or in the collector for an earlier one; a lost batch goes
-//          there, too. Workers sleep over fewer than eight in the line queue; the scanner, which sleeps only when 64 and more
+//          there, too. Workers sleep over fewer than eight in the line queue; the scanner, which sleeps only when 48 and more
 //          are out, takes those itself before. (A single worker takes all batches in order: none waits in the collector.)
 #include "Format/Ifc/IfcLineReadThreadPool.h"
 
@@ -55,7 +55,7 @@ namespace {
 
 constexpr std::size_t g_iFetchAhead = 4;                 // statements: as long as a slot takes to come
 constexpr std::uint64_t g_iLeastInBlocks = 512 * 1024;   // bytes
-constexpr std::size_t g_iBatchesPerWorker = 64;          // on their way at once
+constexpr std::size_t g_iBatchesPerWorker = 16;          // on their way at once
 
 // For as long as the result lives: an assertion on this thread must not open anything that waits for a user.
 auto quietAssertions() {

@@ -79,10 +79,13 @@ public:
     }
 
 private:
+    static constexpr std::size_t g_iDoubled = 8 * 1024;
     static constexpr std::size_t g_iInBlocks = 8 * g_iOverread;   // a longer piece is worth a call
 
     void vGrow(std::size_t iCount) {
-        const std::size_t iCapacity = std::max(2 * m_iCapacity, m_iSize + iCount + 16 * g_iOverread);
+        // Doubled while that is little: there are many such buffers, and what they do not use is theirs all the same.
+        const std::size_t iMore = m_iCapacity < g_iDoubled ? m_iCapacity : m_iCapacity / 4;
+        const std::size_t iCapacity = std::max(m_iCapacity + iMore, m_iSize + iCount + 16 * g_iOverread);
         std::unique_ptr<char[]> pBytes(new char[iCapacity]);
         if (m_iSize) std::memcpy(pBytes.get(), m_pBytes.get(), m_iSize);
         m_pBytes = std::move(pBytes);
