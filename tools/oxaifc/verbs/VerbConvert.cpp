@@ -30,9 +30,14 @@ struct ConvertOptions : WriteOptions {
 void vLeftOutWrite(const ModelWrite& write, const Model& model) {
     std::map<std::string, std::size_t> counts;
     std::size_t iAll = 0;
+    // Instances stand by their types.
+    const ifc::def::schema::Entity* pType = nullptr;
+    std::size_t* piCount = nullptr;
     write.vForEachUnwritten(model, [&](const ifc::Entity& entity) {
         if (!entity.pSchemaEntity()) return;
-        ++counts[entity.pSchemaEntity()->sNameUpper];
+        if (entity.pSchemaEntity() != pType) piCount = &counts[entity.pSchemaEntity()->sNameUpper];
+        pType = entity.pSchemaEntity();
+        ++*piCount;
         ++iAll;
     });
     if (counts.empty()) return;

@@ -55,7 +55,8 @@ namespace {
 
 constexpr std::size_t g_iFetchAhead = 4;                 // statements: as long as a slot takes to come
 constexpr std::uint64_t g_iLeastInBlocks = 512 * 1024;   // bytes
-constexpr std::size_t g_iBatchesPerWorker = 16;          // on their way at once
+constexpr std::size_t g_iBatchesPerThread = 16;          // out at once, at the least
+constexpr std::size_t g_iMostBatchesPerThread = 64;
 
 // For as long as the result lives: an assertion on this thread must not open anything that waits for a user.
 auto quietAssertions() {
@@ -83,7 +84,7 @@ private:
     [[nodiscard]] std::size_t iWorkers() const noexcept { return m_boOneWorker ? 1 : iWorkerCount(); }
     // Whether there is a processor for it beside the workers.
     [[nodiscard]] bool boScannerHelps() const { return std::thread::hardware_concurrency() > iWorkers(); }
-    void vStart();
+    void vStart(std::size_t iMostOut);
     void vWorkersEnd();
     void vBatchQueue();
     [[nodiscard]] BatchPtr pBatchNext();
@@ -130,7 +131,7 @@ IfcLineReadThreadPool::Work::Work(StepReadInfoDataCommon& info, FileBase& file, 
       m_boOneWorker(boOneWorker),
       m_scanWatch(info.m_pTrace ? &m_scanTime : nullptr) {
     info.m_boParallel = true;
-    m_stock.vLimit(g_iBatchesPerWorker);
+    m_stock.vLimit(g_iBatchesPerThread);
 }
 
 // The workers empty the line queue before they end, and the last of them has entered what it parsed.
@@ -163,9 +164,9 @@ void IfcLineReadThreadPool::Work::vTraceTell() const {
 }
 
 // All threads or none: the next statement tries again.
-void IfcLineReadThreadPool::Work::vStart() {
+void IfcLineReadThreadPool::Work::vStart(std::size_t iMostOut) {
     const std::size_t iWorkers = this->iWorkers();
-    m_stock.vLimit(g_iBatchesPerWorker * (iWorkers + 1));
+    m_stock.vLimit(iMostOut);
     Pool& pool = m_pFile->dataBase().pool();
     try {
         for (std::size_t i = 0; i < iWorkers + 1; ++i) m_threads.push_back(std::make_unique<StepReadThread>(pool));
@@ -208,7 +209,7 @@ StatementBuffer& IfcLineReadThreadPool::Work::buffer() {
 }
 
 void IfcLineReadThreadPool::Work::vStatementTake(unsigned iLine) {
-    if (m_workers.empty()) vStart();
+    if (m_workers.empty()) vStart(g_iBatchesPerThread * (iWorkers() + 1));
     Batch& batch = *m_pBatch;
     // There is room for the entry: a text without one would stay in the batch for nothing.
     batch.m_lines.push_back({batch.m_text.keep(), iLine, 0});
@@ -378,12 +379,15 @@ std::optional<BlockPlace> IfcLineReadThreadPool::Work::blocksRead(stream::Shared
     if (!m_workers.empty() || m_pOrder || bytes.iEnd() < iBegin + g_iLeastInBlocks) return std::nullopt;
     m_scanWatch.vWorked();
     m_boProgress = static_cast<bool>(progress);
-    m_pOrder = std::make_unique<BlockOrder>(begin, (bytes.iEnd() - iBegin) / BlockOrder::g_iBlockBytes);
+    const auto iBlocks = static_cast<std::size_t>((bytes.iEnd() - iBegin) / BlockOrder::g_iBlockBytes);
+    m_pOrder = std::make_unique<BlockOrder>(begin, iBlocks);
     for (std::size_t i = 0; i < iWorkers() + 1; ++i)
         m_finders.push_back(
             std::make_unique<BlockFinder>(bytes, iBase, *m_pInfo->m_pError, [this] { return m_stock.pTake(); }));
     if (m_pInfo->m_pTrace) m_scanTimes.resize(iWorkers() + 1);
-    vStart();
+    // Of a large file more may be out: a sixteenth of its text is little beside the model.
+    const std::size_t iThreads = iWorkers() + 1;
+    vStart(std::clamp(iBlocks / 2, g_iBatchesPerThread * iThreads, g_iMostBatchesPerThread * iThreads));
     try {
         const BlockPlace end = blocksFollow(bytes, iBase, progress);
         m_iQueued = end.iBatches;
