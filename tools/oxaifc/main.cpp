@@ -47,7 +47,8 @@ void vCommonDeclare(CLI::App& app, std::string& sLanguage) {
         ->type_name("X");
 }
 
-std::vector<DeclaredVerb> declareAll(CLI::App& app, std::string& sLanguage) {
+// The verb of that name; all where it is empty. To declare them all takes as long as a small file.
+std::vector<DeclaredVerb> declare(CLI::App& app, std::string& sLanguage, std::string_view sOnly) {
     app.allow_windows_style_options(false);   // "/a/house.ifc" is a file, whatever the system; verbs inherit it
     vCommonDeclare(app, sLanguage);
     app.set_help_flag("-h,--help", "print this help and exit");
@@ -56,6 +57,7 @@ std::vector<DeclaredVerb> declareAll(CLI::App& app, std::string& sLanguage) {
     app.get_formatter()->label("SUBCOMMAND", "VERB");
     std::vector<DeclaredVerb> commands;
     for (const Verb* pVerb : verbs()) {
+        if (!sOnly.empty() && sOnly != pVerb->pName) continue;
         CLI::App* pApp = app.add_subcommand(pVerb->pName, pVerb->pSummary);
         pApp->group("Verbs");
         vCommonDeclare(*pApp, sLanguage);
@@ -111,7 +113,7 @@ bool boManPage(const std::vector<std::string>& words) {
 int iManPage(Output& output) {
     CLI::App app(g_pSummary, "oxaifc");
     std::string sLanguage;
-    (void)declareAll(app, sLanguage);
+    (void)declare(app, sLanguage, {});
     vManPageWrite(app, g_pVersion, output);
     return g_iExitFine;
 }
@@ -122,7 +124,8 @@ int iRun(const std::vector<std::string>& all, Output& output) {
     vVerbCheck(words);
     CLI::App app(g_pSummary, "oxaifc");
     std::string sLanguage;
-    const std::vector<DeclaredVerb> commands = declareAll(app, sLanguage);
+    const std::string sVerb = words.front().starts_with('-') ? std::string() : words.front();
+    const std::vector<DeclaredVerb> commands = declare(app, sLanguage, sVerb);
     try {
         std::reverse(words.begin(), words.end());   // as CLI11 takes them
         app.parse(std::move(words));
