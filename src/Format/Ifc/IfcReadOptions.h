@@ -25,10 +25,11 @@ using ReadProgress = std::function<void(unsigned)>;
 struct ReadTrace {
     /// One stage on one thread. Seconds of the wall clock: a thread that has no processor is as busy as it was.
     struct Row {
-        const char* pStage;     ///< "scan", "parse", "collect", "numbers", "inverse lists", "order"
-        std::size_t iThread;    ///< of the stage, from 0; the scanner, where it parses, is the last one that does
-        double busy;            ///< at work
-        double waiting;         ///< for other threads; the scanner's last wait is that for the end of all others
+        const char* pStage;   ///< "scan", "parse", "collect", "numbers", "inverse lists", "order"
+        std::size_t
+            iThread;      ///< of the stage, from 0; the caller's scans as the first, and parses as the last of several
+        double busy;      ///< at work
+        double waiting;   ///< for other threads; the scanner's last wait is that for the end of all others
         std::uint64_t iBytes;   ///< of statements that went through
     };
     std::vector<Row> rows;   ///< in the order of the stages; one thread parses as it scans, and collects
