@@ -47,8 +47,9 @@ void vCommonDeclare(CLI::App& app, std::string& sLanguage) {
         ->type_name("X");
 }
 
-// The verb of that name; all where it is empty. To declare them all takes as long as a small file.
-std::vector<DeclaredVerb> declare(CLI::App& app, std::string& sLanguage, std::string_view sOnly) {
+// The verb that the first word names, all others where it is about them, and all where it names none. To declare all takes as
+// long as to read a small file.
+std::vector<DeclaredVerb> declare(CLI::App& app, std::string& sLanguage, std::string_view sFirstWord) {
     app.allow_windows_style_options(false);   // "/a/house.ifc" is a file, whatever the system; verbs inherit it
     vCommonDeclare(app, sLanguage);
     app.set_help_flag("-h,--help", "print this help and exit");
@@ -56,8 +57,10 @@ std::vector<DeclaredVerb> declare(CLI::App& app, std::string& sLanguage, std::st
     app.require_subcommand(1);
     app.get_formatter()->label("SUBCOMMAND", "VERB");
     std::vector<DeclaredVerb> commands;
+    const auto named = std::ranges::find_if(verbs(), [&](const Verb* pVerb) { return sFirstWord == pVerb->pName; });
+    const bool boAll = named == verbs().end() || (*named)->boAboutAll;
     for (const Verb* pVerb : verbs()) {
-        if (!sOnly.empty() && sOnly != pVerb->pName) continue;
+        if (!boAll && pVerb != *named) continue;
         CLI::App* pApp = app.add_subcommand(pVerb->pName, pVerb->pSummary);
         pApp->group("Verbs");
         vCommonDeclare(*pApp, sLanguage);
@@ -124,8 +127,7 @@ int iRun(const std::vector<std::string>& all, Output& output) {
     vVerbCheck(words);
     CLI::App app(g_pSummary, "oxaifc");
     std::string sLanguage;
-    const std::string sVerb = words.front().starts_with('-') ? std::string() : words.front();
-    const std::vector<DeclaredVerb> commands = declare(app, sLanguage, sVerb);
+    const std::vector<DeclaredVerb> commands = declare(app, sLanguage, words.front());
     try {
         std::reverse(words.begin(), words.end());   // as CLI11 takes them
         app.parse(std::move(words));

@@ -21,6 +21,7 @@ struct Verb {
     const char* pName;
     const char* pSummary;
     VerbRun (*pDeclare)(Command command);
+    bool boAboutAll = false;   // whether it looks at what the others declare
 };
 
 // In the order in which help tells them, which is that of the list in ../CMakeLists.txt.

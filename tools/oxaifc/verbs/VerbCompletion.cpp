@@ -186,6 +186,6 @@ VerbRun declare(Command command) {
 
 }   // namespace
 
-extern const Verb g_verbCompletion{"completion", "What a shell needs to complete the words of a call", declare};
+extern const Verb g_verbCompletion{"completion", "What a shell needs to complete the words of a call", declare, true};
 
 }   // namespace oxa::tool
