@@ -47,8 +47,8 @@ void vCommonDeclare(CLI::App& app, std::string& sLanguage) {
         ->type_name("X");
 }
 
-// The verb that the first word names, all others where it is about them, and all where it names none. To declare all takes as
-// long as to read a small file.
+// The verb that the first word names, with the others where it is about them; all where it names none. To declare all
+// takes as long as to read a small file.
 std::vector<DeclaredVerb> declare(CLI::App& app, std::string& sLanguage, std::string_view sFirstWord) {
     app.allow_windows_style_options(false);   // "/a/house.ifc" is a file, whatever the system; verbs inherit it
     vCommonDeclare(app, sLanguage);

@@ -274,9 +274,9 @@ void IfcLineReadThreadPool::Work::vBatchRead(Batch& batch, StepReadThread& threa
 
 // False when memory ran out; the batches behind that one are then back in the queue.
 //
-// A worker holds a chain of up to eight batches. Each is parsed under a guard of its own, so that an exception, which
-// is an internal fault or a lack of memory, costs one batch and no more: it is counted as lost and goes on to the
-// collector like any other, where those behind it would wait for it in vain. After std::bad_alloc the rest of the chain is put back in front
+// A thread holds a chain of batches. Each is parsed under a guard of its own, so that an exception, which is an internal
+// fault or a lack of memory, costs one batch and no more: it is counted as lost and goes on to the collector like any
+// other, where those behind it would wait for it in vain. After std::bad_alloc the rest of the chain is put back in front
 // of the queue: another thread may have given memory back by then, and on the scanner's thread the caller can be told.
 bool IfcLineReadThreadPool::Work::boBatchesRead(BatchPtr pBatches, StepReadThread& thread, StageWatch& watch) {
     bool boMemory = true;
