@@ -33,8 +33,9 @@ public:
 
 private:
     [[nodiscard]] bool boUsed(unsigned iProcessor) const noexcept;
+    [[nodiscard]] std::optional<unsigned> freeBehind(unsigned iProcessor) const noexcept;
 
-    std::vector<unsigned> m_processors;   // that may be used
+    std::vector<unsigned> m_processors;   // that may be used, in order
     std::mutex m_mutex;                   // guards what follows
     std::vector<std::optional<unsigned>> m_seats;
     std::size_t m_iTaken = 0;

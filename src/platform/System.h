@@ -56,8 +56,8 @@ OXA_PLATFORM_API void vFillSoon(void* pBytes, std::size_t iBytes) noexcept;
 OXA_PLATFORM_API void vPopulate(void* pBytes, std::size_t iBytes) noexcept;
 OXA_PLATFORM_API void vGiveBack(void* pBytes, std::size_t iBytes) noexcept;
 
-// The processors that the calling thread may run on, and the one that it runs on, by the system's numbers; none where the
-// system does not say.
+// The processors that the calling thread may run on, in order, and the one that it runs on, by the system's numbers; none
+// where the system does not say.
 [[nodiscard]] std::vector<unsigned> processors();
 [[nodiscard]] std::optional<unsigned> processorNow() noexcept;
 // Has the calling thread run on one of them from now on, until the system moves it.
