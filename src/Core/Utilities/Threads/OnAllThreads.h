@@ -10,8 +10,11 @@
 #include <cstddef>
 #include <exception>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
+
+#include "platform/Seats.h"
 
 namespace oxa::util {
 
@@ -32,9 +35,16 @@ void vOnAllThreads(std::size_t iExtra, const Step& step, const Stop& stop) {
             stop();
         }
     };
+    std::optional<platform::Seats> seats;
     std::vector<std::thread> threads;
     try {
-        for (std::size_t i = 1; i <= iExtra; ++i) threads.emplace_back(vGuarded, i);
+        if (iExtra > 0) seats.emplace(iExtra + 1).vTake(0);
+        for (std::size_t i = 1; i <= iExtra; ++i)
+            threads.emplace_back([&seats, &vGuarded, i] {
+                seats->vTake(i);
+                vGuarded(i);
+            });
+        if (seats) seats->vAwait();
     } catch (const std::exception&) {
         // No thread was to be had, or no memory for one.
     }
