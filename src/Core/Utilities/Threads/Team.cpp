@@ -12,8 +12,6 @@
 #include "platform/Compiler.h"
 #include "platform/Seats.h"
 
-#include "platform/Compiler.h"
-
 namespace oxa::util {
 
 namespace {
