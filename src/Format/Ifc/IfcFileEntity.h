@@ -52,6 +52,8 @@ struct DataSizeEntity {
     std::uint32_t iInverses = 0;          ///< inverse attributes, each of which has a list behind the block
     std::vector<std::uint32_t> offsets;   ///< for each attribute the position of its cell in the block
     std::vector<Cell> cells;              ///< the same with more to each attribute
+    std::vector<Cell> outside;            ///< selects and lists among them, whose values lie elsewhere
+    std::vector<Cell> texts;              ///< and texts
     std::vector<Feed> feeds;              ///< in the order of inverseTargets
 };
 
@@ -189,8 +191,18 @@ public:
     void vWrite(StepWriteInfo& info) const;
     /// The same for display, outside of any run; empty for an empty instance.
     [[nodiscard]] std::string sWriteLine(const Data& data) const;
-    /// Has the processor fetch the values, for a statement that will be composed soon.
+    /// What is wanted of an instance.
+    enum class Wanted : std::uint8_t {
+        Statement,   ///< its statement, and which entities it leads to
+        Named,       ///< which entities it leads to
+        Text         ///< its statement
+    };
+    ///@{
+    /// Has the processor fetch what that is found in: the values, and once these have come what lies elsewhere: selects,
+    /// lists, texts, and who refers to the instance.
     void vFetchValues() const noexcept;
+    void vFetchOutside(Wanted eWanted) const noexcept;
+    ///@}
 
     /// Announces this instance to everything that it refers to. Once, when all instances are in place; a second
     /// run without attributeInverseClear doubles every entry.
@@ -220,6 +232,7 @@ protected:
 private:
     friend class Data;
     friend class InverseBuilder;
+    friend class ReachWalk;
     friend struct EntityComparison;
     using InverseEntry = Unaligned<EntityList*>;
 

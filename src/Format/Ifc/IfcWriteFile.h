@@ -3,8 +3,7 @@
 /// IfcWriteFile: the frame of an exchange structure (ISO 10303-21), and the way statements reach a stream.
 ///
 /// - Callers: File::boWrite, FileSimple::boWrite, Data::boWrite, and library users with seeds of their own.
-/// - Threads: composing threads hand finished statements to one line writer; behind ThreadStringPool a single consumer
-///   alone touches the stream.
+/// - Threads: composing threads hand finished statements to one line writer; one of them at a time touches the stream.
 /// - Errors: a failing stream is not noticed here: the caller looks at its state. Faults of statements are records in
 ///   the errors; the file is complete all the same.
 #pragma once
@@ -65,7 +64,7 @@ private:
     std::unique_ptr<State> m_pState;
 };
 
-/// Fifteen statements between composing threads and the consumer: a stack, so the newest leaves first.
+/// Fifteen statements between composing threads and a consumer of the caller's: a stack, so the newest leaves first.
 class OXA_IFC_API ThreadStringPool final : public IfcLineWriterInterface {
 public:
     static constexpr std::size_t g_iLines = 15;   ///< how many statements fit in
@@ -120,7 +119,7 @@ public:
     ///@}
     ///@{
     /// Data lines without any frame: of all entities; of one and what it reaches; of what "seed" queues. False when
-    /// nothing was queued. With boSingleThreaded false that ends the process, since the consumer is running by then.
+    /// nothing was queued; with boSingleThreaded false that is a mistake of the caller's which ends the process.
     static bool boWrite(const Data& data, std::ostream& out, WriteError& errors, bool boSingleThreaded);
     static bool boWrite(const Data& data, const Entity* pEntity, std::ostream& out, WriteError& errors,
                         bool boSingleThreaded);

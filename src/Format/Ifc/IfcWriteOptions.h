@@ -20,17 +20,18 @@ using WriteProgress = std::function<void(unsigned)>;
 /// The order in which statements stand. It means nothing to a reader (ISO 10303-21, 11.2), but it does to whoever
 /// compares files.
 enum class WriteOrder {
-    Any,      ///< of the walk; on several threads another one with every write
+    Any,      ///< of the walk; on several threads whichever they find best
     Number,   ///< of instance numbers, ascending: the same bytes for any number of threads
     File,     ///< of fileNumbers, all others behind them by number: the same bytes for any number of threads
 };
 
 /// What a caller may ask of a write.
 struct WriteOptions {
-    /// Compose on the calling thread. False: on up to two more.
+    /// Compose on the calling thread. False: on one thread a processor, up to eight; up to three for a line writer that
+    /// takes each statement by itself.
     bool boSingleThreaded = false;
-    /// May be empty. Called on the caller's thread, with rising counts. With an order: once for some hundred
-    /// statements.
+    /// May be empty. Called on the caller's thread, with rising counts. With an order, and on several threads: once for
+    /// some hundred statements.
     WriteProgress progress{};
     /// With an order the statements are the same ones, and so are numbers that entities had before. New ones are dealt
     /// in an order that the model alone decides: from the lowest number on, as statements name entities.

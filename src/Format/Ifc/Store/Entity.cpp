@@ -58,6 +58,8 @@ std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& 
         const AttributeType eItems =
             eClass == CellClass::List ? AttributeListValueBase::itemType(pObject) : AttributeType::Unknown;
         pSize->cells.push_back({pAttribute, pSize->iSize, eClass, pAttribute->boOptional, eItems});
+        if (eClass == CellClass::Select || eClass == CellClass::List) pSize->outside.push_back(pSize->cells.back());
+        if (eClass == CellClass::String) pSize->texts.push_back(pSize->cells.back());
         pSize->iSize += iSize;
     }
     for (const AttributeInverse* pInverse : schema.inverseTargets()) {

@@ -143,6 +143,7 @@ void EntityIdMap::vDealAbove() {
 
 std::vector<const Entity*> EntityIdMap::seededOf(const SeenNumbers& seen) const {
     std::vector<const Entity*> entities;
+    entities.reserve(seen.iCount());
     const SeededChunk* pChunk = nullptr;
     seen.vForEach([&](std::uint32_t iId) {
         if (!pChunk || pChunk->iFirstId != iId - iId % g_iSlots) pChunk = m_byNumber.at(iId - iId % g_iSlots);

@@ -75,12 +75,16 @@ public:
     /// Calls visit(number) for each number that was marked, ascending. Not while others mark.
     template <class Visit>
     void vForEach(Visit&& visit) const {
-        for (std::uint32_t iFolder = 0; iFolder < g_iFolders; ++iFolder) {
-            const Branch<Page, g_iPages>* pFolder = m_root.pAt(iFolder);
-            for (std::uint32_t iPage = 0; pFolder && iPage < g_iPages; ++iPage)
-                if (const Page* pPage = pFolder->pAt(iPage))
-                    vForEachOfPage(*pPage, (iFolder * g_iPages + iPage) * g_iPageBits, visit);
-        }
+        vForEachPage([&visit](const Page& page, std::uint32_t iFirst) { vForEachOfPage(page, iFirst, visit); });
+    }
+    /// How many those are. Not while others mark.
+    [[nodiscard]] std::size_t iCount() const {
+        std::size_t iCount = 0;
+        vForEachPage([&iCount](const Page& page, std::uint32_t) {
+            for (const auto& word : page.words)
+                iCount += static_cast<std::size_t>(std::popcount(word.load(std::memory_order_relaxed)));
+        });
+        return iCount;
     }
 
 private:
@@ -92,6 +96,15 @@ private:
         std::array<std::atomic<std::uint64_t>, g_iPageBits / 64> words{};
     };
 
+    // Each page with its first number, ascending.
+    template <class Visit>
+    void vForEachPage(Visit&& visit) const {
+        for (std::uint32_t iFolder = 0; iFolder < g_iFolders; ++iFolder) {
+            const Branch<Page, g_iPages>* pFolder = m_root.pAt(iFolder);
+            for (std::uint32_t iPage = 0; pFolder && iPage < g_iPages; ++iPage)
+                if (const Page* pPage = pFolder->pAt(iPage)) visit(*pPage, (iFolder * g_iPages + iPage) * g_iPageBits);
+        }
+    }
     // Those of a page, whose first number that is.
     template <class Visit>
     static void vForEachOfPage(const Page& page, std::uint32_t iFirst, Visit& visit) {

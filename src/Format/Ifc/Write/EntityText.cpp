@@ -57,13 +57,32 @@ bool Entity::boCompose(StepWriteInfo& info) const {
     return true;
 }
 
-// The first values and those that follow: few instances have more than two cache lines of them.
+// The first values and those that follow, then the heads of inverse lists: few instances have more than three cache
+// lines.
 void Entity::vFetchValues() const noexcept {
     constexpr std::size_t g_iCacheLine = 64;
     if (!m_pAttributes) return;
     const auto* const pValues = static_cast<const char*>(m_pAttributes);
     platform::vFetchToRead(pValues);
     platform::vFetchToRead(pValues + g_iCacheLine);
+    platform::vFetchToRead(m_ppAttributesInverse);
+}
+
+void Entity::vFetchOutside(Wanted eWanted) const noexcept {
+    if (!m_pAttributes || !m_pSchemaEntity || !m_pSchemaEntity->pDataSize.boReady()) return;
+    const DataSizeEntity& layout = *m_pSchemaEntity->pDataSize.value();
+    const auto* const pBlock = static_cast<const char*>(m_pAttributes);
+    for (const DataSizeEntity::Cell& place : layout.outside) {
+        const auto* const pCell = reinterpret_cast<const AttributeBase*>(pBlock + place.iOffset);
+        platform::vFetchToRead(place.eClass == CellClass::List
+                                   ? static_cast<const AttributeList*>(pCell)->m_pItems.load()
+                                   : static_cast<const AttributeSelect*>(pCell)->m_pValue.load());
+    }
+    if (eWanted != Wanted::Named)
+        for (const DataSizeEntity::Cell& place : layout.texts)
+            platform::vFetchToRead(reinterpret_cast<const AttributeString*>(pBlock + place.iOffset)->m_value.load());
+    if (m_ppAttributesInverse && eWanted != Wanted::Text)
+        for (std::uint32_t i = 0; i < layout.iInverses; ++i) platform::vFetchToRead(pInverseEntries()[i].load());
 }
 
 void Entity::vWrite(StepWriteInfo& info) const {

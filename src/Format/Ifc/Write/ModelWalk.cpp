@@ -14,7 +14,7 @@ namespace {
 
 // The walk on one thread.
 void vWriteQueued(StepWriteInfoCommon& info, StepWriteInfo& statement, const WriteProgress& progress) {
-    vForEachQueued(info.m_queue, [&](const Entity* pEntity) {
+    vForEachQueued<Entity::Wanted::Statement>(info.m_queue, [&](const Entity* pEntity) {
         ++info.m_iDequeued;
         if (progress) progress(info.m_iDequeued);
         if (pEntity) pEntity->vWrite(statement);
@@ -73,8 +73,10 @@ void Data::operator()(StepWriteInfoCommon& info, std::function<void(unsigned)> p
         std::vector<const Entity*> share;
         bool boActive = false;
         while (info.boTake(statement.m_found, share, boActive, progress))
-            for (const Entity* pEntity : share)
-                if (pEntity) pEntity->vWrite(statement);
+            for (std::size_t i = 0; i < share.size(); ++i) {
+                vFetchAhead<Entity::Wanted::Statement>(share, i);
+                share[i]->vWrite(statement);
+            }
     }
     statement.vBlockAdd();
 }

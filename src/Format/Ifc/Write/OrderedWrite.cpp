@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The write in an order: first which entities, then their statements, one after the other.
+// The write in two steps: first which entities, then their statements, in an order.
 //
 // Reach      the walk of a write without its text, over numbered entities; on several threads, since which entities it
 //            meets does not depend on who comes first.
@@ -14,11 +14,12 @@
 #include <utility>
 #include <vector>
 
-#include "Core/Utilities/Threads/OnAllThreads.h"
+#include "Core/Utilities/Threads/Team.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcWriteFile.h"
 #include "Format/Ifc/Write/EntityNamed.h"
 #include "Format/Ifc/Write/FetchAhead.h"
+#include "Format/Ifc/Write/ReachWalk.h"
 #include "Format/Ifc/Write/WriteThreads.h"
 
 namespace oxa::ifc {
@@ -46,7 +47,7 @@ public:
             const std::size_t iEnd = std::min(iBegin + g_iShare, m_entities.size());
             if (!boBlocks && !boTurnWait(iShare)) return;   // the writer wants each statement by itself
             for (std::size_t i = iBegin; i < iEnd; ++i) {
-                vFetchAhead(m_entities, i);
+                vFetchAhead<Entity::Wanted::Text>(m_entities, i);
                 m_entities[i]->vWrite(statement);
             }
             if (boBlocks) {
@@ -155,33 +156,13 @@ private:
 
 }   // namespace
 
-// Meets what the queue leads to over numbered entities. True when all that these name has a number.
+// Meets what the queue leads to over numbered entities. True when all that these name has a number. One thread.
 bool Data::boReachNumbered(StepWriteInfoCommon& info) const {
-    if (info.m_queue.empty()) return true;
-    std::atomic<bool> boAllNumbered{true};
-    if (info.m_boSingleThreaded) {
-        vForEachQueued(info.m_queue, [&](const Entity* pEntity) {
-            if (!pEntity) return;
-            pEntity->vForEachNamedEntity([&](const Entity& named) {
-                if (!info.boNumberedQueue(named)) boAllNumbered.store(false, std::memory_order_relaxed);
-            });
-        });
-        return boAllNumbered;
-    }
-    const auto step = [&](std::size_t) {
-        std::vector<const Entity*> found;
-        std::vector<const Entity*> share;
-        WalkNear near;
-        bool boActive = false;
-        while (info.boTake(found, share, boActive, {}))
-            for (const Entity* pEntity : share)
-                if (pEntity)
-                    pEntity->vForEachNamedEntity([&](const Entity& named) {
-                        if (!info.boNumberedCollect(named, found, near))
-                            boAllNumbered.store(false, std::memory_order_relaxed);
-                    });
-    };
-    util::vOnAllThreads(iExtraWriteThreads(m_entities.size()), step, [&info] { info.vStop(); });
+    bool boAllNumbered = true;
+    vForEachQueued<Entity::Wanted::Named>(info.m_queue, [&](const Entity* pEntity) {
+        if (!pEntity) return;
+        pEntity->vForEachNamedEntity([&](const Entity& named) { boAllNumbered &= info.boNumberedQueue(named); });
+    });
     return boAllNumbered;
 }
 
@@ -196,19 +177,41 @@ void Data::vReachOthers(StepWriteInfoCommon& info) const {
 }
 
 void Data::vMeet(WriteInfoCommon& info) const {
-    vForEachQueued(info.m_queue, [&info](const Entity* pEntity) {
+    vForEachQueued<Entity::Wanted::Named>(info.m_queue, [&info](const Entity* pEntity) {
         pEntity->vForEachNamedEntity([&info](const Entity& named) { info.iEntityIdQueue(&named); });
     });
 }
 
+// One thread has nobody to wait for, and walks in the order of the queue.
 void Data::vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options) const {
-    if (!boReachNumbered(info)) vReachOthers(info);
-    Entities entities = options.eOrder == WriteOrder::File ? info.metByFile(options.fileNumbers) : info.metByNumber();
+    Entities entities;
+    const auto list = [&](bool boAllNumbered) {
+        if (!boAllNumbered) vReachOthers(info);
+        entities = options.eOrder == WriteOrder::File ? info.metByFile(options.fileNumbers) : info.metByNumber();
+    };
     OrderedStatements statements(info, entities, options.progress);
-    util::vOnAllThreads(
-        info.m_boSingleThreaded ? 0 : iExtraWriteThreads(entities.size()),
-        [&statements](std::size_t iThread) { statements.vCompose(iThread == 0); },
-        [&statements] { statements.vStop(); });
+    const unsigned iThreads = info.m_boSingleThreaded ? 1 : 1 + iExtraOrderedThreads(m_entities.size());
+    if (iThreads == 1) {
+        list(boReachNumbered(info));
+        statements.vCompose(true);
+    } else {
+        ReachWalk reach(info);
+        const auto work = [&](util::Team& team, unsigned iPart) {
+            reach.vWalk(team.iParts());
+            if (!team.boMeet(iPart)) return;
+            if (iPart == 0) list(reach.boAllNumbered());
+            if (team.boMeet(iPart)) statements.vCompose(iPart == 0);
+        };
+        util::Team::vRun(iThreads, [&](util::Team& team, unsigned iPart) {
+            try {
+                work(team, iPart);
+            } catch (...) {
+                reach.vStop();
+                statements.vStop();
+                throw;
+            }
+        });
+    }
     info.m_pWriter->vFinish();
 }
 
@@ -224,11 +227,16 @@ void Data::vNumbersTwiceTell(StepWriteInfoCommon& info) const {
     }
 }
 
+// Threads that walk and compose in one wait for each other's finds, so several threads first meet all and then compose, in
+// any order as in that of numbers; unless the writer wants each statement by itself, for whose turn they would wait.
 void Data::vWriteWith(StepWriteInfoCommon& info, const WriteOptions& options) const {
-    if (options.eOrder == WriteOrder::Any)
+    const bool boAny = options.eOrder == WriteOrder::Any;
+    if (boAny && (info.m_boSingleThreaded || info.m_iBlockSize == 0)) {
         vWrite(info, options.progress);
-    else
+    } else {
+        if (boAny && iExtraWriteThreads() > 0) vSortEntities();   // as that does
         vWriteInOrder(info, options);
+    }
     if (options.boTellNumbersTwice) vNumbersTwiceTell(info);
     if (options.pWritten) *options.pWritten = info.metNumbers(m_entities);
 }

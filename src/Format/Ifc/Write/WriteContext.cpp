@@ -181,7 +181,7 @@ bool StepWriteInfoCommon::boTake(std::vector<const Entity*>& found, std::vector<
     boActive = true;
     const std::size_t iShare = std::clamp(m_queue.size() / g_iSharesOfQueue, std::size_t{1}, g_iShareMax);
     for (std::size_t i = 0; i < iShare; ++i) {
-        share.push_back(m_queue.front());
+        if (m_queue.front()) share.push_back(m_queue.front());
         m_queue.pop_front();
         ++m_iDequeued;
         if (progress) progress(m_iDequeued);

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where statements go: in blocks to the stream, or through a bounded pool to a consumer thread; and the frame of a STEP
-// file around them.
+// Where statements go: in blocks to the stream, or into a bounded pool for a consumer of the caller's own; and the frame of
+// a STEP file around them.
 #include "Format/Ifc/IfcWriteFile.h"
 
 #include <exception>
 #include <ostream>
-#include <thread>
 #include <utility>
 
 namespace oxa::ifc::io {
@@ -71,62 +70,16 @@ bool ThreadStringPool::boTakeWait(std::string& line) {
 
 namespace {
 
-// Two ways to a stream of one shape, chosen once a write. g_iBlock is how many bytes of statements the way's line writer
-// takes at once; see StepWriteInfoCommon::m_iBlockSize.
-
-// Statements through a pool to a consumer thread, which starts at once. Composers never touch the stream: they leave
-// blocks in the pool and go on. An exception of the stream is kept and thrown on the caller's thread once all have
-// ended; until then the consumer goes on taking blocks and drops them, for a composer that waits for room in the pool
-// would wait for ever.
-class ThreadedWriter {
-public:
-    // Large enough that the lock is taken a few hundred times for a large file, small enough to stay in the L2 cache.
-    static constexpr std::size_t g_iBlock = 32768;
-
-    explicit ThreadedWriter(std::ostream& out) : m_buffer(out), m_consumer([this] { vConsume(); }) {}
-
-    IfcLineWriterInterface& writer() noexcept { return m_pool; }
-
-    // After vFinish: waits for the consumer, then writes the rest out. What the stream threw on the way comes out
-    // here, on the caller's thread.
-    void vEnd() {
-        m_consumer.join();
-        if (m_pFault) std::rethrow_exception(m_pFault);
-        m_buffer.vBufferFlush();
-    }
-
-    // The same after a fault elsewhere, which goes on from here: the consumer is let go, nothing more is written.
-    void vAbandon() noexcept {
-        m_pool.vFinish();
-        m_consumer.join();
-    }
-
-private:
-    void vConsume() {
-        std::string block;
-        while (m_pool.boTakeWait(block)) {
-            if (block.empty() || m_pFault) continue;   // after a fault the producers still have to be served
-            try {
-                m_buffer.vWrite(block);
-                m_buffer.vWrite('\n');
-            } catch (...) {
-                m_pFault = std::current_exception();
-            }
-        }
-    }
-
-    stream::StreamWriteBuffer m_buffer;
-    ThreadStringPool m_pool;
-    std::exception_ptr m_pFault;   // the consumer's, until it is joined
-    std::thread m_consumer;
-};
-
-// Texts of one thread at a time to the stream, as they come: they are as large as a buffer would be.
+// Texts of one thread at a time to the stream, as they come: they are as large as a buffer would be. Several threads leave
+// no empty lines, which seeds may hand on.
 class BlockLineWriter final : public IfcLineWriterInterface {
 public:
-    explicit BlockLineWriter(std::ostream& out) : m_out(out) {}
+    static constexpr std::size_t g_iBlock = stream::StreamWriteBuffer::g_iBufferSize;   // bytes of statements at once
+
+    BlockLineWriter(std::ostream& out, bool boSingleThreaded) : m_out(out), m_boSingleThreaded(boSingleThreaded) {}
 
     std::size_t iLineAdd(std::string& block, unsigned) override {
+        if (block.empty() && !m_boSingleThreaded) return m_iBlocks;
         block.push_back('\n');
         m_out.write(block.data(), static_cast<std::streamsize>(block.size()));
         return ++m_iBlocks;
@@ -135,67 +88,23 @@ public:
 
 private:
     std::ostream& m_out;
+    const bool m_boSingleThreaded;
     std::size_t m_iBlocks = 0;
-};
-
-// Without a thread of its own.
-class DirectWriter {
-public:
-    static constexpr std::size_t g_iBlock = stream::StreamWriteBuffer::g_iBufferSize;
-
-    explicit DirectWriter(std::ostream& out) : m_writer(out) {}
-    IfcLineWriterInterface& writer() noexcept { return m_writer; }
-    void vEnd() {}
-    void vAbandon() noexcept {}
-
-private:
-    BlockLineWriter m_writer;
-};
-
-// Runs one step of a write. Its exceptions go on, once no thread is left that they would take down.
-template <class Writer, class Step>
-void vGuarded(Writer& writer, Step&& step) {
-    try {
-        step();
-    } catch (...) {
-        writer.vAbandon();
-        throw;
-    }
-}
-
-struct SeededWrite {
-    const Data& data;
-    const WriteFile::Seed& seed;
-    std::ostream& out;
-    WriteError& errors;
-    const WriteOptions& options;
-
-    template <class Writer>
-    bool boRun() const {
-        Writer writer(out);
-        std::unique_ptr<StepWriteInfoCommon> pInfo;
-        vGuarded(writer, [&] {
-            pInfo = std::make_unique<StepWriteInfoCommon>(data.entityIdMap(false), errors, writer.writer(),
-                                                          options.boSingleThreaded);
-            pInfo->m_iBlockSize = Writer::g_iBlock;
-            seed(*pInfo);
-        });
-        {
-            const std::lock_guard lock(pInfo->m_mutex);
-            if (pInfo->m_queue.empty()) return false;
-        }
-        vGuarded(writer, [&] { data.vWriteWith(*pInfo, options); });
-        writer.vEnd();
-        return true;
-    }
 };
 
 // Data lines without any frame, of what the seed queues.
 bool boStatementsWrite(const Data& data, const WriteFile::Seed& seed, std::ostream& out, WriteError& errors,
                        const WriteOptions& options) {
-    const SeededWrite write{data, seed, out, errors, options};
-    const bool boDirect = options.boSingleThreaded || options.eOrder != WriteOrder::Any;
-    return boDirect ? write.boRun<DirectWriter>() : write.boRun<ThreadedWriter>();
+    BlockLineWriter writer(out, options.boSingleThreaded);
+    StepWriteInfoCommon info(data.entityIdMap(false), errors, writer, options.boSingleThreaded);
+    info.m_iBlockSize = BlockLineWriter::g_iBlock;
+    seed(info);
+    if (info.m_queue.empty()) {
+        if (!options.boSingleThreaded && options.eOrder == WriteOrder::Any) std::terminate();
+        return false;
+    }
+    data.vWriteWith(info, options);
+    return true;
 }
 
 WriteFile::Seed seedOf(const Entity* pEntity) {

@@ -19,6 +19,7 @@ TEST(SeenNumbers, AnswerOnceForEachNumber) {
                                            4294934527, 4294934528, 4294967294U, 4294967295U};
     SeenNumbers seen;
     SeenNumbers::Near near;
+    EXPECT_EQ(seen.iCount(), 0U);
     for (const std::uint32_t iNumber : g_numbers) {
         EXPECT_FALSE(seen.boMarked(iNumber)) << iNumber;
         EXPECT_TRUE(seen.boMark(iNumber, near)) << iNumber;
@@ -29,6 +30,7 @@ TEST(SeenNumbers, AnswerOnceForEachNumber) {
     std::vector<std::uint32_t> visited;
     seen.vForEach([&visited](std::uint32_t iNumber) { visited.push_back(iNumber); });
     EXPECT_EQ(visited, std::vector<std::uint32_t>(std::begin(g_numbers), std::end(g_numbers)));
+    EXPECT_EQ(seen.iCount(), std::size(g_numbers));
     for (const std::uint32_t iNumber : g_numbers) EXPECT_FALSE(seen.boMark(iNumber, near)) << iNumber;
     for (const std::uint32_t iNumber : g_numbers) {
         SeenNumbers::Near fresh;

@@ -473,5 +473,24 @@ TEST(WriteData, WritesADeletedEntityWhereSomethingRefersToIt) {
     EXPECT_EQ(dataOf(data).text, "#3=IFCPROPERTY('a',#2,(),$);\n#2=IFCPOINT((2.));\n");
 }
 
+// Whoever takes the type from an instance hides it from every write; its values are still there, and stay untouched.
+TEST(WriteData, PassesOverInstancesWhoseTypeIsHidden) {
+    constexpr unsigned g_iPoints = 100;
+    std::string statements;
+    for (unsigned i = 1; i <= g_iPoints; ++i) statements += '#' + std::to_string(i) + "=IFCPOINT((1.));";
+    ReadFileModel model = modelOf(statements);
+    Data& data = model.file.data();
+    Lines expected;
+    for (unsigned i = 1; i <= g_iPoints; ++i)
+        if (i % 3 == 0)
+            expected.push_back('#' + std::to_string(i) + "=IFCPOINT((1.));");
+        else
+            data.pEntityFromId(i)->unsafeSetSchemaEntity(nullptr);
+    for (const WriteOrder eOrder : {WriteOrder::Number, WriteOrder::File})
+        for (const bool boSingleThreaded : g_threads)
+            EXPECT_EQ(linesOf(dataOf(data, {.boSingleThreaded = boSingleThreaded, .eOrder = eOrder}).text), expected);
+    EXPECT_EQ(linesOf(dataOf(data).text), expected);
+}
+
 }   // namespace
 }   // namespace oxa::ifc::io
