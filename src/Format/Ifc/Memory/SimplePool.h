@@ -68,17 +68,16 @@ public:
 
     /// The same for a large piece that its owner fills from its start to its end. Once the pool is large, pieces are
     /// cut from segments.
+    ///
+    /// The system clears a segment as a whole where it is touched first, and all of it again for each further thread that
+    /// touches it meanwhile, to throw that away. So whoever opens a segment touches it before others get a part of it; they
+    /// do not wait for that, and take a piece from elsewhere.
     [[nodiscard]] void* pAllocatePiece(std::size_t iBytes) {
         if (m_iReserved.load(std::memory_order_relaxed) < g_iSegmentsFrom || iBytes > g_iSegmentBytes)
             return pAllocate(iBytes);
-        const std::lock_guard lock(m_largeMutex);
-        if (iBytes > m_iSegmentLeft) {
-            m_large.push_back(zeroedSegment());
-            vGiveBack(m_pSegment, m_iSegmentLeft);   // the end of the old one
-            m_iSegmentLeft = g_iSegmentBytes;
-            m_pSegment = m_large.back().get();
-            m_iReserved.fetch_add(g_iSegmentBytes, std::memory_order_relaxed);
-        }
+        const std::unique_lock lock(m_segmentMutex, std::try_to_lock);
+        if (!lock) return pAllocateLarge(iBytes);
+        if (iBytes > m_iSegmentLeft) vSegmentOpen();
         void* pBytes = m_pSegment;
         m_pSegment += iBytes;
         m_iSegmentLeft -= iBytes;
@@ -87,7 +86,7 @@ public:
 
     /// Returns the pages of the unused end of the last segment to the system; they are mapped again when they are used.
     void vTrim() noexcept {
-        const std::lock_guard lock(m_largeMutex);
+        const std::lock_guard lock(m_segmentMutex);
         vGiveBack(m_pSegment, m_iSegmentLeft);
     }
 
@@ -103,13 +102,24 @@ private:
 
     // A smaller pool would pay for a segment's unused end with a good part of its size.
     static constexpr std::size_t g_iSegmentsFrom = 2 * g_iSegmentBytes;
+    static constexpr std::size_t g_iTouched = 4096;   // a part of a segment, at least a page
 
-    void* pAllocateLarge(std::size_t iBytes) {
-        ZeroedBytes pBytes = zeroedBytes(iBytes);
+    void* pAllocateLarge(std::size_t iBytes) { return pKept(zeroedBytes(iBytes), iBytes); }
+
+    char* pKept(ZeroedBytes pBytes, std::size_t iBytes) {
         const std::lock_guard lock(m_largeMutex);
         m_large.push_back(std::move(pBytes));
         m_iReserved.fetch_add(iBytes, std::memory_order_relaxed);
         return m_large.back().get();
+    }
+
+    // Under the lock of segments.
+    void vSegmentOpen() {
+        char* const pSegment = pKept(zeroedSegment(), g_iSegmentBytes);
+        vPopulate(pSegment, g_iTouched);
+        vGiveBack(m_pSegment, m_iSegmentLeft);   // the end of the old one
+        m_iSegmentLeft = g_iSegmentBytes;
+        m_pSegment = pSegment;
     }
 
     // Opens a new block and serves the request at its start; null when another thread was faster.
@@ -125,11 +135,12 @@ private:
 
     std::atomic<Block*> m_pCurrent{nullptr};
     std::list<Block> m_blocks;          // guarded by m_blockMutex
-    std::vector<ZeroedBytes> m_large;   // guarded by m_largeMutex, as the next two
-    char* m_pSegment = nullptr;         // the free end of the last segment
+    std::vector<ZeroedBytes> m_large;   // guarded by m_largeMutex
+    char* m_pSegment = nullptr;         // the free end of the last segment; guarded by m_segmentMutex, as the next one
     std::size_t m_iSegmentLeft = 0;
     std::mutex m_blockMutex;
     std::mutex m_largeMutex;
+    std::mutex m_segmentMutex;   // m_largeMutex may be taken under it
     std::atomic<std::size_t> m_iReserved{0};
 };
 

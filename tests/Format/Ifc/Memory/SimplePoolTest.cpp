@@ -127,6 +127,31 @@ TEST(SimplePool, CutsPiecesFromSegments) {
     }
 }
 
+// Threads that meet where a segment is opened get pieces from elsewhere: of whichever kind, each is zeroed and its owner's.
+TEST(SimplePool, ServesPiecesToManyThreads) {
+    constexpr std::size_t g_iThreads = 4;
+    constexpr std::size_t g_iRequests = 60;
+    constexpr std::size_t g_iPiece = 128 * 1024;
+    Pool pool;
+    static_cast<void>(pool.pAllocate(4 * 1024 * 1024));
+    std::vector<std::vector<char*>> got(g_iThreads);
+    std::vector<std::size_t> zeroed(g_iThreads);
+    vOnThreads(g_iThreads, [&](std::size_t iThread) {
+        for (std::size_t i = 0; i < g_iRequests; ++i) {
+            auto* pBytes = static_cast<char*>(pool.pAllocatePiece(g_iPiece));
+            zeroed[iThread] += sZeroed(pBytes, g_iPiece) == "zeroed";
+            std::memset(pBytes, static_cast<int>(iThread + 1), g_iPiece);
+            got[iThread].push_back(pBytes);
+        }
+    });
+    for (std::size_t iThread = 0; iThread < g_iThreads; ++iThread) {
+        EXPECT_EQ(zeroed[iThread], g_iRequests);
+        for (const char* pBytes : got[iThread])
+            ASSERT_EQ(std::string(pBytes, g_iPiece), std::string(g_iPiece, static_cast<char>(iThread + 1)));
+    }
+    EXPECT_GE(pool.iBytesReserved(), g_iThreads * g_iRequests * g_iPiece);
+}
+
 TEST(SimplePool, ATrimmedSegmentServesZeroesAgain) {
     Pool pool;
     static_cast<void>(pool.pAllocate(4 * 1024 * 1024));
