@@ -36,8 +36,9 @@ struct WriteOptions {
     /// With an order the statements are the same ones, and so are numbers that entities had before. New ones are dealt
     /// in an order that the model alone decides: from the lowest number on, as statements name entities.
     WriteOrder eOrder = WriteOrder::Any;
-    /// For WriteOrder::File: the numbers of a file's statements as they stand there. A number may stand several times,
-    /// where the first counts, and need not be one of the model. Not owned; looked at during the write.
+    /// For WriteOrder::File: the numbers of a file's statements as they stand there, which mean entities that kept theirs
+    /// from the file, and no dealt ones. A number may stand several times, where the first counts, and need not be one of
+    /// the model. Not owned; looked at during the write.
     std::span<const std::uint32_t> fileNumbers{};
     /// Tells each number that two statements have, by Error_NumberWrittenTwice: an error of the category Identifier,
     /// with the entity that got the number later, its statement, and the number in place of the line. Files and dealt

@@ -14,12 +14,13 @@ namespace oxa::ifc {
 // than three threads wraps around and gets both.
 inline unsigned iExtraWriteThreads() noexcept { return std::min(2U, std::thread::hardware_concurrency() - 3U); }
 
-// Of a write of so many entities in an order, whose threads wait for nobody: one a processor, up to eight in all. Each but
-// the first needs ten entities more.
+// Of a write of so many entities whose threads do not wait for each other: one a processor, up to eight in all. The first two
+// beside the caller's pay as those above, a further one where it has a thousand entities to itself.
 inline unsigned iExtraOrderedThreads(std::size_t iEntities) noexcept {
-    constexpr unsigned g_iMost = 7;
-    const unsigned iProcessors = std::max(std::thread::hardware_concurrency(), 1U);
-    return static_cast<unsigned>(std::min<std::size_t>(std::min(iProcessors - 1, g_iMost), (iEntities + 9) / 10));
+    constexpr std::size_t g_iMost = 7;
+    const std::size_t iPaid = std::max(std::min<std::size_t>(2, (iEntities + 9) / 10), iEntities / 1000);
+    const std::size_t iProcessors = std::max(std::thread::hardware_concurrency(), 1U);
+    return static_cast<unsigned>(std::min({iPaid, iProcessors - 1, g_iMost}));
 }
 
 }   // namespace oxa::ifc
