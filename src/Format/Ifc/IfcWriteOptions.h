@@ -31,7 +31,7 @@ struct WriteOptions {
     /// takes each statement by itself.
     bool boSingleThreaded = false;
     /// May be empty. Called on the caller's thread, with rising counts. With an order, and on several threads: once for
-    /// some hundred statements.
+    /// some hundred statements, and for the last.
     WriteProgress progress{};
     /// With an order the statements are the same ones, and so are numbers that entities had before. New ones are dealt
     /// in an order that the model alone decides: from the lowest number on, as statements name entities.

@@ -55,8 +55,15 @@ public:
             } else {
                 vTurnPass(iShare);
             }
-            if (boCaller && m_progress) m_progress(static_cast<unsigned>(iEnd));
+            if (boCaller) vTell(iEnd);
         }
+    }
+
+    // So many are composed. By the caller's thread.
+    void vTell(std::size_t iComposed) {
+        if (!m_progress || iComposed <= m_iTold) return;
+        m_iTold = iComposed;
+        m_progress(static_cast<unsigned>(iComposed));
     }
 
     void vStop() {
@@ -144,6 +151,7 @@ private:
     StepWriteInfoCommon& m_info;
     const Entities& m_entities;
     const WriteProgress& m_progress;
+    std::size_t m_iTold = 0;               // the caller's
     std::atomic<std::size_t> m_iNext{0};   // share
     std::mutex m_mutex;
     std::condition_variable m_changed;
@@ -212,6 +220,7 @@ void Data::vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options)
             }
         });
     }
+    statements.vTell(entities.size());   // others may have had the last share
     info.m_pWriter->vFinish();
 }
 

@@ -2,11 +2,13 @@
 #include "Format/Ifc/Write/ReachWalk.h"
 
 #include <algorithm>
+#include <deque>
 #include <iterator>
 #include <mutex>
 
 #include "Format/Ifc/Write/EntityNamed.h"
 #include "Format/Ifc/Write/FetchAhead.h"
+#include "platform/Compiler.h"
 
 namespace oxa::ifc {
 
@@ -14,6 +16,7 @@ namespace {
 
 constexpr std::size_t g_iTurns = 64;          // instances, between two looks for threads that wait
 constexpr std::size_t g_iWorthGiving = 32;    // instances
+constexpr std::size_t g_iShareLeast = 64;     // of the queue, where it has as many
 constexpr std::size_t g_iShareMost = 8192;    // of the queue: small enough that the last ones end together
 constexpr std::size_t g_iSharesAThread = 4;   // of the queue
 constexpr unsigned g_iLooks = 4000;           // for work, before a sleep: some 0.1 ms
@@ -68,7 +71,7 @@ bool ReachWalk::boTake(Entities& own, std::size_t iThreads) {
     }
     if (m_boDone) return false;
     const std::size_t iShare =
-        std::clamp(queue.size() / (iThreads * g_iSharesAThread), std::min(g_iTurns, queue.size()), g_iShareMost);
+        std::clamp(queue.size() / (iThreads * g_iSharesAThread), std::min(g_iShareLeast, queue.size()), g_iShareMost);
     const auto end = queue.begin() + static_cast<std::ptrdiff_t>(iShare);
     std::copy_if(queue.begin(), end, std::back_inserter(own), [](const Entity* pEntity) { return pEntity != nullptr; });
     queue.erase(queue.begin(), end);
