@@ -64,8 +64,7 @@ std::vector<std::size_t> WriteInfoCommon::metNumbers(const std::vector<Entity*>&
             others.push_back(known->iId);
     }
     std::ranges::sort(others);
-    const auto [first, last] = std::ranges::unique(others);   // an entity may be in the list twice
-    others.erase(first, last);
+    others.erase(std::unique(others.begin(), others.end()), others.end());   // an entity may be in the list twice
     std::vector<std::size_t> numbers;
     numbers.reserve(iListed + others.size());
     auto other = others.begin();
