@@ -45,13 +45,14 @@ void vDebugBreak() noexcept;
 
 // Pages of zeros, mapped for the caller alone, of which only those cost memory that are touched. Those that may stay
 // empty are kept apart from huge pages, one of which would cost 2 MiB for a byte; those that will be filled begin at a
-// multiple of their size, a power of two, and get huge pages where the system has such. Null where there is no memory.
+// multiple of 2 MiB, and get huge pages where the system has such. Null where there is no memory.
 enum class Pages { MayStayEmpty, WillBeFilled };
 [[nodiscard]] OXA_PLATFORM_API void* pMap(std::size_t iBytes, Pages ePages) noexcept;
 // Of what pMap gave, all of it.
 OXA_PLATFORM_API void vUnmap(void* pBytes, std::size_t iBytes) noexcept;
 // The three below are advice about the whole pages of a range, and nothing happens where a system does not know it.
-// vFillSoon: like pages that will be filled, for memory that nothing was written to yet, of whatever kind.
+// vFillSoon: like pages that will be filled, for memory that nothing was written to yet, of whatever kind; those pages, too,
+// that the range has a part of.
 OXA_PLATFORM_API void vFillSoon(void* pBytes, std::size_t iBytes) noexcept;
 OXA_PLATFORM_API void vPopulate(void* pBytes, std::size_t iBytes) noexcept;
 OXA_PLATFORM_API void vGiveBack(void* pBytes, std::size_t iBytes) noexcept;

@@ -18,6 +18,17 @@
 
 namespace oxa::platform {
 
+namespace {
+
+constexpr std::size_t g_iHugePage = std::size_t{2} * 1024 * 1024;   // of most processors
+
+std::size_t iPageSize() noexcept {
+    static const auto iPage = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return iPage;
+}
+
+}   // namespace
+
 bool boFlushToDisk(std::FILE* pFile) {
     if (std::fflush(pFile) != 0) return false;
 #if defined(F_FULLFSYNC)   // macOS, where fsync leaves it to the drive; not every file system knows the other
@@ -63,20 +74,27 @@ std::size_t iThreadStack() noexcept {
 }
 
 void* pMapPages(std::size_t iBytes, bool boAligned, int iFlags) noexcept {
-    // A mapping of twice the size holds an address that is a multiple of it, and the rest is unmapped again.
-    void* pMapped = mmap(nullptr, boAligned ? 2 * iBytes : iBytes, PROT_READ | PROT_WRITE,
-                         MAP_PRIVATE | MAP_ANONYMOUS | iFlags, -1, 0);
-    if (pMapped == MAP_FAILED) return nullptr;
-    if (!boAligned) return pMapped;
-    const std::size_t iBefore = -reinterpret_cast<std::uintptr_t>(pMapped) % iBytes;
-    char* pBytes = static_cast<char*>(pMapped) + iBefore;
-    if (iBefore) munmap(pMapped, iBefore);
-    munmap(pBytes + iBytes, iBytes - iBefore);
-    return pBytes;
+    const auto pMapped = [iFlags](std::size_t iMapped) -> char* {
+        void* p = mmap(nullptr, iMapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | iFlags, -1, 0);
+        return p == MAP_FAILED ? nullptr : static_cast<char*>(p);
+    };
+    const auto iBefore = [](char* p) { return -reinterpret_cast<std::uintptr_t>(p) % g_iHugePage; };
+    // Systems put one mapping beside the other, so that behind an aligned one the next mostly is, too.
+    char* pBytes = pMapped(iBytes);
+    if (!pBytes || !boAligned || iBefore(pBytes) == 0) return pBytes;
+    munmap(pBytes, iBytes);
+    // A mapping that is larger by a huge page holds an address that is a multiple of it, and the rest is unmapped again.
+    const std::size_t iWhole = (iBytes + iPageSize() - 1) / iPageSize() * iPageSize();
+    pBytes = pMapped(iWhole + g_iHugePage);
+    if (!pBytes) return nullptr;
+    const std::size_t iFirst = iBefore(pBytes);
+    if (iFirst) munmap(pBytes, iFirst);
+    munmap(pBytes + iFirst + iWhole, g_iHugePage - iFirst);
+    return pBytes + iFirst;
 }
 
 std::span<char> wholePages(void* pBytes, std::size_t iBytes) noexcept {
-    static const auto iPage = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const std::size_t iPage = iPageSize();
     const std::size_t iBefore = -reinterpret_cast<std::uintptr_t>(pBytes) % iPage;
     if (iBytes < iBefore + iPage) return {};
     return {static_cast<char*>(pBytes) + iBefore, (iBytes - iBefore) / iPage * iPage};

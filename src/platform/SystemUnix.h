@@ -10,8 +10,8 @@
 
 namespace oxa::platform {
 
-// Pages of zeros, with these flags beside those of a private mapping. With boAligned they begin at a multiple of iBytes, a
-// power of two. Null where there is no memory.
+// Pages of zeros, with these flags beside those of a private mapping. With boAligned they begin at a multiple of 2 MiB.
+// Null where there is no memory.
 [[nodiscard]] void* pMapPages(std::size_t iBytes, bool boAligned, int iFlags) noexcept;
 
 // The whole pages of a range; empty where it has none.

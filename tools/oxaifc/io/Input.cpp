@@ -7,10 +7,10 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <streambuf>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 #include <fmt/format.h>
 
@@ -25,7 +25,7 @@ namespace oxa::tool {
 // Large pieces straight from where they come: the users have buffers of their own.
 class Input::Buffer : public std::streambuf {
 public:
-    Buffer() : m_bytes(g_iSize) {}
+    Buffer() : m_pBytes(std::make_unique_for_overwrite<char[]>(g_iSize)) {}
 
     [[nodiscard]] std::string_view waiting() const { return {gptr(), static_cast<std::size_t>(egptr() - gptr())}; }
     [[nodiscard]] std::uint64_t iRead() const noexcept { return m_iRead; }
@@ -38,7 +38,7 @@ public:
 
     bool boRestart() {
         if (!boBegin()) return false;
-        setg(m_bytes.data(), m_bytes.data(), m_bytes.data());
+        setg(m_pBytes.get(), m_pBytes.get(), m_pBytes.get());
         m_iRead = 0;
         m_boEnd = false;
         return true;
@@ -49,7 +49,7 @@ public:
     void vGoOnAt(std::uint64_t iPlace) noexcept {
         m_iRead = iPlace;
         m_boEnd = false;
-        setg(m_bytes.data(), m_bytes.data(), m_bytes.data());
+        setg(m_pBytes.get(), m_pBytes.get(), m_pBytes.get());
     }
 
 protected:
@@ -61,10 +61,10 @@ protected:
     int_type underflow() override {
         if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
         if (m_boEnd) return traits_type::eof();
-        const std::size_t iCount = iTake(m_bytes.data(), m_bytes.size());
-        m_boEnd = iCount < m_bytes.size();
+        const std::size_t iCount = iTake(m_pBytes.get(), g_iSize);
+        m_boEnd = iCount < g_iSize;
         m_iRead += iCount;
-        setg(m_bytes.data(), m_bytes.data(), m_bytes.data() + iCount);
+        setg(m_pBytes.get(), m_pBytes.get(), m_pBytes.get() + iCount);
         return iCount ? traits_type::to_int_type(*gptr()) : traits_type::eof();
     }
 
@@ -81,7 +81,7 @@ protected:
 private:
     static constexpr std::size_t g_iSize = 256 * 1024;
 
-    std::vector<char> m_bytes;
+    std::unique_ptr<char[]> m_pBytes;   // of g_iSize
     std::uint64_t m_iRead = 0;
     bool m_boEnd = false;
 };

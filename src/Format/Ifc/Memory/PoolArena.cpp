@@ -6,10 +6,10 @@ namespace oxa::ifc {
 
 void* PoolArena::pAllocateSlow(std::size_t iBytes) {
     // A large request goes past the arena, so that it does not throw half a piece away.
-    if (iBytes >= m_iPiece / 4) return m_pPool->pAllocate(iBytes);
+    if (iBytes >= m_iPiece / 4) return m_pPool->pAllocatePiece(iBytes);
+    if (m_pPool->boLarge()) m_iPiece = g_iLargestPiece;
     m_pNext = static_cast<char*>(m_pPool->pAllocatePiece(m_iPiece));
     m_pEnd = m_pNext + m_iPiece;
-    memory::vPopulate(m_pNext, m_iPiece);   // one system call instead of a page fault for each 4 KiB
     if (m_iPiece < g_iLargestPiece) m_iPiece *= 2;
     return pAllocate(iBytes);
 }

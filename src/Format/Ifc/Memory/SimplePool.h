@@ -66,17 +66,30 @@ public:
         return std::align(8, iBytes, pBytes, iSpace);
     }
 
-    /// The same for a large piece that its owner fills from its start to its end. Once the pool is large, pieces are
-    /// cut from segments.
+    /// There are about so many bytes to come, as from a large file. From half a MiB on the pool then counts as large.
+    void vExpect(std::size_t iBytes) noexcept { m_iExpected.store(iBytes, std::memory_order_relaxed); }
+    /// What vExpect said last.
+    [[nodiscard]] std::size_t iExpected() const noexcept { return m_iExpected.load(std::memory_order_relaxed); }
+
+    /// Whether pieces are cut from segments: where much is to come, or there is that much already.
+    [[nodiscard]] bool boLarge() const noexcept {
+        return iExpected() >= g_iMuch || m_iReserved.load(std::memory_order_relaxed) >= g_iSegmentsFrom;
+    }
+
+    /// The same for a large piece that its owner fills from its start to its end: its pages are there. Once the pool is
+    /// large, pieces are cut from segments.
     ///
     /// The system clears a segment as a whole where it is touched first, and all of it again for each further thread that
-    /// touches it meanwhile, to throw that away. So whoever opens a segment touches it before others get a part of it; they
-    /// do not wait for that, and take a piece from elsewhere.
+    /// touches it meanwhile, to throw that away. So whoever opens a segment touches it before others get a part of it. They
+    /// do not wait for that, and take a piece from elsewhere, unless to find the pages of one takes longer.
     [[nodiscard]] void* pAllocatePiece(std::size_t iBytes) {
-        if (m_iReserved.load(std::memory_order_relaxed) < g_iSegmentsFrom || iBytes > g_iSegmentBytes)
-            return pAllocate(iBytes);
-        const std::unique_lock lock(m_segmentMutex, std::try_to_lock);
-        if (!lock) return pAllocateLarge(iBytes);
+        if (!boLarge()) return pFilled(pAllocate(iBytes), iBytes);
+        if (iBytes > g_iSegmentBytes) return pKept(zeroedTable(iBytes), iBytes);
+        std::unique_lock lock(m_segmentMutex, std::defer_lock);
+        if (iBytes >= g_iWorthAWait)
+            lock.lock();
+        else if (!lock.try_lock())
+            return pFilled(pAllocateLarge(iBytes), iBytes);
         if (iBytes > m_iSegmentLeft) vSegmentOpen();
         void* pBytes = m_pSegment;
         m_pSegment += iBytes;
@@ -102,9 +115,16 @@ private:
 
     // A smaller pool would pay for a segment's unused end with a good part of its size.
     static constexpr std::size_t g_iSegmentsFrom = 2 * g_iSegmentBytes;
-    static constexpr std::size_t g_iTouched = 4096;   // a part of a segment, at least a page
+    static constexpr std::size_t g_iMuch = 512 * 1024;
+    static constexpr std::size_t g_iWorthAWait = 512 * 1024;   // bytes of small pages: slower than a segment
 
     void* pAllocateLarge(std::size_t iBytes) { return pKept(zeroedBytes(iBytes), iBytes); }
+
+    // One system call instead of a page fault for each page.
+    static void* pFilled(void* pBytes, std::size_t iBytes) noexcept {
+        vPopulate(pBytes, iBytes);
+        return pBytes;
+    }
 
     char* pKept(ZeroedBytes pBytes, std::size_t iBytes) {
         const std::lock_guard lock(m_largeMutex);
@@ -116,7 +136,7 @@ private:
     // Under the lock of segments.
     void vSegmentOpen() {
         char* const pSegment = pKept(zeroedSegment(), g_iSegmentBytes);
-        vPopulate(pSegment, g_iTouched);
+        vPopulate(pSegment, g_iSegmentBytes);
         vGiveBack(m_pSegment, m_iSegmentLeft);   // the end of the old one
         m_iSegmentLeft = g_iSegmentBytes;
         m_pSegment = pSegment;
@@ -142,6 +162,7 @@ private:
     std::mutex m_largeMutex;
     std::mutex m_segmentMutex;   // m_largeMutex may be taken under it
     std::atomic<std::size_t> m_iReserved{0};
+    std::atomic<std::size_t> m_iExpected{0};
 };
 
 }   // namespace oxa::memory

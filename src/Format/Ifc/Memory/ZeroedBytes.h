@@ -2,8 +2,8 @@
 /// @file
 /// ZeroedBytes: zero-filled memory for the blocks of a pool.
 ///
-/// For      SimplePool, and the tables of a Data. A large block costs only the pages of it that are touched: instance numbers may lie far apart,
-///          and of most chunks of the entity table a sparse file then touches next to nothing.
+/// For      SimplePool, and the tables of a Data. A large block costs only the pages of it that are touched: instance
+///          numbers may lie far apart, and of most chunks of the entity table a sparse file then touches next to nothing.
 /// Threads  any number at once.
 #pragma once
 
@@ -26,8 +26,8 @@ using ZeroedBytes = std::unique_ptr<char[], ZeroedBytesDeleter>;
 /// Aligned for every basic type. Throws std::bad_alloc.
 [[nodiscard]] OXA_IFC_API ZeroedBytes zeroedBytes(std::size_t iBytes);
 
-/// A block that will be filled here and there, all over, as a hash table is: its pages are there at once, and huge ones
-/// where it is large. Throws std::bad_alloc.
+/// A block that will be filled here and there, all over, as a hash table is: its pages are there at once, and huge ones as
+/// far as it fills those. Throws std::bad_alloc.
 [[nodiscard]] OXA_IFC_API ZeroedBytes zeroedTable(std::size_t iBytes);
 
 ///@{

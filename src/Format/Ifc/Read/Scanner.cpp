@@ -22,6 +22,13 @@ namespace oxa::ifc::io {
 
 namespace {
 
+// Bytes to come; 0 where the stream does not tell.
+std::uint64_t iBytesOf(std::istream& stream) {
+    if (!stream.good()) return 0;
+    const std::unique_ptr<stream::SharedBytes> pBytes = stream::pShare(*stream.rdbuf());
+    return pBytes && pBytes->iEnd() > pBytes->iBegin() ? pBytes->iEnd() - pBytes->iBegin() : 0;
+}
+
 // Sections and markers are found by plain substring search in a whole statement, quoted text included.
 bool boContains(std::string_view statement, std::string_view sWord) {
     return statement.find(sWord) != std::string_view::npos;
@@ -49,6 +56,7 @@ bool ReadFile::boRead(FileBase& file, std::istream& stream, SchemaFromName schem
 bool ReadFile::boRead(FileBase& file, std::istream& stream, ReadError& error, const ReadOptions& options) {
     // On the heap: buffer and entity table are too large for a stack.
     if (options.pTrace) options.pTrace->rows.clear();
+    file.dataBase().pool().vExpect(static_cast<std::size_t>(iBytesOf(stream)));
     const auto pScanner = std::make_unique<Scanner>(file, stream, error, options);
     if (!pScanner->boScan(options.schemaFromName, options.progress)) {
         if (options.boSettlePart) file.dataBase().vPartSettle(pScanner->info(), options.boKeepIds);

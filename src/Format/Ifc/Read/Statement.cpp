@@ -151,10 +151,19 @@ void Data::vEntityEnter(Entity* pEntity, bool boMayBeRooted) {
 }
 
 // As a vector grows, but with huge pages for what has become large, and by more: room that is not used is address space
-// alone, where each step leaves the list before it behind for a while.
+// alone, where each step leaves the list before it behind for a while. With what the heap puts in front of it a large list
+// is a multiple of a huge page, which systems then begin at such a multiple.
 void Data::vEntitiesGrow() {
+    constexpr std::size_t g_iPerHugePage = memory::g_iSegmentBytes / sizeof(Entity*);
+    constexpr std::size_t g_iOfTheHeap = 64 / sizeof(Entity*);
+    std::size_t iRoom = std::max<std::size_t>(8 * m_entities.capacity(), 64);
+    if (iRoom >= g_iPerHugePage) {
+        // Of each such list the first part, where the heap has written already, is of small pages: so they are few.
+        const std::size_t iHugePages = std::max<std::size_t>(iRoom / 2 / g_iPerHugePage, 4);
+        iRoom = iHugePages * g_iPerHugePage - g_iOfTheHeap;
+    }
     std::vector<Entity*> larger;
-    larger.reserve(std::max<std::size_t>(8 * m_entities.capacity(), 64));
+    larger.reserve(iRoom);
     memory::vFillSoon(larger.data(), larger.capacity() * sizeof(Entity*));
     larger.assign(m_entities.begin(), m_entities.end());
     m_entities = std::move(larger);

@@ -52,7 +52,9 @@ EntitySlot& ReadInfoCommon::slotCreate(Data& data, std::size_t iChunk, std::size
 // order by every reader, so none sees a chunk before its zeros. Chunks of a file without gaps come from a segment of
 // the pool, where huge pages spare TLB misses; a chunk with none before it that is mostly full gets a mapping of its own,
 // whose pages are mapped one by one, because then most of it will never be touched. Not its predecessor alone is looked
-// at: statements name what stands further on in the file, so a chunk may be needed while those before it fill.
+// at: statements name what stands further on in the file, so a chunk may be needed while those before it fill. Where it is
+// known how much there is to read, all chunks up to that size are taken for full: an instance takes more bytes in a file
+// than its slot does.
 ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) {
     const auto boOneFull = [this](std::size_t iBehind) {
         const std::size_t iFirst = iBehind - std::min(iBehind, g_iChunksLookedAt);
@@ -66,7 +68,9 @@ ReadInfoCommon::Chunk& ReadInfoCommon::chunkGet(Data& data, std::size_t iChunk) 
         Chunk& chunk = m_chunks[iChunk];
         if (!chunk.m_pSlots.load(std::memory_order_acquire)) {
             const std::lock_guard lock(m_chunkMutex);
-            if (!chunk.m_pSlots.load(std::memory_order_relaxed)) vCreate(chunk, boOneFull(iChunk));
+            if (chunk.m_pSlots.load(std::memory_order_relaxed)) return chunk;
+            const bool boExpected = data.pool().boLarge() && iChunk * g_iChunkBytes < data.pool().iExpected();
+            vCreate(chunk, boExpected || boOneFull(iChunk));
         }
         return chunk;
     }

@@ -157,6 +157,7 @@ struct ReadInfoCommon {
         friend ReadInfoCommon;
         static constexpr std::size_t g_iPageSlots = 128;
         static constexpr std::size_t g_iPages = g_iSlotsPerChunk / g_iPageSlots;
+        static constexpr std::size_t g_iPagesGivenBack = 16;   // at once: fewer are not worth a system call
 
         std::atomic<EntitySlot*> m_pSlots{nullptr};
         std::array<std::atomic<std::uint64_t>, g_iPages / 64> m_pages{};
@@ -173,14 +174,15 @@ struct ReadInfoCommon {
         [[nodiscard]] bool boTouched(std::size_t iPage) const noexcept {
             return m_pages[iPage / 64].load(std::memory_order_relaxed) >> iPage % 64 & 1U;
         }
-        // Its untouched pages, from the last touched one on.
+        // Its untouched pages: those at the end, and in between where many stand together.
         void vTrim() noexcept {
-            EntitySlot* pFirst = m_pSlots.load(std::memory_order_acquire);
-            std::size_t iPage = g_iPages;
-            while (iPage > 0 && !boTouched(iPage - 1)) --iPage;
-            if (pFirst)
-                memory::vGiveBack(pFirst + iPage * g_iPageSlots,
-                                  (g_iPages - iPage) * g_iPageSlots * sizeof(EntitySlot));
+            EntitySlot* const pSlots = m_pSlots.load(std::memory_order_acquire);
+            for (std::size_t iFirst = 0, iLast = 0; pSlots && iFirst < g_iPages; iFirst = iLast + 1) {
+                for (iLast = iFirst; iLast < g_iPages && !boTouched(iLast);) ++iLast;
+                if (iLast - iFirst >= g_iPagesGivenBack || (iLast > iFirst && iLast == g_iPages))
+                    memory::vGiveBack(pSlots + iFirst * g_iPageSlots,
+                                      (iLast - iFirst) * g_iPageSlots * sizeof(EntitySlot));
+            }
         }
         // A file that numbers without gaps fills the next chunk, too.
         [[nodiscard]] bool boMostlyTouched() const noexcept {

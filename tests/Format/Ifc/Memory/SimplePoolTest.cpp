@@ -127,6 +127,31 @@ TEST(SimplePool, CutsPiecesFromSegments) {
     }
 }
 
+// Where much is to come the first piece is cut from a segment, and the largest ones stand alone.
+TEST(SimplePool, CutsPiecesFromSegmentsAtOnceWhereMuchIsExpected) {
+    struct Row {
+        std::size_t iExpected;
+        std::size_t iBytes;
+        std::size_t iReserved;   // by this request
+    };
+    constexpr std::size_t g_iMiB = 1024 * 1024;
+    Pool pool;
+    EXPECT_EQ(pool.iExpected(), 0U);
+    for (const Row& row :
+         {Row{g_iMiB / 2 - 1, 100, 16384}, Row{g_iMiB / 2 - 1, 20'000, 20'000}, Row{g_iMiB / 2, 20'000, 2 * g_iMiB},
+          Row{g_iMiB / 2, g_iMiB, 0}, Row{g_iMiB / 2, 2 * g_iMiB + 1, 2 * g_iMiB + 1}, Row{g_iMiB / 2, 20'000, 0},
+          Row{g_iMiB / 2, 5 * g_iMiB, 5 * g_iMiB}}) {
+        SCOPED_TRACE(std::to_string(row.iExpected) + ", " + std::to_string(row.iBytes));
+        pool.vExpect(row.iExpected);
+        EXPECT_EQ(pool.iExpected(), row.iExpected);
+        const std::size_t iBefore = pool.iBytesReserved();
+        void* pBytes = pool.pAllocatePiece(row.iBytes);
+        EXPECT_EQ(pool.iBytesReserved() - iBefore, row.iReserved);
+        EXPECT_EQ(sZeroed(pBytes, row.iBytes), "zeroed");
+        std::memset(pBytes, 1, row.iBytes);
+    }
+}
+
 // Threads that meet where a segment is opened get pieces from elsewhere: of whichever kind, each is zeroed and its owner's.
 TEST(SimplePool, ServesPiecesToManyThreads) {
     constexpr std::size_t g_iThreads = 4;
@@ -191,14 +216,18 @@ TEST(ZeroedBytes, PagesComeAndGoWithinTheirRange) {
     }
 }
 
-// Through all sizes of pieces, from blocks of the heap to segments.
-TEST(PoolArena, FillsPiecesToTheirEnd) {
+// Through all sizes of pieces, from blocks of the heap to segments, and with segments from the first piece on; large requests
+// among small ones.
+class PoolArenaPieces : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(PoolArenaPieces, AreFilledToTheirEnd) {
     Pool pool;
+    pool.vExpect(GetParam());
     std::vector<std::pair<char*, std::size_t>> got;
     {
         PoolArena arena(pool);
         for (std::size_t i = 0; i < 100'000; ++i) {
-            const std::size_t iBytes = 1 + i * 37 % 200;
+            const std::size_t iBytes = i % 10'000 == 9'999 ? i * 30 : 1 + i * 37 % 200;
             auto* pBytes = static_cast<char*>(arena.pAllocate(iBytes));
             ASSERT_EQ(sZeroed(pBytes, iBytes), "zeroed");
             std::memset(pBytes, static_cast<int>(i % 255 + 1), iBytes);
@@ -209,6 +238,8 @@ TEST(PoolArena, FillsPiecesToTheirEnd) {
     for (std::size_t i = 0; i < got.size(); ++i)
         ASSERT_EQ(std::string(got[i].first, got[i].second), std::string(got[i].second, static_cast<char>(i % 255 + 1)));
 }
+
+INSTANTIATE_TEST_SUITE_P(Expected, PoolArenaPieces, testing::Values(0, 100'000'000));
 
 TEST(PoolArena, GivesZeroedMemoryOfThePool) {
     Pool pool;

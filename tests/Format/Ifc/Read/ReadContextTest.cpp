@@ -63,6 +63,43 @@ TEST_F(EntityTable, NumbersAheadOfAFullChunkShareSegments) {
     }
 }
 
+// Where it is known how much is to come, instances are expected to have numbers without gaps.
+TEST_F(EntityTable, ExpectedNumbersShareSegments) {
+    struct Row {
+        std::size_t iExpected;   // chunks
+        std::size_t iChunk;
+        std::size_t iReserved;   // chunks
+    };
+    for (const Row& row : {Row{0, 9, 1}, Row{3, 1, 2}, Row{3, 0, 0}, Row{3, 3, 1}, Row{3, 2, 2}, Row{3, 4, 1},
+                           Row{6, 5, 0}, Row{6, 6, 1}}) {
+        data.pool().vExpect(row.iExpected * ReadInfoCommon::g_iChunkBytes);
+        const std::size_t iBefore = data.pool().iBytesReserved();
+        info.slotGet(data, row.iChunk * 32768 + 7).vReferencedSet();
+        EXPECT_EQ(data.pool().iBytesReserved() - iBefore, row.iReserved * ReadInfoCommon::g_iChunkBytes)
+            << "chunk " << row.iChunk;
+    }
+}
+
+// What goes back to the system is what nothing stands in: at the end of a chunk, in its middle, at its begin.
+TEST_F(EntityTable, TrimKeepsWhatIsUsed) {
+    const auto* pType = SchemaLoader::pBuiltIn("IFC4")->pEntityFromName(def::schema::ObjectName("IFCDIRECTION"));
+    data.pool().vExpect(2 * ReadInfoCommon::g_iChunkBytes);
+    const std::vector<std::size_t> ids{5, 127, 2'500, 2'600, 10'000, 32'768 + 20'000, 32'768 + 32'767, 100'000};
+    for (const std::size_t iId : ids) {
+        EntitySlot& slot = info.slotGet(data, iId);
+        slot.vReferencedSet();
+        slot.entity.vSchemaEntitySet(data, *pType, true);
+    }
+    info.vTrim();
+    std::vector<std::size_t> defined;
+    info.vForEachSlot([&](std::size_t iId, EntitySlot& slot) {
+        if (slot.boReferenced() && slot.entity.pSchemaEntity() == pType) defined.push_back(iId);
+    });
+    EXPECT_EQ(defined, ids);
+    for (const std::size_t iId : {std::size_t{6}, std::size_t{5'000}, std::size_t{32'768}, std::size_t{32'767}})
+        EXPECT_EQ(sZeroed(&info.slotGet(data, iId), sizeof(EntitySlot)), "zeroed") << iId;
+}
+
 TEST_F(EntityTable, VisitsTouchedPagesInOrder) {
     for (const std::size_t iId : {40'000'000ULL, 5ULL, 70'000ULL, 32'768'000ULL, 0xFFFF'FFFFULL,
                                   0x7FFF'FFFF'FFFF'FFFFULL, 0x1'0000'0000ULL, 32'767'999ULL})
