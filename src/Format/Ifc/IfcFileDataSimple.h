@@ -229,8 +229,9 @@ private:
     void vReachOthers(StepWriteInfoCommon& info) const;
     void vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options) const;
     void vNumbersTwiceTell(StepWriteInfoCommon& info) const;
-    bool boNumbersSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell);
-    void vEntitiesSettle(ReadInfoCommon& info);
+    bool boSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell);
+    void vMemoryTrim(ReadInfoCommon& info) noexcept;
+    [[nodiscard]] bool boInOrder() const;
     void vProjectOffer(Entity* pEntity);
 
     // What all line workers look at for each statement.

@@ -24,7 +24,7 @@ namespace oxa::ifc {
 
 namespace {
 
-constexpr std::size_t g_iRound = 16384;           // instances of a round
+constexpr std::size_t g_iRound = 4096;            // instances of a round
 constexpr std::size_t g_iPerThread = 16384;       // instances that pay for a thread
 constexpr unsigned g_iMostThreads = 8;            // more wait for memory
 constexpr std::size_t g_iPartBytes = 16 * 1024;   // of memory whose targets one thread enters
@@ -40,9 +40,16 @@ Range share(const Range& whole, unsigned iPart, unsigned iParts) noexcept {
     return {whole.iFirst + iCount * iPart / iParts, whole.iFirst + iCount * (iPart + 1) / iParts};
 }
 
-class SharedInverses {
+}   // namespace
+
+unsigned iThreadsToSettle(std::size_t iEntities) noexcept {
+    const std::size_t iPaid = std::min<std::size_t>(iEntities / g_iPerThread, g_iMostThreads);
+    return std::max(std::min(static_cast<unsigned>(iPaid), std::thread::hardware_concurrency()), 1U);
+}
+
+class InverseStep::Shared {
 public:
-    SharedInverses(const std::vector<Entity*>& entities, Pool& pool, unsigned iParts)
+    Shared(const std::vector<Entity*>& entities, Pool& pool, unsigned iParts)
         : m_entities(entities),
           m_builders(iParts),
           m_found(iParts) {
@@ -51,13 +58,19 @@ public:
             for (auto& round : found.rounds) round.resize(iParts);
     }
 
-    void vRun(util::Team& team, unsigned iPart) {
+    [[nodiscard]] bool boRun(util::Team& team, unsigned iPart) {
+        if (team.iParts() == 1) {
+            m_builders.front()->builder.vAdd(m_entities);
+            m_builders.front()->builder.vFlush();
+            return true;
+        }
         const std::size_t iRounds = (m_entities.size() + g_iRound - 1) / g_iRound;
         for (std::size_t i = 0; i <= iRounds; ++i) {
             if (i > 0) vEnter(i - 1, iPart, team.iParts());
             if (i < iRounds) vFind(i, iPart, team.iParts());
-            if (!team.boMeet(iPart)) return;
+            if (!team.boMeet(iPart)) return false;
         }
+        return true;
     }
 
     [[nodiscard]] std::size_t iEntered() const noexcept {
@@ -132,83 +145,93 @@ private:
     std::atomic<std::size_t> m_iPlainFrom{std::numeric_limits<std::size_t>::max()};   // rounds of the caller's thread
 };
 
+InverseStep::InverseStep(const std::vector<Entity*>& entities, Pool& pool, unsigned iThreads)
+    : m_pShared(std::make_unique<Shared>(entities, pool, std::max(iThreads, 1U))) {}
+
+InverseStep::~InverseStep() = default;
+
+bool InverseStep::boRun(util::Team& team, unsigned iPart) { return m_pShared->boRun(team, iPart); }
+
+std::size_t InverseStep::iEntered() const noexcept { return m_pShared->iEntered(); }
+
 // The instances of a type go to one part of the list, in front of them those of all smaller ordinals. Types are few and
 // their ordinals 16 bits wide, so they are counted into place: two passes, whatever their order, where comparing would
-// follow pointers n log n times. Each thread counts a share of the list, and puts that share where the counts say, in a new
-// list without the room that the old one had grown by.
-class TypeSort {
-public:
-    TypeSort(std::vector<Entity*>& entities, unsigned iParts)
-        : m_entities(entities),
-          m_pOrdinals(std::make_unique_for_overwrite<std::uint16_t[]>(entities.size())),
-          m_places(iParts) {
-        memory::vFillSoon(m_pOrdinals.get(), entities.size() * sizeof m_pOrdinals[0]);
-        m_sorted.reserve(entities.size());
-        memory::vFillSoon(m_sorted.data(), entities.size() * sizeof(Entity*));
-        m_sorted.resize(entities.size());
+// follow pointers n log n times. Each thread counts a share of the list, and puts that share where the counts say, once all
+// have kept aside what stands in theirs. The room for that is where a read has most in memory, so an address is kept in 32
+// bits: the slots of a model mostly lie within 32 GiB.
+SortStep::SortStep(std::vector<Entity*>& entities, unsigned iThreads)
+    : m_entities(entities),
+      m_pTable(memory::zeroedTable(entities.size() * (sizeof *m_pSteps + sizeof *m_pOrdinals))),
+      m_pSteps(reinterpret_cast<std::uint32_t*>(m_pTable.get())),
+      m_pOrdinals(reinterpret_cast<std::uint16_t*>(m_pSteps + entities.size())),
+      m_parts(std::max(iThreads, 1U)) {}
+
+bool SortStep::boRun(util::Team& team, unsigned iPart) {
+    const Range range = share({0, m_entities.size()}, iPart, team.iParts());
+    Part& part = m_parts[iPart];
+    vCount(part, range.iFirst, range.iLast);
+    vKeep(part, range.iFirst, range.iLast);
+    if (!team.boMeet(iPart)) return false;
+    if (iPart == 0) vPlace(team.iParts());
+    if (!team.boMeet(iPart)) return false;
+    vScatter(part, range.iFirst, range.iLast);
+    return true;
+}
+
+void SortStep::vCount(Part& part, std::size_t iFirst, std::size_t iLast) {
+    for (std::size_t i = iFirst; i < iLast; ++i) {
+        const def::schema::Entity* pType = m_entities[i]->pSchemaEntity();
+        const std::uint16_t iOrdinal = pType ? pType->iTypeOrdinal : m_entities[i]->schemaEntity().iTypeOrdinal;
+        m_pOrdinals[i] = iOrdinal;
+        // As many places as there are types up to the last one met: callers of small models sort often.
+        if (iOrdinal >= part.places.size()) part.places.resize(std::size_t{iOrdinal} + 1);
+        ++part.places[iOrdinal];
     }
+}
 
-    void vRun(util::Team& team, unsigned iPart) {
-        const Range range = share({0, m_entities.size()}, iPart, team.iParts());
-        std::vector<std::size_t>& places = m_places[iPart];
-        for (std::size_t i = range.iFirst; i < range.iLast; ++i) {
-            const def::schema::Entity* pType = m_entities[i]->pSchemaEntity();
-            const std::uint16_t iOrdinal = pType ? pType->iTypeOrdinal : m_entities[i]->schemaEntity().iTypeOrdinal;
-            m_pOrdinals[i] = iOrdinal;
-            // As many places as there are types up to the last one met: callers of small models sort often.
-            if (iOrdinal >= places.size()) places.resize(std::size_t{iOrdinal} + 1);
-            ++places[iOrdinal];
-        }
-        if (!team.boMeet(iPart)) return;
-        if (iPart == 0) vPlace(team.iParts());
-        if (!team.boMeet(iPart)) return;
-        for (std::size_t i = range.iFirst; i < range.iLast; ++i) m_sorted[places[m_pOrdinals[i]]++] = m_entities[i];
+void SortStep::vKeep(Part& part, std::size_t iFirst, std::size_t iLast) {
+    const auto iAddress = [this](std::size_t i) { return reinterpret_cast<std::uintptr_t>(m_entities[i]); };
+    std::uintptr_t iHighest = 0;
+    part.iLowest = std::numeric_limits<std::uintptr_t>::max();
+    for (std::size_t i = iFirst; i < iLast; ++i) {
+        part.iLowest = std::min(part.iLowest, iAddress(i));
+        iHighest = std::max(iHighest, iAddress(i));
     }
-    // Once all threads are through.
-    void vTake() noexcept { m_entities.swap(m_sorted); }
-
-private:
-    // From counts to places: of one type, the share of each thread stands behind those before it.
-    void vPlace(unsigned iParts) {
-        std::size_t iOrdinals = 0;
-        for (const auto& places : m_places) iOrdinals = std::max(iOrdinals, places.size());
-        std::size_t iPlace = 0;
-        for (std::size_t iOrdinal = 0; iOrdinal < iOrdinals; ++iOrdinal)
-            for (unsigned i = 0; i < iParts; ++i)
-                if (iOrdinal < m_places[i].size()) iPlace += std::exchange(m_places[i][iOrdinal], iPlace);
+    if (iFirst < iLast && (iHighest - part.iLowest) / alignof(Entity) > std::numeric_limits<std::uint32_t>::max()) {
+        part.apart.assign(&m_entities[iFirst], &m_entities[iFirst] + (iLast - iFirst));
+        return;
     }
+    for (std::size_t i = iFirst; i < iLast; ++i)
+        m_pSteps[i] = static_cast<std::uint32_t>((iAddress(i) - part.iLowest) / alignof(Entity));
+}
 
-    std::vector<Entity*>& m_entities;
-    std::unique_ptr<std::uint16_t[]> m_pOrdinals;   // of the instances, in their order
-    std::vector<Entity*> m_sorted;
-    std::vector<std::vector<std::size_t>> m_places;   // by thread and ordinal: first counts, then the next place
-};
+// From counts to places: of one type, the share of each thread stands behind those before it.
+void SortStep::vPlace(unsigned iParts) noexcept {
+    std::size_t iOrdinals = 0;
+    for (const Part& part : m_parts) iOrdinals = std::max(iOrdinals, part.places.size());
+    std::size_t iPlace = 0;
+    for (std::size_t iOrdinal = 0; iOrdinal < iOrdinals; ++iOrdinal)
+        for (unsigned i = 0; i < iParts; ++i)
+            if (iOrdinal < m_parts[i].places.size()) iPlace += std::exchange(m_parts[i].places[iOrdinal], iPlace);
+}
 
-}   // namespace
-
-unsigned iThreadsToSettle(std::size_t iEntities) noexcept {
-    const std::size_t iPaid = std::min<std::size_t>(iEntities / g_iPerThread, g_iMostThreads);
-    return std::max(std::min(static_cast<unsigned>(iPaid), std::thread::hardware_concurrency()), 1U);
+void SortStep::vScatter(Part& part, std::size_t iFirst, std::size_t iLast) noexcept {
+    for (std::size_t i = iFirst; i < iLast; ++i)
+        m_entities[part.places[m_pOrdinals[i]]++] =
+            part.apart.empty() ? reinterpret_cast<Entity*>(part.iLowest + std::uintptr_t{m_pSteps[i]} * alignof(Entity))
+                               : part.apart[i - iFirst];
 }
 
 std::size_t iInversesBuild(const std::vector<Entity*>& entities, Pool& pool, unsigned iThreads) {
-    if (iThreads <= 1) {
-        PoolArena arena(pool);
-        InverseBuilder builder(pool, &arena);
-        builder.vAdd(entities);
-        builder.vFlush();
-        return builder.iEntered();
-    }
-    SharedInverses inverses(entities, pool, iThreads);
-    util::Team::vRun(iThreads, [&](util::Team& team, unsigned iPart) { inverses.vRun(team, iPart); });
-    return inverses.iEntered();
+    InverseStep step(entities, pool, iThreads);
+    util::Team::vRun(iThreads, [&](util::Team& team, unsigned iPart) { static_cast<void>(step.boRun(team, iPart)); });
+    return step.iEntered();
 }
 
 void vTypesSort(std::vector<Entity*>& entities, unsigned iThreads) {
     if (entities.size() < 2) return;
-    TypeSort sort(entities, iThreads);
-    util::Team::vRun(iThreads, [&](util::Team& team, unsigned iPart) { sort.vRun(team, iPart); });
-    sort.vTake();
+    SortStep step(entities, iThreads);
+    util::Team::vRun(iThreads, [&](util::Team& team, unsigned iPart) { static_cast<void>(step.boRun(team, iPart)); });
 }
 
 }   // namespace oxa::ifc

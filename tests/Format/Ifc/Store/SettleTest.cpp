@@ -18,7 +18,7 @@ namespace {
 
 constexpr unsigned g_threads[] = {1, 2, 3, 8};
 constexpr int g_iTargets = 300;      // some pages of slots, one of them named by every user
-constexpr int g_iUsers = 32'000;     // two rounds; all numbers are of one chunk
+constexpr int g_iUsers = 32'000;     // eight rounds; all numbers are of one chunk
 constexpr int g_iOddUser = 25'000;   // where a row has something in the way
 
 const def::SchemaPset& schema() {
@@ -147,6 +147,32 @@ TEST(Settle, TypesAreSortedAndKeepTheirOrder) {
     std::vector<Entity*> few{users.entities[1], users.entities[0]};
     vTypesSort(few, 8);
     EXPECT_EQ(few, (std::vector<Entity*>{users.entities[0], users.entities[1]}));
+}
+
+// Instances that lie further apart than 32 bits can tell, and some that do not.
+TEST(Settle, OrderDoesNotDependOnAddresses) {
+    Users users;
+    const def::schema::Entity& target = users.entities[0]->schemaEntity();
+    const def::schema::Entity& user = users.entities[1]->schemaEntity();
+    ASSERT_EQ(target.sNameUpper, "IFCTARGET");
+    static Entity g_targets[2];
+    Entity stack[2];
+    for (Entity* pEntity : {&g_targets[0], &g_targets[1], &stack[1]})
+        pEntity->vSchemaEntitySet(users.data, target, true);
+    stack[0].vSchemaEntitySet(users.data, user, true);
+    std::vector<Entity*> entities = users.entities;
+    entities[10] = &g_targets[1];
+    entities[11] = &stack[0];
+    entities[20'000] = &stack[1];
+    entities[30'000] = &g_targets[0];
+    std::vector<Entity*> expected = entities;
+    std::stable_partition(expected.begin(), expected.end(),
+                          [&](const Entity* pEntity) { return pEntity->schemaEntity().sNameUpper == "IFCTARGET"; });
+    for (const unsigned iThreads : g_threads) {
+        std::vector<Entity*> sorted = entities;
+        vTypesSort(sorted, iThreads);
+        EXPECT_TRUE(sorted == expected) << iThreads;
+    }
 }
 
 TEST(Settle, AnOrderWithAFaultIsLeftAsItWas) {
