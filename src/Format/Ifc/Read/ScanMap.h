@@ -102,6 +102,10 @@ public:
 
     // The next byte at or behind iFrom that the main loop acts on, the number sign aside; the count when there is none.
     [[nodiscard]] unsigned iFindStatement(unsigned iFrom) const noexcept { return iFind(&ScanWord::uStatement, iFrom); }
+    // Of those bytes the ones at and behind iFrom in the same 64 bytes: bit n is for byte iFrom + n.
+    [[nodiscard]] std::uint64_t uStatementFrom(unsigned iFrom) const noexcept {
+        return m_words[iFrom / 64].uStatement >> iFrom % 64;
+    }
     // The next byte that ends or interrupts the plain text of a string.
     [[nodiscard]] unsigned iFindString(unsigned iFrom) const noexcept { return iFind(&ScanWord::uString, iFrom); }
 

@@ -25,8 +25,7 @@ public:
     // There is a byte at least, and g_iOverread more can be read behind the last one. Throws std::bad_alloc, and is then
     // unchanged.
     void vAppend(const char* pBytes, std::size_t iCount) {
-        if (m_iCapacity - m_iSize < iCount + g_iOverread) vGrow(iCount);
-        char* pTo = m_pBytes.get() + m_iSize;
+        char* pTo = pRoom(iCount);
         m_iSize += iCount;
         if (iCount > g_iInBlocks) {
             std::memcpy(pTo, pBytes, iCount);
@@ -39,10 +38,16 @@ public:
             pBytes += g_iOverread;
         } while (pBytes < pEnd);
     }
+    // Where the next bytes go: room for so many, and g_iOverread more that may be written over. Throws as vAppend.
+    [[nodiscard]] char* pRoom(std::size_t iCount) {
+        if (m_iCapacity - m_iSize < iCount + g_iOverread) vGrow(iCount);
+        return m_pBytes.get() + m_iSize;
+    }
+    // The bytes from there up to pEnd are the statement's.
+    void vTaken(const char* pEnd) noexcept { m_iSize = static_cast<std::size_t>(pEnd - m_pBytes.get()); }
     // The same for a text behind which no byte may be looked at.
     void vAppendExact(std::string_view text) {
-        if (m_iCapacity - m_iSize < text.size() + g_iOverread) vGrow(text.size());
-        text.copy(m_pBytes.get() + m_iSize, text.size());
+        text.copy(pRoom(text.size()), text.size());
         m_iSize += text.size();
     }
     // Takes the last byte of the statement away. There is one.

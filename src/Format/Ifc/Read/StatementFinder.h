@@ -59,6 +59,7 @@ private:
     bool boFindStatementByte();
     [[nodiscard]] unsigned iStringSkip(unsigned iQuote) const noexcept;
     [[nodiscard]] unsigned iBlankSkip(unsigned iBlank);
+    [[nodiscard]] unsigned iSpacesTake(unsigned iSpace);
     [[nodiscard]] unsigned iNumberSignFind(unsigned iFrom);
     bool boFindStringByte();
     // One byte on. False at the end of the input.
@@ -116,7 +117,7 @@ inline bool StatementFinder::boFindStatementByte() {
             if (pBytes[iNext] == ' ') iNext = iBlankSkip(iNext);
             break;
         case '\'': iNext = iStringSkip(i); break;
-        case details::g_blankBytes[0]:
+        case details::g_blankBytes[0]: iNext = m_boHasNumberSign ? iSpacesTake(i) : iBlankSkip(i); break;
         case details::g_blankBytes[1]:
         case details::g_blankBytes[2]: iNext = iBlankSkip(i); break;
         default: break;

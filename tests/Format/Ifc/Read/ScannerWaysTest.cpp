@@ -60,6 +60,9 @@ const char* const g_texts[] = {
     "#1=IFCITEM('a;#=/*');",
     "#1=IFCITEM(\t'a');",
     "#1=#2=IFCITEM('a');",
+    "A B #1=IFCITEM('a');",
+    "A #1 = IFCITEM('a');",
+    "#1 = IFCITEM( 'a' , 7 , $ , ( #2 , #3 ) ) ;  # 2 = IFCITEM( $, * ) ;",
     "#1=IFCITEM('a')\\;",
 };
 
@@ -77,6 +80,26 @@ TEST(ScannerWays, AgreeWhateverAByteBecomes) {
             vExpectSame(sChanged);
             if (HasFatalFailure()) return;
         }
+}
+
+// Pieces of all lengths up to more than a word of the map, with spaces and now and then something else between them.
+TEST(ScannerWays, AgreeOnPiecesBetweenSpaces) {
+    static const char* const g_between[] = {" ", " ", " ", " ", "  ", "   ", " \n", "\n ", " /* */ ", "\t", " '' "};
+    std::mt19937 random(2);
+    for (int i = 0; i < 300; ++i) {
+        std::string sData;
+        for (int iStatement = 1; iStatement <= 4; ++iStatement) {
+            sData += "# " + std::to_string(iStatement) + " = IFCITEM(";
+            for (std::size_t k = random() % 20; k; --k) {
+                sData += g_between[random() % std::size(g_between)];
+                for (std::size_t iLength = random() % 8 ? random() % 20 : random() % 150; iLength; --iLength)
+                    sData += static_cast<char>('0' + random() % 10);
+            }
+            sData += " );";
+        }
+        vExpectSame(sData);
+        if (HasFatalFailure()) return;
+    }
 }
 
 TEST(ScannerWays, AgreeOnGeneratedTexts) {
