@@ -66,8 +66,10 @@ function(oxa_test name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE OxaOptions TestSystem ${ARG_LIBS} GTest::gmock GTest::gtest_main)
   target_compile_definitions(${name} PRIVATE OXA_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
-  if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
-    target_compile_options(${name} PRIVATE -O0)   # what is tested is optimised; the test itself runs once
+  # What is tested is optimised; the test itself runs once. With sanitizers it would take two to three times as long to
+  # compile.
+  if((CMAKE_BUILD_TYPE STREQUAL "Release" OR OXA_SANITIZE) AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+    target_compile_options(${name} PRIVATE -O0)
   endif()
   if("threads" IN_LIST ARG_LABELS)
     add_dependencies(oxa_thread_tests ${name})

@@ -5,22 +5,14 @@
 #include <vector>
 
 #include "Format/Ifc/ModelText.h"
+#include "Sanitized.h"
 #include "models/ModelFiles.h"
 
 namespace oxa::ifc::models {
 namespace {
 
-#if defined(__has_feature)   // clang's way to tell; g++ has macros
-#define OXA_HAS_FEATURE(feature) __has_feature(feature)
-#else
-#define OXA_HAS_FEATURE(feature) 0
-#endif
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__) || OXA_HAS_FEATURE(thread_sanitizer) || \
-    OXA_HAS_FEATURE(address_sanitizer)
-constexpr std::size_t g_iLargest = 300'000;   // a file takes up to thirty times as long
-#else
-constexpr std::size_t g_iLargest = 1'000'000'000;
-#endif
+// Bytes. With a sanitizer a file takes up to thirty times as long.
+constexpr std::size_t g_iLargest = test::g_boSanitized ? 300'000 : 1'000'000'000;
 
 // The numbers of all entities in their order, each followed by those that refer to it, list by list.
 std::vector<std::size_t> inOrder(const ReadFileModel& model) {

@@ -16,24 +16,13 @@
 #include "Format/Ifc/IfcFile.h"
 #include "Format/Ifc/IfcFileError.h"
 #include "GeneratedStream.h"
+#include "Sanitized.h"
 #include "provider/SchemaLoader.h"
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define OXA_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define OXA_SANITIZED 1
-#endif
-#endif
 
 namespace oxa::ifc {
 namespace {
 
-#ifdef OXA_SANITIZED
-constexpr bool g_boMeasured = false;
-#else
-constexpr bool g_boMeasured = true;
-#endif
+constexpr bool g_boMeasured = !test::g_boSanitized;
 
 // How much smaller than the full size.
 std::size_t iDivisor() {

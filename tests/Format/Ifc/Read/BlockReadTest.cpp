@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "Format/Ifc/SmallModel.h"
+#include "Sanitized.h"
 #include "platform/SharedBytes.h"
 
 namespace oxa::ifc {
@@ -239,7 +240,8 @@ const std::vector<Thing>& things() {
 TEST(BlockRead, FindsWhatLiesAcrossABorder) {
     for (const Thing& thing : things()) {
         SCOPED_TRACE(thing.sRule);
-        for (std::size_t iText = 0; iText < 9; ++iText) {   // five of the offsets -40 to 4 in each
+        // Five of the offsets -40 to 4 in each; with a sanitizer a third of them.
+        for (std::size_t iText = 0; iText < 9; iText += test::g_boSanitized ? 3 : 1) {
             SCOPED_TRACE(iText);
             BlockText text(thing.sEnd);
             for (std::size_t i = 1; i <= 5; ++i) text.vThing(thing, i * g_iBlock - 40 + 5 * iText + (i - 1));
