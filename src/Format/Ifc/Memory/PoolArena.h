@@ -15,7 +15,8 @@ namespace oxa::ifc {
 
 // Even one atomic add is too much for each cell: the counter's cache line would move between the processors at every
 // allocation. A parsing thread therefore takes pieces for itself and cuts them up without any synchronisation. Pieces
-// begin at 16 KiB and double up to 128 KiB, which they have at once where the pool is large.
+// begin at 16 KiB and double up to 128 KiB, which they have at once where much is to come; a statement alone that
+// is read into a large model must not cost as much.
 class PoolArena {
 public:
     explicit PoolArena(Pool& pool) noexcept : m_pPool(&pool) {}

@@ -139,6 +139,7 @@ bool Data::boSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell) {
 void Data::vMemoryTrim(ReadInfoCommon& info) noexcept {
     info.vTrim();
     m_pPool->vTrim();
+    m_pPool->vExpect(0);
     const std::size_t iUnused = m_entities.capacity() - m_entities.size();
     if (iUnused > 0) memory::vGiveBack(m_entities.data() + m_entities.size(), iUnused * sizeof(Entity*));
 }
