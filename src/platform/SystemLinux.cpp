@@ -9,7 +9,6 @@
 
 #include <sched.h>
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include "platform/SystemUnix.h"
 
@@ -55,7 +54,7 @@ void* pMap(std::size_t iBytes, Pages ePages) noexcept {
 // The pages at its ends are advised, too: what else stands there may as well have a huge page, and a range that ends within
 // one would have none in its place.
 void vFillSoon(void* pBytes, std::size_t iBytes) noexcept {
-    const auto iPage = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const std::size_t iPage = iPageSize();
     const std::size_t iBefore = reinterpret_cast<std::uintptr_t>(pBytes) % iPage;
     const std::size_t iPages = (iBefore + iBytes + iPage - 1) / iPage;
     if (iBytes > 0) (void)madvise(static_cast<char*>(pBytes) - iBefore, iPages * iPage, MADV_HUGEPAGE);

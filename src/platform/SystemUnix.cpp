@@ -22,12 +22,12 @@ namespace {
 
 constexpr std::size_t g_iHugePage = std::size_t{2} * 1024 * 1024;   // of most processors
 
+}   // namespace
+
 std::size_t iPageSize() noexcept {
     static const auto iPage = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     return iPage;
 }
-
-}   // namespace
 
 bool boFlushToDisk(std::FILE* pFile) {
     if (std::fflush(pFile) != 0) return false;

@@ -10,6 +10,9 @@
 
 namespace oxa::platform {
 
+// Bytes of a page, of the small kind.
+[[nodiscard]] std::size_t iPageSize() noexcept;
+
 // Pages of zeros, with these flags beside those of a private mapping. With boAligned they begin at a multiple of 2 MiB.
 // Null where there is no memory.
 [[nodiscard]] void* pMapPages(std::size_t iBytes, bool boAligned, int iFlags) noexcept;
