@@ -23,15 +23,13 @@ namespace oxa {
 
 namespace {
 
-using State = CheckLevelSummary::State;
-
 bool boAsked(const CheckOptions& options, CheckLevel level) { return options.levels[static_cast<std::size_t>(level)]; }
 
 // What became of a level that was asked for: done where nothing speaks against it.
 void vConclude(CheckResult& result, const CheckOptions& options, CheckLevel level, std::string sAgainst) {
     if (!boAsked(options, level)) return;
     CheckLevelSummary& summary = result.levels[static_cast<std::size_t>(level)];
-    summary.state = sAgainst.empty() ? State::Done : State::NotPossible;
+    summary.state = sAgainst.empty() ? CheckLevelSummary::State::Done : CheckLevelSummary::State::NotPossible;
     summary.reason = std::move(sAgainst);
 }
 

@@ -21,6 +21,7 @@
 namespace oxa::check {
 
 inline constexpr std::size_t g_iMaxGroups = 20'000;
+inline constexpr std::size_t g_iMostFound = 80;   // bytes of the file in a failure
 
 // One failure, as its finder has it. All views are copied.
 struct Failure {

@@ -24,11 +24,6 @@ namespace schema = ifc::def::schema;
 
 namespace {
 
-const schema::ObjectBase* pElementOf(const schema::ObjectBase* pObject) {
-    const schema::DataTypeBase* pDataType = schema::pDataTypeOf(pObject);
-    return pDataType ? pDataType->pElementGet() : nullptr;
-}
-
 const schema::DataTypeSelect* pSelectOf(const schema::ObjectBase* pObject) {
     const schema::DataTypeBase* pDataType = schema::pDataTypeOf(pObject);
     return pDataType && pDataType->kind == schema::DataKind::Select

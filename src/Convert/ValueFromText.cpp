@@ -27,7 +27,7 @@ using schema::DataKind;
 namespace {
 
 // What ends the reading of a text, wherever it stands.
-struct Refused {
+struct RefusedText {
     Refusal refusal;
 };
 
@@ -38,7 +38,7 @@ std::string sItems(std::size_t iCount) {
     return sCount + (iCount == 1 ? " item" : " items");
 }
 
-std::string_view trimmed(std::string_view text) {
+std::string_view unspaced(std::string_view text) {
     const std::size_t iFirst = text.find_first_not_of(' ');
     if (iFirst == std::string_view::npos) return {};
     return text.substr(iFirst, text.find_last_not_of(' ') - iFirst + 1);
@@ -50,11 +50,6 @@ bool boQuoted(std::string_view text) { return text.size() >= 2 && text.front() =
 std::string sWord(std::string_view text) {
     if (text.size() > 2 && text.front() == '.' && text.back() == '.') text = text.substr(1, text.size() - 2);
     return schema::sUpper(text);
-}
-
-const schema::ObjectBase* pElementOf(const schema::ObjectBase* pObject) {
-    const schema::DataTypeBase* pDataType = schema::pDataTypeOf(pObject);
-    return pDataType ? pDataType->pElementGet() : nullptr;
 }
 
 template <class Texts>
@@ -78,7 +73,7 @@ public:
 
     [[noreturn]] void vRefuse(std::string_view value, std::string sReason,
                               Refusal::Why eWhy = Refusal::Why::Value) const {
-        throw Refused{{eWhy, m_sWhere, std::string(value), std::move(sReason)}};
+        throw RefusedText{{eWhy, m_sWhere, std::string(value), std::move(sReason)}};
     }
 
     double real(std::string_view text) const {
@@ -138,8 +133,8 @@ public:
         const auto& enumeration = dynamic_cast<const schema::DataTypeEnum&>(type);
         const auto it = enumeration.items.find(std::string_view(sWord(text)));
         if (it == enumeration.items.end())
-            throw Refused{{Refusal::Why::Enumerator, m_sWhere, std::string(text), "is no enumerator of " + type.sName,
-                           type.sName, texts(enumeration.declared)}};
+            throw RefusedText{{Refusal::Why::Enumerator, m_sWhere, std::string(text),
+                               "is no enumerator of " + type.sName, type.sName, texts(enumeration.declared)}};
         return **it;
     }
     ifc::Entity* pEntity(std::string_view text, const schema::ObjectBase* pTarget) const {
@@ -189,7 +184,7 @@ void Reader::vUntyped(std::string_view text, const schema::ObjectBase* pSelect) 
     if (names.empty()) vRefuse(text, "is no " + sKind(pSelect) + ", which is named by a number as #12");
     const std::string sReason =
         "has no type of " + sKind(pSelect) + " in front, as in " + std::string(names.front()) + "(value)";
-    throw Refused{
+    throw RefusedText{
         {Refusal::Why::SelectType, m_sWhere, std::string(text), sReason, schema::sTypeText(pSelect), texts(names)}};
 }
 
@@ -199,10 +194,10 @@ IfcSelectBase Reader::select(std::string_view text, const schema::ObjectBase* pS
     const std::size_t iOpen = text.find('(');
     if (iOpen == std::string_view::npos || !text.ends_with(')')) vUntyped(text, pSelect);
     const ifc::def::SchemaPset* pSchema = m_data.pSchema();
-    const schema::Type* pType = schema::pAsType(pSchema->pObjectFromName(trimmed(text.substr(0, iOpen))));
+    const schema::Type* pType = schema::pAsType(pSchema->pObjectFromName(unspaced(text.substr(0, iOpen))));
     const auto* pMembers = dynamic_cast<const schema::DataTypeSelect*>(schema::pDataTypeOf(pSelect));
     if (!pType || !pType->pDataType || !pMembers || !pMembers->isCompatible(*pType)) vUntyped(text, pSelect);
-    const std::string_view inside = trimmed(text.substr(iOpen + 1, text.size() - iOpen - 2));
+    const std::string_view inside = unspaced(text.substr(iOpen + 1, text.size() - iOpen - 2));
     switch (pType->pDataType->kind) {
     case DataKind::Real:
     case DataKind::Number: return {pType, real(inside)};
@@ -275,11 +270,11 @@ std::vector<std::string_view> Reader::items(std::string_view text, const schema:
         if (c == '(') ++iDepth;
         if (c == ')' && --iDepth < 0) break;
         if (c != ',' || iDepth) continue;
-        result.push_back(trimmed(inside.substr(iStart, i - iStart)));
+        result.push_back(unspaced(inside.substr(iStart, i - iStart)));
         iStart = i + 1;
     }
     if (boInQuotes || iDepth) vRefuse(text, "has a quote or a parenthesis without its partner");
-    if (!trimmed(inside).empty()) result.push_back(trimmed(inside.substr(iStart)));
+    if (!unspaced(inside).empty()) result.push_back(unspaced(inside.substr(iStart)));
     vCountCheck(text, result.size(), pAggregate);
     return result;
 }
@@ -431,7 +426,7 @@ const schema::Attribute& attributeFromName(const schema::Entity& type, std::stri
         if (schema::sUpper(pAttribute->sName) == sWanted) return *pAttribute;
         names.push_back(pAttribute->sName);
     }
-    throw Refused{
+    throw RefusedText{
         {Refusal::Why::Attribute, type.sName, std::string(name), "is none of its attributes", {}, std::move(names)}};
 }
 
@@ -442,7 +437,7 @@ std::optional<Refusal> setFromText(ifc::Data& data, ifc::Entity& entity, std::st
     try {
         Setter(data, entity, attributeFromName(entity.schemaEntity(), sName)).vSet(text);
         return std::nullopt;
-    } catch (Refused& refused) {
+    } catch (RefusedText& refused) {
         return std::move(refused.refusal);
     }
 }

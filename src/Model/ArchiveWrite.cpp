@@ -16,19 +16,19 @@ namespace oxa {
 namespace {
 
 // The numbers of a ZIP archive, the lowest byte first.
-class Record {
+class ZipRecord {
 public:
-    Record& u16(std::uint64_t u) { return little(u, 2); }
-    Record& u32(std::uint64_t u) { return little(u, 4); }
-    Record& u64(std::uint64_t u) { return little(u, 8); }
-    Record& text(std::string_view text) {
+    ZipRecord& u16(std::uint64_t u) { return little(u, 2); }
+    ZipRecord& u32(std::uint64_t u) { return little(u, 4); }
+    ZipRecord& u64(std::uint64_t u) { return little(u, 8); }
+    ZipRecord& text(std::string_view text) {
         m_sBytes += text;
         return *this;
     }
     [[nodiscard]] const std::string& sBytes() const noexcept { return m_sBytes; }
 
 private:
-    Record& little(std::uint64_t u, int iBytes) {
+    ZipRecord& little(std::uint64_t u, int iBytes) {
         for (int i = 0; i < iBytes; ++i) m_sBytes += static_cast<char>((u >> (8 * i)) & 0xff);
         return *this;
     }
@@ -59,7 +59,7 @@ struct Sizes {
 constexpr std::uint64_t iVersion(bool boLarge) { return boLarge ? 45 : 20; }
 
 std::string sLocalFile(std::string_view inside) {
-    return Record()
+    return ZipRecord()
         .u32(g_iLocalFile)
         .u16(iVersion(false))
         .u16(g_iFlags)
@@ -76,16 +76,16 @@ std::string sLocalFile(std::string_view inside) {
 }
 
 std::string sDescriptor(const Sizes& sizes) {
-    Record record;
+    ZipRecord record;
     record.u32(g_iDescriptor).u32(sizes.iCrc);
     if (sizes.boLarge()) return record.u64(sizes.iPacked).u64(sizes.iUnpacked).sBytes();
     return record.u32(sizes.iPacked).u32(sizes.iUnpacked).sBytes();
 }
 
 std::string sEntry(const Sizes& sizes) {
-    Record extra;
+    ZipRecord extra;
     if (sizes.boLarge()) extra.u16(1).u16(16).u64(sizes.iUnpacked).u64(sizes.iPacked);
-    return Record()
+    return ZipRecord()
         .u32(g_iEntry)
         .u16(g_iUnix | iVersion(sizes.boLarge()))
         .u16(iVersion(sizes.boLarge()))
@@ -110,7 +110,7 @@ std::string sEntry(const Sizes& sizes) {
 
 // Behind the list of one entry of "iLength" bytes, which begins at iAt.
 std::string sEnd(std::uint64_t iAt, std::uint64_t iLength) {
-    Record record;
+    ZipRecord record;
     const bool boLarge = iAt >= g_iMost32;
     if (boLarge)
         record.u32(g_iEnd64)

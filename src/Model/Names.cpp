@@ -24,7 +24,7 @@ std::string sJoined(const std::vector<std::string>& names) {
 }
 
 // A name as it was given, for a message: whatever it holds.
-std::string sShown(std::string_view name) {
+std::string sShownOrEmpty(std::string_view name) {
     std::string sName(name.substr(0, g_iLongest));
     for (char& c : sName)
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
@@ -74,7 +74,7 @@ const schema::Entity& typeFromName(const schema::Schema& schema, std::string_vie
     for (const schema::Schema::Record& record : schema.objects)
         if (schema::pAsEntity(record.pObject)) names.push_back(record.pObject->sName);
     if (pObject) vThrowName(pObject->sName + " is no entity type of " + schema.sName, {}, names);
-    vThrowName(schema.sName + " has no entity type " + sShown(name), name, names);
+    vThrowName(schema.sName + " has no entity type " + sShownOrEmpty(name), name, names);
 }
 
 std::size_t iAttributeFind(const schema::Entity& type, std::string_view name) noexcept {
@@ -92,7 +92,7 @@ std::size_t iAttribute(const schema::Entity& type, std::string_view name) {
         const std::string& sName = type.allInverseAttributes()[iOther]->sName;
         throw NameError(type.sName + "." + sName + " is an inverse attribute: inverse(\"" + sName + "\") tells it");
     }
-    vThrowName(type.sName + " has no attribute " + sShown(name), name, namesOf(type.allAttributes()));
+    vThrowName(type.sName + " has no attribute " + sShownOrEmpty(name), name, namesOf(type.allAttributes()));
 }
 
 std::size_t iInverse(const schema::Entity& type, std::string_view name) {
@@ -102,7 +102,8 @@ std::size_t iInverse(const schema::Entity& type, std::string_view name) {
         const std::string& sName = type.allAttributes()[iOther]->sName;
         throw NameError(type.sName + "." + sName + " is no inverse attribute: [\"" + sName + "\"] tells it");
     }
-    vThrowName(type.sName + " has no inverse attribute " + sShown(name), name, namesOf(type.allInverseAttributes()));
+    vThrowName(type.sName + " has no inverse attribute " + sShownOrEmpty(name), name,
+               namesOf(type.allInverseAttributes()));
 }
 
 }   // namespace oxa::detail

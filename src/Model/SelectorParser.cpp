@@ -259,7 +259,7 @@ private:
     std::size_t m_iPatterns = 0;
 };
 
-std::string sQuoted(std::string_view text) {
+std::string sLiteral(std::string_view text) {
     std::string sText = "\"";
     for (const char c : text) {
         if (c == '"' || c == '\\') sText += '\\';
@@ -284,7 +284,7 @@ std::string sPart(const KeyName& name) {
     if (name.pPattern) return sPattern(name.sText);
     const auto boWord = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
     const bool boPlain = std::ranges::all_of(name.sText, boWord) && keyKindFromWord(name.sText) == KeyKind::Attribute;
-    return boPlain ? name.sText : sQuoted(name.sText);
+    return boPlain ? name.sText : sLiteral(name.sText);
 }
 
 std::string sKey(const Key& key) {
@@ -306,7 +306,7 @@ std::string sTerm(const Term& term) {
     const bool boTurned = term.eOperator == Operator::Equal || term.eOperator == Operator::Contains;
     if (term.boNot && boTurned) sOperator.insert(0, "!");
     const std::string sText = (term.boNot && !boTurned ? "!" : "") + sKey(term.key) + sOperator;
-    if (term.literal.eKind == Literal::Kind::Text) return sText + sQuoted(term.literal.sText);
+    if (term.literal.eKind == Literal::Kind::Text) return sText + sLiteral(term.literal.sText);
     return sText + (term.literal.pPattern ? sPattern(term.literal.sText) : term.literal.sText);
 }
 

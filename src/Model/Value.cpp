@@ -131,9 +131,8 @@ Value::Seen Value::seen() const {
 
 template <class Visit>
 void Value::forEachItem(const Seen& value, Visit&& visit) const {
-    const schema::DataTypeBase* pAggregate = schema::pDataTypeOf(value.pType);
     Value each(*this);
-    each.m_pType = pAggregate ? pAggregate->pElementGet() : nullptr;
+    each.m_pType = schema::pElementOf(value.pType);
     const auto vTell = [&](Place ePlace) {
         each.m_ePlace = ePlace;
         visit(std::as_const(each));

@@ -78,11 +78,6 @@ std::optional<long long> bound(std::string_view text) {
 
 }   // namespace
 
-const ObjectBase* pElementOf(const ObjectBase* pType) noexcept {
-    const schema::DataTypeBase* pDataType = schema::pDataTypeOf(pType);
-    return pDataType ? pDataType->pElementGet() : nullptr;
-}
-
 void ValueCheck::vRefuse(const std::string& sText) const { throw ValueError(m_sWhere + " " + sText); }
 
 void ValueCheck::vWrongKind(const NewValue& value, const ObjectBase* pType) const {

@@ -60,7 +60,4 @@ private:
     std::string m_sWhere;
 };
 
-/// The element type of an aggregate; null for all else.
-[[nodiscard]] const ifc::def::schema::ObjectBase* pElementOf(const ifc::def::schema::ObjectBase* pType) noexcept;
-
 }   // namespace oxa::detail

@@ -29,7 +29,7 @@ struct CloseFile {
 };
 
 // A name for a message, whatever it holds.
-std::string sShown(std::string_view name) {
+std::string sShownName(std::string_view name) {
     std::string sName(name.substr(0, g_iLongestName));
     for (char& c : sName)
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
@@ -39,7 +39,8 @@ std::string sShown(std::string_view name) {
 // "a.ifc, b.ifc and 7 more".
 std::string sNames(const std::vector<std::string>& names) {
     std::string sText;
-    for (std::size_t i = 0; i < std::min(names.size(), g_iMostNames); ++i) sText += (i ? ", " : "") + sShown(names[i]);
+    for (std::size_t i = 0; i < std::min(names.size(), g_iMostNames); ++i)
+        sText += (i ? ", " : "") + sShownName(names[i]);
     if (names.size() > g_iMostNames) sText += " and " + std::to_string(names.size() - g_iMostNames) + " more";
     return sText;
 }
@@ -174,13 +175,13 @@ private:
         if (stat.valid & ZIP_STAT_SIZE) m_size = stat.size;
         if (stat.valid & ZIP_STAT_COMP_SIZE) m_iPacked = stat.comp_size;
         if ((stat.valid & ZIP_STAT_ENCRYPTION_METHOD) && stat.encryption_method != ZIP_EM_NONE)
-            vRefuse("whose " + sShown(m_sName) + " is encrypted; unpack it and name the file inside");
+            vRefuse("whose " + sShownName(m_sName) + " is encrypted; unpack it and name the file inside");
         if ((stat.valid & ZIP_STAT_COMP_METHOD) && !zip_compression_method_supported(stat.comp_method, 0))
-            vRefuse("whose " + sShown(m_sName) + " is compressed by method " + std::to_string(stat.comp_method) +
+            vRefuse("whose " + sShownName(m_sName) + " is compressed by method " + std::to_string(stat.comp_method) +
                     ", which is not read here; unpack it and name the file inside");
     }
 
-    [[nodiscard]] std::string sOf() const { return "is a ZIP archive whose " + sShown(m_sName); }
+    [[nodiscard]] std::string sOf() const { return "is a ZIP archive whose " + sShownName(m_sName); }
 
     // The library compares the check sum alone where bytes were compressed.
     void vEnd() {

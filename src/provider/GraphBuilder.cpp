@@ -387,8 +387,7 @@ void GraphBuilder::vBuildAttribute(schema::Entity& entity, const AttributeDeclar
     m_path.clear();
     for (;;) {
         m_path.push_back(pObject);
-        const schema::DataTypeBase* pDataType = schema::pDataTypeOf(pObject);
-        const schema::ObjectBase* pElement = pDataType ? pDataType->pElementGet() : nullptr;
+        const schema::ObjectBase* pElement = schema::pElementOf(pObject);
         if (!pElement) break;
         pObject = pElement;
     }

@@ -270,6 +270,11 @@ const DataTypeBase* pDataTypeOf(const ObjectBase* pObject) noexcept {
     return nullptr;
 }
 
+const ObjectBase* pElementOf(const ObjectBase* pObject) noexcept {
+    const DataTypeBase* pDataType = pDataTypeOf(pObject);
+    return pDataType ? pDataType->pElementGet() : nullptr;
+}
+
 std::string_view baseTypeText(DataKind kind) noexcept {
     const auto iKind = static_cast<std::size_t>(kind);
     return iKind < g_baseTypes.size() ? g_baseTypes[iKind] : "?";

@@ -343,6 +343,9 @@ private:
 /// The data type behind a Type, or the object itself when it is one; null for an entity and for null.
 [[nodiscard]] OXA_SCHEMA_API const DataTypeBase* pDataTypeOf(const ObjectBase* pObject) noexcept;
 
+/// What the items of this aggregate are, which a Type may name; null for all that is no aggregate, and for null.
+[[nodiscard]] OXA_SCHEMA_API const ObjectBase* pElementOf(const ObjectBase* pObject) noexcept;
+
 /// True when "pCandidate" is "pWanted" or has it among its supertypes. Two nulls are no match.
 [[nodiscard]] inline bool boIsSubtype(const Entity* pCandidate, const Entity* pWanted) noexcept {
     if (!pWanted) return false;

@@ -69,13 +69,13 @@ CheckResult schemaChecked(const std::string& sStatements) {
 
 std::string sFaults(const std::string& sStatements) { return sFailures(schemaChecked(sStatements)); }
 
-struct Row {
+struct SchemaRow {
     const char* sRule;
     std::string sStatements;   // from line 6 on
     const char* sFaults;       // empty: none
 };
 
-const Row g_values[] = {
+const SchemaRow g_values[] = {
     {"a REAL has a point", "#1=R(1.);#2=R(1);", "6:15 Schema_ValueType V '1'; REAL"},
     {"an INTEGER has none", "#1=I(1);#2=I(1.);", "6:14 Schema_ValueType V '1.'; INTEGER"},
     {"a NUMBER is either", "#1=N(1);#2=N(1.);#3=N('1');", "6:23 Schema_ValueType V ''1''; NUMBER"},
@@ -102,7 +102,7 @@ const Row g_values[] = {
      "6:6 Schema_TypedValue V 'LABEL'; Label of at most 5 characters"},
 };
 
-const Row g_references[] = {
+const SchemaRow g_references[] = {
     {"an instance of the type", "#1=Sub('abc',$);#2=E(#1);", ""},
     {"or of a subtype", "#1=SubSub('abc',*);#2=E(#1);", ""},
     {"in front too", "#2=E(#1);#1=Sub('abc',$);", ""},
@@ -116,7 +116,7 @@ const Row g_references[] = {
      "6:6 Schema_ValueType V '('; Sub | 6:17 Schema_ValueType V '('; Label of at most 5 characters"},
 };
 
-const Row g_selects[] = {
+const SchemaRow g_selects[] = {
     {"a value by its type's name", "#1=C(LABEL('a'));#2=C(LENGTH(1.));#3=C(KIND(.SOLID.));#4=C(POINTS((1.,2.)));", ""},
     {"a reference by none", "#1=Other();#2=Sub('abc',$);#3=C(#1);#4=C(#2);", ""},
     {"which is of a member", "#1=R(1.);#3=C(#1);", "6:15 Schema_ReferenceType V '#1 R'; Outer"},
@@ -132,7 +132,7 @@ const Row g_selects[] = {
     {"a list is none", "#1=C((1.,2.));", "6:6 Schema_ValueType V '('; Outer"},
 };
 
-const Row g_aggregates[] = {
+const SchemaRow g_aggregates[] = {
     {"bounds", "#1=D(((),(1)));#2=D(());#3=D(((),(),()));",
      "6:21 Schema_Bounds V '0'; LIST [1:2] OF LIST [0:?] OF INTEGER | 6:30 Schema_Bounds V '3'; LIST [1:2] OF LIST "
      "[0:?] OF INTEGER"},
@@ -171,7 +171,7 @@ const Row g_aggregates[] = {
     {"a value is no aggregate", "#1=G(1);", "6:6 Schema_ValueType V '1'; BAG [1:?] OF INTEGER"},
 };
 
-const Row g_records[] = {
+const SchemaRow g_records[] = {
     {"an entity of the schema", "#1=Nothing();", "6:4 Schema_UnknownType ''; an entity of TEST"},
     {"not a type", "#1=LABEL('a');", "6:4 Schema_UnknownType ''; an entity of TEST"},
     {"an abstract one has no instances", "#1=ROOT('abc');", "6:4 Schema_Abstract ''; a subtype"},
@@ -192,7 +192,7 @@ const Row g_records[] = {
      "6:17 Schema_Width Id ''ab''; Code of 3 characters | 6:29 Schema_ParameterCount '2'; 1"},
 };
 
-const Row g_whole[] = {
+const SchemaRow g_whole[] = {
     {"each part has its owner", "#1=OWNER((#2,#3),#2,$);#2=PART();#3=PART();", ""},
     {"none has two", "#1=OWNER((#2),$,$);#3=OWNER((#2),$,$);#2=PART();",
      "6:0 Schema_Inverse OwnedBy '2'; 1 by Owner.Parts"},
@@ -221,28 +221,28 @@ const Row g_whole[] = {
     {"a statement that is there twice counts once", "#1=SUB('abc',$);#1=SUB('abc',$);", ""},
 };
 
-void vExpect(const Row& row) {
+void vExpect(const SchemaRow& row) {
     SCOPED_TRACE(row.sRule);
     EXPECT_EQ(sFaults(row.sStatements), row.sFaults) << row.sStatements;
 }
 
 TEST(CheckSchema, Values) {
-    for (const Row& row : g_values) vExpect(row);
+    for (const SchemaRow& row : g_values) vExpect(row);
 }
 TEST(CheckSchema, References) {
-    for (const Row& row : g_references) vExpect(row);
+    for (const SchemaRow& row : g_references) vExpect(row);
 }
 TEST(CheckSchema, Selects) {
-    for (const Row& row : g_selects) vExpect(row);
+    for (const SchemaRow& row : g_selects) vExpect(row);
 }
 TEST(CheckSchema, Aggregates) {
-    for (const Row& row : g_aggregates) vExpect(row);
+    for (const SchemaRow& row : g_aggregates) vExpect(row);
 }
 TEST(CheckSchema, Records) {
-    for (const Row& row : g_records) vExpect(row);
+    for (const SchemaRow& row : g_records) vExpect(row);
 }
 TEST(CheckSchema, TheFileAsAWhole) {
-    for (const Row& row : g_whole) vExpect(row);
+    for (const SchemaRow& row : g_whole) vExpect(row);
 }
 
 // ---- Each sort of value in each type
@@ -312,9 +312,9 @@ TEST(CheckSchema, RecordsSayWhatTheyAreAbout) {
 }
 
 TEST(CheckSchema, WhatCouldNotBeLookedAtIsNoneTheLess) {
-    using State = CheckLevelSummary::State;
+    using LevelState = CheckLevelSummary::State;
     const CheckResult faulty = schemaChecked("#1=W('a',;");
-    EXPECT_EQ(faulty.level(CheckLevel::Schema).state, State::NotPossible);
+    EXPECT_EQ(faulty.level(CheckLevel::Schema).state, LevelState::NotPossible);
     EXPECT_EQ(faulty.level(CheckLevel::Schema).reason, "1 statement is faulty in syntax and not looked at wholly");
     EXPECT_EQ(faulty.verdict(), CheckVerdict::Undecided);
     FileText file;

@@ -13,13 +13,13 @@ namespace oxa {
 namespace {
 
 // A supertype without a name of its own for each way to combine subtypes A, B, C and D.
-struct Row {
+struct SupertypeRow {
     const char* sHead;         // behind ENTITY T
     const char* sConstraint;   // of the schema
     std::vector<std::string> allowed;
     std::vector<std::string> refused;
 };
-const Row g_rows[] = {
+const SupertypeRow g_rows[] = {
     {"", "", {"AB", "ABCD"}, {}},
     {"SUPERTYPE OF (ONEOF (A, B))", "", {"AC", "CD", "BCD"}, {"AB", "ABC"}},
     {"ABSTRACT SUPERTYPE OF (ONEOF (A, B, C, D))", "", {}, {"AB", "CD", "ABCD"}},
@@ -36,7 +36,7 @@ const Row g_rows[] = {
      {"AC"}},
 };
 
-CheckResult complexChecked(const Row& row, const std::string& sTypes) {
+CheckResult complexChecked(const SupertypeRow& row, const std::string& sTypes) {
     std::string sSchema = "SCHEMA TEST; ENTITY T " + std::string(row.sHead) + "; END_ENTITY; ";
     for (const char c : {'A', 'B', 'C', 'D'}) sSchema += std::string("ENTITY ") + c + " SUBTYPE OF (T); END_ENTITY; ";
     std::vector<ifc::SchemaMessage> messages;
@@ -54,7 +54,7 @@ CheckResult complexChecked(const Row& row, const std::string& sTypes) {
 }
 
 TEST(CheckSupertypes, SayWhichSubtypesGoTogether) {
-    for (const Row& row : g_rows) {
+    for (const SupertypeRow& row : g_rows) {
         SCOPED_TRACE(std::string(row.sHead) + row.sConstraint);
         for (const std::string& sTypes : row.allowed) EXPECT_EQ(sFailures(complexChecked(row, sTypes)), "") << sTypes;
         for (const std::string& sTypes : row.refused) {

@@ -9,17 +9,17 @@
 namespace oxa {
 namespace {
 
-std::string sFaults(const std::string& sText) { return sFailures(checked(sText, {CheckLevel::Syntax})); }
+std::string sSyntaxFaults(const std::string& sText) { return sFailures(checked(sText, {CheckLevel::Syntax})); }
 
-struct Row {
+struct SyntaxRow {
     const char* sRule;
     std::string sText;
-    const char* sFaults;   // empty: none
+    const char* sSyntaxFaults;   // empty: none
 };
 
 // ---- Parameters: what stands between the parentheses of line 6, from column 6 on
 
-const Row g_parameters[] = {
+const SyntaxRow g_parameters[] = {
     {"none", "", ""},
     {"blanks around each", " 1 , 2 ", ""},
     {"one behind each comma", "1,,2", "6:8 Syntax_Unexpected ','; a parameter"},
@@ -78,9 +78,9 @@ const Row g_parameters[] = {
 };
 
 TEST(CheckSyntax, Parameters) {
-    for (const Row& row : g_parameters) {
+    for (const SyntaxRow& row : g_parameters) {
         SCOPED_TRACE(row.sRule);
-        EXPECT_EQ(sFaults(FileText().text("#1=A(" + row.sText + ");")), row.sFaults) << row.sText;
+        EXPECT_EQ(sSyntaxFaults(FileText().text("#1=A(" + row.sText + ");")), row.sSyntaxFaults) << row.sText;
     }
 }
 
@@ -91,7 +91,7 @@ const char* const g_pNoDirective = "; \\\\ for the reverse solidus itself, or a 
 struct StringRow {
     const char* sRule;
     std::string sText;
-    std::string sFaults;
+    std::string sSyntaxFaults;
     std::string sBehind{};   // what is told behind the expectation of a directive
 };
 const StringRow g_strings[] = {
@@ -121,14 +121,14 @@ const StringRow g_strings[] = {
 TEST(CheckSyntax, Strings) {
     for (const StringRow& row : g_strings) {
         SCOPED_TRACE(row.sRule);
-        const bool boDirective = row.sBehind.empty() && !row.sFaults.empty();
-        EXPECT_EQ(sFaults(FileText().text("#1=A('" + row.sText + "');")),
-                  row.sFaults + (boDirective ? g_pNoDirective : ""))
+        const bool boDirective = row.sBehind.empty() && !row.sSyntaxFaults.empty();
+        EXPECT_EQ(sSyntaxFaults(FileText().text("#1=A('" + row.sText + "');")),
+                  row.sSyntaxFaults + (boDirective ? g_pNoDirective : ""))
             << row.sText;
     }
 }
 
-const Row g_extended[] = {
+const SyntaxRow g_extended[] = {
     {"a group is whole", "\\X2\\00E\\X0\\",
      "6:7 Syntax_StringDirective '\\X2\\'; groups of 4 hexadecimal digits, then \\X0\\"},
     {"there is one", "\\X2\\\\X0\\",
@@ -141,15 +141,15 @@ const Row g_extended[] = {
 };
 
 TEST(CheckSyntax, ExtendedStrings) {
-    for (const Row& row : g_extended) {
+    for (const SyntaxRow& row : g_extended) {
         SCOPED_TRACE(row.sRule);
-        EXPECT_EQ(sFaults(FileText().text("#1=A('" + row.sText + "');")), row.sFaults) << row.sText;
+        EXPECT_EQ(sSyntaxFaults(FileText().text("#1=A('" + row.sText + "');")), row.sSyntaxFaults) << row.sText;
     }
 }
 
 // ---- Statements, from line 6 on
 
-const Row g_statements[] = {
+const SyntaxRow g_statements[] = {
     {"none", "", ""},
     {"any number in any order", "#2=A();\n#1=A();", ""},
     {"several on a line, one on several", "#1=A();#2=\nA\n(\n)\n;", ""},
@@ -191,9 +191,9 @@ const Row g_statements[] = {
 };
 
 TEST(CheckSyntax, Statements) {
-    for (const Row& row : g_statements) {
+    for (const SyntaxRow& row : g_statements) {
         SCOPED_TRACE(row.sRule);
-        EXPECT_EQ(sFaults(FileText().text(row.sText)), row.sFaults) << row.sText;
+        EXPECT_EQ(sSyntaxFaults(FileText().text(row.sText)), row.sSyntaxFaults) << row.sText;
     }
 }
 
@@ -201,7 +201,7 @@ TEST(CheckSyntax, Statements) {
 
 const char* const g_pHeader = "FILE_DESCRIPTION((''),'2;1');FILE_NAME();FILE_SCHEMA();";
 
-const Row g_sections[] = {
+const SyntaxRow g_sections[] = {
     {"the file", "ISO-10303-21;HEADER;%ENDSEC;DATA;ENDSEC;END-ISO-10303-21;", ""},
     {"each on its line", "ISO-10303-21;\r\nHEADER;\n%\nENDSEC;\nDATA;\nENDSEC;\nEND-ISO-10303-21;\r\n", ""},
     {"blanks and comments in front", " \n/* a */ISO-10303-21;HEADER;%ENDSEC;DATA;ENDSEC;END-ISO-10303-21;", ""},
@@ -250,13 +250,13 @@ std::string sWithHeader(std::string sText, const std::string& sHeader) {
 }
 
 TEST(CheckSyntax, Sections) {
-    for (const Row& row : g_sections) {
+    for (const SyntaxRow& row : g_sections) {
         SCOPED_TRACE(row.sRule);
-        EXPECT_EQ(sFaults(sWithHeader(row.sText, g_pHeader)), row.sFaults) << row.sText;
+        EXPECT_EQ(sSyntaxFaults(sWithHeader(row.sText, g_pHeader)), row.sSyntaxFaults) << row.sText;
     }
 }
 
-const Row g_edition3[] = {
+const SyntaxRow g_edition3[] = {
     {"anchors, references, signatures",
      "ISO-10303-21;HEADER;%ENDSEC;\nANCHOR;\n<a>=#1;<b>=(1,(2.,$),'x'){t:5}{u:.T.};\nENDSEC;\nREFERENCE;\n#7=<b.stp#x>;"
      "@8=<c#y>;\nENDSEC;\nDATA;\n#1=A(#7,@8,#PI,<r>);\nENDSEC;\nEND-ISO-10303-21;\nSIGNATURE\nMIIG+/==\nENDSEC;\n"
@@ -281,10 +281,10 @@ const Row g_edition3[] = {
 };
 
 TEST(CheckSyntax, EditionThree) {
-    for (const Row& row : g_edition3) {
+    for (const SyntaxRow& row : g_edition3) {
         SCOPED_TRACE(row.sRule);
-        EXPECT_EQ(sFaults(sWithHeader(row.sText, "FILE_DESCRIPTION((''),'4;1');FILE_NAME();FILE_SCHEMA();")),
-                  row.sFaults)
+        EXPECT_EQ(sSyntaxFaults(sWithHeader(row.sText, "FILE_DESCRIPTION((''),'4;1');FILE_NAME();FILE_SCHEMA();")),
+                  row.sSyntaxFaults)
             << row.sText;
     }
 }
@@ -294,8 +294,8 @@ TEST(CheckSyntax, EditionThree) {
 TEST(CheckSyntax, BytesInFrontOfTheEditionAreToldWhenItIsKnown) {
     const std::string sText = "ISO-10303-21;HEADER;FILE_DESCRIPTION(('\xc3\xa4'),'%');FILE_NAME();FILE_SCHEMA();ENDSEC;"
                               "DATA;ENDSEC;END-ISO-10303-21;";
-    EXPECT_EQ(sFaults(sWithHeader(sText, "2;1")), "1:40 Syntax_Byte ''; space to ~");
-    EXPECT_EQ(sFaults(sWithHeader(sText, "4;1")), "");
+    EXPECT_EQ(sSyntaxFaults(sWithHeader(sText, "2;1")), "1:40 Syntax_Byte ''; space to ~");
+    EXPECT_EQ(sSyntaxFaults(sWithHeader(sText, "4;1")), "");
 }
 
 // Every token of a file cut by the end of a window of bytes, and every prefix of the file.
@@ -303,29 +303,30 @@ TEST(CheckSyntax, NoWindowAndNoEndTellsOtherwise) {
     const std::string sStatements = "#1=A('a''b\\X2\\00E4\\X0\\\\S\\D',.T.,-1.5E-3,\"23B\",B(#1),(1,$,*));/*c*/\n";
     const std::string sFile = FileText().text(sStatements + "#2=A(1,,2);");
     const std::string sFault = " Syntax_Unexpected ','; a parameter";
-    EXPECT_EQ(sFaults(sFile), "7:8" + sFault);
+    EXPECT_EQ(sSyntaxFaults(sFile), "7:8" + sFault);
     for (std::size_t i = 524'288 - 200; i < 524'288 + 20; ++i) {
         const std::string sText = "/*" + std::string(i, ' ') + "*/" + sFile;
-        ASSERT_EQ(sFaults(sText), "7:8" + sFault) << i;
+        ASSERT_EQ(sSyntaxFaults(sText), "7:8" + sFault) << i;
     }
-    for (std::size_t i = 0; i + 2 < sFile.size(); ++i) ASSERT_NE(sFaults(sFile.substr(0, i)), "") << sFile.substr(0, i);
+    for (std::size_t i = 0; i + 2 < sFile.size(); ++i)
+        ASSERT_NE(sSyntaxFaults(sFile.substr(0, i)), "") << sFile.substr(0, i);
 }
 
 TEST(CheckSyntax, TokensOfAnyLengthPass) {
     const std::string sLong(2'000'000, 'X');
-    EXPECT_EQ(
-        sFaults(FileText().text("/*" + sLong + "*/#1=" + sLong + "('" + sLong + "'," + std::string(2'000'000, '7') +
-                                ",\"0" + std::string(2'000'000, 'F') + "\",." + sLong + ".);\n#1=A();")),
-        "7:1 Syntax_InstanceDouble '#1'; one of its own");
+    EXPECT_EQ(sSyntaxFaults(FileText().text("/*" + sLong + "*/#1=" + sLong + "('" + sLong + "'," +
+                                            std::string(2'000'000, '7') + ",\"0" + std::string(2'000'000, 'F') +
+                                            "\",." + sLong + ".);\n#1=A();")),
+              "7:1 Syntax_InstanceDouble '#1'; one of its own");
 }
 
 TEST(CheckSyntax, NestingIsBounded) {
     const auto sNested = [](std::size_t iDepth) {
         return FileText().text("#1=A(" + std::string(iDepth, '(') + std::string(iDepth, ')') + ");");
     };
-    EXPECT_EQ(sFaults(sNested(999)), "");
-    EXPECT_EQ(sFaults(sNested(1000)), "6:1005 Syntax_NestedTooDeep ''; 1000 levels at most");
-    EXPECT_EQ(sFaults(sNested(1'000'000)), "6:1005 Syntax_NestedTooDeep ''; 1000 levels at most");
+    EXPECT_EQ(sSyntaxFaults(sNested(999)), "");
+    EXPECT_EQ(sSyntaxFaults(sNested(1000)), "6:1005 Syntax_NestedTooDeep ''; 1000 levels at most");
+    EXPECT_EQ(sSyntaxFaults(sNested(1'000'000)), "6:1005 Syntax_NestedTooDeep ''; 1000 levels at most");
 }
 
 TEST(CheckSyntax, AMillionMissingSemicolonsAreAMillionRecords) {

@@ -13,7 +13,7 @@ namespace {
 
 using test::StatementModel;
 
-struct Row {
+struct TextRow {
     const char* pRule;
     const char* pOld;   // an entity of its own
     const char* pText;
@@ -21,7 +21,7 @@ struct Row {
 
 TEST(ContentText, IsAsShortAsTheValueAllows) {
     // clang-format off
-    const Row rows[] = {
+    const TextRow rows[] = {
         {"a whole number as a real", "IFCCARTESIANPOINT((5.,-2.))", "IFCCARTESIANPOINT((5.,-2.))"},
         {"digits as they are", "IFCCARTESIANPOINT((0.1,3.141592653589793))",
          "IFCCARTESIANPOINT((0.1,3.141592653589793))"},
@@ -41,7 +41,7 @@ TEST(ContentText, IsAsShortAsTheValueAllows) {
         {"rows", "IFCCARTESIANPOINTLIST2D(((1.,2.),(3.,4.)))", "IFCCARTESIANPOINTLIST2D(((1.,2.),(3.,4.)))"},
     };
     // clang-format on
-    for (const Row& row : rows) {
+    for (const TextRow& row : rows) {
         SCOPED_TRACE(row.pRule);
         StatementModel before("#1=" + std::string(row.pOld) + ";\n");
         StatementModel after("");

@@ -32,12 +32,12 @@ std::string sTold(oxa::Model& before, oxa::Model& after, const Selector* pOnly =
     return sText + std::to_string(iOthers);
 }
 
-struct Row {
+struct ElementRow {
     const char* pRule;
     void (*change)(oxa::Model& model);
     const char* pTold;
 };
-const Row g_rows[] = {
+const ElementRow g_rows[] = {
     {"nothing", [](oxa::Model&) {}, "0"},
     {"an attribute", [](oxa::Model& model) { model.set(model.byId(16), "Tag", "t"); }, "Loose Tag: - -> t; 0"},
     {"a property of its own",
@@ -58,7 +58,7 @@ const Row g_rows[] = {
 
 TEST(Elements, TellWhatChangedAboutThem) {
     for (const char* pSchema : test::g_families)
-        for (const Row& row : g_rows) {
+        for (const ElementRow& row : g_rows) {
             SCOPED_TRACE(std::string(pSchema) + ": " + row.pRule);
             const std::string sHouse = test::houseText(pSchema, test::g_sHouse);
             oxa::Model before = oxa::Model::fromBuffer(sHouse);

@@ -32,7 +32,7 @@ constexpr const char* g_pModel = "#10=IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,'A',$,$
                                  "#81=IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.);\n"
                                  "#82=IFCUNITASSIGNMENT((#81));\n";
 
-struct Row {
+struct ExtractRow {
     const char* pRule;
     std::size_t iRoot;
     std::set<std::size_t> reached;
@@ -40,7 +40,7 @@ struct Row {
 
 TEST(Extract, ReachesOverReferencesAndInverseLists) {
     // clang-format off
-    const Row rows[] = {
+    const ExtractRow rows[] = {
         {"over an inverse list, and on from there", 10, {10, 30, 31, 32, 40, 41, 42}},
         {"from a property set back to the wall", 31, {10, 30, 31, 32, 40, 41, 42}},
         {"nothing leads back from a placement's point", 42, {42}},
@@ -51,7 +51,7 @@ TEST(Extract, ReachesOverReferencesAndInverseLists) {
     };
     // clang-format on
     StatementModel model(g_pModel);
-    for (const Row& row : rows) {
+    for (const ExtractRow& row : rows) {
         SCOPED_TRACE(row.pRule);
         const std::vector<const ifc::Entity*> found = reached(model.entity(row.iRoot));
         ASSERT_FALSE(found.empty());

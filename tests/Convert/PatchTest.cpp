@@ -62,7 +62,7 @@ constexpr const char* g_pHead = "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'
                                 "FILE_SCHEMA(('IFC4'));\nENDSEC;\n/* DATA; */ DATA;\n";
 constexpr const char* g_pTail = "ENDSEC;\nEND-ISO-10303-21;\n";
 
-struct Row {
+struct PatchRow {
     const char* pRule;
     const char* pData;
     std::function<void(Source&)> change;
@@ -71,8 +71,9 @@ struct Row {
 
 void vNameSet(Source& source) { source.vSet(1, "Name", "new"); }
 
-void vExpect(const std::vector<Row>& rows, const std::string& sHead = g_pHead, const std::string& sTail = g_pTail) {
-    for (const Row& row : rows) {
+void vExpect(const std::vector<PatchRow>& rows, const std::string& sHead = g_pHead,
+             const std::string& sTail = g_pTail) {
+    for (const PatchRow& row : rows) {
         SCOPED_TRACE(row.pRule);
         Source source(sHead + row.pData + sTail);
         const Result result = patched(source, row.change);
@@ -250,7 +251,7 @@ TEST(Patch, TextsAreCutByBlocksAnywhere) {
     EXPECT_TRUE(result.sText == g_pHead + sExpected + g_pTail);
 }
 
-struct RefuseRow {
+struct RefusePatchRow {
     const char* pRule;
     std::string sData;
     std::function<void(Source&)> change;
@@ -260,7 +261,7 @@ struct RefuseRow {
 
 TEST(Patch, TellsWhyATextCantBePatched) {
     using Why = PatchRefusal::Why;
-    const RefuseRow rows[] = {
+    const RefusePatchRow rows[] = {
         {"a number twice", "#1=IFCMATERIAL('a',$,$);\n#2=IFCMATERIAL('b',$,$);\n#1=IFCMATERIAL('c',$,$);\n", vNameSet,
          Why::NumberTwice, "#1 stands twice, in line 8 and in line 10, so it can't be changed"},
         {"no number left", "#1=IFCMATERIAL('a',$,$);\n#-1=IFCTEAPOT();\n",
@@ -288,7 +289,7 @@ TEST(Patch, TellsWhyATextCantBePatched) {
          },
          Why::NoEnd, "its DATA section has no ENDSEC"},
     };
-    for (const RefuseRow& row : rows) {
+    for (const RefusePatchRow& row : rows) {
         SCOPED_TRACE(row.pRule);
         Source source(g_pHead + row.sData + g_pTail);
         const Result result = patched(source, row.change);

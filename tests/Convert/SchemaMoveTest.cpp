@@ -24,7 +24,7 @@ std::vector<std::string> lines(const std::vector<SchemaMove::Row>& rows) {
     return lines;
 }
 
-struct Row {
+struct MoveRow {
     const char* pRule;
     const char* pFrom;
     const char* pTo;
@@ -36,7 +36,7 @@ struct Row {
 TEST(SchemaMove, MovesByNameAndTellsTheRest) {
     using Texts = std::vector<std::string>;
     // clang-format off
-    const Row rows[] = {
+    const MoveRow rows[] = {
         {"what both have", "IFC4", "IFC4X3_ADD2", "#1=IFCCARTESIANPOINT((0.,1.));\n",
          "#1=IFCCARTESIANPOINT((0.,1.));\n",
          {}, {}, {}, {}},
@@ -51,7 +51,7 @@ TEST(SchemaMove, MovesByNameAndTellsTheRest) {
          {}, {}},
     };
     // clang-format on
-    for (const Row& row : rows) {
+    for (const MoveRow& row : rows) {
         SCOPED_TRACE(row.pRule);
         StatementModel model(row.sBefore, row.pFrom);
         const SchemaMove move = moveToSchema(model.file, *ifc::SchemaLoader::pBuiltIn(row.pTo));

@@ -16,7 +16,7 @@ namespace {
 
 using test::StatementModel;
 
-constexpr const char* g_pModel = "#1=IFCCARTESIANPOINT((0.,1.));\n"
+constexpr const char* g_pPoint = "#1=IFCCARTESIANPOINT((0.,1.));\n"
                                  "#2=IFCPOLYLINE((#1));\n"
                                  "#3=IFCMATERIAL('Oak',$,$);\n"
                                  "#4=IFCPROPERTYSINGLEVALUE('Fire',$,$,$);\n"
@@ -60,7 +60,7 @@ TEST(ValueFromText, SetsWhatFits) {
     // clang-format on
     for (const SetRow& row : rows) {
         SCOPED_TRACE(row.pRule);
-        StatementModel model(g_pModel);
+        StatementModel model(g_pPoint);
         const auto refusal = setFromText(model.data(), model.entity(row.iNumber), row.pAttribute, row.pText);
         EXPECT_FALSE(refusal) << refusal->sReason;
         EXPECT_EQ(model.sStatement(row.iNumber), row.pStatement);
@@ -69,7 +69,7 @@ TEST(ValueFromText, SetsWhatFits) {
 
 using Why = Refusal::Why;
 
-struct RefuseRow {
+struct RefusedTextRow {
     const char* pRule;
     std::size_t iNumber;
     const char* pAttribute;
@@ -83,7 +83,7 @@ struct RefuseRow {
 
 TEST(ValueFromText, RefusalHasThePartsOfASentence) {
     // clang-format off
-    const RefuseRow rows[] = {
+    const RefusedTextRow rows[] = {
         {"no such attribute", 1, "Q", "1", Why::Attribute, "IfcCartesianPoint", "Q", "is none of its attributes",
          {"Coordinates"}},
         {"a derived one", 5, "Dimensions", "#1", Why::Fixed, "IfcSIUnit.Dimensions", "#1",
@@ -109,9 +109,9 @@ TEST(ValueFromText, RefusalHasThePartsOfASentence) {
         {"bytes that are no UTF-8", 3, "Name", "\xff", Why::Value, "IfcMaterial.Name", "the text", "is no UTF-8", {}},
     };
     // clang-format on
-    for (const RefuseRow& row : rows) {
+    for (const RefusedTextRow& row : rows) {
         SCOPED_TRACE(row.pRule);
-        StatementModel model(g_pModel);
+        StatementModel model(g_pPoint);
         const std::string sBefore = model.sStatement(row.iNumber);
         const auto refusal = setFromText(model.data(), model.entity(row.iNumber), row.pAttribute, row.pText);
         ASSERT_TRUE(refusal);
@@ -125,7 +125,7 @@ TEST(ValueFromText, RefusalHasThePartsOfASentence) {
 }
 
 TEST(ValueFromText, SelectTellsTheTypesThatItTakes) {
-    StatementModel model(g_pModel);
+    StatementModel model(g_pPoint);
     const auto refusal = setFromText(model.data(), model.entity(4), "NominalValue", "F30");
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->eWhy, Why::SelectType);

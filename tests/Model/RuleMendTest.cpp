@@ -17,7 +17,7 @@ namespace {
 
 class RuleMend : public testing::TestWithParam<const char*> {};
 
-std::string sSaved(Model& model) {
+std::string sTextOf(Model& model) {
     std::ostringstream out;
     (void)model.save(out);
     return out.str().substr(out.str().find("DATA;"));
@@ -51,9 +51,9 @@ TEST_P(RuleMend, DerivedIsRefusedWhereTheSchemaDerivesNothing) {
         EXPECT_TRUE(boTells(sThrown<ValueError>([&] { row.work(model); }), {row.pTold}));
     }
     Model model = ruleHouse(GetParam());
-    const std::string sBefore = sSaved(model);
+    const std::string sBefore = sTextOf(model);
     EXPECT_THROW(model.set(model.byId(40), "Name", derived), ValueError);
-    EXPECT_TRUE(sSaved(model) == sBefore);
+    EXPECT_TRUE(sTextOf(model) == sBefore);
     EXPECT_EQ(model.byId(6)["Dimensions"].kind(), Kind::Derived);
 }
 

@@ -21,15 +21,15 @@
 namespace oxa::test {
 namespace {
 
-class Folder {
+class RuleFolder {
 public:
-    Folder() : m_path(test::newFolder()) {}
-    ~Folder() {
+    RuleFolder() : m_path(test::newFolder()) {}
+    ~RuleFolder() {
         std::error_code error;
         std::filesystem::remove_all(m_path, error);
     }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
+    RuleFolder(const RuleFolder&) = delete;
+    RuleFolder& operator=(const RuleFolder&) = delete;
 
     [[nodiscard]] std::filesystem::path file(const std::string& sName, const std::string& sText) const {
         std::ofstream(m_path / sName, std::ios::binary) << sText;
@@ -53,7 +53,7 @@ std::string sContent(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-std::string sSaved(Model& model) {
+std::string sSavedText(Model& model) {
     std::ostringstream out;
     (void)model.save(out);
     const std::string sText = out.str();
@@ -71,7 +71,7 @@ class RuleModel : public testing::TestWithParam<const char*> {};
 // ---- open -----------------------------------------------------------------------------------------------------------
 
 TEST_P(RuleModel, OpensAPathAStreamAndABuffer) {
-    const Folder folder;
+    const RuleFolder folder;
     const std::string sText = sRuleHouse(GetParam());
     std::istringstream stream(sText);
     Model models[] = {Model::open(folder.file("a.ifc", sText)), Model::open(stream), Model::fromBuffer(sText)};
@@ -80,7 +80,7 @@ TEST_P(RuleModel, OpensAPathAStreamAndABuffer) {
         EXPECT_TRUE(model.errors().empty());
         EXPECT_EQ(model.schema(), GetParam());
         EXPECT_EQ(sNumbers(model.all("IfcDoor")), "40 41 42");
-        EXPECT_EQ(sSaved(model), sSaved(models[0]));
+        EXPECT_EQ(sSavedText(model), sSavedText(models[0]));
     }
 }
 
@@ -91,7 +91,7 @@ TEST_P(RuleModel, OptionsOfOpening) {
         OpenOptions options;
         options.threads = uThreads;
         Model model = Model::fromBuffer(sText, options);
-        EXPECT_EQ(sSaved(model), sSaved(plain)) << uThreads;
+        EXPECT_EQ(sSavedText(model), sSavedText(plain)) << uThreads;
     }
 
     OpenOptions dealt;
@@ -118,7 +118,7 @@ TEST_P(RuleModel, OptionsOfOpening) {
 }
 
 TEST(RuleModelOpen, WhatIsNoModelIsAnExceptionThatSaysWhy) {
-    const Folder folder;
+    const RuleFolder folder;
     const struct {
         const char* pRule;
         std::filesystem::path path;
@@ -197,9 +197,9 @@ void vMisuse(const MisuseRow (&rows)[iRows], const char* pSchema) {
     for (const MisuseRow& row : rows) {
         SCOPED_TRACE(row.pRule);
         Model model = ruleHouse(pSchema);
-        const std::string sBefore = sSaved(model);
+        const std::string sBefore = sSavedText(model);
         EXPECT_TRUE(boTells(sThrown<Exception>([&row, &model] { row.work(model); }), row.told));
-        EXPECT_TRUE(sSaved(model) == sBefore) << "a misuse changes nothing";
+        EXPECT_TRUE(sSavedText(model) == sBefore) << "a misuse changes nothing";
     }
 }
 
@@ -351,14 +351,14 @@ TEST_P(RuleModel, ReadsEachKind) {
 // ---- save -----------------------------------------------------------------------------------------------------------
 
 TEST_P(RuleModel, SavesAsAWholeOrNotAtAll) {
-    const Folder folder;
+    const RuleFolder folder;
     Model model = ruleHouse(GetParam());
     const std::filesystem::path path = folder.file("a.ifc", "old");
     EXPECT_TRUE(model.save(path).empty());
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.ifc"})) << "no temporary file stays";
     Model again = Model::open(path);
     EXPECT_TRUE(again.whole());
-    EXPECT_EQ(sSaved(again), sSaved(model)) << "numbers and order are kept";
+    EXPECT_EQ(sSavedText(again), sSavedText(model)) << "numbers and order are kept";
 
     const std::string sBefore = sContent(path);
     std::stop_source stop;

@@ -36,10 +36,10 @@ namespace {
 namespace fs = std::filesystem;
 using Traits = std::char_traits<char>;
 
-constexpr std::size_t g_iSize = 100'000;
+constexpr std::size_t g_iShared = 100'000;
 
 // Bytes of each value, ends of lines and of texts among them, that differ from those one buffer away.
-std::string sBytes(std::size_t iCount) {
+std::string sLetters(std::size_t iCount) {
     std::string s(iCount, '\0');
     for (std::size_t i = 0; i < iCount; ++i) s[i] = static_cast<char>(i * 7 + i / 251);
     return s;
@@ -113,19 +113,19 @@ struct ReadRow {
     const char* sRule;
     std::uint64_t iPlace;
     std::size_t iWanted;
-    std::size_t iRead;   // of g_iSize bytes
+    std::size_t iRead;   // of g_iShared bytes
 };
 const ReadRow g_readRows[] = {
     {"the begin", 0, 10, 10},
     {"nothing", 0, 0, 0},
-    {"all", 0, g_iSize, g_iSize},
-    {"more than all", 0, g_iSize + 5, g_iSize},
+    {"all", 0, g_iShared, g_iShared},
+    {"more than all", 0, g_iShared + 5, g_iShared},
     {"over some buffers", 8190, 40'000, 40'000},
     {"before what was read last", 77, 3, 3},
-    {"to the end", g_iSize - 10, 10, 10},
-    {"past the end", g_iSize - 3, 10, 3},
-    {"at the end", g_iSize, 10, 0},
-    {"behind the end", g_iSize + 1, 10, 0},
+    {"to the end", g_iShared - 10, 10, 10},
+    {"past the end", g_iShared - 3, 10, 3},
+    {"at the end", g_iShared, 10, 0},
+    {"behind the end", g_iShared + 1, 10, 0},
     {"no place of 32 bits", (std::uint64_t{1} << 32) + 5, 10, 0},
     {"no place of 40 bits", (std::uint64_t{1} << 40) + 5, 10, 0},
     {"the last place that a number can say", std::numeric_limits<std::uint64_t>::max(), 10, 0},
@@ -205,8 +205,8 @@ private:
 }   // namespace
 
 TEST_F(SharedBytesTest, BeginWhereTheStreamStandsAndLeaveItThere) {
-    const std::string sText = sBytes(g_iSize);
-    const std::size_t taken[] = {0, 1, 1000, 20'000, g_iSize - 1, g_iSize};
+    const std::string sText = sLetters(g_iShared);
+    const std::size_t taken[] = {0, 1, 1000, 20'000, g_iShared - 1, g_iShared};
     for (const std::size_t iTaken : taken) {
         for (const Source& source : sourcesOf(sText)) {
             SCOPED_TRACE(source.sName + ", " + std::to_string(iTaken) + " bytes taken");
@@ -216,12 +216,12 @@ TEST_F(SharedBytesTest, BeginWhereTheStreamStandsAndLeaveItThere) {
                 const std::unique_ptr<SharedBytes> pShared = pShare(buffer);
                 ASSERT_NE(pShared, nullptr);
                 EXPECT_EQ(pShared->iBegin(), iTaken);
-                EXPECT_EQ(pShared->iEnd(), g_iSize);
+                EXPECT_EQ(pShared->iEnd(), g_iShared);
                 EXPECT_TRUE(sReadAt(*pShared, iTaken, 100) == sText.substr(iTaken, 100));
-                EXPECT_TRUE(sReadAt(*pShared, g_iSize - 1, 1) == sText.substr(g_iSize - 1));
+                EXPECT_TRUE(sReadAt(*pShared, g_iShared - 1, 1) == sText.substr(g_iShared - 1));
                 pShared->vGoOnAt(iTaken);
             }
-            EXPECT_TRUE(sTaken(buffer, g_iSize) == sText.substr(iTaken));
+            EXPECT_TRUE(sTaken(buffer, g_iShared) == sText.substr(iTaken));
             EXPECT_EQ(buffer.sgetc(), Traits::eof());
         }
     }
@@ -241,7 +241,7 @@ TEST_F(SharedBytesTest, MayBeNone) {
 }
 
 TEST_F(SharedBytesTest, AreReadAtAnyPlace) {
-    const std::string sText = sBytes(g_iSize);
+    const std::string sText = sLetters(g_iShared);
     for (const Source& source : sourcesOf(sText)) {
         const std::unique_ptr<SharedBytes> pShared = pShare(*source.pBuffer);
         ASSERT_NE(pShared, nullptr) << source.sName;
@@ -257,7 +257,7 @@ TEST_F(SharedBytesTest, AreReadAtAnyPlace) {
 TEST_F(SharedBytesTest, AreReadByThreadsAtOnce) {
     constexpr std::size_t iThreads = 8;
     constexpr std::size_t iReads = 400;
-    const std::string sText = sBytes(g_iSize);
+    const std::string sText = sLetters(g_iShared);
     for (const Source& source : sourcesOf(sText)) {
         SCOPED_TRACE(source.sName);
         const std::unique_ptr<SharedBytes> pShared = pShare(*source.pBuffer);
@@ -271,7 +271,7 @@ TEST_F(SharedBytesTest, AreReadByThreadsAtOnce) {
                 while (iStarted.load() < iThreads) std::this_thread::yield();
                 std::size_t iRight = 0;
                 for (std::size_t iRead = 0; iRead < iReads; ++iRead) {
-                    const std::size_t iPlace = (i * 12'347 + iRead * 7919) % g_iSize;
+                    const std::size_t iPlace = (i * 12'347 + iRead * 7919) % g_iShared;
                     const std::size_t iWanted = 1 + iRead * 37 % 5000;
                     if (sReadAt(*pShared, iPlace, iWanted) == sText.substr(iPlace, iWanted)) ++iRight;
                 }
@@ -285,8 +285,8 @@ TEST_F(SharedBytesTest, AreReadByThreadsAtOnce) {
 
 TEST_F(SharedBytesTest, HaveTheStreamGoOnAnywhere) {
     constexpr std::size_t iTaken = 5;
-    const std::string sText = sBytes(g_iSize);
-    const std::size_t places[] = {iTaken, iTaken + 1, 1000, 60'000, g_iSize - 1, g_iSize};
+    const std::string sText = sLetters(g_iShared);
+    const std::size_t places[] = {iTaken, iTaken + 1, 1000, 60'000, g_iShared - 1, g_iShared};
     for (const std::size_t iPlace : places) {
         for (const Source& source : sourcesOf(sText)) {
             SCOPED_TRACE(source.sName + ", at " + std::to_string(iPlace));
@@ -297,9 +297,9 @@ TEST_F(SharedBytesTest, HaveTheStreamGoOnAnywhere) {
             EXPECT_TRUE(sReadAt(*pShared, 30'000, 30'000) == sText.substr(30'000, 30'000));
             pShared->vGoOnAt(iPlace);
             std::istream in(&buffer);
-            EXPECT_EQ(in.get(), iPlace < g_iSize ? Traits::to_int_type(sText[iPlace]) : Traits::eof());
-            EXPECT_EQ(in.eof(), iPlace == g_iSize);
-            EXPECT_TRUE(sTaken(buffer, g_iSize) == sText.substr(std::min(iPlace + 1, g_iSize)));
+            EXPECT_EQ(in.get(), iPlace < g_iShared ? Traits::to_int_type(sText[iPlace]) : Traits::eof());
+            EXPECT_EQ(in.eof(), iPlace == g_iShared);
+            EXPECT_TRUE(sTaken(buffer, g_iShared) == sText.substr(std::min(iPlace + 1, g_iShared)));
         }
     }
 }
@@ -350,7 +350,7 @@ TEST_F(SharedBytesTest, AreWhatABufferShares) {
 }
 
 TEST_F(SharedBytesTest, OfAnOpenFileAreReadAtAnyPlace) {
-    const std::string sText = sBytes(g_iSize);
+    const std::string sText = sLetters(g_iShared);
     const OpenFile file = openWith(sText);
     ASSERT_NE(file, nullptr);
     for (const ReadRow& row : g_readRows) {
@@ -363,18 +363,18 @@ TEST_F(SharedBytesTest, OfAnOpenFileAreReadAtAnyPlace) {
 
 TEST_F(SharedBytesTest, LeaveAnOpenFileWhereItStands) {
     if (!platform::boTextIsPlain()) GTEST_SKIP() << "its position is not defined here";
-    const std::string sText = sBytes(g_iSize);
+    const std::string sText = sLetters(g_iShared);
     const OpenFile file = openWith(sText);
     ASSERT_NE(file, nullptr);
     std::string sPart(1000, '\0');
     EXPECT_EQ(iReadFileAt(file.get(), 50'000, sPart.data(), sPart.size()), sPart.size());
     EXPECT_TRUE(sTaken(file.get(), 10) == sText.substr(0, 10));
     EXPECT_EQ(iReadFileAt(file.get(), 70'000, sPart.data(), sPart.size()), sPart.size());
-    EXPECT_TRUE(sTaken(file.get(), g_iSize) == sText.substr(10));
+    EXPECT_TRUE(sTaken(file.get(), g_iShared) == sText.substr(10));
 }
 
 TEST_F(SharedBytesTest, OfAnOpenFileGoOnAnywhere) {
-    const std::string sText = sBytes(g_iSize);
+    const std::string sText = sLetters(g_iShared);
     const OpenFile file = openWith(sText);
     ASSERT_NE(file, nullptr);
     const struct {
@@ -386,15 +386,15 @@ TEST_F(SharedBytesTest, OfAnOpenFileGoOnAnywhere) {
         {"back", 7, 100},
         {"in the same buffer", 20, 100},
         {"the begin", 0, 100},
-        {"near the end", g_iSize - 3, 3},
-        {"the end", g_iSize, 0},
+        {"near the end", g_iShared - 3, 3},
+        {"the end", g_iShared, 0},
         {"no place of 32 bits", (std::uint64_t{1} << 32) + 5, 0},
         {"back from there", 1000, 100},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sRule);
         ASSERT_TRUE(boFileMoved(file.get(), row.iPlace));
-        const auto iFrom = static_cast<std::size_t>(std::min<std::uint64_t>(row.iPlace, g_iSize));
+        const auto iFrom = static_cast<std::size_t>(std::min<std::uint64_t>(row.iPlace, g_iShared));
         EXPECT_TRUE(sTaken(file.get(), 100) == sText.substr(iFrom, row.iRead));
     }
     EXPECT_FALSE(boFileMoved(file.get(), std::numeric_limits<std::uint64_t>::max()));

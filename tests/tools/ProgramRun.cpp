@@ -2,20 +2,11 @@
 #include "tools/ProgramRun.h"
 
 #include <fstream>
-#include <iterator>
 
 #include "platform/Path.h"
+#include "tools/WrittenFile.h"
 
 namespace oxa::test {
-
-namespace {
-
-std::string sContent(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-}   // namespace
 
 ProgramRun runProgram(const std::vector<std::string>& words, std::string_view standardInput, OutputKind eOutput) {
     return runProgramAt(OXAIFC_PROGRAM, words, standardInput, eOutput);

@@ -14,7 +14,6 @@ namespace oxa::check {
 namespace {
 
 constexpr std::size_t g_iMaxValues = 100'000;
-constexpr std::size_t g_iMostFound = 80;
 
 enum class FieldType : std::uint8_t { Text, TextOrUnset, ListOfTexts, ListOrUnset };
 

@@ -29,7 +29,7 @@ constexpr BaseRow g_bases[] = {
     {Base::Time, "xs:time", true, "a time as 23:59:00"},
     {Base::Duration, "xs:duration", true, "a duration as P1DT12H"},
 };
-constexpr std::string_view g_prefix = "xs:";
+constexpr std::string_view g_xsPrefix = "xs:";
 
 const BaseRow& row(Base eBase) noexcept { return g_bases[static_cast<std::size_t>(eBase)]; }
 
@@ -196,7 +196,7 @@ std::string_view formText(Base eBase) noexcept { return row(eBase).sForm; }
 
 std::optional<Base> baseFromName(std::string_view name) noexcept {
     const auto* pRow =
-        std::ranges::find_if(g_bases, [&](const BaseRow& one) { return one.sName.substr(g_prefix.size()) == name; });
+        std::ranges::find_if(g_bases, [&](const BaseRow& one) { return one.sName.substr(g_xsPrefix.size()) == name; });
     return pRow == std::end(g_bases) ? std::nullopt : std::optional(pRow->eBase);
 }
 

@@ -20,7 +20,7 @@ struct Range {
 };
 
 // One part of a class of characters: code points, or a category and what is not in it.
-struct Unit {
+struct SetUnit {
     std::vector<Range> ranges;   // of code points; empty for a category
     std::string sCategory;       // as in "Lu"
     bool boNot = false;          // what is not in the category
@@ -28,7 +28,7 @@ struct Unit {
 
 // Characters that are in one of the units, or in none of them.
 struct Set {
-    std::vector<Unit> units;
+    std::vector<SetUnit> units;
     bool boNot = false;
 };
 
@@ -62,8 +62,8 @@ constexpr std::string_view g_categories[] = {
     "Pf", "Po", "Z", "Zs", "Zl", "Zp", "S", "Sm", "Sc", "Sk", "So", "C", "Cc", "Cf", "Co"};
 // clang-format on
 
-Unit unitOf(std::span<const Range> ranges) { return {{ranges.begin(), ranges.end()}, {}, false}; }
-Unit unitOf(std::string_view category, bool boNot = false) { return {{}, std::string(category), boNot}; }
+SetUnit unitOf(std::span<const Range> ranges) { return {{ranges.begin(), ranges.end()}, {}, false}; }
+SetUnit unitOf(std::string_view category, bool boNot = false) { return {{}, std::string(category), boNot}; }
 
 std::vector<Range> complement(std::vector<Range> ranges) {
     std::ranges::sort(ranges, {}, &Range::uFirst);
@@ -77,7 +77,7 @@ std::vector<Range> complement(std::vector<Range> ranges) {
     return others;
 }
 
-Unit opposite(const Unit& unit) {
+SetUnit opposite(const SetUnit& unit) {
     if (unit.sCategory.empty()) return {complement(unit.ranges), {}, false};
     return {{}, unit.sCategory, !unit.boNot};
 }
@@ -91,7 +91,7 @@ std::string code(std::uint32_t u) {
 }
 
 // What stands between the brackets.
-std::string unitText(const Unit& unit) {
+std::string unitText(const SetUnit& unit) {
     if (!unit.sCategory.empty()) return (unit.boNot ? "\\P{" : "\\p{") + unit.sCategory + "}";
     std::string sText;
     for (const Range& range : unit.ranges)
@@ -101,15 +101,15 @@ std::string unitText(const Unit& unit) {
 
 std::string setText(const Set& set) {
     std::string sUnits;
-    for (const Unit& unit : set.units) sUnits += unitText(unit);
+    for (const SetUnit& unit : set.units) sUnits += unitText(unit);
     if (sUnits.empty()) return set.boNot ? "[\\x{0}-\\x{10FFFF}]" : "[^\\x{0}-\\x{10FFFF}]";
     return (set.boNot ? "[^" : "[") + sUnits + "]";
 }
 
 // All code points of a set are one unit, and each category is one.
-std::vector<Unit> gathered(const std::vector<Unit>& units) {
-    std::vector<Unit> found(1);
-    for (const Unit& unit : units) {
+std::vector<SetUnit> gathered(const std::vector<SetUnit>& units) {
+    std::vector<SetUnit> found(1);
+    for (const SetUnit& unit : units) {
         if (!unit.sCategory.empty())
             found.push_back(unit);
         else
@@ -121,9 +121,9 @@ std::vector<Unit> gathered(const std::vector<Unit>& units) {
 
 // What is in "set" and not in "without": what is in none of the opposites.
 std::string differenceText(const Set& set, const Set& without) {
-    const auto both = [](const std::vector<Unit>& inUnits, const std::vector<Unit>& notIn) {
+    const auto both = [](const std::vector<SetUnit>& inUnits, const std::vector<SetUnit>& notIn) {
         std::string sText;
-        for (const Unit& unit : gathered(inUnits)) {
+        for (const SetUnit& unit : gathered(inUnits)) {
             Set outside{notIn, true};
             outside.units.push_back(opposite(unit));
             sText += (sText.empty() ? "" : "|") + setText(outside);
@@ -138,8 +138,8 @@ std::string differenceText(const Set& set, const Set& without) {
     }
     if (set.boNot) return both(without.units, set.units);
     std::string sText;   // in a unit of each
-    for (const Unit& a : gathered(set.units))
-        for (const Unit& b : gathered(without.units))
+    for (const SetUnit& a : gathered(set.units))
+        for (const SetUnit& b : gathered(without.units))
             sText += (sText.empty() ? "" : "|") + setText({{opposite(a), opposite(b)}, true});
     return sText.empty() ? setText({}) : "(?:" + sText + ")";
 }
@@ -264,7 +264,7 @@ private:
         ++m_iAt;
         if (boEnd()) throw PatternFault("a \\ ends the pattern");
         const char c = m_text[m_iAt++];
-        const auto named = [&](char cUpper, std::vector<Unit> units) { return Set{std::move(units), c == cUpper}; };
+        const auto named = [&](char cUpper, std::vector<SetUnit> units) { return Set{std::move(units), c == cUpper}; };
         switch (c) {
         case 'n': return single('\n');
         case 'r': return single('\r');
@@ -296,7 +296,7 @@ private:
         return {{unitOf(range)}, false};
     }
 
-    Unit category(bool boNot) {
+    SetUnit category(bool boNot) {
         const std::size_t iEnd = boTake('{') ? m_text.find('}', m_iAt) : std::string_view::npos;
         if (iEnd == std::string_view::npos) throw PatternFault("a \\p has no {name}");
         const std::string_view sName = m_text.substr(m_iAt, iEnd - m_iAt);
@@ -306,7 +306,7 @@ private:
         const auto* pRow = std::ranges::find(g_blocks, sBlock, &BlockRow::sName);
         if (pRow == std::end(g_blocks))
             throw PatternFault("the category or block " + std::string(sName) + " is not known");
-        Unit unit{{pRow->range}, {}, false};
+        SetUnit unit{{pRow->range}, {}, false};
         return boNot ? opposite(unit) : unit;
     }
 
@@ -356,7 +356,7 @@ private:
             if (range.uLast < range.uFirst) throw PatternFault("a range ends below its begin");
         }
         if (first.boNot) {   // \S, \D, \I, \C: all that they leave out is one unit
-            const std::vector<Unit> units = gathered(first.units);
+            const std::vector<SetUnit> units = gathered(first.units);
             set.units.push_back(opposite(units.front()));
         } else {
             set.units.insert(set.units.end(), first.units.begin(), first.units.end());

@@ -16,8 +16,6 @@ namespace {
 
 Value argument(Evaluator& evaluator, const Node& node, std::size_t i) { return evaluator.run(*node.operands[i]); }
 
-Value ofReal(double fValue) { return std::isfinite(fValue) ? valueOf(fValue) : Value(); }
-
 // A function of one number.
 template <double (*function)(double)>
 Value ofNumber(Evaluator& evaluator, const Node& node) {

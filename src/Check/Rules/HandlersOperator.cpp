@@ -24,8 +24,6 @@ Logical negated(Logical eValue) {
     return static_cast<Logical>(static_cast<int>(Logical::True) - static_cast<int>(eValue));
 }
 
-Value ofReal(double fValue) { return std::isfinite(fValue) ? valueOf(fValue) : Value(); }
-
 struct Operands {
     Value left, right;
     bool boNull = false;

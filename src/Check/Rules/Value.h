@@ -5,6 +5,7 @@
 // Threads  plain values; an Arena belongs to one evaluator.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -95,6 +96,8 @@ static_assert(sizeof(Value) == 24 && std::is_trivially_copyable_v<Value>);
     value.fReal = fValue;
     return value;
 }
+// Unknown where no finite number came out.
+[[nodiscard]] inline Value ofReal(double fValue) noexcept { return std::isfinite(fValue) ? valueOf(fValue) : Value(); }
 // The text is not copied.
 [[nodiscard]] inline Value valueOf(std::string_view text) noexcept {
     Value value;

@@ -13,10 +13,10 @@
 namespace oxa::check {
 
 using namespace ifc::def::schema;
+using ifc::def::schema::Attribute;   // not that of the model
 
 namespace {
 
-constexpr std::size_t g_iMostFound = 80;
 // Bits of Instance::iMore.
 constexpr std::uint16_t g_iComplex = 1;
 

@@ -11,6 +11,7 @@ namespace oxa::check {
 namespace {
 
 using namespace ifc::def::schema;
+using ifc::def::schema::Attribute;   // not that of the model
 
 struct Bounds {
     std::uint64_t iLow = 0;

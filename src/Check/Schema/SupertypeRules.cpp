@@ -10,9 +10,7 @@
 namespace oxa::check {
 
 using namespace ifc::def::schema;
-using ifc::def::express::ExpressLexer;
-using ifc::def::express::Token;
-using ifc::def::express::TokenKind;
+namespace lexical = ifc::def::express;
 
 // Reads the heads of entities, and passes over all else. The text was read once before: it has no faults.
 class SupertypeRules::Reader {
@@ -20,7 +18,7 @@ public:
     Reader(std::string_view text, Constraints& constraints) : m_lexer(text), m_constraints(constraints) {}
 
     void vRead() {
-        for (vNext(); m_token.kind != TokenKind::End && m_token.kind != TokenKind::Fault; vNext()) {
+        for (vNext(); m_token.kind != lexical::TokenKind::End && m_token.kind != lexical::TokenKind::Fault; vNext()) {
             if (m_sWord == "ENTITY") vEntity();
             if (m_sWord == "SUBTYPE_CONSTRAINT") vConstraint();
         }
@@ -31,7 +29,7 @@ private:
     void vEntity() {
         vNext();
         const std::string sEntity = m_sWord;
-        while (m_token.kind == TokenKind::Word && m_sWord != "SUPERTYPE" && m_sWord != "SUBTYPE") vNext();
+        while (m_token.kind == lexical::TokenKind::Word && m_sWord != "SUPERTYPE" && m_sWord != "SUBTYPE") vNext();
         if (m_sWord != "SUPERTYPE") return;
         vNext();
         if (m_sWord == "OF") m_constraints[sEntity].push_back(operand(0));
@@ -39,7 +37,7 @@ private:
 
     // name FOR entity ";" [ ABSTRACT SUPERTYPE ";" ] [ TOTAL_OVER "(" names ")" ";" ] [ expression ";" ]
     void vConstraint() {
-        while (m_token.kind == TokenKind::Word && m_sWord != "FOR") vNext();
+        while (m_token.kind == lexical::TokenKind::Word && m_sWord != "FOR") vNext();
         vNext();
         const std::string sEntity = m_sWord;
         vNext();
@@ -47,7 +45,8 @@ private:
             Expression expression = chain(0, true);
             if (expression.sName == "END_SUBTYPE_CONSTRAINT") return;
             if (boAt(";")) m_constraints[sEntity].push_back(std::move(expression));
-            while (!boAt(";") && m_token.kind != TokenKind::End && m_token.kind != TokenKind::Fault) vNext();
+            while (!boAt(";") && m_token.kind != lexical::TokenKind::End && m_token.kind != lexical::TokenKind::Fault)
+                vNext();
         }
     }
 
@@ -55,7 +54,7 @@ private:
 
     void vNext() {
         m_token = m_lexer.next();
-        m_sWord = m_token.kind == TokenKind::Word ? sUpper(m_token.text) : std::string();
+        m_sWord = m_token.kind == lexical::TokenKind::Word ? sUpper(m_token.text) : std::string();
     }
     [[nodiscard]] bool boAt(std::string_view symbol) const noexcept { return m_token.text == symbol; }
 
@@ -87,9 +86,9 @@ private:
         return result;
     }
 
-    ExpressLexer m_lexer;
+    lexical::ExpressLexer m_lexer;
     Constraints& m_constraints;
-    Token m_token;
+    lexical::Token m_token;
     std::string m_sWord;   // in capitals
 };
 

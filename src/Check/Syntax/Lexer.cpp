@@ -15,7 +15,6 @@ namespace oxa::check {
 
 namespace {
 
-constexpr std::size_t g_iMostFound = 80;   // bytes of the file in a record
 constexpr std::size_t g_iMostPending = 100'000;
 constexpr std::uint64_t g_iHashSeed = 0xCBF29CE484222325U;
 

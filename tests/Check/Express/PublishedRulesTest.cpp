@@ -17,13 +17,13 @@ namespace {
 using namespace oxa::check::express;
 namespace ex = oxa::ifc::def::express;
 
-struct Row {
+struct PublishedRow {
     const char* sFile;
     std::size_t iEntityRules, iTypeRules, iUniques, iRules, iFunctions, iDerived;
 };
-void PrintTo(const Row& row, std::ostream* pStream) { *pStream << row.sFile; }
+void PrintTo(const PublishedRow& row, std::ostream* pStream) { *pStream << row.sFile; }
 
-class PublishedRulesTest : public testing::TestWithParam<Row> {
+class PublishedRulesTest : public testing::TestWithParam<PublishedRow> {
 protected:
     void SetUp() override {
         const char* sFolder = std::getenv("OXAIFC_SCHEMAS");
@@ -41,7 +41,7 @@ protected:
 };
 
 TEST_P(PublishedRulesTest, AllAreRead) {
-    Row found{GetParam().sFile, 0, 0, 0, 0, 0, 0};
+    PublishedRow found{GetParam().sFile, 0, 0, 0, 0, 0, 0};
     for (const TypeRules& type : m_rules.types) found.iTypeRules += type.rules.size();
     for (const EntityRules& entity : m_rules.entities) {
         found.iEntityRules += entity.rules.size();
@@ -118,8 +118,8 @@ TEST_P(PublishedRulesTest, PrintedTokensAreThoseOfTheText) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, PublishedRulesTest,
-                         testing::Values(Row{"IFC2X3_TC1.exp", 339, 24, 17, 2, 38, 55},
-                                         Row{"IFC4_ADD2_TC1.exp", 652, 25, 4, 2, 47, 62},
-                                         Row{"IFC4X3_ADD2.exp", 752, 25, 4, 2, 48, 60}));
+                         testing::Values(PublishedRow{"IFC2X3_TC1.exp", 339, 24, 17, 2, 38, 55},
+                                         PublishedRow{"IFC4_ADD2_TC1.exp", 652, 25, 4, 2, 47, 62},
+                                         PublishedRow{"IFC4X3_ADD2.exp", 752, 25, 4, 2, 48, 60}));
 
 }   // namespace

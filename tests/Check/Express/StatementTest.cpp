@@ -82,12 +82,12 @@ TEST(ExpressDeclaration, WhatTheSchemaGraphHoldsIsPassedOver) {
     EXPECT_EQ(oxa::check::express::sText(rules), "SCHEMA s;\nENTITY e;\nWHERE\nw : a > 1;\nEND_ENTITY;\nEND_SCHEMA;\n");
 }
 
-struct FaultRow {
+struct StatementFaultRow {
     const char* sText;
     unsigned iColumn;
     const char* sMessage;
 };
-const FaultRow g_faults[] = {
+const StatementFaultRow g_statementFaults[] = {
     {"TYPE", 1, "SCHEMA expected instead of \"TYPE\""},
     {"SCHEMA s; x", 11, "a declaration expected instead of \"x\""},
     {"SCHEMA s; END_SCHEMA; x", 23, "the end expected instead of \"x\""},
@@ -107,7 +107,7 @@ const FaultRow g_faults[] = {
 };
 
 TEST(ExpressDeclaration, FaultsAreToldWithLineAndColumn) {
-    for (const FaultRow& row : g_faults) {
+    for (const StatementFaultRow& row : g_statementFaults) {
         SCOPED_TRACE(row.sText);
         std::vector<oxa::ifc::SchemaMessage> messages;
         SchemaRules rules;

@@ -19,7 +19,7 @@ std::string sEscaped(std::string_view text) {
     return sAll;
 }
 
-ids::Requirements requiring(const std::string& sPattern) {
+ids::Requirements requiringPattern(const std::string& sPattern) {
     return ids::Requirements::fromBuffer(
         idsFile(SpecificationText{.requirements = "<attribute>" + simple("name", "Name") +
                                                   "<value><xs:restriction base=\"xs:string\"><xs:pattern value=\"" +
@@ -74,7 +74,7 @@ TEST(IdsPattern, WhatMatches) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sPattern);
-        const ids::Requirements read = requiring(row.sPattern);
+        const ids::Requirements read = requiringPattern(row.sPattern);
         EXPECT_TRUE(read.valid()) << read.faults().front().message;
         Model model("IFC4");
         for (const char* pName : row.matching) model.create("IfcWall", {{"Name", pName}});
@@ -118,17 +118,17 @@ TEST(IdsPattern, WhatCanNotBeRead) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sPattern);
-        const ids::Requirements read = requiring(row.sPattern);
+        const ids::Requirements read = requiringPattern(row.sPattern);
         ASSERT_EQ(read.faults().size(), 1U);
         EXPECT_EQ(read.faults().front().message, "the pattern can't be read: " + std::string(row.sMessage));
     }
     std::string sDeep = "a";
     for (int i = 0; i < 4; ++i) sDeep = "(" + sDeep + "{1,90})";
-    EXPECT_FALSE(requiring(sDeep).valid());   // too many repetitions, or too much memory
-    EXPECT_FALSE(requiring(std::string(100'000, '(')).valid());
+    EXPECT_FALSE(requiringPattern(sDeep).valid());   // too many repetitions, or too much memory
+    EXPECT_FALSE(requiringPattern(std::string(100'000, '(')).valid());
     std::string sClass;
     for (int i = 0; i < 30; ++i) sClass += "\\w";
-    EXPECT_TRUE(requiring("(" + sClass + "){1,1}").valid());
+    EXPECT_TRUE(requiringPattern("(" + sClass + "){1,1}").valid());
 }
 
 TEST(IdsPattern, MemoryOfAllIsBounded) {

@@ -12,13 +12,13 @@ const char* const g_sBegin =
     "Kind : OPTIONAL Colour; DERIVE Double : REAL := Value * 2; INVERSE Users : SET OF Thing FOR Other; WHERE W : ";
 const char* const g_sEnd = "; END_ENTITY; ENTITY Odd SUBTYPE OF (Thing); END_ENTITY; FUNCTION Fine(t : GENERIC) : "
                            "LOGICAL; RETURN (FALSE); END_FUNCTION; END_SCHEMA;";
-const char* const g_sData = "#1=THING('b',0.5,(),#2,.RED.);";
+const char* const g_sExplained = "#1=THING('b',0.5,(),#2,.RED.);";
 
-struct Row {
+struct ExplainRow {
     const char* sCondition;
     const char* sReason;
 };
-const Row g_rows[] = {
+const ExplainRow g_explainRows[] = {
     {"SIZEOF(Items) > 0", "SIZEOF(Items) = 0"},
     {"SIZEOF(QUERY(i <* [1, 2, 3] | i > 1)) = 1", "SIZEOF(QUERY(i <* [1, 2, 3] | i > 1)) = 2"},
     {"Value > 1.", "Value = 0.5"},
@@ -48,13 +48,13 @@ const Row g_rows[] = {
 };
 
 TEST(RuleReason, NamesThePartsThatFailed) {
-    for (const Row& row : g_rows) {
+    for (const ExplainRow& row : g_explainRows) {
         SCOPED_TRACE(row.sCondition);
         const std::string sSchema = std::string(g_sBegin) + row.sCondition + g_sEnd;
         std::vector<oxa::ifc::SchemaMessage> messages;
         const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(sSchema, messages);
         ASSERT_NE(pSchema, nullptr) << messages[0].sText;
-        ExpressRun run(*pSchema, sSchema, {}, g_sData + std::string("#2=ODD('a',1.5,(1),$,.GREEN.);"));
+        ExpressRun run(*pSchema, sSchema, {}, g_sExplained + std::string("#2=ODD('a',1.5,(1),$,.GREEN.);"));
         std::string sReason = "none";
         for (const auto& finding : oxa::check::rules::checkRules(*run.pProgram, run.file.data()).findings)
             if (finding.pEntity && run.file.data().iIdFromEntity(*finding.pEntity) == 1) sReason = finding.sReason;

@@ -7,11 +7,11 @@ namespace {
 
 using oxa::test::ExpressRun;
 
-const char* const g_sSchema =
+const char* const g_sUnknownSchema =
     "SCHEMA S; TYPE Colour = ENUMERATION OF (RED, GREEN); END_TYPE; ENTITY Base; Name : OPTIONAL STRING; END_ENTITY; "
     "ENTITY Thing SUBTYPE OF (Base); Amount : OPTIONAL REAL; Flag : OPTIONAL LOGICAL; Bits : OPTIONAL BINARY; Kind : "
     "OPTIONAL Colour; Items : OPTIONAL LIST OF INTEGER; Other : OPTIONAL Base; END_ENTITY; END_SCHEMA;";
-const char* const g_sData = "#1=THING($,$,$,$,$,$,$);";
+const char* const g_sUnknownData = "#1=THING($,$,$,$,$,$,$);";
 
 // An operator between operands of these values. Where one is missing, so is the result, which is UNKNOWN for a comparison.
 struct OperatorRow {
@@ -102,13 +102,13 @@ struct Call {
 
 void vExpect(const std::vector<Call>& calls) {
     std::vector<oxa::ifc::SchemaMessage> messages;
-    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(g_sSchema, messages);
+    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(g_sUnknownSchema, messages);
     ASSERT_NE(pSchema, nullptr) << messages[0].sText;
     std::string sTests;
     for (std::size_t i = 0; i < calls.size(); ++i)
         sTests +=
             "FUNCTION t" + std::to_string(i) + "(t : Thing) : GENERIC; RETURN (" + calls[i].sText + "); END_FUNCTION; ";
-    ExpressRun run(*pSchema, g_sSchema, sTests, g_sData);
+    ExpressRun run(*pSchema, g_sUnknownSchema, sTests, g_sUnknownData);
     for (std::size_t i = 0; i < calls.size(); ++i)
         EXPECT_EQ(run.sCalled("t" + std::to_string(i), {1}), calls[i].sResult) << calls[i].sText;
 }

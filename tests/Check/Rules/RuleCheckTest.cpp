@@ -7,7 +7,7 @@ namespace {
 using namespace oxa::check;
 using oxa::test::ExpressRun;
 
-const char* const g_sSchema =
+const char* const g_sRuleSchema =
     "SCHEMA S; TYPE Size = REAL; WHERE Positive : SELF > 0.; END_TYPE; TYPE Small = Size; WHERE SELF < 10.; END_TYPE; "
     "TYPE Any = SELECT (Small, Size, Thing); END_TYPE; TYPE Pair = LIST [2:2] OF Size; WHERE Rising : SELF[1] < "
     "SELF[2]; END_TYPE; "
@@ -18,13 +18,13 @@ const char* const g_sSchema =
     "RULE AtMost FOR (Thing); LOCAL n : INTEGER; END_LOCAL; n := SIZEOF(Thing); WHERE Few : n < 4; END_RULE; "
     "END_SCHEMA;";
 
-struct Row {
+struct RuleRow {
     const char* sData;
     std::vector<std::string> expected;
 };
 
 // "#12 Rule: reason", with "! " in front of a rule that could not be evaluated.
-std::vector<std::string> found(const std::string& sData, unsigned iThreads = 1, const char* sSchema = g_sSchema) {
+std::vector<std::string> found(const std::string& sData, unsigned iThreads = 1, const char* sSchema = g_sRuleSchema) {
     std::vector<oxa::ifc::SchemaMessage> messages;
     const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(sSchema, messages);
     ExpressRun run(*pSchema, sSchema, {}, sData);
@@ -40,7 +40,7 @@ std::vector<std::string> found(const std::string& sData, unsigned iThreads = 1, 
 }
 
 TEST(RuleCheck, RecordsSayWhichRuleAndWhy) {
-    const Row g_rows[] = {
+    const RuleRow g_rows[] = {
         {"#1=BASE('a');", {}},
         {"#1=BASE($);", {}},
         {"#1=BASE('bad');", {"#1 Base.Named: Name = 'bad'"}},
@@ -56,7 +56,7 @@ TEST(RuleCheck, RecordsSayWhichRuleAndWhy) {
         {"#1=BASE('a');#2=BASE('b');#3=BASE('a');", {"#3 Base.U: Name = 'a', as #1=Base"}},
         {"#1=THING($,$,$,$,$);#2=THING($,$,$,$,$);#3=THING($,$,$,$,$);#4=THING($,$,$,$,$);", {"AtMost.Few: n = 4"}},
     };
-    for (const Row& row : g_rows) {
+    for (const RuleRow& row : g_rows) {
         SCOPED_TRACE(row.sData);
         EXPECT_EQ(found(row.sData), row.expected);
     }
@@ -71,7 +71,7 @@ TEST(RuleCheck, BoundsMayBeExpressions) {
     std::vector<oxa::ifc::SchemaMessage> messages;
     const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(sSchema, messages);
     ASSERT_NE(pSchema, nullptr) << messages.front().sText;
-    const Row g_rows[] = {
+    const RuleRow g_rows[] = {
         {"#1=A(2,(1,2),(1,2),(1),(1,2),());", {}},
         {"#1=A(2,(1,2,3),$,$,$,$);", {"#1 A.Items: EXISTS(Items) = TRUE; SIZEOF(Items) = 3; Count = 2"}},
         {"#1=A(3,(1),(1,2),$,$,$);",
@@ -79,7 +79,7 @@ TEST(RuleCheck, BoundsMayBeExpressions) {
         {"#1=A(4,(1),$,(1),$,$);", {"#1 A.Some: EXISTS(Some) = TRUE; SIZEOF(Some) = 1; Half(Count) = 2"}},
         {"#1=A(1,(1),$,$,(1,2,3),$);", {"#1 Few.bounds: Own = [1, 2, 3]; SIZEOF(SELF) = 3; Most = 2"}},
     };
-    for (const Row& row : g_rows) {
+    for (const RuleRow& row : g_rows) {
         SCOPED_TRACE(row.sData);
         ExpressRun run(*pSchema, sSchema, {}, row.sData);
         std::vector<std::string> result;
@@ -135,8 +135,8 @@ TEST(RuleCheck, ThreadsShareWhatTheyKnowOfUses) {
 
 TEST(RuleCheck, MakesTheReasonsOfWhatIsTold) {
     std::vector<oxa::ifc::SchemaMessage> messages;
-    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(g_sSchema, messages);
-    ExpressRun run(*pSchema, g_sSchema, {}, "#1=THING('bad',6.,$,(SIZE(-1.),SIZE(-2.)),$);#2=THING($,7.,$,$,$);");
+    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(g_sRuleSchema, messages);
+    ExpressRun run(*pSchema, g_sRuleSchema, {}, "#1=THING('bad',6.,$,(SIZE(-1.),SIZE(-2.)),$);#2=THING($,7.,$,$,$);");
     rules::RuleRun rules(*run.pProgram, run.file.data(), {});
     rules::RuleResult result = rules.check();
     std::vector<std::string> reasons;
@@ -229,8 +229,8 @@ TEST(RuleCheck, CostsTheSameOnAnyNumberOfThreads) {
 
 TEST(RuleCheck, StopsWhereItIsAskedTo) {
     std::vector<oxa::ifc::SchemaMessage> messages;
-    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(g_sSchema, messages);
-    ExpressRun run(*pSchema, g_sSchema, {}, "#1=BASE('bad');");
+    const auto pSchema = oxa::ifc::SchemaLoader::pSchemaFromExpress(g_sRuleSchema, messages);
+    ExpressRun run(*pSchema, g_sRuleSchema, {}, "#1=BASE('bad');");
     std::stop_source source;
     source.request_stop();
     rules::RuleOptions options;

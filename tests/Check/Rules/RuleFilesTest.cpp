@@ -11,12 +11,12 @@
 
 namespace {
 
-struct Row {
+struct RuleFileRow {
     const char* sFile;
     const char* sRule;
 };
 // clang-format off
-const Row g_rows[] = {
+const RuleFileRow g_rows[] = {
     {"fail-2-box-alignment-invalid-ifc2x3.ifc", "IfcBoxAlignment.WR1"},
     {"fail-2-projects-ifc2x3.ifc", "IfcSingleProjectInstance.WR1"},
     {"fail-IfcTelecomAddress-USERDEFINED-None-ifc2x3.ifc", "IfcAddress.WR1"},
@@ -64,7 +64,7 @@ oxa::CheckResult checked(const std::filesystem::path& path) {
 
 TEST(RuleFiles, FailByTheRuleThatTheyAreNamedFor) {
     if (!std::filesystem::exists(folder())) GTEST_SKIP() << folder() << " is not at hand";
-    for (const Row& row : g_rows) {
+    for (const RuleFileRow& row : g_rows) {
         SCOPED_TRACE(row.sFile);
         const oxa::CheckResult result = checked(folder() / row.sFile);
         ASSERT_EQ(result.groups.size(), 1U);

@@ -17,12 +17,12 @@ namespace {
 using namespace oxa::check;
 using oxa::ifc::SchemaLoader;
 
-struct Row {
+struct RuleTableRow {
     const char* sSchema;
     const char* sText;
     std::size_t iTypes, iEntities, iUniques, iGlobals;
 };
-void PrintTo(const Row& row, std::ostream* pStream) { *pStream << row.sSchema; }
+void PrintTo(const RuleTableRow& row, std::ostream* pStream) { *pStream << row.sSchema; }
 
 // As text, declarations in the order of their names: what a schema has more than the base of its table stands anywhere.
 std::string sSorted(express::SchemaRules rules) {
@@ -33,13 +33,13 @@ std::string sSorted(express::SchemaRules rules) {
     return express::sText(rules);
 }
 
-class RuleTablesTest : public testing::TestWithParam<Row> {};
+class RuleTablesTest : public testing::TestWithParam<RuleTableRow> {};
 
 TEST_P(RuleTablesTest, AllRulesCanBeEvaluated) {
     const rules::SchemaProgram program = rules::programOf(*SchemaLoader::pBuiltIn(GetParam().sSchema));
     ASSERT_NE(program.pProgram, nullptr);
     EXPECT_EQ(program.pOwned, nullptr);
-    Row found{GetParam().sSchema, nullptr, 0, 0, 0, 0};
+    RuleTableRow found{GetParam().sSchema, nullptr, 0, 0, 0, 0};
     for (const rules::Rule& rule : program.pProgram->rules) {
         EXPECT_EQ(rule.code.sFault, "") << rule.sName;
         EXPECT_EQ(rule.pOwner == nullptr, rule.sort == rules::Rule::Sort::Global) << rule.sName;
@@ -82,18 +82,18 @@ TEST_P(RuleTablesTest, TableIsThatOfThePublishedText) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Schemas, RuleTablesTest,
-                         testing::Values(Row{"IFC2X3", "IFC2X3_TC1.exp", 24, 339, 17, 2},
-                                         Row{"IFC4", "IFC4_ADD2_TC1.exp", 25, 652, 4, 2},
-                                         Row{"IFC4X1", "other/IFC4X1.exp", 25, 658, 4, 2},
-                                         Row{"IFC4X2", "other/IFC4X2.exp", 25, 672, 4, 2},
-                                         Row{"IFC4X3_RC1", "other/IFC4X3_RC1.exp", 25, 718, 4, 2},
-                                         Row{"IFC4X3_RC2", "other/IFC4X3_RC2.exp", 25, 723, 4, 2},
-                                         Row{"IFC4X3_RC3", "other/IFC4X3_RC3.exp", 25, 741, 4, 2},
-                                         Row{"IFC4X3_RC4", "other/IFC4X3_RC4.exp", 25, 741, 4, 2},
-                                         Row{"IFC4X3", "other/IFC4X3.exp", 25, 750, 4, 2},
-                                         Row{"IFC4X3_TC1", "other/IFC4X3_TC1.exp", 25, 747, 4, 2},
-                                         Row{"IFC4X3_ADD1", "other/IFC4X3_ADD1.exp", 25, 750, 4, 2},
-                                         Row{"IFC4X3_ADD2", "IFC4X3_ADD2.exp", 25, 752, 4, 2}));
+                         testing::Values(RuleTableRow{"IFC2X3", "IFC2X3_TC1.exp", 24, 339, 17, 2},
+                                         RuleTableRow{"IFC4", "IFC4_ADD2_TC1.exp", 25, 652, 4, 2},
+                                         RuleTableRow{"IFC4X1", "other/IFC4X1.exp", 25, 658, 4, 2},
+                                         RuleTableRow{"IFC4X2", "other/IFC4X2.exp", 25, 672, 4, 2},
+                                         RuleTableRow{"IFC4X3_RC1", "other/IFC4X3_RC1.exp", 25, 718, 4, 2},
+                                         RuleTableRow{"IFC4X3_RC2", "other/IFC4X3_RC2.exp", 25, 723, 4, 2},
+                                         RuleTableRow{"IFC4X3_RC3", "other/IFC4X3_RC3.exp", 25, 741, 4, 2},
+                                         RuleTableRow{"IFC4X3_RC4", "other/IFC4X3_RC4.exp", 25, 741, 4, 2},
+                                         RuleTableRow{"IFC4X3", "other/IFC4X3.exp", 25, 750, 4, 2},
+                                         RuleTableRow{"IFC4X3_TC1", "other/IFC4X3_TC1.exp", 25, 747, 4, 2},
+                                         RuleTableRow{"IFC4X3_ADD1", "other/IFC4X3_ADD1.exp", 25, 750, 4, 2},
+                                         RuleTableRow{"IFC4X3_ADD2", "IFC4X3_ADD2.exp", 25, 752, 4, 2}));
 
 TEST(RuleTables, SchemasMadeByACallerSayThatTheyHaveNone) {
     const oxa::ifc::def::SchemaPset own("IFC4");

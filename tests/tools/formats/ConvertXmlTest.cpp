@@ -110,13 +110,13 @@ TEST(ConvertXml, NothingMoreIsLostFromTheSecondTimeOn) {
     EXPECT_EQ(run.sOut, "no difference\n");
 }
 
-struct VerbRow {
+struct ConvertXmlVerbRow {
     const char* pRule;
     std::vector<std::string> words;   // "X" is the house as ifcXML
     int iCode;
     const char* pHolds;   // in the output
 };
-const VerbRow g_verbs[] = {
+const ConvertXmlVerbRow g_convertXmlVerbs[] = {
     {"info", {"info", "X"}, 0, "entities              399\n"},
     {"info in JSON", {"info", "X", "--json"}, 0, "\"IFCMAPCONVERSION\": 1,"},
     {"check makes no promise", {"check", "X"}, 0, ": read; what the import of ifcXML passes over, it does not tell\n"},
@@ -132,7 +132,7 @@ TEST(ConvertXml, VerbsReadIt) {
     const TestFolder folder;
     const std::string sXml = (folder.path() / "house.xml").string();
     ASSERT_EQ(runProgram({"convert", sExample("house-ifc4.ifc"), sXml}).iCode, 0);
-    for (const VerbRow& row : g_verbs) {
+    for (const ConvertXmlVerbRow& row : g_convertXmlVerbs) {
         SCOPED_TRACE(row.pRule);
         std::vector<std::string> words = row.words;
         std::replace(words.begin(), words.end(), std::string("X"), sXml);

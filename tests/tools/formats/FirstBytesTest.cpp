@@ -25,7 +25,7 @@ constexpr const char* g_pBig =
     "is text in UTF-16 (big endian), which no IFC file is in; make it UTF-8: iconv -f UTF-16BE -t UTF-8";
 constexpr const char* g_pProgram = "is a program, not a text";
 
-struct RefuseRow {
+struct FirstBytesRefuseRow {
     const char* pRule;
     std::string sBytes;
     const char* pError;
@@ -33,7 +33,7 @@ struct RefuseRow {
 
 TEST(FirstBytes, ForeignFormsAreToldByName) {
     // clang-format off
-    const RefuseRow rows[] = {
+    const FirstBytesRefuseRow rows[] = {
         {"bzip2", "BZh91AY"s, "is compressed with bzip2; unpack it (bunzip2) and name the file that comes out"},
         {"xz", "\xfd" "7zXZ\0\0"s, "is compressed with xz; unpack it (unxz) and name the file that comes out"},
         {"zstd", "\x28\xb5\x2f\xfd\x04"s, "is compressed with zstd; unpack it (unzstd) and name the file that comes out"},
@@ -51,7 +51,7 @@ TEST(FirstBytes, ForeignFormsAreToldByName) {
         {"the same in other letters", "\n <!doctype HTML>\n<p>", "is a page of the web (HTML)"},
     };
     // clang-format on
-    for (const RefuseRow& row : rows)
+    for (const FirstBytesRefuseRow& row : rows)
         for (const char* pVerb : {"info", "check"}) {
             SCOPED_TRACE(row.pRule);
             const ProgramRun run = runProgram({pVerb, "-"}, row.sBytes);

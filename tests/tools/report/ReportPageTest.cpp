@@ -338,13 +338,13 @@ TEST(ReportTemplate, LongTextsAreWhole) {
     EXPECT_TRUE(boHolds(run.sOut, sStatement)) << run.sError;
 }
 
-struct FaultRow {
+struct ReportPageFaultRow {
     const char* pRule;
     std::vector<std::string> words;   // behind "check"; IN, OUT and T are files
     const char* pTemplate;
     const char* pError;   // behind "oxaifc: "
 };
-const FaultRow g_faults[] = {
+const ReportPageFaultRow g_faults[] = {
     {"a fault in the template",
      {"IN", "--template", "T"},
      "a\n{% if %}",
@@ -372,7 +372,7 @@ const FaultRow g_faults[] = {
 };
 
 TEST(ReportTemplate, FaultIsOneLineAndNoFile) {
-    for (const FaultRow& row : g_faults) {
+    for (const ReportPageFaultRow& row : g_faults) {
         SCOPED_TRACE(row.pRule);
         const TestFolder folder;
         const std::string sIn = folder.sFile("in.ifc", g_threeErrors);

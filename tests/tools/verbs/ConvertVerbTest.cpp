@@ -14,11 +14,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* g_pProject = "#10=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',$,$,$,$,$,$,$,$);\n";
+constexpr const char* g_pConvertProject = "#10=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',$,$,$,$,$,$,$,$);\n";
 
 // A project, a site that it reaches over a relation, and three entities on their own.
-std::string sProjectFile() {
-    return sExchangeFile("IFC4", std::string(g_pProject) +
+std::string sConvertProjectFile() {
+    return sExchangeFile("IFC4", std::string(g_pConvertProject) +
                                      "#7=IFCRELAGGREGATES('1CCJ9i1$jSdgYVC2yzHPtC',$,$,$,#10,(#300));\n"
                                      "#300=IFCSITE('2cp60asVrO3R4Q9IgcHKIk',$,$,$,$,$,$,$,$,$,$,$,$,$);\n"
                                      "#4=IFCMATERIAL('a',$,$);\n"
@@ -53,31 +53,31 @@ TEST(ConvertVerb, KeepsNumbersAndStatements) {
 }
 
 TEST(ConvertVerb, FrameAndHeaderAreThoseOfTheFile) {
-    const ProgramRun run = runProgram({"convert", "-", "-"}, sExchangeFile("IFC4", g_pProject));
+    const ProgramRun run = runProgram({"convert", "-", "-"}, sExchangeFile("IFC4", g_pConvertProject));
     EXPECT_EQ(run.iCode, 0);
-    EXPECT_EQ(run.sOut, sExchangeFile("IFC4", g_pProject));
+    EXPECT_EQ(run.sOut, sExchangeFile("IFC4", g_pConvertProject));
 }
 
 TEST(ConvertVerb, TellsWhatTheProjectDoesNotReach) {
-    const std::multiset<std::string> all = statements(sProjectFile());
+    const std::multiset<std::string> all = statements(sConvertProjectFile());
     const std::multiset<std::string> reached =
         without(all, {"#4=IFCMATERIAL('a',$,$);", "#9=IFCMATERIAL('b',$,$);", "#3=IFCCARTESIANPOINT((0.,1.5));"});
     for (const char* pThreads : {"--single-threaded", "--"}) {
-        const ProgramRun run = runProgram({"convert", pThreads, "-", "-"}, sProjectFile());
+        const ProgramRun run = runProgram({"convert", pThreads, "-", "-"}, sConvertProjectFile());
         EXPECT_EQ(run.iCode, 0);
         EXPECT_EQ(statements(run.sOut), reached);
         EXPECT_EQ(run.sError, "left out, not connected with the project: 3 entities (--all writes them)\n"
                               "           2  IFCMATERIAL\n"
                               "           1  IFCCARTESIANPOINT\n");
     }
-    const ProgramRun run = runProgram({"convert", "-", "-", "--all"}, sProjectFile());
+    const ProgramRun run = runProgram({"convert", "-", "-", "--all"}, sConvertProjectFile());
     EXPECT_EQ(run.iCode, 0);
     EXPECT_EQ(run.sError, "");
     EXPECT_EQ(statements(run.sOut), all);
 }
 
 TEST(ConvertVerb, RenumberDealsNumbersFromOne) {
-    const ProgramRun run = runProgram({"convert", "--renumber", "--single-threaded", "-", "-"}, sProjectFile());
+    const ProgramRun run = runProgram({"convert", "--renumber", "--single-threaded", "-", "-"}, sConvertProjectFile());
     EXPECT_EQ(run.iCode, 0);
     EXPECT_EQ(statements(run.sOut),
               (std::multiset<std::string>{"#1=IFCPROJECT('0TdSR4dSbLuwdbL5HLUvM0',$,$,$,$,$,$,$,$);",
@@ -120,16 +120,16 @@ std::vector<ConvertRow> convertRows() {
          "oxaifc: standard input: has no IFCPROJECT to start from; --all writes every entity\n"},
         {"the simple form, everything", sSimple, {"--all"}, 0, simple, ""},
         {"the simple form of a project",
-         std::string("Ifc file simple;\nIFC4;\n*;\n") + g_pProject,
+         std::string("Ifc file simple;\nIFC4;\n*;\n") + g_pConvertProject,
          {},
          0,
-         statements(g_pProject),
+         statements(g_pConvertProject),
          ""},
         {"an error in the file",
-         sExchangeFile("IFC4", std::string(g_pProject) + "#2=IFCTEAPOT();\n"),
+         sExchangeFile("IFC4", std::string(g_pConvertProject) + "#2=IFCTEAPOT();\n"),
          {},
          1,
-         statements(g_pProject),
+         statements(g_pConvertProject),
          "oxaifc: standard input: 1 error while reading; oxaifc check tells them\n"},
         {"an error of the write",
          sExchangeFile("IFC4", sNoGuid(12)),
@@ -151,7 +151,7 @@ std::vector<ConvertRow> convertRows() {
          {"#1=IFCMATERIAL($,$,$);"},
          "oxaifc: standard input: 1 error while reading; oxaifc check tells them\n"},
         {"an unknown schema",
-         sExchangeFile("IFC99", g_pProject),
+         sExchangeFile("IFC99", g_pConvertProject),
          {},
          2,
          {},
@@ -240,7 +240,7 @@ TEST(ConvertVerb, OutThatCannotBeWrittenIsOneLineAndNoFile) {
         SCOPED_TRACE(row.pRule);
         const TestFolder folder;
         fs::create_directory(folder.path() / "sub");
-        const std::string sIn = folder.sFile("in.ifc", sProjectFile());
+        const std::string sIn = folder.sFile("in.ifc", sConvertProjectFile());
         const std::string sOut = (folder.path() / row.pOut).string();
         const ProgramRun run = runProgram({"convert", "--all", sIn, sOut});
         EXPECT_EQ(run.iCode, 2);
@@ -255,7 +255,7 @@ TEST(ConvertVerb, OutThatCannotBeWrittenIsOneLineAndNoFile) {
 TEST(ConvertVerb, FullDiskIsOneLine) {
     const std::string sOut = sFullDevice();
     if (sOut.empty()) GTEST_SKIP() << "no device that takes nothing";
-    const ProgramRun run = runProgram({"convert", "--all", "-", sOut}, sProjectFile());
+    const ProgramRun run = runProgram({"convert", "--all", "-", sOut}, sConvertProjectFile());
     EXPECT_EQ(run.iCode, 2);
     EXPECT_EQ(run.sError, "oxaifc: can't write " + sOut + ": No space left on device\n");
     EXPECT_TRUE(fs::is_character_file(sOut)) << "a device is not replaced";
@@ -282,34 +282,34 @@ TEST(ConvertVerb, WriteThatFailsHalfwayKeepsTheOldFile) {
 TEST(ConvertVerb, FolderWithoutPermissionKeepsTheOldFile) {
     if (!boHasRights()) GTEST_SKIP() << "the system has other rights";
     const TestFolder folder;
-    const std::string sIn = folder.sFile("in.ifc", sProjectFile());
+    const std::string sIn = folder.sFile("in.ifc", sConvertProjectFile());
     fs::permissions(folder.path(), fs::perms::owner_read | fs::perms::owner_exec);
     const ProgramRun run = runProgram({"convert", "--all", sIn, sIn});
     const bool boAllowed = run.iCode == 0;
     fs::permissions(folder.path(), fs::perms::owner_all);
     if (boAllowed) GTEST_SKIP() << "this user may write everywhere";
     EXPECT_EQ(run.sError, "oxaifc: can't write " + sIn + ": Permission denied\n");
-    EXPECT_EQ(sContent(sIn), sProjectFile());
+    EXPECT_EQ(sContent(sIn), sConvertProjectFile());
 }
 
 TEST(ConvertVerb, WriteProtectedFileIsNotReplaced) {
     const TestFolder folder;
-    const std::string sIn = folder.sFile("in.ifc", sProjectFile());
+    const std::string sIn = folder.sFile("in.ifc", sConvertProjectFile());
     fs::permissions(sIn, fs::perms::owner_read);
     const ProgramRun run = runProgram({"convert", "--all", "--renumber", sIn, sIn});
     if (run.iCode == 0) GTEST_SKIP() << "this user may write everything";
     EXPECT_EQ(run.sError, "oxaifc: can't write " + sIn + ": Permission denied\n");
-    EXPECT_EQ(sContent(sIn), sProjectFile());
+    EXPECT_EQ(sContent(sIn), sConvertProjectFile());
 }
 
 TEST(ConvertVerb, OutMayBeIn) {
     const TestFolder folder;
-    const std::string sIn = folder.sFile("in.ifc", sProjectFile());
+    const std::string sIn = folder.sFile("in.ifc", sConvertProjectFile());
     if (!boLink("in.ifc", folder.path() / "link.ifc")) GTEST_SKIP() << "no links here";
     for (const char* pOut : {"in.ifc", "link.ifc"}) {
         const ProgramRun run = runProgram({"convert", "--all", sIn, (folder.path() / pOut).string()});
         EXPECT_EQ(run.iCode, 0);
-        EXPECT_EQ(statements(sContent(sIn)), statements(sProjectFile()));
+        EXPECT_EQ(statements(sContent(sIn)), statements(sConvertProjectFile()));
         EXPECT_TRUE(fs::is_symlink(folder.path() / "link.ifc"));
         EXPECT_EQ(filesIn(folder.path()), (std::vector<std::string>{"in.ifc", "link.ifc"}));
     }
@@ -317,7 +317,7 @@ TEST(ConvertVerb, OutMayBeIn) {
 
 TEST(ConvertVerb, InWithErrorsIsNotReplacedByItself) {
     const TestFolder folder;
-    const std::string sFile = sExchangeFile("IFC4", std::string(g_pProject) + "#2=IFCTEAPOT();\n");
+    const std::string sFile = sExchangeFile("IFC4", std::string(g_pConvertProject) + "#2=IFCTEAPOT();\n");
     const std::string sIn = folder.sFile("in.ifc", sFile);
     if (!boLink("in.ifc", folder.path() / "link.ifc")) GTEST_SKIP() << "no links here";
     for (const char* pOut : {"in.ifc", "link.ifc"}) {
@@ -363,7 +363,7 @@ TEST(ConvertVerb, NewFileHasTheUsualPermissions) {
 }
 
 TEST(ConvertVerb, ReaderWhoGoesAwayIsNoFailure) {
-    std::string sData = g_pProject;
+    std::string sData = g_pConvertProject;
     for (int i = 11; i < 20000; ++i) sData += "#" + std::to_string(i) + "=IFCMATERIAL('abcdefghijkl',$,$);\n";
     const ProgramRun run =
         runProgram({"convert", "--all", "-", "-"}, sExchangeFile("IFC4", sData), OutputKind::ClosedPipe);

@@ -38,18 +38,18 @@ const std::string& sMaterials() {
     return sFile;
 }
 
-struct OutRow {
+struct EndedOutRow {
     const char* pOut;
     std::vector<std::string> behind;
     const char* pFullDisk;   // what is told of one; %: the folder of the test
 };
-const OutRow g_outs[] = {{"out.sqlite", {}, "%/out.sqlite: can't be written: File too large"},
-                         {"out.xlsx", {}, "%/out.xlsx: can't be written: temporary files in %: File too large"},
-                         {"out.csv", {"--only", "property"}, "can't write %/out.csv: File too large"},
-                         {"out", {}, "%/out/element.csv: can't be written: File too large"},
-                         {"out", {"-f", "ndjson"}, "%/out/element.ndjson: can't be written: File too large"}};
+const EndedOutRow g_outs[] = {{"out.sqlite", {}, "%/out.sqlite: can't be written: File too large"},
+                              {"out.xlsx", {}, "%/out.xlsx: can't be written: temporary files in %: File too large"},
+                              {"out.csv", {"--only", "property"}, "can't write %/out.csv: File too large"},
+                              {"out", {}, "%/out/element.csv: can't be written: File too large"},
+                              {"out", {"-f", "ndjson"}, "%/out/element.ndjson: can't be written: File too large"}};
 
-std::vector<std::string> words(const std::vector<std::string>& paths, const OutRow& row) {
+std::vector<std::string> words(const std::vector<std::string>& paths, const EndedOutRow& row) {
     std::vector<std::string> all{"table"};
     all.insert(all.end(), paths.begin(), paths.end());
     all.insert(all.end(), row.behind.begin(), row.behind.end());
@@ -58,7 +58,7 @@ std::vector<std::string> words(const std::vector<std::string>& paths, const OutR
 
 // The second file is a pipe that nobody writes to: the program waits with what it has made of the first.
 TEST(EndedVerb, TableCtrlCLeavesNothingBehind) {
-    for (const OutRow& row : g_outs)
+    for (const EndedOutRow& row : g_outs)
         for (const bool boOld : {false, true}) {
             SCOPED_TRACE(std::string(row.pOut) + (boOld ? ", which is there" : ""));
             const bool boFolder = fs::path(row.pOut).extension().empty();
@@ -90,7 +90,7 @@ TEST(EndedVerb, TableAFullDiskLeavesNothingBehind) {
 #ifdef OXA_COVERAGE
     GTEST_SKIP() << "this build's counts meet the limit too";
 #endif
-    for (const OutRow& row : g_outs) {
+    for (const EndedOutRow& row : g_outs) {
         SCOPED_TRACE(row.pOut);
         const TestFolder folder;
         const std::string sOut = (folder.path() / row.pOut).string();

@@ -86,11 +86,11 @@ TEST(ExtractVerb, WritesAStepFileUnderSuchAName) {
         runProgram({"extract", "-", "20", "-", "--format", "simple"}, sModel()).sOut.starts_with("Ifc file simple;"));
 }
 
-struct FailRow {
+struct ExtractFailRow {
     const char* pWhat;
     const char* pError;
 };
-const FailRow g_failures[] = {
+const ExtractFailRow g_failures[] = {
     {"#8", "oxaifc: standard input: there is no #8\n"},
     {"1CCJ9i1$jSdgYVC2yzHPtD", "oxaifc: standard input: there is no GlobalId 1CCJ9i1$jSdgYVC2yzHPtD\n"},
     {"IfcDoor", "oxaifc: standard input: IfcDoor selects nothing\n"},
@@ -100,7 +100,7 @@ const FailRow g_failures[] = {
 };
 
 TEST(ExtractVerb, UnknownWhatLeavesOutAsItWas) {
-    for (const FailRow& row : g_failures) {
+    for (const ExtractFailRow& row : g_failures) {
         SCOPED_TRACE(row.pWhat);
         const TestFolder folder;
         const std::string sOut = folder.sFile("out.ifc", "old");

@@ -18,13 +18,13 @@ namespace {
 const std::string g_data = "\r\nDATA; /* '#1=A(; */ #1=NOTHING(';\xff\n\x01\n\nno end";
 
 // A header with blanks, line ends, comments and a statement of its own kind in it.
-const std::string g_header = "ISO-10303-21;/* HEADER; */\r\nHEADER ;\r\n"
-                             "/* it's; */FILE_DESCRIPTION ( ( 'd;1' ,\r\n'/*d2*/' ) , '2;1' ) ;\n"
-                             "FILE_NAME( 'n''(' /* name */,$,\n\t('a'),('o1','o2'),'',\n's)','\\X\\E4') ;\n"
-                             "FILE_SCHEMA(('IFC4'));\nENDSEC ;";
+const std::string g_oldHeader = "ISO-10303-21;/* HEADER; */\r\nHEADER ;\r\n"
+                                "/* it's; */FILE_DESCRIPTION ( ( 'd;1' ,\r\n'/*d2*/' ) , '2;1' ) ;\n"
+                                "FILE_NAME( 'n''(' /* name */,$,\n\t('a'),('o1','o2'),'',\n's)','\\X\\E4') ;\n"
+                                "FILE_SCHEMA(('IFC4'));\nENDSEC ;";
 
 TEST(HeaderVerb, TextHasTheThirteenRowsOfTheTree) {
-    const ProgramRun run = runProgram({"header", "-"}, g_header + g_data);
+    const ProgramRun run = runProgram({"header", "-"}, g_oldHeader + g_data);
     EXPECT_EQ(run.iCode, 0);
     EXPECT_EQ(run.sError, "");
     EXPECT_EQ(run.sOut, "Description\n"
@@ -43,7 +43,7 @@ TEST(HeaderVerb, TextHasTheThirteenRowsOfTheTree) {
 }
 
 TEST(HeaderVerb, JsonHasTheFields) {
-    const ProgramRun run = runProgram({"header", "--json", "-"}, g_header + g_data);
+    const ProgramRun run = runProgram({"header", "--json", "-"}, g_oldHeader + g_data);
     EXPECT_EQ(run.iCode, 0);
     const Json expected = {{"description", {"d;1", "/*d2*/"}},
                            {"implementationLevel", "2;1"},
@@ -101,14 +101,14 @@ const SetRow g_sets[] = {
 TEST(HeaderVerb, SetChangesItsValueAndNoOtherByte) {
     for (const SetRow& row : g_sets) {
         SCOPED_TRACE(row.pRule);
-        std::string sExpected = g_header;
+        std::string sExpected = g_oldHeader;
         const std::size_t iPlace =
             std::string_view(row.pBefore) == "''" ? sExpected.find(",'',") + 1 : sExpected.find(row.pBefore);
         sExpected.replace(iPlace, std::string_view(row.pBefore).size(), row.pAfter);
         std::vector<std::string> words{"header", "-"};
         for (const std::string& sSetting : row.settings) words.insert(words.end(), {"--set", sSetting});
         words.push_back("-");
-        const ProgramRun run = runProgram(words, g_header + g_data);
+        const ProgramRun run = runProgram(words, g_oldHeader + g_data);
         EXPECT_EQ(run.iCode, 0);
         EXPECT_EQ(run.sError, "");
         EXPECT_EQ(run.sOut, sExpected + g_data);
@@ -118,7 +118,7 @@ TEST(HeaderVerb, SetChangesItsValueAndNoOtherByte) {
 TEST(HeaderVerb, SeveralFieldsAreSetAtOnce) {
     const ProgramRun run = runProgram({"header", "-", "--set", "schema=IFC2X3", "--set", "author=x", "--set", "name=y",
                                        "--set", "author=z", "--set", "implementationLevel=w", "-"},
-                                      g_header + g_data);
+                                      g_oldHeader + g_data);
     EXPECT_EQ(run.iCode, 0);
     EXPECT_TRUE(run.sOut.ends_with(g_data));
     const Json header = runProgram({"header", "-", "--json"}, run.sOut).json();
@@ -133,7 +133,7 @@ TEST(HeaderVerb, SeveralFieldsAreSetAtOnce) {
 TEST(HeaderVerb, FileMayBeItsOwnTarget) {
     const TestFolder folder;
     const std::string sData(1000000, 'x');
-    const std::string sPath = folder.sFile("a.ifc", g_header + sData);
+    const std::string sPath = folder.sFile("a.ifc", g_oldHeader + sData);
     for (const char* pName : {"first", "a much longer second", "3"}) {
         EXPECT_EQ(runProgram({"header", sPath, "--set", std::string("name=") + pName, sPath}).iCode, 0);
         EXPECT_EQ(runProgram({"header", sPath, "--json"}).json()["name"], pName);
@@ -179,7 +179,7 @@ TEST(HeaderVerb, ValueIsSetInATornHeaderToo) {
 
 // Of what the library does not know nothing is lost, but it is told.
 TEST(HeaderVerb, UnknownStatementIsKeptAndGivesOne) {
-    std::string sText = g_header;
+    std::string sText = g_oldHeader;
     sText.insert(sText.find("FILE_SCHEMA"), "FILE_POPULATION( 'x' );\n");
     EXPECT_EQ(runProgram({"header", "-"}, sText).iCode, 1);
     const ProgramRun run = runProgram({"header", "-", "--set", "name=n'(", "-"}, sText + g_data);
@@ -188,34 +188,34 @@ TEST(HeaderVerb, UnknownStatementIsKeptAndGivesOne) {
     EXPECT_EQ(run.sError, "oxaifc: standard input: 1 error in the header; oxaifc check tells them\n");
 }
 
-struct RefuseRow {
+struct HeaderRefuseRow {
     const char* pRule;
     std::string sFile;
     std::vector<std::string> words;   // behind "header FILE"; OUT is a file
     const char* pError;               // behind "oxaifc: "; FILE is the file
 };
 const std::vector<std::string> g_setName{"--set", "name=x", "OUT"};
-const RefuseRow g_refusals[] = {
-    {"an unknown field", g_header, {"--set", "autor=x", "OUT"}, "a header has no field autor; did you mean author?"},
+const HeaderRefuseRow g_headerRefusals[] = {
+    {"an unknown field", g_oldHeader, {"--set", "autor=x", "OUT"}, "a header has no field autor; did you mean author?"},
     {"a field that nothing comes near",
-     g_header,
+     g_oldHeader,
      {"--set", "q=x", "OUT"},
      "a header has no field q; there are: description, implementationLevel, name, timeStamp, author, "
      "organization, "
      "preprocessorVersion, originatingSystem, authorization, schema"},
-    {"no value", g_header, {"--set", "name", "OUT"}, "--set name: has no =, as in author=NAME"},
+    {"no value", g_oldHeader, {"--set", "name", "OUT"}, "--set name: has no =, as in author=NAME"},
     {"two values of one text",
-     g_header,
+     g_oldHeader,
      {"--set", "name=x", "--set", "Name=y", "OUT"},
      "name: takes one value, and is set twice"},
-    {"bytes outside UTF-8", g_header, {"--set", "name=\xff", "OUT"}, "name: the text is no UTF-8"},
+    {"bytes outside UTF-8", g_oldHeader, {"--set", "name=\xff", "OUT"}, "name: the text is no UTF-8"},
     {"a schema that would end its string",
-     g_header,
+     g_oldHeader,
      {"--set", "schema=IFC4'", "OUT"},
      "schema: IFC4' is no name of a schema"},
-    {"an empty schema", g_header, {"--set", "schema=", "OUT"}, "schema:  is no name of a schema"},
-    {"no target", g_header, {"--set", "name=x"}, "header: OUT is missing, the file to write"},
-    {"nothing to set", g_header, {"OUT"}, "header: nothing to change; name it: --set FIELD=VALUE"},
+    {"an empty schema", g_oldHeader, {"--set", "schema=", "OUT"}, "schema:  is no name of a schema"},
+    {"no target", g_oldHeader, {"--set", "name=x"}, "header: OUT is missing, the file to write"},
+    {"nothing to set", g_oldHeader, {"OUT"}, "header: nothing to change; name it: --set FIELD=VALUE"},
     {"no header", "Dear Sir or Madam,\n", {}, "FILE: has no HEADER section"},
     {"no header to change", "Dear Sir or Madam,\n", g_setName, "FILE: has no HEADER section"},
     {"the simple form", "Ifc file simple;\nIFC4;\n*;\n", {}, "FILE: has no HEADER section"},
@@ -244,7 +244,7 @@ const RefuseRow g_refusals[] = {
 };
 
 TEST(HeaderVerb, WhatCannotBeDoneIsOneLineAndNoFile) {
-    for (const RefuseRow& row : g_refusals) {
+    for (const HeaderRefuseRow& row : g_headerRefusals) {
         SCOPED_TRACE(row.pRule);
         if (!std::ranges::all_of(row.words, boTakesWord)) continue;
         const TestFolder folder;
@@ -265,17 +265,17 @@ TEST(HeaderVerb, WhatCannotBeDoneIsOneLineAndNoFile) {
 
 // A header of a few statements, cut anywhere: whole or refused, and never a crash.
 TEST(HeaderVerb, CutHeaderIsRefused) {
-    for (std::size_t i = 1; i < g_header.size(); i += 7) {
+    for (std::size_t i = 1; i < g_oldHeader.size(); i += 7) {
         SCOPED_TRACE(i);
-        EXPECT_EQ(runProgram({"header", "-"}, g_header.substr(0, i)).iCode, 2);
+        EXPECT_EQ(runProgram({"header", "-"}, g_oldHeader.substr(0, i)).iCode, 2);
     }
-    EXPECT_EQ(runProgram({"header", "-"}, g_header).iCode, 0);
+    EXPECT_EQ(runProgram({"header", "-"}, g_oldHeader).iCode, 0);
 }
 
 TEST(HeaderVerb, OnlyTheHeaderIsRead) {
     // Data that end in the middle are the matter of others.
-    EXPECT_EQ(runProgram({"header", "-"}, g_header).iCode, 0);
-    EXPECT_EQ(runProgram({"header", "-", "--set", "name=x", "-"}, g_header).iCode, 0);
+    EXPECT_EQ(runProgram({"header", "-"}, g_oldHeader).iCode, 0);
+    EXPECT_EQ(runProgram({"header", "-", "--set", "name=x", "-"}, g_oldHeader).iCode, 0);
 }
 
 }   // namespace

@@ -136,7 +136,7 @@ const Row g_rows[] = {
 };
 // clang-format on
 
-std::string sReplaced(std::string sText, const std::string& sOld, const std::string& sNew) {
+std::string sIdsReplaced(std::string sText, const std::string& sOld, const std::string& sNew) {
     for (std::size_t i = sText.find(sOld); i != std::string::npos; i = sText.find(sOld, i + sNew.size()))
         sText.replace(i, sOld.size(), sNew);
     return sText;
@@ -150,8 +150,8 @@ TEST(IdsVerb, SaysWhatIsMet) {
         std::vector<std::string> words{"ids", sPath};
         words.insert(words.end(), row.words.begin(), row.words.end());
         const ProgramRun run = runProgram(words, g_sHouse);
-        EXPECT_EQ(sReplaced(run.sOut, sPath, "R"), row.sOut);
-        EXPECT_EQ(sReplaced(run.sError, sPath, "R"), row.sError);
+        EXPECT_EQ(sIdsReplaced(run.sOut, sPath, "R"), row.sOut);
+        EXPECT_EQ(sIdsReplaced(run.sError, sPath, "R"), row.sError);
         EXPECT_EQ(run.iCode, row.iCode);
     }
 }
@@ -196,7 +196,7 @@ TEST(IdsVerb, LongTextsAreCutInLines) {
     const TestFolder folder;
     const std::string sPath = folder.sFile("R", sRequirements({{"Doors", "IFCDOOR", "", "IFC4", g_sNone}}));
     const std::string sName(1000, 'x');
-    const std::string sHouse = sReplaced(g_sHouse, "'D1'", '\'' + sName + '\'');
+    const std::string sHouse = sIdsReplaced(g_sHouse, "'D1'", '\'' + sName + '\'');
     EXPECT_NE(runProgram({"ids", sPath, "-"}, sHouse).sOut.find(sName.substr(700) + "... (1,000 bytes)'\n"),
               std::string::npos);
     EXPECT_EQ(runProgram({"ids", "--json", sPath, "-"}, sHouse).json()["records"][0]["name"], sName);
@@ -310,7 +310,7 @@ TEST(IdsVerb, ReadsWhateverModelsAreIn) {
         const ProgramRun run = runProgram({"ids", sPath, sOther});
         EXPECT_EQ(run.iCode, 1);
         EXPECT_EQ(run.sError, "");
-        EXPECT_EQ(sReplaced(run.sOut, sOther, sHouse), sExpected) << pName;
+        EXPECT_EQ(sIdsReplaced(run.sOut, sOther, sHouse), sExpected) << pName;
     }
     EXPECT_EQ(runProgram({"ids", "-", sHouse}, sRequirements({g_fire})).sOut, sExpected);
 }
@@ -319,7 +319,7 @@ TEST(IdsVerb, TellsEachOfSeveralModels) {
     const TestFolder folder;
     const std::string sPath = folder.sFile("R", sRequirements({g_doors}));
     const std::string sGood = folder.sFile("good.ifc", g_sHouse);
-    const std::string sBad = folder.sFile("bad.ifc", sReplaced(g_sHouse, "'D1'", "$"));
+    const std::string sBad = folder.sFile("bad.ifc", sIdsReplaced(g_sHouse, "'D1'", "$"));
     const std::string sNone = (folder.path() / "none.ifc").string();
     const ProgramRun run = runProgram({"ids", sPath, sGood, sNone, sBad});
     EXPECT_EQ(run.iCode, 2);
@@ -336,7 +336,7 @@ TEST(IdsVerb, TellsEachOfSeveralModels) {
 TEST(IdsVerb, AModelWithErrorsIsNoCleanAnswer) {
     const TestFolder folder;
     const std::string sPath = folder.sFile("R", sRequirements({g_doors}));
-    const ProgramRun run = runProgram({"ids", sPath, "-"}, sReplaced(g_sHouse, "#10=", "#11=IFCTEAPOT();\n#10="));
+    const ProgramRun run = runProgram({"ids", sPath, "-"}, sIdsReplaced(g_sHouse, "#10=", "#11=IFCTEAPOT();\n#10="));
     EXPECT_EQ(run.iCode, 1);
     EXPECT_TRUE(run.sOut.ends_with("standard input: meets the requirements: 1 specification passed\n")) << run.sOut;
     EXPECT_EQ(run.sError, "oxaifc: standard input: 1 error while reading; oxaifc check tells it\n");

@@ -12,7 +12,7 @@ namespace {
 constexpr const char* g_pTwoPoints = "#1=IFCCARTESIANPOINT((0.,0.));\n#2=IFCCARTESIANPOINT((1.,0.));\n"
                                      "#3=IFCPOLYLINE((#1,#2));\n";
 
-std::vector<std::string> keys(const Json& object) {
+std::vector<std::string> infoKeys(const Json& object) {
     std::vector<std::string> result;
     for (const auto& item : object.items()) result.push_back(item.key());
     return result;
@@ -22,7 +22,7 @@ std::vector<std::string> keys(const Json& object) {
 Json comparable(Json value) {
     EXPECT_GE(value["seconds"].get<double>(), 0.0);
     value.erase("seconds");
-    EXPECT_EQ(keys(value["memory"]), (std::vector<std::string>{"model", "process"}));
+    EXPECT_EQ(infoKeys(value["memory"]), (std::vector<std::string>{"model", "process"}));
     if (value["full"]) {
         EXPECT_GT(value["memory"]["model"], 0);
         EXPECT_GT(value["memory"]["process"], value["memory"]["model"]);
@@ -36,11 +36,11 @@ Json comparable(Json value) {
 
 TEST(InfoVerb, JsonHasItsKeysInOrder) {
     const Json value = runProgram({"info", "--json", sExample("house-ifc4.ifc")}).json();
-    EXPECT_EQ(keys(value),
+    EXPECT_EQ(infoKeys(value),
               (std::vector<std::string>{"file", "schema", "header", "entities", "byType", "rooted", "inverses",
                                         "missingReferences", "errors", "fatal", "ok", "lostStatements", "full",
                                         "fullReason", "seconds", "bytes", "memory"}));
-    EXPECT_EQ(keys(value["header"]),
+    EXPECT_EQ(infoKeys(value["header"]),
               (std::vector<std::string>{"description", "implementationLevel", "name", "timeStamp", "author",
                                         "organization", "preprocessorVersion", "originatingSystem", "authorization"}));
 }
@@ -105,7 +105,7 @@ TEST(InfoVerb, TypesStandByCountThenByKeyword) {
                                                                           "#2=IFCCARTESIANPOINT((1.,0.));\n"
                                                                           "#3=IFCMATERIAL('a',$,$);\n"
                                                                           "#4=IFCMATERIAL('b',$,$);\n"));
-    EXPECT_EQ(keys(runProgram({"info", sPath, "--json"}).json()["byType"]),
+    EXPECT_EQ(infoKeys(runProgram({"info", sPath, "--json"}).json()["byType"]),
               (std::vector<std::string>{"IFCMATERIAL", "IFCCARTESIANPOINT", "IFCDIRECTION"}));
 }
 

@@ -26,11 +26,11 @@ std::string sDoorFile(std::string_view schema) {
 
 constexpr const char* g_pColumns = "-cid,Name,OverallWidth,Pset_DoorCommon.FireRating";
 
-struct FormRow {
+struct ListFormRow {
     const char* pForm;
     const char* pOut;
 };
-const FormRow g_forms[] = {
+const ListFormRow g_listForms[] = {
     {"table", "id  Name   OverallWidth  Pset_DoorCommon.FireRating\n"
               " 1  =1+1            0.9\n"
               " 2  a,\"b\"          -1.5  T 30\n"},
@@ -50,7 +50,7 @@ const FormRow g_forms[] = {
 
 TEST(ListVerb, FormsOfATable) {
     for (const char* pSchema : {"IFC2X3", "IFC4", "IFC4X3_ADD2"})
-        for (const FormRow& row : g_forms) {
+        for (const ListFormRow& row : g_listForms) {
             SCOPED_TRACE(std::string(pSchema) + " " + row.pForm);
             const ProgramRun run =
                 runProgram({"list", "-", "IfcDoor", g_pColumns, "-f", row.pForm}, sDoorFile(pSchema));
@@ -99,8 +99,9 @@ TEST(ListVerb, SumsHaveFifteenDigits) {
 }
 
 TEST(ListVerb, NoRows) {
-    const FormRow rows[] = {{"table", "id\n"}, {"csv", "id\r\n"}, {"tsv", "id\n"}, {"json", "[]\n"}, {"ndjson", ""}};
-    for (const FormRow& row : rows)
+    const ListFormRow rows[] = {
+        {"table", "id\n"}, {"csv", "id\r\n"}, {"tsv", "id\n"}, {"json", "[]\n"}, {"ndjson", ""}};
+    for (const ListFormRow& row : rows)
         EXPECT_EQ(runProgram({"list", "-", "IfcSlab", "-cid", "-f", row.pForm}, sDoorFile("IFC4")).sOut, row.pOut);
 }
 

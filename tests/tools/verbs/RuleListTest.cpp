@@ -186,14 +186,14 @@ INSTANTIATE_TEST_SUITE_P(Schemas, RuleList, testing::ValuesIn(g_ruleSchemas),
 
 // ---- forms of output ------------------------------------------------------------------------------------------------
 
-struct FormRow {
+struct RuleListFormRow {
     const char* pRule;
     std::vector<std::string> words;
     std::string_view out;
 };
 
 // clang-format off
-const FormRow g_forms[] = {
+const RuleListFormRow g_ruleListForms[] = {
     {"CSV: lines end in CR and LF; a value with comma, quote or line end is quoted; ' before = + - @",
      {"IfcWall", "-c", "id,Name,Tag,Description", "-f", "csv"},
      "id,Name,Tag,Description\r\n"
@@ -226,7 +226,7 @@ const FormRow g_forms[] = {
 
 TEST(RuleListForm, IsWrittenByteForByte) {
     const TestFolder folder;
-    for (const FormRow& row : g_forms) {
+    for (const RuleListFormRow& row : g_ruleListForms) {
         SCOPED_TRACE(row.pRule);
         std::vector<std::string> words{"list"};
         words.insert(words.end(), row.words.begin(), row.words.end());
@@ -284,7 +284,7 @@ TEST(RuleListForm, AFailureLeavesTheFileAsItWas) {
     }
 }
 
-std::vector<std::string> lines(const std::string& text) {
+std::vector<std::string> ruleListLines(const std::string& text) {
     std::vector<std::string> found(1);
     for (const char c : text) {
         if (c == '\n')
@@ -311,7 +311,7 @@ TEST(RuleListForm, ATableIsCutToATerminalAndWholeElsewhere) {
     const std::vector<std::string> words{"list", "-", "IfcWall", "-c", "id,Name,Tag"};
     const ProgramRun whole = runProgram(words, sFile);
     EXPECT_NE(whole.sOut.find(sLong), std::string::npos);
-    for (const std::string& sLine : lines(runProgram(words, sFile, OutputKind::Terminal).sOut))
+    for (const std::string& sLine : ruleListLines(runProgram(words, sFile, OutputKind::Terminal).sOut))
         EXPECT_LE(iLetters(sLine), 80U) << sLine;
     for (const char* pForm : {"csv", "json"}) {
         std::vector<std::string> form = words;
@@ -319,7 +319,7 @@ TEST(RuleListForm, ATableIsCutToATerminalAndWholeElsewhere) {
         EXPECT_NE(runProgram(form, sFile, OutputKind::Terminal).sOut.find(sLong), std::string::npos)
             << pForm << " is for programs: never cut";
     }
-    const std::vector<std::string> rows = lines(whole.sOut);
+    const std::vector<std::string> rows = ruleListLines(whole.sOut);
     ASSERT_EQ(rows.size(), 3U);
     EXPECT_EQ(rows[0].find("Name"), rows[2].find("short")) << "a column begins at one place";
 }
@@ -404,7 +404,7 @@ TEST(RuleListForm, NumbersComeBackFromJson) {
         EXPECT_EQ(props["attributes"]["Elevation"].get<double>(), number);
         EXPECT_EQ(props["id"], 2147483647);
         const std::vector<std::string> csv =
-            lines(runProgram({"list", "-", "-c", "Elevation", "-f", "csv"}, sFile).sOut);
+            ruleListLines(runProgram({"list", "-", "-c", "Elevation", "-f", "csv"}, sFile).sOut);
         ASSERT_EQ(csv.size(), 2U);
         EXPECT_EQ(std::stod(csv[1]), number) << csv[1];
     }

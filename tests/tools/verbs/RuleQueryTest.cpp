@@ -222,14 +222,14 @@ std::string sRepeated(std::string_view text, int iTimes) {
     return sText;
 }
 
-struct WrongRow {
+struct RuleQueryWrongRow {
     const char* pRule;
     std::string query;
     std::vector<const char*> told;   // what the line holds
 };
 
 // clang-format off
-const WrongRow g_wrong[] = {
+const RuleQueryWrongRow g_ruleQueryWrong[] = {
     {"a comma alone", ",", {"column 1"}},
     {"a comma too many", "IfcWall,", {"column 9"}},
     {"a comma in front", ",IfcWall", {"column 1"}},
@@ -280,7 +280,7 @@ const WrongRow g_wrong[] = {
 // clang-format on
 
 TEST_P(RuleQuery, WhatIsNoQueryIsToldInOneLine) {
-    for (const WrongRow& row : g_wrong) {
+    for (const RuleQueryWrongRow& row : g_ruleQueryWrong) {
         SCOPED_TRACE(row.pRule);
         if (!boTakesWord(row.query)) continue;
         const ProgramRun run = runOn(GetParam(), {"list", row.query, "-f", "json"});

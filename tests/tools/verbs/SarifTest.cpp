@@ -95,7 +95,7 @@ private:
     }
 };
 
-struct Row {
+struct SarifRow {
     const char* sRule;
     const char* sOption;
     std::string sInput;
@@ -103,7 +103,7 @@ struct Row {
     std::vector<std::string> results;         // "level ruleId line: text"
     std::vector<std::string> notifications;   // "level: text"
 };
-const Row g_rows[] = {
+const SarifRow g_sarifRows[] = {
     {"a valid file", "--strict", sFile("#1=IFCPERSON('a',$,$,$,$,$,$,$);"), 0, {}, {}},
     {"of the whole file, without a line",
      "--strict=header",
@@ -158,7 +158,7 @@ Json sarifOf(const std::vector<std::string>& words, const std::string& sInput, i
 }
 
 TEST(Sarif, HasItsShapeAndSaysWhereAndWhy) {
-    for (const Row& row : g_rows) {
+    for (const SarifRow& row : g_sarifRows) {
         SCOPED_TRACE(row.sRule);
         const Json log = sarifOf({"check", row.sOption, "--sarif", "-", "-"}, row.sInput, row.iCode);
         EXPECT_EQ(Shape(log).sFaults, "");

@@ -8,7 +8,7 @@
 namespace oxa::test {
 namespace {
 
-constexpr const char* g_pExpress =
+constexpr const char* g_pSchemaExpress =
     "SCHEMA TEASHOP;\n"
     "TYPE Label = STRING(20); END_TYPE;\n"
     "TYPE ShortLabel = Label; END_TYPE;\n"
@@ -22,7 +22,7 @@ constexpr const char* g_pExpress =
 
 ProgramRun runTeashop(std::vector<std::string> words) {
     words.insert(words.begin(), {"schema", "--file", "-"});
-    return runProgram(words, g_pExpress);
+    return runProgram(words, g_pSchemaExpress);
 }
 
 Json attribute(const char* pName, bool boOptional, const char* pType) {

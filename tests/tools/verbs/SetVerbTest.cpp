@@ -13,7 +13,7 @@ namespace oxa::test {
 namespace {
 
 // One entity at least for each kind of attribute. #3 is connected with nothing.
-std::string sModel() {
+std::string sSetModel() {
     return sExchangeFile("IFC4", "#1=IFCINDEXEDPOLYCURVE(#2,(IFCLINEINDEX((1,2))),.F.);\n"
                                  "#2=IFCCARTESIANPOINTLIST2D(((0.,0.),(1.,0.)));\n"
                                  "#3=IFCMATERIAL('a',$,$);\n"
@@ -37,14 +37,14 @@ std::string sModel() {
                                  "#19=IFCTEXTSTYLETEXTMODEL($,$,$,$,$,$,$);\n");
 }
 
-struct SetRow {
+struct SetCommandRow {
     const char* pRule;
     const char* pWhat;
     const char* pAttribute;
     const char* pValue;
     const char* pStatement;   // afterwards
 };
-const SetRow g_sets[] = {
+const SetCommandRow g_setCommands[] = {
     {"a text", "#3", "Name", "new", "#3=IFCMATERIAL('new',$,$);"},
     {"an attribute in any case", "#3", "nAME", "new", "#3=IFCMATERIAL('new',$,$);"},
     {"a text beyond ASCII", "#3", "Name", "Bü\xe2\x82\xac", "#3=IFCMATERIAL('B\\X\\FC\\X2\\20AC\\X0\\',$,$);"},
@@ -114,12 +114,12 @@ const SetRow g_sets[] = {
 };
 
 TEST(SetVerb, ChangesOneStatementAndNoOther) {
-    for (const SetRow& row : g_sets) {
+    for (const SetCommandRow& row : g_setCommands) {
         SCOPED_TRACE(std::string(row.pRule) + ": " + row.pValue);
-        const ProgramRun run = runProgram({"set", "-", row.pWhat, row.pAttribute, row.pValue, "-"}, sModel());
+        const ProgramRun run = runProgram({"set", "-", row.pWhat, row.pAttribute, row.pValue, "-"}, sSetModel());
         EXPECT_EQ(run.iCode, 0);
         EXPECT_EQ(run.sError, "");
-        std::multiset<std::string> expected = statements(sModel());
+        std::multiset<std::string> expected = statements(sSetModel());
         const std::string sStatement = row.pStatement;
         const std::string sNumber = sStatement.substr(0, sStatement.find('=') + 1);
         const auto itOld = std::find_if(expected.begin(), expected.end(),
@@ -132,14 +132,14 @@ TEST(SetVerb, ChangesOneStatementAndNoOther) {
     }
 }
 
-struct RefuseRow {
+struct SetRefuseRow {
     const char* pRule;
     const char* pWhat;
     const char* pAttribute;
     const char* pValue;
     const char* pError;   // the one line, behind "oxaifc: "
 };
-const RefuseRow g_refusals[] = {
+const SetRefuseRow g_setRefusals[] = {
     {"an unknown entity", "#99", "Name", "x", "IN: there is no #99"},
     {"a type", "IFCWALL", "Name", "x", "IFCWALL is no number as #12 and no GlobalId of 22 characters"},
     {"an unknown attribute", "#6", "LngName", "x", "IfcBuilding has no attribute LngName; did you mean LongName?"},
@@ -223,30 +223,30 @@ const RefuseRow g_refusals[] = {
 };
 
 TEST(SetVerb, ValueThatDoesNotFitIsOneLineAndNoFile) {
-    for (const RefuseRow& row : g_refusals) {
+    for (const SetRefuseRow& row : g_setRefusals) {
         SCOPED_TRACE(row.pRule);
         if (!boTakesWord(row.pValue)) continue;
         const TestFolder folder;
-        const std::string sIn = folder.sFile("in.ifc", sModel());
+        const std::string sIn = folder.sFile("in.ifc", sSetModel());
         std::string sError = row.pError;
         if (sError.starts_with("IN: ")) sError.replace(0, 2, sIn);
         const ProgramRun run = runProgram({"set", sIn, row.pWhat, row.pAttribute, row.pValue, sIn});
         EXPECT_EQ(run.iCode, 2);
         EXPECT_EQ(run.sOut, "");
         EXPECT_EQ(run.sError, "oxaifc: " + sError + "\n");
-        EXPECT_EQ(sContent(sIn), sModel());
+        EXPECT_EQ(sContent(sIn), sSetModel());
         EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>{"in.ifc"});
     }
 }
 
 TEST(SetVerb, ChangesTheFileItself) {
     const TestFolder folder;
-    const std::string sIn = folder.sFile("in.ifc", sModel());
+    const std::string sIn = folder.sFile("in.ifc", sSetModel());
     for (const char* pName : {"first", "a longer second", "3"}) {
         EXPECT_EQ(runProgram({"set", sIn, "#3", "Name", pName, sIn}).iCode, 0);
         EXPECT_EQ(runProgram({"show", sIn, "#3", "--json"}).json()[0]["attributes"]["Name"], pName);
     }
-    EXPECT_EQ(statements(sContent(sIn)).size(), statements(sModel()).size());
+    EXPECT_EQ(statements(sContent(sIn)).size(), statements(sSetModel()).size());
     EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>{"in.ifc"});
 }
 
@@ -293,7 +293,7 @@ TEST(SetVerb, FileWithErrorsIsPatchedInItsPlace) {
 }
 
 // A house of two walls with one set and a door, in a file with its own ways of writing.
-std::string sHouse() {
+std::string sSetHouse() {
     return "ISO-10303-21;\r\nHEADER;\r\nFILE_DESCRIPTION((''),'2;1');\r\n/* by hand; */\r\n"
            "FILE_NAME('h','2020-02-02T00:00:00',(''),(''),'','','');\r\nFILE_SCHEMA(('IFC4'));\r\nENDSEC;\r\nDATA;\r\n"
            "#1= IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,'South',$,$,$,$,$,$);\r\n"
@@ -382,7 +382,7 @@ TEST(SetVerb, AssignmentsChangeTheirStatementsAlone) {
     for (const AssignRow& row : g_assigns) {
         SCOPED_TRACE(row.pRule);
         const TestFolder folder;
-        const std::string sIn = folder.sFile("in.ifc", sHouse());
+        const std::string sIn = folder.sFile("in.ifc", sSetHouse());
         const std::string sOut = (folder.path() / "out.ifc").string();
         const auto set = [&row](const std::string& sFrom, const std::string& sTo, std::string_view input = {}) {
             std::vector<std::string> words{"set", sFrom};
@@ -395,14 +395,14 @@ TEST(SetVerb, AssignmentsChangeTheirStatementsAlone) {
         EXPECT_EQ(run.sOut, std::string(row.pSummary) + "\n");
         EXPECT_EQ(run.sError, "oxaifc: " + sIn + ": " + sTold);
         const std::string sChanged = sContent(sOut);
-        EXPECT_EQ(sLinesChanged(sHouse(), sChanged), row.pLines);
+        EXPECT_EQ(sLinesChanged(sSetHouse(), sChanged), row.pLines);
         // The second time there is nothing to change, in the place of the file too.
         const ProgramRun again = set(sOut, sOut);
         EXPECT_NE(again.sOut.find("nothing to change"), std::string::npos) << again.sOut;
         EXPECT_EQ(sContent(sOut), sChanged);
         // From a pipe to a pipe.
-        const ProgramRun pipe = set("-", "-", sHouse());
-        EXPECT_EQ(sLinesChanged(sHouse(), pipe.sOut), row.pLines);
+        const ProgramRun pipe = set("-", "-", sSetHouse());
+        EXPECT_EQ(sLinesChanged(sSetHouse(), pipe.sOut), row.pLines);
         EXPECT_EQ(pipe.sError, "oxaifc: " + std::string(row.pSummary) + "\noxaifc: standard input: " + sTold);
         EXPECT_EQ(filesIn(folder.path()), (std::vector<std::string>{"in.ifc", "out.ifc"}));
     }
@@ -410,7 +410,7 @@ TEST(SetVerb, AssignmentsChangeTheirStatementsAlone) {
 
 TEST(SetVerb, DryRunTellsWhatWouldChange) {
     const TestFolder folder;
-    const std::string sIn = folder.sFile("in.ifc", sHouse());
+    const std::string sIn = folder.sFile("in.ifc", sSetHouse());
     const ProgramRun run =
         runProgram({"set", sIn, "IfcElement", "Pset_WallCommon.FireRating=F 90", "Name=N", sIn, "--dry-run"});
     EXPECT_EQ(run.iCode, 1);
@@ -421,7 +421,7 @@ TEST(SetVerb, DryRunTellsWhatWouldChange) {
                         "#3 IfcDoor 'D1'  Pset_WallCommon.FireRating: (none) -> F 90\n"
                         "#3 IfcDoor 'D1'  Name: D1 -> N\n"
                         "3 elements: 4 statements changed, 3 added\n");
-    EXPECT_EQ(sContent(sIn), sHouse());
+    EXPECT_EQ(sContent(sIn), sSetHouse());
     EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>{"in.ifc"});
 }
 
@@ -431,7 +431,7 @@ TEST(SetVerb, AssignmentsGoIntoOtherFormsToo) {
     EXPECT_EQ(runProgram({"set", "-", "class=IfcMaterial", "Category=c", "-"}, sSimple).iCode, 2) << "no element";
     EXPECT_EQ(runProgram({"set", "-", "IfcMaterial", "Category=c", "-"}, sSimple).sOut,
               "Ifc file simple;\nIFC4;\n*;\n#1=IFCMATERIAL('a',$,'c');\n#2=IFCMATERIAL('b',$,'c');\n");
-    const ProgramRun ordered = runProgram({"set", "-", "IfcWall", "Tag=t", "-", "--order", "number"}, sHouse());
+    const ProgramRun ordered = runProgram({"set", "-", "IfcWall", "Tag=t", "-", "--order", "number"}, sSetHouse());
     EXPECT_TRUE(statements(ordered.sOut).contains("#1=IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,'South',$,$,$,$,'t',$);"))
         << ordered.sOut;
     EXPECT_EQ(ordered.sOut.find("TEAPOT"), std::string::npos);
@@ -484,7 +484,7 @@ TEST(SetVerb, MisuseIsOneLineAndNoFile) {
     for (const MisuseRow& row : g_misuses) {
         SCOPED_TRACE(row.pRule);
         const TestFolder folder;
-        const std::string sIn = folder.sFile("in.ifc", sHouse());
+        const std::string sIn = folder.sFile("in.ifc", sSetHouse());
         std::vector<std::string> words{"set", sIn};
         words.insert(words.end(), row.words.begin(), row.words.end());
         words.push_back(sIn);
@@ -494,7 +494,7 @@ TEST(SetVerb, MisuseIsOneLineAndNoFile) {
         EXPECT_EQ(run.iCode, 2);
         EXPECT_EQ(run.sOut, "");
         EXPECT_EQ(run.sError, "oxaifc: " + sError + "\n");
-        EXPECT_EQ(sContent(sIn), sHouse());
+        EXPECT_EQ(sContent(sIn), sSetHouse());
         EXPECT_EQ(filesIn(folder.path()), std::vector<std::string>{"in.ifc"});
     }
 }

@@ -99,11 +99,11 @@ TEST(ShowVerb, TypeWithoutInstancesNamesThoseOfItsSubtypes) {
     EXPECT_EQ(runProgram({"show", "-", "IfcDoor", "--subtypes"}, sWallFile()).sOut, "standard input: no IfcDoor\n");
 }
 
-struct FailRow {
+struct ShowFailRow {
     const char* pWhat;
     const char* pError;
 };
-const FailRow g_failures[] = {
+const ShowFailRow g_showFailures[] = {
     {"#7", "standard input: there is no #7"},
     {"#99999999999999999999", "standard input: there is no #99999999999999999999"},
     {"#", "# is no number of an entity, as #12 is"},
@@ -125,7 +125,7 @@ const FailRow g_failures[] = {
 };
 
 TEST(ShowVerb, UnknownWhatIsOneLine) {
-    for (const FailRow& row : g_failures) {
+    for (const ShowFailRow& row : g_showFailures) {
         SCOPED_TRACE(row.pWhat);
         const ProgramRun run = runProgram({"show", "-", row.pWhat}, sWallFile());
         EXPECT_EQ(run.iCode, 2);

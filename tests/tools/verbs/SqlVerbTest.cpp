@@ -19,16 +19,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string& sMaterials() {
+const std::string& sSqlMaterials() {
     static const std::string sFile = sExchangeFile("IFC4", "#1=IFCMATERIAL('Oak',$,$);\n#2=IFCMATERIAL('=Elm',$,$);\n");
     return sFile;
 }
 
-struct FormRow {
+struct SqlFormRow {
     const char* pForm;
     const char* pOut;
 };
-const FormRow g_forms[] = {
+const SqlFormRow g_sqlForms[] = {
     {"table", "id  Name  w\n 1  Oak   0.5\n 2  =Elm    1\n"},
     {"csv", "id,Name,w\r\n1,Oak,0.5\r\n2,'=Elm,1\r\n"},
     {"json", "[\n{\"id\":1,\"Name\":\"Oak\",\"w\":0.5},\n{\"id\":2,\"Name\":\"=Elm\",\"w\":1.0}\n]\n"},
@@ -36,27 +36,27 @@ const FormRow g_forms[] = {
 
 TEST(SqlVerb, FormsOfAnAnswer) {
     const TestFolder folder;
-    for (const FormRow& row : g_forms) {
+    for (const SqlFormRow& row : g_sqlForms) {
         SCOPED_TRACE(row.pForm);
         const std::vector<std::string> words{"sql", "-", "SELECT id, Name, id / 2.0 AS w FROM IfcMaterial"};
         std::vector<std::string> toScreen = words;
         toScreen.insert(toScreen.end(), {"-f", row.pForm});
-        const ProgramRun run = runProgram(toScreen, sMaterials());
+        const ProgramRun run = runProgram(toScreen, sSqlMaterials());
         EXPECT_EQ(run.iCode, 0);
         EXPECT_EQ(run.sError, "");
         EXPECT_EQ(run.sOut, row.pOut);
         const std::string sEnd = row.pForm == std::string("table") ? ".txt" : "." + std::string(row.pForm);
         std::vector<std::string> toFile = words;
         toFile.insert(toFile.end(), {"-o", (folder.path() / ("a" + sEnd)).string()});
-        EXPECT_EQ(runProgram(toFile, sMaterials()).sOut, "");
+        EXPECT_EQ(runProgram(toFile, sSqlMaterials()).sOut, "");
         EXPECT_EQ(sContent(folder.path() / ("a" + sEnd)), row.pOut);
     }
 }
 
 TEST(SqlVerb, StatementsFromStandardInputAndSeveralFiles) {
     const TestFolder folder;
-    const std::string sA = folder.sFile("a.ifc", sMaterials());
-    const std::string sB = folder.sFile("b.ifc", sMaterials());
+    const std::string sA = folder.sFile("a.ifc", sSqlMaterials());
+    const std::string sB = folder.sFile("b.ifc", sSqlMaterials());
     const ProgramRun run =
         runProgram({"sql", sA, sB, "-f", "csv"}, "SELECT count(*) AS n FROM IfcMaterial;\nSELECT 2;");
     EXPECT_EQ(run.iCode, 0);
@@ -64,12 +64,12 @@ TEST(SqlVerb, StatementsFromStandardInputAndSeveralFiles) {
     EXPECT_EQ(runProgram({"sql", sA, sA, "SELECT 1"}).sError, "oxaifc: sql: a file is named twice\n");
 }
 
-struct FailRow {
+struct SqlFailRow {
     const char* pRule;
     std::vector<std::string> behind;
     const char* pError;
 };
-const FailRow g_wrong[] = {
+const SqlFailRow g_sqlWrong[] = {
     {"no table", {"SELECT * FROM elemnt"}, "sql: there is no table elemnt; did you mean element?"},
     {"no column", {"SELECT nam FROM element"}, "sql: there is no column nam; did you mean name?"},
     {"no SQL", {"SELEC 1"}, "sql: near \"SELEC\": syntax error"},
@@ -87,11 +87,11 @@ const FailRow g_wrong[] = {
 };
 
 TEST(SqlVerb, WhatIsWrongIsOneLine) {
-    for (const FailRow& row : g_wrong) {
+    for (const SqlFailRow& row : g_sqlWrong) {
         SCOPED_TRACE(row.pRule);
         std::vector<std::string> words{"sql", "-"};
         words.insert(words.end(), row.behind.begin(), row.behind.end());
-        const ProgramRun run = runProgram(words, sMaterials());
+        const ProgramRun run = runProgram(words, sSqlMaterials());
         EXPECT_EQ(run.iCode, 2);
         EXPECT_EQ(run.sError, "oxaifc: " + std::string(row.pError) + "\n");
         EXPECT_EQ(run.sOut, "");
@@ -102,10 +102,10 @@ TEST(SqlVerb, AnOutThatCannotBeWrittenIsLeft) {
     if (!boCanBe(OutputKind::FullDisk)) GTEST_SKIP() << "no device that takes nothing";
     const TestFolder folder;
     const std::string sOut = folder.sFile("old.csv", "old");
-    EXPECT_EQ(runProgram({"sql", "-", "SELECT x", "-o", sOut}, sMaterials()).iCode, 2);
+    EXPECT_EQ(runProgram({"sql", "-", "SELECT x", "-o", sOut}, sSqlMaterials()).iCode, 2);
     EXPECT_EQ(sContent(sOut), "old");
-    EXPECT_EQ(runProgram({"sql", "-", "SELECT * FROM IfcMaterial"}, sMaterials(), OutputKind::FullDisk).iCode, 2);
-    EXPECT_EQ(runProgram({"sql", "-", "SELECT * FROM IfcMaterial"}, sMaterials(), OutputKind::ClosedPipe).iCode, 0);
+    EXPECT_EQ(runProgram({"sql", "-", "SELECT * FROM IfcMaterial"}, sSqlMaterials(), OutputKind::FullDisk).iCode, 2);
+    EXPECT_EQ(runProgram({"sql", "-", "SELECT * FROM IfcMaterial"}, sSqlMaterials(), OutputKind::ClosedPipe).iCode, 0);
 }
 
 struct QuestionRow {
@@ -254,17 +254,17 @@ TEST(SqlVerb, AnswersWhatCheckAndInfoAnswer) {
     for (const Json& row : check["records"]) expected.emplace(row["key"], row["line"]);
     EXPECT_EQ(told, expected);
     EXPECT_GE(told.size(), 3U);
-    EXPECT_EQ(
-        runProgram({"sql", "-", "SELECT schema, originating_system, organization FROM file", "-f", "csv"}, sMaterials())
-            .sOut,
-        "schema,originating_system,organization\r\nIFC4,s,o\r\n");
+    EXPECT_EQ(runProgram({"sql", "-", "SELECT schema, originating_system, organization FROM file", "-f", "csv"},
+                         sSqlMaterials())
+                  .sOut,
+              "schema,originating_system,organization\r\nIFC4,s,o\r\n");
 }
 
 // At a terminal, which "script" gives.
 TEST(SqlVerb, APromptTakesStatementsAndCommands) {
     if (std::system("script --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "there is no program \"script\"";
     const TestFolder folder;
-    const std::string sFile = folder.sFile("a.ifc", sMaterials());
+    const std::string sFile = folder.sFile("a.ifc", sSqlMaterials());
     const std::string sInput = folder.sFile(
         "input",
         ".schema IfcMaterial\n.tables\n.tabels\n.schema\n.schema IfcMateria\n.help\nSELECT Name\nFROM IfcMaterial;\n"

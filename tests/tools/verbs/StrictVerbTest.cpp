@@ -12,24 +12,24 @@
 namespace oxa::test {
 namespace {
 
-std::string sFile(const std::string& sStatements, const std::string& sSchema = "IFC4") {
+std::string sStrictFile(const std::string& sStatements, const std::string& sSchema = "IFC4") {
     return "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('ViewDefinition [ReferenceView]'),'2;1');\n"
            "FILE_NAME('','2024-08-30T12:34:53',(''),(''),'','A - B - 1','');\nFILE_SCHEMA(('" +
            sSchema + "'));\nENDSEC;\nDATA;\n" + sStatements + "\nENDSEC;\nEND-ISO-10303-21;\n";
 }
-const std::string g_sValid = sFile("#1=IFCPERSON('a',$,$,$,$,$,$,$);");
+const std::string g_sValid = sStrictFile("#1=IFCPERSON('a',$,$,$,$,$,$,$);");
 const std::string g_sFaulty =
-    sFile("#1=IFCPERSON('a',$,$,$,$,$,$);\n#2=IFCWALL('2CbOYFeCHBku9$oytmyQ2e',$,$,$,$,#9,$,$,$);\n"
-          "#3=IFCWALL('2CbOYFeCHBku9$oytmyQ2e',$,$,$,$,#9,$,$,1);");
+    sStrictFile("#1=IFCPERSON('a',$,$,$,$,$,$);\n#2=IFCWALL('2CbOYFeCHBku9$oytmyQ2e',$,$,$,$,#9,$,$,$);\n"
+                "#3=IFCWALL('2CbOYFeCHBku9$oytmyQ2e',$,$,$,$,#9,$,$,1);");
 
-struct Row {
+struct StrictRow {
     const char* sRule;
     const char* sOption;
     std::string sInput;
     int iCode;
     const char* sOut;
 };
-const Row g_rows[] = {
+const StrictRow g_strictRows[] = {
     {"a valid file, by the levels that were asked for", "--strict=syntax,header,schema", g_sValid, 0,
      "standard input: syntax: valid\nstandard input: header: valid\nstandard input: schema: valid\n"
      "standard input: valid (looked at: syntax, header, schema)\n"},
@@ -48,10 +48,10 @@ const Row g_rows[] = {
      "[IfcWall.PredefinedType]\n"
      "    line 10, column 52, #3: 1\n"
      "standard input: schema: 5 failures\nstandard input: not valid (looked at: schema)\n"},
-    {"a schema that is not known leaves it open", "--strict=schema", sFile("", "IFC99"), 1,
+    {"a schema that is not known leaves it open", "--strict=schema", sStrictFile("", "IFC99"), 1,
      "standard input: schema: not decided: the schema IFC99 is not known\n"
      "standard input: could not be decided (looked at: schema)\n"},
-    {"a note is told, and the file valid", "--strict=header", sFile("", "IFC4X1"), 0,
+    {"a note is told, and the file valid", "--strict=header", sStrictFile("", "IFC4X1"), 0,
      "header note: FILE_SCHEMA.schema_identifiers: a schema that is no standard, or was replaced; expected IFC2X3, "
      "IFC4 "
      "or IFC4X3_ADD2 [IFC header rules]\n"
@@ -60,7 +60,7 @@ const Row g_rows[] = {
 };
 
 TEST(StrictVerb, SaysWhatFailsAndTheVerdict) {
-    for (const Row& row : g_rows) {
+    for (const StrictRow& row : g_strictRows) {
         SCOPED_TRACE(row.sRule);
         const ProgramRun run = runProgram({"check", row.sOption, "-"}, row.sInput);
         EXPECT_EQ(run.sOut, row.sOut);
@@ -81,10 +81,10 @@ TEST(StrictVerb, CallsNothingValidWhileALevelIsOpen) {
 TEST(StrictVerb, TellsTenPlacesOfAGroupAndAllWhenAsked) {
     std::string sStatements;
     for (int i = 1; i <= 25; ++i) sStatements += '#' + std::to_string(i) + "=IFCPERSON(1,$,$,$,$,$,$,$);\n";
-    const std::string sSome = runProgram({"check", "--strict=schema", "-"}, sFile(sStatements)).sOut;
+    const std::string sSome = runProgram({"check", "--strict=schema", "-"}, sStrictFile(sStatements)).sOut;
     EXPECT_NE(sSome.find("schema error 25 times: IfcPerson.Identification"), std::string::npos) << sSome;
     EXPECT_NE(sSome.find("    line 17, column 15, #10: 1\n    and 15 more (--all)\n"), std::string::npos) << sSome;
-    const std::string sAll = runProgram({"check", "--strict=schema", "--all", "-"}, sFile(sStatements)).sOut;
+    const std::string sAll = runProgram({"check", "--strict=schema", "--all", "-"}, sStrictFile(sStatements)).sOut;
     EXPECT_NE(sAll.find("    line 32, column 15, #25: 1\n"), std::string::npos) << sAll;
 }
 
@@ -155,11 +155,11 @@ TEST(StrictVerb, TellsEachOfSeveralFiles) {
     EXPECT_EQ(json["records"][0]["file"], sBad);
 }
 
-struct WrongRow {
+struct StrictWrongRow {
     std::vector<std::string> words;
     const char* sError;
 };
-const WrongRow g_wrong[] = {
+const StrictWrongRow g_strictWrong[] = {
     {{"check", "--strict=all", "-"},
      "check: --strict: there is no level all; there are: syntax, header, schema, rules"},
     {{"check", "--strict=syntax,", "-"},
@@ -170,7 +170,7 @@ const WrongRow g_wrong[] = {
 };
 
 TEST(StrictVerb, TellsWrongCalls) {
-    for (const WrongRow& row : g_wrong) {
+    for (const StrictWrongRow& row : g_strictWrong) {
         const ProgramRun run = runProgram(row.words, g_sValid);
         EXPECT_EQ(run.iCode, 2);
         EXPECT_EQ(run.sError, std::string("oxaifc: ") + row.sError + "\n");

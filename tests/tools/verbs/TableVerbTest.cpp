@@ -17,18 +17,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string& sMaterials() {
+const std::string& sTableMaterials() {
     static const std::string sFile = sExchangeFile("IFC4", "#1=IFCMATERIAL('Oak',$,$);\n#2=IFCMATERIAL('Elm',$,$);\n");
     return sFile;
 }
 
 TEST(TableVerb, OneTableToStandardOutput) {
-    const ProgramRun csv = runProgram({"table", "-", "-", "-f", "csv", "--only", "IfcMaterial"}, sMaterials());
+    const ProgramRun csv = runProgram({"table", "-", "-", "-f", "csv", "--only", "IfcMaterial"}, sTableMaterials());
     EXPECT_EQ(csv.iCode, 0);
     EXPECT_EQ(csv.sError, "");
     EXPECT_EQ(csv.sOut, "file,id,type,Name,Description,Category\r\nstandard input,1,IfcMaterial,Oak,,\r\nstandard "
                         "input,2,IfcMaterial,Elm,,\r\n");
-    const ProgramRun json = runProgram({"table", "-", "-", "-f", "ndjson", "-t", "IfcMaterial"}, sMaterials());
+    const ProgramRun json = runProgram({"table", "-", "-", "-f", "ndjson", "-t", "IfcMaterial"}, sTableMaterials());
     EXPECT_EQ(json.sOut,
               "{\"file\":\"standard "
               "input\",\"id\":1,\"type\":\"IfcMaterial\",\"Name\":\"Oak\",\"Description\":null,\"Category\":null}\n"
@@ -38,7 +38,7 @@ TEST(TableVerb, OneTableToStandardOutput) {
 
 TEST(TableVerb, AFolderOfTables) {
     const TestFolder folder;
-    const std::string sA = folder.sFile("a.ifc", sMaterials());
+    const std::string sA = folder.sFile("a.ifc", sTableMaterials());
     const std::string sB = folder.sFile("b.ifc", sExchangeFile("IFC2X3", "#1=IFCTEAPOT();\n"));
     const std::string sOut = (folder.path() / "out").string();
     const ProgramRun run = runProgram({"table", sA, sB, sOut, "--with", "reference"});
@@ -53,7 +53,7 @@ TEST(TableVerb, AFolderOfTables) {
     std::string sLine;
     std::getline(files, sLine);
     std::getline(files, sLine);
-    const std::string sBegin = sA + "," + sA + ",IFC4,a.ifc," + std::to_string(sMaterials().size()) + ",";
+    const std::string sBegin = sA + "," + sA + ",IFC4,a.ifc," + std::to_string(sTableMaterials().size()) + ",";
     EXPECT_EQ(sLine.substr(0, sBegin.size()), sBegin);
 }
 
@@ -165,7 +165,7 @@ TEST(TableVerb, AWorkbookTellsWhatItCuts) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 1);
 }
 
-struct FailRow {
+struct TableFailRow {
     const char* pRule;
     std::vector<std::string> words;   // A: a file; DIR/: a folder that is there
     std::string sError;
@@ -173,9 +173,9 @@ struct FailRow {
 
 TEST(TableVerb, WrongCallsAreTold) {
     const TestFolder folder;
-    const std::string sA = folder.sFile("a.ifc", sMaterials());
+    const std::string sA = folder.sFile("a.ifc", sTableMaterials());
     const std::string sDir = folder.path().string() + "/";
-    const FailRow rows[] = {
+    const TableFailRow rows[] = {
         {"no OUT", {sA}, "table: OUT is required"},
         {"an end that says nothing",
          {sA, sDir + "a.txt"},
@@ -191,7 +191,7 @@ TEST(TableVerb, WrongCallsAreTold) {
         {"twice", {sA, sA, sDir + "out"}, "table: a file is named twice"},
         {"no such folder", {sA, sDir + "x/y"}, sDir + "x/y: can't be made: No such file or directory"},
     };
-    for (const FailRow& row : rows) {
+    for (const TableFailRow& row : rows) {
         SCOPED_TRACE(row.pRule);
         std::vector<std::string> words{"table"};
         words.insert(words.end(), row.words.begin(), row.words.end());
@@ -201,12 +201,12 @@ TEST(TableVerb, WrongCallsAreTold) {
         EXPECT_EQ(run.sOut, "");
     }
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 1);
-    EXPECT_EQ(sContent(sA), sMaterials());
+    EXPECT_EQ(sContent(sA), sTableMaterials());
 }
 
 TEST(TableVerb, TheEndOfANameMayHaveAnyCase) {
     const TestFolder folder;
-    const std::string sA = folder.sFile("a.ifc", sMaterials());
+    const std::string sA = folder.sFile("a.ifc", sTableMaterials());
     for (const auto& [pOut, sBegin] :
          {std::pair{"a.CSV", "file,id,"}, {"a.NdJson", "{\"file\":"}, {"a.SQLITE", "SQLite"}, {"a.Xlsx", "PK"}}) {
         SCOPED_TRACE(pOut);
@@ -219,7 +219,7 @@ TEST(TableVerb, TheEndOfANameMayHaveAnyCase) {
 TEST(TableVerb, AFullDiskIsTold) {
     if (!boCanBe(OutputKind::FullDisk)) GTEST_SKIP() << "no device that takes nothing";
     const ProgramRun run =
-        runProgram({"table", "-", "-", "-f", "csv", "-t", "IfcMaterial"}, sMaterials(), OutputKind::FullDisk);
+        runProgram({"table", "-", "-", "-f", "csv", "-t", "IfcMaterial"}, sTableMaterials(), OutputKind::FullDisk);
     EXPECT_EQ(run.iCode, 2);
     EXPECT_EQ(run.sError, "oxaifc: can't write standard output: No space left on device\n");
 }

@@ -29,11 +29,11 @@ std::string sTreeFile(std::string_view schema) {
                     "#12=IFCDOOR('3b01k1tpLOY8zJzkIrixtC',#90,$,$,$,$,$,$,2.,1.);\n");
 }
 
-struct TextRow {
+struct TreeTextRow {
     std::vector<std::string> words;
     const char* pOut;
 };
-const TextRow g_texts[] = {
+const TreeTextRow g_texts[] = {
     {{},
      "#1 IfcProject P\n"
      "  #2 IfcBuilding House\n"
@@ -55,7 +55,7 @@ const TextRow g_texts[] = {
 
 TEST(TreeVerb, Text) {
     for (const char* pSchema : {"IFC2X3", "IFC4", "IFC4X3_ADD2"})
-        for (const TextRow& row : g_texts) {
+        for (const TreeTextRow& row : g_texts) {
             std::vector<std::string> words{"tree", "-"};
             words.insert(words.end(), row.words.begin(), row.words.end());
             const ProgramRun run = runProgram(words, sTreeFile(pSchema));

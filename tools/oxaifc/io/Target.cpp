@@ -26,7 +26,7 @@ namespace {
         fmt::format("can't write {}: {}", sName, iError == ENOENT ? "there is no such folder" : std::strerror(iError)));
 }
 
-std::unique_ptr<stream::ReplacedFile> pOpen(const std::string& sPath) try {
+std::unique_ptr<stream::ReplacedFile> pReplaced(const std::string& sPath) try {
     return sPath == "-" ? std::make_unique<stream::ReplacedFile>(stdout)
                         : std::make_unique<stream::ReplacedFile>(str::pathOf(sPath));
 } catch (const std::system_error& error) {
@@ -37,7 +37,7 @@ std::unique_ptr<stream::ReplacedFile> pOpen(const std::string& sPath) try {
 
 Target::Target(const std::string& sPath, std::string_view inside)
     : m_sName(sPath == "-" ? "standard output" : sPath),
-      m_pFile(pOpen(sPath)) {
+      m_pFile(pReplaced(sPath)) {
     const Packing packing = packingOfName(sPath);
     if (packing == Packing::None) return;
     const std::string sInside = unpackedName(str::sOfPath(str::pathOf(sPath).filename()), inside);

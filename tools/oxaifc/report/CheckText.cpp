@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "oxaifc/report/TypedJson.h"
+
 namespace oxa::tool {
 
 namespace {
@@ -36,9 +38,6 @@ std::string sSubject(const CheckGroup& group) {
     if (group.type.empty()) return group.attribute;
     return group.attribute.empty() ? group.type : group.type + '.' + group.attribute;
 }
-
-// null for what is not known, as in records of a read.
-Json known(const std::string& sText) { return sText.empty() ? Json() : Json(sText); }
 
 }   // namespace
 
@@ -104,8 +103,8 @@ Json checkRecordJson(const CheckRecord& record) {
             {"line", place.line},
             {"column", place.column},
             {"entity", place.id ? Json(place.id) : Json(nullptr)},
-            {"type", known(group.type)},
-            {"attribute", known(group.attribute)},
+            {"type", textJson(group.type)},
+            {"attribute", textJson(group.attribute)},
             {"text", place.found}};
 }
 
@@ -115,8 +114,8 @@ Json checkGroupJson(const CheckGroup& group) {
             {"category", checkLevelName(group.level)},
             {"level", checkLevelName(group.level)},
             {"rule", group.rule},
-            {"type", known(group.type)},
-            {"attribute", known(group.attribute)},
+            {"type", textJson(group.type)},
+            {"attribute", textJson(group.attribute)},
             {"message", group.message},
             {"expected", group.expected},
             {"count", group.count},

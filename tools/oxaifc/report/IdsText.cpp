@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Model/Value.h"
+#include "oxaifc/report/TypedJson.h"
 
 namespace oxa::tool {
 
@@ -39,7 +40,7 @@ std::string sWanted(const ids::Specification& specification, const FailedRequire
     return failed.pFacet ? failed.pFacet->text : "not allowed: " + specification.text;
 }
 
-std::string sNameOf(const oxa::Element& element) {
+std::string sTextName(const oxa::Element& element) {
     if (!element.has("Name")) return {};
     const oxa::Value name = element["Name"];
     return name.kind() == Kind::Text ? *name.text() : std::string();
@@ -49,7 +50,7 @@ std::string sNameOf(const oxa::Element& element) {
 std::string sFailure(const ids::Failure& failure) {
     std::string sText = fmt::format("{} #{}", failure.element.type(), failure.element.id());
     if (const std::string sGuid = failure.element.guid(); !sGuid.empty()) sText += ' ' + sGuid;
-    if (const std::string sName = sNameOf(failure.element); !sName.empty())
+    if (const std::string sName = sTextName(failure.element); !sName.empty())
         sText += " '" + sShortened(sName, g_iMostShown) + '\'';
     // Why an instance is not allowed, what is wanted has said.
     return failure.requirement == ids::Failure::none ? sText : sText + ": " + failure.reason;
@@ -105,9 +106,6 @@ void vRequirementWrite(const ids::Specification& specification, const FailedRequ
     if (iTold < iAll) output.vPrint("        and {} more (--all)\n", sGrouped(iAll - iTold));
 }
 
-// null for what is not known, as in records of a read.
-Json known(const std::string& sText) { return sText.empty() ? Json() : Json(sText); }
-
 // "Ids_PredefinedType" of "predefined-type": keys are words of that form everywhere.
 std::string sKey(ids::FailureKind kind) {
     std::string sText = "Ids_";
@@ -130,8 +128,8 @@ Json failureJson(const ids::Failure& failure, std::size_t iSpecification, const 
             {"type", failure.element.type()},
             {"attribute", boNamed ? Json(*pFacet->name->simple) : Json()},
             {"text", failure.found},
-            {"globalId", known(failure.element.guid())},
-            {"name", known(sNameOf(failure.element))},
+            {"globalId", textJson(failure.element.guid())},
+            {"name", textJson(sTextName(failure.element))},
             {"specification", iSpecification},
             {"requirement", failure.requirement == ids::Failure::none ? Json() : Json(failure.requirement)}};
 }

@@ -61,6 +61,8 @@ Json typedJson(const Element& element) {
     return {{"id", element.id()}, {"type", element.type()}, {"attributes", std::move(attributes)}};
 }
 
+Json textJson(const std::string& sText) { return sText.empty() ? Json() : Json(sText); }
+
 std::string sNameOf(const Element& element) { return element.has("Name") ? element["Name"].toString() : std::string(); }
 
 Json nameJson(const Element& element) {

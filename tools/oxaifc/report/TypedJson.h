@@ -15,6 +15,9 @@ namespace oxa::tool {
 [[nodiscard]] Json typedJson(const Value& value);
 [[nodiscard]] Json plainJson(const Value& value);
 
+// null for what is not known.
+[[nodiscard]] Json textJson(const std::string& sText);
+
 // {"id":12,"type":"IfcDoor","attributes":{...}}
 [[nodiscard]] Json typedJson(const Element& element);
 

@@ -17,7 +17,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t g_iMostBytes = 100;   // of a name; systems take 255, of which the rest is for OUT and the number
+constexpr std::size_t g_iMostNameBytes =
+    100;   // of a name; systems take 255, of which the rest is for OUT and the number
 
 // Names that Windows keeps for devices, with any end.
 bool boDevice(std::string_view name) {
@@ -30,8 +31,8 @@ bool boDevice(std::string_view name) {
 
 // Shorter, between two characters of UTF-8.
 void vShorten(std::string& sName) {
-    if (sName.size() <= g_iMostBytes) return;
-    std::size_t iEnd = g_iMostBytes;
+    if (sName.size() <= g_iMostNameBytes) return;
+    std::size_t iEnd = g_iMostNameBytes;
     while (iEnd > 0 && (static_cast<unsigned char>(sName[iEnd]) & 0xC0U) == 0x80U) --iEnd;
     sName.resize(iEnd);
 }

@@ -90,8 +90,7 @@ void AttributeBase::vAttributeNew(const ObjectBase& object, const Attribute& att
 }
 
 AttributeType AttributeListValueBase::itemType(const ObjectBase* pObject) noexcept {
-    const def::schema::DataTypeBase* pAggregate = def::schema::pDataTypeOf(pObject);
-    const ObjectBase* pElement = pAggregate ? pAggregate->pElementGet() : nullptr;
+    const ObjectBase* pElement = def::schema::pElementOf(pObject);
     if (def::schema::pAsEntity(pElement)) return AttributeType::Entity;
     const def::schema::DataTypeBase* pDataType = def::schema::pDataTypeOf(pElement);
     if (!pDataType) return AttributeType::Unknown;

@@ -339,20 +339,20 @@ AttributeListValueBase::~AttributeListValueBase() {
                       });
 }
 
-#define OXA_SET_Yes(T)                                                                                \
+#define OXA_LIST_SET_Yes(T)                                                                           \
     template OXA_IFC_API bool AttributeListValueBase::boValueSet(const T&, const ObjectBase*, Pool&); \
     template OXA_IFC_API bool AttributeListValueBase::boValueSet(const T&, const def::schema::Attribute&, Data&);
-#define OXA_SET_No(T)
-#define OXA_SET_LIST_Yes(T) OXA_SET_Yes(std::vector<T>)
-#define OXA_SET_LIST_Name(T)
-#define OXA_SET_LIST_No(T)
-#define OXA_APPEND_Yes(T) \
+#define OXA_LIST_SET_No(T)
+#define OXA_LIST_SET_LIST_Yes(T) OXA_LIST_SET_Yes(std::vector<T>)
+#define OXA_LIST_SET_LIST_Name(T)
+#define OXA_LIST_SET_LIST_No(T)
+#define OXA_LIST_APPEND_Yes(T) \
     template OXA_IFC_API bool AttributeListValueBase::boPushBackValue(const T&, const def::schema::Attribute&, Data&);
-#define OXA_APPEND_List(T) OXA_APPEND_Yes(T)
-#define OXA_APPEND_No(T)
+#define OXA_LIST_APPEND_List(T) OXA_LIST_APPEND_Yes(T)
+#define OXA_LIST_APPEND_No(T)
 #define OXA_STORE(T, eGet, eGetList, eSet, eSetList, eAppend, eWalk, sName) \
-    OXA_SET_##eSet(T) OXA_SET_LIST_##eSetList(T) OXA_APPEND_##eAppend(T)
+    OXA_LIST_SET_##eSet(T) OXA_LIST_SET_LIST_##eSetList(T) OXA_LIST_APPEND_##eAppend(T)
 OXA_VALUE_TYPES(OXA_STORE)
-OXA_SET_Yes(std::set<Entity*>)   // what a select holds of a set
+OXA_LIST_SET_Yes(std::set<Entity*>)   // what a select holds of a set
 
 }   // namespace oxa::ifc

@@ -26,7 +26,7 @@ bool boNotImplemented(const char* sFunction) {
     return false;
 }
 
-constexpr char g_sValueSet[] = "oxa::ifc::AttributeSelect::boValueSet";
+constexpr char g_sSelectValueSet[] = "oxa::ifc::AttributeSelect::boValueSet";
 
 // The items of a list in a select as the caller's own.
 template <class T>
@@ -82,7 +82,7 @@ bool AttributeSelect::boStoreList(AttributeType eType, const Type* pType, const 
 }
 
 bool AttributeSelect::boStoreText(const Type* pType, const IfcSelectBase& value, Pool& pool) {
-    if (m_boGuid) return boNotImplemented(g_sValueSet);
+    if (m_boGuid) return boNotImplemented(g_sSelectValueSet);
     const auto* psText = value.pValueGet<std::string>();
     const auto* ppText = value.pValueGet<const char*>();
     if (!psText && !(ppText && *ppText)) return false;
@@ -110,7 +110,7 @@ bool AttributeSelect::boValueSet(const IfcSelectBase& value, const ObjectBase* p
     case DataKind::Logical:
         return boStore<AttributeLogical>(AttributeType::Logical, pType, value.pValueGet<LogicalValue>(), pool);
     case DataKind::String: return boStoreText(pType, value, pool);
-    case DataKind::Binary: return boNotImplemented(g_sValueSet);
+    case DataKind::Binary: return boNotImplemented(g_sSelectValueSet);
     case DataKind::Enumeration: {
         const auto* ppText = value.pValueGet<const char*>();
         if (!ppText) return false;
@@ -121,7 +121,7 @@ bool AttributeSelect::boValueSet(const IfcSelectBase& value, const ObjectBase* p
     case DataKind::Array:
         return pObject && boStoreList(AttributeType::Array, pType, value.pValueGet<std::vector<double>>(), pool);
     case DataKind::List:
-        if (!pObject) return boNotImplemented(g_sValueSet);
+        if (!pObject) return boNotImplemented(g_sSelectValueSet);
         if (const auto* pIntegers = value.pValueGet<std::vector<long long>>())
             return boStoreList(AttributeType::List, pType, pIntegers, pool);
         return boStoreList(AttributeType::List, pType, value.pValueGet<std::vector<double>>(), pool);

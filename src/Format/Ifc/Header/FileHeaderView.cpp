@@ -28,7 +28,7 @@ std::any listValue(const std::vector<std::string>& items) {
 
 using ValueOf = std::any (*)(const FileHeader& header);
 
-struct Row {
+struct FieldRow {
     std::string_view id;
     std::string_view label;
     ValueOf pValueOf;   // null for a group, whose fields follow it
@@ -37,7 +37,7 @@ struct Row {
 };
 
 // The tree, in the order in which it is shown.
-constexpr Row g_rows[] = {
+constexpr FieldRow g_fieldRows[] = {
     {"HeaderDescription", "Description", nullptr},
     {"HeaderDescription_Description", "Description",
      [](const FileHeader& header) { return listValue(header.description.descriptions); }},
@@ -58,16 +58,16 @@ constexpr Row g_rows[] = {
     {"HeaderSchema", "Schema", nullptr},
     {"HeaderSchema_Schema", "Schema", [](const FileHeader& header) -> std::any { return header.schema.schemaName; }},
 };
-static_assert(std::size(g_rows) == 13);
-static_assert(g_rows[0].boGroup(), "every field has a group before it");
+static_assert(std::size(g_fieldRows) == 13);
+static_assert(g_fieldRows[0].boGroup(), "every field has a group before it");
 
 // A label for the whole, which is no part of the tree.
-constexpr Row g_info{"HeaderInfo", "Ifc file header", nullptr};
+constexpr FieldRow g_info{"HeaderInfo", "Ifc file header", nullptr};
 
-const Row* pRow(const PropertyId& id) {
-    const auto* const pFound =
-        std::find_if(std::begin(g_rows), std::end(g_rows), [&id](const Row& row) { return row.id == id; });
-    return pFound == std::end(g_rows) ? nullptr : pFound;
+const FieldRow* pRow(const PropertyId& id) {
+    const auto* const pFound = std::find_if(std::begin(g_fieldRows), std::end(g_fieldRows),
+                                            [&id](const FieldRow& row) { return row.id == id; });
+    return pFound == std::end(g_fieldRows) ? nullptr : pFound;
 }
 
 }   // namespace
@@ -76,7 +76,7 @@ std::vector<std::shared_ptr<fc::Property>> FileHeader::getProperties() const {
     // A grid holds its owners to ask them; no operation of this one writes.
     const std::shared_ptr<PropertyInterface> owner = std::const_pointer_cast<FileHeader>(shared_from_this());
     std::vector<std::shared_ptr<fc::Property>> groups;
-    for (const Row& row : g_rows) {
+    for (const FieldRow& row : g_fieldRows) {
         auto pNode = std::make_shared<fc::Property>();
         pNode->id = row.id;
         pNode->boGroup = row.boGroup();
@@ -88,18 +88,18 @@ std::vector<std::shared_ptr<fc::Property>> FileHeader::getProperties() const {
 
 std::set<PropertyId> FileHeader::getAllProperties() const {
     std::set<PropertyId> ids;
-    for (const Row& row : g_rows) ids.emplace(row.id);
+    for (const FieldRow& row : g_fieldRows) ids.emplace(row.id);
     return ids;
 }
 
 std::any FileHeader::getValue(const PropertyId& id) const {
-    const Row* const pFound = pRow(id);
+    const FieldRow* const pFound = pRow(id);
     return pFound && pFound->pValueOf ? pFound->pValueOf(*this) : std::any();
 }
 
 std::string FileHeader::getPropertyName(const PropertyId& id) const {
     if (id == g_info.id) return std::string(g_info.label);
-    const Row* const pFound = pRow(id);
+    const FieldRow* const pFound = pRow(id);
     return pFound ? std::string(pFound->label) : std::string();
 }
 

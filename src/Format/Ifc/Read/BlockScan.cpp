@@ -15,7 +15,7 @@ namespace {
 constexpr std::chrono::milliseconds g_newsRhythm(20);     // a scanner that is woken often costs more than it tells
 constexpr std::uint64_t g_iBehindBlock = 1024;            // bytes: longer than most statements
 constexpr std::uint64_t g_iMostBehindBlock = 64 * 1024;   // of what is only supposed
-constexpr unsigned g_iLooks = 2000;                       // for a proof, before a sleep: as long as a block is scanned
+constexpr unsigned g_iProofLooks = 2000;                  // for a proof, before a sleep: as long as a block is scanned
 
 }   // namespace
 
@@ -35,7 +35,8 @@ std::optional<std::size_t> BlockOrder::take() {
 // Mostly the blocks before are scanned by then: they were taken before, and to scan takes a fraction of the time that
 // parsing does.
 std::optional<BlockPlace> BlockOrder::waitFor(std::size_t iBlock) {
-    for (unsigned i = 0; i < g_iLooks && m_iKnown.load(std::memory_order_relaxed) < iBlock; ++i) platform::vRelax();
+    for (unsigned i = 0; i < g_iProofLooks && m_iKnown.load(std::memory_order_relaxed) < iBlock; ++i)
+        platform::vRelax();
     std::unique_lock lock(m_mutex);
     m_proven.wait(lock, [&] { return m_iProven == iBlock || m_news.boEnded; });
     if (!m_news.boEnded) return m_news.place;

@@ -25,8 +25,7 @@ bool AttributeListValueBase::boInitTypeFromAttribute(const ObjectBase* pObject) 
         m_eItemType = eItems;
         return true;
     }
-    const def::schema::DataTypeBase* pAggregate = def::schema::pDataTypeOf(pObject);
-    const ObjectBase* pElement = pAggregate ? pAggregate->pElementGet() : nullptr;
+    const ObjectBase* pElement = def::schema::pElementOf(pObject);
     if (pElement && !def::schema::pDataTypeOf(pElement))
         Assert::vTell("Format/Ifc/IfcFileAttribute", "oxa::ifc::AttributeListValueBase::boInitTypeFromAttribute",
                       "pDataTypeBase != nullptr");

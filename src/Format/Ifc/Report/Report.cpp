@@ -20,13 +20,13 @@ namespace {
 
 using Json = nlohmann::json;   // objects are ordered by key
 
-constexpr char g_sSource[] = "Format/Ifc/IfcFileErrorReport";
+constexpr char g_sReportSource[] = "Format/Ifc/IfcFileErrorReport";
 constexpr char g_sFunction[] = "oxa::ifc::Errors::writeReport";
 
 // The text of a key in the language of the user.
 Json localized(std::vector<const Json*>& args) {
     if (args.size() == 1) return localize("Ifc", args.front()->get<std::string>());
-    Assert::vTell(g_sSource, g_sFunction, "localize function takes 1 argument (the localize id)");
+    Assert::vTell(g_sReportSource, g_sFunction, "localize function takes 1 argument (the localize id)");
     return "";
 }
 
@@ -63,7 +63,7 @@ bool Errors::writeReport(std::string_view templateText, std::ostream& out, std::
         report::vRender(templateText, "./", localized, reportData(m_records, std::move(fileName)), out);
         return true;
     } catch (const std::exception& error) {
-        Assert::vTell(g_sSource, g_sFunction,
+        Assert::vTell(g_sReportSource, g_sFunction,
                       std::string("Exception thrown when rendering template file: ") + error.what());
         return false;
     }

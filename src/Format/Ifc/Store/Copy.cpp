@@ -242,9 +242,7 @@ bool AttributeListValueBase::copyTo(AttributeListValueBase& target, const Object
         target.m_eItemType = AttributeType::Unknown;
         return boUndefined(target, false);
     }
-    const def::schema::DataTypeBase* pAggregate = def::schema::pDataTypeOf(pObject);
-    const ObjectBase* pElement = pAggregate ? pAggregate->pElementGet() : nullptr;
-    return visitItems(*this, ItemsCopy{*this, target, pElement, data, mapEntity, mapType});
+    return visitItems(*this, ItemsCopy{*this, target, def::schema::pElementOf(pObject), data, mapEntity, mapType});
 }
 
 }   // namespace oxa::ifc

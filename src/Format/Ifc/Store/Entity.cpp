@@ -18,7 +18,7 @@ using def::schema::AttributeName;
 
 namespace {
 
-constexpr char g_sSource[] = "Format/Ifc/IfcFileEntity";
+constexpr char g_sEntitySource[] = "Format/Ifc/IfcFileEntity";
 
 // Hashes are compared first, bytes only where they agree.
 template <class List>
@@ -52,7 +52,7 @@ std::shared_ptr<const DataSizeEntity> pDataSizeBuild(const def::schema::Entity& 
         if (eClass < CellClass::Unresolved) {
             iSize = AttributeBase::iAttributeSizeFromSchemaAttribute(*pObject, *pAttribute);
         } else {
-            Assert::vTell(g_sSource, "oxa::ifc::Entity::getDataSize", "Schema error. Attribute not found.");
+            Assert::vTell(g_sEntitySource, "oxa::ifc::Entity::getDataSize", "Schema error. Attribute not found.");
         }
         pSize->offsets.push_back(pSize->iSize);
         const AttributeType eItems =
@@ -154,7 +154,7 @@ bool Entity::boUndefinedSet(const AttributeName& name, bool boUndefined) {
     const auto [pPlace, pCell] = find(name);
     if (!pCell) return false;
     if (boUndefined && !pPlace->pAttribute->boOptional) {
-        Assert::vTell(g_sSource, "oxa::ifc::Entity::boUndefinedSet",
+        Assert::vTell(g_sEntitySource, "oxa::ifc::Entity::boUndefinedSet",
                       "oxa::ifc::Entity::vUndefinedSet: This attribute is not optional");
         return false;
     }
@@ -179,7 +179,7 @@ bool Entity::boForEachAttribute(std::function<bool(const Attribute&, const Attri
 }
 
 void Entity::sanityCheck() const {
-    if (!m_pSchemaEntity) Assert::vTell(g_sSource, "oxa::ifc::Entity::sanityCheck", "Missing schema entity");
+    if (!m_pSchemaEntity) Assert::vTell(g_sEntitySource, "oxa::ifc::Entity::sanityCheck", "Missing schema entity");
 }
 
 }   // namespace oxa::ifc

@@ -16,7 +16,7 @@ namespace oxa::ifc {
 
 namespace {
 
-int iHexDigit(char c) noexcept {
+int iHexValue(char c) noexcept {
     return c >= '0' && c <= '9'   ? c - '0'
            : c >= 'a' && c <= 'f' ? c - 'a' + 10
            : c >= 'A' && c <= 'F' ? c - 'A' + 10
@@ -67,7 +67,7 @@ LenientReal hexadecimal(std::string_view text) noexcept {
             boPoint = true;
             continue;
         }
-        const int iDigit = iHexDigit(text[i]);
+        const int iDigit = iHexValue(text[i]);
         if (iDigit < 0) break;
         boDigit = true;
         if (iDigits < g_iFull) {

@@ -183,7 +183,7 @@ struct SelectRow {
 };
 
 template <class T>
-IfcSelectBase typed(const char* sType, T value) {
+IfcSelectBase typedValue(const char* sType, T value) {
     return IfcSelectBase(CellSetter::pType(sType), std::move(value));
 }
 
@@ -212,31 +212,32 @@ TEST(AttributeSelect, StoresEachKind) {
     vExpectStores(
         {
             {"a reference", nullptr, IfcSelectBase(p5), true, "$ Select 13:(#5)"},
-            {"real", nullptr, typed("IFCLENGTHMEASURE", 1.5), true, "$ Select 1:IFCLENGTHMEASURE(Real 1.5)"},
-            {"boolean", nullptr, typed("IFCFLAG", true), true, "$ Select 2:IFCFLAG(Boolean 1)"},
-            {"integer", nullptr, typed("IFCCOUNT", 1LL << 40), true, "$ Select 3:IFCCOUNT(Integer 1099511627776)"},
-            {"number", nullptr, typed("IFCNUMERIC", -2.0), true, "$ Select 4:IFCNUMERIC(Number -2)"},
-            {"string", nullptr, typed("IFCLABEL", std::string("a")), true, "$ Select 5:IFCLABEL(String 'a')"},
-            {"string from a text", nullptr, typed<const char*>("IFCLABEL", "b"), true,
+            {"real", nullptr, typedValue("IFCLENGTHMEASURE", 1.5), true, "$ Select 1:IFCLENGTHMEASURE(Real 1.5)"},
+            {"boolean", nullptr, typedValue("IFCFLAG", true), true, "$ Select 2:IFCFLAG(Boolean 1)"},
+            {"integer", nullptr, typedValue("IFCCOUNT", 1LL << 40), true, "$ Select 3:IFCCOUNT(Integer 1099511627776)"},
+            {"number", nullptr, typedValue("IFCNUMERIC", -2.0), true, "$ Select 4:IFCNUMERIC(Number -2)"},
+            {"string", nullptr, typedValue("IFCLABEL", std::string("a")), true, "$ Select 5:IFCLABEL(String 'a')"},
+            {"string from a text", nullptr, typedValue<const char*>("IFCLABEL", "b"), true,
              "$ Select 5:IFCLABEL(String 'b')"},
-            {"a longer string", nullptr, typed("IFCLABEL", std::string("a longer text")), true,
+            {"a longer string", nullptr, typedValue("IFCLABEL", std::string("a longer text")), true,
              "$ Select 5:IFCLABEL(String 'a longer text')"},
-            {"string from a longer text", nullptr, typed<const char*>("IFCLABEL", "another longer text"), true,
+            {"string from a longer text", nullptr, typedValue<const char*>("IFCLABEL", "another longer text"), true,
              "$ Select 5:IFCLABEL(String 'another longer text')"},
-            {"an empty string", nullptr, typed("IFCLABEL", std::string()), true, "$ Select 5:IFCLABEL(String '')"},
-            {"string from an empty text", "IFCLABEL('x')", typed<const char*>("IFCLABEL", ""), true,
+            {"an empty string", nullptr, typedValue("IFCLABEL", std::string()), true, "$ Select 5:IFCLABEL(String '')"},
+            {"string from an empty text", "IFCLABEL('x')", typedValue<const char*>("IFCLABEL", ""), true,
              "Select 5:IFCLABEL(String '')"},
-            {"logical", nullptr, typed("IFCANSWER", LogicalValue::Unknown), true,
+            {"logical", nullptr, typedValue("IFCANSWER", LogicalValue::Unknown), true,
              "$ Select 6:IFCANSWER(Logical unknown)"},
-            {"enumeration", nullptr, typed<const char*>("IFCCOLOUR", "GREEN"), true,
+            {"enumeration", nullptr, typedValue<const char*>("IFCCOLOUR", "GREEN"), true,
              "$ Select 8:IFCCOLOUR(Enumeration 'GREEN')"},
-            {"array of reals", nullptr, typed("IFCREALARRAY", std::vector{1.0, 2.0}), true,
+            {"array of reals", nullptr, typedValue("IFCREALARRAY", std::vector{1.0, 2.0}), true,
              "$ Select 10:IFCREALARRAY(List 1[1, 2])"},
-            {"list of integers", nullptr, typed("IFCCOUNTS", std::vector{1LL, 2LL}), true,
+            {"list of integers", nullptr, typedValue("IFCCOUNTS", std::vector{1LL, 2LL}), true,
              "$ Select 11:IFCCOUNTS(List 3[1, 2])"},
-            {"list of reals", nullptr, typed("IFCREALS", std::vector{1.5}), true, "$ Select 11:IFCREALS(List 1[1.5])"},
-            {"set of references", nullptr, typed("IFCTHINGS", both), true, sSet.c_str()},
-            {"an empty set", nullptr, typed("IFCTHINGS", std::set<Entity*>()), true,
+            {"list of reals", nullptr, typedValue("IFCREALS", std::vector{1.5}), true,
+             "$ Select 11:IFCREALS(List 1[1.5])"},
+            {"set of references", nullptr, typedValue("IFCTHINGS", both), true, sSet.c_str()},
+            {"an empty set", nullptr, typedValue("IFCTHINGS", std::set<Entity*>()), true,
              "$ Select 12:IFCTHINGS(List 13 null)"},
         },
         setter);
@@ -254,29 +255,29 @@ TEST(AttributeSelect, RefusesOtherTypes) {
             {"a text without a type", g_sBefore, IfcSelectBase(std::string("a")), false, g_sAfter},
             {"a value without a type", g_sBefore, IfcSelectBase(nullptr, 1.5), false, g_sAfter},
             {"a value of a type without a data type", g_sBefore, IfcSelectBase(&unresolved, 1.5), false, g_sAfter},
-            {"double for integer", g_sBefore, typed("IFCCOUNT", 1.5), false, g_sAfter},
-            {"integer for real", g_sBefore, typed("IFCLENGTHMEASURE", 1LL), false, g_sAfter},
-            {"integer for number", g_sBefore, typed("IFCNUMERIC", 1LL), false, g_sAfter},
-            {"integer for boolean", g_sBefore, typed("IFCFLAG", 1LL), false, g_sAfter},
-            {"bool for logical", g_sBefore, typed("IFCANSWER", true), false, g_sAfter},
-            {"double for string", g_sBefore, typed("IFCLABEL", 1.5), false, g_sAfter},
-            {"a null text", g_sBefore, typed<const char*>("IFCLABEL", nullptr), false, g_sAfter},
-            {"string for enumeration", g_sBefore, typed("IFCCOLOUR", std::string("RED")), false, g_sAfter},
-            {"binary", g_sBefore, typed<unsigned char*>("IFCBLOB", nullptr), false, g_sAfter, {g_sNotImplemented}},
-            {"a nested select", g_sBefore, typed("IFCINNER", 1LL), false, g_sAfter},
-            {"integers for an array", g_sBefore, typed("IFCREALARRAY", std::vector{1LL}), false, g_sAfter},
-            {"double for a list", g_sBefore, typed("IFCREALS", 1.5), false, g_sAfter},
-            {"reals for a set", g_sBefore, typed("IFCTHINGS", std::vector{1.5}), false, g_sAfter},
+            {"double for integer", g_sBefore, typedValue("IFCCOUNT", 1.5), false, g_sAfter},
+            {"integer for real", g_sBefore, typedValue("IFCLENGTHMEASURE", 1LL), false, g_sAfter},
+            {"integer for number", g_sBefore, typedValue("IFCNUMERIC", 1LL), false, g_sAfter},
+            {"integer for boolean", g_sBefore, typedValue("IFCFLAG", 1LL), false, g_sAfter},
+            {"bool for logical", g_sBefore, typedValue("IFCANSWER", true), false, g_sAfter},
+            {"double for string", g_sBefore, typedValue("IFCLABEL", 1.5), false, g_sAfter},
+            {"a null text", g_sBefore, typedValue<const char*>("IFCLABEL", nullptr), false, g_sAfter},
+            {"string for enumeration", g_sBefore, typedValue("IFCCOLOUR", std::string("RED")), false, g_sAfter},
+            {"binary", g_sBefore, typedValue<unsigned char*>("IFCBLOB", nullptr), false, g_sAfter, {g_sNotImplemented}},
+            {"a nested select", g_sBefore, typedValue("IFCINNER", 1LL), false, g_sAfter},
+            {"integers for an array", g_sBefore, typedValue("IFCREALARRAY", std::vector{1LL}), false, g_sAfter},
+            {"double for a list", g_sBefore, typedValue("IFCREALS", 1.5), false, g_sAfter},
+            {"reals for a set", g_sBefore, typedValue("IFCTHINGS", std::vector{1.5}), false, g_sAfter},
             {"an array without an object",
              g_sBefore,
-             typed("IFCREALARRAY", std::vector{1.0}),
+             typedValue("IFCREALARRAY", std::vector{1.0}),
              false,
              g_sAfter,
              {},
              Object::None},
             {"a list without an object",
              g_sBefore,
-             typed("IFCREALS", std::vector{1.0}),
+             typedValue("IFCREALS", std::vector{1.0}),
              false,
              g_sAfter,
              {g_sNotImplemented},
@@ -290,23 +291,23 @@ TEST(AttributeSelect, KeepsItsTypeBehindARefusal) {
     CellSetter setter;
     vExpectStores(
         {
-            {"no enumerator, over nothing", nullptr, typed<const char*>("IFCCOLOUR", "BLUE"), false,
+            {"no enumerator, over nothing", nullptr, typedValue<const char*>("IFCCOLOUR", "BLUE"), false,
              "$ Select 0:(null)"},
-            {"no enumerator, over a binary", "IFCBLOB(\"0AB\")", typed<const char*>("IFCCOLOUR", "BLUE"), false,
+            {"no enumerator, over a binary", "IFCBLOB(\"0AB\")", typedValue<const char*>("IFCCOLOUR", "BLUE"), false,
              "Select 7:IFCBLOB(Binary [AB])"},
-            {"no enumerator, over a string", "IFCLABEL('x')", typed<const char*>("IFCCOLOUR", "BLUE"), false,
+            {"no enumerator, over a string", "IFCLABEL('x')", typedValue<const char*>("IFCCOLOUR", "BLUE"), false,
              "Select 5:IFCLABEL(String 'x')"},
-            {"no enumerator, over another", "IFCCOLOUR(.RED.)", typed<const char*>("IFCCOLOUR", "BLUE"), false,
+            {"no enumerator, over another", "IFCCOLOUR(.RED.)", typedValue<const char*>("IFCCOLOUR", "BLUE"), false,
              "Select 8:IFCCOLOUR(Enumeration null)"},
-            {"a null enumerator", "IFCCOLOUR(.RED.)", typed<const char*>("IFCCOLOUR", nullptr), false,
+            {"a null enumerator", "IFCCOLOUR(.RED.)", typedValue<const char*>("IFCCOLOUR", nullptr), false,
              "Select 8:IFCCOLOUR(Enumeration null)"},
-            {"reals in a list of integers, over nothing", nullptr, typed("IFCCOUNTS", std::vector{1.5}), false,
+            {"reals in a list of integers, over nothing", nullptr, typedValue("IFCCOUNTS", std::vector{1.5}), false,
              "$ Select 0:(null)"},
-            {"reals in a list of integers", "IFCINNER(IFCCOUNT(1))", typed("IFCCOUNTS", std::vector{1.5}), false,
+            {"reals in a list of integers", "IFCINNER(IFCCOUNT(1))", typedValue("IFCCOUNTS", std::vector{1.5}), false,
              "Select 9:IFCINNER(Select 3:IFCCOUNT(Integer 1))"},
-            {"reals in an array of integers", "#5", typed("IFCINTEGERARRAY", std::vector{1.5}), false,
+            {"reals in an array of integers", "#5", typedValue("IFCINTEGERARRAY", std::vector{1.5}), false,
              "Select 13:(#5)"},
-            {"the same in one that is there", "IFCCOUNTS((1,2))", typed("IFCCOUNTS", std::vector{1.5}), false,
+            {"the same in one that is there", "IFCCOUNTS((1,2))", typedValue("IFCCOUNTS", std::vector{1.5}), false,
              "Select 11:IFCCOUNTS(List 3[1, 2])"},
         },
         setter);
@@ -321,18 +322,18 @@ TEST(AttributeSelect, ReusesTheCellOfTheSameTag) {
     const auto boStore = [&](const IfcSelectBase& value) {
         return cell.boValueSet(value, setter.pTypeOf("Se"), setter.data.pool());
     };
-    EXPECT_TRUE(boStore(typed("IFCLABEL", std::string("abc"))));
+    EXPECT_TRUE(boStore(typedValue("IFCLABEL", std::string("abc"))));
     EXPECT_EQ(cell.m_pValue, pFormer);
     EXPECT_EQ(setter.sShow("Se"), "Select 5:IFCLABEL(String 'abc')") << "the nested flags are cleared";
 
     cell.m_pValue.load()->m_boDerived = true;
-    EXPECT_TRUE(boStore(typed("IFCLABEL", std::string("d"))));
+    EXPECT_TRUE(boStore(typedValue("IFCLABEL", std::string("d"))));
     EXPECT_EQ(setter.sShow("Se"), "Select 5:IFCLABEL(String 'd')");
 
-    EXPECT_TRUE(boStore(typed("IFCLENGTHMEASURE", 1.0)));
+    EXPECT_TRUE(boStore(typedValue("IFCLENGTHMEASURE", 1.0)));
     EXPECT_NE(cell.m_pValue, pFormer) << "another tag";
     pFormer = cell.m_pValue;
-    EXPECT_TRUE(boStore(typed("IFCNUMERIC", 1.0)));
+    EXPECT_TRUE(boStore(typedValue("IFCNUMERIC", 1.0)));
     EXPECT_NE(cell.m_pValue, pFormer) << "a number is no real";
     pFormer = cell.m_pValue;
     EXPECT_TRUE(boStore(IfcSelectBase(setter.pEntity(5))));
@@ -348,7 +349,7 @@ TEST(AttributeSelect, MakesACellWhereOnlyTheTagIsThere) {
     CellSetter setter;
     auto& cell = setter.cell<AttributeSelect>("Se");
     cell.m_eType = AttributeType::Real;
-    EXPECT_TRUE(cell.boValueSet(typed("IFCLENGTHMEASURE", 1.5), setter.pTypeOf("Se"), setter.data.pool()));
+    EXPECT_TRUE(cell.boValueSet(typedValue("IFCLENGTHMEASURE", 1.5), setter.pTypeOf("Se"), setter.data.pool()));
     EXPECT_EQ(setter.sShow("Se"), "$ Select 1:IFCLENGTHMEASURE(Real 1.5)");
 }
 
@@ -358,13 +359,13 @@ TEST(AttributeSelect, RefusesTextWhereItIsMarkedAsGuid) {
     auto& cell = setter.cell<AttributeSelect>("Se");
     cell.m_boGuid = true;
     AssertTrail trail;
-    EXPECT_FALSE(cell.boValueSet(typed("IFCLABEL", std::string("a")), setter.pTypeOf("Se"), setter.data.pool()));
+    EXPECT_FALSE(cell.boValueSet(typedValue("IFCLABEL", std::string("a")), setter.pTypeOf("Se"), setter.data.pool()));
     EXPECT_EQ(trail.raised(), Trail{g_sNotImplemented});
     cell.vTypeCreate({CellSetter::pType("IFCLABEL")}, setter.data.pool());
     EXPECT_EQ(trail.raised(), Trail{"oxa::ifc::AttributeSelect::vTypeCreate: Not implemented"});
     EXPECT_EQ(setter.sShow("Se"), "? Select 5:IFCLABEL(String 'x')");
     Assert::setEnabled(false);
-    EXPECT_FALSE(cell.boValueSet(typed("IFCLABEL", std::string("a")), setter.pTypeOf("Se"), setter.data.pool()));
+    EXPECT_FALSE(cell.boValueSet(typedValue("IFCLABEL", std::string("a")), setter.pTypeOf("Se"), setter.data.pool()));
     EXPECT_EQ(trail.raised(), g_nothing) << "assertions are off";
     EXPECT_EQ(setter.sShow("Se"), "? Select 5:IFCLABEL(String 'x')");
 }

@@ -203,22 +203,22 @@ TEST(AttributeBase, BehindTheStatementStandZeros) {
     ASSERT_EQ(reader.errors.records().size(), 1U) << "the second point is missing";
 }
 
-const Report g_null = {"Error_InvalidNullAttribute", "Value", Errors::Error, Errors::Null};
+const Report g_nullReport = {"Error_InvalidNullAttribute", "Value", Errors::Error, Errors::Null};
 const ReadRow g_nullRows[] = {
     {"null where it may be", "#1=IFCTHING($);", "$ String null"},
     {"derived", "#1=IFCTHING(*);", "* String null"},
-    {"null of a mandatory real", "#1=IFCREAL($);", "$ Real 0", {g_null}},
-    {"of a number", "#1=IFCNUMBER($);", "$ Number 0", {g_null}},
-    {"of an integer", "#1=IFCINTEGER($);", "$ Integer 0", {g_null}},
-    {"of a boolean", "#1=IFCBOOLEAN($);", "$ Boolean 0", {g_null}},
-    {"of a logical", "#1=IFCLOGICAL($);", "$ Logical unknown", {g_null}},
-    {"of a text", "#1=IFCSTRING($);", "$ String null", {g_null}},
-    {"of a GUID", "#1=IFCGUID($);", "$ Guid 0", {g_null}},
-    {"of a binary", "#1=IFCBINARY($);", "$ Binary null", {g_null}},
-    {"of an enumeration", "#1=IFCENUMERATION($);", "$ Enumeration null", {g_null}},
-    {"of a reference", "#1=IFCREFERENCE($);", "$ Entity null", {g_null}},
-    {"of a select", "#1=IFCSELECT($);", "$ Select 0:(null)", {g_null}},
-    {"of a list", "#1=IFCREALLIST($);", "$ List 0 null", {g_null}},
+    {"null of a mandatory real", "#1=IFCREAL($);", "$ Real 0", {g_nullReport}},
+    {"of a number", "#1=IFCNUMBER($);", "$ Number 0", {g_nullReport}},
+    {"of an integer", "#1=IFCINTEGER($);", "$ Integer 0", {g_nullReport}},
+    {"of a boolean", "#1=IFCBOOLEAN($);", "$ Boolean 0", {g_nullReport}},
+    {"of a logical", "#1=IFCLOGICAL($);", "$ Logical unknown", {g_nullReport}},
+    {"of a text", "#1=IFCSTRING($);", "$ String null", {g_nullReport}},
+    {"of a GUID", "#1=IFCGUID($);", "$ Guid 0", {g_nullReport}},
+    {"of a binary", "#1=IFCBINARY($);", "$ Binary null", {g_nullReport}},
+    {"of an enumeration", "#1=IFCENUMERATION($);", "$ Enumeration null", {g_nullReport}},
+    {"of a reference", "#1=IFCREFERENCE($);", "$ Entity null", {g_nullReport}},
+    {"of a select", "#1=IFCSELECT($);", "$ Select 0:(null)", {g_nullReport}},
+    {"of a list", "#1=IFCREALLIST($);", "$ List 0 null", {g_nullReport}},
     {"derived where it is mandatory", "#1=IFCREAL(*);", "* Real 0"},
     {"a derived logical", "#1=IFCLOGICAL(*);", "* Logical unknown"},
     {"two characters are a value", "#1=IFCSTRING($$);", "String ''", {{"Error_ExpectedValidStringValueFor"}}},

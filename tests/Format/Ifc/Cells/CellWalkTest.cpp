@@ -366,7 +366,7 @@ const char* const g_selected[] = {
     "IFCCOUNT(*)",
 };
 
-struct CellRow {
+struct WalkRow {
     const char* sType;
     std::function<std::string(CellSetter&, const char*, bool, bool)> walk;
     Found found = {};   // by attribute, or by the token of a select
@@ -380,7 +380,7 @@ std::function<std::string(CellSetter&, const char*, bool, bool)> walksCell() {
 }
 
 TEST(AttributeWalk, MeetsSingleValuesOfTheirKind) {
-    const CellRow table[] = {
+    const WalkRow table[] = {
         {"int", walksCell<int>()},
         {"char", walksCell<char>()},
         {"unsigned char", walksCell<unsigned char>()},
@@ -416,14 +416,14 @@ TEST(AttributeWalk, MeetsSingleValuesOfTheirKind) {
     };
     CellSetter setter;
     AssertTrail trail;
-    const auto vExpect = [&](const CellRow& row, const char* sAttribute, const char* token, const char* sKey) {
+    const auto vExpect = [&](const WalkRow& row, const char* sAttribute, const char* token, const char* sKey) {
         SCOPED_TRACE(std::string(row.sType) + " in " + sAttribute + ' ' + token);
         setter.vReadOne(sAttribute, token);
         const auto found = row.found.find(sKey);
         EXPECT_EQ(row.walk(setter, sAttribute, true, false), found == row.found.end() ? "no:" : found->second);
         EXPECT_EQ(row.walk(setter, sAttribute, false, false), "no:") << "single values are off";
     };
-    for (const CellRow& row : table) {
+    for (const WalkRow& row : table) {
         for (const CellTarget& cell : g_cells) vExpect(row, cell.sAttribute, cell.token, cell.sAttribute);
         for (const char* token : g_selected) vExpect(row, "Se", token, token);
     }

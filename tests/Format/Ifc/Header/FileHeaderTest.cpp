@@ -59,12 +59,12 @@ std::string sFields(const FileHeader& header) {
 
 const std::string g_allFields = "[d]|L|n|t|[a]|[o]|p|s|z|S";
 
-struct LineRow {
+struct HeaderLineRow {
     const char* sRule;
     std::string_view sLine;
     std::string sFields;   // of the header above, once the line was read
 };
-const LineRow g_lineRows[] = {
+const HeaderLineRow g_headerLineRows[] = {
     // FILE_DESCRIPTION
     {"description", "FILE_DESCRIPTION(('x','y'),'2;2');", "[d][x][y]|2;2|n|t|[a]|[o]|p|s|z|S"},
     {"an empty level changes nothing", "FILE_DESCRIPTION(('x'),'');", "[d][x]|L|n|t|[a]|[o]|p|s|z|S"},
@@ -113,7 +113,7 @@ const LineRow g_lineRows[] = {
 };
 
 TEST(FileHeader, LineSetsFields) {
-    for (const LineRow& row : g_lineRows) {
+    for (const HeaderLineRow& row : g_headerLineRows) {
         SCOPED_TRACE(row.sRule);
         SCOPED_TRACE(row.sLine);
         FileHeader header = headerWithAll();

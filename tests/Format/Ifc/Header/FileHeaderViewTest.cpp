@@ -28,14 +28,14 @@ std::optional<std::string> valueText(const FileHeader& header, const std::string
     return std::any_cast<std::string>(value);
 }
 
-struct Row {
+struct ViewFieldRow {
     const char* sId;
     bool boGroup;
     const char* sLabel;
     std::optional<std::string> value;   // of the header above
     std::optional<std::string> empty;   // of a new header
 };
-const Row g_rows[] = {
+const ViewFieldRow g_viewFieldRows[] = {
     {"HeaderDescription", true, "Description", {}, {}},
     {"HeaderDescription_Description", false, "Description", "d", {}},
     {"HeaderDescription_ImplementationLevel", false, "ImplementationLevel", "L", "2;1"},
@@ -54,7 +54,7 @@ const Row g_rows[] = {
 TEST(FileHeaderView, EveryIdHasItsLabelAndItsValue) {
     const FileHeader all = headerWithAll();
     const FileHeader none;
-    for (const Row& row : g_rows) {
+    for (const ViewFieldRow& row : g_viewFieldRows) {
         SCOPED_TRACE(row.sId);
         EXPECT_EQ(all.getPropertyName(row.sId), row.sLabel);
         EXPECT_EQ(valueText(all, row.sId), row.value);
@@ -64,7 +64,7 @@ TEST(FileHeaderView, EveryIdHasItsLabelAndItsValue) {
 
 TEST(FileHeaderView, PropertiesAreTheIdsOfTheTree) {
     std::set<object::PropertyId> expected;
-    for (const Row& row : g_rows) expected.insert(row.sId);
+    for (const ViewFieldRow& row : g_viewFieldRows) expected.insert(row.sId);
     EXPECT_EQ(expected.size(), 13u);
     EXPECT_EQ(FileHeader().getAllProperties(), expected);
     EXPECT_EQ(headerWithAll().getAllProperties(), expected);
@@ -148,7 +148,7 @@ TEST(FileHeaderView, TreeHasThreeGroupsInOrder) {
         }
     }
     std::vector<std::pair<std::string, bool>> expected;
-    for (const Row& row : g_rows) expected.emplace_back(row.sId, row.boGroup);
+    for (const ViewFieldRow& row : g_viewFieldRows) expected.emplace_back(row.sId, row.boGroup);
     EXPECT_EQ(nodes, expected);
 }
 

@@ -99,7 +99,7 @@ const ReadRow g_logicalRows[] = {
 };
 TEST(AttributeLogical, LooksAtThreeCharacters) { vExpectReads(g_logicalRows); }
 
-const ReadRow g_stringRows[] = {
+const ReadRow g_textRows[] = {
     {"plain", "#1=IFCSTRING('abc');", "String 'abc'"},
     {"empty", "#1=IFCSTRING('');", "String ''"},
     {"a doubled quote is one", "#1=IFCSTRING('it''s');", "String 'it's'"},
@@ -114,7 +114,7 @@ const ReadRow g_stringRows[] = {
 };
 TEST(AttributeString, IsWhatStandsBetweenTheQuotes) {
     const AssertLog log;
-    vExpectReads(g_stringRows);
+    vExpectReads(g_textRows);
     EXPECT_EQ(log.texts(), std::vector<std::string>{});
 }
 
@@ -240,7 +240,7 @@ TEST(AttributeEnumeration, NeedsAnEnumerationBehindTheTypeOrTheAttribute) {
 }
 
 // clang-format off
-const ReadRow g_entityRows[] = {
+const ReadRow g_referenceRows[] = {
     {"a number", "#1=IFCREFERENCE(#12);", "Entity #12"},
     {"what follows the digits is ignored", "#1=IFCREFERENCE(#12x);", "Entity #12"},
     {"no digits are 0", "#1=IFCREFERENCE(#x);", "Entity #0"},
@@ -263,7 +263,7 @@ const ReadRow g_entityRows[] = {
     {"of another type is not compared", "#1=IFCREFERENCE(#1);", "Entity #1"},
 };
 // clang-format on
-TEST(AttributeEntity, IsThePlaceOfItsNumber) { vExpectReads(g_entityRows); }
+TEST(AttributeEntity, IsThePlaceOfItsNumber) { vExpectReads(g_referenceRows); }
 
 TEST(AttributeEntity, MarksItsTargetAsReferenced) {
     StatementReader reader;

@@ -10,7 +10,7 @@ namespace oxa::ifc {
 namespace {
 
 constexpr char g_sSelect[] = "Error_ExpectedValidSelectValueFor";
-const Report g_null = {"Error_InvalidNullAttribute", "Value", Errors::Error, Errors::Null};
+const Report g_nullSelect = {"Error_InvalidNullAttribute", "Value", Errors::Error, Errors::Null};
 
 const ReadRow g_valueRows[] = {
     {"a reference has no type", "#1=IFCSELECT(#5);", "Select 13:(#5)"},
@@ -33,9 +33,9 @@ const ReadRow g_valueRows[] = {
     {"a set of references", "#1=IFCSELECT(IFCTHINGS((#2,#3)));", "Select 12:IFCTHINGS(List 13[#2, #3])"},
     {"a list of selects", "#1=IFCSELECT(IFCVALUES((IFCLABEL('a'),#3)));",
      "Select 11:IFCVALUES(List 9[Select 5:IFCLABEL(String 'a'), Select 13:(#3)])"},
-    {"null", "#1=IFCSELECT($);", "$ Select 0:(null)", {g_null}},
+    {"null", "#1=IFCSELECT($);", "$ Select 0:(null)", {g_nullSelect}},
     {"derived", "#1=IFCSELECT(*);", "* Select 0:(null)"},
-    {"null inside", "#1=IFCSELECT(IFCLABEL($));", "Select 5:IFCLABEL($ String null)", {g_null}},
+    {"null inside", "#1=IFCSELECT(IFCLABEL($));", "Select 5:IFCLABEL($ String null)", {g_nullSelect}},
     {"derived inside", "#1=IFCSELECT(IFCLABEL(*));", "Select 5:IFCLABEL(* String null)"},
 };
 TEST(AttributeSelect, HoldsACellOfTheNamedType) { vExpectReads(g_valueRows); }

@@ -24,8 +24,8 @@ const def::SchemaPset& readSchema() {
     return *pSchema;
 }
 
-constexpr char g_sReal[] = "Error_ExpectedValidRealValueFor";
-constexpr char g_sString[] = "Error_ExpectedValidStringValueFor";
+constexpr char g_sExpectedReal[] = "Error_ExpectedValidRealValueFor";
+constexpr char g_sExpectedString[] = "Error_ExpectedValidStringValueFor";
 const Report g_tooMany = {"Error_TooManyAttributesFor", "IfcTwo"};
 const Report g_noLayout = {"Error_AttributeSizeNotFound", "IfcNothing", Errors::Error, Errors::Schema};
 
@@ -43,15 +43,15 @@ const ReadRow g_splitRows[] = {
     {"an opening one, too", "#1=IFCTEXT('((',(2),3);", "String '((' | List 1[2] | Real 3"},
     {"a backslash means nothing", "#1=IFCTEXT('\\',(2),3);", "String '' | List 1[2] | Real 3"},
     {"a comma at the end", "#1=IFCTWO(1,);", "Real 1 | $ Real 0"},
-    {"a comma alone is one empty token", "#1=IFCTWO(,);", "Real 0 | $ Real 0", {{g_sReal, "First"}}},
+    {"a comma alone is one empty token", "#1=IFCTWO(,);", "Real 0 | $ Real 0", {{g_sExpectedReal, "First"}}},
     {"an empty token in the middle", "#1=IFCTEXT('a',,3);", "String 'a' | List 1[] | Real 3"},
     {"a string left open takes the rest",
      "#1=IFCTEXT('a,(1),2);",
      "String '' | $ List 0 null | $ Real 0",
-     {{g_sString, "First"}}},
-    {"a parenthesis left open, too", "#1=IFCTWO((1,2,3);", "Real 0 | $ Real 0", {{g_sReal, "First"}}},
-    {"a stray closing one, too", "#1=IFCTWO(1),2,3);", "Real 0 | $ Real 0", {{g_sReal, "First"}}},
-    {"until an opening one makes up for it", "#1=IFCTWO(1),(2,3);", "Real 0 | Real 3", {{g_sReal, "First"}}},
+     {{g_sExpectedString, "First"}}},
+    {"a parenthesis left open, too", "#1=IFCTWO((1,2,3);", "Real 0 | $ Real 0", {{g_sExpectedReal, "First"}}},
+    {"a stray closing one, too", "#1=IFCTWO(1),2,3);", "Real 0 | $ Real 0", {{g_sExpectedReal, "First"}}},
+    {"until an opening one makes up for it", "#1=IFCTWO(1),(2,3);", "Real 0 | Real 3", {{g_sExpectedReal, "First"}}},
     {"what stands behind the last parenthesis is ignored", "#1=IFCTWO(1,2)xyz;", "Real 1 | Real 2"},
     {"no attributes: no layout", "#1=IFCNOTHING();", "", {g_noLayout}},
     {"and no look at the parameters", "#1=IFCNOTHING(1,2);", "", {g_noLayout}},

@@ -15,7 +15,7 @@
 namespace oxa::ifc {
 namespace {
 
-struct Outcome {
+struct WayOutcome {
     bool boRead;
     Texts reports;
     Texts model;
@@ -23,12 +23,12 @@ struct Outcome {
 
 // In pieces of so many bytes; 0: whole. What a fatal report of the scanner has for its text is the statement as far as it
 // is assembled, and that depends on where buffers end: it is not compared.
-Outcome outcomeOf(const std::string& sText, std::size_t iPiece) {
+WayOutcome outcomeOf(const std::string& sText, std::size_t iPiece) {
     File file;
     io::ReadError errors;
     PieceStream in(sText, iPiece ? iPiece : sText.size());
     const bool boRead = file.boRead(in, schemaIs(ruleSchema()), errors, true, {}, true);
-    Outcome outcome{boRead, reports(errors), statements(file.data())};
+    WayOutcome outcome{boRead, reports(errors), statements(file.data())};
     for (std::string& sReport : outcome.reports)
         if (sReport.starts_with("Fatal")) sReport.erase(sReport.find(" | "));
     return outcome;
@@ -36,9 +36,9 @@ Outcome outcomeOf(const std::string& sText, std::size_t iPiece) {
 
 void vExpectSame(const std::string& sData) {
     const std::string sText = sRuleFile(sData);
-    const Outcome whole = outcomeOf(sText, 0);
+    const WayOutcome whole = outcomeOf(sText, 0);
     for (const std::size_t iPiece : {1U, 2U, 3U, 5U, 7U, 16U, 33U}) {
-        const Outcome pieces = outcomeOf(sText, iPiece);
+        const WayOutcome pieces = outcomeOf(sText, iPiece);
         ASSERT_EQ(pieces.boRead, whole.boRead) << iPiece << ": " << sData;
         ASSERT_EQ(pieces.reports, whole.reports) << iPiece << ": " << sData;
         ASSERT_EQ(pieces.model, whole.model) << iPiece << ": " << sData;

@@ -26,7 +26,7 @@ struct LineRow {
     std::vector<std::string> types;   // of the entities made
 };
 
-const char* const g_wall = "#5=IFCWALL('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$,$);";
+const char* const g_wallLine = "#5=IFCWALL('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$,$);";
 
 // clang-format off
 const LineRow g_lineRows[] = {
@@ -133,7 +133,7 @@ TEST(DataReadLine, WithoutASchemaGivesUpInSilence) {
     Data data;
     io::ReadError errors;
     StepReadInfoDataCommon common(errors);
-    std::string sStatement = g_wall;
+    std::string sStatement = g_wallLine;
     StepReadInfoData info(sStatement, 1, common);
     std::vector<Entity*> result;
     EXPECT_FALSE(data.boReadLine(info, result));
@@ -300,7 +300,7 @@ TEST(DataReadLine, NullGuidsAreNotEntered) {
 
 TEST(DataReadLine, TheGuidMapKeepsTheFirst) {
     const std::string sSecond = "#6=IFCDOOR('2CND9gmL0OS2wPqFz8m2Fi',$,$,$,$,$,$,$,$,$,$,$,$);";
-    const ReadResult result(sIfc4File(std::string(g_wall) + "\n" + sSecond + "\n"));
+    const ReadResult result(sIfc4File(std::string(g_wallLine) + "\n" + sSecond + "\n"));
     EXPECT_THAT(result.rows(), ElementsAre("Error Value 6 Error_DuplicateGuids | " + sSecond));
     EXPECT_EQ(result.iEntities(), 2U);
     const Guid guid = *IfcGuid::fromIfcGuid("2CND9gmL0OS2wPqFz8m2Fi");

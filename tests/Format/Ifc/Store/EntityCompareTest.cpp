@@ -18,9 +18,9 @@ using def::schema::AttributeName;
 using def::schema::ObjectName;
 
 // #5 and #6 have the same content, #7 has another; nobody defines #99.
-class CompareReader : public StatementReader {
+class EntityReader : public StatementReader {
 public:
-    CompareReader() {
+    EntityReader() {
         for (const char* sThing : {"#5=IFCTHING('a');", "#6=IFCTHING('a');", "#7=IFCTHING('b');"}) pRead(sThing);
     }
 };
@@ -49,7 +49,7 @@ TEST(CompareEntity, AllAttributesOfOneType) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.sLeft) + " and " + row.sRight);
-        CompareReader reader;
+        EntityReader reader;
         const Entity* pLeft = reader.pRead(std::string("#20=") + row.sLeft + ';');
         const Entity* pRight = reader.pRead(std::string("#21=") + row.sRight + ';');
         EXPECT_EQ(pLeft->boIsEqual(*pRight), row.boEqual);
@@ -58,7 +58,7 @@ TEST(CompareEntity, AllAttributesOfOneType) {
 }
 
 TEST(CompareEntity, UnequalToItself) {
-    CompareReader reader;
+    EntityReader reader;
     for (const char* sStatement :
          {"#20=IFCNOTHING();", "#21=IFCTABLE(((1.)));", "#22=IFCSELECT(#5);", "#23=IFCREFERENCESET((#99));"}) {
         SCOPED_TRACE(sStatement);

@@ -44,7 +44,9 @@ const def::SchemaPset& inverseSchema() {
     return *pSchema;
 }
 
-const def::schema::Entity& type(const char* sKeyword) { return *inverseSchema().pEntityFromName(ObjectName(sKeyword)); }
+const def::schema::Entity& inverseType(const char* sKeyword) {
+    return *inverseSchema().pEntityFromName(ObjectName(sKeyword));
+}
 
 // Statements, read and completed in this order.
 class Model : public StatementReader {
@@ -184,7 +186,7 @@ TEST(InverseInit, ASecondRunDoublesUnlessTheListsAreEmptied) {
 }
 
 TEST(InverseInit, ATypeOutsideAllInverseRelationsDoesNothing) {
-    ASSERT_FALSE(type("IFCSTRANGER").boHasInverse);
+    ASSERT_FALSE(inverseType("IFCSTRANGER").boHasInverse);
     Model model("#1=IFCSTRANGER($,#2);#2=IFCSTRANGER($,$);");
     Entity& stranger = *model.pEntity(1);
     stranger.vAttributeInverseInit(model.data);

@@ -18,7 +18,7 @@ using def::schema::AttributeName;
 using types::IfcSelectBase;
 using Bytes = std::vector<unsigned char>;
 
-constexpr char g_sGuid[] = "'0$aBcDeFgHiJkLmNoPqRsT'";
+constexpr char g_sGuidText[] = "'0$aBcDeFgHiJkLmNoPqRsT'";
 
 // One value as text.
 std::string sText(StatementReader&, double value) {
@@ -150,7 +150,7 @@ TEST(EntityValueGet, ReadsTheNaturalKindAlone) {
             {"bool, true before", gets(true), "no T", {{".F.", "yes F"}, {"IFCFLAG(.T.)", "yes T"}}},
             {"bool, false before", gets(false), "no F", {{".F.", "yes F"}, {"IFCFLAG(.T.)", "yes T"}}},
             {"LogicalValue", gets(LogicalValue::True), "no 1", {{".U.", "yes -1"}, {"IFCANSWER(.F.)", "yes 0"}}},
-            {"Guid", gets(Guid()), "no 0", {{g_sGuid, "yes 0$aBcDeFgHiJkLmNoPqRsT"}}},
+            {"Guid", gets(Guid()), "no 0", {{g_sGuidText, "yes 0$aBcDeFgHiJkLmNoPqRsT"}}},
             {"const char*",
              gets<const char*>("former"),
              "no former",
@@ -197,7 +197,7 @@ TEST(EntityValueGet, ReadsTheNaturalKindAlone) {
          {"In", "-3"},
          {"Lo", ".U."},
          {"St", "'a'"},
-         {"Gu", g_sGuid},
+         {"Gu", g_sGuidText},
          {"Bi", "\"00A\""},
          {"En", ".RED."},
          {"Th", "#5"},
@@ -354,7 +354,7 @@ TEST(EntityFixedArrayGet, FillsTheArrayAndSaysNo) {
 using Store = std::function<bool(CellSetter&, const char*)>;
 
 template <class T>
-Store sets(T value) {
+Store setOf(T value) {
     return [value](CellSetter& setter, const char* sAttribute) {
         return setter.entity->boValueSet(AttributeName(sAttribute), value, setter.data);
     };
@@ -366,7 +366,7 @@ Store setsList(std::vector<T> values) {
     };
 }
 template <class T>
-Store pushes(T value) {
+Store pushOf(T value) {
     return [value](CellSetter& setter, const char* sAttribute) {
         return setter.entity->boListValuePushBack(AttributeName(sAttribute), value, setter.data);
     };
@@ -419,64 +419,66 @@ TEST(EntityValueSet, StoresTheNaturalKindAlone) {
     vExpectStores(
         setter,
         {
-            {"double", sets(1.5), {{"Re", "Real 1.5"}, {"Nu", "Number 1.5"}}},
-            {"long long", sets(1LL << 40), {{"In", "Integer 1099511627776"}}},
-            {"unsigned long long", sets(1ULL)},
-            {"bool", sets(true), {{"First", "Boolean 1"}}},
-            {"LogicalValue", sets(LogicalValue::Unknown), {{"Lo", "Logical unknown"}}},
-            {"Guid", sets(Guid{1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}}), {{"Gu", "Guid 00000100800mG51WS82GeB"}}},
-            {"const char*", sets<const char*>("RED"), {{"St", "String 'RED'"}, {"En", "Enumeration 'RED'"}}},
-            {"const char*, no enumerator", sets<const char*>("BLUE"), {{"St", "String 'BLUE'"}}},
-            {"const char*, null", sets<const char*>(nullptr)},
-            {"std::string", sets(std::string("RED")), {{"St", "String 'RED'"}}},
-            {"bytes", sets(Bytes{1, 2}), {{"Bi", "Binary [01 02]"}}},
-            {"no bytes", sets(Bytes())},
-            {"const Entity*", sets<const Entity*>(p5), {{"Th", "Entity #5"}, {"Se", "Select 13:(#5)"}}},
-            {"const Entity*, null", sets<const Entity*>(nullptr), {{"Th", "Entity null"}}},
-            {"2D Point", sets(math::_2d::Point{{1, 2}}), {{"Reals", "List 1[1, 2]"}, {"NamedReals", "List 1[1, 2]"}}},
-            {"2D Vector", sets(math::_2d::Vector{{1, 2}}), {{"Reals", "List 1[1, 2]"}, {"NamedReals", "List 1[1, 2]"}}},
+            {"double", setOf(1.5), {{"Re", "Real 1.5"}, {"Nu", "Number 1.5"}}},
+            {"long long", setOf(1LL << 40), {{"In", "Integer 1099511627776"}}},
+            {"unsigned long long", setOf(1ULL)},
+            {"bool", setOf(true), {{"First", "Boolean 1"}}},
+            {"LogicalValue", setOf(LogicalValue::Unknown), {{"Lo", "Logical unknown"}}},
+            {"Guid", setOf(Guid{1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}}), {{"Gu", "Guid 00000100800mG51WS82GeB"}}},
+            {"const char*", setOf<const char*>("RED"), {{"St", "String 'RED'"}, {"En", "Enumeration 'RED'"}}},
+            {"const char*, no enumerator", setOf<const char*>("BLUE"), {{"St", "String 'BLUE'"}}},
+            {"const char*, null", setOf<const char*>(nullptr)},
+            {"std::string", setOf(std::string("RED")), {{"St", "String 'RED'"}}},
+            {"bytes", setOf(Bytes{1, 2}), {{"Bi", "Binary [01 02]"}}},
+            {"no bytes", setOf(Bytes())},
+            {"const Entity*", setOf<const Entity*>(p5), {{"Th", "Entity #5"}, {"Se", "Select 13:(#5)"}}},
+            {"const Entity*, null", setOf<const Entity*>(nullptr), {{"Th", "Entity null"}}},
+            {"2D Point", setOf(math::_2d::Point{{1, 2}}), {{"Reals", "List 1[1, 2]"}, {"NamedReals", "List 1[1, 2]"}}},
+            {"2D Vector",
+             setOf(math::_2d::Vector{{1, 2}}),
+             {{"Reals", "List 1[1, 2]"}, {"NamedReals", "List 1[1, 2]"}}},
             {"3D Point",
-             sets(math::_3d::Point{{1, 2, 3}}),
+             setOf(math::_3d::Point{{1, 2, 3}}),
              {{"Reals", "List 1[1, 2, 3]"}, {"NamedReals", "List 1[1, 2, 3]"}}},
             {"3D Vector",
-             sets(math::_3d::Vector{{1, 2, 3}}),
+             setOf(math::_3d::Vector{{1, 2, 3}}),
              {{"Reals", "List 1[1, 2, 3]"}, {"NamedReals", "List 1[1, 2, 3]"}}},
-            {"IfcSelectBase", sets(label), {{"Se", "Select 5:IFCLABEL(String 'a')"}}},
+            {"IfcSelectBase", setOf(label), {{"Se", "Select 5:IFCLABEL(String 'a')"}}},
             {"IfcSelectBase, a list",
-             sets(IfcSelectBase(CellSetter::pType("IFCREALS"), std::vector{1.5})),
+             setOf(IfcSelectBase(CellSetter::pType("IFCREALS"), std::vector{1.5})),
              {{"Se", "Select 11:IFCREALS(List 1[1.5])"}}},
-            {"IfcSelectBase, empty", sets(IfcSelectBase())},
+            {"IfcSelectBase, empty", setOf(IfcSelectBase())},
         });
 }
 
 TEST(EntityValueSet, StoresTheEndOfATextToo) {
     CellSetter setter;
-    EXPECT_TRUE(sets<const char*>("it's")(setter, "St"));
-    EXPECT_TRUE(sets<const char*>("GREEN")(setter, "En")) << "stands right behind it in memory";
+    EXPECT_TRUE(setOf<const char*>("it's")(setter, "St"));
+    EXPECT_TRUE(setOf<const char*>("GREEN")(setter, "En")) << "stands right behind it in memory";
     EXPECT_EQ(setter.sShow("St"), "String 'it's'");
 }
 
 TEST(EntityValueSet, RefusesTheNullGuid) {
     CellSetter setter;
     AssertTrail trail;
-    setter.vReadOne("Gu", g_sGuid);
-    EXPECT_FALSE(sets(Guid())(setter, "Gu"));
+    setter.vReadOne("Gu", g_sGuidText);
+    EXPECT_FALSE(setOf(Guid())(setter, "Gu"));
     EXPECT_EQ(trail.raised(), Trail{"oxa::ifc::AttributeGuid::boValueSet: Not allowed to set null guid"});
     EXPECT_EQ(setter.sShow("Gu"), "Guid 0$aBcDeFgHiJkLmNoPqRsT");
     setter.vReadOne("Gu", "$");
-    EXPECT_FALSE(sets(Guid())(setter, "Gu"));
+    EXPECT_FALSE(setOf(Guid())(setter, "Gu"));
     EXPECT_EQ(setter.sShow("Gu"), "$ Guid 0");
     static_cast<void>(trail.raised());
-    EXPECT_FALSE(sets(Guid())(setter, "St"));
+    EXPECT_FALSE(setOf(Guid())(setter, "St"));
     EXPECT_EQ(trail.raised(), Trail{}) << "only where there is a GUID";
 }
 
 TEST(EntityValueSet, ChecksTheKindOfAReferenceAlone) {
     CellSetter setter;
     Entity* pOther = setter.data.pEntityCreate(def::schema::ObjectName("IFCEVERYTHING"));
-    EXPECT_TRUE(sets<const Entity*>(pOther)(setter, "Th")) << "not of the attribute's type";
+    EXPECT_TRUE(setOf<const Entity*>(pOther)(setter, "Th")) << "not of the attribute's type";
     EXPECT_EQ(setter.cell<AttributeEntity>("Th").m_value, pOther);
-    EXPECT_TRUE(sets<const Entity*>(setter.pEntity(9))(setter, "Th")) << "not even filled";
+    EXPECT_TRUE(setOf<const Entity*>(setter.pEntity(9))(setter, "Th")) << "not even filled";
 }
 
 TEST(EntityValueSet, AssertsForAListOfNoKnownItems) {
@@ -484,12 +486,12 @@ TEST(EntityValueSet, AssertsForAListOfNoKnownItems) {
     AssertTrail trail;
     const Trail unknown = {
         "oxa::ifc::AttributeListValueBase::boValueSet: boValueSet not implemented for this list item type."};
-    EXPECT_FALSE(sets(1.5)(setter, "Flags"));
+    EXPECT_FALSE(setOf(1.5)(setter, "Flags"));
     EXPECT_EQ(trail.raised(), unknown);
     EXPECT_FALSE(setsList(std::vector{1.5})(setter, "Flags"));
     EXPECT_EQ(trail.raised(), unknown);
     EXPECT_EQ(setter.sShow("Flags"), "$ List 0 null");
-    EXPECT_FALSE(pushes(1.5)(setter, "Flags"));
+    EXPECT_FALSE(pushOf(1.5)(setter, "Flags"));
     EXPECT_EQ(trail.raised(), Trail{"oxa::ifc::AttributeListValueBase::boPushBackValue: boPushBackValue not "
                                     "implemented for this list type"});
 }
@@ -566,26 +568,26 @@ TEST(EntityListPush, AppendsToListsAlone) {
     CellSetter setter;
     Entity* p5 = setter.pEntity(5);
     vExpectStores(setter, {
-                              {"double", pushes(1.5), {{"Reals", "List 1[1.5]"}, {"NamedReals", "List 1[1.5]"}}},
-                              {"long long", pushes(1LL), {{"Integers", "List 3[1]"}}},
-                              {"std::string", pushes(std::string("a")), {{"Texts", "List 5['a']"}}},
-                              {"bytes", pushes(Bytes{1}), {{"Blobs", "List 7[Binary [01]]"}}},
-                              {"char", pushes('a')},
-                              {"pair of integers", pushes(IfcArray<long long, 2>{})},
-                              {"triple of integers", pushes(IfcArray<long long, 3>{})},
-                              {"pair of doubles", pushes(IfcArray<double, 2>{})},
-                              {"triple of doubles", pushes(IfcArray<double, 3>{})},
-                              {"3D Point", pushes(math::_3d::Point{})},
-                              {"row of characters", pushes(std::vector{'a'})},
-                              {"row of integers", pushes(std::vector{1LL})},
-                              {"row of doubles", pushes(std::vector{1.0})},
-                              {"row of entities", pushes(std::vector<Entity*>{p5})},
+                              {"double", pushOf(1.5), {{"Reals", "List 1[1.5]"}, {"NamedReals", "List 1[1.5]"}}},
+                              {"long long", pushOf(1LL), {{"Integers", "List 3[1]"}}},
+                              {"std::string", pushOf(std::string("a")), {{"Texts", "List 5['a']"}}},
+                              {"bytes", pushOf(Bytes{1}), {{"Blobs", "List 7[Binary [01]]"}}},
+                              {"char", pushOf('a')},
+                              {"pair of integers", pushOf(IfcArray<long long, 2>{})},
+                              {"triple of integers", pushOf(IfcArray<long long, 3>{})},
+                              {"pair of doubles", pushOf(IfcArray<double, 2>{})},
+                              {"triple of doubles", pushOf(IfcArray<double, 3>{})},
+                              {"3D Point", pushOf(math::_3d::Point{})},
+                              {"row of characters", pushOf(std::vector{'a'})},
+                              {"row of integers", pushOf(std::vector{1LL})},
+                              {"row of doubles", pushOf(std::vector{1.0})},
+                              {"row of entities", pushOf(std::vector<Entity*>{p5})},
                           });
     setter.vReadOne("ThingRows", "((#5))");
-    EXPECT_TRUE(pushes(std::vector<Entity*>{p5, p5})(setter, "ThingRows"));
+    EXPECT_TRUE(pushOf(std::vector<Entity*>{p5, p5})(setter, "ThingRows"));
     EXPECT_EQ(setter.sShow("ThingRows"), "List 11[List 13[#5], List 13[#5, #5]]");
     setter.vReadOne("Selects", "$");
-    EXPECT_TRUE(pushes(IfcSelectBase(p5))(setter, "Selects"));
+    EXPECT_TRUE(pushOf(IfcSelectBase(p5))(setter, "Selects"));
     EXPECT_EQ(setter.sShow("Selects"), "List 9[Select 13:(#5)]");
 }
 
@@ -653,11 +655,11 @@ TEST(EntityFixedArraySet, IsNotToBeUsed) {
 TEST(EntityValues, AreWrittenAsIfTheyHadBeenRead) {
     CellSetter setter;
     Entity* pThing = setter.data.pEntityCreate(def::schema::ObjectName("IFCTHING"));
-    EXPECT_TRUE(sets(true)(setter, "First"));
-    EXPECT_TRUE(sets(1.5)(setter, "Re"));
-    EXPECT_TRUE(sets(std::string("it's"))(setter, "St"));
-    EXPECT_TRUE(sets<const char*>("GREEN")(setter, "En"));
-    EXPECT_TRUE(sets(IfcSelectBase(CellSetter::pType("IFCLABEL"), std::string("a")))(setter, "Se"));
+    EXPECT_TRUE(setOf(true)(setter, "First"));
+    EXPECT_TRUE(setOf(1.5)(setter, "Re"));
+    EXPECT_TRUE(setOf(std::string("it's"))(setter, "St"));
+    EXPECT_TRUE(setOf<const char*>("GREEN")(setter, "En"));
+    EXPECT_TRUE(setOf(IfcSelectBase(CellSetter::pType("IFCLABEL"), std::string("a")))(setter, "Se"));
     EXPECT_TRUE(setsList(std::vector{1.0, 2.0})(setter, "Reals"));
     EXPECT_TRUE(setsList(std::vector<std::vector<double>>{{1}, {}})(setter, "RealRows"));
     EXPECT_TRUE(setsList(std::vector<IfcSelectBase>{IfcSelectBase(CellSetter::pType("IFCCOUNT"), 7LL),

@@ -24,7 +24,7 @@ struct RealRow {
     double value;
     std::size_t iLength;
 };
-const RealRow g_rows[] = {
+const RealRow g_lenientRows[] = {
     {"nothing", "", 0, 0},
     {"blanks alone", " \t", 0, 0},
     {"a word", "x1", 0, 0},
@@ -68,7 +68,7 @@ std::uint64_t iBits(double value) {
 }
 
 TEST(LenientReal, TakesTheStartOfTheText) {
-    for (const RealRow& row : g_rows) {
+    for (const RealRow& row : g_lenientRows) {
         SCOPED_TRACE(row.pRule);
         const LenientReal real = lenientReal(row.text);
         EXPECT_EQ(iBits(real.value), iBits(row.value)) << real.value;

@@ -112,13 +112,13 @@ TEST(ReadInteger, TakesTheDigitsInFront) {
     }
 }
 
-struct RealRow {
+struct ExactRealRow {
     const char* sRule;
     std::string_view text;
     std::optional<double> value;
 };
 constexpr double g_infinity = std::numeric_limits<double>::infinity();
-const RealRow g_realRows[] = {
+const ExactRealRow g_exactRealRows[] = {
     {"digits around the point", "1.5", 1.5},
     {"none needed behind it", "1.", 1.0},
     {"none needed before it", ".5", 0.5},
@@ -164,7 +164,7 @@ const RealRow g_realRows[] = {
 };
 
 TEST(ToDouble, TakesTheWholeRangeOrNothing) {
-    for (const RealRow& row : g_realRows) {
+    for (const ExactRealRow& row : g_exactRealRows) {
         SCOPED_TRACE(row.sRule);
         EXPECT_EQ(toDouble(row.text), row.value);
     }

@@ -47,12 +47,12 @@ std::string sWrite(std::string_view text) {
     return out;
 }
 
-struct ReadRow {
+struct StringReadRow {
     const char* sRule;
     std::string_view sStep;
     std::string_view sText;
 };
-const ReadRow g_readRows[] = {
+const StringReadRow g_stringReadRows[] = {
     // 7-bit text and quotes
     {"nothing", ""sv, ""sv},
     {"plain text", "abc", "abc"},
@@ -126,7 +126,7 @@ const ReadRow g_readRows[] = {
 
 TEST(StrToUtf8, ReadsDirectives) {
     const AssertLog log;
-    for (const ReadRow& row : g_readRows) {
+    for (const StringReadRow& row : g_stringReadRows) {
         SCOPED_TRACE(row.sRule);
         SCOPED_TRACE(row.sStep);
         EXPECT_EQ(sRead(row.sStep), row.sText);
@@ -135,7 +135,7 @@ TEST(StrToUtf8, ReadsDirectives) {
 }
 
 // ISO 10303-21, clause 6.4.3.
-const ReadRow g_isoRows[] = {
+const StringReadRow g_isoRows[] = {
     {"apostrophe", "Don''t", "Don't"},
     {"umlauts by \\S\\", "h\\S\\vhe", "h\u00F6he"},
     {"umlaut by \\X\\", "see \\X\\A7 4.1", "see \u00A7 4.1"},
@@ -143,7 +143,7 @@ const ReadRow g_isoRows[] = {
 };
 
 TEST(StrToUtf8, ReadsWhatTheStandardShows) {
-    for (const ReadRow& row : g_isoRows) {
+    for (const StringReadRow& row : g_isoRows) {
         SCOPED_TRACE(row.sRule);
         EXPECT_EQ(sRead(row.sStep), row.sText);
     }
@@ -257,7 +257,7 @@ TEST(StrToUtf8, CodePagesAreNotImplemented) {
     }
 }
 
-const ReadRow g_noCodePointRows[] = {
+const StringReadRow g_noCodePointRows[] = {
     {"a high surrogate", "ab\\X2\\D83D\\X0\\cd", "ab"},
     {"a pair of surrogates", "ab\\X2\\D83DDE00\\X0\\cd", "ab"},
     {"beyond U+10FFFF", "ab\\X4\\00110000\\X0\\cd", "ab"},
@@ -270,7 +270,7 @@ const ReadRow g_noCodePointRows[] = {
 };
 
 TEST(StrToUtf8, NumbersThatAreNoCodePointCutTheString) {
-    for (const ReadRow& row : g_noCodePointRows) {
+    for (const StringReadRow& row : g_noCodePointRows) {
         SCOPED_TRACE(row.sRule);
         const AssertLog log;
         EXPECT_EQ(sRead(row.sStep), row.sText);
@@ -282,12 +282,12 @@ TEST(StrToUtf8, NumbersThatAreNoCodePointCutTheString) {
     }
 }
 
-struct WriteRow {
+struct StringWriteRow {
     const char* sRule;
     std::string_view sText;
     std::string_view sStep;
 };
-const WriteRow g_writeRows[] = {
+const StringWriteRow g_stringWriteRows[] = {
     {"nothing", "", ""},
     {"plain text", "abc", "abc"},
     {"quote and backslash are doubled", "a'b\\c", "a''b\\\\c"},
@@ -322,7 +322,7 @@ const WriteRow g_writeRows[] = {
 };
 
 TEST(StrFromUtf8, WritesOneCanonicalForm) {
-    for (const WriteRow& row : g_writeRows) {
+    for (const StringWriteRow& row : g_stringWriteRows) {
         SCOPED_TRACE(row.sRule);
         EXPECT_EQ(sWrite(row.sText), row.sStep);
         EXPECT_EQ(sRead(row.sStep), row.sText);

@@ -126,11 +126,11 @@ TEST(XmlHostile, NestingIsBounded) {
     EXPECT_FALSE(muchTooDeep.boLoaded);
 }
 
-struct IdRow {
+struct HostileIdRow {
     const char* sId;
     std::size_t iId;
 };
-const IdRow g_idRows[] = {
+const HostileIdRow g_hostileIdRows[] = {
     {"i0", 0},
     {"i32768", 32768},
     {"i32768000", 32768000},
@@ -145,7 +145,7 @@ const IdRow g_idRows[] = {
 
 TEST(XmlHostile, EachNumberOfSixtyThreeBitsHasAPlace) {
     const MappedSchema schema;
-    for (const IdRow& row : g_idRows) {
+    for (const HostileIdRow& row : g_hostileIdRows) {
         SCOPED_TRACE(row.sId);
         const AssertLog log;
         const ImportedModel imported(schema, sDocumentOf(std::string("<IfcThing id='") + row.sId + "'><Next ref='" +
