@@ -12,7 +12,7 @@ namespace {
 
 CheckResult header(const std::string& sText) { return checked(sText, {CheckLevel::Header}); }
 
-struct Row {
+struct HeaderRow {
     const char* sRule;
     FileText file;
     std::string sFailures;
@@ -20,7 +20,7 @@ struct Row {
 
 const std::string g_s256(256, 'x');
 
-const Row g_fields[] = {
+const HeaderRow g_fields[] = {
     {"as they are", {}, ""},
     {"a description is a list",
      {.sDescription = "'','2;1'"},
@@ -62,7 +62,7 @@ const Row g_fields[] = {
 };
 
 TEST(CheckHeader, Fields) {
-    for (const Row& row : g_fields) {
+    for (const HeaderRow& row : g_fields) {
         SCOPED_TRACE(row.sRule);
         EXPECT_EQ(sFailures(header(row.file.text(""))), row.sFailures);
     }
@@ -104,7 +104,7 @@ TEST(CheckHeader, Entities) {
     }
 }
 
-const Row g_notes[] = {
+const HeaderRow g_notes[] = {
     {"none", {}, ""},
     {"a model view", {.sDescription = "(''),'2;1'"}, "2:25 Header_ViewDefinition description ''; ViewDefinition [...]"},
     {"without a blank too", {.sDescription = "('ViewDefinition[DesignTransferView]','Option [a: b]'),'2;1'"}, ""},
@@ -124,7 +124,7 @@ const Row g_notes[] = {
 };
 
 TEST(CheckHeader, NotesTakeNoValidityAway) {
-    for (const Row& row : g_notes) {
+    for (const HeaderRow& row : g_notes) {
         SCOPED_TRACE(row.sRule);
         const CheckResult result = header(row.file.text(""));
         EXPECT_EQ(sFailures(result, true), row.sFailures);

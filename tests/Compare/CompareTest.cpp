@@ -74,7 +74,7 @@ std::vector<std::string> told(const std::string& sOld, const std::string& sNew, 
     return all;
 }
 
-struct Row {
+struct CompareRow {
     const char* pRule;
     std::vector<std::pair<int, std::string>> edits;   // a new statement for a number; an empty one takes it away
     std::vector<std::string> told;
@@ -82,7 +82,7 @@ struct Row {
 
 TEST(Compare, TellsEachChangeWhereItLies) {
     // clang-format off
-    const Row rows[] = {
+    const CompareRow rows[] = {
         {"the same twice", {}, {}},
         {"a value", {{1, "IFCWALL('1CCJ9i1$jSdgYVC2yzHPtC',$,'Z',$,$,#40,$,'tag',$)"}}, {"~ #1 #1 Name: 'A' -> 'Z'"}},
         {"a value that goes and one that comes",
@@ -115,7 +115,7 @@ TEST(Compare, TellsEachChangeWhereItLies) {
          {"~ #2 #2 type: IFCWALL -> IFCSLAB"}},
     };
     // clang-format on
-    for (const Row& row : rows) {
+    for (const CompareRow& row : rows) {
         SCOPED_TRACE(row.pRule);
         std::map<int, std::string> edited = base();
         for (const auto& [iNumber, sStatement] : row.edits) edited[iNumber] = sStatement;

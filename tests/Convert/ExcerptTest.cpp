@@ -60,7 +60,7 @@ Numbers with(Numbers numbers) {
     return numbers;
 }
 
-struct Row {
+struct ExcerptRow {
     const char* pRule;
     const char* pQuery;
     Numbers kept;
@@ -68,7 +68,7 @@ struct Row {
 
 TEST(Excerpt, HasWhatIsNeededAndWhatIsAbove) {
     // clang-format off
-    const Row rows[] = {
+    const ExcerptRow rows[] = {
         {"a storey with what it contains, without the other", "IfcBuildingStorey, Name=EG",
          with({10, 11, 12, 14, 15, 16, 17, 20, 21, 30, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41, 42, 43,
                60, 61, 62, 63, 64, 65, 66, 67, 68, 70})},
@@ -93,7 +93,7 @@ TEST(Excerpt, HasWhatIsNeededAndWhatIsAbove) {
         const std::string sWhole = sStatements(model.core().dataBase());
         ASSERT_TRUE(model.whole());
         const Excerpts excerpts(model);
-        for (const Row& row : rows) {
+        for (const ExcerptRow& row : rows) {
             SCOPED_TRACE(std::string(pSchema) + ": " + row.pRule);
             const Excerpt excerpt = excerpts.of(select(model, row.pQuery));
             EXPECT_EQ(numbersIn(sShown(model, excerpts, excerpt)), row.kept);

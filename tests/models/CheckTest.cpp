@@ -27,14 +27,14 @@ CheckResult checked(const fs::path& file) {
 // authors; byte order marks; values of other types than the schema's, missing ones, doors of IFC4 with the parameters of
 // IFC2X3; GlobalIds of another length or given twice; placements that no product has, property sets of several types,
 // items with two styles (inverse cardinality).
-struct Row {
+struct CheckRow {
     std::string_view name;
     std::uint64_t iSyntax;
     std::uint64_t iHeader;
     std::uint64_t iSchema;
 };
 // clang-format off
-const Row g_rows[] = {
+const CheckRow g_rows[] = {
     {"acca-rail-track-01.ifc", 0, 3, 0},
     {"acca-rail-track-05.ifc", 0, 3, 0},
     {"advance-steel-beam.ifc", 0, 0, 1},
@@ -113,8 +113,8 @@ TEST_P(CheckModels, FailWhereTheyAreWrong) {
     const std::string& sName = GetParam();
     if (sName.empty()) GTEST_SKIP() << "no models in " << ifc::models::folder();
     const auto* pRow =
-        std::find_if(std::begin(g_rows), std::end(g_rows), [&](const Row& row) { return row.name == sName; });
-    const Row row = pRow == std::end(g_rows) ? Row{sName, 0, 0, 0} : *pRow;
+        std::find_if(std::begin(g_rows), std::end(g_rows), [&](const CheckRow& row) { return row.name == sName; });
+    const CheckRow row = pRow == std::end(g_rows) ? CheckRow{sName, 0, 0, 0} : *pRow;
     const CheckResult result = checked(ifc::models::folder() / sName);
     EXPECT_EQ(result.level(CheckLevel::Syntax).failures, row.iSyntax);
     EXPECT_EQ(result.level(CheckLevel::Header).failures, row.iHeader);

@@ -16,13 +16,13 @@ namespace {
 
 namespace rules = check::rules;
 
-struct Row {
+struct RuleModelsRow {
     const char* sFile;
     const char* sRule;
     std::size_t iCount;
 };
 // clang-format off
-const Row g_rows[] = {
+const RuleModelsRow g_rows[] = {
     // ADDED without the date of the change, which all but NOTDEFINED and NOCHANGE ask for.
     {"archicad20-fzk-haus-ifc4.ifc", "IfcOwnerHistory.CorrectChangeAction", 1},
     {"odd/sfp-fail-double-comma.ifc", "IfcOwnerHistory.CorrectChangeAction", 1},
@@ -150,7 +150,7 @@ TEST_P(RuleModelsTest, FailByWhatIsWrongAndByThatWithAnyNumberOfThreads) {
     const std::string& sSchema = m_file.data().pSchema()->sName;
     if (sSchema != "IFC2X3" && sSchema != "IFC4" && sSchema != "IFC4X3_ADD2") return;
     std::map<std::string, std::size_t> expected;
-    for (const Row& row : g_rows)
+    for (const RuleModelsRow& row : g_rows)
         if (GetParam() == row.sFile) expected[row.sRule] = row.iCount;
     EXPECT_EQ(counts, expected);
 }

@@ -6,18 +6,18 @@ namespace {
 
 using namespace oxa::test;
 
-struct Row {
+struct ExpressFaultRow {
     const char* sText;
     const char* sFaults;   // "line:column text", one a line
 };
 
-void vExpectFaults(const Row& row) {
+void vExpectFaults(const ExpressFaultRow& row) {
     SCOPED_TRACE(row.sText);
     EXPECT_EQ(sFaults(row.sText), row.sFaults);
 }
 
 TEST(ExpressFault, OfTheTextStopsTheReading) {
-    const Row rows[] = {
+    const ExpressFaultRow rows[] = {
         {"", "1:1 SCHEMA expected, the end of the text found"},
         {"\xEF\xBB\xBFx", "1:1 SCHEMA expected, \"x\" found"},
         {"SCHEMA ;", "1:8 the schema's name expected, \";\" found"},
@@ -42,11 +42,11 @@ TEST(ExpressFault, OfTheTextStopsTheReading) {
         {"SCHEMA S; ENTITY E aVeryLongNameThatIsCutInTheMessage12345;",
          "1:20 \";\" expected, \"aVeryLongNameThatIsCutInTheMessage12345\" found"},
     };
-    for (const Row& row : rows) vExpectFaults(row);
+    for (const ExpressFaultRow& row : rows) vExpectFaults(row);
 }
 
 TEST(ExpressFault, OfATypeDeclaration) {
-    const Row rows[] = {
+    const ExpressFaultRow rows[] = {
         {"SCHEMA S; TYPE = REAL;", "1:16 the type's name expected, \"=\" found"},
         {"SCHEMA S; TYPE T REAL;", "1:18 \"=\" expected, \"REAL\" found"},
         {"SCHEMA S; TYPE T = ;", "1:20 a type expected, \";\" found"},
@@ -78,11 +78,11 @@ TEST(ExpressFault, OfATypeDeclaration) {
         {"SCHEMA S; TYPE T = EXTENSIBLE GENERIC_ENTITY ENUMERATION;", "1:46 SELECT expected, \"ENUMERATION\" found"},
         {"SCHEMA S; TYPE T = ENUMERATION BASED_ON;", "1:40 the name of a type expected, \";\" found"},
     };
-    for (const Row& row : rows) vExpectFaults(row);
+    for (const ExpressFaultRow& row : rows) vExpectFaults(row);
 }
 
 TEST(ExpressFault, OfAnEntityDeclaration) {
-    const Row rows[] = {
+    const ExpressFaultRow rows[] = {
         {"SCHEMA S; ENTITY ;", "1:18 the entity's name expected, \";\" found"},
         {"SCHEMA S; ENTITY E SUPERTYPE;", "1:29 OF expected, \";\" found"},
         {"SCHEMA S; ENTITY E SUPERTYPE OF (A;", "1:33 \"(\" not closed"},
@@ -107,14 +107,14 @@ TEST(ExpressFault, OfAnEntityDeclaration) {
          "1:37 END_ENTITY expected, \"INVERSE\" found"},
         {"SCHEMA S; ENTITY E; A : REAL;", "1:30 END_ENTITY expected, the end of the text found"},
     };
-    for (const Row& row : rows) vExpectFaults(row);
+    for (const ExpressFaultRow& row : rows) vExpectFaults(row);
 }
 
 // "declarations" as a whole text that begins in line 2.
 std::string sText(const char* sDeclarations) { return std::string("SCHEMA S;\n") + sDeclarations + "\nEND_SCHEMA;"; }
 
 TEST(ExpressFault, OfNamesHasAMessageEach) {
-    const Row rows[] = {
+    const ExpressFaultRow rows[] = {
         {"TYPE T = X; END_TYPE; TYPE U = LIST OF Y; END_TYPE;", "2:40 \"Y\" is not declared"},
         {"TYPE T = X; END_TYPE;\nTYPE U = Y; END_TYPE;", "2:10 \"X\" is not declared\n3:10 \"Y\" is not declared"},
         {"TYPE T = REAL; END_TYPE;\nENTITY t; END_ENTITY;", "3:8 \"t\" is declared twice"},
@@ -137,14 +137,14 @@ TEST(ExpressFault, OfNamesHasAMessageEach) {
         {"ENTITY E; INVERSE I : F FOR J; END_ENTITY; ENTITY F; A : E; INVERSE J : E FOR A; END_ENTITY;",
          "2:29 \"J\" is not an attribute of \"F\"\n2:79 \"A\" is not an attribute of \"E\""},
     };
-    for (const Row& row : rows) {
+    for (const ExpressFaultRow& row : rows) {
         SCOPED_TRACE(row.sText);
         EXPECT_EQ(sFaults(sText(row.sText)), row.sFaults);
     }
 }
 
 TEST(ExpressFault, OfCyclesHasAMessageEach) {
-    const Row rows[] = {
+    const ExpressFaultRow rows[] = {
         {"TYPE T = T; END_TYPE;", "2:6 \"T\" is defined by itself"},
         {"TYPE T = U; END_TYPE; TYPE U = T; END_TYPE; TYPE V = U; END_TYPE;", "2:6 \"T\" is defined by itself"},
         {"TYPE T = LIST OF T; END_TYPE;", "2:6 \"T\" is an aggregate of itself"},
@@ -158,7 +158,7 @@ TEST(ExpressFault, OfCyclesHasAMessageEach) {
          "ENTITY G SUBTYPE OF (F); END_ENTITY; ENTITY H SUBTYPE OF (H); END_ENTITY;",
          "2:8 \"E\" is its own supertype\n2:118 \"H\" is its own supertype"},
     };
-    for (const Row& row : rows) {
+    for (const ExpressFaultRow& row : rows) {
         SCOPED_TRACE(row.sText);
         EXPECT_EQ(sFaults(sText(row.sText)), row.sFaults);
     }

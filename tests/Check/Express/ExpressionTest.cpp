@@ -28,12 +28,12 @@ std::string sShape(const Expression& expression) {
     return sResult + ')';
 }
 
-struct Row {
+struct ExpressionRow {
     const char* sText;
     const char* sShape;
     const char* sPrinted = nullptr;   // null: as the text
 };
-const Row g_rows[] = {
+const ExpressionRow g_rows[] = {
     {"1", "1"},
     {"1.5E-3", "1.5E-3"},
     {"1.", "1."},
@@ -78,7 +78,7 @@ const Row g_rows[] = {
 };
 
 TEST(ExpressExpression, IsReadByRankAndPrintedAsWritten) {
-    for (const Row& row : g_rows) {
+    for (const ExpressionRow& row : g_rows) {
         SCOPED_TRACE(row.sText);
         std::vector<oxa::ifc::SchemaMessage> messages;
         const ExpressionPtr pTree = Parser(row.sText, messages).pReadExpression();

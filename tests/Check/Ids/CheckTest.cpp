@@ -23,14 +23,14 @@ std::string sChecked(const Model& model, const std::string& sSpecification, cons
     return sResult(ids::check(model, read, options).specifications.front());
 }
 
-struct Row {
+struct CheckRow {
     const char* sRule;
     std::string sRequirement;
     const char* sResult;
 };
-void vHold(const Model& model, const std::string& sApplicability, const std::vector<Row>& rows,
+void vHold(const Model& model, const std::string& sApplicability, const std::vector<CheckRow>& rows,
            const std::string& sSchemas = "IFC4") {
-    for (const Row& row : rows) {
+    for (const CheckRow& row : rows) {
         SCOPED_TRACE(row.sRule);
         EXPECT_EQ(sChecked(model, SpecificationText{.applicability = sApplicability,
                                                     .requirements = row.sRequirement,

@@ -14,7 +14,7 @@ const char* const g_sUnknownSchema =
 const char* const g_sUnknownData = "#1=THING($,$,$,$,$,$,$);";
 
 // An operator between operands of these values. Where one is missing, so is the result, which is UNKNOWN for a comparison.
-struct OperatorRow {
+struct IndeterminateRow {
     std::vector<const char*> operators;
     const char* sLeft;
     const char* sRight;
@@ -23,7 +23,7 @@ struct OperatorRow {
 };
 const std::vector<const char*> g_equals = {"=", "<>", ":=:", ":<>:"};
 const std::vector<const char*> g_ordered = {"=", "<>", "<", ">", "<=", ">=", ":=:", ":<>:"};
-const OperatorRow g_operators[] = {
+const IndeterminateRow g_operators[] = {
     {{"+", "-", "*", "/", "**", "DIV", "MOD"}, "7", "2", "t\\Thing.Amount", "?"},
     {{"+", "-", "*", "/", "**", "DIV", "MOD"}, "7.5", "2.5", "t\\Thing.Amount", "?"},
     {{"+"}, "'a'", "'b'", "t.Name", "?"},
@@ -115,7 +115,7 @@ void vExpect(const std::vector<Call>& calls) {
 
 TEST(RuleIndeterminate, InEachPlaceOfOperators) {
     std::vector<Call> calls;
-    for (const OperatorRow& row : g_operators)
+    for (const IndeterminateRow& row : g_operators)
         for (const std::string sOperator : row.operators) {
             const std::string sBetween = ' ' + sOperator + ' ';
             const std::string sUnset = row.sUnset;

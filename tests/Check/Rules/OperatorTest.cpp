@@ -7,7 +7,7 @@ namespace {
 using oxa::test::ExpressRun;
 using oxa::test::sFunctionsOf;
 
-struct Row {
+struct OperatorRow {
     const char* sText;
     const char* sResult;
 };
@@ -15,14 +15,14 @@ struct Row {
 const char* const g_sSchema =
     "SCHEMA S; TYPE Colour = ENUMERATION OF (RED, GREEN, BLUE); END_TYPE; TYPE Size = REAL; END_TYPE; "
     "TYPE Small = Size; END_TYPE; TYPE Any = SELECT (Size, Thing); END_TYPE; "
-    "TYPE Row = LIST [2:5] OF INTEGER; END_TYPE; "
+    "TYPE OperatorRow = LIST [2:5] OF INTEGER; END_TYPE; "
     "ENTITY Base; Name : OPTIONAL STRING; INVERSE Users : SET OF User FOR Uses; END_ENTITY; "
     "ENTITY Thing SUBTYPE OF (Base); Value : OPTIONAL Size; Items : OPTIONAL LIST OF INTEGER; "
     "DERIVE Double : REAL := Value * 2; END_ENTITY; "
     "ENTITY Odd SUBTYPE OF (Thing); DERIVE SELF\\Thing.Value : Size := 7.; END_ENTITY; "
     "ENTITY User; Uses : LIST OF Base; Choice : OPTIONAL Any; Kind : OPTIONAL Colour; Span : OPTIONAL ARRAY [3:4] OF "
     "REAL; "
-    "Bounded : OPTIONAL Row; END_ENTITY; "
+    "Bounded : OPTIONAL OperatorRow; END_ENTITY; "
     "END_SCHEMA;";
 const char* const g_sData = "#1=THING('a',1.5,(1,2,3));#2=THING($,$,$);#3=THING('a',1.5,(1,2,3));#4=ODD('b',*,$);"
                             "#5=USER((#1,#2,#1),SMALL(2.),.GREEN.,(0.5,1.5),(1,2));#6=USER((#3),#4,$,$,$);";
@@ -37,7 +37,7 @@ const oxa::ifc::def::SchemaPset& testSchema() {
 
 // Each text is a function of the instances #1 to #6.
 template <std::size_t iCount>
-void vExpect(const Row (&rows)[iCount]) {
+void vExpect(const OperatorRow (&rows)[iCount]) {
     ExpressRun run(testSchema(), g_sSchema, sFunctionsOf(rows, "(a, b, c, d, u, v : Base)"), g_sData);
     for (std::size_t i = 0; i < iCount; ++i) {
         SCOPED_TRACE(rows[i].sText);
@@ -64,7 +64,7 @@ TEST(RuleOperators, Logic) {
         expected.emplace_back(sLeft + " OR " + sRight, g_or[i]);
         expected.emplace_back(sLeft + " XOR " + sRight, g_xor[i]);
     }
-    std::vector<Row> rows;
+    std::vector<OperatorRow> rows;
     for (const auto& [sText, sResult] : expected) rows.push_back({sText.c_str(), sResult.c_str()});
     ExpressRun run(testSchema(), g_sSchema, sFunctionsOf(rows));
     for (std::size_t i = 0; i < rows.size(); ++i)
@@ -445,9 +445,9 @@ TEST(RuleStatements, Run) {
 }
 
 TEST(RuleStatements, WhatHasNoEndIsStopped) {
-    const Row g_endless[] = {{"Endless()", "fault: it takes too many steps"},
-                             {"Deep(1)", "fault: functions call each other too deeply"},
-                             {"Large()", "fault: it needs too much memory"}};
+    const OperatorRow g_endless[] = {{"Endless()", "fault: it takes too many steps"},
+                                     {"Deep(1)", "fault: functions call each other too deeply"},
+                                     {"Large()", "fault: it needs too much memory"}};
     const std::string sTests = "FUNCTION Endless : REAL; REPEAT; END_REPEAT; END_FUNCTION; FUNCTION Deep(n : INTEGER) "
                                ": REAL; RETURN (1 + Deep(n + 1)); "
                                "END_FUNCTION; FUNCTION Large : REAL; LOCAL s : STRING := 'aaaaaaaaaaaaaaaaaaaaaaaa'; "
@@ -463,13 +463,13 @@ TEST(RuleStatements, WhatHasNoEndIsStopped) {
 
 // A text that means nothing to the schema is a fault of what holds it, and of nothing else.
 TEST(RuleStatements, FaultyTextsStayAlone) {
-    const Row g_faulty[] = {{"Nothing", "fault: t0: nothing has the name Nothing, line 1"},
-                            {"Nothing(1)", "fault: t1: no function has the name Nothing, line 1"},
-                            {"SIZEOF(1, 2)", "fault: t2: SIZEOF has 2 arguments, line 1"},
-                            {"Colour.PINK", "fault: t3: PINK is no item of Colour, line 1"},
-                            {"?\\Colour", "fault: t4: Colour is no entity, line 1"},
-                            {"Thing(1)", "fault: t5: Thing is made of 1 values, line 1"},
-                            {"1 + 1", "2"}};
+    const OperatorRow g_faulty[] = {{"Nothing", "fault: t0: nothing has the name Nothing, line 1"},
+                                    {"Nothing(1)", "fault: t1: no function has the name Nothing, line 1"},
+                                    {"SIZEOF(1, 2)", "fault: t2: SIZEOF has 2 arguments, line 1"},
+                                    {"Colour.PINK", "fault: t3: PINK is no item of Colour, line 1"},
+                                    {"?\\Colour", "fault: t4: Colour is no entity, line 1"},
+                                    {"Thing(1)", "fault: t5: Thing is made of 1 values, line 1"},
+                                    {"1 + 1", "2"}};
     ExpressRun run(testSchema(), g_sSchema, sFunctionsOf(g_faulty));
     for (std::size_t i = 0; i < std::size(g_faulty); ++i)
         EXPECT_EQ(run.sCalled("t" + std::to_string(i)), g_faulty[i].sResult) << g_faulty[i].sText;

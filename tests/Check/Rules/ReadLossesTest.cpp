@@ -27,7 +27,7 @@ ifc::def::SchemaPset* pSchema() {
     return pLoaded.get();
 }
 
-struct Row {
+struct ReadLossesRow {
     const char* sRule;
     const char* sStatements;
     CheckVerdict verdict;
@@ -36,7 +36,7 @@ struct Row {
 constexpr CheckVerdict g_valid = CheckVerdict::Valid;
 constexpr CheckVerdict g_open = CheckVerdict::Undecided;
 // 5000000000 is an INTEGER for EXPRESS, and too large for the model.
-const Row g_rows[] = {
+const ReadLossesRow g_rows[] = {
     {"what the model holds is looked at", "#1=THING(5,5,5,5,PLAIN(5),(5),5);", g_valid, ""},
     {"what no rule names", "#1=THING(5000000000,$,$,$,$,$,$);", g_valid, ""},
     {"what a condition names", "#1=THING($,5000000000,$,$,$,$,$);", g_open, ""},
@@ -51,7 +51,7 @@ const Row g_rows[] = {
 };
 
 TEST(ReadLosses, LeaveThoseRulesOpenThatLookAtThem) {
-    for (const Row& row : g_rows) {
+    for (const ReadLossesRow& row : g_rows) {
         SCOPED_TRACE(row.sRule);
         CheckOptions options;
         options.schema = [](const std::string&) { return pSchema(); };

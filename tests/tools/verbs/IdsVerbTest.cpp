@@ -71,7 +71,7 @@ const Wanted g_doors{"Doors", "IFCDOOR", g_sNamed};
 const Wanted g_old{"Old doors", "IFCDOOR", g_sNamed, "IFC2X3"};
 const Wanted g_teapots{"Teapots", "IFCTEAPOT", g_sNamed};
 
-struct Row {
+struct IdsRow {
     const char* sRule;
     std::vector<Wanted> wanted;
     std::vector<std::string> words;   // behind the file of requirements
@@ -80,7 +80,7 @@ struct Row {
     std::string sError;   // likewise
 };
 // clang-format off
-const Row g_rows[] = {
+const IdsRow g_rows[] = {
     {"all is met", {g_doors}, {"-"}, 0,
      "passed: Doors: 1 applicable, 1 passed\n"
      "standard input: meets the requirements: 1 specification passed\n", ""},
@@ -144,7 +144,7 @@ std::string sIdsReplaced(std::string sText, const std::string& sOld, const std::
 
 TEST(IdsVerb, SaysWhatIsMet) {
     const TestFolder folder;
-    for (const Row& row : g_rows) {
+    for (const IdsRow& row : g_rows) {
         SCOPED_TRACE(row.sRule);
         const std::string sPath = folder.sFile("R", sRequirements(row.wanted));
         std::vector<std::string> words{"ids", sPath};

@@ -32,12 +32,12 @@ struct Told {
     void operator()(visit::TypeEnd) { vAdd(")"); }
 };
 
-struct Row {
+struct ValueVisitRow {
     const char* sAttribute;   // of IfcEverything
     const char* sToken;
     const char* sTold;
 };
-const Row g_rows[] = {
+const ValueVisitRow g_rows[] = {
     {"First", ".T.", "true"},
     {"First", "$", "$"},
     {"First", "*", "*"},
@@ -70,7 +70,7 @@ const Row g_rows[] = {
 
 TEST(ValueVisit, TellsTheValuesInTheOrderOfTheText) {
     CellSetter setter;
-    for (const Row& row : g_rows) {
+    for (const ValueVisitRow& row : g_rows) {
         SCOPED_TRACE(row.sAttribute + std::string(" = ") + row.sToken);
         setter.vReadOne(row.sAttribute, row.sToken);
         Told told{setter};

@@ -28,7 +28,7 @@ std::string sWall(int iNumber, std::string_view name = "'w'") {
            std::string(name) + ",$,$,$,$,$,$);\n";
 }
 
-struct Row {
+struct CountFileRow {
     const char* sRule;
     std::string sData;
     std::size_t iEntities;
@@ -36,7 +36,7 @@ struct Row {
 };
 
 TEST(CountFile, CountsWhatIsPlain) {
-    const Row rows[] = {
+    const CountFileRow rows[] = {
         {"nothing", "", 0, 0},
         {"a point", g_sPoint, 1, 0},
         {"two walls and a point", sWall(2) + g_sPoint + sWall(3), 3, 2},
@@ -60,7 +60,7 @@ TEST(CountFile, CountsWhatIsPlain) {
          0},
         {"a GlobalId that needs more than its bits", "#1=IFCWALL('zzzzzzzzzzzzzzzzzzzzzz',$,$,$,$,$,$,$,$);", 1, 1},
     };
-    for (const Row& row : rows) {
+    for (const CountFileRow& row : rows) {
         SCOPED_TRACE(row.sRule);
         const std::string sText = g_sHead + row.sData + g_sEnd;
         const CountedText text(sText);

@@ -19,7 +19,7 @@
 namespace oxa::ifc {
 namespace {
 
-struct Row {
+struct ReportKeysRow {
     ReportKey eKey;
     const char* sKey;
     Errors::Severity eSeverity;
@@ -28,7 +28,7 @@ struct Row {
 };
 // What hosts filter by. Severity and category are those of most raisers.
 // clang-format off
-const Row g_rows[] = {
+const ReportKeysRow g_rows[] = {
     {ReportKey::AttributeSizeNotFound, "Error_AttributeSizeNotFound", Errors::Error, Errors::Schema, true},
     {ReportKey::DuplicateEntity, "Error_DuplicateEntity", Errors::Error, Errors::Model, false},
     {ReportKey::DuplicateGuids, "Error_DuplicateGuids", Errors::Error, Errors::Value, false},
@@ -77,7 +77,7 @@ const Row g_rows[] = {
 TEST(ReportKeys, TableHasOneRowForEachEnumerator) {
     ASSERT_EQ(report::keyRows().size(), std::size(g_rows));
     for (std::size_t i = 0; i < std::size(g_rows); ++i) {
-        const Row& row = g_rows[i];
+        const ReportKeysRow& row = g_rows[i];
         SCOPED_TRACE(row.sKey);
         EXPECT_EQ(static_cast<std::size_t>(row.eKey), i);
         const report::KeyRow& found = report::keyRow(row.eKey);
@@ -91,7 +91,7 @@ TEST(ReportKeys, TableHasOneRowForEachEnumerator) {
 }
 
 TEST(ReportKeys, KeyAndItsTextLeadToEachOther) {
-    for (const Row& row : g_rows) {
+    for (const ReportKeysRow& row : g_rows) {
         SCOPED_TRACE(row.sKey);
         EXPECT_EQ(reportKeyText(row.eKey), row.sKey);
         EXPECT_EQ(reportKeyFromText(row.sKey), row.eKey);
@@ -130,7 +130,7 @@ TEST(ReportKeys, EachHasOneSentenceInBothLanguages) {
     for (const Language eLanguage : {Language::English, Language::German}) {
         const LanguageScope scope(eLanguage);
         std::set<std::string> texts;
-        for (const Row& row : g_rows) {
+        for (const ReportKeysRow& row : g_rows) {
             SCOPED_TRACE(row.sKey);
             const std::string sText = reportText(row.eKey);
             EXPECT_EQ(localize("Ifc", row.sKey), sText);
@@ -160,7 +160,7 @@ TEST(ReportKeys, LanguagesDiffer) {
 
 TEST(ReportKeys, AreTheTextsOfTheDomainIfc) {
     std::vector<std::string_view> expected;
-    for (const Row& row : g_rows) expected.push_back(row.sKey);
+    for (const ReportKeysRow& row : g_rows) expected.push_back(row.sKey);
     EXPECT_EQ(localizationKeys("Ifc"), expected);
     EXPECT_TRUE(localizationKeys("ifc").empty());
     EXPECT_EQ(localize("Xml", "Error_InvalidFile"), "Error_InvalidFile");
