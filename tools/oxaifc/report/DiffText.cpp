@@ -192,12 +192,12 @@ Json listJson(const std::vector<compare::Element>& entities) {
     return list;
 }
 
-Json textJson(const std::optional<std::string>& sText) { return sText ? Json(*sText) : Json(); }
+Json optionalJson(const std::optional<std::string>& sText) { return sText ? Json(*sText) : Json(); }
 
 Json valuesJson(const std::vector<compare::Difference>& differences) {
     Json values = Json::array();
     for (const compare::Difference& value : differences) {
-        Json row{{"attribute", value.sAttribute}, {"old", textJson(value.sOld)}, {"new", textJson(value.sNew)}};
+        Json row{{"attribute", value.sAttribute}, {"old", optionalJson(value.sOld)}, {"new", optionalJson(value.sNew)}};
         if (value.boMore) row["more"] = true;
         values.push_back(std::move(row));
     }
@@ -234,7 +234,7 @@ Json elementsJson(const compare::ElementResult& diff) {
         element["oldId"] = change.before.iNumber;
         Json changes = Json::array();
         for (const compare::ElementDifference& one : change.differences) {
-            Json row{{"what", one.sWhat}, {"old", textJson(one.sOld)}, {"new", textJson(one.sNew)}};
+            Json row{{"what", one.sWhat}, {"old", optionalJson(one.sOld)}, {"new", optionalJson(one.sNew)}};
             if (!one.details.empty()) row["values"] = valuesJson(one.details);
             changes.push_back(std::move(row));
         }
