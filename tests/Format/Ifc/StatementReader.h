@@ -144,11 +144,13 @@ public:
 
     std::string sEntity(const Entity* pEntity) {
         if (!pEntity) return "null";
-        std::string sText = "#?";
-        common.vForEachSlot([&](std::size_t iId, const EntitySlot& slot) {
-            if (&slot.entity == pEntity) sText = '#' + std::to_string(iId);
-        });
-        return sText;
+        for (const auto& [iChunk, pChunk] : common.chunks()) {
+            const std::size_t iBytes =
+                reinterpret_cast<std::uintptr_t>(pEntity) - reinterpret_cast<std::uintptr_t>(pChunk->pFirst());
+            if (iBytes < ReadInfoCommon::g_iChunkBytes)
+                return '#' + std::to_string(iChunk * ReadInfoCommon::g_iSlotsPerChunk + iBytes / sizeof(EntitySlot));
+        }
+        return "#?";
     }
 
     std::string sCells(const Entity& entity) {

@@ -45,13 +45,15 @@ inline void vPlace(Token& token, const char* pBegin, const char* pEnd) noexcept 
 }
 
 // A reference, "#" and a number, is the address of its number's slot, whether that statement has been read, will be, or
-// never comes. The mark lets the completion report the last case. Null for what is no reference.
+// never comes. That the number was named lets the completion report the last case. Null for what is no reference.
 [[nodiscard]] inline Entity* pReferenced(const Token& token, const char* pBegin, const char* pEnd) {
     if (pEnd - pBegin < 2 || *pBegin != '#') return nullptr;
     const std::string_view line = token.m_pInfo->m_line;
-    const std::int32_t iId = iReference(pBegin + 1, pEnd, line.data() + line.size());
+    const auto iId = static_cast<std::uint32_t>(iReference(pBegin + 1, pEnd, line.data() + line.size()));
     StepReadInfoDataCommon& common = *token.m_pInfo->m_pCommon;
-    EntitySlot& slot = common.slotGet(*token.m_pData, static_cast<std::uint32_t>(iId));
+    StepReadThread* const pThread = token.m_pInfo->m_pThread;
+    if (Entity* const pEntity = pThread ? pThread->pNamed(common, *token.m_pData, iId) : nullptr) return pEntity;
+    EntitySlot& slot = common.slotGet(*token.m_pData, iId);
     slot.vReferencedSet(common.m_boParallel);
     return &slot.entity;
 }

@@ -5,6 +5,7 @@
 // Each step falls into parts that several threads can do with the same result, which they do where the read had several.
 // Reports are told on the caller's thread, in the order of the numbers.
 #include <algorithm>
+#include <memory>
 #include <optional>
 
 #include "Core/Utilities/Threads/Team.h"
@@ -13,6 +14,7 @@
 #include "Format/Ifc/IfcReadOptions.h"
 #include "Format/Ifc/Read/StageWatch.h"
 #include "Format/Ifc/Store/EntityTable.h"
+#include "Format/Ifc/Store/NumberSet.h"
 #include "Format/Ifc/Store/Settle.h"
 
 namespace oxa::ifc {
@@ -25,12 +27,15 @@ struct ChunkNumbers {
     std::vector<std::size_t> missing;   // places of the slots that were named and never defined
 };
 
-ChunkNumbers numbersOf(const ReadInfoCommon::Chunk& chunk) {
+// pNamed: the numbers of the chunk that threads have kept, or null.
+ChunkNumbers numbersOf(ReadInfoCommon::Chunk& chunk, const details::NumberSet::Chunk* pNamed) {
+    static_assert(details::NumberSet::g_iNumbers == ReadInfoCommon::g_iSlotsPerChunk);
     ChunkNumbers numbers;
-    chunk.vForEachSlot([&numbers](std::size_t iSlot, EntitySlot& slot) {
+    if (pNamed) chunk.vNote(*pNamed);
+    chunk.vForEachSlot([&numbers, pNamed](std::size_t iSlot, EntitySlot& slot) {
         if (slot.entity.pSchemaEntity())
             numbers.defined.set(iSlot);
-        else if (slot.boReferenced())
+        else if (slot.boReferenced() || (pNamed && (*pNamed)[iSlot / 64] >> iSlot % 64 & 1U))
             numbers.missing.push_back(iSlot);
     });
     return numbers;
@@ -63,7 +68,7 @@ constexpr std::size_t g_iChunksAtOnce = 1024;
 // The numbers: the threads look at the slots, the first one takes up what they found, for some chunks at a time.
 class NumberStep {
 public:
-    explicit NumberStep(ReadInfoCommon& info) : m_chunks(info.chunks()) {}
+    explicit NumberStep(ReadInfoCommon& info) : m_chunks(info.chunks()), m_pNamed(info.m_pNamed) {}
 
     // A thread's part. take(first number, chunk, numbers of it) is called on the first thread, for all chunks in order.
     template <class Take>
@@ -72,8 +77,10 @@ public:
             const std::size_t iCount = std::min(m_chunks.size() - iFirst, g_iChunksAtOnce);
             if (iPart == 0) m_numbers.resize(iCount);
             if (!team.boMeet(iPart)) return false;
-            for (std::size_t i = iPart; i < iCount; i += team.iParts())
-                m_numbers[i] = numbersOf(*m_chunks[iFirst + i].second);
+            for (std::size_t i = iPart; i < iCount; i += team.iParts()) {
+                const auto& [iChunk, pChunk] = m_chunks[iFirst + i];
+                m_numbers[i] = numbersOf(*pChunk, m_pNamed ? m_pNamed->pChunk(iChunk) : nullptr);
+            }
             if (!team.boMeet(iPart)) return false;
             for (std::size_t i = 0; iPart == 0 && i < iCount; ++i)
                 take(m_chunks[iFirst + i].first * ReadInfoCommon::g_iSlotsPerChunk, *m_chunks[iFirst + i].second,
@@ -84,6 +91,7 @@ public:
 
 private:
     Chunks m_chunks;
+    std::shared_ptr<const details::NumberSet> m_pNamed;
     std::vector<ChunkNumbers> m_numbers;
 };
 

@@ -168,6 +168,7 @@ void IfcLineReadThreadPool::Work::vStart(std::size_t iMostOut) {
     const std::size_t iWorkers = this->iWorkers();
     m_stock.vLimit(iMostOut);
     Pool& pool = m_pFile->dataBase().pool();
+    if (!m_pInfo->m_pNamed) m_pInfo->m_pNamed = std::make_shared<details::NumberSet>();
     try {
         for (std::size_t i = 0; i < iWorkers + 1; ++i) m_threads.push_back(std::make_unique<StepReadThread>(pool));
         m_workers.reserve(iWorkers);
@@ -188,6 +189,7 @@ void IfcLineReadThreadPool::Work::vWorkersEnd() {
     m_lineQueue.vClose();
     for (std::thread& worker : m_workers) worker.join();
     m_workers.clear();
+    for (const auto& pThread : m_threads) pThread->vNamedInto(*m_pInfo->m_pNamed);
     m_threads.clear();
 }
 

@@ -7,11 +7,15 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "Format/Ifc/Memory/PoolArena.h"
+#include "Format/Ifc/Store/EntityTable.h"
+#include "Format/Ifc/Store/NumberSet.h"
 #include "Format/Ifc/Text/Keyword.h"
+#include "platform/Compiler.h"
 #include "schema/Schema.h"
 
 namespace oxa::ifc {
@@ -53,6 +57,20 @@ public:
         return *item;
     }
 
+    // The place of a number that a statement names. That it does is kept here, for the completion: to note it at that place
+    // would be a cache line to fetch, mostly from another processor. Null where it can't be kept.
+    [[nodiscard]] Entity* pNamed(ReadInfoCommon& info, Data& data, std::uint32_t iNumber) {
+        const std::size_t iChunk = iNumber / details::NumberSet::g_iNumbers;
+        const std::size_t i = iNumber % details::NumberSet::g_iNumbers;
+        if (iChunk >= m_places.size()) return nullptr;
+        const NamedChunk& chunk = m_places[iChunk];
+        if (!chunk.pBits && !boPlaceFind(info, data, iChunk)) return nullptr;
+        (*chunk.pBits)[i / 64] |= std::uint64_t{1} << i % 64;
+        return &chunk.pSlots[i].entity;
+    }
+    // Hands what was kept over, when nothing is read any more.
+    void vNamedInto(details::NumberSet& all) noexcept { static_cast<void>(all.boMerge(m_named)); }
+
     PoolArena m_arena;   // its share of the model's memory
 
 private:
@@ -63,6 +81,18 @@ private:
     static std::size_t iPlace(std::string_view text) noexcept {
         const auto cAt = [&](std::size_t i) { return static_cast<std::size_t>(static_cast<unsigned char>(text[i])); };
         return (text.size() * 7 + cAt(text.size() - 1) + cAt(text.size() / 2) * 3) % g_iPlaces;
+    }
+
+    struct NamedChunk {
+        EntitySlot* pSlots = nullptr;
+        details::NumberSet::Chunk* pBits = nullptr;   // null: neither is known yet
+    };
+    OXA_NEVER_INLINE bool boPlaceFind(ReadInfoCommon& info, Data& data, std::size_t iChunk) {
+        static_assert(details::NumberSet::g_iNumbers == ReadInfoCommon::g_iSlotsPerChunk);
+        details::NumberSet::Chunk* const pBits = m_named.pMade(iChunk);
+        if (!pBits) return false;
+        m_places[iChunk] = {info.pSlots(data, iChunk), pBits};
+        return true;
     }
 
     void vSchema(const def::schema::Schema& schema) noexcept {
@@ -78,6 +108,8 @@ private:
         const std::string* pText = nullptr;
     };
 
+    details::NumberSet m_named;
+    std::array<NamedChunk, ReadInfoCommon::g_iFirstChunks> m_places{};   // of m_named
     const def::schema::Schema* m_pSchema = nullptr;
     std::array<const def::schema::Entity*, g_iPlaces> m_types{};
     std::array<const def::schema::Type*, g_iPlaces> m_valueTypes{};

@@ -79,6 +79,7 @@ Scanner::Scanner(FileBase& file, std::istream& stream, ReadError& error, const R
     m_entities.reserve(1);
     m_pText = &m_statement;
     m_info.m_pTrace = options.pTrace;
+    m_info.m_pNamed = std::make_shared<details::NumberSet>();
     if (options.boSingleThreaded) return;
     m_pPool = std::make_unique<IfcLineReadThreadPool>(m_info, file, false);
     m_pText = &m_pPool->buffer();
@@ -98,6 +99,7 @@ bool Scanner::boScan(const SchemaFromName& schemaFromName, const ReadProgress& p
         watch.vWorked(iPosInStream());
         m_info.m_pTrace->rows.push_back({"scan", 0, time.busy, 0, time.iBytes});
     }
+    m_thread.vNamedInto(*m_info.m_pNamed);
     return eScan == Scan::EndOfInput ? boEndOfInput() : eScan == Scan::Finished;
 }
 

@@ -17,7 +17,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Format/Ifc/Read/NumberSet.h"
+#include "Format/Ifc/Store/NumberSet.h"
 #include "platform/Id.h"
 #include "schema/Schema.h"
 

@@ -34,10 +34,14 @@ namespace oxa::ifc {
 class Data;
 struct ReadTrace;   // IfcReadOptions.h
 
+namespace details {
+class NumberSet;   // NumberSet.h
+}   // namespace details
+
 /// One place of the entity table. The pointer to a slot is the pointer to its Entity.
 struct EntitySlot {
     Entity entity;             ///< zeroed until a statement defines it
-    std::uint8_t referenced;   ///< true once anything named this number or defined it
+    std::uint8_t referenced;   ///< true once anything named this number or defined it, but see ReadInfoCommon::m_pNamed
     std::uint8_t state;        ///< whether a thread holds "entity", see EntitySlotLock
     std::uint8_t unused[6];    ///< zero; a write of the first one makes the system map the page
 
@@ -109,6 +113,10 @@ struct ReadInfoCommon {
         return slotCreate(data, iChunk, iSlot);
     }
 
+    /// The first slot of a chunk below g_iFirstChunks, which is made when it is not there yet. For who notes elsewhere which of
+    /// its numbers are named (m_pNamed): what is neither noted nor defined is not visited.
+    [[nodiscard]] EntitySlot* pSlots(Data& data, std::size_t iChunk) { return chunkGet(data, iChunk).pFirst(); }
+
     /// Has the processor fetch the slot of a number that is about to be filled, where its chunk is there already.
     void vFetch(std::size_t iId) const noexcept;
 
@@ -134,6 +142,9 @@ struct ReadInfoCommon {
     io::ReadError* m_pError;         ///< where the read reports
     bool m_boParallel = false;       ///< several threads parse statements of this read at once, and may complete it
     ReadTrace* m_pTrace = nullptr;   ///< who asks what the threads did; not owned
+    /// Numbers that statements have named, beside those whose slots say so: a thread that parses keeps them by itself, since
+    /// a slot far away would be a cache line to fetch, mostly from another processor. Null where no thread had any.
+    std::shared_ptr<details::NumberSet> m_pNamed;
 
     /// The slots of 32,768 numbers, from a multiple of that on.
     ///
@@ -151,6 +162,13 @@ struct ReadInfoCommon {
                 if (!boTouched(iPage)) continue;
                 for (std::size_t i = iPage * g_iPageSlots; i < (iPage + 1) * g_iPageSlots; ++i) visit(i, pFirstSlot[i]);
             }
+        }
+        /// From here on the pages of these slots, a bit each, are visited, too.
+        void vNote(const std::array<std::uint64_t, g_iSlotsPerChunk / 64>& slots) noexcept {
+            static_assert(g_iPageSlots == 128);
+            for (std::size_t iPage = 0; iPage < g_iPages; ++iPage)
+                if (!boTouched(iPage) && (slots[2 * iPage] | slots[2 * iPage + 1]))
+                    m_pages[iPage / 64].fetch_or(std::uint64_t{1} << iPage % 64, std::memory_order_relaxed);
         }
 
     private:

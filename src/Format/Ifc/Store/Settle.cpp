@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// On several threads the inverse lists are made in rounds of some thousand instances. In each the instances are shared out
-// to look for references, which are put down by the part of the memory that their target stands in; in the next one each
-// part is entered by one thread, in the order of the instances. So every list is written by one thread, in the order that
-// a single thread would have, and no lock is needed.
+// On several threads the inverse lists are made in rounds of some thousand instances. In each the threads take rows of
+// instances and look for references, which are put down by the part of the memory that their target stands in; in the next
+// one each part is entered by one thread, in the order of the instances. So every list is written by one thread, in the order
+// that a single thread would have, and no lock is needed. Who has less to enter takes more rows.
 #include "Format/Ifc/Store/Settle.h"
 
 #include <algorithm>
@@ -24,7 +24,9 @@ namespace oxa::ifc {
 
 namespace {
 
-constexpr std::size_t g_iRound = 4096;            // instances of a round
+constexpr std::size_t g_iRow = 512;               // instances that a thread takes at once
+constexpr std::size_t g_iRows = 16;               // of a round
+constexpr std::size_t g_iRound = g_iRows * g_iRow;
 constexpr std::size_t g_iPerThread = 16384;       // instances that pay for a thread
 constexpr unsigned g_iMostThreads = 8;            // more wait for memory
 constexpr std::size_t g_iPartBytes = 16 * 1024;   // of memory whose targets one thread enters
@@ -51,11 +53,10 @@ class InverseStep::Shared {
 public:
     Shared(const std::vector<Entity*>& entities, Pool& pool, unsigned iParts)
         : m_entities(entities),
-          m_builders(iParts),
-          m_found(iParts) {
+          m_builders(iParts) {
         for (auto& pBuilder : m_builders) pBuilder = std::make_unique<Builder>(pool);
         for (auto& found : m_found)
-            for (auto& round : found.rounds) round.resize(iParts);
+            for (auto& row : found.rows) row.resize(iParts);
     }
 
     [[nodiscard]] bool boRun(util::Team& team, unsigned iPart) {
@@ -66,8 +67,8 @@ public:
         }
         const std::size_t iRounds = (m_entities.size() + g_iRound - 1) / g_iRound;
         for (std::size_t i = 0; i <= iRounds; ++i) {
-            if (i > 0) vEnter(i - 1, iPart, team.iParts());
-            if (i < iRounds) vFind(i, iPart, team.iParts());
+            if (i > 0) vEnter(i - 1, iPart);
+            if (i < iRounds) vFind(i, team.iParts());
             if (!team.boMeet(iPart)) return false;
         }
         return true;
@@ -86,17 +87,16 @@ private:
         PoolArena arena;
         InverseBuilder builder;
     };
-    // What a thread has found, by the thread that enters it. While one round is entered, the next one is looked through.
+    // What was found in a round: of each row, by the thread that enters it.
     struct Found {
-        std::array<std::vector<References>, 2> rounds;
+        std::array<std::vector<References>, g_iRows> rows;
+        std::atomic<std::size_t> iTaken{0};   // rows
     };
 
-    [[nodiscard]] Range round(std::size_t iRound) const noexcept {
-        return {iRound * g_iRound, std::min((iRound + 1) * g_iRound, m_entities.size())};
-    }
-
-    [[nodiscard]] std::span<Entity* const> row(const Range& range) const noexcept {
-        return std::span(m_entities).subspan(range.iFirst, range.iLast - range.iFirst);
+    // Of as many instances as there are, from the n-th times iCount on.
+    [[nodiscard]] std::span<Entity* const> instances(std::size_t n, std::size_t iCount) const noexcept {
+        const std::size_t iFirst = std::min(n * iCount, m_entities.size());
+        return std::span(m_entities).subspan(iFirst, std::min(iCount, m_entities.size() - iFirst));
     }
 
     // Whatever is to be told is told on the caller's thread and in the order of the instances: where a round has anything
@@ -110,28 +110,35 @@ private:
         return iRound >= m_iPlainFrom.load(std::memory_order_relaxed);
     }
 
-    void vFind(std::size_t iRound, unsigned iPart, unsigned iParts) {
-        if (boPlain(iRound)) return;
-        std::vector<References>& found = m_found[iPart].rounds[iRound % 2];
+    void vFind(std::size_t iRound, unsigned iParts) {
+        Found& found = m_found[iRound % 2];
         const auto handler = Assert::getRegisteredForCurrentThread().registerHandler(
             [this, iRound](const AssertInfo&) { vPlainFrom(iRound); });
-        const Range range = share(round(iRound), iPart, iParts);
-        try {
-            InverseBuilder::vForEachReference(row(range), [&](const InverseBuilder::Reference& reference) {
-                const auto iAddress = reinterpret_cast<std::uintptr_t>(reference.pTarget);
-                found[iAddress / g_iPartBytes % iParts].push_back(reference);
-            });
-        } catch (...) {
-            vPlainFrom(iRound);
+        for (;;) {
+            if (boPlain(iRound)) return;
+            const std::size_t iRow = found.iTaken.fetch_add(1, std::memory_order_relaxed);
+            if (iRow >= g_iRows) return;
+            try {
+                InverseBuilder::vForEachReference(
+                    instances(iRound * g_iRows + iRow, g_iRow), [&](const InverseBuilder::Reference& reference) {
+                        const auto iAddress = reinterpret_cast<std::uintptr_t>(reference.pTarget);
+                        found.rows[iRow][iAddress / g_iPartBytes % iParts].push_back(reference);
+                    });
+            } catch (...) {
+                vPlainFrom(iRound);
+            }
         }
     }
 
-    void vEnter(std::size_t iRound, unsigned iPart, unsigned iParts) {
+    // Nobody takes rows of this round any more, and none of the next but one yet.
+    void vEnter(std::size_t iRound, unsigned iPart) {
+        Found& found = m_found[iRound % 2];
         InverseBuilder& builder = m_builders[iPart]->builder;
         const bool boAlone = boPlain(iRound);
-        if (boAlone && iPart == 0) builder.vAdd(row(round(iRound)));
-        for (unsigned iFrom = 0; iFrom < iParts; ++iFrom) {
-            References& references = m_found[iFrom].rounds[iRound % 2][iPart];
+        if (iPart == 0) found.iTaken.store(0, std::memory_order_relaxed);
+        if (boAlone && iPart == 0) builder.vAdd(instances(iRound, g_iRound));
+        for (std::vector<References>& row : found.rows) {
+            References& references = row[iPart];
             if (!boAlone)
                 for (const InverseBuilder::Reference& reference : references) builder.vEnter(reference);
             references.clear();
@@ -140,8 +147,9 @@ private:
     }
 
     const std::vector<Entity*>& m_entities;
-    std::vector<std::unique_ptr<Builder>> m_builders;                                 // one a part
-    std::vector<Found> m_found;                                                       // by the thread that found it
+    std::vector<std::unique_ptr<Builder>> m_builders;   // one a part
+    // While one round is entered, the next one is looked through.
+    std::array<Found, 2> m_found;
     std::atomic<std::size_t> m_iPlainFrom{std::numeric_limits<std::size_t>::max()};   // rounds of the caller's thread
 };
 

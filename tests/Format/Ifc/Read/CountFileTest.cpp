@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "CountCheck.h"
-#include "Format/Ifc/Read/NumberSet.h"
+#include "Format/Ifc/Store/NumberSet.h"
 
 namespace oxa::ifc {
 namespace {
@@ -287,6 +287,20 @@ TEST(NumberSet, EachNumberIsTakenOnce) {
     details::NumberSet c;
     EXPECT_TRUE(c.boAdd(64));
     EXPECT_FALSE(a.boMerge(c)) << "both have it";
+}
+
+// What a thread keeps of a chunk is seen in the set.
+TEST(NumberSet, AChunkIsMadeWhereItIsWritten) {
+    details::NumberSet set;
+    EXPECT_EQ(set.pChunk(2), nullptr);
+    details::NumberSet::Chunk* const pMade = set.pMade(2);
+    ASSERT_NE(pMade, nullptr);
+    EXPECT_EQ(pMade, set.pMade(2)) << "once";
+    EXPECT_EQ(pMade, set.pChunk(2));
+    EXPECT_EQ(set.pChunk(1), nullptr) << "no other one";
+    (*pMade)[1] |= std::uint64_t{1} << 5;
+    EXPECT_FALSE(set.boAdd(2 * 32'768 + 69));
+    EXPECT_TRUE(set.boAdd(2 * 32'768 + 68));
 }
 
 // 64 MiB of chunks at the most.

@@ -6,6 +6,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <memory>
+#include <vector>
+
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/OnThreads.h"
 #include "provider/SchemaLoader.h"
@@ -192,6 +196,44 @@ TEST(StepReadThread, FindsTheTypesThatTheSchemaHas) {
                 << record.key << " in " << pSchema->sName;
     for (const char* sKeyword : {"", "X", "IFCWAL", "IFCWALLL", "IfcWall", "IFCLABEL", " IFCWALL"})
         EXPECT_EQ(thread.pEntityFromKeyword(*schemas[0], sKeyword), nullptr) << sKeyword;
+}
+
+// Where a statement names a number, its place is that of the table; that it was named is told when the thread ends.
+TEST_F(EntityTable, WhatAThreadNamesIsKeptBesideIt) {
+    const auto pThread = std::make_unique<StepReadThread>(data.pool());
+    const std::vector<std::uint32_t> near{0, 63, 64, 32'767, 32'768, 32'767'999};
+    for (const std::uint32_t iId : near)
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_EQ(pThread->pNamed(info, data, iId), &info.pChunkGet(data, iId / 32768)[iId % 32768].entity) << iId;
+            EXPECT_FALSE(info.slotGet(data, iId).boReferenced()) << iId;
+        }
+    for (const std::uint32_t iId : {32'768'000U, 4'294'967'291U})
+        EXPECT_EQ(pThread->pNamed(info, data, iId), nullptr) << iId << ": its slot has to say so";
+
+    details::NumberSet all;
+    EXPECT_TRUE(all.boAdd(64));
+    EXPECT_TRUE(all.boAdd(5));
+    pThread->vNamedInto(all);
+    std::vector<std::uint32_t> named;
+    for (std::uint32_t iChunk = 0; iChunk < 1000; ++iChunk)
+        for (std::uint32_t i = 0; all.pChunk(iChunk) && i < 32768; ++i)
+            if ((*all.pChunk(iChunk))[i / 64] >> i % 64 & 1U) named.push_back(iChunk * 32768 + i);
+    EXPECT_THAT(named, ElementsAre(0, 5, 63, 64, 32'767, 32'768, 32'767'999));
+}
+
+// Pages that only a thread has named are visited like those that were touched.
+TEST_F(EntityTable, VisitsThePagesThatAreNoted) {
+    static_cast<void>(info.slotGet(data, 300));
+    ReadInfoCommon::Chunk& chunk = *info.chunks().at(0).second;
+    std::array<std::uint64_t, ReadInfoCommon::g_iSlotsPerChunk / 64> named{};
+    named[1000 / 64] = 1;
+    named[32'767 / 64] = std::uint64_t{1} << 63;
+    chunk.vNote(named);
+    std::vector<std::size_t> pages;
+    info.vForEachSlot([&](std::size_t iId, EntitySlot&) {
+        if (iId % 128 == 0) pages.push_back(iId / 128);
+    });
+    EXPECT_THAT(pages, ElementsAre(2, 7, 255));
 }
 
 // What it remembers of one search never answers for another, in whatever order they come.

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// NumberSet: instance numbers that have been met, a bit each, to find one that stands twice.
+// NumberSet: instance numbers that have been met, a bit each.
 //
-// For      StatementCount, inside this folder.
+// For      a count of statements, which looks for a number that stands twice; the threads of a read, each of which keeps the
+//          numbers that statements name.
 // Shape    chunks of 4 KiB, made when one of their numbers comes: the numbers of a file mostly lie close together. A
 //          file whose numbers do not is refused once the chunks outgrow it.
 // Threads  one each; vMerge joins what two have.
@@ -18,21 +19,32 @@ namespace oxa::ifc::details {
 
 class NumberSet {
 public:
+    static constexpr std::size_t g_iNumbers = 32768;   // of a chunk
+    using Chunk = std::array<std::uint64_t, g_iNumbers / 64>;
+
     // False where the number is there already, or where there is no place for it.
     [[nodiscard]] bool boAdd(std::uint32_t iNumber) {
-        const std::size_t iChunk = iNumber / g_iNumbers;
-        if (iChunk >= m_chunks.size() || !m_chunks[iChunk]) {
-            if (!boMake(iChunk)) return false;
-        }
-        std::uint64_t& uBits = (*m_chunks[iChunk])[iNumber % g_iNumbers / 64];
+        Chunk* const pChunk = pMade(iNumber / g_iNumbers);
+        if (!pChunk) return false;
+        std::uint64_t& uBits = (*pChunk)[iNumber % g_iNumbers / 64];
         const std::uint64_t uBit = std::uint64_t{1} << iNumber % 64;
         const bool boNew = !(uBits & uBit);
         uBits |= uBit;
         return boNew;
     }
+    // Of the numbers from g_iNumbers * iChunk on, bit n % 64 of word n / 64 for the n-th; made when there is none, and then
+    // null where there is no place for it. Good until the set is merged or ends.
+    [[nodiscard]] Chunk* pMade(std::size_t iChunk) {
+        if ((iChunk >= m_chunks.size() || !m_chunks[iChunk]) && !boMake(iChunk)) return nullptr;
+        return m_chunks[iChunk].get();
+    }
+    // The same; null where there is none.
+    [[nodiscard]] const Chunk* pChunk(std::size_t iChunk) const noexcept {
+        return iChunk < m_chunks.size() ? m_chunks[iChunk].get() : nullptr;
+    }
 
     // Takes the numbers of the other one over. False where both have one.
-    [[nodiscard]] bool boMerge(NumberSet& other) {
+    [[nodiscard]] bool boMerge(NumberSet& other) noexcept {
         if (other.m_chunks.size() > m_chunks.size()) m_chunks.swap(other.m_chunks);
         std::uint64_t uTwice = 0;
         for (std::size_t i = 0; i < other.m_chunks.size(); ++i) {
@@ -50,9 +62,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t g_iNumbers = 32768;
     static constexpr std::size_t g_iMostChunks = 16384;   // 64 MiB, half a billion numbers side by side
-    using Chunk = std::array<std::uint64_t, g_iNumbers / 64>;
 
     bool boMake(std::size_t iChunk) {
         if (m_iMade == g_iMostChunks) return false;
