@@ -184,6 +184,27 @@ public:
         EXPECT_EQ(errors.boFatal(), std::any_of(expected.begin(), expected.end(), boIsFatal));
     }
 
+    // What was told so far, without the statements.
+    [[nodiscard]] std::vector<std::string> reports() const {
+        std::vector<std::string> texts;
+        for (const Errors::ErrorRecord& record : errors.records())
+            texts.push_back(record.description + ", category " + std::to_string(record.category));
+        return texts;
+    }
+    // The numbers that statements have named or defined, which a completion would miss if nothing defined them. Once.
+    [[nodiscard]] std::vector<std::size_t> named() {
+        details::NumberSet kept;
+        m_thread.vNamedInto(kept);
+        std::vector<std::size_t> numbers;
+        for (const auto& [iChunk, pChunk] : common.chunks())
+            for (std::size_t i = 0; i < ReadInfoCommon::g_iSlotsPerChunk; ++i) {
+                const details::NumberSet::Chunk* pBits = kept.pChunk(iChunk);
+                if (pChunk->pFirst()[i].boReferenced() || (pBits && (*pBits)[i / 64] >> i % 64 & 1U))
+                    numbers.push_back(iChunk * ReadInfoCommon::g_iSlotsPerChunk + i);
+            }
+        return numbers;
+    }
+
     Data data;
     io::ReadError errors;
     StepReadInfoDataCommon common{errors};

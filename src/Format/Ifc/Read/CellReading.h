@@ -44,18 +44,22 @@ inline void vPlace(Token& token, const char* pBegin, const char* pEnd) noexcept 
     return pThread ? pThread->m_arena.pAllocate(iBytes) : token.m_pData->pool().pAllocate(iBytes);
 }
 
-// A reference, "#" and a number, is the address of its number's slot, whether that statement has been read, will be, or
-// never comes. That the number was named lets the completion report the last case. Null for what is no reference.
-[[nodiscard]] inline Entity* pReferenced(const Token& token, const char* pBegin, const char* pEnd) {
-    if (pEnd - pBegin < 2 || *pBegin != '#') return nullptr;
-    const std::string_view line = token.m_pInfo->m_line;
-    const auto iId = static_cast<std::uint32_t>(iReference(pBegin + 1, pEnd, line.data() + line.size()));
+// The place of a number that the token names, whether its statement has been read, will be, or never comes. That the number
+// was named lets the completion report the last case.
+[[nodiscard]] inline Entity* pNamed(const Token& token, std::uint32_t iId) {
     StepReadInfoDataCommon& common = *token.m_pInfo->m_pCommon;
     StepReadThread* const pThread = token.m_pInfo->m_pThread;
     if (Entity* const pEntity = pThread ? pThread->pNamed(common, *token.m_pData, iId) : nullptr) return pEntity;
     EntitySlot& slot = common.slotGet(*token.m_pData, iId);
     slot.vReferencedSet(common.m_boParallel);
     return &slot.entity;
+}
+
+// A reference is "#" and a number. Null for what is none.
+[[nodiscard]] inline Entity* pReferenced(const Token& token, const char* pBegin, const char* pEnd) {
+    if (pEnd - pBegin < 2 || *pBegin != '#') return nullptr;
+    const std::string_view line = token.m_pInfo->m_line;
+    return pNamed(token, static_cast<std::uint32_t>(iReference(pBegin + 1, pEnd, line.data() + line.size())));
 }
 
 // A select's reference; false, with the cell untouched, for what is none.

@@ -9,6 +9,7 @@
 #include "Format/Ifc/IfcGuid.h"
 #include "Format/Ifc/IfcMissingType.h"
 #include "Format/Ifc/Read/CellReading.h"
+#include "Format/Ifc/Read/DirectRead.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Read/ReadThread.h"
 #include "Format/Ifc/Store/EntityBlocks.h"
@@ -109,6 +110,124 @@ OXA_ALWAYS_INLINE bool boReadQuick(const DataSizeEntity::Cell& cell, void* pCell
     return false;
 }
 
+// The parameters of one statement on their way into the cells of its instance.
+//
+// The layout of the type has, for the n-th parameter, its attribute, the offset of its cell and the class of that cell, so
+// this asks the schema nothing. A cell is constructed in place; an exception of its constructor is reported, and the next
+// token is read.
+class ParameterRead {
+public:
+    // pBlock: of the instance, by that layout.
+    ParameterRead(Entity& entity, void* pBlock, const DataSizeEntity& size, Data& data, StepReadInfoData& info) noexcept
+        : m_entity(entity),
+          m_pBlock(static_cast<char*>(pBlock)),
+          m_info(info),
+          m_pCells(size.cells.data()),
+          m_pCellsEnd(m_pCells + size.cells.size()),
+          m_pPlace(m_pCells),
+          m_token{&info, &data, &entity, nullptr, nullptr, 0, 0, 0} {}
+
+    // Cells that have been begun.
+    [[nodiscard]] std::size_t iBegun() const noexcept { return static_cast<std::size_t>(m_pPlace - m_pCells); }
+    [[nodiscard]] bool boAll() const noexcept { return m_pPlace == m_pCellsEnd; }
+
+    void vRead(const char* first, const char* last) {
+        first = pDirect(first, last);
+        if (first != last) vCut(first, last);
+    }
+
+private:
+    // All tokens from there on.
+    OXA_NEVER_INLINE void vCut(const char* first, const char* last) {
+        details::ItemCut<> cut(m_info.m_line.data(), first, last);
+        details::CutItems tokens;
+        for (bool boMore = true; boMore;) {
+            boMore = cut.boNext(tokens);
+            tokens.vEach([&](const char* pBegin, const char* pEnd, std::size_t i) {
+                if (boAll())
+                    vSurplus();
+                else
+                    vTake(*m_pPlace++, pBegin, pEnd, tokens.endsInside(i));
+            });
+        }
+    }
+
+    // As many tokens as show by themselves where they end. Where the next one begins, "last" where there is none.
+    const char* pDirect(const char* first, const char* last) {
+        if (last - m_info.m_line.data() < details::g_iLeastDirect) return first;
+        while (first != last && !boAll()) {
+            const DataSizeEntity::Cell& cell = *m_pPlace++;
+            const char* const pEnd = pDirectOne(cell, first, last);
+            if (!pEnd) {
+                --m_pPlace;
+                break;
+            }
+            if (pEnd == last) return last;
+            first = pEnd + 1;
+        }
+        return first;
+    }
+
+    // Where the token ends, which has been read then; or null.
+    OXA_ALWAYS_INLINE const char* pDirectOne(const DataSizeEntity::Cell& cell, const char* first, const char* last) {
+        if (*first == '(')
+            return cell.eClass == CellClass::List
+                       ? details::pShortListRead(cell.eItems, pCell(cell), m_token, first, last)
+                       : nullptr;
+        if (*first == '#' && cell.eClass == CellClass::Entity) {
+            std::uint32_t iNumber = 0;
+            const char* const pEnd = details::pReferenceEnd(m_token, first, iNumber);
+            if (!pEnd || (pEnd != last && *pEnd != ',')) return nullptr;
+            (::new (pCell(cell)) AttributeEntity)->m_value = details::pNamed(m_token, iNumber);
+            return pEnd;
+        }
+        const bool boNoValue = (*first == '$' || *first == '*') && first[1] == ',';
+        const char* const pEnd = boNoValue ? first + 1 : details::pTokenEnd(first, last);
+        if (pEnd) vTake(cell, first, pEnd, {0, nullptr});
+        return pEnd;
+    }
+
+    OXA_ALWAYS_INLINE void vTake(const DataSizeEntity::Cell& cell, const char* pBegin, const char* pEnd,
+                                 const details::ItemEnds& items) {
+        try {
+            if (boReadQuick(cell, pCell(cell), m_token, pBegin, pEnd)) return;
+            m_token.m_pAttribute = cell.pAttribute;
+            details::vPlace(m_token, pBegin, pEnd);
+            if (items.pEnds && cell.eItems != AttributeType::Unknown)   // which lists alone have
+                ::new (pCell(cell)) AttributeList(m_token, cell.eItems, items);
+            else
+                vCellRead(cell.eClass, pCell(cell), m_token);
+        } catch (const std::exception&) {
+            vReport(ReportKey::UnknownAttributeType, cell.pAttribute->sName);
+        }
+    }
+
+    [[nodiscard]] void* pCell(const DataSizeEntity::Cell& cell) const noexcept { return m_pBlock + cell.iOffset; }
+
+    // Surplus tokens are reported one by one.
+    OXA_NEVER_INLINE void vSurplus() {
+        // A layout shorter than the type is an inside fault, and the file can't be trusted any further.
+        const def::schema::Entity& schema = m_entity.schemaEntity();
+        if (static_cast<std::size_t>(m_pCellsEnd - m_pCells) + m_iSurplus++ < schema.allAttributes().size())
+            vReport(ReportKey::IllegalAttributeIndex, {});
+        else
+            vReport(ReportKey::TooManyAttributesFor, schema.sName);
+    }
+
+    OXA_NEVER_INLINE void vReport(ReportKey eKey, const std::string& sArgument) {
+        m_info.m_pCommon->m_pError->add(&m_entity, eKey, sArgument, m_info.sourceText(), m_info.m_iLine);
+    }
+
+    Entity& m_entity;
+    char* m_pBlock;
+    StepReadInfoData& m_info;
+    const DataSizeEntity::Cell* m_pCells;
+    const DataSizeEntity::Cell* m_pCellsEnd;
+    const DataSizeEntity::Cell* m_pPlace;   // of the next token
+    Token m_token;
+    std::size_t m_iSurplus = 0;
+};
+
 }   // namespace
 
 bool details::boCellReadQuick(CellClass eClass, void* pCell, const Token& token) {
@@ -119,9 +238,6 @@ bool details::boCellReadQuick(CellClass eClass, void* pCell, const Token& token)
 // Fills an instance that has no type yet; one that has a type is reported and left as it is.
 void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, StepReadInfoData& info, std::size_t iStart,
                              std::size_t iLength) {
-    const auto report = [&](ReportKey eKey, const std::string& sArgument) {
-        info.m_pCommon->m_pError->add(this, eKey, sArgument, info.sourceText(), info.m_iLine);
-    };
     if (m_pSchemaEntity) {
         info.m_pCommon->m_pError->add(this, ReportKey::DuplicateEntity, info.sourceText(), info.m_iLine);
         return;
@@ -133,67 +249,23 @@ void Entity::vAttributesRead(Data& data, const def::schema::Entity& schema, Step
     // A type without attributes has no layout, unless a caller asked for one; each of its statements is told.
     if (!pSize) {
         if (!schema.pDataSize.boReady()) {
-            report(ReportKey::AttributeSizeNotFound, schema.sName);
+            info.m_pCommon->m_pError->add(this, ReportKey::AttributeSizeNotFound, schema.sName, info.sourceText(),
+                                          info.m_iLine);
             return;
         }
         pSize = schema.pDataSize.value().get();
     }
-
-    const char* const pLine = info.m_line.data();
-    Token token{&info, &data, this, nullptr, nullptr, 0, 0, 0};
-    std::size_t iSurplus = 0;
-    // Surplus tokens are reported one by one.
-    const auto surplus = [&] {
-        // A layout shorter than the type is an inside fault, and the file can't be trusted any further.
-        if (pSize->cells.size() + iSurplus++ < schema.allAttributes().size())
-            report(ReportKey::IllegalAttributeIndex, {});
-        else
-            report(ReportKey::TooManyAttributesFor, schema.sName);
-    };
-    // The layout of the type has, for the n-th parameter, its attribute, the offset of its cell and the class of that
-    // cell, so the loop asks the schema nothing. The cell is constructed in place; an exception of its constructor is
-    // reported, and the next token is read.
-    const DataSizeEntity::Cell* const pCells = pSize->cells.data();
-    const DataSizeEntity::Cell* const pCellsEnd = pCells + pSize->cells.size();
-    const DataSizeEntity::Cell* pPlace = pCells;   // of the next token
+    ParameterRead parameters(*this, m_pAttributes, *pSize, data, info);
+    const char* const first = info.m_line.data() + iStart + 1;
     try {
-        const char* const first = pLine + iStart + 1;
-        details::ItemCut<> cut(pLine, first, iLength > 2 ? first + iLength - 2 : first);
-        details::CutItems tokens;
-        for (bool boMore = true; boMore;) {
-            boMore = cut.boNext(tokens);
-            const char* pNext = tokens.pBegin;
-            for (std::size_t i = 0; i < tokens.iCount; ++i) {
-                const char* const pBegin = pNext;
-                const char* const pEnd = tokens.items[i].pEnd;
-                pNext = pEnd + 1;
-                if (pPlace == pCellsEnd) {
-                    surplus();
-                    continue;
-                }
-                const DataSizeEntity::Cell& cell = *pPlace++;
-                void* const pCell = static_cast<char*>(m_pAttributes) + cell.iOffset;
-                try {
-                    if (boReadQuick(cell, pCell, token, pBegin, pEnd)) continue;
-                    token.m_pAttribute = cell.pAttribute;
-                    details::vPlace(token, pBegin, pEnd);
-                    const details::ItemEnds items = tokens.endsInside(i);
-                    if (items.pEnds && cell.eItems != AttributeType::Unknown)   // which lists alone have
-                        ::new (pCell) AttributeList(token, cell.eItems, items);
-                    else
-                        vCellRead(cell.eClass, pCell, token);
-                } catch (const std::exception&) {
-                    report(ReportKey::UnknownAttributeType, cell.pAttribute->sName);
-                }
-            }
-        }
+        parameters.vRead(first, iLength > 2 ? first + iLength - 2 : first);
     } catch (...) {
-        vCellsUndefined(*pSize, static_cast<std::size_t>(pPlace - pCells));   // references to it must find no value
+        vCellsUndefined(*pSize, parameters.iBegun());   // references to it must find no value
         throw;
     }
     // What the statement leaves out stays undefined, mandatory attributes too, and nothing is said about it:
     // exporters shorten lists, and their files shall load.
-    if (pPlace != pCellsEnd) vCellsUndefined(*pSize, static_cast<std::size_t>(pPlace - pCells));
+    if (!parameters.boAll()) vCellsUndefined(*pSize, parameters.iBegun());
 }
 
 }   // namespace oxa::ifc
