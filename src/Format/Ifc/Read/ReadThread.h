@@ -34,6 +34,24 @@ public:
             pType = schema.pEntityFromName(def::schema::ObjectName(keyword));
         return pType;
     }
+    // The type whose keyword stands at p with "(" behind it, where it is the one that followed the last type before, too, as
+    // the instances of a model mostly do: faces their bounds, points points. Null where it is another one.
+    [[nodiscard]] const def::schema::Entity* pEntityExpected(const def::schema::Schema& schema, const char* p,
+                                                             const char* last) noexcept {
+        const def::schema::Entity* const pType = m_following[m_iLast];
+        if (!pType || m_pSchema != &schema) return nullptr;
+        const std::string& sName = pType->sNameUpper;
+        if (static_cast<std::size_t>(last - p) <= sName.size() || p[sName.size()] != '(' ||
+            !details::boSameText(sName, {p, sName.size()}))
+            return nullptr;
+        m_iLast = pType->iTypeOrdinal % g_iPlaces;
+        return pType;
+    }
+    // Of the same schema: this one has followed instead.
+    void vEntityMet(const def::schema::Entity& type) noexcept {
+        m_following[m_iLast] = &type;
+        m_iLast = type.iTypeOrdinal % g_iPlaces;
+    }
     // As Schema::pTypeFromName, for a value inside of a select. No name holds a comma, and looking for one ends with the
     // item: hashing all the text up to a parenthesis far away would make a long list of bare values quadratic.
     [[nodiscard]] const def::schema::Type* pTypeFromKeyword(const def::schema::Schema& schema,
@@ -99,6 +117,7 @@ private:
         if (m_pSchema == &schema) return;
         m_pSchema = &schema;
         m_types = {};
+        m_following = {};
         m_valueTypes = {};
         m_enumerators = {};
     }
@@ -112,6 +131,8 @@ private:
     std::array<NamedChunk, ReadInfoCommon::g_iFirstChunks> m_places{};   // of m_named
     const def::schema::Schema* m_pSchema = nullptr;
     std::array<const def::schema::Entity*, g_iPlaces> m_types{};
+    std::array<const def::schema::Entity*, g_iPlaces> m_following{};   // by the type before
+    std::size_t m_iLast = 0;                                           // place of the last one in it
     std::array<const def::schema::Type*, g_iPlaces> m_valueTypes{};
     std::array<Enumerator, g_iPlaces> m_enumerators{};
 };

@@ -22,33 +22,21 @@ void vReport(StepReadInfoData& info, ReportKey eKey) {
     info.m_pCommon->m_pError->add(nullptr, eKey, info.sourceText(), info.m_iLine);
 }
 
-// The parts of "#number=KEYWORD(...)", as offsets in the statement.
-struct StatementParts {
-    std::int32_t iId;
-    std::size_t iKeyword;
-    std::size_t iOpen;
-};
-
-// The first fault is reported, and it is fatal: what follows can't be trusted to be a statement.
-std::optional<StatementParts> statementParts(StepReadInfoData& info) {
+// "#number=" at the begin of a statement: where the keyword begins. Null where there is none, which is reported, and fatal:
+// what follows can't be trusted to be a statement.
+const char* pKeyword(StepReadInfoData& info, std::int32_t& iId) {
     const std::string_view line = info.m_line;
-    const auto refuse = [&info](ReportKey eKey) {
-        vReport(info, eKey);
-        return std::nullopt;
-    };
-    if (line.empty() || line[0] != '#') return refuse(ReportKey::ExpectedNumberSign);
+    if (line.empty() || line[0] != '#') {
+        vReport(info, ReportKey::ExpectedNumberSign);
+        return nullptr;
+    }
     const char* const pNumber = line.data() + 1;
     const char* const pLast = line.data() + line.size();
-    StatementParts parts{0, 0, 0};
-    const char* const pEqual = details::pHeadNumber(pNumber, pLast, parts.iId);
-    if (!pEqual)   // a malformed number has no key of its own
-        return refuse(details::pHeadEnd(pNumber, pLast) ? ReportKey::ExpectedLeftParenthesis
-                                                        : ReportKey::ExpectedEqualOperator);
-    const char* const pOpen = details::pFindOpening(pEqual + 1, pLast);
-    if (!pOpen) return refuse(ReportKey::InvalidEntity);
-    parts.iKeyword = static_cast<std::size_t>(pEqual - line.data()) + 1;
-    parts.iOpen = static_cast<std::size_t>(pOpen - line.data());
-    return parts;
+    if (const char* const pEqual = details::pHeadNumber(pNumber, pLast, iId)) return pEqual + 1;
+    // A malformed number has no key of its own.
+    vReport(info,
+            details::pHeadEnd(pNumber, pLast) ? ReportKey::ExpectedLeftParenthesis : ReportKey::ExpectedEqualOperator);
+    return nullptr;
 }
 
 // False for most that are none. The types of a tree have numbers without a gap.
@@ -66,19 +54,34 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
         return false;
     };
     const auto passOver = [&info] { info.m_pCommon->m_pError->vPassedOverAdd(info.m_iLine); };
-    const std::optional<StatementParts> parts = statementParts(info);
-    if (parts && !m_pSchema) passOver();
-    if (!parts || !m_pSchema) return giveUp();
-
-    const auto iId = static_cast<unsigned>(parts->iId);   // a negative number lands far up in the table
     const std::string_view line = info.m_line;
-    const std::string_view keyword = line.substr(parts->iKeyword, parts->iOpen - parts->iKeyword);
-    const def::schema::Entity* pType = info.m_pThread ? info.m_pThread->pEntityFromKeyword(*m_pSchema, keyword)
-                                                      : m_pSchema->pEntityFromName(ObjectName(keyword));
-    if (!pType) {
-        vReport(info, ReportKey::UnknownEntityType);
+    const char* const pLast = line.data() + line.size();
+    std::int32_t iNumber = 0;
+    const char* const pName = pKeyword(info, iNumber);
+    if (!pName) return giveUp();
+    const def::schema::Entity* pType =
+        info.m_pThread && m_pSchema ? info.m_pThread->pEntityExpected(*m_pSchema, pName, pLast) : nullptr;
+    const char* const pOpen = pType ? pName + pType->sNameUpper.size() : details::pFindOpening(pName, pLast);
+    if (!pOpen) {
+        vReport(info, ReportKey::InvalidEntity);
         return giveUp();
     }
+    if (!m_pSchema) {
+        passOver();
+        return giveUp();
+    }
+    if (!pType) {
+        const std::string_view keyword(pName, static_cast<std::size_t>(pOpen - pName));
+        pType = info.m_pThread ? info.m_pThread->pEntityFromKeyword(*m_pSchema, keyword)
+                               : m_pSchema->pEntityFromName(ObjectName(keyword));
+        if (!pType) {
+            vReport(info, ReportKey::UnknownEntityType);
+            return giveUp();
+        }
+        if (info.m_pThread) info.m_pThread->vEntityMet(*pType);
+    }
+    const auto iId = static_cast<unsigned>(iNumber);   // a negative number lands far up in the table
+    const auto iOpen = static_cast<std::size_t>(pOpen - line.data());
     std::size_t iClose = line.size() - 2;
     if (!line.ends_with(");")) {
         iClose = line.rfind(')');
@@ -88,7 +91,7 @@ bool Data::boReadLine(StepReadInfoData& info, std::vector<Entity*>& result) {
         if (iClose == std::string_view::npos)
             return giveUp();   // one before the "(" would be part of number or keyword
     }
-    return boEntityAdd(iId, *pType, info, parts->iOpen, iClose - parts->iOpen + 1, result) || giveUp();
+    return boEntityAdd(iId, *pType, info, iOpen, iClose - iOpen + 1, result) || giveUp();
 }
 
 // The type that an instance of an abstract type is kept as. Such a statement is a fault of the file, but the parameters

@@ -198,6 +198,31 @@ TEST(StepReadThread, FindsTheTypesThatTheSchemaHas) {
         EXPECT_EQ(thread.pEntityFromKeyword(*schemas[0], sKeyword), nullptr) << sKeyword;
 }
 
+// The type that followed the last one is expected again, and taken where all of its name stands there, with "(" behind it.
+TEST(StepReadThread, ExpectsTheTypeThatFollowed) {
+    Pool pool;
+    StepReadThread thread(pool);
+    const def::SchemaPset& ifc4 = *SchemaLoader::pSchemaGet({}, "IFC4");
+    const auto sExpected = [&](const def::SchemaPset& schema, std::string_view text) {
+        const def::schema::Entity* pType = thread.pEntityExpected(schema, text.data(), text.data() + text.size());
+        return pType ? pType->sName : std::string();
+    };
+    const auto vMeet = [&](const char* sKeyword) {
+        const def::schema::Entity* pType = thread.pEntityFromKeyword(ifc4, sKeyword);
+        ASSERT_NE(pType, nullptr);
+        thread.vEntityMet(*pType);
+    };
+    EXPECT_EQ(sExpected(ifc4, "IFCWALL("), "") << "nothing was met";
+    for (const char* sKeyword : {"IFCWALL", "IFCSLAB", "IFCWALL"}) vMeet(sKeyword);
+    for (const std::string_view text :
+         {"", "I", "IFCSLA", "IFCSLAB", "IFCSLABX(", "IFCWALL(", "IFCSLAC(", "ifcslab(", "(IFCSLAB("})
+        EXPECT_EQ(sExpected(ifc4, text), "") << text;
+    EXPECT_EQ(sExpected(*SchemaLoader::pSchemaGet({}, "IFC2X3"), "IFCSLAB("), "") << "another schema";
+    EXPECT_EQ(sExpected(ifc4, "IFCSLAB("), "IfcSlab") << "behind a wall";
+    EXPECT_EQ(sExpected(ifc4, "IFCSLAB("), "") << "behind a slab";
+    EXPECT_EQ(sExpected(ifc4, "IFCWALL(#1);"), "IfcWall");
+}
+
 // Where a statement names a number, its place is that of the table; that it was named is told when the thread ends.
 TEST_F(EntityTable, WhatAThreadNamesIsKeptBesideIt) {
     const auto pThread = std::make_unique<StepReadThread>(data.pool());
