@@ -157,7 +157,12 @@ private:
         if (last - m_info.m_line.data() < details::g_iLeastDirect) return first;
         while (first != last && !boAll()) {
             const DataSizeEntity::Cell& cell = *m_pPlace++;
-            const char* const pEnd = pDirectOne(cell, first, last);
+            const char* pEnd = nullptr;
+            try {
+                pEnd = pDirectOne(cell, first, last);
+            } catch (const std::exception&) {
+                // Without memory it is cut and read once more, where that is reported.
+            }
             if (!pEnd) {
                 --m_pPlace;
                 break;
