@@ -24,8 +24,8 @@ namespace oxa::ifc {
 
 namespace {
 
-constexpr std::size_t g_iRow = 512;               // instances that a thread takes at once
-constexpr std::size_t g_iRows = 16;               // of a round
+constexpr std::size_t g_iRow = 512;   // instances that a thread takes at once
+constexpr std::size_t g_iRows = 16;   // of a round
 constexpr std::size_t g_iRound = g_iRows * g_iRow;
 constexpr std::size_t g_iPerThread = 16384;       // instances that pay for a thread
 constexpr unsigned g_iMostThreads = 8;            // more wait for memory
