@@ -134,25 +134,14 @@ struct AttributeListValueBase::Reader {
 
     // A bad reference is reported and left out.
     void vItems(std::type_identity<Entity*>, const ItemEnds& ends) {
-        EntityList* pHead = nullptr;
-        EntityList::Node* pLast = nullptr;
+        details::ReferenceList references;
         vEach(ends, [&](const char* pBegin, const char* pEnd) {
-            Entity* const pEntity = details::pReferenced(info, pBegin, pEnd);
-            if (!pEntity) {
+            if (Entity* const pEntity = details::pReferenced(info, pBegin, pEnd))
+                references.vAppend(info, pEntity);
+            else
                 vReport(info, ReportKey::ExpectedValidEntityValueFor);
-            } else if (!pHead) {
-                pHead = static_cast<EntityList*>(details::pAllocate(info, sizeof(EntityList)));
-                pHead->value = pEntity;
-                pLast = pHead;
-            } else {
-                auto* pNode = static_cast<EntityList::Node*>(details::pAllocate(info, sizeof(EntityList::Node)));
-                pNode->value = pEntity;
-                pLast->next = pNode;
-                pLast = pNode;
-            }
         });
-        if (pLast != pHead) pHead->tail = pLast;
-        list.m_pItems = pHead;
+        list.m_pItems = references.pFinished();
     }
 
     template <class Cell>

@@ -12,6 +12,7 @@
 
 #include "Format/Ifc/IfcFileAttribute.h"
 #include "Format/Ifc/IfcFileDataSimple.h"
+#include "Format/Ifc/Memory/List.h"
 #include "Format/Ifc/Read/InstanceNumber.h"
 #include "Format/Ifc/Read/ReadContext.h"
 #include "Format/Ifc/Read/ReadThread.h"
@@ -43,6 +44,32 @@ inline void vPlace(Token& token, const char* pBegin, const char* pEnd) noexcept 
     StepReadThread* const pThread = token.m_pInfo->m_pThread;
     return pThread ? pThread->m_arena.pAllocate(iBytes) : token.m_pData->pool().pAllocate(iBytes);
 }
+
+// A list of references while it is made, in the memory of the model.
+class ReferenceList {
+public:
+    void vAppend(const Token& token, Entity* pEntity) {
+        if (!m_pHead) {
+            m_pHead = static_cast<EntityList*>(pAllocate(token, sizeof(EntityList)));
+            m_pHead->value = pEntity;
+            m_pLast = m_pHead;
+            return;
+        }
+        auto* const pNode = static_cast<EntityList::Node*>(pAllocate(token, sizeof(EntityList::Node)));
+        pNode->value = pEntity;
+        m_pLast->next = pNode;
+        m_pLast = pNode;
+    }
+    // Null where nothing was appended.
+    [[nodiscard]] EntityList* pFinished() noexcept {
+        if (m_pLast != m_pHead) m_pHead->tail = m_pLast;
+        return m_pHead;
+    }
+
+private:
+    EntityList* m_pHead = nullptr;
+    EntityList::Node* m_pLast = nullptr;
+};
 
 // The place of a number that the token names, whether its statement has been read, will be, or never comes. That the number
 // was named lets the completion report the last case.

@@ -28,30 +28,25 @@ inline constexpr std::size_t g_iMostDirect = 16;   // items of a list
 // Bytes of a statement up to the end of its parameters, for all that follows: so many are looked at at once.
 inline constexpr std::ptrdiff_t g_iLeastDirect = ByteBlock::g_iSize;
 
-// The first of ' ( ) * + , in [p, last), or null. The four that matter lie in one run with "*" and "+", which are rare.
-[[nodiscard]] inline const char* pFindMark(const char* p, const char* last) noexcept {
+// The first byte of [p, last) that "meant" marks in a block, or null.
+template <class Meant>
+[[nodiscard]] const char* pFindByte(const char* p, const char* last, Meant&& meant) noexcept {
     constexpr std::ptrdiff_t iBlock = ByteBlock::g_iSize;
-    const auto uFound = [](const char* pBytes) { return ByteBlock(pBytes).between('\'', ',').uHighBits(); };
     for (; last - p >= iBlock; p += iBlock)
-        if (const unsigned uMarks = uFound(p)) return p + std::countr_zero(uMarks);
-    const unsigned uMarks = uFound(last - iBlock) >> (iBlock - (last - p));
+        if (const unsigned uMarks = meant(ByteBlock(p)).uHighBits()) return p + std::countr_zero(uMarks);
+    const unsigned uMarks = meant(ByteBlock(last - iBlock)).uHighBits() >> (iBlock - (last - p));
     return uMarks ? p + std::countr_zero(uMarks) : nullptr;
 }
 
-// The first quote in [p, last), or null; as pFindMark.
-[[nodiscard]] inline const char* pFindQuote(const char* p, const char* last) noexcept {
-    constexpr std::ptrdiff_t iBlock = ByteBlock::g_iSize;
-    const auto uFound = [](const char* pBytes) { return ByteBlock(pBytes).among('\'').uHighBits(); };
-    for (; last - p >= iBlock; p += iBlock)
-        if (const unsigned uMarks = uFound(p)) return p + std::countr_zero(uMarks);
-    const unsigned uMarks = uFound(last - iBlock) >> (iBlock - (last - p));
-    return uMarks ? p + std::countr_zero(uMarks) : nullptr;
+// The first of ' ( ) * + , in [p, last), or null. The four that matter lie in one run with "*" and "+", which are rare.
+[[nodiscard]] inline const char* pFindMark(const char* p, const char* last) noexcept {
+    return pFindByte(p, last, [](const ByteBlock& bytes) { return bytes.between('\'', ','); });
 }
 
 // Where the token ends that begins at p and is no list, in parameters that end at last.
 [[nodiscard]] inline const char* pTokenEnd(const char* p, const char* last) noexcept {
     const auto pBehindText = [last](const char* pQuote) {
-        const char* const pEnd = pFindQuote(pQuote + 1, last);
+        const char* const pEnd = pFindByte(pQuote + 1, last, [](const ByteBlock& bytes) { return bytes.among('\''); });
         return pEnd ? pEnd + 1 : nullptr;
     };
     const auto pMark = [last](const char* pFrom) {
@@ -129,17 +124,9 @@ template <class Item>
         return *pItem == '#' ? pReferenceEnd(token, pItem, numbers[i]) : nullptr;
     });
     if (!pEnd) return nullptr;
-    auto* const pHead = static_cast<EntityList*>(pAllocate(token, sizeof(EntityList)));
-    pHead->value = pNamed(token, numbers[0]);
-    EntityList::Node* pLast = pHead;
-    for (std::size_t i = 1; i < iCount; ++i) {
-        auto* const pNode = static_cast<EntityList::Node*>(pAllocate(token, sizeof(EntityList::Node)));
-        pNode->value = pNamed(token, numbers[i]);
-        pLast->next = pNode;
-        pLast = pNode;
-    }
-    if (pLast != pHead) pHead->tail = pLast;
-    list().m_pItems = pHead;
+    ReferenceList references;
+    for (std::size_t i = 0; i < iCount; ++i) references.vAppend(token, pNamed(token, numbers[i]));
+    list().m_pItems = references.pFinished();
     return pEnd;
 }
 

@@ -157,12 +157,7 @@ private:
         if (last - m_info.m_line.data() < details::g_iLeastDirect) return first;
         while (first != last && !boAll()) {
             const DataSizeEntity::Cell& cell = *m_pPlace++;
-            const char* pEnd = nullptr;
-            try {
-                pEnd = pDirectOne(cell, first, last);
-            } catch (const std::exception&) {
-                // Without memory it is cut and read once more, where that is reported.
-            }
+            const char* const pEnd = pDirectOne(cell, first, last);
             if (!pEnd) {
                 --m_pPlace;
                 break;
@@ -175,21 +170,25 @@ private:
 
     // Where the token ends, which has been read then; or null.
     OXA_ALWAYS_INLINE const char* pDirectOne(const DataSizeEntity::Cell& cell, const char* first, const char* last) {
-        if (*first == '(')
-            return cell.eClass == CellClass::List
-                       ? details::pShortListRead(cell.eItems, pCell(cell), m_token, first, last)
-                       : nullptr;
-        if (*first == '#' && cell.eClass == CellClass::Entity) {
-            std::uint32_t iNumber = 0;
-            const char* const pEnd = details::pReferenceEnd(m_token, first, iNumber);
-            if (!pEnd || (pEnd != last && *pEnd != ',')) return nullptr;
-            (::new (pCell(cell)) AttributeEntity)->m_value = details::pNamed(m_token, iNumber);
-            return pEnd;
-        }
+        if (*first == '(') return cell.eClass == CellClass::List ? pInPassing(cell, first, last) : nullptr;
+        if (*first == '#' && cell.eClass == CellClass::Entity) return pInPassing(cell, first, last);
         const bool boNoValue = (*first == '$' || *first == '*') && first[1] == ',';
         const char* const pEnd = boNoValue ? first + 1 : details::pTokenEnd(first, last);
         if (pEnd) vTake(cell, first, pEnd, {0, nullptr});
         return pEnd;
+    }
+
+    // A list, or a reference.
+    OXA_ALWAYS_INLINE const char* pInPassing(const DataSizeEntity::Cell& cell, const char* first,
+                                             const char* last) try {
+        if (*first == '(') return details::pShortListRead(cell.eItems, pCell(cell), m_token, first, last);
+        std::uint32_t iNumber = 0;
+        const char* const pEnd = details::pReferenceEnd(m_token, first, iNumber);
+        if (!pEnd || (pEnd != last && *pEnd != ',')) return nullptr;
+        (::new (pCell(cell)) AttributeEntity)->m_value = details::pNamed(m_token, iNumber);
+        return pEnd;
+    } catch (const std::exception&) {
+        return nullptr;   // without memory it is cut and read once more, where that is reported
     }
 
     OXA_ALWAYS_INLINE void vTake(const DataSizeEntity::Cell& cell, const char* pBegin, const char* pEnd,

@@ -3,9 +3,9 @@
 //
 // For      a count of statements, which looks for a number that stands twice; the threads of a read, each of which keeps the
 //          numbers that statements name.
-// Shape    chunks of 4 KiB, made when one of their numbers comes: the numbers of a file mostly lie close together. A
-//          file whose numbers do not is refused once the chunks outgrow it.
-// Threads  one each; vMerge joins what two have.
+// Shape    chunks of 4 KiB, made when one of their numbers comes: the numbers of a file mostly lie close together. Where
+//          they do not, there is no place for more once there are too many chunks.
+// Threads  one each; boMerge joins what two have.
 #pragma once
 
 #include <array>
