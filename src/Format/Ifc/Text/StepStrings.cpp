@@ -300,48 +300,81 @@ private:
 // What is written for each code point that is not printable ASCII. A run of them shares one \X2\ or \X4\ block, which
 // stays open until a printable character, or a code point that needs the wider form; \X\ with two digits is used only
 // outside of a block, where it is shorter.
+//
+// Text grows by a pointer, where it has room: a byte of UTF-8 that is not printable becomes g_iMost bytes at the most, which
+// a control code in an \X4\ block takes, and the last block has to be closed.
 class HexWriter {
 public:
-    explicit HexWriter(std::string& out) : m_out(out) {}
+    static constexpr std::size_t g_iMost = 8;
+    static constexpr std::size_t g_iBehind = details::ByteBlock::g_iSize;   // more that can be written
+    static_assert(g_iBehind >= 4, "the end of a block");
+
+    explicit HexWriter(char* pOut) : m_pOut(pOut) {}
 
     void vWrite(char32_t codePoint) {
         if (codePoint > 0xFFFF)
             vOpen(8);
         else if (codePoint > 0xFF && m_iWidth == 0)
             vOpen(4);
-        if (m_iWidth == 0) m_out += "\\X\\";
-        vDigits(codePoint, m_iWidth == 0 ? 2 : m_iWidth);
+        if (m_iWidth == 0) vAppend("\\X\\");
+        for (int iShift = 4 * ((m_iWidth == 0 ? 2 : m_iWidth) - 1); iShift >= 0; iShift -= 4)
+            *m_pOut++ = "0123456789ABCDEF"[codePoint >> iShift & 0xF];
     }
-
+    // A printable character.
+    void vWritePlain(char c) {
+        vClose();
+        if (c == '\\' || c == '\'') *m_pOut++ = c;
+        *m_pOut++ = c;
+    }
+    // Copies the bytes in front of pEnd that are written as they stand; behind them. The first one is.
+    const char* pCopied(const char* p, const char* pEnd) {
+        vClose();
+        for (; pEnd - p >= static_cast<std::ptrdiff_t>(g_iBehind); p += g_iBehind, m_pOut += g_iBehind) {
+            const details::ByteBlock bytes(p);
+            std::memcpy(m_pOut, p, g_iBehind);
+            const unsigned uOther = details::uOtherThanPlain(bytes);
+            if (!uOther) continue;
+            m_pOut += std::countr_zero(uOther);
+            return p + std::countr_zero(uOther);
+        }
+        while (p != pEnd && details::boPlain(*p)) *m_pOut++ = *p++;
+        return p;
+    }
     void vClose() {
-        if (m_iWidth != 0) m_out += "\\X0\\";
+        if (m_iWidth != 0) vAppend("\\X0\\");
         m_iWidth = 0;
     }
+    // Behind the text.
+    [[nodiscard]] const char* pOut() const { return m_pOut; }
 
 private:
     void vOpen(int iWidth) {
         if (m_iWidth == iWidth) return;
         vClose();
-        m_out += iWidth == 4 ? "\\X2\\" : "\\X4\\";
+        vAppend(iWidth == 4 ? "\\X2\\" : "\\X4\\");
         m_iWidth = iWidth;
     }
-
-    void vDigits(char32_t codePoint, int iDigits) {
-        for (int iShift = 4 * (iDigits - 1); iShift >= 0; iShift -= 4)
-            m_out += "0123456789ABCDEF"[codePoint >> iShift & 0xF];
+    template <std::size_t N>
+    void vAppend(const char (&text)[N]) {
+        std::memcpy(m_pOut, text, N - 1);
+        m_pOut += N - 1;
     }
 
-    std::string& m_out;
+    char* m_pOut;
     int m_iWidth = 0;   // digits a code point in the open block; 0: none is open
 };
 
 constexpr bool boPrintable(char32_t codePoint) { return codePoint >= 32 && codePoint <= 126; }
 
-// True for a text that is written unchanged.
-bool boWrittenVerbatim(std::string_view text) {
-    for (const char c : text)
-        if (!details::boPlain(c)) return false;
-    return true;
+// How many bytes of a text are not written as they stand.
+std::size_t iOtherThanPlain(std::string_view text) {
+    constexpr std::size_t iBlock = details::ByteBlock::g_iSize;
+    std::size_t iOthers = 0;
+    std::size_t i = 0;
+    for (; text.size() - i >= iBlock; i += iBlock)
+        iOthers += static_cast<std::size_t>(std::popcount(details::uOtherThanPlain(details::ByteBlock(&text[i]))));
+    for (; i < text.size(); ++i) iOthers += !details::boPlain(text[i]);
+    return iOthers;
 }
 
 // The code point of two or more bytes that p begins with, in front of pEnd; p is behind it then. 0 for what is no UTF-8
@@ -364,22 +397,15 @@ char32_t codePointOfSeveral(const char*& p, const char* pEnd) {
     return codePoint;
 }
 
-// Appends what is written for a text; false, with a part of it there, where that is not UTF-8 for certain.
-bool boEncoded(std::string& out, std::string_view text) {
-    HexWriter hex(out);
+// What is written for a text, where that has room; false where that is not UTF-8 for certain.
+bool boEncoded(HexWriter& hex, std::string_view text) {
     const char* p = text.data();
     const char* const pEnd = p + text.size();
     while (p != pEnd) {
-        const char* const pRun = p;
-        while (p != pEnd && details::boPlain(*p)) ++p;
-        if (p != pRun) {
-            hex.vClose();
-            out.append(pRun, p);
-            continue;
-        }
-        if (*p == '\\' || *p == '\'') {
-            hex.vClose();
-            out.append(2, *p++);
+        if (details::boPlain(*p)) {
+            p = hex.pCopied(p, pEnd);
+        } else if (*p == '\\' || *p == '\'') {
+            hex.vWritePlain(*p++);
         } else if (static_cast<unsigned char>(*p) < 0x80) {
             hex.vWrite(static_cast<char32_t>(*p++));
         } else {
@@ -387,6 +413,18 @@ bool boEncoded(std::string& out, std::string_view text) {
             if (codePoint == 0) return false;
             hex.vWrite(codePoint);
         }
+    }
+    hex.vClose();
+    return true;
+}
+
+// The same of code points.
+bool boEncoded(HexWriter& hex, const std::u32string& codePoints) {
+    for (const char32_t codePoint : codePoints) {
+        if (boPrintable(codePoint))
+            hex.vWritePlain(static_cast<char>(codePoint));
+        else
+            hex.vWrite(codePoint);
     }
     hex.vClose();
     return true;
@@ -422,23 +460,18 @@ void vIfcStrToUtf8(std::string& out, const char* text, std::size_t length) {
 const std::string& sIfcStrFromUtf8(std::string& out, const char* text, std::size_t length) {
     out.clear();
     if (length == 0) return out;
-    if (boWrittenVerbatim({text, length})) return out.assign(text, length);
-    if (boEncoded(out, {text, length})) return out;
-    out.clear();
+    const std::size_t iOthers = iOtherThanPlain({text, length});
+    const auto boWrite = [&](auto&& write) {
+        out.resize(length + iOthers * (HexWriter::g_iMost - 1) + HexWriter::g_iBehind);
+        HexWriter hex(out.data());
+        const bool boWritten = write(hex);
+        out.resize(boWritten ? static_cast<std::size_t>(hex.pOut() - out.data()) : 0);
+        return boWritten;
+    };
+    if (boWrite([&](HexWriter& hex) { return boEncoded(hex, {text, length}); })) return out;
     std::u32string codePoints;
     str::details::vUtfConvertImpl(codePoints, text, length);
-    out.reserve(codePoints.size());
-    HexWriter hex(out);
-    for (const char32_t codePoint : codePoints) {
-        if (boPrintable(codePoint)) {
-            hex.vClose();
-            if (codePoint == '\\' || codePoint == '\'') out += static_cast<char>(codePoint);
-            out += static_cast<char>(codePoint);
-        } else {
-            hex.vWrite(codePoint);
-        }
-    }
-    hex.vClose();
+    boWrite([&](HexWriter& hex) { return boEncoded(hex, codePoints); });
     return out;
 }
 

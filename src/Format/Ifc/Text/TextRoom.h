@@ -24,7 +24,7 @@ public:
 
     // Behind the first bytes of the text, so many as are to stay.
     TextRoom(std::string& text, std::size_t iUsed) : m_text(text) {
-        if (text.size() < iUsed + g_iRoom) text.resize(std::max(2 * iUsed, g_iFirst));
+        if (text.size() < iUsed + g_iRoom) text.resize(std::max(iUsed + iUsed / 8 + g_iRoom, g_iFirst));
         m_pLast = m_text.data() + m_text.size() - g_iRoom;
     }
     TextRoom(const TextRoom&) = delete;

@@ -83,6 +83,12 @@ namespace oxa::ifc::details {
 }
 [[nodiscard]] constexpr bool boPlain(char c) noexcept { return c >= ' ' && c <= '~' && c != '\\' && c != '\''; }
 
+// A bit for each byte of a block that does not.
+[[nodiscard]] inline unsigned uOtherThanPlain(ByteBlock bytes) noexcept {
+    constexpr unsigned uAll = (1U << ByteBlock::g_iSize) - 1;
+    return uAll & (~bytes.between(' ', '~').uHighBits() | bytes.among('\\', '\'').uHighBits());
+}
+
 // Copies a text that stands in a STEP string as it is, to where it has room, while it is looked at; its end. Null for any
 // other text, of which some bytes may be there then. In pieces of one size, the last of which is the end of the text.
 [[nodiscard]] inline char* pPlainCopied(char* pTo, std::string_view text) noexcept {
@@ -90,10 +96,9 @@ namespace oxa::ifc::details {
     const char* pFrom = text.data();
     const std::size_t iSize = text.size();
     const auto boBlock = [&](std::size_t i) {
-        constexpr unsigned uAll = (1U << iBlock) - 1;
         const ByteBlock bytes(pFrom + i);
         std::memcpy(pTo + i, pFrom + i, iBlock);
-        return (bytes.between(' ', '~').uHighBits() & ~bytes.among('\\', '\'').uHighBits()) == uAll;
+        return uOtherThanPlain(bytes) == 0;
     };
     const auto uPiece = [&]<class Piece>(std::size_t i, Piece uBytes) -> std::uint64_t {
         std::memcpy(&uBytes, pFrom + i, sizeof uBytes);
