@@ -194,6 +194,9 @@ public:
     /// itself, which another processor has just written, is not looked at.
     void vEntityEnterTold(Entity* pEntity, const Guid* pRootGuid, StepReadInfoDataCommon& common, std::string_view line,
                           unsigned iLine);
+    /// Queues all entities, in the order of the list, for a walk that has met nothing yet. The list must not change until the
+    /// walk has ended.
+    void vQueueAll(WriteInfoCommon& info) const;
     /// Runs a walk whose queue holds its seeds to the end, then tells the line writer so. "progress" gets the running
     /// count on the caller's thread, under the walk's lock: it must not call back into it.
     void vWrite(StepWriteInfoCommon& info, std::function<void(unsigned)> progress) const;
@@ -213,6 +216,8 @@ protected:
     void vGuidUpdate() const;
 
 private:
+    friend class Entity;
+
     class Remover;   // the work of entitiesRemove
 
     bool boEntityAdd(unsigned iId, const def::schema::Entity& type, StepReadInfoData& info, std::size_t iOffset,
@@ -228,10 +233,16 @@ private:
     bool boReachNumbered(StepWriteInfoCommon& info) const;
     void vReachOthers(StepWriteInfoCommon& info) const;
     void vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options) const;
+    void vWriteLate(StepWriteInfoCommon& info) const;
     void vNumbersTwiceTell(StepWriteInfoCommon& info) const;
     bool boSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell);
     void vMemoryTrim(ReadInfoCommon& info) noexcept;
     [[nodiscard]] bool boInOrder() const;
+    [[nodiscard]] bool boAsRead() const;
+    // Its references are no longer those that a read has left.
+    void vChange() noexcept {
+        if (m_readTo) m_readTo.reset();
+    }
     void vProjectOffer(Entity* pEntity);
 
     // What all line workers look at for each statement.
@@ -247,6 +258,7 @@ private:
     mutable std::unique_ptr<EntityIdMap> m_pEntityIdMap;   // null until needed
     mutable std::vector<Entity*> m_pendingGuid;            // rooted, from entityAdd, not yet in m_guidEntityMap
     std::size_t m_iInverseEntries = 0;                     // made by reads
+    std::optional<Pool::Position> m_readTo;   // the end of a read all of whose references lead to entities of the list
 };
 
 }   // namespace oxa::ifc

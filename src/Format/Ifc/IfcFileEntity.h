@@ -255,10 +255,12 @@ private:
         AttributeBase* pCell = nullptr;   // null for an unknown name, and for an instance without attributes
     };
     [[nodiscard]] Found find(const def::schema::AttributeName& name) const;
-    // The same for a setter: throws for an attribute without a type.
-    [[nodiscard]] Found findToSet(const def::schema::AttributeName& name) const;
+    // The same for a setter: throws for an attribute without a type. The model of "data" is no longer as it was read.
+    [[nodiscard]] Found findToSet(const def::schema::AttributeName& name, Data& data) const;
     // The list head of one inverse attribute; null for an unknown name.
     [[nodiscard]] InverseEntry* pInverseEntry(const def::schema::AttributeName& name) const;
+    // The same for a setter.
+    [[nodiscard]] InverseEntry* pInverseEntryToSet(const def::schema::AttributeName& name, Data& data) const;
     [[nodiscard]] InverseEntry* pInverseEntries() const noexcept {
         return reinterpret_cast<InverseEntry*>(m_ppAttributesInverse);
     }

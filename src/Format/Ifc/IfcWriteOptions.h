@@ -34,7 +34,8 @@ struct WriteOptions {
     /// some hundred statements, and for the last.
     WriteProgress progress{};
     /// With an order the statements are the same ones, and so are numbers that entities had before. New ones are dealt
-    /// in an order that the model alone decides: from the lowest number on, as statements name entities.
+    /// in an order that the model alone decides: from the lowest number on, as statements name entities. An entity that no
+    /// list of the Data has, and that was put into a cell past its setters, may come behind all others.
     WriteOrder eOrder = WriteOrder::Any;
     /// For WriteOrder::File: the numbers of a file's statements as they stand there, which mean entities that kept theirs
     /// from the file, and no dealt ones. A number may stand several times, where the first counts, and need not be one of

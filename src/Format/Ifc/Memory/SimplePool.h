@@ -103,6 +103,20 @@ public:
         vGiveBack(m_pSegment, m_iSegmentLeft);
     }
 
+    /// Where the pool stands: no two are the same with an allocation between them. While nobody allocates.
+    struct Position {
+        const void* pBlock;         ///< the one in use
+        std::uint64_t iUsed;        ///< of that
+        std::size_t iReserved;      ///< as iBytesReserved
+        std::size_t iSegmentLeft;   ///< of the last segment
+        bool operator==(const Position&) const = default;
+    };
+    [[nodiscard]] Position position() {
+        const Block* pBlock = m_pCurrent.load(std::memory_order_acquire);
+        const std::lock_guard lock(m_segmentMutex);
+        return {pBlock, pBlock ? pBlock->m_iUsed.load(std::memory_order_relaxed) : 0, iBytesReserved(), m_iSegmentLeft};
+    }
+
     /// Bytes taken from the heap so far: blocks and large allocations.
     [[nodiscard]] std::size_t iBytesReserved() const noexcept { return m_iReserved.load(std::memory_order_relaxed); }
 

@@ -140,6 +140,10 @@ bool Data::boSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell) {
     const auto [first, last] = range(def::schema::ObjectName("IFCPROJECT"), false);
     if (info.m_boParallel && std::find(first, last, pProject()) != last)
         m_pProject.store(*first, std::memory_order_relaxed);
+    if (boComplete)
+        m_readTo = m_pPool->position();
+    else
+        m_readTo.reset();
     return boComplete;
 }
 

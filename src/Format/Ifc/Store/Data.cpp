@@ -28,7 +28,8 @@ Data::Data(Data&& other) noexcept
       m_guidEntityMap(std::move(other.m_guidEntityMap)),
       m_pEntityIdMap(std::move(other.m_pEntityIdMap)),
       m_pendingGuid(std::move(other.m_pendingGuid)),
-      m_iInverseEntries(std::exchange(other.m_iInverseEntries, 0)) {}
+      m_iInverseEntries(std::exchange(other.m_iInverseEntries, 0)),
+      m_readTo(std::exchange(other.m_readTo, std::nullopt)) {}
 
 Data& Data::operator=(Data&& other) noexcept {
     if (this == &other) return *this;
@@ -40,6 +41,7 @@ Data& Data::operator=(Data&& other) noexcept {
     m_pEntityIdMap = std::move(other.m_pEntityIdMap);
     m_pendingGuid = std::move(other.m_pendingGuid);
     m_iInverseEntries = std::exchange(other.m_iInverseEntries, 0);
+    m_readTo = std::exchange(other.m_readTo, std::nullopt);
     m_pPool = std::move(other.m_pPool);
     m_pProject.store(other.pProject(), std::memory_order_relaxed);
     return *this;
@@ -108,6 +110,10 @@ void Data::vSortEntities() const {
     vTypesSort(m_entities, 1);
     m_boSorted = true;
 }
+
+// Whether the model is as a read left it that came to its end, or has lost something since. Setters tell, and whatever else
+// it may get takes memory of the pool: entities, items of lists, values of selects, entries of inverse lists.
+bool Data::boAsRead() const { return m_readTo && m_pPool && *m_readTo == m_pPool->position(); }
 
 EntityIdMap& Data::entityIdMap(bool boRebuild) const {
     if (!m_pEntityIdMap || boRebuild) m_pEntityIdMap = std::make_unique<EntityIdMap>(m_entities.size());

@@ -62,18 +62,18 @@ public:
     static constexpr std::uint32_t g_iNotDealt = 0xFFFFFFFF;   ///< the number came with a file
     /// As get, with where the number comes from.
     [[nodiscard]] Number number(const Entity* pEntity, Near& nearby) {
-        const std::optional<Number> seeded = seededBeside(pEntity, nearby);
-        return seeded ? *seeded : numberFar(pEntity, nearby);
+        const std::size_t iId = iBeside(pEntity, nearby);
+        return iId == g_iNoneBeside ? numberFar(pEntity, nearby) : Number{iId, false, true};
     }
     /// As number, for as long as no other thread deals numbers: one that is there is found without the lock.
     [[nodiscard]] Number settled(const Entity* pEntity, Near& nearby) {
-        const std::optional<Number> seeded = seededBeside(pEntity, nearby);
-        return seeded ? *seeded : settledFar(pEntity, nearby);
+        const std::size_t iId = iBeside(pEntity, nearby);
+        return iId == g_iNoneBeside ? settledFar(pEntity, nearby) : Number{iId, false, true};
     }
     /// The same; empty for an entity that has no number. Deals none.
     [[nodiscard]] std::optional<Number> known(const Entity* pEntity, Near& nearby) const {
-        const std::optional<Number> seeded = seededBeside(pEntity, nearby);
-        return seeded ? seeded : knownFar(pEntity, nearby);
+        const std::size_t iId = iBeside(pEntity, nearby);
+        return iId == g_iNoneBeside ? knownFar(pEntity, nearby) : Number{iId, false, true};
     }
     /// The number of an entity that stands beside the last one and came with a file; g_iNoneBeside for any other, as for
     /// null: nothing but a short look, for whoever then asks one of those above.
@@ -94,6 +94,8 @@ public:
     void vSeed(const EntitySlot* pFirst, std::size_t iFirstId, const Defined& defined);
     /// Entries, seeded and dealt ones together.
     [[nodiscard]] std::size_t size() const;
+    /// Seeded entries.
+    [[nodiscard]] std::size_t iSeeded() const noexcept { return m_iSeeded; }
 
     /// From here on numbers are dealt above the highest that any entity has, in place of the rule at get. One thread.
     void vDealAbove();
@@ -130,11 +132,6 @@ private:
         }
     };
 
-    // Where the last one was.
-    [[nodiscard]] static std::optional<Number> seededBeside(const Entity* pEntity, const Near& nearby) noexcept {
-        const std::size_t iId = iBeside(pEntity, nearby);
-        return iId == g_iNoneBeside ? std::nullopt : std::optional(Number{iId, false, true});
-    }
     [[nodiscard]] const SeededChunk* pSeededChunk(const Entity* pEntity) const noexcept;
     [[nodiscard]] Number dealtNew(const Entity* pEntity);
     [[nodiscard]] Number settledFar(const Entity* pEntity, Near& nearby);

@@ -20,8 +20,13 @@ Entity::InverseEntry* Entity::pInverseEntry(const AttributeName& name) const {
     return iIndex < 0 ? nullptr : pInverseEntries() + iIndex;
 }
 
+Entity::InverseEntry* Entity::pInverseEntryToSet(const AttributeName& name, Data& data) const {
+    data.vChange();
+    return pInverseEntry(name);
+}
+
 void Entity::vEntityInverseAdd(Data& data, Entity* pEntity, const AttributeName& name) {
-    InverseEntry* pEntry = pInverseEntry(name);
+    InverseEntry* pEntry = pInverseEntryToSet(name, data);
     if (!pEntry) return;
     EntityList* pHead = *pEntry;
     vListAppend(pHead, pEntity, [&data](std::size_t iBytes) { return data.pool().pAllocate(iBytes); });
@@ -29,7 +34,7 @@ void Entity::vEntityInverseAdd(Data& data, Entity* pEntity, const AttributeName&
 }
 
 void Entity::vEntityInverseSet(Data& data, Entity* pEntity, const AttributeName& name) {
-    InverseEntry* pEntry = pInverseEntry(name);
+    InverseEntry* pEntry = pInverseEntryToSet(name, data);
     if (!pEntry) return;
     EntityList* pHead = *pEntry;
     if (!pHead) pHead = static_cast<EntityList*>(data.pool().pAllocate(sizeof(EntityList)));
@@ -39,7 +44,7 @@ void Entity::vEntityInverseSet(Data& data, Entity* pEntity, const AttributeName&
 }
 
 void Entity::vEntitiesInverseSet(Data& data, const std::vector<Entity*>& entities, const AttributeName& name) {
-    InverseEntry* pEntry = pInverseEntry(name);
+    InverseEntry* pEntry = pInverseEntryToSet(name, data);
     if (!pEntry) return;
     EntityList* pHead = *pEntry;
     vListAssign(pHead, entities.begin(), entities.end(),
@@ -47,8 +52,8 @@ void Entity::vEntitiesInverseSet(Data& data, const std::vector<Entity*>& entitie
     *pEntry = pHead;
 }
 
-bool Entity::boEntityInverseRemove(Data&, Entity* pEntity, const AttributeName& name) {
-    InverseEntry* pEntry = pInverseEntry(name);
+bool Entity::boEntityInverseRemove(Data& data, Entity* pEntity, const AttributeName& name) {
+    InverseEntry* pEntry = pInverseEntryToSet(name, data);
     if (!pEntry) return false;
     EntityList* pHead = *pEntry;
     const bool boRemoved = boListRemove(pHead, pEntity);

@@ -135,7 +135,8 @@ bool boStore(CellClass, AttributeBase&, const Attribute&, Data&, const math::Coo
 
 // A getter finds no value in an attribute whose type the schema lacks; a setter has to refuse it, by the exception that
 // says so.
-Entity::Found Entity::findToSet(const AttributeName& name) const {
+Entity::Found Entity::findToSet(const AttributeName& name, Data& data) const {
+    data.vChange();
     const Found found = find(name);
     if (found.pCell && found.pPlace->eClass == CellClass::Unresolved) (void)typeOf(*found.pPlace->pAttribute);
     return found;
@@ -196,7 +197,7 @@ bool Entity::boFixedArrayValueGet(const AttributeName& name, IfcArray<T, N>& val
 // overload of its class, which refuses lists.
 template <class T>
 bool Entity::boValueSet2(const AttributeName& name, const T& value, Data& data) {
-    const auto [pPlace, pCell] = findToSet(name);
+    const auto [pPlace, pCell] = findToSet(name, data);
     if (!pCell) return false;
     const Attribute& attribute = *pPlace->pAttribute;
     const bool boStored = pPlace->eClass == CellClass::List && !std::is_same_v<T, IfcSelectBase>
@@ -212,7 +213,7 @@ bool Entity::boListValueSet(const AttributeName& name, const std::vector<T>& val
     if constexpr (std::is_same_v<T, unsigned char>) {
         return boValueSet2(name, values, data);
     } else {
-        const auto [pPlace, pCell] = findToSet(name);
+        const auto [pPlace, pCell] = findToSet(name, data);
         if (!pCell || pPlace->eClass != CellClass::List) return false;
         if (!as<AttributeList>(*pCell).boValueSet(values, pPlace->pAttribute->pType(), data.pool())) return false;
         pCell->vDefined();
@@ -222,7 +223,7 @@ bool Entity::boListValueSet(const AttributeName& name, const std::vector<T>& val
 
 template <class T>
 bool Entity::boListValuePushBack(const AttributeName& name, const T& value, Data& data) {
-    const auto [pPlace, pCell] = findToSet(name);
+    const auto [pPlace, pCell] = findToSet(name, data);
     if (!pCell || pPlace->eClass != CellClass::List) return false;
     if (!as<AttributeList>(*pCell).boPushBackValue(value, *pPlace->pAttribute, data)) return false;
     pCell->vDefined();
@@ -233,8 +234,8 @@ bool Entity::boValuePushBack(const AttributeName& name, const Entity* pEntity, D
     return boListValuePushBack<const Entity*>(name, pEntity, data);
 }
 
-bool Entity::boValueRemove(const AttributeName& name, const Entity* pEntity, Data&) {
-    const auto [pPlace, pCell] = findToSet(name);
+bool Entity::boValueRemove(const AttributeName& name, const Entity* pEntity, Data& data) {
+    const auto [pPlace, pCell] = findToSet(name, data);
     if (!pCell || pPlace->eClass != CellClass::List) return false;
     auto& list = as<AttributeList>(*pCell);
     if (list.m_eItemType.load() != AttributeType::Entity) return false;

@@ -41,18 +41,21 @@ public:
 
     /// True the first time for that number.
     bool boMark(std::uint32_t iNumber, Near& nearby) {
-        const std::uint32_t iBit = iNumber % g_iPageBits;
-        const std::uint32_t iPage = iNumber / g_iPageBits;
-        if (!nearby.m_pPage || nearby.m_iPage != iPage) {
-            nearby.m_pPage = &m_root.at(iPage / g_iPages).at(iPage % g_iPages);
-            nearby.m_iPage = iPage;
-        }
-        std::atomic<std::uint64_t>& word = nearby.m_pPage->words[iBit / 64];
-        const std::uint64_t uMask = std::uint64_t{1} << iBit % 64;
+        std::atomic<std::uint64_t>& word = this->word(iNumber, nearby);
+        const std::uint64_t uMask = std::uint64_t{1} << iNumber % 64;
         // Most numbers have been met before: a load leaves the cache line shared, where fetch_or would need it
         // exclusive.
         if (word.load(std::memory_order_relaxed) & uMask) return false;
         return !(word.fetch_or(uMask, std::memory_order_relaxed) & uMask);
+    }
+
+    /// The same while no other thread marks: without the wait for the cache that an exclusive step would be.
+    bool boMarkAlone(std::uint32_t iNumber, Near& nearby) {
+        std::atomic<std::uint64_t>& word = this->word(iNumber, nearby);
+        const std::uint64_t uMask = std::uint64_t{1} << iNumber % 64;
+        const std::uint64_t uWord = word.load(std::memory_order_relaxed);
+        word.store(uWord | uMask, std::memory_order_relaxed);
+        return !(uWord & uMask);
     }
 
     /// Whether the number is near the last one and was marked: a short look, and false where it would take a longer one.
@@ -95,6 +98,16 @@ private:
     struct Page {
         std::array<std::atomic<std::uint64_t>, g_iPageBits / 64> words{};
     };
+
+    // Where the number has its bit, made on first use.
+    std::atomic<std::uint64_t>& word(std::uint32_t iNumber, Near& nearby) {
+        const std::uint32_t iPage = iNumber / g_iPageBits;
+        if (!nearby.m_pPage || nearby.m_iPage != iPage) {
+            nearby.m_pPage = &m_root.at(iPage / g_iPages).at(iPage % g_iPages);
+            nearby.m_iPage = iPage;
+        }
+        return nearby.m_pPage->words[iNumber % g_iPageBits / 64];
+    }
 
     // Each page with its first number, ascending.
     template <class Visit>

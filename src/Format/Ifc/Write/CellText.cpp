@@ -285,7 +285,8 @@ private:
 
 char* CellText::pCells(char* p, std::span<const DataSizeEntity::Cell> cells, const void* pBlock, const Place& place) {
     if (cells.empty()) return p;
-    Place placeOfCell = place;
+    // Field by field: a copy of what was just written in parts would wait for all of them.
+    Place placeOfCell{nullptr, place.pType, place.boInList};
     for (const DataSizeEntity::Cell& each : cells) {
         p = m_room.pRoom(p);
         if (each.eClass < CellClass::Unresolved) {

@@ -44,8 +44,8 @@ bool Entity::boCompose(StepWriteInfo& info) const {
     if (m_pAttributes) p = text.pCells(p, getDataSize(*m_pSchemaEntity).cells, m_pAttributes, {nullptr});
     // The walk goes both ways. Forward references are numbered while their text is written. A relationship is named by
     // no other statement and is reached only from its members, so what refers to this instance is queued as well. In an
-    // ordered write all are met by then, and the numbers are asked for without queueing (Pass::Numbers).
-    if (m_ppAttributesInverse && info.m_ePass != StepWriteInfo::Pass::Numbers)
+    // ordered write all are met by then, as in one of all entities as they were read.
+    if (m_ppAttributesInverse && info.m_boInverses)
         for (std::size_t i = 0, n = iInverseLists(*m_pSchemaEntity); i < n; ++i)
             if (const EntityList* pReferrers = pInverseEntries()[i])
                 for (const Entity* pReferrer : *pReferrers) info.iEntityIdNamed(pReferrer);

@@ -10,8 +10,10 @@
 #include <array>
 #include <cstddef>
 #include <deque>
+#include <utility>
 
 #include "Format/Ifc/IfcFileEntity.h"
+#include "Format/Ifc/Write/WriteContext.h"
 #include "platform/Compiler.h"
 
 namespace oxa::ifc {
@@ -29,10 +31,22 @@ inline void vFetchAhead(const Entities& entities, std::size_t iPlace) {
     entities[iPlace + g_iFetchOutside]->vFetchOutside(eWanted);
 }
 
-// Takes all from a queue, in its order, and calls visit(const Entity*) for each, null included; that may put more at its
-// end. The next ones wait in a ring, of which the queue knows nothing any more.
+// Takes what waits in the list of a walk of one thread, in its order, and calls visit(const Entity*) for each.
 template <Entity::Wanted eWanted, class Visit>
-void vForEachQueued(std::deque<const Entity*>& queue, Visit&& visit) {
+void vForEachListed(WriteInfoCommon& info, Visit&& visit) {
+    const auto listed = std::exchange(info.m_listed, {});
+    for (std::size_t i = 0; i < listed.size(); ++i) {
+        vFetchAhead<eWanted>(listed, i);
+        visit(static_cast<const Entity*>(listed[i]));
+    }
+}
+
+// The same with all that waits, and that the visits may queue, null included. The next ones of the queue wait in a ring, of
+// which the walk knows nothing any more.
+template <Entity::Wanted eWanted, class Visit>
+void vForEachQueued(WriteInfoCommon& info, Visit&& visit) {
+    vForEachListed<eWanted>(info, visit);
+    std::deque<const Entity*>& queue = info.m_queue;
     std::array<const Entity*, 32> ring;
     static_assert(g_iFetchSlot <= ring.size());
     std::size_t iNext = 0;     // the one in hand, counted from the first

@@ -12,13 +12,19 @@ namespace oxa::ifc {
 
 namespace {
 
-// The walk on one thread.
+// The walk on one thread. Who refers to an instance is met already where all are.
 void vWriteQueued(StepWriteInfoCommon& info, StepWriteInfo& statement, const WriteProgress& progress) {
-    vForEachQueued<Entity::Wanted::Statement>(info.m_queue, [&](const Entity* pEntity) {
+    const auto vWrite = [&](const Entity* pEntity) {
         ++info.m_iDequeued;
         if (progress) progress(info.m_iDequeued);
         if (pEntity) pEntity->vWrite(statement);
-    });
+    };
+    if (info.boAllMet()) {
+        statement.m_boInverses = false;
+        vForEachListed<Entity::Wanted::Text>(info, vWrite);
+        statement.m_boInverses = true;
+    }
+    vForEachQueued<Entity::Wanted::Statement>(info, vWrite);
 }
 
 // On one thread a fault, of the progress function for instance, takes nothing from the stream that was composed before.
@@ -80,6 +86,8 @@ void Data::operator()(StepWriteInfoCommon& info, std::function<void(unsigned)> p
     }
     statement.vBlockAdd();
 }
+
+void Data::vQueueAll(WriteInfoCommon& info) const { info.vQueueAll(entities(), boAsRead()); }
 
 bool Data::boWrite(std::ostream& out, io::WriteError& errors, bool boSingleThreaded) const {
     return io::WriteFile::boWrite(*this, out, errors, boSingleThreaded);

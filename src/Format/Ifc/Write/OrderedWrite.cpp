@@ -43,7 +43,7 @@ public:
         for (;;) {
             const std::size_t iShare = m_iNext.fetch_add(1, std::memory_order_relaxed);
             const std::size_t iBegin = iShare * g_iShare;
-            if (iBegin >= m_entities.size()) return;
+            if (iBegin >= m_entities.size()) return vFoundQueue(statement);
             const std::size_t iEnd = std::min(iBegin + g_iShare, m_entities.size());
             if (!boBlocks && !boTurnWait(iShare)) return;   // the writer wants each statement by itself
             for (std::size_t i = iBegin; i < iEnd; ++i) {
@@ -73,6 +73,13 @@ public:
     }
 
 private:
+    // What this thread has found after all.
+    void vFoundQueue(const StepWriteInfo& statement) {
+        if (statement.m_found.empty()) return;
+        const std::lock_guard lock(m_info.m_mutex);
+        m_info.m_queue.insert(m_info.m_queue.end(), statement.m_found.begin(), statement.m_found.end());
+    }
+
     static constexpr std::size_t g_iShare = 256;   // some ten thousand bytes of text
     // Texts that may wait for one that is late, or for the stream, as long as they are not that large: on a busy machine
     // a thread may rest for long, and one share of long statements may be as large as many others.
@@ -167,7 +174,7 @@ private:
 // Meets what the queue leads to over numbered entities. True when all that these name has a number. One thread.
 bool Data::boReachNumbered(StepWriteInfoCommon& info) const {
     bool boAllNumbered = true;
-    vForEachQueued<Entity::Wanted::Named>(info.m_queue, [&](const Entity* pEntity) {
+    vForEachQueued<Entity::Wanted::Named>(info, [&](const Entity* pEntity) {
         if (!pEntity) return;
         pEntity->vForEachNamedEntity([&](const Entity& named) { boAllNumbered &= info.boNumberedQueue(named); });
     });
@@ -185,12 +192,13 @@ void Data::vReachOthers(StepWriteInfoCommon& info) const {
 }
 
 void Data::vMeet(WriteInfoCommon& info) const {
-    vForEachQueued<Entity::Wanted::Named>(info.m_queue, [&info](const Entity* pEntity) {
+    vForEachQueued<Entity::Wanted::Named>(info, [&info](const Entity* pEntity) {
         pEntity->vForEachNamedEntity([&info](const Entity& named) { info.iEntityIdQueue(&named); });
     });
 }
 
-// One thread has nobody to wait for, and walks in the order of the queue.
+// One thread has nobody to wait for, and walks in the order of the queue. Where all are met, as in a write of a whole model
+// as it was read, there is no walk.
 void Data::vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options) const {
     Entities entities;
     const auto list = [&](bool boAllNumbered) {
@@ -199,13 +207,18 @@ void Data::vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options)
     };
     OrderedStatements statements(info, entities, options.progress);
     const unsigned iThreads = info.m_boSingleThreaded ? 1 : 1 + iExtraOrderedThreads(m_entities.size());
+    const bool boWalk = !info.boAllMet() || !info.m_queue.empty();
+    if (boWalk)
+        info.vListedQueue();
+    else
+        info.m_listed = {};
     if (iThreads == 1) {
-        list(boReachNumbered(info));
+        list(!boWalk || boReachNumbered(info));
         statements.vCompose(true);
     } else {
         ReachWalk reach(info);
         const auto work = [&](util::Team& team, unsigned iPart) {
-            reach.vWalk(team.iParts());
+            if (boWalk) reach.vWalk(team.iParts());
             if (!team.boMeet(iPart)) return;
             if (iPart == 0) list(reach.boAllNumbered());
             if (team.boMeet(iPart)) statements.vCompose(iPart == 0);
@@ -220,8 +233,24 @@ void Data::vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options)
             }
         });
     }
+    if (!info.boQueueEmpty()) vWriteLate(info);
     statements.vTell(entities.size());   // others may have had the last share
     info.m_pWriter->vFinish();
+}
+
+// What a caller has put into a cell past the setters, an entity of another model for instance, is found when it is named. It
+// comes behind all others.
+void Data::vWriteLate(StepWriteInfoCommon& info) const {
+    std::vector<std::pair<std::size_t, const Entity*>> numbered;
+    vForEachQueued<Entity::Wanted::Named>(info, [&](const Entity* pEntity) {
+        numbered.emplace_back(info.iEntityIdQueue(pEntity), pEntity);
+        pEntity->vForEachNamedEntity([&info](const Entity& named) { info.iEntityIdQueue(&named); });
+    });
+    std::ranges::sort(numbered);
+    Entities entities;
+    for (const auto& [iId, pEntity] : numbered) entities.push_back(pEntity);
+    const WriteProgress none;
+    OrderedStatements(info, entities, none).vCompose(true);
 }
 
 // Only a dealt number can be another one's too, and only one that came with a file can be that.

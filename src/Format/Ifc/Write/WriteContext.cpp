@@ -28,6 +28,29 @@ bool WriteInfoCommon::boNumberedQueueFar(const Entity& entity) {
     return known.has_value();
 }
 
+// The first entities of the list wait where they are, up to one that stands there twice. No other thread walks yet.
+void WriteInfoCommon::vQueueAll(const std::vector<Entity*>& entities, bool boAsRead) {
+    std::size_t iListed = 0;
+    std::size_t iSeeded = 0;
+    const auto boMarkFirst = [&](const Entity* pEntity) {
+        const EntityIdMap::Number number = m_pEntityIdMap->settled(pEntity, m_near.number(pEntity));
+        if (!number.boSeeded) return boMark(pEntity, number, m_near);
+        const bool boFirst = m_seenSeeded.boMarkAlone(static_cast<std::uint32_t>(number.iId), m_near.seen(pEntity));
+        iSeeded += boFirst;
+        return boFirst;
+    };
+    while (iListed < entities.size() && entities[iListed] && boMarkFirst(entities[iListed])) ++iListed;
+    m_listed = std::span(entities).first(iListed);
+    for (const Entity* pEntity : std::span(entities).subspan(iListed)) iEntityIdQueue(pEntity);
+    m_boSeededMet = iSeeded == m_pEntityIdMap->iSeeded();
+    m_boAllMet = boAsRead && m_boSeededMet && iSeeded == entities.size();
+}
+
+void WriteInfoCommon::vListedQueue() {
+    m_queue.insert(m_queue.begin(), m_listed.begin(), m_listed.end());
+    m_listed = {};
+}
+
 std::size_t WriteInfoCommon::iEntityIdMark(const Entity& entity) {
     const EntityIdMap::Number number = m_pEntityIdMap->settled(&entity, m_near.number(&entity));
     boMark(&entity, number, m_near);
@@ -164,6 +187,7 @@ bool StepWriteInfoCommon::boTake(std::vector<const Entity*>& found, std::vector<
     constexpr std::size_t g_iSharesOfQueue = 8;
     share.clear();
     std::unique_lock lock(m_mutex);
+    if (!m_listed.empty()) vListedQueue();
     if (!found.empty()) {
         m_queue.insert(m_queue.end(), found.begin(), found.end());
         found.clear();
@@ -197,7 +221,7 @@ void StepWriteInfoCommon::vStop() {
 }
 
 std::size_t StepWriteInfo::iEntityIdFar(const Entity* pEntity) {
-    if (m_ePass == Pass::Numbers)
+    if (m_ePass == Pass::Numbers && !m_pCommon->boAllMet())
         return pEntity ? m_pCommon->m_pEntityIdMap->settled(pEntity, m_near.number(pEntity)).iId : 0;
     if (m_pCommon->m_boSingleThreaded) return m_pCommon->iEntityIdQueue(pEntity, m_near);
     if (m_ePass == Pass::AtOnce) return m_pCommon->iEntityIdGet(pEntity);

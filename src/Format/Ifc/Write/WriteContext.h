@@ -81,6 +81,19 @@ public:
                    ? iId
                    : EntityIdMap::g_iNoneBeside;
     }
+    /// As iEntityIdQueue() for each of a list, in its order, for a walk that has met nothing yet. The list must stay as it is
+    /// until the walk has ended, which takes its entities from there. boAsRead: what they lead to are entities of a read.
+    void vQueueAll(const std::vector<Entity*>& entities, bool boAsRead);
+    /// Puts what still waits in that list into m_queue, in front of all others.
+    void vListedQueue();
+    /// Whether nothing waits to be composed.
+    [[nodiscard]] bool boQueueEmpty() const noexcept { return m_listed.empty() && m_queue.empty(); }
+    ///@{
+    /// What the walk had met before it began: all that have numbers which came with a file, so that what stands beside the
+    /// last ones is met; and all that anything of them leads to.
+    [[nodiscard]] bool boSeededMet() const noexcept { return m_boSeededMet; }
+    [[nodiscard]] bool boAllMet() const noexcept { return m_boAllMet; }
+    ///@}
     /// As iEntityIdQueue() for an entity that has a number; false, and nothing done, for one that has none.
     bool boNumberedQueue(const Entity& entity) {
         return iEntityIdMet(&entity, m_near) != EntityIdMap::g_iNoneBeside || boNumberedQueueFar(entity);
@@ -104,6 +117,7 @@ public:
     [[nodiscard]] std::vector<const Entity*> metUnseeded() const;
 
     EntityIdMap* m_pEntityIdMap;         ///< the numbers of the Data; shared with later runs
+    std::span<Entity* const> m_listed;   ///< waiting to be composed, in front of m_queue; see vQueueAll
     std::deque<const Entity*> m_queue;   ///< waiting to be composed
     std::uint32_t m_iDequeued = 0;       ///< taken from the queue so far
 
@@ -139,9 +153,11 @@ protected:
         return iId;
     }
 
-    WalkNear m_near;            ///< of the one thread, or under the lock
-    SeenNumbers m_seenSeeded;   ///< entities whose number came with a file
-    SeenNumbers m_seenDealt;    ///< those whose number was dealt, by the place of that
+    WalkNear m_near;              ///< of the one thread, or under the lock
+    SeenNumbers m_seenSeeded;     ///< entities whose number came with a file
+    SeenNumbers m_seenDealt;      ///< those whose number was dealt, by the place of that
+    bool m_boSeededMet = false;   ///< m_seenSeeded has all there are
+    bool m_boAllMet = false;      ///< and there are no others
     std::unordered_set<const Entity*>
         m_seenFar;   ///< those whose number came with a document and has more than 32 bits
 };
@@ -197,19 +213,21 @@ struct StepWriteInfo {
     enum class Pass : std::uint8_t {
         AtOnce,      ///< the ones go to the queue, the other to the writer, at once: nothing is lost with this object
         InBatches,   ///< both wait here for a while; for a thread of a walk, which hands them on in the end
-        Numbers,     ///< the walk is over: entities are asked for their numbers only
+        Numbers,     ///< all are met: entities are asked for their numbers only, and what is new after all waits here
     };
 
     /// For one thread of that walk, which must outlive it.
     explicit StepWriteInfo(StepWriteInfoCommon& common, Pass ePass = Pass::AtOnce) noexcept
         : m_pCommon(&common),
-          m_ePass(ePass) {}
+          m_boInverses(ePass != Pass::Numbers),
+          m_ePass(ePass),
+          m_boBesideMet(ePass == Pass::Numbers || common.boSeededMet()) {}
 
     /// The number of an entity that the statement names; 0 for null. One that this run meets for the first time is
-    /// queued or collected, unless the walk is over: that is for the pass to say.
+    /// queued or collected.
     std::size_t iEntityIdNamed(const Entity* pEntity) {
-        const std::size_t iId = m_ePass == Pass::Numbers ? EntityIdMap::iBeside(pEntity, m_near.number(pEntity))
-                                                         : WriteInfoCommon::iEntityIdMet(pEntity, m_near);
+        const std::size_t iId = m_boBesideMet ? EntityIdMap::iBeside(pEntity, m_near.number(pEntity))
+                                              : WriteInfoCommon::iEntityIdMet(pEntity, m_near);
         return iId == EntityIdMap::g_iNoneBeside ? iEntityIdFar(pEntity) : iId;
     }
     /// Whether statements are composed behind each other in m_block, for a writer that takes blocks; else each of them in
@@ -231,7 +249,9 @@ struct StepWriteInfo {
     std::string m_encoded;                ///< scratch for encoded text
     StepWriteInfoCommon* m_pCommon;       ///< what the threads share
     std::uint32_t m_iId = 0;              ///< of the statement
+    bool m_boInverses;                    ///< who refers to the instance is to be met, too
     Pass m_ePass;                         ///< fixed from the start
+    bool m_boBesideMet;                   ///< what came with a file has been met; fixed from the start
 
 private:
     std::size_t iEntityIdFar(const Entity* pEntity);

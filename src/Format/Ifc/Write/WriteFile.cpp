@@ -99,7 +99,7 @@ bool boStatementsWrite(const Data& data, const WriteFile::Seed& seed, std::ostre
     StepWriteInfoCommon info(data.entityIdMap(false), errors, writer, options.boSingleThreaded);
     info.m_iBlockSize = BlockLineWriter::g_iBlock;
     seed(info);
-    if (info.m_queue.empty()) {
+    if (info.boQueueEmpty()) {
         if (!options.boSingleThreaded && options.eOrder == WriteOrder::Any) std::terminate();
         return false;
     }
@@ -112,10 +112,7 @@ WriteFile::Seed seedOf(const Entity* pEntity) {
 }
 
 WriteFile::Seed seedOfAll(const Data& data) {
-    return [&data](StepWriteInfoCommon& info) {
-        // No other thread walks yet.
-        for (const Entity* pEntity : data.entities()) info.iEntityIdQueue(pEntity);
-    };
+    return [&data](StepWriteInfoCommon& info) { data.vQueueAll(info); };
 }
 
 // The frame of an exchange structure; lines() writes those of the DATA section.

@@ -38,6 +38,38 @@ TEST(SimplePool, SizesChooseTheirPlace) {
     }
 }
 
+// From where each kind of memory comes.
+TEST(SimplePool, StandsElsewhereAfterEachAllocation) {
+    Pool pool;
+    Pool::Position last = pool.position();
+    const struct {
+        const char* sKind;
+        void (*vAllocate)(Pool&);
+    } rows[] = {
+        {"the first block", [](Pool& from) { static_cast<void>(from.pAllocate(1)); }},
+        {"of that", [](Pool& from) { static_cast<void>(from.pAllocate(1)); }},
+        {"the next block", [](Pool& from) { static_cast<void>(from.pAllocate(16383)); }},
+        {"aligned", [](Pool& from) { static_cast<void>(from.pAllocateAligned(8)); }},
+        {"a large one", [](Pool& from) { static_cast<void>(from.pAllocate(16385)); }},
+        {"a piece", [](Pool& from) { static_cast<void>(from.pAllocatePiece(16384)); }},
+        {"a segment",
+         [](Pool& from) {
+             from.vExpect(std::size_t{1} << 20);
+             static_cast<void>(from.pAllocatePiece(16384));
+         }},
+        {"of that segment", [](Pool& from) { static_cast<void>(from.pAllocatePiece(1)); }},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sKind);
+        EXPECT_TRUE(pool.position() == last) << "nothing was allocated";
+        row.vAllocate(pool);
+        EXPECT_FALSE(pool.position() == last);
+        last = pool.position();
+    }
+    pool.vTrim();
+    EXPECT_TRUE(pool.position() == last);
+}
+
 TEST(SimplePool, AlignsOnDemand) {
     struct Row {
         std::size_t iBytes;

@@ -12,29 +12,32 @@
 namespace oxa::ifc {
 namespace {
 
-// On both sides of where a word, a page and a folder of the tree end.
+// On both sides of where a word, a page and a folder of the tree end. One thread may mark in a shorter way.
 TEST(SeenNumbers, AnswerOnceForEachNumber) {
     constexpr std::uint32_t g_numbers[] = {0,          1,          62,          63,         64,         32'767,
                                            32'768,     16'777'215, 16'777'216,  16'777'217, 2147483647, 2147483648,
                                            4294934527, 4294934528, 4294967294U, 4294967295U};
-    SeenNumbers seen;
-    SeenNumbers::Near near;
-    EXPECT_EQ(seen.iCount(), 0U);
-    for (const std::uint32_t iNumber : g_numbers) {
-        EXPECT_FALSE(seen.boMarked(iNumber)) << iNumber;
-        EXPECT_TRUE(seen.boMark(iNumber, near)) << iNumber;
-        EXPECT_TRUE(seen.boMarked(iNumber)) << iNumber;
-    }
-    EXPECT_FALSE(seen.boMarked(2));
-    EXPECT_FALSE(seen.boMarked(65));
-    std::vector<std::uint32_t> visited;
-    seen.vForEach([&visited](std::uint32_t iNumber) { visited.push_back(iNumber); });
-    EXPECT_EQ(visited, std::vector<std::uint32_t>(std::begin(g_numbers), std::end(g_numbers)));
-    EXPECT_EQ(seen.iCount(), std::size(g_numbers));
-    for (const std::uint32_t iNumber : g_numbers) EXPECT_FALSE(seen.boMark(iNumber, near)) << iNumber;
-    for (const std::uint32_t iNumber : g_numbers) {
-        SeenNumbers::Near fresh;
-        EXPECT_FALSE(seen.boMark(iNumber, fresh)) << iNumber;
+    for (const auto boMark : {&SeenNumbers::boMark, &SeenNumbers::boMarkAlone}) {
+        SCOPED_TRACE(boMark == &SeenNumbers::boMark ? "beside others" : "alone");
+        SeenNumbers seen;
+        SeenNumbers::Near near;
+        EXPECT_EQ(seen.iCount(), 0U);
+        for (const std::uint32_t iNumber : g_numbers) {
+            EXPECT_FALSE(seen.boMarked(iNumber)) << iNumber;
+            EXPECT_TRUE((seen.*boMark)(iNumber, near)) << iNumber;
+            EXPECT_TRUE(seen.boMarked(iNumber)) << iNumber;
+        }
+        EXPECT_FALSE(seen.boMarked(2));
+        EXPECT_FALSE(seen.boMarked(65));
+        std::vector<std::uint32_t> visited;
+        seen.vForEach([&visited](std::uint32_t iNumber) { visited.push_back(iNumber); });
+        EXPECT_EQ(visited, std::vector<std::uint32_t>(std::begin(g_numbers), std::end(g_numbers)));
+        EXPECT_EQ(seen.iCount(), std::size(g_numbers));
+        for (const std::uint32_t iNumber : g_numbers) EXPECT_FALSE((seen.*boMark)(iNumber, near)) << iNumber;
+        for (const std::uint32_t iNumber : g_numbers) {
+            SeenNumbers::Near fresh;
+            EXPECT_FALSE((seen.*boMark)(iNumber, fresh)) << iNumber;
+        }
     }
 }
 

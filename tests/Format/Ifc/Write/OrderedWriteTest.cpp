@@ -475,6 +475,87 @@ TEST(WriteData, WritesADeletedEntityWhereSomethingRefersToIt) {
     EXPECT_EQ(dataOf(data).text, "#3=IFCPROPERTY('a',#2,(),$);\n#2=IFCPOINT((2.));\n");
 }
 
+// An entity of another model, and what that names, are written with the one that names it, however it came there: a setter
+// tells of it beforehand, a cell does not.
+TEST(WriteData, WritesWhatAnotherModelHas) {
+    const ReadFileModel other = modelOf("#7=IFCPROPERTY('b',$,(),#8);#8=IFCPROPERTY('c',$,(),$);");
+    const Entity* pForeign = other.file.data().pEntityFromId(7);
+    const std::string a = "#1=IFCPROPERTY('a',$,(),#3);";
+    const std::string b = "#3=IFCPROPERTY('b',$,(),#4);";
+    const std::string c = "#4=IFCPROPERTY('c',$,(),$);";
+    const std::string z = "#70000=IFCPROPERTY('z',$,(),$);";
+    const struct {
+        const char* sWay;
+        void (*vName)(Entity&, const Entity*, Data&);
+        Lines byNumber;
+    } rows[] = {
+        {"by its setter",
+         [](Entity& entity, const Entity* pNamed, Data& data) {
+             EXPECT_TRUE(entity.boValueSet(AttributeName("Next"), pNamed, data));
+         },
+         {a, b, c, z}},
+        {"in its cell",
+         [](Entity& entity, const Entity* pNamed, Data&) {
+             auto* pCell = static_cast<AttributeEntity*>(entity.pAttributeFromIndex(3).second);
+             pCell->m_value = const_cast<Entity*>(pNamed);
+             pCell->vDefined();
+         },
+         {a, z, b, c}},
+    };
+    for (const auto& row : rows)
+        for (const WriteOrder eOrder : {WriteOrder::Any, WriteOrder::Number, WriteOrder::File})
+            for (const bool boSingleThreaded : g_threads) {
+                SCOPED_TRACE(row.sWay);
+                ReadFileModel model = modelOf("#70000=IFCPROPERTY('z',$,(),$);#1=IFCPROPERTY('a',$,(),$);");
+                Data& data = model.file.data();
+                row.vName(*data.pEntityFromId(1), pForeign, data);
+                const Written result = dataOf(data, {.boSingleThreaded = boSingleThreaded, .eOrder = eOrder});
+                EXPECT_THAT(linesOf(result.text), UnorderedElementsAreArray(row.byNumber));
+                if (eOrder != WriteOrder::Any) {
+                    EXPECT_EQ(linesOf(result.text), row.byNumber);
+                }
+                EXPECT_TRUE(result.records.empty());
+            }
+}
+
+// Who asks for all may ask for others beside them, and the list may have one twice while it lacks another.
+TEST(WriteData, WritesAllAndWhatASeedAdds) {
+    const ReadFileModel other = modelOf(g_sProject + "#2=IFCRELLINK('" + sGuidOf(2) + "',$,#1,());");
+    const Lines own = {"#1=IFCPOINT((1.));", "#2=IFCPROPERTY('a',#3,(),$);", "#3=IFCPOINT((3.));"};
+    Lines both = own;
+    both.push_back("#4=IFCPROJECT('" + sGuidOf(0) + "',$,$);");
+    both.push_back("#5=IFCRELLINK('" + sGuidOf(2) + "',$,#4,());");
+    const struct {
+        const char* sRule;
+        void (*vChange)(Data&);
+        const Entity* pAdded;
+        const Lines& lines;
+    } rows[] = {
+        {"all", [](Data&) {}, nullptr, own},
+        {"one of another model, and who refers to it", [](Data&) {}, other.file.data().pProject(), both},
+        {"as many as were read",
+         [](Data& data) {
+             EXPECT_TRUE(data.boEntityDelete(data.pEntityFromId(3)));
+             data.entityAdd(data.pEntityFromId(1));
+         },
+         nullptr, own},
+    };
+    for (const auto& row : rows)
+        for (const bool boSingleThreaded : g_threads) {
+            SCOPED_TRACE(row.sRule);
+            ReadFileModel model = modelOf("#1=IFCPOINT((1.));#2=IFCPROPERTY('a',#3,(),$);#3=IFCPOINT((3.));");
+            const Data& data = model.file.data();
+            row.vChange(model.file.data());
+            const WriteFile::Seed seed = [&](StepWriteInfoCommon& info) {
+                data.vQueueAll(info);
+                info.iEntityIdQueue(row.pAdded);
+            };
+            const Written result = written(
+                [&](auto& out, auto& errors) { return WriteFile::boWrite(data, seed, out, errors, boSingleThreaded); });
+            EXPECT_THAT(linesOf(result.text), UnorderedElementsAreArray(row.lines));
+        }
+}
+
 // Whoever takes the type from an instance hides it from every write; its values are still there, and stay untouched.
 TEST(WriteData, PassesOverInstancesWhoseTypeIsHidden) {
     constexpr unsigned g_iPoints = 100;

@@ -208,6 +208,46 @@ TEST(WriteData, PassesOverNullsInTheQueue) {
     }
 }
 
+// All entities may be the seed as a list that stays where it is, up to one that stands there twice; what a seed adds comes
+// behind them, and so does what they lead to.
+TEST(WriteData, WritesAListInItsOrderThenTheQueue) {
+    ReadFileModel model = modelOf("#2=IFCPOINT((2.));#1=IFCPOINT((1.));#3=IFCPOINT((3.));#4=IFCPOINT((4.));");
+    const Data& data = model.file.data();
+    const auto pOf = [&data](std::size_t iId) { return data.pEntityFromId(iId); };
+    const std::string p1 = "#1=IFCPOINT((1.));", p2 = "#2=IFCPOINT((2.));", p3 = "#3=IFCPOINT((3.));";
+    const struct {
+        const char* sRule;
+        std::vector<Entity*> list;
+        std::size_t iListed;
+        Lines lines;
+    } rows[] = {
+        {"each", {pOf(2), pOf(3), pOf(1)}, 3, {p2, p3, p1}},
+        {"twice", {pOf(3), pOf(2), pOf(3), pOf(1)}, 2, {p3, p2, p1}},
+        {"null", {pOf(3), nullptr, pOf(1)}, 1, {p3, p1}},
+        {"none", {}, 0, {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sRule);
+        Lines lines = row.lines;
+        lines.push_back("#4=IFCPOINT((4.));");
+        for (const bool boSingleThreaded : {true, false}) {
+            const WriteFile::Seed seed = [&](StepWriteInfoCommon& info) {
+                info.vQueueAll(row.list, true);
+                EXPECT_EQ(info.m_listed.size(), row.iListed);
+                EXPECT_FALSE(info.boAllMet()) << "#4 is not in the list";
+                info.iEntityIdQueue(pOf(4));
+            };
+            const Written result = written(
+                [&](auto& out, auto& errors) { return WriteFile::boWrite(data, seed, out, errors, boSingleThreaded); });
+            EXPECT_TRUE(result.boResult);
+            EXPECT_THAT(linesOf(result.text), UnorderedElementsAreArray(lines));
+            if (boSingleThreaded) {
+                EXPECT_EQ(linesOf(result.text), lines);
+            }
+        }
+    }
+}
+
 // A seed may write lines of its own, for instance comments.
 TEST(WriteData, PutsNoEmptyLineBetweenStatementsOfThreads) {
     const ReadFileModel model = modelOf("#1=IFCPOINT((1.));");
