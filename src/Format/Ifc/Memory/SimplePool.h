@@ -9,6 +9,7 @@
 ///          much has a PoolArena (PoolArena.h).
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -90,17 +91,18 @@ public:
             lock.lock();
         else if (!lock.try_lock())
             return pFilled(pAllocateLarge(iBytes), iBytes);
-        if (iBytes > m_iSegmentLeft) vSegmentOpen();
-        void* pBytes = m_pSegment;
-        m_pSegment += iBytes;
-        m_iSegmentLeft -= iBytes;
-        return pBytes;
+        Segment* pSegment = nullptr;
+        for (Segment& each : m_segments)
+            if (each.iLeft >= iBytes && (!pSegment || each.iLeft < pSegment->iLeft)) pSegment = &each;
+        if (!pSegment) pSegment = &segmentOpened();
+        pSegment->iLeft -= iBytes;
+        return std::exchange(pSegment->pFree, pSegment->pFree + iBytes);
     }
 
-    /// Returns the pages of the unused end of the last segment to the system; they are mapped again when they are used.
+    /// Returns the pages of the unused ends of segments to the system; they are mapped again when they are used.
     void vTrim() noexcept {
         const std::lock_guard lock(m_segmentMutex);
-        vGiveBack(m_pSegment, m_iSegmentLeft);
+        for (const Segment& segment : m_segments) vGiveBack(segment.pFree, segment.iLeft);
     }
 
     /// Where the pool stands: no two are the same with an allocation between them. While nobody allocates.
@@ -108,13 +110,14 @@ public:
         const void* pBlock;         ///< the one in use
         std::uint64_t iUsed;        ///< of that
         std::size_t iReserved;      ///< as iBytesReserved
-        std::size_t iSegmentLeft;   ///< of the last segment
+        std::size_t iSegmentLeft;   ///< of segments
         bool operator==(const Position&) const = default;
     };
     [[nodiscard]] Position position() {
         const Block* pBlock = m_pCurrent.load(std::memory_order_acquire);
         const std::lock_guard lock(m_segmentMutex);
-        return {pBlock, pBlock ? pBlock->m_iUsed.load(std::memory_order_relaxed) : 0, iBytesReserved(), m_iSegmentLeft};
+        return {pBlock, pBlock ? pBlock->m_iUsed.load(std::memory_order_relaxed) : 0, iBytesReserved(),
+                m_segments[0].iLeft + m_segments[1].iLeft};
     }
 
     /// Bytes taken from the heap so far: blocks and large allocations.
@@ -147,13 +150,19 @@ private:
         return m_large.back().get();
     }
 
-    // Under the lock of segments.
-    void vSegmentOpen() {
-        char* const pSegment = pKept(zeroedSegment(), g_iSegmentBytes);
-        vPopulate(pSegment, g_iSegmentBytes);
-        vGiveBack(m_pSegment, m_iSegmentLeft);   // the end of the old one
-        m_iSegmentLeft = g_iSegmentBytes;
-        m_pSegment = pSegment;
+    // The free end of one.
+    struct Segment {
+        char* pFree = nullptr;
+        std::size_t iLeft = 0;
+    };
+
+    // In place of the one that has less left. Under the lock of segments.
+    Segment& segmentOpened() {
+        char* const pBytes = pKept(zeroedSegment(), g_iSegmentBytes);
+        vPopulate(pBytes, g_iSegmentBytes);
+        Segment& segment = m_segments[m_segments[0].iLeft > m_segments[1].iLeft];
+        vGiveBack(segment.pFree, segment.iLeft);
+        return segment = {pBytes, g_iSegmentBytes};
     }
 
     // Opens a new block and serves the request at its start; null when another thread was faster.
@@ -170,8 +179,8 @@ private:
     std::atomic<Block*> m_pCurrent{nullptr};
     std::list<Block> m_blocks;          // guarded by m_blockMutex
     std::vector<ZeroedBytes> m_large;   // guarded by m_largeMutex
-    char* m_pSegment = nullptr;         // the free end of the last segment; guarded by m_segmentMutex, as the next one
-    std::size_t m_iSegmentLeft = 0;
+    // Two, so that a large piece does not end one that small ones still fit into; guarded by m_segmentMutex.
+    std::array<Segment, 2> m_segments;
     std::mutex m_blockMutex;
     std::mutex m_largeMutex;
     std::mutex m_segmentMutex;   // m_largeMutex may be taken under it

@@ -184,6 +184,32 @@ TEST(SimplePool, CutsPiecesFromSegmentsAtOnceWhereMuchIsExpected) {
     }
 }
 
+// What a large piece leaves of a segment is for small ones: each is cut where the least is left. Of two that are open the one
+// with less left makes room for a third.
+TEST(SimplePool, FillsTwoSegments) {
+    constexpr std::size_t g_iQuarter = 256 * 1024;
+    Pool pool;
+    pool.vExpect(std::size_t{1} << 20);
+    std::vector<char*> segments;   // in the order in which they were opened
+    struct Row {
+        std::size_t iQuarters;
+        std::size_t iSegment;   // opened by this request where it is the next one
+        std::size_t iPlace;     // there, in quarters of a MiB
+    };
+    for (const Row& row : {Row{5, 0, 0}, Row{4, 1, 0}, Row{1, 0, 5}, Row{4, 1, 4}, Row{1, 0, 6}, Row{6, 2, 0},
+                           Row{1, 0, 7}, Row{1, 2, 6}, Row{6, 3, 0}, Row{1, 2, 7}, Row{1, 3, 6}, Row{8, 4, 0}}) {
+        SCOPED_TRACE(std::to_string(row.iQuarters) + " of segment " + std::to_string(row.iSegment));
+        const std::size_t iBefore = pool.iBytesReserved();
+        auto* pBytes = static_cast<char*>(pool.pAllocatePiece(row.iQuarters * g_iQuarter));
+        EXPECT_EQ(pool.iBytesReserved() - iBefore, row.iSegment == segments.size() ? 8 * g_iQuarter : 0);
+        if (row.iSegment == segments.size()) segments.push_back(pBytes);
+        ASSERT_LT(row.iSegment, segments.size());
+        EXPECT_EQ(pBytes, segments[row.iSegment] + row.iPlace * g_iQuarter);
+        EXPECT_EQ(sZeroed(pBytes, row.iQuarters * g_iQuarter), "zeroed");
+        std::memset(pBytes, 1, row.iQuarters * g_iQuarter);
+    }
+}
+
 // Threads that meet where a segment is opened get pieces from elsewhere: of whichever kind, each is zeroed and its owner's.
 TEST(SimplePool, ServesPiecesToManyThreads) {
     constexpr std::size_t g_iThreads = 4;
