@@ -105,14 +105,16 @@ public:
         for (const Segment& segment : m_segments) vGiveBack(segment.pFree, segment.iLeft);
     }
 
-    /// Where the pool stands: no two are the same with an allocation between them. While nobody allocates.
+    /// Where the pool stands.
     struct Position {
         const void* pBlock;         ///< the one in use
         std::uint64_t iUsed;        ///< of that
         std::size_t iReserved;      ///< as iBytesReserved
         std::size_t iSegmentLeft;   ///< of segments
+        /// Whether nothing was allocated in between.
         bool operator==(const Position&) const = default;
     };
+    /// Where it stands now. While nobody allocates.
     [[nodiscard]] Position position() {
         const Block* pBlock = m_pCurrent.load(std::memory_order_acquire);
         const std::lock_guard lock(m_segmentMutex);
