@@ -303,9 +303,7 @@ void RelationTable::forEachRelationship(const ifc::Entity& entity, Relation eRel
     if (!pType || pType->iTypeOrdinal >= m_inverses.size()) return;
     const auto iRelation = static_cast<std::size_t>(eRelation);
     const std::uint16_t iPosition = m_inverses[pType->iTypeOrdinal][iRelation][iSide(eSide)];
-    // The core hands out its inverse block by reference alone; nothing is changed here.
-    const auto* pLists = reinterpret_cast<const ifc::Unaligned<ifc::EntityList*>*>(
-        const_cast<ifc::Entity&>(entity).unsafeAttributesInverseRaw());
+    const auto* pLists = reinterpret_cast<const ifc::Unaligned<ifc::EntityList*>*>(entity.unsafeAttributesInverseRaw());
     if (iPosition == g_iNone || !pLists) return;
     if (const ifc::EntityList* pHead = pLists[iPosition])
         for (ifc::Entity* pRelationship : *pHead)

@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <cstring>
+#include <utility>
 
 #include "Format/Ifc/IfcGuid.h"
 
@@ -138,7 +139,8 @@ const schema::DataTypeAggregate* pAggregateType(const Value& items) noexcept {
 }
 
 Value inverseOf(Evaluator& evaluator, const Access& access, ifc::Entity& entity) {
-    auto* pEntries = reinterpret_cast<ifc::Unaligned<ifc::EntityList*>*>(entity.unsafeAttributesInverseRaw());
+    auto* pEntries =
+        reinterpret_cast<ifc::Unaligned<ifc::EntityList*>*>(std::as_const(entity).unsafeAttributesInverseRaw());
     const ifc::EntityList* pList = pEntries ? pEntries[access.iPosition].load() : nullptr;
     if (!access.boAggregate) return pList ? valueOf(pList->value.load()) : Value();
     Aggregate* pResult = evaluator.pMakeAggregate(AggregateKind::Set, 0);

@@ -233,7 +233,7 @@ private:
     bool boReachNumbered(StepWriteInfoCommon& info) const;
     void vReachOthers(StepWriteInfoCommon& info) const;
     void vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options) const;
-    void vWriteLate(StepWriteInfoCommon& info) const;
+    std::size_t iWriteLate(StepWriteInfoCommon& info) const;
     void vNumbersTwiceTell(StepWriteInfoCommon& info) const;
     bool boSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell);
     void vMemoryTrim(ReadInfoCommon& info) noexcept;
@@ -258,7 +258,12 @@ private:
     mutable std::unique_ptr<EntityIdMap> m_pEntityIdMap;   // null until needed
     mutable std::vector<Entity*> m_pendingGuid;            // rooted, from entityAdd, not yet in m_guidEntityMap
     std::size_t m_iInverseEntries = 0;                     // made by reads
-    std::optional<Pool::Position> m_readTo;   // the end of a read all of whose references lead to entities of the list
+    // The end of a read all of whose references lead to entities of the list.
+    struct ReadEnd {
+        Pool::Position position;
+        std::uint64_t iInverses;   // a moment of InverseChanges
+    };
+    std::optional<ReadEnd> m_readTo;
 };
 
 }   // namespace oxa::ifc

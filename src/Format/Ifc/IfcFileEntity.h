@@ -83,9 +83,11 @@ public:
 
     ///@{
     /// Type, cells and inverse lists for callers that assemble or move instances themselves: no check, no allocation.
+    /// Who asks for the inverse lists of an instance that is not const may change them: every model counts as changed.
     void unsafeSetSchemaEntity(const def::schema::Entity* pSchema) noexcept { m_pSchemaEntity = pSchema; }
     [[nodiscard]] void*& unsafeAttributesRaw() noexcept { return m_pAttributes; }
-    [[nodiscard]] EntityList**& unsafeAttributesInverseRaw() noexcept { return m_ppAttributesInverse; }
+    [[nodiscard]] EntityList**& unsafeAttributesInverseRaw() noexcept;
+    [[nodiscard]] EntityList** unsafeAttributesInverseRaw() const noexcept { return m_ppAttributesInverse; }
     ///@}
 
     /// True when "pWanted" is the instance's type or one of its supertypes; false without a type.
@@ -260,7 +262,7 @@ private:
     // The list head of one inverse attribute; null for an unknown name.
     [[nodiscard]] InverseEntry* pInverseEntry(const def::schema::AttributeName& name) const;
     // The same for a setter.
-    [[nodiscard]] InverseEntry* pInverseEntryToSet(const def::schema::AttributeName& name, Data& data) const;
+    [[nodiscard]] InverseEntry* pInverseEntryToSet(const def::schema::AttributeName& name) const;
     [[nodiscard]] InverseEntry* pInverseEntries() const noexcept {
         return reinterpret_cast<InverseEntry*>(m_ppAttributesInverse);
     }

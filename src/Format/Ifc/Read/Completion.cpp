@@ -14,6 +14,7 @@
 #include "Format/Ifc/IfcReadOptions.h"
 #include "Format/Ifc/Read/StageWatch.h"
 #include "Format/Ifc/Store/EntityTable.h"
+#include "Format/Ifc/Store/InverseChanges.h"
 #include "Format/Ifc/Store/NumberSet.h"
 #include "Format/Ifc/Store/Settle.h"
 
@@ -141,7 +142,7 @@ bool Data::boSettle(ReadInfoCommon& info, bool boKeepIds, bool boTell) {
     if (info.m_boParallel && std::find(first, last, pProject()) != last)
         m_pProject.store(*first, std::memory_order_relaxed);
     if (boComplete)
-        m_readTo = m_pPool->position();
+        m_readTo = {m_pPool->position(), InverseChanges::iMoment()};
     else
         m_readTo.reset();
     return boComplete;

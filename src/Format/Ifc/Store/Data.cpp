@@ -8,6 +8,7 @@
 #include <new>
 #include <utility>
 
+#include "Format/Ifc/Store/InverseChanges.h"
 #include "Format/Ifc/Store/Settle.h"
 #include "platform/Assert.h"
 #include "platform/Utilities.h"
@@ -112,8 +113,11 @@ void Data::vSortEntities() const {
 }
 
 // Whether the model is as a read left it that came to its end, or has lost something since. Setters tell, and whatever else
-// it may get takes memory of the pool: entities, items of lists, values of selects, entries of inverse lists.
-bool Data::boAsRead() const { return m_readTo && m_pPool && *m_readTo == m_pPool->position(); }
+// it may get takes memory of the pool: entities, items of lists, values of selects.
+bool Data::boAsRead() const {
+    return m_readTo && m_pPool && m_readTo->position == m_pPool->position() &&
+           InverseChanges::boNoneSince(m_readTo->iInverses);
+}
 
 EntityIdMap& Data::entityIdMap(bool boRebuild) const {
     if (!m_pEntityIdMap || boRebuild) m_pEntityIdMap = std::make_unique<EntityIdMap>(m_entities.size());

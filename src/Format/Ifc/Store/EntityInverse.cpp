@@ -3,13 +3,20 @@
 #include "Format/Ifc/IfcFileDataSimple.h"
 #include "Format/Ifc/IfcFileEntity.h"
 #include "Format/Ifc/Store/InverseBuilder.h"
+#include "Format/Ifc/Store/InverseChanges.h"
 
 namespace oxa::ifc {
 
 using def::schema::AttributeInverse;
 using def::schema::AttributeName;
 
+EntityList**& Entity::unsafeAttributesInverseRaw() noexcept {
+    InverseChanges::vTell();
+    return m_ppAttributesInverse;
+}
+
 void Entity::vAttributeInverseInit(Data& data) {
+    InverseChanges::vTell();
     InverseBuilder builder(data.pool());
     builder.vAdd(*this);
     builder.vFlush();
@@ -20,13 +27,13 @@ Entity::InverseEntry* Entity::pInverseEntry(const AttributeName& name) const {
     return iIndex < 0 ? nullptr : pInverseEntries() + iIndex;
 }
 
-Entity::InverseEntry* Entity::pInverseEntryToSet(const AttributeName& name, Data& data) const {
-    data.vChange();
+Entity::InverseEntry* Entity::pInverseEntryToSet(const AttributeName& name) const {
+    InverseChanges::vTell();
     return pInverseEntry(name);
 }
 
 void Entity::vEntityInverseAdd(Data& data, Entity* pEntity, const AttributeName& name) {
-    InverseEntry* pEntry = pInverseEntryToSet(name, data);
+    InverseEntry* pEntry = pInverseEntryToSet(name);
     if (!pEntry) return;
     EntityList* pHead = *pEntry;
     vListAppend(pHead, pEntity, [&data](std::size_t iBytes) { return data.pool().pAllocate(iBytes); });
@@ -34,7 +41,7 @@ void Entity::vEntityInverseAdd(Data& data, Entity* pEntity, const AttributeName&
 }
 
 void Entity::vEntityInverseSet(Data& data, Entity* pEntity, const AttributeName& name) {
-    InverseEntry* pEntry = pInverseEntryToSet(name, data);
+    InverseEntry* pEntry = pInverseEntryToSet(name);
     if (!pEntry) return;
     EntityList* pHead = *pEntry;
     if (!pHead) pHead = static_cast<EntityList*>(data.pool().pAllocate(sizeof(EntityList)));
@@ -44,7 +51,7 @@ void Entity::vEntityInverseSet(Data& data, Entity* pEntity, const AttributeName&
 }
 
 void Entity::vEntitiesInverseSet(Data& data, const std::vector<Entity*>& entities, const AttributeName& name) {
-    InverseEntry* pEntry = pInverseEntryToSet(name, data);
+    InverseEntry* pEntry = pInverseEntryToSet(name);
     if (!pEntry) return;
     EntityList* pHead = *pEntry;
     vListAssign(pHead, entities.begin(), entities.end(),
@@ -52,8 +59,9 @@ void Entity::vEntitiesInverseSet(Data& data, const std::vector<Entity*>& entitie
     *pEntry = pHead;
 }
 
-bool Entity::boEntityInverseRemove(Data& data, Entity* pEntity, const AttributeName& name) {
-    InverseEntry* pEntry = pInverseEntryToSet(name, data);
+// Leads to nothing that was not there.
+bool Entity::boEntityInverseRemove(Data& /*data*/, Entity* pEntity, const AttributeName& name) {
+    InverseEntry* pEntry = pInverseEntry(name);
     if (!pEntry) return false;
     EntityList* pHead = *pEntry;
     const bool boRemoved = boListRemove(pHead, pEntity);

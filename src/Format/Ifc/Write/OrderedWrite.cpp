@@ -233,14 +233,14 @@ void Data::vWriteInOrder(StepWriteInfoCommon& info, const WriteOptions& options)
             }
         });
     }
-    if (!info.boQueueEmpty()) vWriteLate(info);
-    statements.vTell(entities.size());   // others may have had the last share
+    const std::size_t iLate = info.boQueueEmpty() ? 0 : iWriteLate(info);
+    statements.vTell(entities.size() + iLate);   // others may have had the last share
     info.m_pWriter->vFinish();
 }
 
 // What a caller has put into a cell past the setters, an entity of another model for instance, is found when it is named. It
-// comes behind all others.
-void Data::vWriteLate(StepWriteInfoCommon& info) const {
+// comes behind all others. Returns how many there were.
+std::size_t Data::iWriteLate(StepWriteInfoCommon& info) const {
     std::vector<std::pair<std::size_t, const Entity*>> numbered;
     vForEachQueued<Entity::Wanted::Named>(info, [&](const Entity* pEntity) {
         numbered.emplace_back(info.iEntityIdQueue(pEntity), pEntity);
@@ -251,6 +251,7 @@ void Data::vWriteLate(StepWriteInfoCommon& info) const {
     for (const auto& [iId, pEntity] : numbered) entities.push_back(pEntity);
     const WriteProgress none;
     OrderedStatements(info, entities, none).vCompose(true);
+    return entities.size();
 }
 
 // Only a dealt number can be another one's too, and only one that came with a file can be that.

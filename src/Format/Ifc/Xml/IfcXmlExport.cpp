@@ -51,7 +51,7 @@ const char* pCellsOf(const Entity& entity) {
     return static_cast<const char*>(const_cast<Entity&>(entity).unsafeAttributesRaw());
 }
 const EntityList* pReferrersOf(const Entity& entity, std::size_t iInverse) {
-    EntityList** ppLists = const_cast<Entity&>(entity).unsafeAttributesInverseRaw();
+    EntityList** ppLists = entity.unsafeAttributesInverseRaw();
     return ppLists ? reinterpret_cast<const Unaligned<EntityList*>*>(ppLists)[iInverse].load() : nullptr;
 }
 
