@@ -83,7 +83,7 @@ public:
 
     ///@{
     /// Type, cells and inverse lists for callers that assemble or move instances themselves: no check, no allocation.
-    /// Who asks for the inverse lists of an instance that is not const may change them: every model counts as changed.
+    /// Who asks for the inverse lists of an instance that is not const may change them, so all models count as changed.
     void unsafeSetSchemaEntity(const def::schema::Entity* pSchema) noexcept { m_pSchemaEntity = pSchema; }
     [[nodiscard]] void*& unsafeAttributesRaw() noexcept { return m_pAttributes; }
     [[nodiscard]] EntityList**& unsafeAttributesInverseRaw() noexcept;

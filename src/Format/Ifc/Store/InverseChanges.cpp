@@ -8,21 +8,23 @@ namespace oxa::ifc {
 
 namespace {
 
+// Odd: somebody has this moment, and a change makes it the next one. Even: nobody has it yet. Flag and count are one value,
+// so that who finds a change told already also finds the new count.
 std::atomic<std::uint64_t> g_iMoment{0};
-std::atomic<bool> g_boWanted{false};   // somebody has a moment that no change has followed
 
 }   // namespace
 
-// The flag first: a change between the two steps may count without need, and none is missed.
-std::uint64_t InverseChanges::iMoment() noexcept {
-    g_boWanted.store(true);
-    return g_iMoment.load();
+// Relaxed, all of them: a caller's read of a model comes before his change of it, and that before his write of it.
+std::uint64_t InverseChanges::iMoment() noexcept { return g_iMoment.fetch_or(1, std::memory_order_relaxed) | 1; }
+
+bool InverseChanges::boNoneSince(std::uint64_t iMoment) noexcept {
+    return g_iMoment.load(std::memory_order_relaxed) == iMoment;
 }
 
-bool InverseChanges::boNoneSince(std::uint64_t iMoment) noexcept { return g_iMoment.load() == iMoment; }
-
+// Where the exchange fails, another thread has told.
 void InverseChanges::vTell() noexcept {
-    if (g_boWanted.load(std::memory_order_relaxed) && g_boWanted.exchange(false)) g_iMoment.fetch_add(1);
+    std::uint64_t iNow = g_iMoment.load(std::memory_order_relaxed);
+    if (iNow % 2) g_iMoment.compare_exchange_strong(iNow, iNow + 1, std::memory_order_relaxed);
 }
 
 }   // namespace oxa::ifc

@@ -3,7 +3,7 @@
 //
 // For      Data, which writes a model that is as a read has left it without a walk. An instance does not know its model, and
 //          a setter may be told of another one (an instance of that refers to it), so the change is told to all models.
-// Cost     a look at a shared flag for a change; only the first one behind a read writes.
+// Cost     a look at a shared number for a change; only the first one behind a read writes.
 // Threads  any number.
 #pragma once
 
@@ -13,10 +13,11 @@ namespace oxa::ifc {
 
 class InverseChanges {
 public:
-    // Now. From here on a change is another moment.
+    // Now. A change that is told from here on makes it another moment.
     [[nodiscard]] static std::uint64_t iMoment() noexcept;
     // Whether nothing was told since.
     [[nodiscard]] static bool boNoneSince(std::uint64_t iMoment) noexcept;
+    // An inverse list is changed.
     static void vTell() noexcept;
 };
 
